@@ -1,0 +1,50 @@
+# What every target of the project is compiled with, in one place.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+# All products side by side, so that the program finds the plug-in in a build tree as it does when
+# installed.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
+find_program(SVMSCORE_CCACHE ccache)
+if(SVMSCORE_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${SVMSCORE_CCACHE})
+endif()
+
+# Flags that decide numbers or correctness stand here and nowhere else. -ffp-contract=off: a score
+# has the same bits on every CPU, so no multiply and add may be fused behind the author's back.
+add_library(svmscore_flags INTERFACE)
+target_compile_options(svmscore_flags INTERFACE
+  -ffp-contract=off -fno-fast-math
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror)
+target_include_directories(svmscore_flags INTERFACE ${CMAKE_SOURCE_DIR})
+if(SVMSCORE_SANITIZE)
+  target_compile_options(svmscore_flags INTERFACE
+    -fsanitize=${SVMSCORE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(svmscore_flags INTERFACE -fsanitize=${SVMSCORE_SANITIZE})
+endif()
+
+# svmscore_room(NAME SOURCES ... DEPENDS ...): one static library for one folder. A room may link
+# only the rooms below it; the include test holds the sources to the same order.
+function(svmscore_room name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_link_libraries(${name} PUBLIC svmscore_flags ${ARG_DEPENDS})
+  target_compile_options(${name} PRIVATE -fvisibility=hidden -fvisibility-inlines-hidden)
+endfunction()
+
+# svmscore_test(NAME SOURCES ... LINK ...): one GoogleTest program, each case known to ctest.
+function(svmscore_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE svmscore_flags ${ARG_LINK} GTest::gmock GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()

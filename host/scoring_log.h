@@ -1,0 +1,42 @@
+// The process-wide trace log.
+#ifndef HOST_SCORING_LOG_H_
+#define HOST_SCORING_LOG_H_
+
+#include <atomic>
+#include <cstdio>
+#include <mutex>
+#include <string>
+
+#include "host/api.h"
+
+namespace MCZandor_850 {
+
+// Silent unless the environment variable SVMSCORE_LOG is set to a level (1 and up: to standard
+// error) or a file is set. A line is written when its level is at most the log's. Any thread.
+class SVMSCORE_HOST_API ScoringLog {
+ public:
+  static ScoringLog& GetInstance();
+
+  // Writes one line by a printf format. Costs one atomic read while the log is silent. Never
+  // throws; an overlong line is cut at 2,000 bytes.
+  void TraceText(int level, const char* format, ...) noexcept
+      __attribute__((format(printf, 3, 4)));
+
+  // Level 0 is silence.
+  void SetLevel(int level) { level_.store(level, std::memory_order_relaxed); }
+  int GetLevel() const { return level_.load(std::memory_order_relaxed); }
+  // Appends to `path` from now on; false (and nothing changes) when it cannot be opened.
+  bool SetFile(const std::string& path);
+
+ private:
+  ScoringLog();
+  ~ScoringLog();
+
+  std::atomic<int> level_{0};
+  std::mutex mutex_;
+  std::FILE* file_ = nullptr;  // null: standard error
+};
+
+}  // namespace MCZandor_850
+
+#endif  // HOST_SCORING_LOG_H_
