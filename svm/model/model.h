@@ -1,0 +1,162 @@
+// MCZandor_850::SVMModel: the model that a host scores with.
+#ifndef SVM_MODEL_MODEL_H_
+#define SVM_MODEL_MODEL_H_
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/base_model.h"
+#include "host/score_value.h"
+#include "svm/kernel/kernel_function.h"
+#include "svm/model/model_data.h"
+
+namespace MCZandor_850 {
+
+// Set up on one thread by the translator: dictionaries and roles (BaseModel), then the data, then
+// SetTargetCategories. After the first case, which fixes the variables' positions in case records,
+// scoring only reads the model: any number of threads may score at once.
+//
+// The stages of scoring report by status and, apart from running out of memory, do not throw. A
+// stage that lacks what it works on does nothing and reports success unless it says otherwise.
+// Every index that comes from a document is checked before it is used.
+class SVMModel : public BaseModel {
+ public:
+  SVMModel();
+  ~SVMModel() override;
+
+  // --- Set-up (setup.cpp) ---
+
+  // Takes ownership; null is ignored. Replaces and deletes earlier data, and builds from the new
+  // data the model type, the vector field variables and the kernel.
+  void SetSupportVectorMachineModel(SVMModelData* data);
+  void SetUpModelType(bool is_classification);
+  // Makes the kernel that `data` names, with the parameters of the data that the model holds.
+  MCScore::MCStatus SetUpSVMKFEvaluate(SVMModelData* data);
+  // Finds the variable of every vector field: null where no dictionary knows its name. Fills in the
+  // category index of the categorical predictors.
+  void SetUpVectorField(const std::vector<void*>& fields,
+                        const std::vector<VectorFieldType>& types);
+  // Tells the dictionary's variables their positions in records laid out as `record`; once only.
+  void SetUpDictVarIndex(const ScoreCaseRecord* record, bool flag);
+  // Takes the target variable and its categories from the base's roles.
+  void SetTargetCategories();
+  void SetTargetVar(const ScoreDictVar* target) { target_var_ = target; }
+  const std::vector<const ScoreValue*>& GetTargetCategories() const { return target_categories_; }
+  void SetPredictionOnly(bool prediction_only) override { prediction_only_ = prediction_only; }
+  bool GetPredictionOnly() const override { return prediction_only_; }
+  int GetModelType() const override { return model_type_; }
+  BaseDictionary* GetVarsOfRole(VarRole role) const override;
+
+  // --- Scoring one case (scoring.cpp) ---
+
+  MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
+                             bool flag) override;
+  // Appends one entry for every vector field: position and value. Stops at the first field whose
+  // value is missing without a replacement, or invalid.
+  MCScore::MCStatus FillCaseRecord(ScoreResult*& result, const ScoreCaseRecord* record, bool& flag,
+                                   std::vector<int>& idx, std::vector<double>& val);
+  bool IsMissScoreValue(const ScoreDictVar* var, const ScoreValue* value) const;
+  bool IsInvalidScoreValue(const ScoreDictVar* var, const ScoreValue* value) const;
+  // Null where there is none; owned by the variable.
+  const ScoreValue* GetMissReplacement(const ScoreDictVar* var);
+  MCScore::MCStatus HandleMissInvalidValue(bool is_missing, bool is_invalid,
+                                           const ScoreDictVar* var, ScoreResult*& result);
+  // Adds to `value` the decision value of one machine: for k = 0, 1, ... in this order
+  // coefficient[k] * K(case, support_vector[k]), and last the machine's absolute value. Leaves
+  // `value` alone where there is no such machine.
+  MCScore::MCStatus ScoreSVMByKernelType(const std::vector<int>& case_idx,
+                                         const std::vector<double>& case_val, int machine_index,
+                                         double& value);
+
+  // --- Deciding a category (classification.cpp) ---
+
+  // Decision values are one per machine, in the machines' order. A winner is a position in the
+  // target categories; it may be none of them where a document names an unknown category, and
+  // filling the result then reports 90027. Percents are one per target category.
+  MCScore::MCStatus ScoreSVMClsModel(const std::vector<int>& idx, const std::vector<double>& val,
+                                     ScoreResult*& result);
+  MCScore::MCStatus DoVotingForSVMCls(const std::vector<double>& decisions, int& winner,
+                                      double& confidence, std::vector<double>& percents);
+  // NaN is nobody's best value; where every value is NaN the winner stays what it was.
+  MCScore::MCStatus VoteForOneAgainstAll(const std::vector<double>& decisions, int& winner,
+                                         std::vector<double>& percents);
+  MCScore::MCStatus VoteForOneAgainstOne(const std::vector<double>& decisions, int& winner,
+                                         double& confidence, std::vector<double>& percents);
+  // One machine's vote. On the threshold and for NaN it is the alternate category's.
+  MCScore::MCStatus GetTicketByBinaryClass(const std::vector<double>& decisions, int machine,
+                                           int& winner);
+  // Adds every machine's vote to its category's ticket; votes for no category of the list are not
+  // counted. 90027 where the machines are not the pairs of the categories.
+  MCScore::MCStatus GetTicketsToCategories(const std::vector<double>& decisions,
+                                           std::vector<int>& tickets);
+  MCScore::MCStatus GetTicketByMultiClass(const std::vector<double>& decisions, int& winner,
+                                          double& confidence, std::vector<double>& percents);
+  MCScore::MCStatus GetVEMATicketByBinaryClass(const std::vector<double>& decisions, int& winner,
+                                               double& confidence, std::vector<double>& percents);
+  MCScore::MCStatus GetVEMATicketByMultiClass(const std::vector<double>& decisions, int& winner,
+                                              double& confidence, std::vector<double>& percents);
+  MCScore::MCStatus FillSVMClsResult(int winner, double confidence,
+                                     const std::vector<double>& percents, ScoreResult*& result);
+  MCScore::MCStatus FillSVMVEMAClsResult(const std::vector<double>& percents, int winner,
+                                         double confidence, ScoreResult*& result);
+
+  // --- Class probabilities (probability.cpp) ---
+
+  // Appends each category's share of the votes to `percents`; the first of the largest shares wins.
+  MCScore::MCStatus GetProbablitiesForMultiClass(std::vector<int> tickets, int& winner,
+                                                 double& confidence, std::vector<double>& percents);
+  // Fills r, one row per category: r[i][j] is the probability of i given that it is i or j, within
+  // [1e-7, 0.9999999]. Machines stand for the pairs (0,1), (0,2), ..., (1,2), ... in order. Rows
+  // that are too short or too long for a square matrix are resized.
+  MCScore::MCStatus CalculateClassProbabilites(const std::vector<double>& decisions,
+                                               std::vector<std::vector<double>>& r);
+  // Couples r into one probability per category; leaves fewer than 3 percents alone.
+  // T.-F. Wu, C.-J. Lin, R. C. Weng: Probability estimates for multi-class classification by
+  // pairwise coupling, JMLR 5 (2004), second approach.
+  MCScore::MCStatus DoMultiProbLearn(std::vector<std::vector<double>>& r,
+                                     std::vector<double>& percents);
+
+  // --- Regression (regression.cpp) ---
+
+  MCScore::MCStatus ScoreSVMRegModel(const std::vector<int>& idx, const std::vector<double>& val,
+                                     ScoreResult*& result);
+  MCScore::MCStatus FillSVMRegResult(double value, ScoreResult*& result);
+  MCScore::MCStatus FillSVMVEMARegResult(double value, ScoreResult*& result);
+  // 1 / (1 + exp(f a + b)), without overflow. In [0, 1], or NaN.
+  double ComputeVEMAZValue(double f, double a, double b);
+
+  // --- Diagnosis (display.cpp) ---
+
+  void Display(std::ostream& os) const override;
+
+ private:
+  // GetScore without its safety net and its trace line.
+  MCScore::MCStatus ScoreCase(const ScoreCaseRecord* record, ScoreResult*& result, bool flag);
+  ScoreDictVar* FindVarByName(const std::string& name) const;
+  // Null for a position that is none of the machines'.
+  const SVMModelData::ST_SUPPORTVECTORMACHINE* Machine(int index) const;
+  void PredictMissing(ScoreResult& result);
+  // One row per category that the data counts, each a copy of `percents`, filled from the machines.
+  MCScore::MCStatus PairwiseProbabilities(const std::vector<double>& decisions,
+                                          const std::vector<double>& percents,
+                                          std::vector<std::vector<double>>& r);
+
+  bool prediction_only_ = false;
+  const ScoreDictVar* target_var_ = nullptr;  // the dictionary's
+  int model_type_ = 0;
+  bool positions_set_ = false;
+  std::unique_ptr<SVMModelData> data_;
+  std::vector<const ScoreDictVar*> vector_field_vars_;  // the dictionaries'; null where unknown
+  std::vector<std::string> target_category_names_;
+  std::vector<const ScoreValue*> target_categories_;  // the target variable's
+  std::unique_ptr<MCSVM_700::SVMKernelFunction> kernel_;
+  // The missing predictions of classification results, which own nothing. Never changed.
+  NumericValue missing_number_{NumericValue::GetSysmisValue()};
+  StringValue missing_text_{""};
+};
+
+}  // namespace MCZandor_850
+
+#endif  // SVM_MODEL_MODEL_H_
