@@ -14,8 +14,8 @@ namespace MCZandor_850 {
 // In every operation `required` decides what a missing item does: it is thrown as an SSException
 // (260120 attribute, element; 260115 child, parent), or it yields an empty text, null, 0 children,
 // -1.0 or -1. A present attribute that is not the number it should be is thrown in both cases
-// (260153 text, attribute, element). Each call notes its element with the translator as the place of
-// a failure. A null element counts as one that has nothing.
+// (260153 text, attribute, element). Each call notes its element with the translator as the place
+// of a failure. A null element counts as one that has nothing.
 class SVMSCORE_HOST_API DOMElemUtility {
  public:
   // Both are borrowed and may be null.

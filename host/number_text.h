@@ -17,7 +17,7 @@ namespace svmscore {
 // an infinity or a zero, correctly rounded.
 SVMSCORE_HOST_API std::optional<double> ParseNumber(std::string_view text);
 
-// Parses the whole of `text` as a whole number; also "3.0" and "3e0" when `fraction` allows it.
+// Parses the whole of `text` as a whole number of 64 bits; "3.0" and "3e0" are the number 3.
 SVMSCORE_HOST_API std::optional<std::int64_t> ParseInteger(std::string_view text);
 
 // The value of the longest numeric prefix of the text by the rules of C's strtod in the "C"

@@ -42,7 +42,8 @@ class SVMSCORE_HOST_API ScoreDictVar {
   // 0 continuous, 1 ordinal, 2 cyclic, 3 categorical.
   int GetTypeCode() const { return static_cast<int>(op_type_); }
   void SetOpType(svmscore::OpType op_type) { op_type_ = op_type; }
-  // 0 to 2: may hold a missing-value replacement. 3: dates and times, which may not.
+  // 0 to 2: plain numbers and texts, whose missing-value replacement a translator reads. 3: dates,
+  // times and booleans, whose replacement the mining schema attaches.
   int GetKindCode() const;
   // 0 number, 1 string.
   int GetStorageType() const { return svmscore::IsNumberStored(type_.data) ? 0 : 1; }
@@ -65,6 +66,9 @@ class SVMSCORE_HOST_API ScoreDictVar {
   void DeclareCategory(const std::string& text, const std::string& display);
   // The text for people of a category: its display text where one was declared, else its text.
   const std::string& GetCategoryDisplay(std::size_t category) const { return displays_[category]; }
+  void SetCategoryDisplay(std::size_t category, std::string display) {
+    displays_[category] = std::move(display);
+  }
   void DeclareMissing(const std::string& text);
   void DeclareInvalid(const std::string& text);
   void DeclareInterval(const svmscore::Interval& interval) { intervals_.push_back(interval); }
@@ -123,8 +127,8 @@ class SVMSCORE_HOST_API ScoreDictVar {
   std::vector<std::unique_ptr<ScoreValue>> categories_;
   std::vector<const ScoreValue*> category_views_;
   std::vector<std::string> displays_;
-  std::unordered_map<std::string, int> text_index_;   // string variables
-  std::unordered_map<double, int> number_index_;      // number variables
+  std::unordered_map<std::string, int> text_index_;  // string variables
+  std::unordered_map<double, int> number_index_;     // number variables
   Declared missing_;
   Declared invalid_;
   std::vector<svmscore::Interval> intervals_;

@@ -19,8 +19,7 @@ class SVMSCORE_HOST_API ScoringLog {
 
   // Writes one line by a printf format. Costs one atomic read while the log is silent. Never
   // throws; an overlong line is cut at 2,000 bytes.
-  void TraceText(int level, const char* format, ...) noexcept
-      __attribute__((format(printf, 3, 4)));
+  void TraceText(int level, const char* format, ...) noexcept __attribute__((format(printf, 3, 4)));
 
   // Level 0 is silence.
   void SetLevel(int level) { level_.store(level, std::memory_order_relaxed); }

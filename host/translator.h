@@ -11,8 +11,8 @@
 
 #include "host/api.h"
 #include "host/score_model.h"
-#include "host/transformation_dictionary.h"
 #include "host/transcoder.h"
+#include "host/transformation_dictionary.h"
 
 namespace MCZandor_850 {
 

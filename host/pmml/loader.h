@@ -25,10 +25,14 @@ struct SVMSCORE_HOST_API LoadedModel {
   std::vector<const MCZandor_850::ScoreDictVar*> active;
 };
 
-// Throws SSException, its place in words. What the document leaves unsaid or says wrongly beyond the
-// translator's own rules is refused here: transformations that cannot be computed, vector fields
-// that name nothing or a text, a model without a target.
-SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document);
+// Whether what a translator passes over in silence, and what makes every score doubtful, is
+// refused: transformations that cannot be computed, vector fields that name nothing or a text. A
+// program that describes a document rather than scoring with it tells of these itself.
+enum class LoadChecks { kRefuse, kTolerate };
+
+// Throws SSException, its place in words.
+SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document,
+                                        LoadChecks checks = LoadChecks::kRefuse);
 
 }  // namespace svmscore
 

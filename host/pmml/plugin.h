@@ -12,9 +12,9 @@ namespace svmscore {
 
 class SVMSCORE_HOST_API Plugin {
  public:
-  // Loads the shared library at `path`, or, for an empty path, the one that the environment variable
-  // SVMSCORE_PLUGIN names or that lies beside this library (or in its folder svmscore). It stays
-  // loaded for the life of the process, so that models may outlive this object. Throws an
+  // Loads the shared library at `path`, or, for an empty path, the one that the environment
+  // variable SVMSCORE_PLUGIN names or that lies beside this library (or in its folder svmscore). It
+  // stays loaded for the life of the process, so that models may outlive this object. Throws an
   // SSException (260305).
   explicit Plugin(const std::string& path = {});
 

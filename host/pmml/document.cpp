@@ -1,0 +1,211 @@
+#include "host/pmml/document.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <istream>
+#include <iterator>
+#include <unordered_map>
+#include <vector>
+
+#include <fmt/format.h>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/ErrorHandler.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/SecurityManager.hpp>
+#include <xercesc/util/XMLEntityResolver.hpp>
+#include <xercesc/util/XMLResourceIdentifier.hpp>
+
+#include "host/message_codes.h"
+#include "host/transcoder.h"
+
+namespace svmscore {
+namespace {
+
+using MCZandor_850::SSException;
+using xercesc::DOMElement;
+using xercesc::DOMNode;
+
+// Expansions of entities that a document may cause: far beyond honest use, far below harm.
+constexpr XMLSize_t kMostExpansions = 10000;
+
+// The first complaint of the parser, as an exception with line and column.
+class ComplaintHandler : public xercesc::ErrorHandler {
+ public:
+  void warning(const xercesc::SAXParseException&) override {}
+  void error(const xercesc::SAXParseException& complaint) override { Refuse(complaint); }
+  void fatalError(const xercesc::SAXParseException& complaint) override { Refuse(complaint); }
+  void resetErrors() override {}
+
+ private:
+  [[noreturn]] static void Refuse(const xercesc::SAXParseException& complaint) {
+    SSException error(MCZandor_850::gErrorFormater);
+    error.PutErrorMessage(code::kNotWellFormed, ToUtf8(complaint.getMessage()));
+    error.SetPlace(
+        fmt::format("line {}, column {}", complaint.getLineNumber(), complaint.getColumnNumber()));
+    throw error;
+  }
+};
+
+// Nothing outside the document is ever opened.
+class NoEntities : public xercesc::XMLEntityResolver {
+ public:
+  xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override {
+    const XMLCh* id = resource->getSystemId();
+    ThrowAt(nullptr, code::kExternalEntity, id == nullptr ? std::string("?") : ToUtf8(id));
+  }
+};
+
+// Notes the line of every element in document order: one number an element, and no work beyond.
+class LineParser : public xercesc::XercesDOMParser {
+ public:
+  std::vector<XMLFileLoc> TakeLines() { return std::move(lines_); }
+
+ protected:
+  void startElement(const xercesc::XMLElementDecl& declaration, const unsigned int url,
+                    const XMLCh* const prefix,
+                    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, const XMLSize_t count,
+                    const bool empty, const bool root) override {
+    XercesDOMParser::startElement(declaration, url, prefix, attributes, count, empty, root);
+    lines_.push_back(getScanner()->getLocator()->getLineNumber());
+  }
+
+ private:
+  std::vector<XMLFileLoc> lines_;
+};
+
+DOMNode* NextInDocument(DOMNode* node, DOMNode* root) {
+  if (DOMNode* child = node->getFirstChild()) return child;
+  while (node != root) {
+    if (DOMNode* next = node->getNextSibling()) return next;
+    node = node->getParentNode();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void StartXerces() {
+  static const bool started = [] {
+    xercesc::XMLPlatformUtils::Initialize();
+    return true;
+  }();
+  (void)started;
+}
+
+struct PmmlDocument::Parsed {
+  std::string name;
+  xercesc::DOMDocument* dom = nullptr;
+  std::vector<XMLFileLoc> lines;
+  std::unordered_map<const DOMElement*, long> line_of;
+  bool fixed = false;
+
+  ~Parsed() {
+    if (dom != nullptr) dom->release();
+  }
+};
+
+PmmlDocument::PmmlDocument(std::unique_ptr<Parsed> parsed) : parsed_(std::move(parsed)) {}
+PmmlDocument::~PmmlDocument() = default;
+PmmlDocument::PmmlDocument(PmmlDocument&&) noexcept = default;
+PmmlDocument& PmmlDocument::operator=(PmmlDocument&&) noexcept = default;
+
+PmmlDocument PmmlDocument::FromFile(const std::string& path) {
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  std::string text;
+  if (file) text.assign(std::istreambuf_iterator<char>(file), {});
+  if (!file || file.bad()) {
+    ThrowAt(nullptr, code::kFileUnreadable, path, std::strerror(errno));
+  }
+  return FromText(text, path);
+}
+
+PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& name) {
+  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  if (stream.bad()) ThrowAt(nullptr, code::kFileUnreadable, name, "the stream failed");
+  return FromText(text, name);
+}
+
+PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name) {
+  StartXerces();
+  xercesc::SecurityManager limits;
+  limits.setEntityExpansionLimit(kMostExpansions);
+  ComplaintHandler complaints;
+  NoEntities resolver;
+  LineParser parser;
+  parser.setValidationScheme(xercesc::XercesDOMParser::Val_Never);
+  parser.setDoNamespaces(true);
+  parser.setDoSchema(false);
+  parser.setLoadExternalDTD(false);
+  parser.setLoadSchema(false);
+  parser.setSkipDTDValidation(true);
+  parser.setCreateEntityReferenceNodes(false);
+  parser.setCreateCommentNodes(false);
+  parser.setDisableDefaultEntityResolution(true);
+  parser.setXMLEntityResolver(&resolver);
+  parser.setSecurityManager(&limits);
+  parser.setErrorHandler(&complaints);
+  const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()),
+                                          text.size(), ToUtf16(name).c_str());
+  try {
+    parser.parse(source);
+  } catch (const xercesc::XMLException& failure) {
+    ThrowAt(nullptr, code::kNotWellFormed, ToUtf8(failure.getMessage()));
+  } catch (const xercesc::DOMException& failure) {
+    ThrowAt(nullptr, code::kNotWellFormed, ToUtf8(failure.getMessage()));
+  }
+  auto parsed = std::make_unique<Parsed>();
+  parsed->name = name;
+  parsed->dom = parser.adoptDocument();
+  parsed->lines = parser.TakeLines();
+  return PmmlDocument(std::move(parsed));
+}
+
+xercesc::DOMDocument* PmmlDocument::Dom() const {
+  return parsed_->dom;
+}
+const std::string& PmmlDocument::Name() const {
+  return parsed_->name;
+}
+
+void PmmlDocument::FixLines() const {
+  if (parsed_->fixed) return;
+  parsed_->fixed = true;
+  DOMElement* root = parsed_->dom->getDocumentElement();
+  std::size_t index = 0;
+  for (DOMNode* node = root; node != nullptr; node = NextInDocument(node, root)) {
+    if (node->getNodeType() != DOMNode::ELEMENT_NODE) continue;
+    if (index >= parsed_->lines.size()) break;
+    parsed_->line_of.emplace(static_cast<DOMElement*>(node),
+                             static_cast<long>(parsed_->lines[index++]));
+  }
+  parsed_->lines = {};
+}
+
+long PmmlDocument::LineOf(const DOMElement* element) const {
+  FixLines();
+  const auto found = parsed_->line_of.find(element);
+  return found == parsed_->line_of.end() ? 0 : found->second;
+}
+
+void PmmlDocument::Locate(SSException& error) const {
+  const DOMElement* element = error.GetElement();
+  if (element == nullptr) return;
+  // An element that was made while the document was read stands for the one around it.
+  const DOMNode* node = element;
+  long line = 0;
+  while (node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE) {
+    line = LineOf(static_cast<const DOMElement*>(node));
+    if (line != 0) break;
+    node = node->getParentNode();
+  }
+  std::string place = "element " + ToUtf8(element->getNodeName());
+  if (line != 0) place += fmt::format(", line {}", line);
+  error.SetPlace(place);
+}
+
+}  // namespace svmscore

@@ -1,0 +1,128 @@
+#include "host/pmml/loader.h"
+
+#include <unordered_set>
+#include <utility>
+
+#include "host/message_codes.h"
+#include "host/pmml/elements.h"
+#include "host/ss_exception.h"
+#include "host/tags.h"
+#include "host/transform/program.h"
+#include "host/transformation_dictionary.h"
+
+namespace svmscore {
+namespace {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+using MCZandor_850::BaseTranslator;
+using MCZandor_850::PMMLTranslator;
+using MCZandor_850::ScoreDictVar;
+using MCZandor_850::ScoreModel;
+using MCZandor_850::SSException;
+using MCZandor_850::TransformationDictionary;
+using xercesc::DOMElement;
+
+std::unique_ptr<ScoreModel> Translate(BaseTranslator& translator, const PmmlDocument& document) {
+  try {
+    return std::unique_ptr<ScoreModel>(translator.ParseFromTree(document.Dom(), "UTF-8"));
+  } catch (SSException& error) {
+    if (error.GetElement() == nullptr && error.GetPlace().empty()) {
+      error.SetElement(translator.GetLastElement());
+    }
+    throw;
+  }
+}
+
+// The element whose derived fields a translator uses, or null: only documents of versions 3 and 4
+// have any, and those of the document hide those of the model.
+DOMElement* TransformationsInForce(const PmmlDocument& document) {
+  const DOMElement* root = document.Dom()->getDocumentElement();
+  const std::string version = FindAttribute(root, tags::XML_ATT_VERSION).value_or("");
+  if (!version.starts_with('3') && !version.starts_with('4')) return nullptr;
+  DOMElement* global = FindChild(root, tags::XML_ELE_TRANSFORMATION);
+  if (global != nullptr) return global;
+  return FindChild(FindModelElement(document.Dom()), tags::XML_ELE_LOCALTRANSFORMATIONS);
+}
+
+// A translator drops transformations that cannot be built without a word; here the reason is
+// thrown.
+void CheckTransformations(const ScoreModel& model, const PmmlDocument& document) {
+  DOMElement* element = TransformationsInForce(document);
+  if (element == nullptr || model.GetTransformationDictionary() != nullptr) return;
+  PMMLTranslator translator(tags::XML_ELE_SVMMODEL);
+  const std::unique_ptr<TransformationDictionary> built(
+      translator.HandleTransformationDictionary(element, model.GetDictionary()));
+}
+
+// What a vector field is called, by its kind of element.
+std::string FieldName(const DOMElement* field) {
+  const bool reference = NameOf(field) == tags::XML_ELE_FIELDREF;
+  return FindAttribute(field, reference ? tags::XML_ATT_SVM_FIELD : tags::XML_ATT_NAME)
+      .value_or("");
+}
+
+// The dictionary variables that vector fields name; refuses those that name nothing, and texts that
+// would have to serve as numbers.
+std::unordered_set<const ScoreDictVar*> CheckVectorFields(const ScoreModel& model,
+                                                          const PmmlDocument& document,
+                                                          bool refuse) {
+  std::unordered_set<const ScoreDictVar*> named;
+  const DOMElement* vectors =
+      FindChild(FindModelElement(document.Dom()), tags::XML_ELE_SVM_VECTORDICTION);
+  const TransformationDictionary* derived = model.GetTransformationDictionary();
+  for (DOMElement* field =
+           BaseTranslator::GetFirstChildElt(FindChild(vectors, tags::XML_ELE_SVM_VECTORFIELDS));
+       field != nullptr; field = BaseTranslator::GetNextSiblingElt(field)) {
+    const bool reference = NameOf(field) == tags::XML_ELE_FIELDREF;
+    if (!reference && NameOf(field) != tags::XML_ELE_CATEGORICAL_PREDICTOR) continue;
+    const std::string name = FieldName(field);
+    const ScoreDictVar* var =
+        model.GetDictionary() == nullptr ? nullptr : model.GetDictionary()->FindVar(name);
+    if (var != nullptr) {
+      named.insert(var);
+    } else if (derived != nullptr) {
+      var = derived->FindVar(name);
+    }
+    if (!refuse) continue;
+    if (var == nullptr) ThrowAt(field, code::kUnknownField, name, NameOf(field));
+    if (reference && var->GetStorageType() == 1) {
+      ThrowAt(field, code::kFieldNotNumeric, name, NameOf(field));
+    }
+  }
+  return named;
+}
+
+void CollectInputs(LoadedModel& loaded, std::unordered_set<const ScoreDictVar*> needed) {
+  const TransformationDictionary* derived = loaded.model->GetTransformationDictionary();
+  if (derived != nullptr) {
+    for (const ScoreDictVar* var : derived->GetProgram().NeededInputs()) needed.insert(var);
+  }
+  if (loaded.model->GetDictionary() == nullptr) return;
+  bool replaces = false;
+  for (const ScoreDictVar* var : loaded.model->GetDictionary()->GetVariables()) {
+    const bool active = loaded.model->GetVarRole(var) == ScoreModel::kActiveRole;
+    if (active) loaded.active.push_back(var);
+    if (needed.contains(var)) loaded.needed.push_back(var);
+    replaces = replaces || (active && var->GetMissingReplacement() != nullptr);
+  }
+  // Replacements that the mining schema attached count like those that the translator read.
+  if (replaces) loaded.model->SetMissingValuePolicy(ScoreModel::kReplaceMissing);
+}
+
+}  // namespace
+
+LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document, LoadChecks checks) {
+  LoadedModel loaded{std::move(document), plugin.GiveTranslator(), nullptr, {}, {}};
+  try {
+    loaded.model = Translate(*loaded.translator, loaded.document);
+    const bool refuse = checks == LoadChecks::kRefuse;
+    if (refuse) CheckTransformations(*loaded.model, loaded.document);
+    CollectInputs(loaded, CheckVectorFields(*loaded.model, loaded.document, refuse));
+  } catch (SSException& error) {
+    loaded.document.Locate(error);
+    throw;
+  }
+  return loaded;
+}
+
+}  // namespace svmscore

@@ -1,0 +1,143 @@
+#include "host/score_dict_var.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+#include <utility>
+
+#include "host/field_text.h"
+
+namespace MCZandor_850 {
+
+using svmscore::DataType;
+using svmscore::OpType;
+
+ScoreDictVar::ScoreDictVar(std::string name, OpType op_type, svmscore::FieldType type)
+    : name_(std::move(name)), op_type_(op_type), type_(type) {}
+
+ScoreDictVar::~ScoreDictVar() = default;
+
+int ScoreDictVar::GetKindCode() const {
+  constexpr int kNoReplacement = 3;
+  switch (type_.data) {
+    case DataType::kString:
+    case DataType::kInteger:
+    case DataType::kFloat:
+    case DataType::kDouble:
+      return GetStorageType();
+    default:
+      return kNoReplacement;
+  }
+}
+
+int ScoreDictVar::GetCategoryCount() const {
+  return op_type_ == OpType::kContinuous ? 1 : static_cast<int>(categories_.size());
+}
+
+int ScoreDictVar::GetCategoryIndex(const ScoreValue* value) const {
+  if (value == nullptr || value->IsMissing() || value->IsInvalid()) return -1;
+  if (GetStorageType() == 1) {
+    const auto* text = dynamic_cast<const StringValue*>(value);
+    const auto found =
+        text_index_.find(text != nullptr ? text->GetTextReference() : value->GetText());
+    return found == text_index_.end() ? -1 : found->second;
+  }
+  const auto found = number_index_.find(value->GetDouble());
+  return found == number_index_.end() ? -1 : found->second;
+}
+
+int ScoreDictVar::GetCategoryIndexOfText(const std::string& text) const {
+  return GetCategoryIndex(ValueFromText(text).get());
+}
+
+bool ScoreDictVar::DeclaresNoValues() const {
+  return op_type_ != OpType::kContinuous && !values_declared_;
+}
+
+void ScoreDictVar::AddCategory(const ScoreValue& value, const std::string& text) {
+  if (GetCategoryIndex(&value) >= 0 || value.IsInvalid() || value.IsMissing()) return;
+  const int index = static_cast<int>(categories_.size());
+  if (GetStorageType() == 1) {
+    categories_.push_back(std::make_unique<StringValue>(text));
+    text_index_.emplace(text, index);
+  } else {
+    categories_.push_back(std::make_unique<NumericValue>(value.GetDouble(), text));
+    number_index_.emplace(value.GetDouble(), index);
+  }
+  category_views_.push_back(categories_.back().get());
+  displays_.push_back(text);
+}
+
+void ScoreDictVar::DeclareCategory(const std::string& text, const std::string& display) {
+  values_declared_ = true;
+  const std::size_t before = categories_.size();
+  AddCategory(*ValueFromText(text), text);
+  if (categories_.size() > before && !display.empty()) displays_.back() = display;
+}
+
+void ScoreDictVar::Declare(Declared& set, const std::string& text, svmscore::FieldType type) {
+  set.texts.push_back(text);
+  const std::optional<double> number = svmscore::NumberFromFieldText(text, type);
+  if (number) set.numbers.push_back(*number);
+}
+
+void ScoreDictVar::DeclareMissing(const std::string& text) {
+  Declare(missing_, text, type_);
+}
+void ScoreDictVar::DeclareInvalid(const std::string& text) {
+  Declare(invalid_, text, type_);
+}
+
+bool ScoreDictVar::Declared::Holds(const ScoreValue& value) const {
+  if (texts.empty()) return false;
+  if (value.IsNumeric() && !value.IsInvalid()) {
+    return std::find(numbers.begin(), numbers.end(), value.GetDouble()) != numbers.end();
+  }
+  const auto* string = dynamic_cast<const StringValue*>(&value);
+  if (string != nullptr) {
+    return std::find(texts.begin(), texts.end(), string->GetTextReference()) != texts.end();
+  }
+  return std::find(texts.begin(), texts.end(), value.GetText()) != texts.end();
+}
+
+bool ScoreDictVar::IsMissingValue(const ScoreValue* value) const {
+  if (value == nullptr || value->IsMissing()) return true;
+  // A code for "missing" that the mining schema's replacement happens to equal stays a value.
+  if (value == GetMissingReplacement()) return false;
+  return missing_.Holds(*value);
+}
+
+bool ScoreDictVar::IsValidValue(const ScoreValue* value) const {
+  // Replacements stand for the original input and are taken unchecked.
+  if (value == GetMissingReplacement() || value == treatment_.invalid_replacement.get()) {
+    return true;
+  }
+  if (value->IsInvalid()) return false;
+  const bool number = GetStorageType() == 0;
+  if (number && (!value->IsNumeric() || !std::isfinite(value->GetDouble()))) return false;
+  if (treatment_.invalid == FieldTreatment::Invalid::kAsIs) return true;
+  if (invalid_.Holds(*value)) return false;
+  const bool listed = values_declared_ && GetCategoryIndex(value) >= 0;
+  if (number && op_type_ == OpType::kContinuous && !intervals_.empty()) {
+    const double x = value->GetDouble();
+    return listed ||
+           std::any_of(intervals_.begin(), intervals_.end(),
+                       [x](const svmscore::Interval& range) { return range.Contains(x); });
+  }
+  return listed || !values_declared_;
+}
+
+void ScoreDictVar::Display(std::ostream& os) const {
+  os << name_ << '\n';
+}
+
+std::unique_ptr<ScoreValue> ScoreDictVar::ValueFromText(std::string_view text) const {
+  if (GetStorageType() == 1) return std::make_unique<StringValue>(std::string(text));
+  const std::optional<double> number = svmscore::NumberFromFieldText(text, type_);
+  if (number) return std::make_unique<NumericValue>(*number, std::string(text));
+  auto value = std::make_unique<NumericValue>(NumericValue::GetSysmisValue());
+  value->SetInvalid(std::string(text));
+  return value;
+}
+
+}  // namespace MCZandor_850

@@ -1,0 +1,12 @@
+#include "host/score_model.h"
+
+namespace MCZandor_850 {
+
+ScoreModel::~ScoreModel() = default;
+
+ScoreVersionInfo::~ScoreVersionInfo() = default;
+
+VersionInfo::VersionInfo(const std::string& version) : version_(version) {}
+VersionInfo::~VersionInfo() = default;
+
+}  // namespace MCZandor_850

@@ -1,0 +1,80 @@
+#include "host/score_value.h"
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "host/number_text.h"
+
+namespace MCZandor_850 {
+
+ScoreValue::~ScoreValue() = default;
+
+NumericValue::NumericValue(double value) : value_(value) {}
+
+NumericValue::NumericValue(double value, std::string text)
+    : value_(value), text_(std::move(text)) {}
+
+double NumericValue::GetSysmisValue() {
+  return std::numeric_limits<double>::lowest();
+}
+
+void NumericValue::SetDoubleValue(double value) {
+  value_ = value;
+  invalid_ = false;
+  text_.clear();
+}
+
+void NumericValue::SetInvalid(std::string text) {
+  value_ = std::numeric_limits<double>::quiet_NaN();
+  invalid_ = true;
+  text_ = std::move(text);
+}
+
+bool NumericValue::IsMissing() const {
+  return !invalid_ && value_ == GetSysmisValue();
+}
+
+std::string NumericValue::GetText() const {
+  if (IsMissing()) return {};
+  return text_.empty() && !invalid_ ? svmscore::FormatNumber(value_) : text_;
+}
+
+bool NumericValue::IsEqual(const ScoreValue* other) const {
+  if (other == nullptr || !other->IsNumeric()) return false;
+  if (invalid_ || other->IsInvalid() || IsMissing() || other->IsMissing()) return false;
+  return value_ == other->GetDouble();
+}
+
+std::unique_ptr<ScoreValue> NumericValue::Clone() const {
+  return std::make_unique<NumericValue>(*this);
+}
+
+StringValue::StringValue(const char* text) : text_(text == nullptr ? "" : text) {}
+
+StringValue::StringValue(const std::string& text) : text_(text) {}
+
+void StringValue::SetText(const char* text, std::size_t size) {
+  text_.assign(text, size);
+  invalid_ = false;
+}
+
+void StringValue::SetInvalid() {
+  invalid_ = true;
+}
+
+double StringValue::GetDouble() const {
+  return svmscore::ParseNumber(text_).value_or(std::numeric_limits<double>::quiet_NaN());
+}
+
+bool StringValue::IsEqual(const ScoreValue* other) const {
+  if (other == nullptr || other->IsNumeric() || invalid_ || other->IsInvalid()) return false;
+  const auto* string = dynamic_cast<const StringValue*>(other);
+  return string != nullptr ? text_ == string->text_ : text_ == other->GetText();
+}
+
+std::unique_ptr<ScoreValue> StringValue::Clone() const {
+  return std::make_unique<StringValue>(*this);
+}
+
+}  // namespace MCZandor_850

@@ -1,0 +1,49 @@
+#include "host/transcoder.h"
+
+#include <xercesc/util/TransService.hpp>
+#include <xercesc/util/XMLString.hpp>
+
+namespace svmscore {
+
+std::string ToUtf8(const XMLCh* text) {
+  return text == nullptr ? std::string() : ToUtf8(text, xercesc::XMLString::stringLen(text));
+}
+
+std::string ToUtf8(const XMLCh* text, std::size_t size) {
+  std::string narrow(size, '\0');
+  XMLCh seen = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    seen |= text[i];
+    narrow[i] = static_cast<char>(text[i]);
+  }
+  if (seen < 0x80) return narrow;
+  const xercesc::TranscodeToStr utf8(text, size, "UTF-8");
+  return {reinterpret_cast<const char*>(utf8.str()), utf8.length()};
+}
+
+std::basic_string<XMLCh> ToUtf16(const std::string& text) {
+  const xercesc::TranscodeFromStr wide(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
+                                       "UTF-8");
+  return {wide.str(), wide.length()};
+}
+
+std::string ElementText(const xercesc::DOMNode* element) {
+  std::string text;
+  if (element == nullptr) return text;
+  for (const xercesc::DOMNode* child = element->getFirstChild(); child != nullptr;
+       child = child->getNextSibling()) {
+    const auto type = child->getNodeType();
+    if (type == xercesc::DOMNode::TEXT_NODE || type == xercesc::DOMNode::CDATA_SECTION_NODE) {
+      text += ToUtf8(child->getNodeValue());
+    }
+  }
+  return text;
+}
+
+}  // namespace svmscore
+
+namespace MCZandor_850 {
+
+ZandorTranscoder::ZandorTranscoder(const std::string& encoding) : encoding_(encoding) {}
+
+}  // namespace MCZandor_850
