@@ -1,0 +1,17 @@
+// The only two functions that a host finds in the plug-in.
+#include "host/translator.h"
+#include "svm/translator/translator.h"
+
+extern "C" {
+
+// A new translator, which the caller deletes. Throws what its construction throws.
+__attribute__((visibility("default"))) MCZandor_850::BaseTranslator* GiveMyTranslator() {
+  return new MCZandor_850::SVMTranslator;
+}
+
+// For hosts that announce themselves on loading. Always 1: ready.
+__attribute__((visibility("default"))) int DllMain() {
+  return 1;
+}
+
+}  // extern "C"
