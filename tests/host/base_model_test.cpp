@@ -1,0 +1,103 @@
+#include "host/base_model.h"
+
+#include <gtest/gtest.h>
+
+#include "host/pmml/document.h"
+#include "host/pmml/elements.h"
+#include "host/transformation_dictionary.h"
+#include "host/translator.h"
+
+namespace MCZandor_850 {
+namespace {
+
+class PlainModel : public BaseModel {
+ public:
+  void SetPredictionOnly(bool) override {}
+  BaseDictionary* GetVarsOfRole(VarRole) const override { return nullptr; }
+  MCScore::MCStatus GetScore(const ScoreCaseRecord*, ScoreResult*&, bool) override { return {}; }
+  int GetModelType() const override { return 0; }
+  bool GetPredictionOnly() const override { return false; }
+  void Display(std::ostream&) const override {}
+};
+
+class NotedVar : public ScoreDictVar {
+ public:
+  NotedVar(std::string name, bool& gone)
+      : ScoreDictVar(std::move(name), svmscore::OpType::kContinuous, {}), gone_(gone) {}
+  ~NotedVar() override { gone_ = true; }
+
+ private:
+  bool& gone_;
+};
+
+TEST(BaseModel, OwnsADictionaryMadeForIt) {
+  bool gone = false;
+  {
+    PlainModel model;
+    auto* dictionary = new BaseDictionary;
+    dictionary->AddVar(std::make_unique<NotedVar>("x", gone));
+    model.SetScoreDictionary(dictionary);
+    model.SetScoreDictionary(dictionary);
+    EXPECT_FALSE(gone);
+  }
+  EXPECT_TRUE(gone);
+}
+
+TEST(BaseModel, BorrowsADictionaryThatTheCallerKeeps) {
+  bool gone = false;
+  BaseDictionary dictionary;
+  dictionary.AddVar(std::make_unique<NotedVar>("x", gone));
+  { PlainModel().SetScoreDictionary(&dictionary, false); }
+  EXPECT_FALSE(gone);
+}
+
+TEST(BaseModel, SharesADictionaryWithItsTranslator) {
+  const svmscore::PmmlDocument document = svmscore::PmmlDocument::FromText(
+      "<PMML><DataDictionary><DataField name='x' optype='continuous' dataType='double'/>"
+      "</DataDictionary></PMML>",
+      "t");
+  auto translator = std::make_unique<PMMLTranslator>("");
+  ScoreDictionary* dictionary = translator->ParseDictionary(
+      svmscore::FindChild(document.Dom()->getDocumentElement(), "DataDictionary"), true);
+  {
+    PlainModel model;
+    model.SetScoreDictionary(dictionary);
+  }
+  EXPECT_NE(dictionary->FindVar("x"), nullptr);  // the translator still holds it
+  PlainModel model;
+  model.SetScoreDictionary(dictionary);
+  translator.reset();
+  EXPECT_NE(model.GetDictionary()->FindVar("x"), nullptr);  // and now the model does
+}
+
+TEST(BaseModel, TheTargetIsTheFirstVariableThatHasTheRole) {
+  PlainModel model;
+  auto* dictionary = new BaseDictionary;
+  for (const char* name : {"a", "b"}) {
+    dictionary->AddVar(
+        std::make_unique<ScoreDictVar>(name, svmscore::OpType::kContinuous, svmscore::FieldType{}));
+  }
+  model.SetScoreDictionary(dictionary);
+  EXPECT_EQ(model.GetTargetVar(), nullptr);
+  model.SetVarRole("a", ScoreModel::kTargetRole);
+  model.SetVarRole("b", ScoreModel::kTargetRole);
+  EXPECT_EQ(model.GetTargetVar(), dictionary->FindVar("a"));
+  EXPECT_EQ(model.GetVarRole("b"), ScoreModel::kTargetRole);
+  EXPECT_EQ(model.GetVarRole("c"), ScoreModel::kOtherRole);
+  EXPECT_EQ(model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
+}
+
+TEST(BaseDictionary, RefusesANameTwice) {
+  BaseDictionary dictionary;
+  const svmscore::FieldType type;
+  EXPECT_TRUE(
+      dictionary.AddVar(std::make_unique<ScoreDictVar>("x", svmscore::OpType::kContinuous, type)));
+  EXPECT_FALSE(
+      dictionary.AddVar(std::make_unique<ScoreDictVar>("x", svmscore::OpType::kContinuous, type)));
+  EXPECT_EQ(dictionary.GetVariables().size(), 1U);
+  dictionary.FindVar("x")->SetHiddenByDerived(true);
+  EXPECT_TRUE(dictionary.GetVariables(true).empty());
+}
+
+}  // namespace
+}  // namespace MCZandor_850

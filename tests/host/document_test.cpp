@@ -1,0 +1,98 @@
+#include "host/pmml/document.h"
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+#include <gtest/gtest.h>
+#include <xercesc/dom/DOM.hpp>
+
+#include "host/message_codes.h"
+#include "host/pmml/elements.h"
+#include "host/transcoder.h"
+
+namespace svmscore {
+namespace {
+
+using MCZandor_850::SSException;
+
+SSException Failure(const std::string& text) {
+  try {
+    PmmlDocument::FromText(text, "test.pmml");
+  } catch (const SSException& error) {
+    return error;
+  }
+  ADD_FAILURE() << "no error";
+  return SSException(nullptr);
+}
+
+TEST(PmmlDocument, ParseErrorsNameLineAndColumn) {
+  const SSException error = Failure("<PMML>\n<a>\n</b></PMML>");
+  EXPECT_EQ(error.GetErrorCode(), code::kNotWellFormed);
+  EXPECT_EQ(error.GetPlace(), "line 3, column 4");
+  EXPECT_EQ(Failure("").GetErrorCode(), code::kNotWellFormed);
+  EXPECT_EQ(Failure("\xff\xfe\x01").GetErrorCode(), code::kNotWellFormed);
+  EXPECT_EQ(Failure(std::string("<a>\0</a>", 8)).GetErrorCode(), code::kNotWellFormed);
+}
+
+TEST(PmmlDocument, MissingFileIsNamed) {
+  try {
+    PmmlDocument::FromFile("/no/such/file.pmml");
+    FAIL();
+  } catch (const SSException& error) {
+    EXPECT_EQ(error.GetErrorCode(), code::kFileUnreadable);
+    EXPECT_NE(std::string(error.what()).find("/no/such/file.pmml"), std::string::npos);
+  }
+}
+
+TEST(PmmlDocument, AFolderIsNoDocument) {
+  EXPECT_THROW(PmmlDocument::FromFile("/tmp"), SSException);
+}
+
+// The leaked text would stand in the tree if the entity were read.
+TEST(PmmlDocument, ReadsNoExternalEntity) {
+  const std::string path = testing::TempDir() + "secret.txt";
+  std::ofstream(path) << "leaked";
+  const SSException error =
+      Failure("<!DOCTYPE PMML [<!ENTITY x SYSTEM \"file://" + path + "\">]><PMML>&x;</PMML>");
+  EXPECT_EQ(error.GetErrorCode(), code::kExternalEntity);
+  std::remove(path.c_str());
+}
+
+TEST(PmmlDocument, AnExternalDtdIsNotLoaded) {
+  const PmmlDocument document = PmmlDocument::FromText(
+      "<!DOCTYPE PMML SYSTEM \"http://127.0.0.1:1/x.dtd\"><PMML version=\"4.4\"/>", "t");
+  EXPECT_EQ(FindAttribute(document.Dom()->getDocumentElement(), "version"), "4.4");
+}
+
+TEST(PmmlDocument, RefusesAnExpansionBomb) {
+  std::string bomb = "<!DOCTYPE p [<!ENTITY a0 \"aaaaaaaaaa\">";
+  for (int i = 1; i < 12; ++i) {
+    bomb += "<!ENTITY a" + std::to_string(i) + " \"";
+    for (int j = 0; j < 10; ++j) bomb += "&a" + std::to_string(i - 1) + ";";
+    bomb += "\">";
+  }
+  EXPECT_EQ(Failure(bomb + "]><p>&a11;</p>").GetErrorCode(), code::kNotWellFormed);
+}
+
+TEST(PmmlDocument, KnowsTheLineOfEveryElement) {
+  const PmmlDocument document =
+      PmmlDocument::FromText("<PMML>\n <a/>\n <b\n  x='1'>\n  <c/></b></PMML>", "t");
+  const auto* root = document.Dom()->getDocumentElement();
+  EXPECT_EQ(document.LineOf(root), 1);
+  EXPECT_EQ(document.LineOf(FindChild(root, "a")), 2);
+  EXPECT_EQ(document.LineOf(FindChild(root, "b")), 4);
+  EXPECT_EQ(document.LineOf(FindChild(FindChild(root, "b"), "c")), 5);
+  EXPECT_EQ(document.LineOf(nullptr), 0);
+}
+
+TEST(Transcoding, KeepsEveryCharacter) {
+  const std::string text = "na\xc3\xafve \xe2\x82\xac \xf0\x9f\x8e\xb2 plain";
+  EXPECT_EQ(ToUtf8(ToUtf16(text).c_str()), text);
+  const PmmlDocument document = PmmlDocument::FromText(
+      "<a>" + text + "<!-- gap --><![CDATA[<x>]]>&amp;<b>inner</b></a>", "t");
+  EXPECT_EQ(ElementText(document.Dom()->getDocumentElement()), text + "<x>&");
+}
+
+}  // namespace
+}  // namespace svmscore
