@@ -4,7 +4,6 @@
 #include <cstring>
 #include <fstream>
 #include <istream>
-#include <iterator>
 #include <unordered_map>
 #include <vector>
 
@@ -116,17 +115,24 @@ PmmlDocument& PmmlDocument::operator=(PmmlDocument&&) noexcept = default;
 PmmlDocument PmmlDocument::FromFile(const std::string& path) {
   errno = 0;
   std::ifstream file(path, std::ios::binary);
-  std::string text;
-  if (file) text.assign(std::istreambuf_iterator<char>(file), {});
-  if (!file || file.bad()) {
-    ThrowAt(nullptr, code::kFileUnreadable, path, std::strerror(errno));
-  }
-  return FromText(text, path);
+  if (!file) ThrowAt(nullptr, code::kFileUnreadable, path, std::strerror(errno));
+  return FromStream(file, path);
 }
 
 PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& name) {
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  if (stream.bad()) ThrowAt(nullptr, code::kFileUnreadable, name, "the stream failed");
+  constexpr std::size_t kChunk = std::size_t{1} << 20;
+  std::string text;
+  errno = 0;
+  do {
+    const std::size_t size = text.size();
+    text.resize(size + kChunk);
+    stream.read(text.data() + size, static_cast<std::streamsize>(kChunk));
+    text.resize(size + static_cast<std::size_t>(stream.gcount()));
+  } while (stream);
+  if (stream.bad()) {
+    ThrowAt(nullptr, code::kFileUnreadable, name,
+            errno == 0 ? "the stream failed" : std::strerror(errno));
+  }
   return FromText(text, name);
 }
 

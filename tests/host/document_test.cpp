@@ -29,7 +29,7 @@ SSException Failure(const std::string& text) {
 TEST(PmmlDocument, ParseErrorsNameLineAndColumn) {
   const SSException error = Failure("<PMML>\n<a>\n</b></PMML>");
   EXPECT_EQ(error.GetErrorCode(), code::kNotWellFormed);
-  EXPECT_EQ(error.GetPlace(), "line 3, column 4");
+  EXPECT_EQ(error.GetPlace(), "line 3, column 3");
   EXPECT_EQ(Failure("").GetErrorCode(), code::kNotWellFormed);
   EXPECT_EQ(Failure("\xff\xfe\x01").GetErrorCode(), code::kNotWellFormed);
   EXPECT_EQ(Failure(std::string("<a>\0</a>", 8)).GetErrorCode(), code::kNotWellFormed);
