@@ -18,6 +18,8 @@ class Scratch;
 
 namespace MCZandor_850 {
 
+class TransformationDictionary;
+
 // A derived field.
 class SVMSCORE_HOST_API TransformVar : public ScoreDictVar {
  public:

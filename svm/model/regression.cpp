@@ -1,0 +1,58 @@
+#include <cmath>
+
+#include "svm/model/model.h"
+#include "svm/result/reg_result.h"
+
+namespace MCZandor_850 {
+
+using MCScore::MCStatus;
+
+MCStatus SVMModel::ScoreSVMRegModel(const std::vector<int>& idx, const std::vector<double>& val,
+                                    ScoreResult*& result) {
+  if (data_ == nullptr || idx.empty()) return {};
+  double value = 0.0;
+  ScoreSVMByKernelType(idx, val, 0, value);
+  FillSVMRegResult(value, result);
+  return {};
+}
+
+MCStatus SVMModel::FillSVMRegResult(double value, ScoreResult*& result) {
+  // The prediction of a classification result is a category: never to be written to.
+  auto* reg_result = dynamic_cast<SVMRegResult*>(result);
+  if (reg_result != nullptr && reg_result->GetPrediction() != nullptr) {
+    if (auto* number = dynamic_cast<NumericValue*>(reg_result->GetPrediction())) {
+      number->SetDoubleValue(value);
+    } else {
+      // The case before this one had a missing prediction that was a text.
+      reg_result->SetPrediction(new NumericValue(value));
+    }
+  }
+  return FillSVMVEMARegResult(value, result);
+}
+
+MCStatus SVMModel::FillSVMVEMARegResult(double value, ScoreResult*& result) {
+  const auto* machine = Machine(0);
+  auto* reg_result = dynamic_cast<SVMRegResult*>(result);
+  if (reg_result == nullptr || prediction_only_ || machine == nullptr ||
+      machine->extension == nullptr) {
+    return {};
+  }
+  const double s = data_->IsAppendProbability() ? machine->extension->standard_deviation : 0.0;
+  if (s == NumericValue::GetSysmisValue()) return {};
+  reg_result->SetStdDev(s);
+  // ln 0.05: half-width of the two-sided 95 % interval of a Laplace distribution of scale s.
+  const double half_width = (-s) * (-2.99573227355399);
+  reg_result->SetCI(value - half_width, half_width + value);
+  return {};
+}
+
+double SVMModel::ComputeVEMAZValue(double f, double a, double b) {
+  const double x = f * a + b;
+  if (x > 0) {
+    const double e = std::exp(-x);
+    return e / (e + 1);
+  }
+  return 1 / (std::exp(x) + 1);
+}
+
+}  // namespace MCZandor_850

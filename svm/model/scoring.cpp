@@ -1,0 +1,170 @@
+#include <cstddef>
+
+#include "host/score_case_record.h"
+#include "host/scoring_log.h"
+#include "host/transformation_dictionary.h"
+#include "svm/model/model.h"
+#include "svm/result/cls_result.h"
+#include "svm/result/reg_result.h"
+
+namespace MCZandor_850 {
+
+using MCScore::MCStatus;
+
+namespace {
+
+// The value of a field in one case: from the case itself, or, for a derived field and for an input
+// that `flag` hides behind one, from the derived values. Null where it is missing.
+const ScoreValue* FindValue(const ScoreDictVar& var, const ScoreCaseRecord& record,
+                            const DerivedCaseRecord* derived, bool flag) {
+  // The position of a derived field is one in the derived values: it means nothing in the case.
+  const bool in_case = !var.IsDerived() && !(flag && var.IsHiddenByDerived());
+  const ScoreValue* value = in_case ? record.GetValueOf(var) : nullptr;
+  if (value == nullptr && derived != nullptr) value = derived->GetDerived(var);
+  return value;
+}
+
+double EntryOf(const void* field, VectorFieldType type, const ScoreDictVar* var,
+               const ScoreValue* value) {
+  if (var == nullptr || value == nullptr) return 0.0;
+  if (type == kFieldReference) return value->GetDouble();
+  if (type != kCategoricalPredictor) return 0.0;
+  const int wanted = static_cast<const ST_CATEGORICALPREDICTOR*>(field)->category_index;
+  return wanted >= 0 && var->GetCategoryIndex(value) == wanted ? 1.0 : 0.0;
+}
+
+}  // namespace
+
+MCStatus SVMModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result, bool flag) {
+  MCStatus status;
+  try {
+    status = ScoreCase(record, result, flag);
+  } catch (...) {
+    status = MCStatus(MCScore::kCannotScore, false);
+  }
+  if (status.IsError()) {
+    ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld", status.GetErrorCode());
+  }
+  return status;
+}
+
+MCStatus SVMModel::ScoreCase(const ScoreCaseRecord* record, ScoreResult*& result, bool flag) {
+  MCStatus status;
+  if (record == nullptr || data_ == nullptr || target_var_ == nullptr) {
+    status = MCStatus(MCScore::kCannotScore, false);
+  }
+  if (!positions_set_ && record != nullptr && record->IsIndexedByPosition()) {
+    SetUpDictVarIndex(record, flag);
+  }
+  if (status.IsError()) return status;
+  if (result == nullptr) {
+    if (data_->IsClassification()) {
+      result = new SVMClsResult(target_var_);
+    } else {
+      result = new SVMRegResult(target_var_);
+    }
+  }
+  std::vector<int> idx;
+  std::vector<double> val;
+  status = FillCaseRecord(result, record, flag, idx, val);
+  if (status.IsError()) return status;
+  return data_->IsClassification() ? ScoreSVMClsModel(idx, val, result)
+                                   : ScoreSVMRegModel(idx, val, result);
+}
+
+MCStatus SVMModel::FillCaseRecord(ScoreResult*& result, const ScoreCaseRecord* record, bool& flag,
+                                  std::vector<int>& idx, std::vector<double>& val) {
+  MCStatus status;
+  if (record == nullptr || data_ == nullptr) return status;
+  std::unique_ptr<DerivedCaseRecord> derived;
+  if (GetTransformationDictionary() != nullptr) {
+    derived = GetTransformationDictionary()->GetValuesForDerivedVars(record, GetDictionary());
+  }
+  const std::vector<void*>& fields = data_->GetVectorFields();
+  const std::vector<VectorFieldType>& types = data_->GetVectorFieldTypes();
+  idx.reserve(fields.size());
+  val.reserve(fields.size());
+  for (std::size_t i = 0; i < fields.size() && i < types.size() && !status.IsError(); ++i) {
+    const ScoreDictVar* var = i < vector_field_vars_.size() ? vector_field_vars_[i] : nullptr;
+    const ScoreValue* value =
+        var != nullptr ? FindValue(*var, *record, derived.get(), flag) : nullptr;
+    if (IsMissScoreValue(var, value)) {
+      status = HandleMissInvalidValue(true, false, var, result);
+      value = GetMissReplacement(var);
+    } else if (IsInvalidScoreValue(var, value)) {
+      status = HandleMissInvalidValue(false, true, var, result);
+    }
+    idx.push_back(static_cast<int>(i));
+    val.push_back(status.IsError() ? 0.0 : EntryOf(fields[i], types[i], var, value));
+  }
+  // Fields of an unknown kind have no variable, so the entries no longer belong to the variables.
+  if (idx.size() > vector_field_vars_.size()) status = MCStatus(MCScore::kInvalidValue, false);
+  return status;
+}
+
+bool SVMModel::IsMissScoreValue(const ScoreDictVar* var, const ScoreValue* value) const {
+  if (value == nullptr) return true;
+  return var != nullptr && var->IsMissingValue(value);
+}
+
+bool SVMModel::IsInvalidScoreValue(const ScoreDictVar* var, const ScoreValue* value) const {
+  return var != nullptr && value != nullptr && !var->IsValidValue(value);
+}
+
+const ScoreValue* SVMModel::GetMissReplacement(const ScoreDictVar* var) {
+  return var != nullptr ? var->GetMissingReplacement() : nullptr;
+}
+
+MCStatus SVMModel::HandleMissInvalidValue(bool is_missing, bool is_invalid, const ScoreDictVar* var,
+                                          ScoreResult*& result) {
+  if (result == nullptr || var == nullptr) return {};
+  if (is_missing) {
+    const MVPolicy policy = GetMissingValuePolicy();
+    if (policy == kReplaceMissing && GetMissReplacement(var) != nullptr) return {};
+    if (policy == kReplaceMissing || policy == kPredictMissing) PredictMissing(*result);
+    return MCStatus(MCScore::kCannotScore, false);
+  }
+  return is_invalid ? MCStatus(MCScore::kInvalidValue, false) : MCStatus();
+}
+
+void SVMModel::PredictMissing(ScoreResult& result) {
+  const bool as_number = target_var_ != nullptr && target_var_->GetTypeCode() == 0;
+  if (dynamic_cast<SVMClsResult*>(&result) != nullptr) {
+    result.SetPrediction(as_number ? static_cast<ScoreValue*>(&missing_number_) : &missing_text_);
+    return;
+  }
+  // Any other kind could take what is lent to it for its own.
+  if (dynamic_cast<SVMRegResult*>(&result) == nullptr) return;
+  // A regression result owns its prediction: the one it has is changed, or it gets a new one.
+  auto* number = dynamic_cast<NumericValue*>(result.GetPrediction());
+  if (!as_number) {
+    result.SetPrediction(new StringValue(""));
+  } else if (number != nullptr) {
+    number->SetDoubleValue(NumericValue::GetSysmisValue());
+  } else {
+    result.SetPrediction(new NumericValue(NumericValue::GetSysmisValue()));
+  }
+}
+
+MCStatus SVMModel::ScoreSVMByKernelType(const std::vector<int>& case_idx,
+                                        const std::vector<double>& case_val, int machine_index,
+                                        double& value) {
+  const auto* machine = Machine(machine_index);
+  if (machine == nullptr || kernel_ == nullptr) return {};
+  const std::vector<double>& coefficients = machine->coefficients;
+  for (std::size_t k = 0; k < coefficients.size(); ++k) {
+    const MCSVM_700::SVMDataCase& vector = *machine->support_vectors[k];
+    value += coefficients[k] * kernel_->Evaluate(case_idx, case_val, vector.indices, vector.values);
+  }
+  value += machine->absolute_value;
+  return {};
+}
+
+const SVMModelData::ST_SUPPORTVECTORMACHINE* SVMModel::Machine(int index) const {
+  if (data_ == nullptr || index < 0) return nullptr;
+  const auto& machines = data_->GetSupportVectorMachines();
+  const auto position = static_cast<std::size_t>(index);
+  return position < machines.size() ? machines[position] : nullptr;
+}
+
+}  // namespace MCZandor_850
