@@ -1,0 +1,33 @@
+// Memory for the texts of one case, taken in one go and given back in one go.
+#ifndef HOST_TRANSFORM_ARENA_H_
+#define HOST_TRANSFORM_ARENA_H_
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace svmscore::transform {
+
+// Nothing is allocated before the first use, nor after Reset for as much as was in use before it.
+// Addresses are stable until Reset, also when the arena is moved. One thread at a time.
+class Arena {
+ public:
+  // Aligned to 8 bytes.
+  char* Allocate(std::size_t size);
+  std::string_view Copy(std::string_view text);
+  void Reset() { chunk_ = used_ = 0; }
+
+ private:
+  struct Chunk {
+    std::unique_ptr<char[]> data;
+    std::size_t size;
+  };
+  std::vector<Chunk> chunks_;
+  std::size_t chunk_ = 0;  // the chunk in use
+  std::size_t used_ = 0;   // bytes of it that are taken
+};
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_ARENA_H_

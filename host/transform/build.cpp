@@ -1,0 +1,314 @@
+#include "host/transform/build.h"
+
+#include <algorithm>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "host/message_codes.h"
+#include "host/scoring_log.h"
+#include "host/ss_exception.h"
+#include "host/transform/conversion.h"
+#include "host/transform/definitions.h"
+#include "host/transform/order.h"
+#include "host/transform/program.h"
+#include "host/translator.h"
+
+namespace svmscore::transform {
+namespace {
+
+using MCZandor_850::ScoreDictionary;
+using MCZandor_850::ScoreDictVar;
+using MCZandor_850::TransformationDictionary;
+using MCZandor_850::TransformVar;
+
+// How many names of a circle an error shows.
+constexpr std::size_t kNamesShown = 12;
+
+struct Derived {
+  const Element* element = nullptr;
+  std::string name;
+  OpType op_type = OpType::kContinuous;
+  FieldType type;
+  const Element* expression = nullptr;
+  std::vector<int> needs;   // derived fields, by position
+  std::vector<int> inputs;  // by their index in Builder::inputs_
+  std::shared_ptr<const ValueOrder> order;
+};
+
+OpType UsualOpType(DataType type) {
+  switch (type) {
+    case DataType::kString:
+    case DataType::kBoolean:
+      return OpType::kCategorical;
+    case DataType::kDate:
+    case DataType::kTime:
+    case DataType::kDateTime:
+      return OpType::kOrdinal;
+    default:
+      return OpType::kContinuous;
+  }
+}
+
+// Compiles the derived fields of one container. Names resolve in any order of the document.
+class Builder : public Scope {
+ public:
+  Builder(const Element* container, const ScoreDictionary* inputs)
+      : container_(container), dictionary_(inputs), demand_(DemandOf(Document())) {}
+
+  std::unique_ptr<TransformationDictionary> Build();
+
+  std::optional<Field> Find(const std::string& name) override;
+
+ private:
+  const xercesc::DOMDocument* Document() const { return container_->getOwnerDocument(); }
+  // True where a derived field of that name takes the place of the input.
+  bool Hides(const Derived& derived) const {
+    return IsLocal(derived.element) ||
+           (demand_.has_schema && !demand_.schema.contains(derived.name));
+  }
+
+  void Collect();
+  void Declare(const Element* element);
+  void Compile();
+  std::unique_ptr<TransformVar> MakeVar(Derived& derived);
+  void AddEncodedValues(const Derived& derived, TransformVar& var) const;
+  std::vector<bool> Needed(const std::vector<int>& sequence) const;
+  std::vector<int> Sort() const;
+  void CheckInputs(const Derived& derived) const;
+
+  Field FieldOfInput(const ScoreDictVar* var);
+  Field FieldOfDerived(int position);
+
+  const Element* container_;
+  const ScoreDictionary* dictionary_;
+  const Demand demand_;
+  std::vector<Derived> derived_;
+  std::unordered_map<std::string, int> positions_;
+  std::vector<std::unique_ptr<TransformVar>> vars_;
+  std::vector<std::unique_ptr<Expression>> expressions_;
+  std::vector<const ScoreDictVar*> inputs_;
+  std::unordered_map<const ScoreDictVar*, Field> input_fields_;
+  int current_ = 0;  // the position of the derived field that is being compiled
+};
+
+void Builder::Declare(const Element* element) {
+  Derived derived;
+  derived.element = element;
+  derived.name = RequiredAttribute(element, "name");
+  const auto op_type = OpTypeAttribute(element, "optype");
+  auto type = TypeAttribute(element, "dataType");
+  if (!type) {
+    if (!op_type) ThrowAt(element, code::kAttributeMissing, "dataType", LocalName(element));
+    type = FieldType{*op_type == OpType::kContinuous ? DataType::kDouble : DataType::kString, 0};
+  }
+  derived.type = *type;
+  derived.op_type = op_type.value_or(UsualOpType(type->data));
+  derived.expression = OnlyExpression(element, "Value");
+  if (!positions_.emplace(derived.name, static_cast<int>(derived_.size())).second) {
+    ThrowAt(element, code::kDuplicateName, derived.name, LocalName(element));
+  }
+  derived_.push_back(std::move(derived));
+}
+
+void Builder::Collect() {
+  for (const Element* child = FirstChild(container_); child != nullptr;
+       child = NextSibling(child)) {
+    if (IsNamed(child, "DerivedField")) {
+      Declare(child);
+    } else if (!IsNamed(child, "DefineFunction")) {
+      RefuseKind(child);
+    }
+  }
+}
+
+std::unique_ptr<TransformVar> Builder::MakeVar(Derived& derived) {
+  // The only input that the field is computed from directly, if it is computed from nothing else.
+  const bool single = derived.inputs.size() == 1 && derived.needs.empty();
+  auto var = std::make_unique<TransformVar>(
+      derived.name, derived.op_type, derived.type,
+      single ? inputs_[static_cast<std::size_t>(derived.inputs[0])]->GetName() : std::string());
+  if (single) AddEncodedValues(derived, *var);
+  return var;
+}
+
+void Builder::AddEncodedValues(const Derived& derived, TransformVar& var) const {
+  const ScoreDictVar& source = *inputs_[static_cast<std::size_t>(derived.inputs[0])];
+  if (IsNamed(derived.expression, "NormDiscrete")) {
+    var.AddEncodedValue(source.ValueFromText(RequiredAttribute(derived.expression, "value")));
+  }
+}
+
+Field Builder::FieldOfInput(const ScoreDictVar* var) {
+  const auto known = input_fields_.find(var);
+  if (known != input_fields_.end()) return known->second;
+  Field field;
+  field.slot = static_cast<int>(derived_.size() + inputs_.size());
+  field.type = var->GetFieldType();
+  field.ordinal = var->GetTypeCode() == static_cast<int>(OpType::kOrdinal);
+  if (field.ordinal && !var->GetCategories().empty()) {
+    field.order = std::make_shared<const ValueOrder>(*var);
+  }
+  inputs_.push_back(var);
+  input_fields_.emplace(var, field);
+  return field;
+}
+
+Field Builder::FieldOfDerived(int position) {
+  const Derived& derived = derived_[static_cast<std::size_t>(position)];
+  return {position, derived.type, derived.op_type == OpType::kOrdinal, derived.order};
+}
+
+// A local derived field comes before an input of its name, and an input before a derived field of
+// the whole document. A field that is computed from its own name means the input of that name.
+std::optional<Field> Builder::Find(const std::string& name) {
+  const ScoreDictVar* input = dictionary_ == nullptr ? nullptr : dictionary_->FindVar(name);
+  const auto found = positions_.find(name);
+  const bool derived = found != positions_.end();
+  const auto here = static_cast<std::size_t>(current_);
+  if (derived && (input == nullptr || (found->second != current_ &&
+                                       Hides(derived_[static_cast<std::size_t>(found->second)])))) {
+    derived_[here].needs.push_back(found->second);
+    return FieldOfDerived(found->second);
+  }
+  if (input == nullptr) return std::nullopt;
+  const Field field = FieldOfInput(input);
+  const int index = field.slot - static_cast<int>(derived_.size());
+  std::vector<int>& inputs = derived_[here].inputs;
+  if (std::find(inputs.begin(), inputs.end(), index) == inputs.end()) inputs.push_back(index);
+  return field;
+}
+
+void Builder::Compile() {
+  Definitions definitions;
+  definitions.AddFrom(container_);
+  if (IsNamed(container_, "LocalTransformations")) definitions.AddFrom(Document());
+  definitions.CompileAll();
+  // The order of an ordinal field's values must be known wherever it is used.
+  for (Derived& derived : derived_) {
+    const Element* value = ChildNamed(derived.element, "Value");
+    if (value == nullptr || derived.op_type != OpType::kOrdinal) continue;
+    ScoreDictVar listed(derived.name, derived.op_type, derived.type);
+    for (; value != nullptr; value = NextSibling(value)) {
+      if (!IsNamed(value, "Value")) continue;
+      const std::string text = RequiredAttribute(value, "value");
+      listed.AddCategory(*listed.ValueFromText(text), text);
+    }
+    derived.order = std::make_shared<const ValueOrder>(listed);
+  }
+  for (Derived& derived : derived_) {
+    current_ = static_cast<int>(expressions_.size());
+    expressions_.push_back(CompileExpression(derived.expression, *this, definitions));
+    expressions_.back()->ConvertFixed(derived.type);
+  }
+}
+
+std::vector<int> Builder::Sort() const {
+  std::vector<std::vector<int>> needs;
+  needs.reserve(derived_.size());
+  for (const Derived& derived : derived_) needs.push_back(derived.needs);
+  OrderOfWork order = SortByNeed(needs);
+  if (order.cycle.empty()) return std::move(order.sequence);
+  std::string chain;
+  for (std::size_t i = 0; i < order.cycle.size(); ++i) {
+    const bool last = i + 1 == order.cycle.size();
+    if (i == kNamesShown && !last) chain += " -> ...";
+    if (i >= kNamesShown && !last) continue;
+    if (i > 0) chain += " -> ";
+    chain += derived_[static_cast<std::size_t>(order.cycle[i])].name;
+  }
+  ThrowAt(derived_[static_cast<std::size_t>(order.cycle[0])].element, code::kDerivedCycle, chain);
+}
+
+std::vector<bool> Builder::Needed(const std::vector<int>& sequence) const {
+  std::vector<bool> needed(derived_.size(), demand_.model == nullptr);
+  for (std::size_t i = 0; i < derived_.size(); ++i) {
+    if (demand_.names.contains(derived_[i].name)) needed[i] = true;
+  }
+  // Backwards, a field is reached before those that it is computed from.
+  for (auto at = sequence.rbegin(); at != sequence.rend(); ++at) {
+    const auto position = static_cast<std::size_t>(*at);
+    if (!needed[position]) continue;
+    for (const int need : derived_[position].needs) needed[static_cast<std::size_t>(need)] = true;
+  }
+  return needed;
+}
+
+void Builder::CheckInputs(const Derived& derived) const {
+  if (!demand_.has_schema) return;
+  for (const int index : derived.inputs) {
+    const std::string& name = inputs_[static_cast<std::size_t>(index)]->GetName();
+    if (demand_.schema.contains(name)) continue;
+    Refuse(derived.element, "field " + name + ", from which " + derived.name +
+                                " is computed, is not in the model's MiningSchema: refused");
+  }
+}
+
+std::unique_ptr<TransformationDictionary> Builder::Build() {
+  Collect();
+  Compile();
+  const std::vector<int> sequence = Sort();
+  const std::vector<bool> needed = Needed(sequence);
+
+  std::vector<Program::Step> steps;
+  std::vector<bool> read(inputs_.size(), false);
+  for (const int at : sequence) {
+    const auto position = static_cast<std::size_t>(at);
+    if (!needed[position]) continue;
+    const Derived& derived = derived_[position];
+    CheckInputs(derived);
+    for (const int index : derived.inputs) read[static_cast<std::size_t>(index)] = true;
+    steps.push_back({at, derived.type, derived.name});
+  }
+  std::vector<Program::Input> inputs;
+  for (std::size_t i = 0; i < inputs_.size(); ++i) {
+    if (read[i]) inputs.push_back({inputs_[i], static_cast<int>(derived_.size() + i)});
+  }
+  const std::size_t slots = derived_.size() + inputs_.size();
+  auto program = std::make_unique<Program>(std::move(expressions_), std::move(inputs),
+                                           std::move(steps), slots);
+  auto dictionary = std::make_unique<TransformationDictionary>(std::move(program));
+  for (Derived& derived : derived_) {
+    dictionary->AddVar(MakeVar(derived));
+    ScoreDictVar* input = dictionary_ == nullptr ? nullptr : dictionary_->FindVar(derived.name);
+    if (input == nullptr) continue;
+    const bool hides = Hides(derived);
+    if (hides) input->SetHiddenByDerived(true);
+    MCZandor_850::ScoringLog::GetInstance().TraceText(
+        1, "Derived field %s has the name of an input and %s", derived.name.c_str(),
+        hides ? "takes its place" : "is not seen: the input comes first");
+  }
+  // A predictor for a category of a derived field makes the category known.
+  for (const auto& [name, category] : demand_.categories) {
+    if (TransformVar* var = dictionary->FindDerived(name)) {
+      var->AddCategory(*var->ValueFromText(category), category);
+    }
+  }
+  return dictionary;
+}
+
+}  // namespace
+
+bool IsLocal(const Element* derived_field) {
+  const auto* parent = static_cast<const Element*>(derived_field->getParentNode());
+  return IsNamed(parent, "LocalTransformations") ||
+         Attribute(derived_field, "x-scope").value_or("") == "local";
+}
+
+std::unique_ptr<TransformationDictionary> BuildDictionary(const Element* container,
+                                                          const ScoreDictionary* inputs) {
+  return Builder(container, inputs).Build();
+}
+
+}  // namespace svmscore::transform
+
+namespace MCZandor_850 {
+
+TransformationDictionary* PMMLTranslator::HandleTransformationDictionary(
+    xercesc::DOMElement* element, const ScoreDictionary* dictionary) {
+  if (element == nullptr) return nullptr;
+  return svmscore::transform::BuildDictionary(element, dictionary).release();
+}
+
+}  // namespace MCZandor_850

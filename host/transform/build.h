@@ -1,0 +1,39 @@
+// Reading a whole container of derived fields.
+#ifndef HOST_TRANSFORM_BUILD_H_
+#define HOST_TRANSFORM_BUILD_H_
+
+#include <memory>
+#include <string>
+#include <unordered_set>
+
+#include "host/score_dictionary.h"
+#include "host/transform/dom.h"
+#include "host/transformation_dictionary.h"
+
+namespace svmscore::transform {
+
+// What the document's support vector machine model asks of the transformations.
+struct Demand {
+  const Element* model = nullptr;  // null: the document has none, and everything is needed
+  // The names that vector fields and output expressions use.
+  std::unordered_set<std::string> names;
+  // Names and values of categorical predictors, in document order.
+  std::vector<std::pair<std::string, std::string>> categories;
+  // The fields of the mining schema; without one every field of the dictionary is the model's.
+  bool has_schema = false;
+  std::unordered_set<std::string> schema;
+};
+Demand DemandOf(const xercesc::DOMDocument* document);
+
+// Derived fields named like an input take its place when they are local to the model: children of
+// LocalTransformations, or those that carry the attribute x-scope="local" after they were moved
+// out of it.
+bool IsLocal(const Element* derived_field);
+
+// Builds the dictionary of a TransformationDictionary or LocalTransformations element.
+std::unique_ptr<MCZandor_850::TransformationDictionary> BuildDictionary(
+    const Element* container, const MCZandor_850::ScoreDictionary* inputs);
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_BUILD_H_

@@ -1,0 +1,46 @@
+// How the kinds of expression are compiled; the skeleton for a new kind.
+//
+// A new kind needs a class derived from Expression with its own Evaluate, a function below that
+// reads its element, and a line in the table of compile.cpp.
+#ifndef HOST_TRANSFORM_COMPILE_H_
+#define HOST_TRANSFORM_COMPILE_H_
+
+#include <memory>
+#include <string>
+
+#include "host/transform/expression.h"
+
+namespace svmscore::transform {
+
+// Expressions may nest this deep, calls of defined functions counted in.
+inline constexpr int kDeepest = 1000;
+
+// What compiling an expression needs beyond its element.
+struct Context {
+  Scope& scope;
+  Definitions& definitions;
+  int depth = 1;
+
+  // Compiles an expression one level further in.
+  std::unique_ptr<Expression> Compile(const Element* element) const;
+  // The field that an attribute of `element` names; 260311 where there is none.
+  Field FieldOf(const Element* element, const char* attribute) const;
+};
+
+using Compiled = std::unique_ptr<Expression>;
+
+Compiled CompileConstant(const Element* element, const Context& context);
+Compiled CompileFieldRef(const Element* element, const Context& context);
+Compiled CompileNormContinuous(const Element* element, const Context& context);
+Compiled CompileNormDiscrete(const Element* element, const Context& context);
+Compiled CompileDiscretize(const Element* element, const Context& context);
+Compiled CompileMapValues(const Element* element, const Context& context);
+Compiled CompileTextIndex(const Element* element, const Context& context);
+Compiled CompileApply(const Element* element, const Context& context);
+
+// Refuses an expression that nests too deeply.
+void CheckDepth(const Element* element, int depth);
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_COMPILE_H_

@@ -1,0 +1,95 @@
+// Constant and FieldRef.
+#include <utility>
+
+#include "host/transcoder.h"
+#include "host/transform/compile.h"
+#include "host/transform/conversion.h"
+
+namespace svmscore::transform {
+namespace {
+
+class Constant : public Expression {
+ public:
+  // Without a type the text tells it.
+  Constant(const std::string& text, std::optional<FieldType> type, bool missing)
+      : declared_(type.has_value()), missing_(missing), text_(pool_.Copy(text)) {
+    if (!missing_) value_ = type ? FromDocument(text, *type, pool_) : FromDocument(text, pool_);
+  }
+
+  Value Evaluate(const Frame&) const override { return value_; }
+  std::optional<FieldType> Type() const override {
+    return value_.IsPresent() ? std::optional(value_.Type()) : std::nullopt;
+  }
+  const Value* Fixed() const override { return &value_; }
+  void ConvertFixed(FieldType type) override { value_ = Convert(value_, type, pool_); }
+  void AdoptType(FieldType type) override {
+    if (!declared_ && !missing_) value_ = FromDocument(text_, type, pool_);
+  }
+
+ private:
+  const bool declared_;
+  const bool missing_;
+  Arena pool_;
+  std::string_view text_;
+  Value value_;
+};
+
+class FieldRef : public Expression {
+ public:
+  explicit FieldRef(const Field& field) : field_(field) {}
+
+  Value Evaluate(const Frame& frame) const override { return frame.slots[field_.slot]; }
+  std::optional<FieldType> Type() const override { return field_.type; }
+  const ValueOrder* Order() const override { return field_.order.get(); }
+
+ private:
+  const Field field_;
+};
+
+class MappedFieldRef : public Expression {
+ public:
+  MappedFieldRef(const Field& field, const std::string& map_missing_to)
+      : field_(field),
+        map_missing_to_(field.type ? FromDocument(map_missing_to, *field.type, pool_)
+                                   : FromDocument(map_missing_to, pool_)) {}
+
+  Value Evaluate(const Frame& frame) const override {
+    const Value& value = frame.slots[field_.slot];
+    return value.IsMissing() ? map_missing_to_ : value;
+  }
+  std::optional<FieldType> Type() const override { return field_.type; }
+  const ValueOrder* Order() const override { return field_.order.get(); }
+  const Value& MapMissingTo() const { return map_missing_to_; }
+
+ private:
+  const Field field_;
+  Arena pool_;
+  const Value map_missing_to_;
+};
+
+}  // namespace
+
+Compiled CompileConstant(const Element* element, const Context&) {
+  const auto type = TypeAttribute(element, "dataType");
+  const bool missing = FlagAttribute(element, "missing", false);
+  const std::string text = ElementText(element);
+  auto constant = std::make_unique<Constant>(text, type, missing);
+  if (constant->Fixed()->IsInvalid()) {
+    Refuse(element,
+           "\"" + text + "\" is not of the type " + RequiredAttribute(element, "dataType"));
+  }
+  return constant;
+}
+
+Compiled CompileFieldRef(const Element* element, const Context& context) {
+  const Field field = context.FieldOf(element, "field");
+  const auto map_missing_to = Attribute(element, "mapMissingTo");
+  if (!map_missing_to) return std::make_unique<FieldRef>(field);
+  auto mapped = std::make_unique<MappedFieldRef>(field, *map_missing_to);
+  if (mapped->MapMissingTo().IsInvalid()) {
+    Refuse(element, "mapMissingTo \"" + *map_missing_to + "\" is not of the field's type");
+  }
+  return mapped;
+}
+
+}  // namespace svmscore::transform

@@ -1,0 +1,105 @@
+#include "host/transform/definitions.h"
+
+#include <utility>
+
+#include "host/message_codes.h"
+#include "host/ss_exception.h"
+#include "host/transform/compile.h"
+#include "host/transform/conversion.h"
+
+namespace svmscore::transform {
+namespace {
+
+// The names that a function's body may use: its parameters, by position.
+class ParameterScope : public Scope {
+ public:
+  void Add(const Element* element, const std::string& name, std::optional<FieldType> type) {
+    Field field;
+    field.slot = static_cast<int>(fields_.size());
+    field.type = type;
+    if (!fields_.emplace(name, std::move(field)).second) {
+      ThrowAt(element, code::kDuplicateName, name, LocalName(element));
+    }
+  }
+  std::optional<Field> Find(const std::string& name) override {
+    const auto found = fields_.find(name);
+    if (found == fields_.end()) return std::nullopt;
+    return found->second;
+  }
+
+ private:
+  std::unordered_map<std::string, Field> fields_;
+};
+
+}  // namespace
+
+UserFunction::UserFunction(Types parameters, std::optional<FieldType> result,
+                           std::unique_ptr<Expression> body)
+    : parameters_(std::move(parameters)), result_(result), body_(std::move(body)) {}
+
+Value UserFunction::Call(std::span<Value> arguments, Arena& arena) const {
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (parameters_[i]) arguments[i] = Convert(arguments[i], *parameters_[i], arena);
+  }
+  const Value value = body_->Evaluate({arguments.data(), arena});
+  return result_ ? Convert(value, *result_, arena) : value;
+}
+
+Definitions::Definitions() = default;
+Definitions::~Definitions() = default;
+
+void Definitions::AddFrom(const Element* container) {
+  if (container == nullptr) return;
+  for (const Element* child = FirstChild(container); child != nullptr; child = NextSibling(child)) {
+    if (!IsNamed(child, "DefineFunction")) continue;
+    const std::string name = RequiredAttribute(child, "name");
+    if (!definitions_.emplace(name, Definition{child, nullptr}).second) {
+      ThrowAt(child, code::kDuplicateName, name, LocalName(child));
+    }
+    order_.push_back(name);
+  }
+}
+
+void Definitions::AddFrom(const xercesc::DOMDocument* document) {
+  const Element* root = document == nullptr ? nullptr : document->getDocumentElement();
+  if (root != nullptr) AddFrom(ChildNamed(root, "TransformationDictionary"));
+}
+
+void Definitions::CompileAll() {
+  for (const std::string& name : order_) {
+    Find(name, definitions_.at(name).element, 0);
+  }
+}
+
+std::shared_ptr<const UserFunction> Definitions::Find(const std::string& name,
+                                                      const Element* caller, int depth) {
+  const auto found = definitions_.find(name);
+  if (found == definitions_.end()) return nullptr;
+  Definition& definition = found->second;
+  if (definition.function == nullptr) {
+    if (definition.in_work) Refuse(caller, "function " + name + " calls itself");
+    Compile(definition, depth);
+  }
+  return definition.function;
+}
+
+void Definitions::Compile(Definition& definition, int depth) {
+  const Element* element = definition.element;
+  definition.in_work = true;
+  const auto result = TypeAttribute(element, "dataType");
+  ParameterScope scope;
+  UserFunction::Types types;
+  for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
+    if (!IsNamed(child, "ParameterField")) continue;
+    types.push_back(TypeAttribute(child, "dataType"));
+    scope.Add(child, RequiredAttribute(child, "name"), types.back());
+  }
+  if (types.empty()) Refuse(element, "there is no ParameterField");
+  const Context context{scope, *this, depth};
+  auto body = context.Compile(OnlyExpression(element, "ParameterField"));
+  if (result) body->ConvertFixed(*result);
+  definition.function = std::make_shared<UserFunction>(std::move(types), result, std::move(body));
+  definition.in_work = false;
+}
+
+}  // namespace svmscore::transform

@@ -1,0 +1,74 @@
+// The functions that a document defines.
+#ifndef HOST_TRANSFORM_DEFINITIONS_H_
+#define HOST_TRANSFORM_DEFINITIONS_H_
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "host/api.h"
+#include "host/transform/expression.h"
+
+namespace svmscore::transform {
+
+// A defined function: a body over parameters. Immutable after compiling.
+class UserFunction {
+ public:
+  using Types = std::vector<std::optional<FieldType>>;
+  UserFunction(Types parameters, std::optional<FieldType> result, std::unique_ptr<Expression> body);
+
+  // The arguments, one for each parameter, are converted to its type in place; missing ones stay
+  // missing.
+  Value Call(std::span<Value> arguments, Arena& arena) const;
+
+  const Types& Parameters() const { return parameters_; }
+  std::optional<FieldType> Type() const { return result_ ? result_ : body_->Type(); }
+  int Depth() const { return body_->Depth(); }
+
+ private:
+  Types parameters_;
+  std::optional<FieldType> result_;
+  std::unique_ptr<Expression> body_;
+};
+
+// Knows the DefineFunction elements of a document and compiles each once, when it is first called
+// for. Used while a document is loaded, on one thread; the functions live on in the expressions
+// that call them.
+class SVMSCORE_HOST_API Definitions {
+ public:
+  Definitions();
+  ~Definitions();
+  Definitions(const Definitions&) = delete;
+  Definitions& operator=(const Definitions&) = delete;
+
+  // Adds the functions that a child of `container` defines. Null is a container without any. A name
+  // that comes twice is refused.
+  void AddFrom(const Element* container);
+  // Adds those of the TransformationDictionary of `document`.
+  void AddFrom(const xercesc::DOMDocument* document);
+  // Compiles those that nothing has called, so that what is wrong with them is found.
+  void CompileAll();
+
+  // Null where the document defines no function of that name. A function that calls itself, be it
+  // through others, is refused at `caller`, which is an expression `depth` levels in.
+  std::shared_ptr<const UserFunction> Find(const std::string& name, const Element* caller,
+                                           int depth);
+
+ private:
+  struct Definition {
+    const Element* element;
+    std::shared_ptr<const UserFunction> function;
+    bool in_work = false;
+  };
+  void Compile(Definition& definition, int depth);
+
+  std::unordered_map<std::string, Definition> definitions_;
+  std::vector<std::string> order_;
+};
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_DEFINITIONS_H_

@@ -1,0 +1,91 @@
+// Expressions of a document, compiled once and evaluated case by case.
+#ifndef HOST_TRANSFORM_EXPRESSION_H_
+#define HOST_TRANSFORM_EXPRESSION_H_
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/api.h"
+#include "host/field_types.h"
+#include "host/transform/arena.h"
+#include "host/transform/dom.h"
+#include "host/transform/value.h"
+
+namespace svmscore::transform {
+
+class Definitions;
+class ValueOrder;
+
+// What an expression is evaluated over: the values of the fields of its scope, by their slots,
+// and memory for the texts that it makes. Both outlive the use of the result.
+struct Frame {
+  const Value* slots;
+  Arena& arena;
+};
+
+// Immutable once the field or function that it belongs to is compiled, and then safe for any number
+// of threads. Evaluation throws nothing but std::bad_alloc.
+class SVMSCORE_HOST_API Expression {
+ public:
+  Expression() = default;
+  virtual ~Expression();
+  Expression(const Expression&) = delete;
+  Expression& operator=(const Expression&) = delete;
+
+  virtual Value Evaluate(const Frame& frame) const = 0;
+
+  // The type that every present value of the expression has; nothing where that depends on the
+  // case.
+  virtual std::optional<FieldType> Type() const { return std::nullopt; }
+  // The order of the values, where the expression is an ordinal field; else null.
+  virtual const ValueOrder* Order() const { return nullptr; }
+  // The value, where it is the same for every case; else null.
+  virtual const Value* Fixed() const { return nullptr; }
+  // Says that the result will be converted to `type`, so that what is fixed is converted now.
+  virtual void ConvertFixed(FieldType) {}
+  // Says that the expression stands for a parameter declared with `type`. Matters to constants that
+  // declare none: their text is then read by it.
+  virtual void AdoptType(FieldType) {}
+  // How deeply evaluation nests, calls of defined functions counted in.
+  int Depth() const { return depth_; }
+
+ protected:
+  void NestOver(int inner_depth) { depth_ = depth_ > inner_depth ? depth_ : inner_depth + 1; }
+
+ private:
+  int depth_ = 1;
+};
+
+// A field as an expression sees it.
+struct Field {
+  int slot = 0;
+  std::optional<FieldType> type;  // nothing: it depends on the case
+  bool ordinal = false;
+  std::shared_ptr<const ValueOrder> order;  // null unless the field lists its values
+};
+
+// The names that an expression may use.
+class SVMSCORE_HOST_API Scope {
+ public:
+  virtual ~Scope();
+  // The field of that name; nothing where there is none. Called at load only.
+  virtual std::optional<Field> Find(const std::string& name) = 0;
+};
+
+// Compiles an expression element. `definitions` are the functions that the document defines. Throws
+// an SSException for anything that is wrong or not supported, with the element at fault.
+SVMSCORE_HOST_API std::unique_ptr<Expression> CompileExpression(const Element* element,
+                                                                Scope& scope,
+                                                                Definitions& definitions);
+
+// The expression child of `parent`, of which there must be exactly one among children that are
+// neither extensions nor of the kind `other` (empty: none).
+SVMSCORE_HOST_API const Element* OnlyExpression(const Element* parent, const std::string& other);
+
+// True for the names of elements that are expressions, supported or not.
+SVMSCORE_HOST_API bool IsExpression(const Element* element);
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_EXPRESSION_H_

@@ -1,0 +1,162 @@
+// NormContinuous and NormDiscrete.
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "host/message_codes.h"
+#include "host/ss_exception.h"
+#include "host/transform/compile.h"
+#include "host/transform/conversion.h"
+
+namespace svmscore::transform {
+namespace {
+
+constexpr FieldType kDouble{DataType::kDouble, 0};
+
+struct Point {
+  double orig;
+  double norm;
+};
+
+enum class Outliers { kAsIs, kAsMissing, kAsExtreme };
+
+// Piecewise linear: y = b + (x - a) / (c - a) * (d - b) on the segment from (a, b) to (c, d), in
+// this order of operations. Beyond the ends the first and the last segment go on, where the
+// outliers do not say otherwise.
+class NormContinuous : public Expression {
+ public:
+  NormContinuous(const Field& field, std::vector<Point> points, Outliers outliers,
+                 std::optional<double> map_missing_to)
+      : slot_(field.slot),
+        points_(std::move(points)),
+        outliers_(outliers),
+        map_missing_to_(map_missing_to ? Value::Double(*map_missing_to) : Value::Missing()) {}
+
+  Value Evaluate(const Frame& frame) const override {
+    const Value& value = frame.slots[slot_];
+    if (value.IsMissing()) return map_missing_to_;
+    if (value.IsInvalid()) return value;
+    const auto number = NumberOf(value);
+    if (!number) return Value::Invalid();
+    const double x = *number;
+    const bool below = x < points_.front().orig;
+    if (outliers_ != Outliers::kAsIs && (below || x > points_.back().orig)) {
+      if (outliers_ == Outliers::kAsMissing) return Value::Missing();
+      return Value::Double(below ? points_.front().norm : points_.back().norm);
+    }
+    const auto after =
+        std::upper_bound(points_.begin() + 1, points_.end() - 1, x,
+                         [](double left, const Point& point) { return left < point.orig; });
+    const Point& left = *(after - 1);
+    const Point& right = *after;
+    return Value::Double(left.norm +
+                         (x - left.orig) / (right.orig - left.orig) * (right.norm - left.norm));
+  }
+  std::optional<FieldType> Type() const override { return kDouble; }
+
+ private:
+  const int slot_;
+  const std::vector<Point> points_;
+  const Outliers outliers_;
+  const Value map_missing_to_;
+};
+
+// 1 where the field has the value (or, as a thermometer, one at or above it), else 0.
+class NormDiscrete : public Expression {
+ public:
+  NormDiscrete(const Field& field, const std::string& value, std::optional<double> map_missing_to)
+      : slot_(field.slot),
+        value_(ForComparison(value, field.type, pool_)),
+        map_missing_to_(map_missing_to ? Value::Double(*map_missing_to) : Value::Missing()) {}
+
+  Value Evaluate(const Frame& frame) const override {
+    const Value& value = frame.slots[slot_];
+    if (value.IsMissing()) return map_missing_to_;
+    if (value.IsInvalid()) return value;
+    return Value::Double(Holds(value) ? 1.0 : 0.0);
+  }
+  std::optional<FieldType> Type() const override { return kDouble; }
+
+ protected:
+  virtual bool Holds(const Value& value) const {
+    return Compare(value, value_) == Comparison::kEqual;
+  }
+  const Value& Reference() const { return value_; }
+
+ private:
+  const int slot_;
+  Arena pool_;
+  const Value value_;
+  const Value map_missing_to_;
+};
+
+class Thermometer : public NormDiscrete {
+ public:
+  Thermometer(const Field& field, const std::string& value, std::optional<double> map_missing_to)
+      : NormDiscrete(field, value, map_missing_to), order_(field.order) {}
+
+ private:
+  bool Holds(const Value& value) const override {
+    if (order_ == nullptr) {
+      const Comparison comparison = Compare(value, Reference());
+      return comparison == Comparison::kEqual || comparison == Comparison::kGreater;
+    }
+    const int rank = order_->RankOf(value);
+    return rank >= 0 && rank >= order_->RankOf(Reference());
+  }
+
+  const std::shared_ptr<const ValueOrder> order_;
+};
+
+std::vector<Point> ReadPoints(const Element* element) {
+  std::vector<Point> points;
+  for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
+    if (!IsNamed(child, "LinearNorm")) RefuseKind(child);
+    points.push_back({RequiredNumber(child, "orig"), RequiredNumber(child, "norm")});
+    if (points.size() > 1 && !(points[points.size() - 2].orig < points.back().orig)) {
+      Refuse(child, "orig is not greater than that of the point before it");
+    }
+  }
+  if (points.size() < 2) Refuse(element, "there are fewer than two points");
+  return points;
+}
+
+}  // namespace
+
+Compiled CompileNormContinuous(const Element* element, const Context& context) {
+  const Field field = context.FieldOf(element, "field");
+  const std::string outliers = Attribute(element, "outliers").value_or("asIs");
+  Outliers treatment = Outliers::kAsIs;
+  if (outliers == "asMissingValues") {
+    treatment = Outliers::kAsMissing;
+  } else if (outliers == "asExtremeValues") {
+    treatment = Outliers::kAsExtreme;
+  } else if (outliers != "asIs") {
+    ThrowAt(element, code::kBadValue, outliers, "outliers", LocalName(element));
+  }
+  return std::make_unique<NormContinuous>(field, ReadPoints(element), treatment,
+                                          NumberAttribute(element, "mapMissingTo"));
+}
+
+Compiled CompileNormDiscrete(const Element* element, const Context& context) {
+  const Field field = context.FieldOf(element, "field");
+  const std::string value = RequiredAttribute(element, "value");
+  const auto map_missing_to = NumberAttribute(element, "mapMissingTo");
+  const std::string method = Attribute(element, "method").value_or("indicator");
+  if (const Element* child = FirstChild(element)) RefuseKind(child);
+  if (method == "indicator") return std::make_unique<NormDiscrete>(field, value, map_missing_to);
+  if (method != "thermometer") {
+    ThrowAt(element, code::kBadValue, method, "method", LocalName(element));
+  }
+  if (!field.ordinal) {
+    ThrowAt(element, code::kUnsupported, "method thermometer on a field that is not ordinal",
+            LocalName(element));
+  }
+  Arena pool;
+  if (field.order && field.order->RankOf(ForComparison(value, field.type, pool)) < 0) {
+    Refuse(element, "the field does not list the value " + value);
+  }
+  return std::make_unique<Thermometer>(field, value, map_missing_to);
+}
+
+}  // namespace svmscore::transform

@@ -1,0 +1,90 @@
+#include "host/transform/program.h"
+
+#include <cmath>
+#include <utility>
+
+#include "host/scoring_log.h"
+#include "host/transform/conversion.h"
+
+namespace svmscore::transform {
+
+using MCZandor_850::NumericValue;
+using MCZandor_850::ScoreCaseRecord;
+using MCZandor_850::ScoreValue;
+using MCZandor_850::StringValue;
+
+Scratch::Scratch(const Program& program)
+    : slots_(program.SlotCount()),
+      holders_(program.Steps().size()),
+      results_(program.DerivedCount(), nullptr) {}
+
+Scratch::~Scratch() = default;
+
+const ScoreValue* Scratch::Holder::Hold(const Value& value, FieldType type) {
+  if (value.IsMissing()) return nullptr;
+  if (type.data == DataType::kString) {
+    if (!text) text = std::make_unique<StringValue>("");
+    if (value.IsPresent()) {
+      text->SetText(value.GetText().data(), value.GetText().size());
+    } else {
+      text->SetInvalid();
+    }
+    return text.get();
+  }
+  if (!number) number = std::make_unique<NumericValue>(0.0);
+  if (value.IsPresent()) {
+    number->SetDoubleValue(value.GetNumber());
+  } else {
+    number->SetInvalid({});
+  }
+  return number.get();
+}
+
+Program::Program(std::vector<std::unique_ptr<Expression>> expressions, std::vector<Input> inputs,
+                 std::vector<Step> steps, std::size_t slots)
+    : expressions_(std::move(expressions)),
+      inputs_(std::move(inputs)),
+      steps_(std::move(steps)),
+      slot_count_(slots),
+      told_(std::make_unique<std::atomic<bool>[]>(steps_.size())) {
+  for (const Input& input : inputs_) needed_.push_back(input.var);
+}
+
+Program::~Program() = default;
+
+void Program::Evaluate(const ScoreCaseRecord& record, Scratch& scratch) const {
+  scratch.arena_.Reset();
+  Value* slots = scratch.slots_.data();
+  const bool by_position = record.IsIndexedByPosition();
+  for (const Input& input : inputs_) {
+    const ScoreValue* value = nullptr;
+    if (!by_position) {
+      value = record.GetValue(input.var->GetName());
+    } else {
+      // A variable has no position before the first case was scored.
+      int position = input.var->GetCasePosition();
+      if (position < 0) position = record.GetPosition(input.var->GetName());
+      value = record.GetValue(position);
+    }
+    slots[input.slot] = FromRecord(value, input.var->GetFieldType(), scratch.arena_);
+  }
+  const Frame frame{slots, scratch.arena_};
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
+    const Step& step = steps_[i];
+    const auto slot = static_cast<std::size_t>(step.slot);
+    const Value value = expressions_[slot]->Evaluate(frame);
+    if (step.type.data == DataType::kInteger) TellRounding(i, value);
+    slots[slot] = Convert(value, step.type, scratch.arena_);
+    scratch.results_[slot] = scratch.holders_[i].Hold(slots[slot], step.type);
+  }
+}
+
+void Program::TellRounding(std::size_t step, const Value& value) const {
+  if (!value.IsPresent() || value.IsText()) return;
+  const double number = value.GetNumber();
+  if (number == std::floor(number) || told_[step].exchange(true, std::memory_order_relaxed)) return;
+  MCZandor_850::ScoringLog::GetInstance().TraceText(
+      1, "Derived field %s is an integer: its fractions are rounded", steps_[step].name.c_str());
+}
+
+}  // namespace svmscore::transform

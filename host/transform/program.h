@@ -1,0 +1,93 @@
+// The derived fields of a document as a flat list of steps.
+#ifndef HOST_TRANSFORM_PROGRAM_H_
+#define HOST_TRANSFORM_PROGRAM_H_
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/api.h"
+#include "host/score_case_record.h"
+#include "host/score_dict_var.h"
+#include "host/transform/arena.h"
+#include "host/transform/expression.h"
+#include "host/transform/value.h"
+
+namespace svmscore::transform {
+
+class Program;
+
+// The working memory of one case: slots for the values of derived fields (first) and inputs, and
+// the results as the host's value objects. One thread at a time.
+class SVMSCORE_HOST_API Scratch {
+ public:
+  explicit Scratch(const Program& program);
+  ~Scratch();
+
+  // The value of a derived field by its position; null where it is missing, or not computed because
+  // nothing needs it.
+  const MCZandor_850::ScoreValue* Result(std::size_t position) const { return results_[position]; }
+  const Value& Slot(std::size_t slot) const { return slots_[slot]; }
+
+ private:
+  friend class Program;
+
+  // The objects that results are put into; made at the first use.
+  struct Holder {
+    std::unique_ptr<MCZandor_850::NumericValue> number;
+    std::unique_ptr<MCZandor_850::StringValue> text;
+    const MCZandor_850::ScoreValue* Hold(const Value& value, FieldType type);
+  };
+
+  std::vector<Value> slots_;
+  std::vector<Holder> holders_;  // one a step
+  std::vector<const MCZandor_850::ScoreValue*> results_;
+  Arena arena_;
+};
+
+// Computes the needed derived fields of a case in an order in which every field follows those that
+// it is computed from. Immutable: any number of threads, each with its own scratch.
+class SVMSCORE_HOST_API Program {
+ public:
+  struct Input {
+    const MCZandor_850::ScoreDictVar* var;
+    int slot;
+  };
+  struct Step {
+    int slot;  // the position of the derived field
+    FieldType type;
+    std::string name;
+  };
+
+  // `expressions` belong to all derived fields by position, `steps` are those that are computed.
+  Program(std::vector<std::unique_ptr<Expression>> expressions, std::vector<Input> inputs,
+          std::vector<Step> steps, std::size_t slots);
+  ~Program();
+
+  // Computes one case; the results stay in `scratch` until the next. Allocates nothing unless
+  // texts are made or grow. Texts of the record must stay as they are until the call returns.
+  void Evaluate(const MCZandor_850::ScoreCaseRecord& record, Scratch& scratch) const;
+
+  const std::vector<Step>& Steps() const { return steps_; }
+  // The input variables that the computed fields read, each once.
+  const std::vector<const MCZandor_850::ScoreDictVar*>& NeededInputs() const { return needed_; }
+  std::size_t SlotCount() const { return slot_count_; }
+  std::size_t DerivedCount() const { return expressions_.size(); }
+
+ private:
+  // Writes one line to the log for a field whose fractions are rounded because it is an integer.
+  void TellRounding(std::size_t step, const Value& value) const;
+
+  std::vector<std::unique_ptr<Expression>> expressions_;
+  std::vector<Input> inputs_;
+  std::vector<const MCZandor_850::ScoreDictVar*> needed_;  // their variables
+  std::vector<Step> steps_;
+  std::size_t slot_count_;
+  std::unique_ptr<std::atomic<bool>[]> told_;  // one a step
+};
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_PROGRAM_H_
