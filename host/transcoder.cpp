@@ -3,6 +3,8 @@
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLString.hpp>
 
+#include "host/pmml/document.h"
+
 namespace svmscore {
 
 std::string ToUtf8(const XMLCh* text) {
@@ -17,11 +19,13 @@ std::string ToUtf8(const XMLCh* text, std::size_t size) {
     narrow[i] = static_cast<char>(text[i]);
   }
   if (seen < 0x80) return narrow;
+  StartXerces();
   const xercesc::TranscodeToStr utf8(text, size, "UTF-8");
   return {reinterpret_cast<const char*>(utf8.str()), utf8.length()};
 }
 
 std::basic_string<XMLCh> ToUtf16(const std::string& text) {
+  StartXerces();
   const xercesc::TranscodeFromStr wide(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
                                        "UTF-8");
   return {wide.str(), wide.length()};
