@@ -24,9 +24,7 @@ endif()
 add_library(svmscore_flags INTERFACE)
 target_compile_options(svmscore_flags INTERFACE
   -ffp-contract=off -fno-fast-math
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror
-  # g++ 12 sees overlapping copies inside std::string that are not there.
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror)
 # g++ 12 sees overlapping copies in std::string's own operator+ where there are none.
 target_compile_options(svmscore_flags INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 target_include_directories(svmscore_flags INTERFACE ${CMAKE_SOURCE_DIR})

@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# check_paths.sh ROOT: fails where a README or a page under docs/ names a file or folder that is not
+# there, or, in a row that names a file and then a function, a function that the file lacks.
+#
+# A path is what stands between backticks and holds a slash or ends like a file of this project.
+# It counts from the root, or from the folder of the page that names it.
+set -euo pipefail
+cd -- "$1"
+
+is_path() {
+  [[ $1 == *[a-z]* && $1 =~ ^[A-Za-z0-9_.-]+(/[A-Za-z0-9_.-]+)*/?$ ]] &&
+    [[ $1 == */* || $1 =~ \.(h|cpp|md|txt|py|sh|cmake|csv|pmml)$ ]]
+}
+
+wrong=0 seen=0
+complain() {
+  echo "$1"
+  wrong=1
+}
+
+# The pieces between backticks in a line, one a line.
+quoted() { grep -oE '`[^`]+`' <<<"$1" | tr -d '`' || true; }
+
+check_page() {
+  local page=$1 line piece file
+  while IFS= read -r line; do
+    file=''
+    while IFS= read -r piece; do
+      if is_path "$piece"; then
+        # What a build or an installation makes is not in the tree.
+        [[ $piece == build/* || $piece == lib/* || $piece == bin/* ]] && continue
+        seen=$((seen + 1))
+        file=$piece
+        [ -e "$file" ] || file=$(dirname "$page")/$piece
+        [ -e "$file" ] || complain "$page: no $piece"
+      elif [[ $line == '|'* && $piece =~ ^[A-Za-z_:~]+\(\)$ && -f $file ]]; then
+        piece=${piece##*::}
+        grep -qF -- "${piece%)}" "$file" || complain "$page: no $piece in $file"
+      fi
+    done < <(quoted "$line")
+  done <"$page"
+}
+
+while IFS= read -r page; do
+  check_page "$page"
+done < <(find . -path ./build -prune -o -path ./.git -prune -o \
+  \( -name README.md -o -path './docs/*.md' \) -print)
+[ $seen -gt 0 ] || complain "no page names a path"
+exit $wrong
