@@ -7,11 +7,13 @@
 #include <string_view>
 #include <vector>
 
+#include "host/api.h"
+
 namespace svmscore::transform {
 
 // Nothing is allocated before the first use, nor after Reset for as much as was in use before it.
 // Addresses are stable until Reset, also when the arena is moved. One thread at a time.
-class Arena {
+class SVMSCORE_HOST_API Arena {
  public:
   // Aligned to 8 bytes.
   char* Allocate(std::size_t size);

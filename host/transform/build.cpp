@@ -11,6 +11,8 @@
 #include "host/ss_exception.h"
 #include "host/transform/conversion.h"
 #include "host/transform/definitions.h"
+#include "host/transform/fields.h"
+#include "host/transform/inline_table.h"
 #include "host/transform/order.h"
 #include "host/transform/program.h"
 #include "host/translator.h"
@@ -137,19 +139,24 @@ void Builder::AddEncodedValues(const Derived& derived, TransformVar& var) const 
   const ScoreDictVar& source = *inputs_[static_cast<std::size_t>(derived.inputs[0])];
   if (IsNamed(derived.expression, "NormDiscrete")) {
     var.AddEncodedValue(source.ValueFromText(RequiredAttribute(derived.expression, "value")));
+    return;
   }
+  if (!IsNamed(derived.expression, "MapValues")) return;
+  const Element* table = ChildNamed(derived.expression, "InlineTable");
+  const Element* pair = ChildNamed(derived.expression, "FieldColumnPair");
+  if (table == nullptr || pair == nullptr) return;
+  for (const Element* next = NextSibling(pair); next != nullptr; next = NextSibling(next)) {
+    if (IsNamed(next, "FieldColumnPair")) return;  // one key of several encodes no value
+  }
+  ForEachRow(table, {RequiredAttribute(pair, "column")}, 0, [&](const Element*, Cells cells) {
+    if (cells[0]) var.AddEncodedValue(source.ValueFromText(*cells[0]));
+  });
 }
 
 Field Builder::FieldOfInput(const ScoreDictVar* var) {
   const auto known = input_fields_.find(var);
   if (known != input_fields_.end()) return known->second;
-  Field field;
-  field.slot = static_cast<int>(derived_.size() + inputs_.size());
-  field.type = var->GetFieldType();
-  field.ordinal = var->GetTypeCode() == static_cast<int>(OpType::kOrdinal);
-  if (field.ordinal && !var->GetCategories().empty()) {
-    field.order = std::make_shared<const ValueOrder>(*var);
-  }
+  const Field field = FieldOfVariable(*var, static_cast<int>(derived_.size() + inputs_.size()));
   inputs_.push_back(var);
   input_fields_.emplace(var, field);
   return field;

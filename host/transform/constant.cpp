@@ -17,9 +17,6 @@ class Constant : public Expression {
   }
 
   Value Evaluate(const Frame&) const override { return value_; }
-  std::optional<FieldType> Type() const override {
-    return value_.IsPresent() ? std::optional(value_.Type()) : std::nullopt;
-  }
   const Value* Fixed() const override { return &value_; }
   void ConvertFixed(FieldType type) override { value_ = Convert(value_, type, pool_); }
   void AdoptType(FieldType type) override {
@@ -39,7 +36,6 @@ class FieldRef : public Expression {
   explicit FieldRef(const Field& field) : field_(field) {}
 
   Value Evaluate(const Frame& frame) const override { return frame.slots[field_.slot]; }
-  std::optional<FieldType> Type() const override { return field_.type; }
   const ValueOrder* Order() const override { return field_.order.get(); }
 
  private:
@@ -57,7 +53,6 @@ class MappedFieldRef : public Expression {
     const Value& value = frame.slots[field_.slot];
     return value.IsMissing() ? map_missing_to_ : value;
   }
-  std::optional<FieldType> Type() const override { return field_.type; }
   const ValueOrder* Order() const override { return field_.order.get(); }
   const Value& MapMissingTo() const { return map_missing_to_; }
 

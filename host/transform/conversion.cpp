@@ -55,7 +55,7 @@ double BaseDays(int year) {
 }
 
 Value RoundToInteger(double number) {
-  const double whole = std::floor(number) == number ? number : std::floor(number + 0.5);
+  const double whole = RoundHalfUp(number);
   if (!(whole >= -kIntegerLimit && whole < kIntegerLimit)) return Value::Invalid(number);
   return Value::Integer(static_cast<std::int64_t>(whole));
 }
@@ -183,6 +183,12 @@ std::optional<bool> TruthOf(const Value& value) {
   const double number = value.GetNumber();
   if (number != 0.0 && number != 1.0) return std::nullopt;
   return number == 1.0;
+}
+
+double RoundHalfUp(double number) {
+  // floor(number + 0.5) would round 0.49999999999999994 up, and lose odd numbers beyond 2^52.
+  const double below = std::floor(number);
+  return number - below >= 0.5 ? below + 1.0 : below;
 }
 
 std::optional<std::int64_t> IntegerOf(const Value& value) {

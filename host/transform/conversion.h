@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "host/api.h"
 #include "host/score_dict_var.h"
 #include "host/score_value.h"
 #include "host/transform/arena.h"
@@ -17,15 +18,17 @@ namespace svmscore::transform {
 
 // The value as one of `type`; invalid where it cannot be one. Missing and invalid values stay what
 // they are. A fraction becomes the nearest integer, ties upward. New texts are put into `arena`.
-Value Convert(const Value& value, FieldType type, Arena& arena);
+SVMSCORE_HOST_API Value Convert(const Value& value, FieldType type, Arena& arena);
 
 // The text of a present value.
-std::string_view TextOf(const Value& value, Arena& arena);
+SVMSCORE_HOST_API std::string_view TextOf(const Value& value, Arena& arena);
 // The number that a present value is or spells; nothing for texts that are no number, dates and
 // times. The kinds that count days or seconds are numbers.
-std::optional<double> NumberOf(const Value& value);
+SVMSCORE_HOST_API std::optional<double> NumberOf(const Value& value);
 // The truth of a present value: booleans, 0 and 1, and the texts that spell one of these.
 std::optional<bool> TruthOf(const Value& value);
+// The nearest whole number, halves upward: -2.5 becomes -2.
+double RoundHalfUp(double number);
 // A whole number: the value rounded where it has a fraction.
 std::optional<std::int64_t> IntegerOf(const Value& value);
 
@@ -40,7 +43,7 @@ std::optional<Moment> MomentOf(const Value& value);
 
 // What a document writes as `text`, by `type`: empty texts of all types but string are missing.
 // The text is copied into `arena`.
-Value FromDocument(std::string_view text, FieldType type, Arena& arena);
+SVMSCORE_HOST_API Value FromDocument(std::string_view text, FieldType type, Arena& arena);
 // The same without a type: an integer, a double, or else a text.
 Value FromDocument(std::string_view text, Arena& arena);
 // A text of the document that values of `type` are compared with: by the type where it spells such
@@ -49,7 +52,8 @@ Value ForComparison(std::string_view text, std::optional<FieldType> type, Arena&
 
 // A value of a case record, by the type of its field. Texts are views of the record's own where
 // it keeps them, else copies in `arena`.
-Value FromRecord(const MCZandor_850::ScoreValue* value, FieldType type, Arena& arena);
+SVMSCORE_HOST_API Value FromRecord(const MCZandor_850::ScoreValue* value, FieldType type,
+                                   Arena& arena);
 
 enum class Comparison { kLess, kEqual, kGreater, kNone };
 // Numbers compare as numbers (two integers exactly), texts by code points, times on their scale, a

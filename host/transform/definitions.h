@@ -25,7 +25,8 @@ class UserFunction {
   Value Call(std::span<Value> arguments, Arena& arena) const;
 
   const Types& Parameters() const { return parameters_; }
-  std::optional<FieldType> Type() const { return result_ ? result_ : body_->Type(); }
+  // The declared type of the result, if any.
+  std::optional<FieldType> Type() const { return result_; }
   int Depth() const { return body_->Depth(); }
 
  private:

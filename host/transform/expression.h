@@ -35,9 +35,6 @@ class SVMSCORE_HOST_API Expression {
 
   virtual Value Evaluate(const Frame& frame) const = 0;
 
-  // The type that every present value of the expression has; nothing where that depends on the
-  // case.
-  virtual std::optional<FieldType> Type() const { return std::nullopt; }
   // The order of the values, where the expression is an ordinal field; else null.
   virtual const ValueOrder* Order() const { return nullptr; }
   // The value, where it is the same for every case; else null.

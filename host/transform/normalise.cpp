@@ -11,8 +11,6 @@
 namespace svmscore::transform {
 namespace {
 
-constexpr FieldType kDouble{DataType::kDouble, 0};
-
 struct Point {
   double orig;
   double norm;
@@ -52,7 +50,6 @@ class NormContinuous : public Expression {
     return Value::Double(left.norm +
                          (x - left.orig) / (right.orig - left.orig) * (right.norm - left.norm));
   }
-  std::optional<FieldType> Type() const override { return kDouble; }
 
  private:
   const int slot_;
@@ -75,7 +72,6 @@ class NormDiscrete : public Expression {
     if (value.IsInvalid()) return value;
     return Value::Double(Holds(value) ? 1.0 : 0.0);
   }
-  std::optional<FieldType> Type() const override { return kDouble; }
 
  protected:
   virtual bool Holds(const Value& value) const {

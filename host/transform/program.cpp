@@ -5,6 +5,7 @@
 
 #include "host/scoring_log.h"
 #include "host/transform/conversion.h"
+#include "host/transform/fields.h"
 
 namespace svmscore::transform {
 
@@ -55,18 +56,9 @@ Program::~Program() = default;
 void Program::Evaluate(const ScoreCaseRecord& record, Scratch& scratch) const {
   scratch.arena_.Reset();
   Value* slots = scratch.slots_.data();
-  const bool by_position = record.IsIndexedByPosition();
   for (const Input& input : inputs_) {
-    const ScoreValue* value = nullptr;
-    if (!by_position) {
-      value = record.GetValue(input.var->GetName());
-    } else {
-      // A variable has no position before the first case was scored.
-      int position = input.var->GetCasePosition();
-      if (position < 0) position = record.GetPosition(input.var->GetName());
-      value = record.GetValue(position);
-    }
-    slots[input.slot] = FromRecord(value, input.var->GetFieldType(), scratch.arena_);
+    slots[input.slot] =
+        FromRecord(ReadInput(record, *input.var), input.var->GetFieldType(), scratch.arena_);
   }
   const Frame frame{slots, scratch.arena_};
   for (std::size_t i = 0; i < steps_.size(); ++i) {

@@ -1,0 +1,70 @@
+// Days and seconds since the beginning of a year.
+#include "host/transform/dates.h"
+
+#include <array>
+#include <cmath>
+
+#include "host/calendar.h"
+#include "host/transform/functions.h"
+
+namespace svmscore::transform {
+namespace {
+
+constexpr std::int64_t kSecondsPerDay = 86400;
+constexpr double kMostDays = 365.0e6;
+// The years that the calendar counts.
+constexpr std::int64_t kLastYear = 32767;
+
+std::optional<std::int64_t> DaysToYearOf(const Value& value) {
+  const auto year = IntegerOf(value);
+  if (!year || *year < -kLastYear || *year > kLastYear) return std::nullopt;
+  return calendar::DaysToYear(static_cast<int>(*year));
+}
+
+Value DaysSinceYear(const Arguments& in) {
+  const auto moment = DayAndSecondOf(in[0]);
+  const auto base = DaysToYearOf(in[1]);
+  if (!moment || !moment->day || !base) return Value::Invalid();
+  return Value::Integer(*moment->day - *base);
+}
+
+Value SecondsSinceYear(const Arguments& in) {
+  const auto moment = DayAndSecondOf(in[0]);
+  const auto base = DaysToYearOf(in[1]);
+  if (!moment || !moment->day || !base) return Value::Invalid();
+  return Value::Integer((*moment->day - *base) * kSecondsPerDay + moment->second);
+}
+
+Value SecondsSinceMidnight(const Arguments& in) {
+  const auto moment = DayAndSecondOf(in[0]);
+  return moment ? Value::Integer(moment->second) : Value::Invalid();
+}
+
+constexpr std::array kFunctions = {
+    Function{"dateDaysSinceYear", 2, 2, Returns::kNumber, Accepts::kPresent, DaysSinceYear},
+    Function{"dateSecondsSinceYear", 2, 2, Returns::kNumber, Accepts::kPresent, SecondsSinceYear},
+    Function{"dateSecondsSinceMidnight", 1, 1, Returns::kNumber, Accepts::kPresent,
+             SecondsSinceMidnight},
+};
+
+}  // namespace
+
+std::optional<DayAndSecond> DayAndSecondOf(const Value& value) {
+  const auto moment = MomentOf(value);
+  if (!moment) return std::nullopt;
+  const bool day = moment->scale == Moment::Scale::kDay;
+  const double whole = std::floor(moment->value);
+  const double days = day ? whole : whole / static_cast<double>(kSecondsPerDay);
+  if (!(std::fabs(days) <= kMostDays)) return std::nullopt;
+  const auto count = static_cast<std::int64_t>(whole);
+  if (day) return DayAndSecond{count, 0};
+  if (moment->scale == Moment::Scale::kClock) return DayAndSecond{std::nullopt, count};
+  const std::int64_t second = (count % kSecondsPerDay + kSecondsPerDay) % kSecondsPerDay;
+  return DayAndSecond{(count - second) / kSecondsPerDay, second};
+}
+
+std::span<const Function> DateFunctions() {
+  return kFunctions;
+}
+
+}  // namespace svmscore::transform

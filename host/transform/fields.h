@@ -1,0 +1,20 @@
+// Variables of the host as fields of expressions.
+#ifndef HOST_TRANSFORM_FIELDS_H_
+#define HOST_TRANSFORM_FIELDS_H_
+
+#include "host/score_case_record.h"
+#include "host/score_dict_var.h"
+#include "host/transform/expression.h"
+
+namespace svmscore::transform {
+
+// The variable as a field in `slot`.
+Field FieldOfVariable(const MCZandor_850::ScoreDictVar& var, int slot);
+
+// The value of an input variable, also before the first scored case has told it its position.
+const MCZandor_850::ScoreValue* ReadInput(const MCZandor_850::ScoreCaseRecord& record,
+                                          const MCZandor_850::ScoreDictVar& var);
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_FIELDS_H_

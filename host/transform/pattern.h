@@ -1,0 +1,50 @@
+// Perl-compatible regular expressions over UTF-8.
+#ifndef HOST_TRANSFORM_PATTERN_H_
+#define HOST_TRANSFORM_PATTERN_H_
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace svmscore::transform {
+
+// Immutable; any number of threads. The work for one match is limited, so that no text keeps a
+// thread for long: beyond the limit, and for texts that are not UTF-8, there is no answer.
+class Pattern {
+ public:
+  // Null where the text is no pattern; `error`, where given, then says why.
+  static std::unique_ptr<Pattern> Compile(std::string_view text, bool ignore_case,
+                                          std::string* error);
+  ~Pattern();
+  Pattern(const Pattern&) = delete;
+  Pattern& operator=(const Pattern&) = delete;
+
+  // The first match that begins at or after `offset`. An answer with begin == npos: there is none.
+  struct Match {
+    std::size_t begin = std::string_view::npos;
+    std::size_t end = std::string_view::npos;
+  };
+  std::optional<Match> Find(std::string_view text, std::size_t offset) const;
+  // Every match replaced: $1 to $9 stand for groups, $$ for a dollar sign.
+  std::optional<std::string> Replace(std::string_view text, std::string_view replacement) const;
+  // Every match replaced by the text as it stands.
+  std::optional<std::string> ReplaceLiteral(std::string_view text,
+                                            std::string_view replacement) const;
+
+  // False where a dollar sign of the replacement stands before neither a digit nor another one.
+  static bool IsReplacement(std::string_view replacement);
+
+ private:
+  struct Code;
+  explicit Pattern(std::unique_ptr<Code> code);
+  std::optional<std::string> Substitute(std::string_view text, std::string_view replacement,
+                                        std::uint32_t options) const;
+
+  std::unique_ptr<Code> code_;
+};
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_PATTERN_H_

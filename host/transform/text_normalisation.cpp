@@ -1,0 +1,103 @@
+#include "host/transform/text_normalisation.h"
+
+#include <utility>
+
+#include "host/transform/inline_table.h"
+
+namespace svmscore::transform {
+namespace {
+
+// A recursive step that has not settled by then never will, or not in time.
+constexpr int kMostRounds = 100;
+constexpr std::size_t kLongestText = std::size_t{1} << 24;
+
+// The text as a pattern that matches it and nothing else.
+std::string Quote(const std::string& text) {
+  std::string quoted;
+  for (const char c : text) {
+    const bool plain = static_cast<unsigned char>(c) >= 0x80 || (c >= 'a' && c <= 'z') ||
+                       (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (!plain) quoted += '\\';
+    quoted += c;
+  }
+  return quoted;
+}
+
+bool IsTrue(const std::optional<std::string>& cell) {
+  return cell == "true" || cell == "1";
+}
+
+}  // namespace
+
+TextNormalisation::TextNormalisation(const Element* element, const WordRules& inherited)
+    : rules_(element, &inherited), recursive_(FlagAttribute(element, "recursive", false)) {
+  const Element* table = InlineTableOf(element);
+  if (table == nullptr) Refuse(element, "there is no InlineTable");
+  const std::vector<std::string> columns = {Attribute(element, "inField").value_or("string"),
+                                            Attribute(element, "outField").value_or("stem"),
+                                            Attribute(element, "regexField").value_or("regex")};
+  ForEachRow(table, columns, 2, [this](const Element* row, Cells cells) {
+    if (!cells[0] || cells[0]->empty()) Refuse(row, "there is no text to replace");
+    AddRow(row, *cells[0], cells[1].value_or(""), IsTrue(cells[2]));
+  });
+}
+
+void TextNormalisation::AddRow(const Element* row, const std::string& in, const std::string& out,
+                               bool regex) {
+  Row made;
+  made.regex = regex;
+  made.replacement = out;
+  if (regex && !Pattern::IsReplacement(out)) {
+    Refuse(row, "the replacement \"" + out +
+                    "\" has a dollar sign that is neither doubled nor before a digit");
+  }
+  if (!regex && rules_.MostEdits() > 0) made.words = rules_.Split(in).value_or(Words());
+  std::string error;
+  made.pattern = Pattern::Compile(regex ? in : Quote(in), rules_.IgnoresCase(), &error);
+  if (made.pattern == nullptr) {
+    Refuse(row, "\"" + in + "\" is no regular expression (" + error + ")");
+  }
+  rows_.push_back(std::move(made));
+}
+
+bool TextNormalisation::ReplaceWords(const Row& row, std::string& text) const {
+  const auto words = rules_.Split(text);
+  if (!words) return false;
+  std::string result;
+  std::size_t copied = 0;
+  for (std::size_t at = 0; at + row.words.size() <= words->size();) {
+    if (EditsAt(*words, at, row.words, rules_.MostEdits()) > rules_.MostEdits()) {
+      ++at;
+      continue;
+    }
+    result.append(text, copied, (*words)[at].begin - copied);
+    result += row.replacement;
+    at += row.words.size();
+    copied = (*words)[at - 1].end;
+  }
+  result.append(text, copied);
+  text = std::move(result);
+  return true;
+}
+
+bool TextNormalisation::RunRow(const Row& row, std::string& text) const {
+  if (!row.words.empty()) return ReplaceWords(row, text);
+  auto replaced = row.regex ? row.pattern->Replace(text, row.replacement)
+                            : row.pattern->ReplaceLiteral(text, row.replacement);
+  if (!replaced) return false;
+  text = *std::move(replaced);
+  return true;
+}
+
+bool TextNormalisation::Run(std::string& text) const {
+  for (int round = 0; round < (recursive_ ? kMostRounds : 1); ++round) {
+    const std::string before = text;
+    for (const Row& row : rows_) {
+      if (!RunRow(row, text) || text.size() > kLongestText) return false;
+    }
+    if (text == before) return true;
+  }
+  return !recursive_;
+}
+
+}  // namespace svmscore::transform

@@ -1,0 +1,42 @@
+// TextIndexNormalization: replacements that a text goes through before its words are counted.
+#ifndef HOST_TRANSFORM_TEXT_NORMALISATION_H_
+#define HOST_TRANSFORM_TEXT_NORMALISATION_H_
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/transform/dom.h"
+#include "host/transform/pattern.h"
+#include "host/transform/words.h"
+
+namespace svmscore::transform {
+
+class TextNormalisation {
+ public:
+  TextNormalisation(const Element* element, const WordRules& inherited);
+
+  // Replaces every occurrence of each row's text in `text`, row by row; with recursive="true" again
+  // and again until nothing changes. False where that takes too much work, or has no end.
+  bool Run(std::string& text) const;
+
+ private:
+  struct Row {
+    std::unique_ptr<Pattern> pattern;  // of a regular expression, or of the text as it stands
+    bool regex = false;
+    Words words;  // where edits are allowed: words of the text that the row is looked for by
+    std::string replacement;
+  };
+  void AddRow(const Element* row, const std::string& in, const std::string& out, bool regex);
+  bool RunRow(const Row& row, std::string& text) const;
+  // Replaces sequences of words that few enough edits would make the row's.
+  bool ReplaceWords(const Row& row, std::string& text) const;
+
+  WordRules rules_;
+  bool recursive_;
+  std::vector<Row> rows_;
+};
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_TEXT_NORMALISATION_H_
