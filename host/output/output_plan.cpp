@@ -1,0 +1,134 @@
+#include "host/output/output_plan.h"
+
+#include <algorithm>
+
+#include "host/output/output_reader.h"
+#include "host/scoring_log.h"
+#include "host/transform/conversion.h"
+
+namespace svmscore::output {
+
+using MCZandor_850::ScoreCaseRecord;
+using MCZandor_850::ScoreModel;
+using MCZandor_850::ScoreValue;
+using transform::Value;
+
+OutputPlan::OutputPlan(const ScoreModel& model, const xercesc::DOMDocument* document)
+    : targets_(model, document, notes_) {
+  OutputReader(model, document, *this).Read();
+  told_ = std::make_unique<std::atomic<bool>[]>(fields_.size());
+  if (notes_.empty()) return;
+  std::string line;
+  for (const Note& note : notes_) line += (line.empty() ? "" : "; ") + note.text;
+  MCZandor_850::ScoringLog::GetInstance().TraceText(1, "Results: %s", line.c_str());
+}
+
+OutputPlan::~OutputPlan() = default;
+
+OutputScratch::OutputScratch(const OutputPlan& plan, bool replace_missing)
+    : slots_(plan.slot_count_), extras_(plan.extra_, true, replace_missing) {
+  if (plan.program_ != nullptr) derived_ = std::make_unique<transform::Scratch>(*plan.program_);
+}
+
+OutputScratch::~OutputScratch() = default;
+
+std::string_view OutputScratch::TextOf(const Value& value) {
+  return value.IsPresent() ? transform::TextOf(value, arena_) : std::string_view();
+}
+
+void OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
+                          OutputScratch& scratch) const {
+  Value* slots = scratch.slots_.data();
+  scratch.arena_.Reset();
+  if (outcome.ending == Outcome::Ending::kFailed) {
+    std::fill(scratch.slots_.begin(), scratch.slots_.end(), Value::Missing());
+    return;
+  }
+  slots[prediction_slot_] = outcome.prediction;
+  for (const Read& read : reads_) {
+    slots[read.slot] = transform::FromRecord(record.GetValueOf(*read.var),
+                                             read.var->GetFieldType(), scratch.arena_);
+  }
+  for (std::size_t i = 0; i < extra_reads_.size(); ++i) {
+    const Read& read = extra_reads_[i];
+    const ScoreValue* value = scratch.extras_.GetValue(static_cast<int>(i));
+    const bool usable = read.var->IsMissingValue(value) || read.var->IsValidValue(value);
+    slots[read.slot] = usable ? transform::FromRecord(value, read.var->GetFieldType(),
+                                                      scratch.arena_)
+                              : Value::Invalid();
+  }
+  if (program_ != nullptr) {
+    program_->Evaluate(record, *scratch.derived_);
+    for (const ReadDerived& read : derived_) slots[read.slot] = scratch.derived_->Slot(read.position);
+  }
+  const transform::Frame frame{slots, scratch.arena_};
+  for (std::size_t i = 0; i < fields_.size(); ++i) {
+    Value value = Compute(i, outcome, frame);
+    if (fields_[i].type) value = transform::Convert(value, *fields_[i].type, scratch.arena_);
+    slots[i] = value.IsPresent() ? value : Value::Missing();
+    if (!steps_[i].decisions.empty() && value.IsPresent()) TellDecision(i, value);
+  }
+}
+
+Value OutputPlan::Compute(std::size_t field, const Outcome& outcome,
+                          const transform::Frame& frame) const {
+  const Step& step = steps_[field];
+  switch (fields_[field].feature) {
+    case Feature::kPredictedValue:
+      return outcome.prediction;
+    case Feature::kDisplayValue:
+      if (outcome.category >= 0) return Value::Text(targets_.DisplayOf(outcome.category));
+      if (!outcome.prediction.IsPresent()) return Value::Missing();
+      return Value::Text(transform::TextOf(outcome.prediction, frame.arena));
+    case Feature::kProbability: {
+      const auto share =
+          targets_.ShareOf(outcome, step.category >= 0 ? step.category : outcome.category);
+      return share ? Value::Double(*share) : Value::Missing();
+    }
+    case Feature::kResidual:
+      return Residual(step, outcome, frame);
+    case Feature::kStandardDeviation:
+      return outcome.std_dev >= 0.0 ? Value::Result(outcome.std_dev) : Value::Missing();
+    case Feature::kIntervalLower:
+      return outcome.has_interval ? Value::Result(outcome.lower) : Value::Missing();
+    case Feature::kIntervalUpper:
+      return outcome.has_interval ? Value::Result(outcome.upper) : Value::Missing();
+    case Feature::kExpression:
+      return step.expression->Evaluate(frame);
+    case Feature::kNothing:
+      break;
+  }
+  return Value::Missing();
+}
+
+// A number: what it is less what was predicted. A category: 1 where it is the category in question,
+// else 0, less the probability of that category.
+Value OutputPlan::Residual(const Step& step, const Outcome& outcome,
+                           const transform::Frame& frame) const {
+  const Value& actual = frame.slots[actual_slot_];
+  if (!outcome.prediction.IsPresent() || !actual.IsPresent()) return Value::Missing();
+  if (targets_.GetScheme().method == Method::kRegression) {
+    const auto number = transform::NumberOf(actual);
+    if (!number) return Value::Missing();
+    return Value::Result(*number - outcome.prediction.GetNumber());
+  }
+  const int category = step.category >= 0 ? step.category : outcome.category;
+  const auto share = targets_.ShareOf(outcome, category);
+  if (!share) return Value::Missing();
+  const bool same = transform::Compare(actual, targets_.CategoryValue(category)) ==
+                    transform::Comparison::kEqual;
+  return Value::Double((same ? 1.0 : 0.0) - *share);
+}
+
+void OutputPlan::TellDecision(std::size_t field, const Value& value) const {
+  const auto& decisions = steps_[field].decisions;
+  const bool listed =
+      std::any_of(decisions.begin(), decisions.end(), [&value](const Value& decision) {
+        return transform::Compare(decision, value) == transform::Comparison::kEqual;
+      });
+  if (listed || told_[field].exchange(true, std::memory_order_relaxed)) return;
+  MCZandor_850::ScoringLog::GetInstance().TraceText(
+      1, "Output field %s has a value that is none of its decisions", fields_[field].name.c_str());
+}
+
+}  // namespace svmscore::output

@@ -1,0 +1,49 @@
+// What a model computes besides its prediction, told from the document alone.
+#ifndef HOST_OUTPUT_SCHEME_H_
+#define HOST_OUTPUT_SCHEME_H_
+
+#include <cstddef>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "host/api.h"
+
+namespace svmscore::output {
+
+// How a model decides. The extension named here is this system's own: the first Extension of a
+// machine, with the extender "svmscore".
+enum class Method {
+  kRegression,
+  kBinary,         // two categories, one machine
+  kOneAgainstOne,  // a machine for each pair of categories
+  kOneAgainstAll,  // a machine for each category
+};
+
+// What the percentages of a classification are. Results hold percentages of zero where a scheme
+// computes none.
+enum class Percentages {
+  kNone,
+  kVoteShares,     // the share of the machines that vote for a category
+  kProbabilities,  // calibrated by the extension of the machines
+};
+
+struct Scheme {
+  Method method = Method::kRegression;
+  Percentages percentages = Percentages::kNone;
+  bool interval = false;  // a regression with a standard deviation and an interval
+};
+
+// `model` is the model element of a document that has been translated; `categories` the number of
+// categories of its target.
+SVMSCORE_HOST_API Scheme SchemeOf(const xercesc::DOMElement* model, std::size_t categories);
+
+// The extension of a machine: its first Extension child when that has the extender "svmscore", else
+// null.
+SVMSCORE_HOST_API const xercesc::DOMElement* MachineExtension(const xercesc::DOMElement* machine);
+// True when the extension holds all that a machine of its kind needs.
+SVMSCORE_HOST_API bool IsCompleteExtension(const xercesc::DOMElement* extension,
+                                           bool classification);
+
+}  // namespace svmscore::output
+
+#endif  // HOST_OUTPUT_SCHEME_H_

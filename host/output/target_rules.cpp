@@ -1,0 +1,271 @@
+#include "host/output/target_rules.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "host/message_codes.h"
+#include "host/pmml/elements.h"
+#include "host/ss_exception.h"
+#include "host/tags.h"
+#include "host/transform/conversion.h"
+
+namespace svmscore::output {
+namespace {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+using MCZandor_850::ScoreClsResult;
+using MCZandor_850::ScoreIntervalResult;
+using MCZandor_850::ScoreModel;
+using MCZandor_850::ScoreRegResult;
+using MCZandor_850::ScoreResult;
+using MCZandor_850::ScoreValue;
+using transform::Value;
+using xercesc::DOMElement;
+
+// What results hold in place of a deviation that was not computed.
+constexpr double kNotComputed = -1.0;
+
+// The Target element for the model's target: the one that names it, else the only one, else the one
+// that names no field. One that names another field is not meant.
+const DOMElement* FindTarget(const DOMElement* model, const std::string& target,
+                             const MCZandor_850::ScoreDictionary* dictionary,
+                             std::vector<Note>& notes) {
+  const DOMElement* nameless = nullptr;
+  std::vector<const DOMElement*> all;
+  for (const DOMElement* element :
+       Children(FindChild(model, tags::XML_ELE_TARGETS), "Target")) {
+    const auto field = FindAttribute(element, "field");
+    if (field == target) return element;
+    if (!field && nameless == nullptr) nameless = element;
+    all.push_back(element);
+  }
+  if (all.size() != 1 || nameless != nullptr) return nameless;
+  const std::string field = FindAttribute(all[0], "field").value_or("");
+  if (dictionary == nullptr || dictionary->FindVar(field) == nullptr) return all[0];
+  notes.push_back({all[0], "it is for the field " + field + ", which is not the model's target " +
+                               target + ": not used"});
+  return nullptr;
+}
+
+}  // namespace
+
+TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* document,
+                         std::vector<Note>& notes)
+    : model_(&model), target_(model.GetTargetVar()) {
+  const DOMElement* model_element = FindModelElement(document);
+  if (target_ == nullptr) ThrowAt(model_element, code::kNoTarget, tags::XML_ELE_MININGSCHEMA);
+  scheme_ = SchemeOf(model_element, target_->GetCategories().size());
+  const DOMElement* element =
+      FindTarget(model_element, target_->GetName(), model.GetDictionary(), notes);
+  std::size_t index = 0;
+  for (const ScoreValue* category : target_->GetCategories()) {
+    categories_.push_back(transform::FromRecord(category, target_->GetFieldType(), pool_));
+    displays_.push_back(target_->GetCategoryDisplay(index++));
+  }
+  if (scheme_.method == Method::kRegression) {
+    ReadSteps(element, notes);
+    ReadDefault(element);
+  } else {
+    ReadCategories(element, notes);
+    FindResponse(model_element);
+  }
+}
+
+void TargetRules::ReadSteps(const DOMElement* element, std::vector<Note>& notes) {
+  min_ = FindNumber(element, "min");
+  max_ = FindNumber(element, "max");
+  factor_ = FindNumber(element, "rescaleFactor").value_or(1.0);
+  constant_ = FindNumber(element, "rescaleConstant").value_or(0.0);
+  if (min_ && max_ && *min_ > *max_) {
+    ThrowAt(element, code::kBadContent, "min is above max", "Target");
+  }
+  const std::string cast = FindAttribute(element, "castInteger").value_or("");
+  if (cast == "round") {
+    cast_ = Cast::kRound;
+  } else if (cast == "ceiling") {
+    cast_ = Cast::kCeiling;
+  } else if (cast == "floor") {
+    cast_ = Cast::kFloor;
+  } else if (FindAttribute(element, "castInteger")) {
+    RefuseValue(element, "castInteger", cast);
+  }
+  if (target_->GetFieldType().data == DataType::kInteger && cast_ == Cast::kNone) {
+    notes.push_back({element, "the target " + target_->GetName() +
+                                  " is an integer and no castInteger is declared: predictions are "
+                                  "rounded to the nearest integer"});
+  }
+}
+
+void TargetRules::ReadDefault(const DOMElement* element) {
+  for (const DOMElement* value : Children(element, "TargetValue")) {
+    const auto number = FindNumber(value, "defaultValue");
+    if (!number) continue;
+    default_ = OfTargetType(*number);
+    if (default_.IsInvalid()) {
+      RefuseValue(value, "defaultValue", *FindAttribute(value, "defaultValue"));
+    }
+    return;
+  }
+}
+
+void TargetRules::ReadCategories(const DOMElement* element, std::vector<Note>& notes) {
+  for (const char* attribute : {"castInteger", "min", "max", "rescaleConstant", "rescaleFactor"}) {
+    if (FindAttribute(element, attribute)) {
+      notes.push_back({element, std::string(attribute) + " has no effect on a classification"});
+    }
+  }
+  double sum = 0.0;
+  double largest = 0.0;
+  std::vector<double> priors(categories_.size(), 0.0);
+  for (const DOMElement* value : Children(element, "TargetValue")) {
+    const auto text = FindAttribute(value, "value");
+    if (!text) continue;
+    const int category = target_->GetCategoryIndexOfText(*text);
+    if (category < 0) {
+      notes.push_back({value, "the target has no category " + *text + ": not used"});
+      continue;
+    }
+    const auto index = static_cast<std::size_t>(category);
+    auto display = FindAttribute(value, "displayValue");
+    if (!display) display = FindAttribute(value, "rawDataValue");
+    if (display) displays_[index] = *display;
+    const auto prior = FindNumber(value, "priorProbability");
+    if (!prior) continue;
+    if (!(*prior >= 0.0 && *prior <= 1.0)) {
+      RefuseValue(value, "priorProbability", *FindAttribute(value, "priorProbability"));
+    }
+    sum += *prior - priors[index];
+    priors[index] = *prior;
+    if (*prior <= largest) continue;
+    largest = *prior;
+    default_category_ = category;
+  }
+  if (!(sum > 0.0) || default_category_ < 0) return;
+  for (double& prior : priors) prior /= sum;
+  priors_ = std::move(priors);
+  default_ = categories_[static_cast<std::size_t>(default_category_)];
+}
+
+// A machine with the extension puts the probability of its response first, whichever category that
+// is.
+void TargetRules::FindResponse(const DOMElement* model_element) {
+  if (scheme_.method != Method::kBinary || scheme_.percentages != Percentages::kProbabilities) {
+    return;
+  }
+  const DOMElement* extension =
+      MachineExtension(FindChild(model_element, tags::XML_ELE_SVM_SVM));
+  const auto response = FindAttribute(FindChild(extension, tags::XML_ELE_SVM_RESPONSECATEGORY),
+                                      tags::XML_ATT_SVM_RESPONSE);
+  second_responds_ = response && target_->GetCategoryIndexOfText(*response) == 1;
+}
+
+Outcome TargetRules::Finish(const MCScore::MCStatus& status, const ScoreResult* result) const {
+  using Ending = Outcome::Ending;
+  Outcome outcome;
+  if (status.IsError()) {
+    outcome.status = status.GetErrorCode();
+    const bool lacks_inputs = outcome.status == MCScore::kCannotScore &&
+                              model_->GetMissingValuePolicy() != ScoreModel::kFailOnMissing;
+    outcome.ending = lacks_inputs ? Ending::kMissing : Ending::kFailed;
+    if (lacks_inputs && default_.IsPresent()) PredictDefault(outcome);
+    return outcome;
+  }
+  outcome.ending = Ending::kPredicted;
+  outcome.result = result;
+  if (result == nullptr) return outcome;
+  if (scheme_.method == Method::kRegression) {
+    FinishNumber(*result, outcome);
+    return outcome;
+  }
+  outcome.category = target_->GetCategoryIndex(result->GetPrediction());
+  if (outcome.category >= 0) {
+    outcome.prediction = categories_[static_cast<std::size_t>(outcome.category)];
+  }
+  outcome.confidence = result->GetConfidence();
+  return outcome;
+}
+
+void TargetRules::FinishNumber(const ScoreResult& result, Outcome& outcome) const {
+  const ScoreValue* raw = result.GetPrediction();
+  if (raw == nullptr || raw->IsMissing()) return;
+  outcome.prediction = Finished(raw->GetDouble());
+  if (outcome.prediction.IsInvalid()) {
+    outcome = Outcome();
+    outcome.status = MCScore::kInvalidValue;
+    return;
+  }
+  const auto* regression = dynamic_cast<const ScoreRegResult*>(&result);
+  if (!scheme_.interval || regression == nullptr) return;
+  const double std_dev = regression->GetStdDev();
+  if (std_dev != kNotComputed) outcome.std_dev = std_dev * std::fabs(factor_);
+  const auto* interval = dynamic_cast<const ScoreIntervalResult*>(&result);
+  outcome.has_interval =
+      interval != nullptr && interval->GetInterval(outcome.lower, outcome.upper);
+  if (!outcome.has_interval) return;
+  outcome.lower = Scale(outcome.lower);
+  outcome.upper = Scale(outcome.upper);
+  if (factor_ < 0.0) std::swap(outcome.lower, outcome.upper);
+}
+
+// A step that the document does not ask for leaves every bit as it is.
+double TargetRules::Scale(double raw) const {
+  if (factor_ != 1.0) raw *= factor_;
+  if (constant_ != 0.0) raw += constant_;
+  return raw;
+}
+
+Value TargetRules::Finished(double raw) const {
+  if (min_ && raw < *min_) raw = *min_;
+  if (max_ && raw > *max_) raw = *max_;
+  double number = Scale(raw);
+  switch (cast_) {
+    case Cast::kNone:
+      break;
+    case Cast::kRound:
+      number = transform::RoundHalfUp(number);
+      break;
+    case Cast::kCeiling:
+      number = std::ceil(number);
+      break;
+    case Cast::kFloor:
+      number = std::floor(number);
+      break;
+  }
+  return OfTargetType(number);
+}
+
+// A text cannot be computed; a target that is declared as one keeps the number.
+Value TargetRules::OfTargetType(double number) const {
+  const FieldType type = target_->GetFieldType();
+  const Value value = Value::Double(number);
+  if (type.data == DataType::kDouble || type.data == DataType::kString) return value;
+  transform::Arena unused;
+  return transform::Convert(value, type, unused);
+}
+
+void TargetRules::PredictDefault(Outcome& outcome) const {
+  outcome.status = 0;
+  outcome.ending = Outcome::Ending::kPredictedByDefault;
+  outcome.prediction = default_;
+  if (priors_.empty()) return;
+  outcome.category = default_category_;
+  outcome.confidence = priors_[static_cast<std::size_t>(default_category_)];
+}
+
+std::optional<double> TargetRules::ShareOf(const Outcome& outcome, int category) const {
+  const auto index = static_cast<std::size_t>(category);
+  if (category < 0 || index >= categories_.size()) return std::nullopt;
+  if (outcome.ending == Outcome::Ending::kPredictedByDefault) {
+    if (priors_.empty()) return std::nullopt;
+    return priors_[index];
+  }
+  const auto* result = dynamic_cast<const ScoreClsResult*>(outcome.result);
+  if (result == nullptr || scheme_.percentages == Percentages::kNone) return std::nullopt;
+  const auto& percents = result->GetAllValuePercent();
+  if (percents.size() != categories_.size()) return std::nullopt;
+  const double share = percents[second_responds_ ? 1 - index : index].second;
+  if (share < 0.0 || !std::isfinite(share)) return std::nullopt;
+  return share;
+}
+
+}  // namespace svmscore::output

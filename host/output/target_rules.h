@@ -1,0 +1,109 @@
+// What a document's Targets make of a model's results.
+#ifndef HOST_OUTPUT_TARGET_RULES_H_
+#define HOST_OUTPUT_TARGET_RULES_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/api.h"
+#include "host/output/note.h"
+#include "host/output/scheme.h"
+#include "host/score_model.h"
+#include "host/score_result.h"
+#include "host/score_status.h"
+#include "host/transform/arena.h"
+#include "host/transform/value.h"
+
+namespace svmscore::output {
+
+// One case after scoring. Texts are the model's; the result is borrowed and changes with the next
+// case.
+struct Outcome {
+  enum class Ending {
+    kPredicted,
+    kPredictedByDefault,  // inputs are missing, and the document says what to predict then
+    kMissing,             // inputs are missing: there is no prediction
+    kFailed,              // an invalid input, no decidable outcome, or a failure that was asked for
+  };
+  Ending ending = Ending::kFailed;
+  long status = 0;             // 0, or the code of the case's failure
+  transform::Value prediction; // of the target's type; missing where there is none
+  int category = -1;           // of the target; -1 where the prediction is none of them
+  double confidence = -1.0;    // -1.0 where there is none
+  double std_dev = -1.0;       // likewise; in units of the target
+  bool has_interval = false;
+  double lower = 0.0;
+  double upper = 0.0;
+  const MCZandor_850::ScoreResult* result = nullptr;  // null unless the model predicted
+
+  bool IsPredicted() const { return ending <= Ending::kPredictedByDefault; }
+};
+
+// A regression's value p becomes clamp(p, min, max) * rescaleFactor + rescaleConstant, then a whole
+// number where castInteger says so, and at last a value of the target's type: an integer is
+// floor(y + 0.5), a float the nearest one, a double stays as it is. A standard deviation is
+// multiplied by the size of the factor, and the bounds of an interval go through the same factor
+// and constant; they are neither clamped nor made whole. What the document predicts by default is
+// taken as it stands.
+//
+// Immutable: any number of threads.
+class SVMSCORE_HOST_API TargetRules {
+ public:
+  // Reads the Target element that is meant for the model's target. The model must outlive this
+  // object. Appends to `notes`. Throws SSException for values that mean nothing.
+  TargetRules(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document,
+              std::vector<Note>& notes);
+
+  // `result` may be null where `status` is an error. Allocates nothing.
+  Outcome Finish(const MCScore::MCStatus& status, const MCZandor_850::ScoreResult* result) const;
+  // The share or probability of a category of the target; nothing where the model's scheme computes
+  // none, or the case has no prediction.
+  std::optional<double> ShareOf(const Outcome& outcome, int category) const;
+  // The text for people of a category of the target.
+  const std::string& DisplayOf(int category) const {
+    return displays_[static_cast<std::size_t>(category)];
+  }
+  // A category of the target as a value of its type.
+  const transform::Value& CategoryValue(int category) const {
+    return categories_[static_cast<std::size_t>(category)];
+  }
+  const MCZandor_850::ScoreDictVar& Target() const { return *target_; }
+  const Scheme& GetScheme() const { return scheme_; }
+
+ private:
+  enum class Cast { kNone, kRound, kCeiling, kFloor };
+
+  void ReadSteps(const xercesc::DOMElement* element, std::vector<Note>& notes);
+  void ReadCategories(const xercesc::DOMElement* element, std::vector<Note>& notes);
+  void ReadDefault(const xercesc::DOMElement* element);
+  transform::Value OfTargetType(double number) const;
+  void FindResponse(const xercesc::DOMElement* model_element);
+  double Scale(double raw) const;
+  transform::Value Finished(double raw) const;
+  void FinishNumber(const MCZandor_850::ScoreResult& result, Outcome& outcome) const;
+  void PredictDefault(Outcome& outcome) const;
+
+  const MCZandor_850::ScoreModel* model_;
+  const MCZandor_850::ScoreDictVar* target_;
+  Scheme scheme_;
+  transform::Arena pool_;
+
+  std::optional<double> min_;
+  std::optional<double> max_;
+  double factor_ = 1.0;
+  double constant_ = 0.0;
+  Cast cast_ = Cast::kNone;
+
+  std::vector<transform::Value> categories_;  // the target's, of its type
+  std::vector<std::string> displays_;         // one a category
+  std::vector<double> priors_;                // one a category, with the sum 1; or empty
+  // What is predicted where inputs are missing; missing itself where the document does not say.
+  transform::Value default_;
+  int default_category_ = -1;
+  bool second_responds_ = false;
+};
+
+}  // namespace svmscore::output
+
+#endif  // HOST_OUTPUT_TARGET_RULES_H_

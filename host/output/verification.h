@@ -1,0 +1,62 @@
+// The records with which a document lets its users check their installation.
+#ifndef HOST_OUTPUT_VERIFICATION_H_
+#define HOST_OUTPUT_VERIFICATION_H_
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/api.h"
+#include "host/field_types.h"
+#include "host/output/note.h"
+#include "host/transform/value.h"
+
+namespace svmscore::output {
+
+// How far a number may be from the expected one.
+struct Allowance {
+  double precision = 1e-6;        // of the expected number's size, bound included
+  double zero_threshold = 1e-16;  // two numbers up to this size agree
+};
+
+struct VerificationColumn {
+  const xercesc::DOMElement* element = nullptr;
+  std::string field;   // of the mining schema, an output field, or a derived field
+  std::string column;  // the name of its cells
+  Allowance allowance;
+};
+
+struct VerificationRecord {
+  const xercesc::DOMElement* row = nullptr;
+  std::vector<std::optional<std::string>> cells;  // one a column; nothing for an absent one
+};
+
+struct Verification {
+  const xercesc::DOMElement* element = nullptr;
+  std::vector<VerificationColumn> columns;
+  std::vector<VerificationRecord> records;
+  std::vector<Note> notes;  // counts that are not those of the content
+};
+
+// The ModelVerification of the document's model; nothing where it has none. Throws SSException for
+// one that cannot be read.
+SVMSCORE_HOST_API std::optional<Verification> ReadVerification(
+    const xercesc::DOMDocument* document);
+
+// How an actual value compares with an expected one.
+struct Judgement {
+  bool agrees = false;
+  std::optional<double> deviation;  // of two numbers, relative to the expected one; may be infinite
+  bool near_zero = false;  // the expected number is a zero, and the actual one is too large for one
+};
+
+// `expected` is a text of a document or file, read by the type of the actual value. Numbers agree
+// where both are within the zero threshold, or where |actual - expected| <= precision * |expected|.
+// Anything else agrees where it is equal. A missing or invalid value and NaN agree with nothing.
+SVMSCORE_HOST_API Judgement Judge(std::string_view expected, const transform::Value& actual,
+                                  const Allowance& allowance);
+
+}  // namespace svmscore::output
+
+#endif  // HOST_OUTPUT_VERIFICATION_H_
