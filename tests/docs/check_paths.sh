@@ -24,6 +24,7 @@ quoted() { grep -oE '`[^`]+`' <<<"$1" | tr -d '`' || true; }
 check_page() {
   local page=$1 line piece file
   while IFS= read -r line; do
+    [[ $line == *'`'* ]] || continue
     file=''
     while IFS= read -r piece; do
       if is_path "$piece"; then
@@ -31,7 +32,7 @@ check_page() {
         [[ $piece == build/* || $piece == lib/* || $piece == bin/* ]] && continue
         seen=$((seen + 1))
         file=$piece
-        [ -e "$file" ] || file=$(dirname "$page")/$piece
+        [ -e "$file" ] || file=${page%/*}/$piece
         [ -e "$file" ] || complain "$page: no $piece"
       elif [[ $line == '|'* && $piece =~ ^[A-Za-z_:~]+\(\)$ && -f $file ]]; then
         piece=${piece##*::}
