@@ -1,0 +1,128 @@
+// Variables, roles, replacements, derived fields.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/ss_exception.h"
+#include "tests/translator/documents.h"
+
+namespace svmscore_test {
+namespace {
+
+using MCZandor_850::ScoreModel;
+
+constexpr char kSquare[] =
+    R"(<DerivedField name="sq" optype="continuous" dataType="double"><Apply function="*">)"
+    R"(<FieldRef field="x"/><FieldRef field="x"/></Apply></DerivedField>)";
+constexpr char kIsRed[] = R"(<DerivedField name="isred" optype="continuous" dataType="double">)"
+                          R"(<NormDiscrete field="color" value="red"/></DerivedField>)";
+
+std::string WithDocumentTransformations(const std::string& text, const std::string& derived) {
+  return Edit(text, "</DataDictionary>",
+              "$&<TransformationDictionary>" + derived + "</TransformationDictionary>");
+}
+
+std::string WithLocalTransformations(const std::string& text, const std::string& derived) {
+  return Edit(text, "</MiningSchema>",
+              "$&<LocalTransformations>" + derived + "</LocalTransformations>");
+}
+
+TEST(DictionariesTest, UsageTypesBecomeRoles) {
+  for (const auto& [usage, role] : std::vector<std::pair<std::string, ScoreModel::VarRole>>{
+           {"usageType='active'", ScoreModel::kActiveRole},
+           {"", ScoreModel::kActiveRole},
+           {"usageType='supplementary'", ScoreModel::kOtherRole},
+           {"usageType='Active'", ScoreModel::kOtherRole}}) {
+    Reading reading(Edit(Classification(), "Field name=\"x\"/", "Field name='x' " + usage + "/"));
+    EXPECT_EQ(reading.model.GetVarRole("x"), role) << usage;
+  }
+  Reading target(Edit(Classification(), "predicted", "target"));
+  EXPECT_EQ(target.model.GetTargetVar(), &target.Var("cls"));
+  Reading unknown(Edit(Classification(), "<MiningField", "<MiningField name='who'/><Note/>$&"));
+  EXPECT_EQ(unknown.model.GetVarRole("who"), ScoreModel::kOtherRole);
+}
+
+TEST(DictionariesTest, ReplacementsKeepTheStorageOfTheirVariable) {
+  Reading none(Classification());
+  EXPECT_EQ(none.model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
+  EXPECT_EQ(none.Var("x").GetMissingReplacement(), nullptr);
+
+  Reading text(Edit(Classification(), "Field name=\"color\" u",
+                    "Field name='color' missingValueReplacement='007' u"));
+  EXPECT_EQ(text.model.GetMissingValuePolicy(), ScoreModel::kReplaceMissing);
+  ASSERT_NE(text.Var("color").GetMissingReplacement(), nullptr);
+  EXPECT_FALSE(text.Var("color").GetMissingReplacement()->IsNumeric());
+  EXPECT_EQ(text.Var("color").GetMissingReplacement()->GetText(), "007");
+
+  Reading number(
+      Edit(Classification(), "Field name=\"x\"/", "Field name='x' missingValueReplacement='2.5'/"));
+  ASSERT_NE(number.Var("x").GetMissingReplacement(), nullptr);
+  EXPECT_EQ(number.Var("x").GetMissingReplacement()->GetDouble(), 2.5);
+
+  Reading date(Edit(Edit(Classification(), "dataType=\"double\"", "dataType='date'"),
+                    "Field name=\"x\"/", "Field name='x' missingValueReplacement='2020-01-01'/"));
+  EXPECT_EQ(date.model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
+}
+
+TEST(DictionariesTest, TransformationsDependOnTheVersionAndTheirPlace) {
+  const std::string document = WithDocumentTransformations(Classification(), kSquare);
+  Reading used(document);
+  ASSERT_NE(used.model.GetTransformationDictionary(), nullptr);
+  EXPECT_NE(used.model.GetTransformationDictionary()->FindDerived("sq"), nullptr);
+  for (const char* version : {"2.1", "5.0", ""}) {
+    Reading old(Edit(document, "version=\"4.1\"", std::string("version='") + version + "'"));
+    EXPECT_EQ(old.model.GetTransformationDictionary(), nullptr) << version;
+  }
+  Reading local(WithLocalTransformations(Edit(Classification(), "4\\.1", "3.2"), kSquare));
+  EXPECT_NE(local.model.GetTransformationDictionary(), nullptr);
+  Reading both(WithLocalTransformations(document, kIsRed));
+  EXPECT_EQ(both.model.GetTransformationDictionary()->FindDerived("isred"), nullptr);
+
+  Reading unusable(WithDocumentTransformations(Classification(), Edit(kSquare, "\"x\"", "'who'")));
+  EXPECT_EQ(unusable.model.GetTransformationDictionary(), nullptr);
+}
+
+TEST(DictionariesTest, AnIndicatorTeachesItsVariableACategory) {
+  const std::string document = Edit(WithDocumentTransformations(Classification(), kIsRed),
+                                    "<CategoricalP", "<FieldRef field='isred'/>$&");
+  Reading learnt(document);
+  EXPECT_EQ(learnt.Var("color").GetCategoryIndexOfText("red"), 0);
+
+  Reading listed(Edit(document, "name=\"color\" optype=\"categorical\" dataType=\"string\"/",
+                      "name='color' optype='categorical' dataType='string'>"
+                      "<Value value='blue'/></DataField"));
+  EXPECT_EQ(listed.Var("color").GetCategoryCount(), 1);
+
+  auto* dictionary = learnt.model.GetDictionary();
+  auto* derived = learnt.model.GetTransformationDictionary();
+  derived->FindDerived("isred")->AddEncodedValue(
+      std::make_unique<MCZandor_850::StringValue>("green"));
+  EXPECT_FALSE(learnt.translator.FillCateValuesToDataDict(dictionary, derived, "isred"));
+  EXPECT_FALSE(learnt.translator.FillCateValuesToDataDict(dictionary, derived, "x"));
+  EXPECT_EQ(learnt.Var("color").GetCategoryCount(), 1);
+  EXPECT_THAT(learnt.translator.GetEmptyScoreDictVars(dictionary), testing::ElementsAre(1));
+}
+
+TEST(DictionariesTest, TheFirstApplicationGivesTheVersion) {
+  Reading two(Edit(Classification(), "</Header>", "<Application name='b' version='8'/>$&"));
+  ASSERT_NE(two.model.GetVersionInfo(), nullptr);
+  EXPECT_EQ(two.model.GetVersionInfo()->GetVersion(), "7.5");
+  Reading none(Edit(Classification(), " version=\"7.5\"", ""));
+  EXPECT_EQ(none.model.GetVersionInfo(), nullptr);
+}
+
+TEST(DictionariesTest, TargetsWithoutADictionaryAreIgnored) {
+  const auto document = svmscore::PmmlDocument::FromText(
+      Edit(Edit(Classification(), "<DataDictionary>.*</DataDictionary>", ""), "</MiningSchema>",
+           "$&<Targets><Target field='cls' optype='broken'/></Targets>"),
+      "test.pmml");
+  MCZandor_850::SVMTranslator translator;
+  try {
+    translator.ParseFromTree(document.Dom(), "UTF-8");
+    FAIL() << "translated";
+  } catch (const MCZandor_850::SSException& error) {
+    EXPECT_EQ(error.GetErrorCode(), 260221);
+  }
+}
+
+}  // namespace
+}  // namespace svmscore_test
