@@ -1,0 +1,176 @@
+#include "svm/kernel/packed/engine.h"
+
+#include <algorithm>
+#include <atomic>
+#include <numeric>
+
+#include "svm/kernel/packed/pool.h"
+
+namespace MCSVM_700 {
+
+using packed::kBlock;
+using packed::KernelForm;
+using packed::Operations;
+using packed::VectorForms;
+
+namespace {
+
+// Tiles that share a pass over the vectors take this much at most: they should stay in the second
+// level of cache beside a block.
+constexpr std::size_t kTileBytes = 256 * 1024;
+
+std::unique_ptr<SVMKernelFunction> MakeKernel(const PackedInput& input) {
+  switch (input.form) {
+    case KernelForm::kLinear:
+      return std::make_unique<SVMKFLinear>();
+    case KernelForm::kPolynomial:
+      return std::make_unique<SVMKFPolynomial>(input.gamma, input.coef0, input.degree);
+    case KernelForm::kRadialBasis:
+      return std::make_unique<SVMKFRBF>(input.gamma);
+    case KernelForm::kSigmoid:
+      break;
+  }
+  return std::make_unique<SVMKFSigmoid>(input.gamma, input.coef0);
+}
+
+std::uint64_t NextNumber() {
+  static std::atomic<std::uint64_t> last{0};
+  return ++last;
+}
+
+VectorForms FormsOf(const PackedInput& input, const Operations* operations) {
+  if (operations == nullptr) return {};
+  return packed::MatchingForms(*operations, input.form, input.degree);
+}
+
+}  // namespace
+
+PackedEngine::PackedEngine(const PackedInput& input, const Operations* operations)
+    : PackedEngine(input, operations, FormsOf(input, operations)) {
+  const VectorForms forms = {view_.vector_values, view_.whole_degree};
+  if (operations != nullptr && !Agrees(input, operations, forms)) operations_ = nullptr;
+}
+
+PackedEngine::PackedEngine(const PackedInput& input, const Operations* operations,
+                           VectorForms forms)
+    : number_(NextNumber()), kernel_(MakeKernel(input)), operations_(operations) {
+  const packed::Pool pool = packed::MakePool(input.machines, input.vectors.size());
+  for (const std::uint32_t vector : pool.vectors) pool_.push_back(input.vectors[vector]);
+  for (std::size_t m = 0; m < input.machines.size(); ++m) {
+    const auto& coefficients = input.machines[m].coefficients;
+    plain_machines_.push_back({pool.terms[m], {coefficients.begin(), coefficients.end()}});
+  }
+  const std::size_t lanes = operations_ == nullptr ? 1 : operations_->lanes;
+  packing_ = std::make_unique<packed::Packing>(input.vectors, input.machines, pool, input.fields,
+                                               lanes, input.storage);
+  packing_->Describe(view_);
+  view_.form = input.form;
+  view_.gamma = input.gamma;
+  view_.coef0 = input.coef0;
+  view_.degree = input.degree;
+  view_.plain_context = this;
+  view_.plain_value = PlainValue;
+  if (operations_ == nullptr) return;
+  view_.vector_values = forms.values;
+  view_.whole_degree = forms.whole_degree;
+  const std::size_t tile_bytes =
+      std::max<std::size_t>(input.fields, 1) * operations_->tile * sizeof(double);
+  view_.group_tiles =
+      view_.chain_count > 0 ? 1 : std::clamp<std::size_t>(kTileBytes / tile_bytes, 1, 16);
+}
+
+void PackedEngine::Fit(PackedScratch& scratch) const {
+  if (scratch.engine_ == number_) return;
+  scratch.engine_ = 0;
+  const std::size_t padded = (view_.vectors + kBlock) / kBlock * kBlock;
+  const std::size_t tile = operations_ == nullptr ? 1 : operations_->tile;
+  const std::size_t group = operations_ == nullptr ? 1 : view_.group_tiles;
+  scratch.values_.Reserve(view_.chain_count > 0 ? padded * tile : std::max(padded, kBlock * tile));
+  scratch.sums_.Reserve(group * (view_.machines + 1) * tile);
+  scratch.rejects_.Reserve(group * tile);
+  scratch.positions_.resize(view_.fields);
+  std::iota(scratch.positions_.begin(), scratch.positions_.end(), 0);
+  scratch.entries_.resize(view_.fields);
+  if (sparse()) {
+    scratch.nonzero_value_.Reserve(tile * (view_.fields + 1));
+    scratch.column_.Reserve(padded);
+    scratch.nonzero_field_.resize(
+        std::max(scratch.nonzero_field_.size(), tile * (view_.fields + 1)));
+  } else {
+    scratch.tiles_.Reserve(group * (view_.fields + 1) * tile);
+  }
+  packed::Work& work = scratch.work_;
+  work.values = scratch.values_.data();
+  work.tiles = scratch.tiles_.data();
+  work.sums = scratch.sums_.data();
+  work.rejects = scratch.rejects_.data();
+  work.nonzero_field = scratch.nonzero_field_.data();
+  work.nonzero_value = scratch.nonzero_value_.data();
+  work.column = scratch.column_.data();
+  work.plain = &scratch;
+  scratch.engine_ = number_;
+}
+
+void PackedEngine::Decide(const double* x, PackedScratch& scratch, double* decisions) const {
+  Fit(scratch);
+  if (operations_ != nullptr && operations_->decide_one(view_, x, scratch.work_, decisions)) {
+    ++scratch.counts_.alone;
+    return;
+  }
+  DecidePlain(x, 1, scratch, decisions, 1);
+}
+
+void PackedEngine::DecideMany(const double* columns, std::size_t stride, std::size_t count,
+                              PackedScratch& scratch, double* decisions,
+                              std::size_t decision_stride) const {
+  Fit(scratch);
+  std::size_t done = 0;
+  while (done < count) {
+    std::size_t taken = 1;
+    double rejected = 1.0;
+    const double* rejects = &rejected;
+    if (operations_ != nullptr) {
+      taken = operations_->decide_many(view_, columns + done, stride, count - done, scratch.work_,
+                                       decisions + done, decision_stride);
+      rejects = scratch.work_.rejects;
+    }
+    for (std::size_t c = 0; c < taken; ++c) {
+      if (rejects[c] == 0.0) {
+        ++(taken > 1 ? scratch.counts_.tiled : scratch.counts_.alone);
+      } else {
+        DecidePlain(columns + done + c, stride, scratch, decisions + done + c, decision_stride);
+      }
+    }
+    done += taken;
+  }
+}
+
+double PackedEngine::PlainValue(const void* engine, packed::Work& work, const double* x,
+                                std::size_t stride, std::uint32_t vector) {
+  const auto& self = *static_cast<const PackedEngine*>(engine);
+  auto& scratch = *static_cast<PackedScratch*>(work.plain);
+  for (std::size_t f = 0; f < self.view_.fields; ++f) scratch.entries_[f] = x[f * stride];
+  return self.kernel_->Evaluate(scratch.positions_, scratch.entries_, *self.pool_[vector].positions,
+                                *self.pool_[vector].entries);
+}
+
+void PackedEngine::DecidePlain(const double* x, std::size_t stride, PackedScratch& scratch,
+                               double* decisions, std::size_t decision_stride) const {
+  ++scratch.counts_.plain;
+  for (std::size_t f = 0; f < view_.fields; ++f) scratch.entries_[f] = x[f * stride];
+  double* values = scratch.work_.values;
+  for (std::size_t v = 0; v < pool_.size(); ++v) {
+    values[v] = kernel_->Evaluate(scratch.positions_, scratch.entries_, *pool_[v].positions,
+                                  *pool_[v].entries);
+  }
+  for (std::size_t m = 0; m < plain_machines_.size(); ++m) {
+    const PlainMachine& machine = plain_machines_[m];
+    double sum = 0.0;
+    for (std::size_t k = 0; k < machine.coefficients.size(); ++k) {
+      sum += machine.coefficients[k] * values[machine.terms[k]];
+    }
+    decisions[m * decision_stride] = sum + view_.offsets[m];
+  }
+}
+
+}  // namespace MCSVM_700

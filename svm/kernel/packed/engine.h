@@ -1,0 +1,125 @@
+// MCSVM_700::PackedEngine: the decision values of all machines of a model, many vectors or cases at
+// a time, with the very bits of the plain kernels.
+#ifndef SVM_KERNEL_PACKED_ENGINE_H_
+#define SVM_KERNEL_PACKED_ENGINE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "svm/kernel/kernel_function.h"
+#include "svm/kernel/packed/aligned_buffer.h"
+#include "svm/kernel/packed/operations.h"
+#include "svm/kernel/packed/packing.h"
+#include "svm/kernel/packed/vector_check.h"
+
+namespace MCSVM_700 {
+
+class PackedEngine;
+
+// What an engine works in: one for each thread that scores, for any number of engines in turn.
+// Allocates when it first meets an engine that needs more than any before, and not otherwise.
+class PackedScratch {
+ public:
+  // How cases were scored since this object was made.
+  struct Counts {
+    std::size_t alone = 0;  // packed, one at a time
+    std::size_t tiled = 0;  // packed, many at a time
+    std::size_t plain = 0;  // by the plain definition
+  };
+  const Counts& counts() const { return counts_; }
+  // The instruction set of the packed code that ran last; kPlain when none has.
+  packed::Isa last_isa() const { return work_.ran; }
+
+  PackedScratch() = default;
+  PackedScratch(const PackedScratch&) = delete;
+  PackedScratch& operator=(const PackedScratch&) = delete;
+
+ private:
+  friend class PackedEngine;
+
+  std::uint64_t engine_ = 0;  // the number of the engine that everything fits
+  packed::Work work_ = {};
+  packed::AlignedBuffer values_, tiles_, sums_, rejects_, nonzero_value_, column_;
+  std::vector<std::uint32_t> nonzero_field_;
+  std::vector<int> positions_;   // 0, 1, ... fields - 1
+  std::vector<double> entries_;  // of the case that the plain kernels work on
+  Counts counts_;
+};
+
+// A model as the engine takes it.
+struct PackedInput {
+  packed::KernelForm form = packed::KernelForm::kLinear;
+  double gamma = 1.0;
+  double coef0 = 1.0;
+  double degree = 1.0;
+  std::size_t fields = 0;  // entries of a case, at most 2^31 - 1
+  // The lists that these point to must outlive the engine, which evaluates what it cannot pack by
+  // the plain kernels. REQUIRES: no list of entries is shorter than its list of positions.
+  std::vector<packed::VectorView> vectors;
+  std::vector<packed::MachineView> machines;  // not needed afterwards
+  packed::Storage storage = packed::Storage::kByFill;
+};
+
+// Immutable: any number of threads may use one, each with a scratch of its own. Refuses nothing:
+// vectors and cases that it cannot pack exactly go to the plain kernels. Only allocation fails, by
+// std::bad_alloc.
+//
+// Decision value m is 0.0 + c[0] K(x, v[0]) + c[1] K(x, v[1]) + ... + offset for machine m's terms
+// in their order, where K is the plain kernel's value of the case x with an entry for every field.
+// Where a coefficient, an offset or a parameter of the kernel is NaN, a result that is NaN may be
+// another NaN than the plain one; all other results have the same bits.
+class PackedEngine {
+ public:
+  // `operations` are those of an instruction set that the CPU has, or null for the plain kernels
+  // throughout. Compares the packed code with the plain kernels on a small model first; where a bit
+  // differs the engine is plain.
+  PackedEngine(const PackedInput& input, const packed::Operations* operations);
+  PackedEngine(const PackedEngine&) = delete;
+  PackedEngine& operator=(const PackedEngine&) = delete;
+
+  packed::Isa isa() const {
+    return operations_ == nullptr ? packed::Isa::kPlain : operations_->isa;
+  }
+  std::size_t fields() const { return view_.fields; }
+  std::size_t machines() const { return view_.machines; }
+  bool sparse() const { return view_.dense == nullptr; }
+
+  // x[fields] to decisions[machines].
+  void Decide(const double* x, PackedScratch& scratch, double* decisions) const;
+  // Entry f of case c is columns[f * stride + c], decision m of it decisions[m * decision_stride +
+  // c]. The bits are those of Decide, for any count.
+  void DecideMany(const double* columns, std::size_t stride, std::size_t count,
+                  PackedScratch& scratch, double* decisions, std::size_t decision_stride) const;
+
+ private:
+  PackedEngine(const PackedInput& input, const packed::Operations* operations,
+               packed::VectorForms forms);
+
+  // Whether an engine of this kernel agrees with the plain kernels.
+  static bool Agrees(const PackedInput& input, const packed::Operations* operations,
+                     packed::VectorForms forms);
+  void DecidePlain(const double* x, std::size_t stride, PackedScratch& scratch, double* decisions,
+                   std::size_t decision_stride) const;
+  void Fit(PackedScratch& scratch) const;
+  static double PlainValue(const void* engine, packed::Work& work, const double* x,
+                           std::size_t stride, std::uint32_t vector);
+
+  struct PlainMachine {
+    std::vector<std::uint32_t> terms;  // positions in the pool
+    std::vector<double> coefficients;
+  };
+
+  std::uint64_t number_;  // unlike that of any other engine of the process
+  std::unique_ptr<SVMKernelFunction> kernel_;
+  std::vector<packed::VectorView> pool_;
+  std::vector<PlainMachine> plain_machines_;
+  std::unique_ptr<packed::Packing> packing_;
+  packed::ModelView view_ = {};
+  const packed::Operations* operations_;  // null: plain
+};
+
+}  // namespace MCSVM_700
+
+#endif  // SVM_KERNEL_PACKED_ENGINE_H_

@@ -1,0 +1,89 @@
+#include "svm/kernel/packed/vector_check.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace MCSVM_700::packed {
+namespace {
+
+constexpr std::size_t kUniform = 3000;
+constexpr std::size_t kLogarithmic = 1000;
+
+// Uniform over [-reach, reach], then of every size from 2^-60 to reach, then the odd ones.
+std::vector<double> Arguments(double reach) {
+  std::mt19937_64 bits(20240229);
+  const auto unit = [&] { return static_cast<double>(bits() >> 11) * 0x1p-53; };
+  std::vector<double> arguments;
+  for (std::size_t i = 0; i < kUniform; ++i) arguments.push_back(reach * (2.0 * unit() - 1.0));
+  const double octaves = std::log2(reach) + 60.0;
+  for (std::size_t i = 0; i < kLogarithmic; ++i) {
+    const double size = std::exp2(octaves * unit() - 60.0);
+    arguments.push_back(i % 2 == 0 ? size : -size);
+  }
+  for (const double odd : {0.0, 1.0, 22.0, 0.34657359, 1.0397207, 512.0, 708.0, 746.0, 0x1p-1074,
+                           std::numeric_limits<double>::infinity()}) {
+    arguments.push_back(odd);
+    arguments.push_back(-odd);
+  }
+  return arguments;
+}
+
+template <class Vector, class Library>
+bool Match(const std::vector<double>& arguments, const Vector& vector, const Library& library) {
+  std::vector<double> results(arguments.size());
+  vector(arguments.data(), results.data(), arguments.size());
+  return std::equal(arguments.begin(), arguments.end(), results.begin(),
+                    [&](double argument, double result) {
+                      return std::bit_cast<std::uint64_t>(library(argument)) ==
+                             std::bit_cast<std::uint64_t>(result);
+                    });
+}
+
+bool ExpMatches(const Operations& operations) {
+  return operations.exp != nullptr &&
+         Match(Arguments(750.0), operations.exp, [](double x) { return std::exp(x); });
+}
+
+bool TanhMatches(const Operations& operations) {
+  return operations.tanh != nullptr &&
+         Match(Arguments(24.0), operations.tanh, [](double x) { return std::tanh(x); });
+}
+
+// The whole number from 1 to kMaxWholeDegree that `degree` is, where the form matches for it, else
+// 0.
+int WholeDegreeThatMatches(const Operations& operations, double degree) {
+  if (operations.pow == nullptr || !(degree >= 1.0 && degree <= kMaxWholeDegree)) return 0;
+  const int whole = static_cast<int>(degree);
+  if (whole != degree) return 0;
+  const auto vector = [&](const double* in, double* out, std::size_t count) {
+    operations.pow(in, whole, out, count);
+  };
+  const auto library = [degree](double x) { return std::pow(x, degree); };
+  // Near 1, and as far as the vector form reaches.
+  const bool matches = Match(Arguments(4.0), vector, library) &&
+                       Match(Arguments(std::exp2(66.0 / degree)), vector, library);
+  return matches ? whole : 0;
+}
+
+}  // namespace
+
+VectorForms MatchingForms(const Operations& operations, KernelForm form, double degree) {
+  switch (form) {
+    case KernelForm::kRadialBasis:
+      return {ExpMatches(operations), 0};
+    case KernelForm::kSigmoid:
+      return {TanhMatches(operations), 0};
+    case KernelForm::kPolynomial:
+      return {false, WholeDegreeThatMatches(operations, degree)};
+    case KernelForm::kLinear:
+      break;
+  }
+  return {};
+}
+
+}  // namespace MCSVM_700::packed

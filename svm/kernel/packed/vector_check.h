@@ -1,0 +1,23 @@
+// Comparison of the vector forms of exp, tanh and pow with the library's functions.
+#ifndef SVM_KERNEL_PACKED_VECTOR_CHECK_H_
+#define SVM_KERNEL_PACKED_VECTOR_CHECK_H_
+
+#include "svm/kernel/packed/layout.h"
+#include "svm/kernel/packed/operations.h"
+
+namespace MCSVM_700::packed {
+
+// Which vector forms a kernel may use.
+struct VectorForms {
+  bool values = false;   // that of exp or tanh, whichever the kernel calls
+  int whole_degree = 0;  // the degree of a polynomial kernel, where the form of pow serves it
+};
+
+// Tries a few thousand arguments spread over the function's range. A form is allowed where every
+// bit is the library's, so a new library or CPU never changes a value: its own function is called
+// instead.
+VectorForms MatchingForms(const Operations& operations, KernelForm form, double degree);
+
+}  // namespace MCSVM_700::packed
+
+#endif  // SVM_KERNEL_PACKED_VECTOR_CHECK_H_

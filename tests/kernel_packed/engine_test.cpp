@@ -1,0 +1,166 @@
+#include "svm/kernel/packed/engine.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <thread>
+
+#include "svm/kernel/packed/pool.h"
+#include "tests/kernel_packed/levels.h"
+#include "tests/kernel_packed/sample.h"
+
+namespace {
+
+using namespace MCSVM_700;
+using packed::Isa;
+using packed::KernelForm;
+using sample::Cases;
+using sample::Model;
+using sample::Random;
+
+class Engine : public LevelTest {};
+
+Model ThreeClasses(Random& random) {
+  Model model = RandomModel(KernelForm::kRadialBasis, 12, 150, 0.9, random);
+  AddPairwiseMachines(model, 3, 0.1, random);
+  return model;
+}
+
+TEST_P(Engine, RunsTheCodeOfItsInstructionSet) {
+  Random random(1);
+  const Model model = ThreeClasses(random);
+  const Cases cases = RandomCases(12, 64, 1.0, random);
+  const PackedEngine engine(model.Input(), operations());
+  const bool is_packed = operations() != nullptr;
+  const Isa isa = is_packed ? operations()->isa : Isa::kPlain;
+  EXPECT_EQ(engine.isa(), isa);
+  PackedScratch scratch;
+  std::vector<double> decisions(3 * 64);
+  engine.Decide(cases.Case(0).data(), scratch, decisions.data());
+  EXPECT_EQ(scratch.last_isa(), isa);
+  EXPECT_EQ(scratch.counts().alone, is_packed ? 1u : 0u);
+  engine.DecideMany(cases.columns.data(), 64, 64, scratch, decisions.data(), 64);
+  EXPECT_EQ(scratch.counts().tiled, is_packed ? 64u : 0u);
+  EXPECT_EQ(scratch.counts().plain, is_packed ? 0u : 65u);
+}
+
+// Packed code that is wrong in one bit must not be used.
+TEST_P(Engine, GoesPlainWhereTheSelfCheckFails) {
+  if (operations() == nullptr) GTEST_SKIP() << "nothing to check";
+  static const packed::Operations* right;
+  right = operations();
+  packed::Operations wrong = *right;
+  wrong.decide_one = [](const packed::ModelView& model, const double* x, packed::Work& work,
+                        double* decisions) {
+    const bool taken = right->decide_one(model, x, work, decisions);
+    decisions[0] = std::nextafter(decisions[0], 1e300);
+    return taken;
+  };
+  Random random(2);
+  const Model model = ThreeClasses(random);
+  EXPECT_EQ(PackedEngine(model.Input(), &wrong).isa(), Isa::kPlain);
+  EXPECT_EQ(PackedEngine(model.Input(), right).isa(), right->isa);
+}
+
+TEST_P(Engine, ServesManyThreads) {
+  Random random(3);
+  Model model = ThreeClasses(random);
+  model.AddVector({5, 2}, {0.5, 0.25});  // so that the plain kernels take part
+  AddMachineOfAll(model, random);
+  const std::size_t machines = model.machines.size();
+  const Cases cases = RandomCases(12, 101, 1.0, random);
+  const std::vector<double> expected = ByDefinition(model, cases);
+  const PackedEngine engine(model.Input(), operations());
+  for (std::size_t count = 1; count <= 8; ++count) {
+    std::vector<std::vector<double>> found(count, std::vector<double>(expected.size()));
+    std::vector<std::thread> threads;
+    for (std::size_t t = 0; t < count; ++t) {
+      threads.emplace_back([&, t] {
+        PackedScratch scratch;
+        for (std::size_t begin = 0; begin < cases.count; begin += 10 + t) {
+          const std::size_t here = std::min(10 + t, cases.count - begin);
+          engine.DecideMany(cases.columns.data() + begin, cases.count, here, scratch,
+                            found[t].data() + begin, cases.count);
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (const auto& decisions : found) EXPECT_EQ(sample::Difference(expected, decisions), "");
+  }
+  EXPECT_EQ(machines, engine.machines());
+}
+
+// One scratch goes from engine to engine, larger and smaller, dense, sparse and with chains.
+TEST_P(Engine, SharesAScratchWithOthers) {
+  Random random(4);
+  PackedScratch scratch;
+  for (const std::size_t vectors : {3, 200, 40, 333, 1}) {
+    for (const packed::Storage storage : {packed::Storage::kSparse, packed::Storage::kDense}) {
+      Model model = RandomModel(KernelForm::kLinear, vectors % 50 + 1, vectors, 0.5, random);
+      model.storage = storage;
+      AddMachineOfAll(model, random);
+      if (vectors % 2 == 1) model.machines[0].vectors.back() = 0;
+      const Cases cases = RandomCases(model.fields, 50, 0.5, random);
+      std::vector<double> found(50);
+      PackedEngine(model.Input(), operations())
+          .DecideMany(cases.columns.data(), 50, 50, scratch, found.data(), 50);
+      EXPECT_EQ(sample::Difference(ByDefinition(model, cases), found), "") << vectors;
+    }
+  }
+}
+
+FOR_ALL_LEVELS(Engine);
+
+TEST(Storage, FollowsTheFill) {
+  Random random(5);
+  const auto sparse = [&](std::size_t fields, double fill) {
+    Model model = RandomModel(KernelForm::kLinear, fields, 100, fill, random);
+    AddMachineOfAll(model, random);
+    return PackedEngine(model.Input(), packed::OperationsOf(Isa::kSse2)).sparse();
+  };
+  EXPECT_TRUE(sparse(1000, 0.01));
+  EXPECT_FALSE(sparse(1000, 0.5));
+  EXPECT_FALSE(sparse(5, 0.01));
+}
+
+// Vectors of two machines in the order that both need, found although the first machine alone would
+// place 3 last; and what happens where there is none.
+TEST(Pool, KeepsTheOrderOfEveryMachine) {
+  using testing::ElementsAre;
+  const std::vector<double> ones(4, 1.0);
+  const std::vector<std::uint32_t> first = {7, 5, 9};
+  const std::vector<std::uint32_t> second = {7, 3, 5};
+  const std::vector<std::uint32_t> against = {9, 7};
+  const auto machine = [&](const std::vector<std::uint32_t>& vectors) {
+    return packed::MachineView{std::span(ones).first(vectors.size()), vectors, 0.0};
+  };
+  const std::vector<packed::MachineView> agreeing = {machine(first), machine(second)};
+  const packed::Pool pool = packed::MakePool(agreeing, 10);
+  EXPECT_THAT(pool.vectors, ElementsAre(7, 3, 5, 9));
+  EXPECT_THAT(pool.ascending, ElementsAre(true, true));
+  const std::vector<packed::MachineView> contradicting = {machine(first), machine(against)};
+  const packed::Pool other = packed::MakePool(contradicting, 10);
+  EXPECT_THAT(other.vectors, ElementsAre(7, 5, 9));
+  EXPECT_THAT(other.ascending, ElementsAre(true, false));
+}
+
+TEST(IsaChoice, TakesKnownNamesOnly) {
+  for (const Isa isa : {Isa::kPlain, Isa::kSse2, Isa::kAvx2, Isa::kAvx512}) {
+    const packed::IsaChoice choice = packed::ChooseIsa(packed::NameOf(isa));
+    EXPECT_EQ(choice.error == nullptr, packed::CpuHas(isa)) << packed::NameOf(isa);
+    EXPECT_EQ(choice.isa, packed::CpuHas(isa) ? isa : Isa::kPlain);
+  }
+  for (const char* unknown : {"AVX2", "avx", "avx2 ", "neon"}) {
+    EXPECT_STREQ(packed::ChooseIsa(unknown).error,
+                 "SVMSCORE_ISA must be sse2, avx2, avx512 or plain");
+  }
+  for (const char* unset : {"", static_cast<const char*>(nullptr)}) {
+    EXPECT_EQ(packed::ChooseIsa(unset).error, nullptr);
+    EXPECT_NE(packed::ChooseIsa(unset).isa, Isa::kPlain);
+  }
+  ::setenv("SVMSCORE_ISA", "sse2", 1);
+  EXPECT_EQ(packed::ChooseIsaFromEnvironment().isa, Isa::kSse2);
+  ::unsetenv("SVMSCORE_ISA");
+}
+
+}  // namespace

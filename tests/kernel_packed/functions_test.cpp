@@ -1,0 +1,108 @@
+#include <cmath>
+#include <limits>
+
+#include "svm/kernel/packed/vector_check.h"
+#include "tests/kernel_packed/levels.h"
+#include "tests/kernel_packed/sample.h"
+
+namespace {
+
+using namespace MCSVM_700::packed;
+using sample::Random;
+
+class VectorFunctions : public LevelTest {
+ protected:
+  void SetUp() override {
+    LevelTest::SetUp();
+    if (IsSkipped()) return;
+    if (operations() == nullptr || operations()->exp == nullptr) {
+      GTEST_SKIP() << GetParam().name << " calls the library's functions";
+    }
+    if (!CpuHas(Isa::kAvx2)) GTEST_SKIP() << "the library's functions for CPUs without FMA differ";
+  }
+};
+
+// Uniform, of every size, and next to the ends of what the vector forms cover.
+std::vector<double> Arguments(double reach) {
+  Random random(7);
+  std::vector<double> arguments = {0.0,
+                                   -0.0,
+                                   NAN,
+                                   -NAN,
+                                   INFINITY,
+                                   -INFINITY,
+                                   5e-324,
+                                   -5e-324,
+                                   std::numeric_limits<double>::max(),
+                                   -std::numeric_limits<double>::max()};
+  for (int i = 0; i < 150000; ++i) arguments.push_back(random.Within(-reach, reach));
+  for (int i = 0; i < 50000; ++i) {
+    const double size = std::exp2(random.Within(-1074.0, 1023.0));
+    arguments.push_back(random.Chance(0.5) ? size : -size);
+  }
+  for (const double edge :
+       {0x1p-64,     0x1p-55, 0x1p-54, 0.25,   0x1.62e43p-3, 0x1.62e43p-2, 0x1.0a2b2p-1,
+        0x1.0a2b2p0, 1.0,     19.41,   22.0,   512.0,        708.0,        708.396,
+        709.783,     745.13,  746.0,   1024.0, 0x1p21,       0x1p64}) {
+    double below = edge;
+    double above = edge;
+    for (int i = 0; i < 20; ++i) {
+      for (const double x : {below, above, -below, -above}) arguments.push_back(x);
+      below = std::nextafter(below, 0.0);
+      above = std::nextafter(above, INFINITY);
+    }
+  }
+  return arguments;
+}
+
+TEST_P(VectorFunctions, HaveTheBitsOfTheLibrary) {
+  std::vector<double> in = Arguments(760.0);
+  std::vector<double> expected(in.size());
+  std::vector<double> found(in.size());
+  const auto compare = [&](const char* name, auto&& library, auto&& vector) {
+    for (std::size_t i = 0; i < in.size(); ++i) expected[i] = library(in[i]);
+    vector();
+    EXPECT_EQ(sample::Difference(expected, found), "") << name;
+  };
+  compare(
+      "exp", [](double x) { return std::exp(x); },
+      [&] { operations()->exp(in.data(), found.data(), in.size()); });
+  for (const double reach : {1.1, 25.0}) {
+    in = Arguments(reach);
+    compare(
+        "tanh", [](double x) { return std::tanh(x); },
+        [&] { operations()->tanh(in.data(), found.data(), in.size()); });
+  }
+  for (int degree = 1; degree <= kMaxWholeDegree; ++degree) {
+    in = Arguments(std::exp2(65.0 / degree));
+    const double real = degree;
+    compare(
+        "pow", [real](double x) { return std::pow(x, real); },
+        [&] { operations()->pow(in.data(), degree, found.data(), in.size()); });
+  }
+}
+
+TEST_P(VectorFunctions, AreInUse) {
+  EXPECT_TRUE(MatchingForms(*operations(), KernelForm::kRadialBasis, 1.0).values);
+  EXPECT_TRUE(MatchingForms(*operations(), KernelForm::kSigmoid, 1.0).values);
+  EXPECT_EQ(MatchingForms(*operations(), KernelForm::kPolynomial, 3.0).whole_degree, 3);
+  for (const double degree : {0.0, 2.5, -2.0, kMaxWholeDegree + 1.0, double{NAN}}) {
+    EXPECT_EQ(MatchingForms(*operations(), KernelForm::kPolynomial, degree).whole_degree, 0);
+  }
+}
+
+// A library whose last bit differs once in a while must be noticed, and then be called.
+TEST_P(VectorFunctions, AreLeftAsideWhereTheLibraryDiffers) {
+  Operations other = *operations();
+  other.exp = [](const double* in, double* out, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      const double value = std::exp(in[i]);
+      out[i] = i % 1000 == 999 ? std::nextafter(value, INFINITY) : value;
+    }
+  };
+  EXPECT_FALSE(MatchingForms(other, KernelForm::kRadialBasis, 1.0).values);
+}
+
+FOR_ALL_LEVELS(VectorFunctions);
+
+}  // namespace
