@@ -1,0 +1,231 @@
+#include "svm/learn/multi_prob_learn.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <random>
+#include <sstream>
+#include <utility>
+
+#include "common/display.h"
+
+namespace {
+
+using MCMath_850::MCSymMatrix;
+using MCSVM_700::SVMMultiProbLearn;
+using Vector = std::vector<double>;
+using Rows = std::vector<Vector>;
+
+// Counts how often it is asked; says yes from the given time on.
+class Query : public MCCommon_850::MCQueryCancel {
+ public:
+  explicit Query(int cancel_at = 1000) : cancel_at_(cancel_at) {}
+  bool IsCancelled() override { return ++asked >= cancel_at_; }
+  int asked = 0;
+
+ private:
+  int cancel_at_;
+};
+
+MCSymMatrix Packed(const Rows& q) {
+  MCSymMatrix matrix(static_cast<int>(q.size()), true);
+  for (std::size_t i = 0; i < q.size(); ++i) {
+    for (std::size_t j = 0; j <= i; ++j) {
+      matrix.SetElem(static_cast<int>(i), static_cast<int>(j), q[i][j]);
+    }
+  }
+  return matrix;
+}
+
+Rows CouplingOf(const Rows& r) {
+  Rows q(r.size(), Vector(r.size()));
+  for (std::size_t i = 0; i < r.size(); ++i) {
+    for (std::size_t j = 0; j < r.size(); ++j) {
+      if (i == j) {
+        for (const Vector& row : r) q[i][i] += row[i] * row[i];
+      } else {
+        q[i][j] = -r[i][j] * r[j][i];
+      }
+    }
+  }
+  return q;
+}
+
+const Rows kThree{{0, 0.75, 0.875}, {0.25, 0, 0.625}, {0.125, 0.375, 0}};
+
+// The exact minimum of p'Qp with p adding up to 1: Qp = f e for all entries, solved by elimination
+// with pivots. Returns f.
+long double LeastForm(const Rows& q) {
+  const std::size_t n = q.size() + 1;
+  std::vector<std::vector<long double>> a(n, std::vector<long double>(n + 1, 0));
+  for (std::size_t i = 0; i + 1 < n; ++i) {
+    for (std::size_t j = 0; j + 1 < n; ++j) a[i][j] = q[i][j];
+    a[i][n - 1] = -1;
+    a[n - 1][i] = 1;
+  }
+  a[n - 1][n] = 1;
+  for (std::size_t c = 0; c < n; ++c) {
+    std::size_t best = c;
+    for (std::size_t i = c; i < n; ++i) {
+      if (std::abs(a[i][c]) > std::abs(a[best][c])) best = i;
+    }
+    std::swap(a[c], a[best]);
+    for (std::size_t i = 0; i < n; ++i) {
+      const long double factor = i == c ? 0 : a[i][c] / a[c][c];
+      for (std::size_t j = c; j <= n; ++j) a[i][j] -= factor * a[c][j];
+    }
+  }
+  return a[n - 1][n] / a[n - 1][n - 1];
+}
+
+TEST(Learner, EndsWithinTheStoppingBoundOfTheMinimum) {
+  std::mt19937 random(7);
+  std::uniform_real_distribution<double> pairwise(0.01, 0.99);
+  for (std::size_t k = 3; k <= 20; ++k) {
+    for (int repeat = 0; repeat < 20; ++repeat) {
+      Rows r(k, Vector(k, 0.0));
+      for (std::size_t i = 0; i < k; ++i) {
+        for (std::size_t j = i + 1; j < k; ++j) {
+          r[i][j] = pairwise(random);
+          r[j][i] = 1 - r[i][j];
+        }
+      }
+      const Rows q = CouplingOf(r);
+      MCSymMatrix matrix = Packed(q);
+      Query query;
+      SVMMultiProbLearn learner(&query, static_cast<int>(k), matrix);
+      ASSERT_TRUE(learner.MultiLearning().IsOK());
+      ASSERT_LT(query.asked, 101) << "converges";
+      const Vector& p = learner.GetProbabilities();
+      ASSERT_EQ(p.size(), k);
+      long double sum = 0;
+      long double form = 0;
+      Vector product(k);
+      for (std::size_t i = 0; i < k; ++i) {
+        EXPECT_GE(p[i], 0.0);
+        sum += p[i];
+        for (std::size_t j = 0; j < k; ++j) product[i] += q[i][j] * p[j];
+        form += p[i] * product[i];
+      }
+      EXPECT_NEAR(static_cast<double>(sum), 1.0, 1e-14);
+      const double tolerance = 0.005 / static_cast<double>(k);
+      for (const double entry : product) {
+        EXPECT_LT(std::abs(entry - static_cast<double>(form)), tolerance * (1 + 1e-12));
+      }
+      // (p - p*)'Q(p - p*) = (p - p*)'(Qp - f e), and |p - p*| adds up to 2 at most.
+      const auto excess = static_cast<double>(form - LeastForm(q));
+      EXPECT_GE(excess, -1e-14);
+      EXPECT_LE(excess, 2 * tolerance);
+    }
+  }
+}
+
+// The first sweep's outcome was worked out in exact fractions. Leaving the quadratic form as it was
+// at the start of the sweep, or normalising once a sweep, changes the second digit.
+TEST(Learner, OneSweepUpdatesClassByClass) {
+  MCSymMatrix matrix = Packed(CouplingOf(kThree));
+  Query query(2);
+  SVMMultiProbLearn learner(&query, 3, matrix);
+  EXPECT_TRUE(learner.MultiLearning().IsError());
+  EXPECT_EQ(query.asked, 2);
+  EXPECT_DOUBLE_EQ(learner.GetProbabilities()[0], 0.6658266317485471);
+  EXPECT_DOUBLE_EQ(learner.GetProbabilities()[1], 0.2248338643610145);
+  EXPECT_DOUBLE_EQ(learner.GetProbabilities()[2], 0.10933950389043846);
+}
+
+// Asked before every sweep and once at the end.
+TEST(Learner, CountsItsSweeps) {
+  MCSymMatrix fixed = Packed({{0.25, -0.25}, {-0.25, 0.25}});
+  Query once;
+  SVMMultiProbLearn at_once(&once, 2, fixed);
+  EXPECT_EQ(at_once.MultiLearning(), MCSvm::MCStatus());
+  EXPECT_EQ(once.asked, 1 + 1);
+  EXPECT_EQ(at_once.GetProbabilities(), (Vector{0.5, 0.5}));
+
+  MCSymMatrix three = Packed(CouplingOf(kThree));
+  Query twice;
+  SVMMultiProbLearn in_two(&twice, 3, three);
+  EXPECT_TRUE(in_two.MultiLearning().IsOK());
+  EXPECT_EQ(twice.asked, 2 + 1);
+  EXPECT_DOUBLE_EQ(in_two.GetProbabilities()[0], 0.6759486389326246);
+  in_two.MultiLearning();
+  EXPECT_DOUBLE_EQ(in_two.GetProbabilities()[0], 0.6759486389326246) << "starts anew";
+
+  MCSymMatrix restless = Packed({{1, 5}, {5, 2}});
+  Query often;
+  SVMMultiProbLearn never(&often, 2, restless);
+  EXPECT_TRUE(never.MultiLearning().IsOK());
+  EXPECT_EQ(often.asked, 100 + 1);
+}
+
+TEST(Learner, CancelledBeforeTheFirstSweep) {
+  MCSymMatrix matrix = Packed(CouplingOf(kThree));
+  Query query(1);
+  SVMMultiProbLearn learner(&query, 3, matrix);
+  EXPECT_EQ(learner.MultiLearning(), MCSvm::MCStatus(1, false));
+  EXPECT_EQ(learner.GetProbabilities(), Vector(3, 1.0 / 3));
+  EXPECT_TRUE(learner.MultiLearning().IsError()) << "cancelled for good";
+  EXPECT_EQ(query.asked, 1) << "and not asked again";
+}
+
+TEST(Learner, AMatrixOfAnotherOrderEndsTheIteration) {
+  MCSymMatrix larger = Packed(Rows(4, Vector(4, 1.0)));
+  SVMMultiProbLearn learner(nullptr, 3, larger);
+  EXPECT_TRUE(learner.MultiLearning().IsOK());
+  EXPECT_EQ(learner.GetProbabilities().size(), 3u);
+}
+
+TEST(Learner, ZeroDiagonalEndsWithNaNAfterOneSweep) {
+  MCSymMatrix zeros(3, true);
+  Query query;
+  SVMMultiProbLearn learner(&query, 3, zeros);
+  EXPECT_TRUE(learner.MultiLearning().IsOK());
+  EXPECT_EQ(query.asked, 1 + 1);
+  EXPECT_TRUE(std::isnan(learner.GetProbabilities()[0]));
+}
+
+TEST(Learner, DisplayGivesTheStreamBack) {
+  MCSymMatrix matrix = Packed({{0.25, -0.25}, {-0.25, 0.25}});
+  SVMMultiProbLearn learner(nullptr, 2, matrix);
+  const std::string head =
+      "\tSVMMultiProbLearn Content display begin:\nMulti-class nubmer = 2"
+      "\nMCSymMatrix display start\nThe number of rows = 2\nThe number of blocks = 1"
+      "\nThe block size = 2\nLower triangular (number of elements = 3, number of rows = 2)"
+      "\nrow 0: 0.25\nrow 1: -0.25 0.25\nMCSymMatrix display end\n";
+  const std::string tail = "\tSVMMultiProbLearn Content display end.\n";
+  std::ostream* before = &MCDisplay_850::GetOutStream();
+  std::ostringstream fresh;
+  learner.Display(fresh);
+  EXPECT_EQ(fresh.str(), head + tail);
+  learner.MultiLearning();
+  std::ostringstream learnt;
+  learner.Display(learnt);
+  EXPECT_EQ(learnt.str(), head +
+                              "Class Index = 0,\tProbabitity = 0.5\n"
+                              "Class Index = 1,\tProbabitity = 0.5\n" +
+                              tail);
+  std::ostream broken(nullptr);
+  EXPECT_THROW(
+      {
+        broken.exceptions(std::ios::badbit);
+        learner.Display(broken);
+      },
+      std::ios_base::failure);
+  EXPECT_EQ(&MCDisplay_850::GetOutStream(), before);
+}
+
+TEST(CancelInfo, StaysCancelled) {
+  Query query(2);
+  MCSVM_700::SVMCancelInfo info(&query);
+  EXPECT_FALSE(info.IsCancel());
+  EXPECT_TRUE(info.IsCancel());
+  info.SetCancelPtr(nullptr);
+  EXPECT_TRUE(info.IsCancel());
+  MCSVM_700::SVMCancelInfo by_hand(nullptr);
+  EXPECT_FALSE(by_hand.IsCancel());
+  by_hand.SetCancel();
+  EXPECT_TRUE(by_hand.IsCancel());
+}
+
+}  // namespace

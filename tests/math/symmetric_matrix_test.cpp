@@ -1,0 +1,97 @@
+#include "math/symmetric_matrix.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <sstream>
+
+#include "common/display.h"
+#include "tests/slot_order.h"
+
+namespace {
+
+using MCMath_850::IMCSymMatrix;
+using MCMath_850::MCSymMatrix;
+using Vector = std::vector<double>;
+
+MCSymMatrix Counting(int n) {
+  MCSymMatrix matrix(n, true);
+  for (int k = 0; k < n * (n + 1) / 2; ++k) matrix.SetElem(k, k + 1);
+  return matrix;
+}
+
+TEST(SymmetricMatrix, PackedPositions) {
+  MCSymMatrix matrix(3, true);
+  EXPECT_TRUE(matrix.SetElem(2, 0, 5.0));
+  EXPECT_EQ(matrix.GetElem(0, 2), 5.0);
+  EXPECT_TRUE(matrix.SetElem(5, 7.0));
+  EXPECT_EQ(matrix.GetElem(2, 2), 7.0);
+  EXPECT_FALSE(matrix.SetElem(6, 1.0));
+  EXPECT_FALSE(matrix.SetElem(-1, 1.0));
+  EXPECT_EQ(Counting(4).GetElem(1, 3), 8.0);
+}
+
+// (1 2 4 / 2 3 5 / 4 5 6)
+TEST(SymmetricMatrix, Products) {
+  const MCSymMatrix matrix = Counting(3);
+  Vector out{9, 9, 9, 9};
+  EXPECT_FALSE(matrix.ComputeSV({1, 2}, out));
+  EXPECT_EQ(out, (Vector{9, 9, 9, 9}));
+  EXPECT_TRUE(matrix.ComputeSV({1, 10, 100, 1000}, out));
+  EXPECT_EQ(out, (Vector{421, 532, 654}));
+  EXPECT_EQ(matrix.ComputeVSW({1, 10, 100}, {1, 0, 2}), 421.0 + 2 * 654);
+  EXPECT_EQ(matrix.ComputeVSV({1, 10, 100}), 421.0 + 5320 + 65400);
+  EXPECT_EQ(matrix.ComputeVSW({1, 10, 100, 1}, {1, 0, 2}), 0.0);
+  EXPECT_EQ(matrix.ComputeVSV({1, 10}), 0.0);
+}
+
+TEST(SymmetricMatrix, EmptyAndUnallocatable) {
+  const MCSymMatrix empty(-4, false);
+  EXPECT_TRUE(empty.IsValidMatrix());
+  EXPECT_EQ(empty.GetNRows(), 0);
+  Vector out{1};
+  EXPECT_TRUE(empty.ComputeSV({}, out));
+  EXPECT_EQ(empty.ComputeVSV({}), 0.0);
+
+  MCSymMatrix huge(std::numeric_limits<int>::max(), true);
+  EXPECT_FALSE(huge.IsValidMatrix());
+  EXPECT_EQ(huge.GetNRows(), -1);
+  EXPECT_FALSE(huge.SetElem(0, 1.0));
+  EXPECT_EQ(huge.ComputeVSV({}), 0.0);
+}
+
+TEST(SymmetricMatrix, ResizeNRows) {
+  Vector elements{1, 2, 3, 4};
+  int n = 3;
+  EXPECT_TRUE(MCSymMatrix::ResizeNRows(elements, n));
+  EXPECT_EQ(elements, (Vector{1, 2, 3, 4, 0, 0}));
+  n = -2;
+  EXPECT_FALSE(MCSymMatrix::ResizeNRows(elements, n));
+  EXPECT_TRUE(elements.empty());
+}
+
+TEST(SymmetricMatrix, Display) {
+  std::ostringstream os;
+  {
+    const MCDisplay_850::ScopedOutStream redirected(os);
+    Counting(2).Display();
+  }
+  EXPECT_EQ(os.str(),
+            "\nMCSymMatrix display start\nThe number of rows = 2\nThe number of blocks = 1\n"
+            "The block size = 2\nLower triangular (number of elements = 3, number of rows = 2)\n"
+            "row 0: 1\nrow 1: 2 3\nMCSymMatrix display end");
+}
+
+TEST(SymmetricMatrix, SlotOrder) {
+  using svmscore_test::SlotOf;
+  EXPECT_EQ(SlotOf(&IMCSymMatrix::GetNRows), 2u);
+  EXPECT_EQ(SlotOf(&IMCSymMatrix::IsValidMatrix), 3u);
+  EXPECT_EQ(SlotOf(&IMCSymMatrix::GetElem), 4u);
+  EXPECT_EQ(SlotOf(&IMCSymMatrix::ComputeSV), 5u);
+  EXPECT_EQ(SlotOf(&IMCSymMatrix::ComputeVSV), 6u);
+  EXPECT_EQ(SlotOf(&IMCSymMatrix::ComputeVSW), 7u);
+  EXPECT_EQ(SlotOf(&IMCSymMatrix::SetElem), 8u);
+  EXPECT_EQ(SlotOf(&IMCSymMatrix::Display), 9u);
+}
+
+}  // namespace
