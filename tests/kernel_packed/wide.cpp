@@ -83,6 +83,9 @@ struct Wide {
   static D Select(M mask, D yes, D no) {
     return Each([&](std::size_t i) { return (mask >> i & 1) != 0 ? yes.lane[i] : no.lane[i]; });
   }
+  static unsigned NotZero(D a) {
+    return Mask([&](std::size_t i) { return a.lane[i] != 0.0; });
+  }
   static unsigned Bits(M mask) { return mask; }
   static D PowerOfTwo(D k) {
     return Each([&](std::size_t i) {

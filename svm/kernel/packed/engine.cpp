@@ -87,15 +87,15 @@ void PackedEngine::Fit(PackedScratch& scratch) const {
   const std::size_t group = operations_ == nullptr ? 1 : view_.group_tiles;
   scratch.values_.Reserve(view_.chain_count > 0 ? padded * tile : std::max(padded, kBlock * tile));
   scratch.sums_.Reserve(group * (view_.machines + 1) * tile);
-  scratch.rejects_.Reserve(group * tile);
+  scratch.rejects_.Reserve(std::max(group * tile, packed::kSparseCases));
   scratch.positions_.resize(view_.fields);
   std::iota(scratch.positions_.begin(), scratch.positions_.end(), 0);
   scratch.entries_.resize(view_.fields);
   if (sparse()) {
-    scratch.nonzero_value_.Reserve(tile * (view_.fields + 1));
+    const std::size_t entries = packed::kSparseCases * view_.fields;
+    scratch.nonzero_value_.Reserve(entries);
     scratch.column_.Reserve(padded);
-    scratch.nonzero_field_.resize(
-        std::max(scratch.nonzero_field_.size(), tile * (view_.fields + 1)));
+    scratch.nonzero_field_.resize(std::max(scratch.nonzero_field_.size(), entries));
   } else {
     scratch.tiles_.Reserve(group * (view_.fields + 1) * tile);
   }

@@ -40,6 +40,8 @@ struct Avx2 {
   static M And(M a, M b) { return _mm256_and_pd(a, b); }
   static D Select(M mask, D yes, D no) { return _mm256_blendv_pd(no, yes, mask); }
   static unsigned Bits(M mask) { return static_cast<unsigned>(_mm256_movemask_pd(mask)); }
+  // One bit for each lane that is not 0.0 or -0.0; NaN counts.
+  static unsigned NotZero(D a) { return Bits(_mm256_cmp_pd(a, Set(0.0), _CMP_NEQ_UQ)); }
   // 2^k for whole k: 2^52 + 2^51 leaves k + 1023 in the lowest bits.
   static D PowerOfTwo(D k) {
     const __m256i bits = _mm256_castpd_si256(Add(k, Set(0x1.8p52 + 1023)));

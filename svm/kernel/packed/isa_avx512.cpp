@@ -45,6 +45,8 @@ struct Avx512 {
   static M And(M a, M b) { return static_cast<M>(a & b); }
   static D Select(M mask, D yes, D no) { return _mm512_mask_blend_pd(mask, no, yes); }
   static unsigned Bits(M mask) { return mask; }
+  // One bit for each lane that is not 0.0 or -0.0; NaN counts.
+  static unsigned NotZero(D a) { return _mm512_cmp_pd_mask(a, Set(0.0), _CMP_NEQ_UQ); }
   // 2^k for whole k: 2^52 + 2^51 leaves k + 1023 in the lowest bits.
   static D PowerOfTwo(D k) {
     const __m512i bits = _mm512_castpd_si512(Add(k, Set(0x1.8p52 + 1023)));

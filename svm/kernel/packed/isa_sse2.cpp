@@ -20,6 +20,10 @@ struct Sse2 {
   static D Add(D a, D b) { return _mm_add_pd(a, b); }
   static D Sub(D a, D b) { return _mm_sub_pd(a, b); }
   static D Mul(D a, D b) { return _mm_mul_pd(a, b); }
+  // One bit for each lane that is not 0.0 or -0.0; NaN counts.
+  static unsigned NotZero(D a) {
+    return static_cast<unsigned>(_mm_movemask_pd(_mm_cmpneq_pd(a, _mm_setzero_pd())));
+  }
 };
 
 constexpr Operations kOperations = MakeOperations<Sse2>();

@@ -12,6 +12,8 @@ enum class KernelForm { kLinear = 0, kPolynomial = 1, kRadialBasis = 2, kSigmoid
 
 // Vectors of one block of the dense layout. A multiple of every vector width.
 constexpr std::size_t kBlock = 32;
+// Cases of a sparse model that are taken from their columns together.
+constexpr std::size_t kSparseCases = 32;
 
 // From least to most. kPlain is the definition itself, case by case.
 enum class Isa { kPlain = 0, kSse2 = 1, kAvx2 = 2, kAvx512 = 3 };
@@ -80,9 +82,10 @@ struct Work {
   double* values;   // [vectors rounded up to 32] or, for tiles, [that][T] where there are chains
   double* tiles;    // [group_tiles][fields][T]: cases, lane by lane
   double* sums;     // [group_tiles][machines][T]
-  double* rejects;  // [group_tiles][T]: not 0 for a case that the plain definition must score
-  std::uint32_t* nonzero_field;  // [T][fields], sparse models only
-  double* nonzero_value;         // [T][fields]
+  double* rejects;  // [max(group_tiles T, kSparseCases)]: not 0 for a case that the plain
+                    // definition must score
+  std::uint32_t* nonzero_field;  // [kSparseCases][fields], sparse models only
+  double* nonzero_value;         // [kSparseCases][fields]
   double* column;                // [vectors], sparse models only
   void* plain;                   // for plain_value
   Isa ran;                       // set by the packed code that ran last
