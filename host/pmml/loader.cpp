@@ -92,7 +92,18 @@ std::unordered_set<const ScoreDictVar*> CheckVectorFields(const ScoreModel& mode
   return named;
 }
 
+void ReadOutput(LoadedModel& loaded, bool refuse) {
+  try {
+    loaded.output = std::make_unique<output::OutputPlan>(*loaded.model, loaded.document.Dom());
+  } catch (const SSException&) {
+    if (refuse) throw;
+  }
+}
+
 void CollectInputs(LoadedModel& loaded, std::unordered_set<const ScoreDictVar*> needed) {
+  if (loaded.output != nullptr) {
+    for (const ScoreDictVar* var : loaded.output->NeededInputs()) needed.insert(var);
+  }
   const TransformationDictionary* derived = loaded.model->GetTransformationDictionary();
   if (derived != nullptr) {
     for (const ScoreDictVar* var : derived->GetProgram().NeededInputs()) needed.insert(var);
@@ -109,14 +120,28 @@ void CollectInputs(LoadedModel& loaded, std::unordered_set<const ScoreDictVar*> 
   if (replaces) loaded.model->SetMissingValuePolicy(ScoreModel::kReplaceMissing);
 }
 
+IntakeMode ModeOf(LoadChecks checks) {
+  switch (checks) {
+    case LoadChecks::kTolerate:
+      return IntakeMode::kTolerate;
+    case LoadChecks::kStrict:
+      return IntakeMode::kStrict;
+    case LoadChecks::kRefuse:
+      break;
+  }
+  return IntakeMode::kRefuse;
+}
+
 }  // namespace
 
 LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document, LoadChecks checks) {
-  LoadedModel loaded{std::move(document), plugin.GiveTranslator(), nullptr, {}, {}};
+  LoadedModel loaded{std::move(document), plugin.GiveTranslator(), nullptr, {}, {}, {}, nullptr};
   try {
+    loaded.intake = MakeReadable(loaded.document, ModeOf(checks));
     loaded.model = Translate(*loaded.translator, loaded.document);
-    const bool refuse = checks == LoadChecks::kRefuse;
+    const bool refuse = checks != LoadChecks::kTolerate;
     if (refuse) CheckTransformations(*loaded.model, loaded.document);
+    ReadOutput(loaded, refuse);
     CollectInputs(loaded, CheckVectorFields(*loaded.model, loaded.document, refuse));
   } catch (SSException& error) {
     loaded.document.Locate(error);

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "host/api.h"
+#include "host/output/output_plan.h"
 #include "host/pmml/document.h"
+#include "host/pmml/intake.h"
 #include "host/pmml/plugin.h"
 #include "host/score_model.h"
 
@@ -18,17 +20,27 @@ struct SVMSCORE_HOST_API LoadedModel {
   PmmlDocument document;
   std::unique_ptr<MCZandor_850::BaseTranslator> translator;
   std::unique_ptr<MCZandor_850::ScoreModel> model;
-  // The dictionary variables whose values a case needs: those of the vector fields, and those that
-  // their derived fields are computed from. In dictionary order; owned by the model.
+  // The dictionary variables whose values a case needs: those of the vector fields, those that
+  // their derived fields are computed from, and those that output fields are. In dictionary order;
+  // owned by the model.
   std::vector<const MCZandor_850::ScoreDictVar*> needed;
   // All variables that the mining schema makes inputs. In dictionary order; owned by the model.
   std::vector<const MCZandor_850::ScoreDictVar*> active;
+  // How the document was made readable; empty where it is read as it stands.
+  std::vector<IntakeStep> intake;
+  // What the document makes of results. Null only where it cannot be read and that is tolerated.
+  std::unique_ptr<output::OutputPlan> output;
 };
 
 // Whether what a translator passes over in silence, and what makes every score doubtful, is
-// refused: transformations that cannot be computed, vector fields that name nothing or a text. A
-// program that describes a document rather than scoring with it tells of these itself.
-enum class LoadChecks { kRefuse, kTolerate };
+// refused: transformations that cannot be computed, vector fields that name nothing or a text,
+// vectors and machine terms that do not fit together. A program that describes a document rather
+// than scoring with it tells of these itself.
+enum class LoadChecks {
+  kRefuse,
+  kTolerate,
+  kStrict,  // refuses, and also refuses a document that would have to be changed to be read
+};
 
 // Throws SSException, its place in words.
 SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document,

@@ -1,0 +1,39 @@
+// Making documents readable that other producers wrote.
+#ifndef HOST_PMML_INTAKE_H_
+#define HOST_PMML_INTAKE_H_
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "host/api.h"
+#include "host/pmml/document.h"
+
+namespace svmscore {
+
+// One kind of change that a document needed before a translator could read it, or one remark.
+struct SVMSCORE_HOST_API IntakeStep {
+  std::string name;         // stable, in small letters with hyphens
+  std::string consequence;  // one sentence
+  std::string element;      // the name of the first element concerned
+  long line = 0;            // of that element; 0 where the file does not hold it
+  std::size_t count = 0;    // how many places
+  bool changes = true;      // false for a remark: the document was read as it stands
+};
+
+enum class IntakeMode {
+  kRefuse,    // makes the changes; what no change can make right is thrown
+  kTolerate,  // makes the changes; what no change can make right stays as it is, for a program that
+              // tells of it
+  kStrict,    // as kRefuse, and the first change that would be needed is thrown (260307)
+};
+
+// Edits the document so that a translator, which reads exactly what its own rules read, understands
+// it as its author meant it. A document that needs no change is left as it is. Returns what was
+// done, in order, each kind of step once. Throws SSException with the element at fault; the
+// document is then half changed and of no further use. One thread a document.
+SVMSCORE_HOST_API std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode);
+
+}  // namespace svmscore
+
+#endif  // HOST_PMML_INTAKE_H_

@@ -1,0 +1,68 @@
+#include "host/pmml/intake/intake.h"
+
+#include "host/pmml/elements.h"
+#include "host/pmml/intake/steps.h"
+#include "host/tags.h"
+
+namespace svmscore {
+namespace intake {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+
+DOMElement* Intake::ModelChild(const std::string& name) const {
+  return FindChild(model_, name);
+}
+
+bool Intake::IsClassification() const {
+  return FindAttribute(model_, tags::XML_ATT_MINING_FUNCTIONNAME) ==
+         tags::XML_VAL_SVM_CLASSIFICATION;
+}
+
+void Intake::Count(const StepKind& kind, const DOMElement* at, bool changes) {
+  const auto [found, is_new] = step_of_.try_emplace(kind.name, steps_.size());
+  if (is_new) {
+    document_.FixLines();
+    steps_.push_back({kind.name, kind.consequence, NameOf(at), document_.LineOf(at), 0, changes});
+  }
+  ++steps_[found->second].count;
+}
+
+void Intake::Change(const StepKind& kind, const DOMElement* at) {
+  if (mode_ == IntakeMode::kStrict) {
+    ThrowAt(at, code::kNeedsIntake, kind.name, kind.consequence);
+  }
+  Count(kind, at, true);
+}
+
+void Intake::Remark(const StepKind& kind, const DOMElement* at) {
+  Count(kind, at, false);
+}
+
+}  // namespace intake
+
+std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) {
+  if (document.Dom() == nullptr || document.Dom()->getDocumentElement() == nullptr) return {};
+  intake::Intake intake(document, mode);
+  const std::vector<xercesc::DOMElement*> extensions = intake::UsePlainNames(intake);
+  intake::SettleVersion(intake);
+  intake::ChooseModel(intake);
+  if (intake.Model() == nullptr) return intake.TakeSteps();
+  intake::UseKnownSpellings(intake);
+  intake::HideExtensionContent(intake, extensions);
+  intake::MergeTransformations(intake);
+  // Vectors are measured by the number of vector fields, and the linear form makes a vector of its
+  // own, so the three come in this order.
+  intake::ExpressVectorFields(intake);
+  intake::UseSparseVectors(intake);
+  intake::UseSupportVectors(intake);
+  intake::TellKernelNumbersFromAbsence(intake);
+  // The decision rule of the oldest versions names the second category, which the target may have
+  // to learn, so the rule comes before the target, and the target before labels are compared.
+  intake::UseOneDecisionRule(intake);
+  intake::CompleteTarget(intake);
+  intake::MatchLabels(intake);
+  intake::CheckMachines(intake);
+  return intake.TakeSteps();
+}
+
+}  // namespace svmscore

@@ -1,0 +1,68 @@
+// What the steps of the intake share: the document that they edit, and the report they write.
+#ifndef HOST_PMML_INTAKE_INTAKE_H_
+#define HOST_PMML_INTAKE_INTAKE_H_
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "host/message_codes.h"
+#include "host/pmml/intake.h"
+#include "host/ss_exception.h"
+
+namespace svmscore::intake {
+
+using xercesc::DOMDocument;
+using xercesc::DOMElement;
+using xercesc::DOMNode;
+
+// A kind of step. The texts live as long as the program.
+struct StepKind {
+  const char* name;
+  const char* consequence;
+};
+
+class Intake {
+ public:
+  Intake(PmmlDocument& document, IntakeMode mode) : document_(document), mode_(mode) {}
+
+  DOMDocument* Dom() const { return document_.Dom(); }
+  DOMElement* Root() const { return document_.Dom()->getDocumentElement(); }
+  // The model that will be scored; null until one is chosen.
+  DOMElement* Model() const { return model_; }
+  void SetModel(DOMElement* model) { model_ = model; }
+  // Children of the model that nearly every step asks for; null where the model has none.
+  DOMElement* ModelChild(const std::string& name) const;
+  bool IsClassification() const;
+
+  // Call before each change: counts it, and throws in strict mode.
+  void Change(const StepKind& kind, const DOMElement* at);
+  void Remark(const StepKind& kind, const DOMElement* at);
+
+  // True where the caller is to be told of what cannot be read.
+  bool Refuses() const { return mode_ != IntakeMode::kTolerate; }
+  // Throws, except in tolerant mode, where the caller leaves the element as it is.
+  template <typename... Parts>
+  void Refuse(const DOMElement* element, int code, const Parts&... parts) const {
+    if (Refuses()) ThrowAt(element, code, parts...);
+  }
+
+  std::vector<IntakeStep> TakeSteps() { return std::move(steps_); }
+
+ private:
+  void Count(const StepKind& kind, const DOMElement* at, bool changes);
+
+  PmmlDocument& document_;
+  IntakeMode mode_;
+  DOMElement* model_ = nullptr;
+  std::vector<IntakeStep> steps_;
+  std::unordered_map<std::string_view, std::size_t> step_of_;  // by name
+};
+
+}  // namespace svmscore::intake
+
+#endif  // HOST_PMML_INTAKE_INTAKE_H_

@@ -1,0 +1,88 @@
+// A translator compares the categories that machines name with those of the target letter by
+// letter; documents mean values of the target's type.
+#include <unordered_map>
+
+#include "host/pmml/elements.h"
+#include "host/pmml/intake/edit.h"
+#include "host/pmml/intake/steps.h"
+#include "host/pmml/intake/target.h"
+#include "host/tags.h"
+
+namespace svmscore::intake {
+namespace {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+
+constexpr StepKind kSpelling{
+    "category-spelling",
+    "a category that a machine spells differently is taken as the target's equal value"};
+constexpr StepKind kSecond{
+    "second-category",
+    "a machine that names one of the target's two categories decides between both"};
+
+void AddLabel(DOMElement* element, const std::string& attribute, std::vector<LabelPlace>& places) {
+  const auto label = FindAttribute(element, attribute);
+  if (label && !label->empty()) places.push_back({element, attribute, *label});
+}
+
+// Names the second category of a lone machine that names the first.
+void NameSecond(Intake& intake, DOMElement* machine, const std::vector<std::string>& categories) {
+  const auto first = FindAttribute(machine, tags::XML_ATT_PPC_TARGET_CAT);
+  const auto second = FindAttribute(machine, tags::XML_ATT_SVM_ALTERNATETAGCATE);
+  if (categories.size() != 2 || !first || (second && !second->empty()) ||
+      VendorExtension(machine) != nullptr) {
+    return;
+  }
+  if (*first != categories[0] && *first != categories[1]) return;
+  intake.Change(kSecond, machine);
+  SetAttribute(machine, tags::XML_ATT_SVM_ALTERNATETAGCATE,
+               *first == categories[0] ? categories[1] : categories[0]);
+}
+
+}  // namespace
+
+DOMElement* VendorExtension(const DOMElement* machine) {
+  // Only the first one counts.
+  DOMElement* extension = FindChild(machine, tags::XML_ELE_EXTENSION);
+  const bool is_vendor = FindAttribute(extension, tags::XML_ATT_EXTENSION_EXTENDER) ==
+                         tags::XML_VAL_EXTENSION_EXTENDER;
+  return is_vendor ? extension : nullptr;
+}
+
+std::vector<LabelPlace> LabelsOf(DOMElement* machine) {
+  std::vector<LabelPlace> places;
+  AddLabel(machine, tags::XML_ATT_PPC_TARGET_CAT, places);
+  AddLabel(machine, tags::XML_ATT_SVM_ALTERNATETAGCATE, places);
+  DOMElement* response = FindChild(VendorExtension(machine), tags::XML_ELE_SVM_RESPONSECATEGORY);
+  AddLabel(response, tags::XML_ATT_SVM_RESPONSE, places);
+  AddLabel(response, tags::XML_ATT_SVM_NONRESPONSE, places);
+  return places;
+}
+
+void MatchLabels(Intake& intake) {
+  if (!intake.IsClassification()) return;
+  const Target target = FindTarget(intake);
+  const LabelKeys keys(target.data_field);
+  std::unordered_map<std::string, std::string> category_of;  // by key
+  std::vector<std::string> categories;
+  for (const std::string& category : ListedCategories(target)) {
+    if (category_of.try_emplace(keys.Of(category), category).second) {
+      categories.push_back(category);
+    }
+  }
+  std::size_t machines = 0;
+  for (DOMElement* machine : Children(intake.Model(), tags::XML_ELE_SVM_SVM)) {
+    ++machines;
+    for (const LabelPlace& place : LabelsOf(machine)) {
+      const auto found = category_of.find(keys.Of(place.label));
+      if (found == category_of.end() || found->second == place.label) continue;
+      intake.Change(kSpelling, place.element);
+      SetAttribute(place.element, place.attribute, found->second);
+    }
+  }
+  if (machines == 1) {
+    NameSecond(intake, intake.ModelChild(tags::XML_ELE_SVM_SVM), categories);
+  }
+}
+
+}  // namespace svmscore::intake

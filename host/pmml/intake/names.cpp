@@ -1,0 +1,49 @@
+// Documents may give every element a namespace prefix; a translator knows the plain names only.
+#include "host/pmml/elements.h"
+#include "host/pmml/intake/edit.h"
+#include "host/pmml/intake/steps.h"
+#include "host/tags.h"
+
+namespace svmscore::intake {
+namespace {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+
+constexpr StepKind kPrefixed{"namespace-prefix",
+                             "elements with a namespace prefix are read by their plain names"};
+
+bool IsPmmlNamespace(WideView name, WideView of_root) {
+  return name == of_root || name.starts_with(u"http://www.dmg.org/PMML-") ||
+         name.starts_with(u"https://www.dmg.org/PMML-");
+}
+
+WideView NamespaceOf(const DOMElement* element) {
+  const XMLCh* name = element->getNamespaceURI();
+  return name == nullptr ? WideView() : WideView(name);
+}
+
+}  // namespace
+
+std::vector<DOMElement*> UsePlainNames(Intake& intake) {
+  std::vector<DOMElement*> extensions;
+  DOMElement* root = intake.Root();
+  const WideView of_root = NamespaceOf(root);
+  bool skip = false;
+  for (DOMElement* at = root; at != nullptr; at = NextInTree(at, root, skip)) {
+    const XMLCh* prefix = at->getPrefix();
+    if (prefix != nullptr && *prefix != 0 && IsPmmlNamespace(NamespaceOf(at), of_root)) {
+      intake.Change(kPrefixed, at);
+      at->getOwnerDocument()->renameNode(at, at->getNamespaceURI(), at->getLocalName());
+    }
+    const WideView name(at->getNodeName());
+    // Cells of a table are named by the table's author; what an Extension holds is its author's,
+    // except for the one that a translator reads.
+    skip = name == u"row";
+    if (name != u"Extension") continue;
+    skip = FindAttribute(at, tags::XML_ATT_EXTENSION_EXTENDER) != tags::XML_VAL_EXTENSION_EXTENDER;
+    if (skip) extensions.push_back(at);
+  }
+  return extensions;
+}
+
+}  // namespace svmscore::intake

@@ -1,0 +1,126 @@
+// A translator takes a vector position from a field as it stands, or from one category as 1 or 0.
+// Everything else that a position may say becomes a derived field, to which the position refers.
+#include <cmath>
+#include <memory>
+
+#include "host/number_text.h"
+#include "host/pmml/elements.h"
+#include "host/pmml/intake/edit.h"
+#include "host/pmml/intake/fields.h"
+#include "host/pmml/intake/steps.h"
+#include "host/tags.h"
+#include "host/transcoder.h"
+#include "host/translator.h"
+
+namespace svmscore::intake {
+namespace {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+using MCZandor_850::BaseTranslator;
+
+constexpr StepKind kMapped{
+    "map-missing-to",
+    "the value that a vector position gives to missing inputs enters through a derived field"};
+constexpr StepKind kWeighted{
+    "category-coefficient",
+    "a category with a coefficient other than 1 enters its vector position as that coefficient"};
+constexpr StepKind kUnlisted{
+    "category-unlisted",
+    "a category that its field does not list is compared with the input itself"};
+
+class VectorPositions {
+ public:
+  explicit VectorPositions(Intake& intake) : intake_(intake) {}
+
+  void Express(DOMElement* position) {
+    const std::string kind = NameOf(position);
+    if (kind == tags::XML_ELE_FIELDREF) {
+      ExpressReference(position);
+    } else if (kind == tags::XML_ELE_CATEGORICAL_PREDICTOR) {
+      ExpressCategory(position);
+    } else if (kind != tags::XML_ELE_EXTENSION) {
+      intake_.Refuse(position, code::kUnsupported, kind, tags::XML_ELE_SVM_VECTORFIELDS);
+    }
+  }
+
+ private:
+  // Built for the first position that needs it: most documents need none.
+  Fields& Known() {
+    if (!fields_) fields_ = std::make_unique<Fields>(intake_);
+    return *fields_;
+  }
+
+  void ExpressReference(DOMElement* position) {
+    const std::string replacement =
+        FindAttribute(position, tags::XML_ATT_MISSREPVALUE).value_or("");
+    const std::string name = FindAttribute(position, tags::XML_ATT_SVM_FIELD).value_or("");
+    const DOMElement* field = replacement.empty() ? nullptr : Known().Find(name);
+    if (field == nullptr) return;
+    intake_.Change(kMapped, position);
+    const std::string type = FindAttribute(field, "dataType").value_or("double");
+    const std::string derived = Known().FreshName(name + " or " + replacement);
+    DOMElement* expression = AddElement(
+        Known().AddDerived(derived, type == "string" ? "categorical" : "continuous", type),
+        tags::XML_ELE_FIELDREF);
+    SetAttribute(expression, tags::XML_ATT_SVM_FIELD, name);
+    SetAttribute(expression, tags::XML_ATT_MISSREPVALUE, replacement);
+    position->removeAttribute(u"mapMissingTo");
+    SetAttribute(position, tags::XML_ATT_SVM_FIELD, derived);
+  }
+
+  void ExpressCategory(DOMElement* position) {
+    const auto name = FindAttribute(position, tags::XML_ATT_NAME);
+    const auto value = FindAttribute(position, tags::XML_ATT_VALUE);
+    const auto coefficient = FindNumber(position, tags::XML_ATT_COEFFICIENT);
+    // A translator says what is missing.
+    if (!name || !value || !coefficient) return;
+    const DOMElement* field = Known().Find(*name);
+    if (field == nullptr) return;
+    const bool listed = Known().Lists(field, *value);
+    if (listed && *coefficient == 1.0) return;
+    if (!std::isfinite(*coefficient)) {
+      RefuseValue(position, tags::XML_ATT_COEFFICIENT, FormatNumber(*coefficient));
+    }
+    intake_.Change(*coefficient == 1.0 ? kUnlisted : kWeighted, position);
+    const std::string derived = Known().FreshName(*name + '=' + *value);
+    DOMElement* parent = Known().AddDerived(derived, "continuous", "double");
+    if (*coefficient != 1.0) {
+      parent = AddElement(parent, "Apply");
+      SetAttribute(parent, "function", "*");
+    }
+    DOMElement* indicator = AddElement(parent, "NormDiscrete");
+    SetAttribute(indicator, "field", *name);
+    SetAttribute(indicator, "value", *value);
+    if (*coefficient != 1.0) {
+      DOMElement* constant = AddElement(parent, "Constant");
+      SetAttribute(constant, "dataType", "double");
+      AddText(constant, ToUtf16(FormatNumber(*coefficient)));
+    }
+    ReferTo(position, derived);
+  }
+
+  static void ReferTo(DOMElement* position, const std::string& derived) {
+    Rename(position, tags::XML_ELE_FIELDREF);
+    position->removeAttribute(u"name");
+    position->removeAttribute(u"value");
+    position->removeAttribute(u"coefficient");
+    SetAttribute(position, tags::XML_ATT_SVM_FIELD, derived);
+  }
+
+  Intake& intake_;
+  std::unique_ptr<Fields> fields_;
+};
+
+}  // namespace
+
+void ExpressVectorFields(Intake& intake) {
+  VectorPositions positions(intake);
+  DOMElement* list =
+      FindChild(intake.ModelChild(tags::XML_ELE_SVM_VECTORDICTION), tags::XML_ELE_SVM_VECTORFIELDS);
+  for (DOMElement* position = BaseTranslator::GetFirstChildElt(list); position != nullptr;
+       position = BaseTranslator::GetNextSiblingElt(position)) {
+    positions.Express(position);
+  }
+}
+
+}  // namespace svmscore::intake

@@ -1,0 +1,262 @@
+// A translator reads sparse arrays only, takes no notice of their length and default value, and
+// relies on ascending indices.
+#include "host/pmml/intake/vectors.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "host/number_text.h"
+#include "host/pmml/elements.h"
+#include "host/pmml/intake/steps.h"
+#include "host/tags.h"
+#include "host/transcoder.h"
+#include "host/translator.h"
+
+namespace svmscore::intake {
+namespace {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+using MCZandor_850::BaseTranslator;
+
+constexpr StepKind kDense{"dense-array", "vectors written in full are read as sparse arrays"};
+constexpr StepKind kIntegers{"integer-sparse-array",
+                             "sparse arrays of whole numbers are read as arrays of numbers"};
+constexpr StepKind kZeros{"zero-vector", "a sparse array without entries is a vector of zeros"};
+constexpr StepKind kDefault{"default-value",
+                            "positions that a sparse array does not list get its default value"};
+constexpr StepKind kUnordered{"unordered-indices", "the indices of a sparse array are sorted"};
+
+bool IsSparse(WideView name) {
+  return name == u"REAL-SparseArray" || name == u"INT-SparseArray";
+}
+
+bool IsDense(WideView name) {
+  return name == u"Array" || name == u"REAL-ARRAY" || name == u"NUM-ARRAY" ||
+         name == u"INT-ARRAY" || name == u"REAL-Array" || name == u"INT-Array";
+}
+
+void ReplaceText(DOMElement* element, const WideText& text) {
+  while (DOMNode* child = element->getFirstChild()) element->removeChild(child);
+  AddText(element, text);
+}
+
+std::string VectorOf(std::size_t length, std::size_t fields) {
+  return fmt::format("a vector of length {} for {} vector fields", length, fields);
+}
+
+}  // namespace
+
+std::size_t CountVectorFields(const Intake& intake) {
+  std::size_t count = 0;
+  DOMElement* list =
+      FindChild(intake.ModelChild(tags::XML_ELE_SVM_VECTORDICTION), tags::XML_ELE_SVM_VECTORFIELDS);
+  for (DOMElement* position = BaseTranslator::GetFirstChildElt(list); position != nullptr;
+       position = BaseTranslator::GetNextSiblingElt(position)) {
+    const std::string kind = NameOf(position);
+    if (kind == tags::XML_ELE_FIELDREF || kind == tags::XML_ELE_CATEGORICAL_PREDICTOR) ++count;
+  }
+  return count;
+}
+
+VectorReader::VectorReader(Intake& intake, std::size_t fields) : intake_(intake), fields_(fields) {
+  std::string text;
+  for (std::size_t i = 1; i <= fields; ++i) text += std::to_string(i) + ' ';
+  all_indices_ = ToUtf16(text);
+}
+
+void VectorReader::Read(DOMElement* instance) {
+  DOMElement* dense = nullptr;
+  DOMElement* sparse = nullptr;
+  for (DOMElement* child = BaseTranslator::GetFirstChildElt(instance); child != nullptr;
+       child = BaseTranslator::GetNextSiblingElt(child)) {
+    const WideView name(child->getNodeName());
+    if (IsSparse(name) && sparse == nullptr) sparse = child;
+    if (IsDense(name) && dense == nullptr) dense = child;
+  }
+  if (dense != nullptr && sparse != nullptr) {
+    return intake_.Refuse(instance, code::kBadContent, "both a dense and a sparse array",
+                          tags::XML_ELE_SVM_VECTORINSTANCE);
+  }
+  if (dense != nullptr) return ReadDense(dense);
+  if (sparse != nullptr) return ReadSparse(sparse);
+  intake_.Refuse(instance, code::kChildMissing, tags::XML_ELE_SVM_REALSPARSEARRAY,
+                 tags::XML_ELE_SVM_VECTORINSTANCE);
+}
+
+bool VectorReader::LengthFits(const DOMElement* array) const {
+  const WideView text = AttributeView(array, u"n");
+  if (text.data() == nullptr) return true;
+  const auto length = ParseInteger(Narrow(text));
+  if (!length || *length < 0) {
+    intake_.Refuse(array, code::kBadValue, Narrow(text), tags::XML_ATT_SVM_N, NameOf(array));
+    return false;
+  }
+  if (static_cast<std::size_t>(*length) == fields_) return true;
+  intake_.Refuse(array, code::kBadContent, VectorOf(static_cast<std::size_t>(*length), fields_),
+                 NameOf(array));
+  return false;
+}
+
+bool VectorReader::CountNumbers(const DOMElement* list, std::size_t& count) {
+  WideView text = TextView(list, joined_);
+  for (WideView word = NextWord(text); !word.empty(); word = NextWord(text)) {
+    if (!IsNumber(word)) {
+      intake_.Refuse(list, code::kBadValue, Narrow(word));
+      return false;
+    }
+    ++count;
+  }
+  return true;
+}
+
+void VectorReader::ReadDense(DOMElement* array) {
+  if (AttributeView(array, u"type") == u"string") {
+    return intake_.Refuse(array, code::kBadValue, "string", "type", NameOf(array));
+  }
+  std::size_t count = 0;
+  if (!LengthFits(array) || !CountNumbers(array, count)) return;
+  if (count != fields_) {
+    return intake_.Refuse(array, code::kBadContent, VectorOf(count, fields_), NameOf(array));
+  }
+  intake_.Change(kDense, array);
+  // The numbers stay as they are written; zeros stay entries.
+  DOMElement* entries = MakeElement(intake_.Dom(), tags::XML_ELE_SVM_REAL_ENTRIES);
+  MoveChildren(array, entries);
+  Rename(array, tags::XML_ELE_SVM_REALSPARSEARRAY);
+  array->removeAttribute(u"type");
+  AddText(AddElement(array, tags::XML_ELE_SVM_INDICES), all_indices_);
+  array->appendChild(entries);
+}
+
+void VectorReader::ReadSparse(DOMElement* array) {
+  DOMElement* indices = FindChild(array, tags::XML_ELE_SVM_INDICES);
+  DOMElement* entries = FindChild(array, tags::XML_ELE_SVM_REAL_ENTRIES);
+  if (entries == nullptr) entries = FindChild(array, tags::XML_ELE_SVM_ENTRIES);
+  DOMElement* integers = FindChild(array, "INT-Entries");
+  if (entries == nullptr && integers != nullptr) {
+    intake_.Change(kIntegers, array);
+    Rename(integers, tags::XML_ELE_SVM_REAL_ENTRIES);
+    entries = integers;
+  }
+  if (WideView(array->getNodeName()) != u"REAL-SparseArray") {
+    if (integers == nullptr) intake_.Change(kIntegers, array);
+    Rename(array, tags::XML_ELE_SVM_REALSPARSEARRAY);
+  }
+  std::optional<WideView> default_value;
+  if (!LengthFits(array) || !ReadDefault(array, default_value)) return;
+  if (indices == nullptr && entries != nullptr) {
+    return intake_.Refuse(array, code::kChildMissing, tags::XML_ELE_SVM_INDICES,
+                          tags::XML_ELE_SVM_REALSPARSEARRAY);
+  }
+  if (indices == nullptr && !default_value) return ReadZeros(array);
+  if (indices == nullptr) {
+    indices = AddElement(array, tags::XML_ELE_SVM_INDICES);
+    entries = AddElement(array, tags::XML_ELE_SVM_REAL_ENTRIES);
+  }
+  // A translator says that the entries are missing.
+  if (entries != nullptr) ReadPairs(array, indices, entries, default_value);
+}
+
+bool VectorReader::ReadDefault(const DOMElement* array, std::optional<WideView>& text) const {
+  const WideView stated = AttributeView(array, u"defaultValue");
+  if (stated.data() == nullptr) return true;
+  const std::optional<double> number = ParseNumber(Narrow(stated));
+  if (!number) {
+    intake_.Refuse(array, code::kBadValue, Narrow(stated), "defaultValue", NameOf(array));
+    return false;
+  }
+  if (*number != 0.0) text = stated;
+  return true;
+}
+
+void VectorReader::ReadZeros(DOMElement* array) {
+  if (AttributeView(array, u"n").data() != nullptr) return;
+  intake_.Change(kZeros, array);
+  SetAttribute(array, tags::XML_ATT_SVM_N, std::to_string(fields_));
+}
+
+bool VectorReader::ReadIndices(const DOMElement* list) {
+  indices_.clear();
+  ascending_ = true;
+  WideView text = TextView(list, joined_);
+  for (WideView word = NextWord(text); !word.empty(); word = NextWord(text)) {
+    const auto index = ParseInteger(Narrow(word));
+    if (!index) {
+      intake_.Refuse(list, code::kBadValue, Narrow(word));
+      return false;
+    }
+    if (*index < 1 || static_cast<std::uint64_t>(*index) > fields_) {
+      intake_.Refuse(list, code::kBadContent,
+                     fmt::format("the index {} for {} vector fields", *index, fields_),
+                     tags::XML_ELE_SVM_INDICES);
+      return false;
+    }
+    const auto position = static_cast<std::size_t>(*index);
+    if (!indices_.empty() && position <= indices_.back()) ascending_ = false;
+    indices_.push_back(position);
+  }
+  if (ascending_) return true;
+  std::vector<std::size_t> sorted = indices_;
+  std::sort(sorted.begin(), sorted.end());
+  const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
+  if (twice == sorted.end()) return true;
+  intake_.Refuse(list, code::kBadContent, fmt::format("the index {} twice", *twice),
+                 tags::XML_ELE_SVM_INDICES);
+  return false;
+}
+
+void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement* entries,
+                             std::optional<WideView> default_value) {
+  std::size_t count = 0;
+  if (!ReadIndices(indices) || !CountNumbers(entries, count)) return;
+  // A translator says that the lengths differ.
+  if (count != indices_.size()) return;
+  if (count == fields_) default_value.reset();
+  if (count == 0 && !default_value) {
+    // Empty lists would be dropped with their vector.
+    intake_.Change(kZeros, array);
+    Remove(indices);
+    Remove(entries);
+    return SetAttribute(array, tags::XML_ATT_SVM_N, std::to_string(fields_));
+  }
+  if (!ascending_) intake_.Change(kUnordered, array);
+  if (default_value) intake_.Change(kDefault, array);
+  if (!ascending_ || default_value) Rewrite(indices, entries, default_value);
+}
+
+void VectorReader::Rewrite(DOMElement* indices, DOMElement* entries,
+                           std::optional<WideView> default_value) {
+  WideView text = TextView(entries, joined_);
+  std::vector<std::pair<std::size_t, WideView>> pairs;
+  for (const std::size_t index : indices_) pairs.emplace_back(index, NextWord(text));
+  std::sort(pairs.begin(), pairs.end());
+  WideText index_text;
+  WideText entry_text;
+  const auto write = [&](std::size_t index, WideView entry) {
+    index_text.append(ToUtf16(std::to_string(index) + ' '));
+    entry_text.append(entry).push_back(u' ');
+  };
+  std::size_t next = 1;
+  for (const auto& [index, entry] : pairs) {
+    for (; default_value && next < index; ++next) write(next, *default_value);
+    write(index, entry);
+    next = index + 1;
+  }
+  for (; default_value && next <= fields_; ++next) write(next, *default_value);
+  ReplaceText(indices, index_text);
+  ReplaceText(entries, entry_text);
+}
+
+void UseSparseVectors(Intake& intake) {
+  const std::size_t fields = CountVectorFields(intake);
+  if (fields == 0) return;
+  VectorReader reader(intake, fields);
+  for (DOMElement* instance : Children(intake.ModelChild(tags::XML_ELE_SVM_VECTORDICTION),
+                                       tags::XML_ELE_SVM_VECTORINSTANCE)) {
+    reader.Read(instance);
+  }
+}
+
+}  // namespace svmscore::intake

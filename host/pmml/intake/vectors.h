@@ -1,0 +1,53 @@
+// One vector after another made a sparse array in ascending order.
+#ifndef HOST_PMML_INTAKE_VECTORS_H_
+#define HOST_PMML_INTAKE_VECTORS_H_
+
+#include <optional>
+#include <vector>
+
+#include "host/pmml/intake/edit.h"
+#include "host/pmml/intake/intake.h"
+
+namespace svmscore::intake {
+
+// The positions of VectorFields, those of unknown kind left out.
+std::size_t CountVectorFields(const Intake& intake);
+
+class VectorReader {
+ public:
+  // REQUIRES: fields > 0.
+  VectorReader(Intake& intake, std::size_t fields);
+
+  // `instance` is a VectorInstance.
+  void Read(DOMElement* instance);
+  // The text of Indices that lists every position.
+  const WideText& AllIndices() const { return all_indices_; }
+
+ private:
+  void ReadDense(DOMElement* array);
+  void ReadSparse(DOMElement* array);
+  void ReadPairs(DOMElement* array, DOMElement* indices, DOMElement* entries,
+                 std::optional<WideView> default_value);
+  // A sparse array of zeros alone is understood by its length.
+  void ReadZeros(DOMElement* array);
+  void Rewrite(DOMElement* indices, DOMElement* entries, std::optional<WideView> default_value);
+
+  // Each is false where something was wrong that a tolerant reader leaves alone.
+  bool LengthFits(const DOMElement* array) const;
+  bool CountNumbers(const DOMElement* list, std::size_t& count);
+  bool ReadIndices(const DOMElement* list);
+  // The default value's text where it is another number than 0.
+  bool ReadDefault(const DOMElement* array, std::optional<WideView>& text) const;
+
+  Intake& intake_;
+  std::size_t fields_;
+  WideText all_indices_;
+  // Of the array at hand.
+  WideText joined_;
+  std::vector<std::size_t> indices_;  // from 1
+  bool ascending_ = true;
+};
+
+}  // namespace svmscore::intake
+
+#endif  // HOST_PMML_INTAKE_VECTORS_H_

@@ -1,0 +1,80 @@
+// The version decides whether transformations exist, so it must be legible.
+#include <charconv>
+#include <optional>
+
+#include "host/pmml/elements.h"
+#include "host/pmml/intake/edit.h"
+#include "host/pmml/intake/steps.h"
+#include "host/tags.h"
+#include "host/transcoder.h"
+
+namespace svmscore::intake {
+namespace {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+
+constexpr StepKind kFromNamespace{
+    "version-from-namespace",
+    "the document states no legible version, and the one of its namespace is taken"};
+constexpr StepKind kAssumed{"version-assumed",
+                            "the document states no version, and is read as the newest (4.4)"};
+constexpr StepKind kSpelling{"version-spelling", "the version is read without what surrounds it"};
+constexpr StepKind kDisagreement{
+    "version-disagreement",
+    "the version attribute and the namespace name different versions; the attribute is followed"};
+
+struct Version {
+  int major = 0;
+  int minor = 0;
+  bool operator==(const Version&) const = default;
+  std::string Text() const { return std::to_string(major) + '.' + std::to_string(minor); }
+};
+
+constexpr int kOldestMajor = 2;
+constexpr Version kNewest{4, 4};
+
+// Two numbers with `separator` between them, and whatever follows.
+std::optional<Version> ParseVersion(std::string_view text, char separator) {
+  Version version;
+  const char* end = text.data() + text.size();
+  const auto major = std::from_chars(text.data(), end, version.major);
+  if (major.ec != std::errc() || major.ptr == end || *major.ptr != separator) return std::nullopt;
+  const auto minor = std::from_chars(major.ptr + 1, end, version.minor);
+  if (minor.ec != std::errc() || version.major < 0 || version.minor < 0) return std::nullopt;
+  return version;
+}
+
+std::optional<Version> NamespaceVersion(const DOMElement* root) {
+  const std::string name = ToUtf8(root->getNamespaceURI());
+  const std::string_view mark = "/PMML-";
+  const std::size_t at = name.rfind(mark);
+  if (at == std::string::npos) return std::nullopt;
+  return ParseVersion(std::string_view(name).substr(at + mark.size()), '_');
+}
+
+std::string_view Trim(std::string_view text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+}  // namespace
+
+void SettleVersion(Intake& intake) {
+  DOMElement* root = intake.Root();
+  const std::string text = FindAttribute(root, tags::XML_ATT_VERSION).value_or("");
+  const std::optional<Version> stated = ParseVersion(Trim(text), '.');
+  const std::optional<Version> named = NamespaceVersion(root);
+  const std::optional<Version> major_only = ParseVersion(std::string(Trim(text)) + ".0", '.');
+  const Version version = stated ? *stated : named ? *named : major_only ? *major_only : kNewest;
+  if (version.major < kOldestMajor || version.major > kNewest.major) {
+    ThrowAt(root, code::kUnknownVersion, version.Text());
+  }
+  if (stated && named && *stated != *named) intake.Remark(kDisagreement, root);
+  // A translator looks at the first character.
+  if (text.starts_with(std::to_string(version.major))) return;
+  intake.Change(stated || major_only ? kSpelling : named ? kFromNamespace : kAssumed, root);
+  SetAttribute(root, tags::XML_ATT_VERSION, version.Text());
+}
+
+}  // namespace svmscore::intake
