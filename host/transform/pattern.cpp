@@ -18,6 +18,8 @@ struct FreeMatch {
   void operator()(pcre2_match_data* data) const { pcre2_match_data_free(data); }
 };
 
+using MatchData = std::unique_ptr<pcre2_match_data, FreeMatch>;
+
 PCRE2_SPTR Bytes(std::string_view text) {
   // The library wants an address also for no bytes.
   return reinterpret_cast<PCRE2_SPTR>(text.data() == nullptr ? "" : text.data());
@@ -60,15 +62,33 @@ std::unique_ptr<Pattern> Pattern::Compile(std::string_view text, bool ignore_cas
   return std::unique_ptr<Pattern>(new Pattern(std::move(code)));
 }
 
-std::optional<Pattern::Match> Pattern::Find(std::string_view text, std::size_t offset) const {
-  const std::unique_ptr<pcre2_match_data, FreeMatch> data(pcre2_match_data_create(1, nullptr));
+std::optional<bool> Pattern::Matches(std::string_view text) const {
+  const MatchData data(pcre2_match_data_create(1, nullptr));
   if (data == nullptr) throw std::bad_alloc();
   const int result =
-      pcre2_match(code_->code, Bytes(text), text.size(), offset, 0, data.get(), code_->limits);
-  if (result == PCRE2_ERROR_NOMATCH) return Match{};
+      pcre2_match(code_->code, Bytes(text), text.size(), 0, 0, data.get(), code_->limits);
+  if (result == PCRE2_ERROR_NOMATCH) return false;
   if (result < 0) return std::nullopt;
-  const PCRE2_SIZE* places = pcre2_get_ovector_pointer(data.get());
-  return Match{places[0], places[1]};
+  return true;
+}
+
+std::optional<std::vector<Pattern::Match>> Pattern::FindAll(std::string_view text) const {
+  const MatchData data(pcre2_match_data_create(1, nullptr));
+  if (data == nullptr) throw std::bad_alloc();
+  std::vector<Match> matches;
+  std::size_t from = 0;
+  // That the text is UTF-8 is checked once, not from every match on.
+  for (std::uint32_t options = PCRE2_NOTEMPTY;; options = PCRE2_NOTEMPTY | PCRE2_NO_UTF_CHECK) {
+    const int result = pcre2_match(code_->code, Bytes(text), text.size(), from, options, data.get(),
+                                   code_->limits);
+    if (result == PCRE2_ERROR_NOMATCH) return matches;
+    if (result < 0) return std::nullopt;
+    const PCRE2_SIZE* places = pcre2_get_ovector_pointer(data.get());
+    // \K can put the end before the beginning.
+    if (places[1] <= places[0] || places[1] <= from) return std::nullopt;
+    matches.push_back({places[0], places[1]});
+    from = places[1];
+  }
 }
 
 std::optional<std::string> Pattern::Substitute(std::string_view text, std::string_view replacement,

@@ -3,10 +3,12 @@
 #define HOST_TRANSFORM_PATTERN_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace svmscore::transform {
 
@@ -21,12 +23,15 @@ class Pattern {
   Pattern(const Pattern&) = delete;
   Pattern& operator=(const Pattern&) = delete;
 
-  // The first match that begins at or after `offset`. An answer with begin == npos: there is none.
+  // True where some part of the text matches.
+  std::optional<bool> Matches(std::string_view text) const;
+
+  // The matches of at least one character, from left to right, none reaching into another.
   struct Match {
-    std::size_t begin = std::string_view::npos;
-    std::size_t end = std::string_view::npos;
+    std::size_t begin;
+    std::size_t end;
   };
-  std::optional<Match> Find(std::string_view text, std::size_t offset) const;
+  std::optional<std::vector<Match>> FindAll(std::string_view text) const;
   // Every match replaced: $1 to $9 stand for groups, $$ for a dollar sign.
   std::optional<std::string> Replace(std::string_view text, std::string_view replacement) const;
   // Every match replaced by the text as it stands.

@@ -9,7 +9,8 @@ namespace {
 
 // A recursive step that has not settled by then never will, or not in time.
 constexpr int kMostRounds = 100;
-constexpr std::size_t kLongestText = std::size_t{1} << 24;
+// So much longer than four times its length no honest table makes a text.
+constexpr std::size_t kMostGrowth = std::size_t{1} << 16;
 
 // The text as a pattern that matches it and nothing else.
 std::string Quote(const std::string& text) {
@@ -90,10 +91,11 @@ bool TextNormalisation::RunRow(const Row& row, std::string& text) const {
 }
 
 bool TextNormalisation::Run(std::string& text) const {
+  const std::size_t longest = 4 * text.size() + kMostGrowth;
   for (int round = 0; round < (recursive_ ? kMostRounds : 1); ++round) {
     const std::string before = text;
     for (const Row& row : rows_) {
-      if (!RunRow(row, text) || text.size() > kLongestText) return false;
+      if (!RunRow(row, text) || text.size() > longest) return false;
     }
     if (text == before) return true;
   }

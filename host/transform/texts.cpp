@@ -98,8 +98,8 @@ Value Matches(const Arguments& in) {
   std::unique_ptr<Pattern> made;
   const Pattern* pattern = PatternOf(in, made);
   if (pattern == nullptr) return Value::Invalid();
-  const auto match = pattern->Find(TextOf(in[0], in.arena), 0);
-  return match ? Value::Boolean(match->begin != std::string_view::npos) : Value::Invalid();
+  const auto answer = pattern->Matches(TextOf(in[0], in.arena));
+  return answer ? Value::Boolean(*answer) : Value::Invalid();
 }
 
 Value Replace(const Arguments& in) {

@@ -85,21 +85,13 @@ void WordRules::AddWord(std::string_view text, std::size_t begin, std::size_t en
 }
 
 std::optional<Words> WordRules::Split(std::string_view text) const {
+  const auto separators = separator_->FindAll(text);
+  if (!separators) return std::nullopt;
   Words words;
   std::size_t begin = 0;
-  std::size_t from = 0;
-  while (from <= text.size()) {
-    const auto separator = separator_->Find(text, from);
-    if (!separator) return std::nullopt;
-    if (separator->begin == std::string_view::npos) break;
-    if (separator->end == separator->begin) {
-      // A separator of no characters separates nothing; go on behind the next character.
-      from = separator->end + Characters(text.substr(separator->end), 0, 1).size();
-      if (separator->end == text.size()) break;
-      continue;
-    }
-    AddWord(text, begin, separator->begin, words);
-    begin = from = separator->end;
+  for (const Pattern::Match& separator : *separators) {
+    AddWord(text, begin, separator.begin, words);
+    begin = separator.end;
   }
   AddWord(text, begin, text.size(), words);
   return words;

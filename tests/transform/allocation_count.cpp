@@ -1,0 +1,29 @@
+#include "tests/transform/allocation_count.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+std::atomic<long> count{0};
+}  // namespace
+
+void* operator new(std::size_t size) {
+  count.fetch_add(1, std::memory_order_relaxed);
+  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+namespace svmscore::transform {
+
+long AllocationCount() {
+  return count.load();
+}
+
+}  // namespace svmscore::transform

@@ -1,0 +1,69 @@
+// Documents with derived fields, and the cases that they are computed for.
+#ifndef TESTS_TRANSFORM_FIXTURE_H_
+#define TESTS_TRANSFORM_FIXTURE_H_
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/pmml/document.h"
+#include "host/score_case_record.h"
+#include "host/transform/case_scope.h"
+#include "host/transformation_dictionary.h"
+#include "host/translator.h"
+
+namespace svmscore::transform {
+
+// A case: texts by field name; a field that is not named is missing.
+using Case = std::map<std::string, std::string>;
+
+// <DataField name= optype= dataType=/>
+std::string DataField(const std::string& name, const std::string& data_type,
+                      const std::string& op_type = "", const std::string& content = "");
+std::string DerivedField(const std::string& name, const std::string& data_type,
+                         const std::string& expression);
+
+// A document without a model: every derived field is needed.
+std::string Document(const std::string& data_fields, const std::string& transformations);
+// A document with a model whose vector fields are `fields` (elements).
+std::string ModelDocument(const std::string& data_fields, const std::string& mining_fields,
+                          const std::string& transformations, const std::string& local,
+                          const std::string& fields);
+
+// A document that is loaded, with its dictionaries.
+class Loaded {
+ public:
+  // Reads the element `container` (TransformationDictionary or LocalTransformations).
+  explicit Loaded(const std::string& document,
+                  const std::string& container = "TransformationDictionary");
+
+  // A derived field's value in a case: "missing", "invalid", or its text.
+  std::string Derive(const std::string& name, const Case& values) const;
+  std::vector<std::string> DeriveAll(const std::string& name, const std::vector<Case>& cases) const;
+  // The value of the expression that the document's first Extension element holds.
+  std::string EvaluateTest(const Case& values) const;
+
+  MCZandor_850::ScoreDictionary* Inputs() const { return inputs_; }
+  const MCZandor_850::TransformationDictionary& Dictionary() const { return *dictionary_; }
+  const PmmlDocument& Source() const { return document_; }
+  std::unique_ptr<MCZandor_850::InputCaseRecord> Record(const Case& values,
+                                                        bool by_position = true) const;
+
+ private:
+  PmmlDocument document_;
+  MCZandor_850::PMMLTranslator translator_{"SupportVectorMachineModel"};
+  MCZandor_850::ScoreDictionary* inputs_ = nullptr;
+  std::unique_ptr<MCZandor_850::TransformationDictionary> dictionary_;
+};
+
+// Loads the document and says how that fails: "CODE at ELEMENT, line N: SENTENCE"; empty where it
+// does not.
+std::string Refusal(const std::string& document,
+                    const std::string& container = "TransformationDictionary");
+
+std::string Show(const MCZandor_850::ScoreValue* value);
+
+}  // namespace svmscore::transform
+
+#endif  // TESTS_TRANSFORM_FIXTURE_H_
