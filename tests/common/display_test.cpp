@@ -1,10 +1,10 @@
 #include "common/display.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <limits>
-#include <regex>
 #include <sstream>
 
 #include "common/missing_value.h"
@@ -49,8 +49,8 @@ TEST(Display, SingleValues) {
   EXPECT_EQ(Shown([] { DisplayB("a ", true); }), "\na true");
   EXPECT_EQ(Shown([] { DisplayB("a ", false); }), "\na false");
   EXPECT_EQ(Shown([] { DisplayS("a ", "text"); }), "\na text");
-  EXPECT_TRUE(std::regex_match(Shown([] { DisplayTimeStamp("t"); }),
-                               std::regex("\\nt: \\d{4}(-\\d\\d){5}")));
+  EXPECT_THAT(Shown([] { DisplayTimeStamp("t"); }),
+              testing::MatchesRegex("\nt: [0-9]{4}(-[0-9][0-9]){5}"));
 }
 
 TEST(Display, ListsBreakTheirLines) {

@@ -90,6 +90,8 @@ TEST(CaseValues, TheFirstBadFieldDecides) {
   missing_first.Set("c", std::make_unique<StringValue>("blue"));
   EXPECT_EQ(inputs.Score(&missing_first), 90029);
   EXPECT_EQ(inputs.Score(std::make_unique<MapRecord>(Case(1, "blue")).get()), 90027);
+  inputs.model->GetDictionary()->FindVar("n")->DeclareMissing("-99");
+  EXPECT_EQ(inputs.Score(std::make_unique<MapRecord>(Case(-99, "red")).get()), 90029);
 }
 
 TEST(CaseValues, NoRecordNoDataOrNoTargetCannotBeScored) {
@@ -166,27 +168,9 @@ TEST(CaseValues, MissingPredictionsOfClassificationBelongToTheModel) {
   inputs.model->GetDictionary()->FindVar("y")->SetOpType(svmscore::OpType::kContinuous);
   EXPECT_EQ(inputs.Score(&empty), 90029);
   EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), NumericValue::GetSysmisValue());
-}
-
-TEST(CaseValues, AFailingPolicyLeavesTheResultAlone) {
-  Inputs inputs(false, ScoreModel::kFailOnMissing);
-  const MapRecord empty({});
-  EXPECT_EQ(inputs.Score(&empty), 90029);
-  EXPECT_EQ(inputs.result->GetPrediction(), nullptr);
-}
-
-// A declared missing number and an invalid category are told by the variable, not by the value.
-TEST(CaseValues, TheVariableSaysWhatIsMissing) {
-  Inputs inputs(true);
-  inputs.model->GetDictionary()->FindVar("n")->DeclareMissing("-99");
-  EXPECT_EQ(inputs.Score(std::make_unique<MapRecord>(Case(-99, "red")).get()), 90029);
-  const NumericValue number(-99);
-  EXPECT_TRUE(inputs.model->IsMissScoreValue(nullptr, nullptr));
-  EXPECT_FALSE(inputs.model->IsMissScoreValue(nullptr, &number));
-  EXPECT_FALSE(inputs.model->IsInvalidScoreValue(nullptr, &number));
-  EXPECT_EQ(inputs.model->GetMissReplacement(nullptr), nullptr);
-  ScoreResult* none = nullptr;
-  EXPECT_FALSE(inputs.model->HandleMissInvalidValue(true, true, nullptr, none).IsError());
+  Inputs failing(false, ScoreModel::kFailOnMissing);
+  EXPECT_EQ(failing.Score(&empty), 90029);
+  EXPECT_EQ(failing.result->GetPrediction(), nullptr);
 }
 
 TEST(CaseValues, PositionsAreThoseOfTheFirstRecord) {
@@ -246,23 +230,6 @@ TEST(CaseValues, DerivedFieldsAndTheInputsTheyHide) {
       EXPECT_EQ(val, (std::vector<double>{5, flag ? 50.0 : 7.0})) << by_position << flag;
     }
   }
-}
-
-TEST(CaseValues, FieldsOfAnUnknownKindMakeTheVectorTooLong) {
-  auto dictionary = std::make_unique<BaseDictionary>();
-  dictionary->AddVar(NumberVar("y"));
-  dictionary->AddVar(NumberVar("n"));
-  auto data = std::make_unique<SVMModelData>();
-  data->AddFieldRef("n", "");
-  data->AddCategoricalPredictor("n", "1", 1);
-  data->GetVectorFieldTypes()[1] = static_cast<VectorFieldType>(2);
-  EchoMachine(*data, 0, -1, -1);
-  const auto model = Assemble(std::move(dictionary), std::move(data));
-  ScoreResult* result = nullptr;
-  EXPECT_EQ(model->GetScore(std::make_unique<MapRecord>(Case(1, "red")).get(), result, false)
-                .GetErrorCode(),
-            90027);
-  delete result;
 }
 
 TEST(CaseValues, NothingThatThrowsLeavesGetScore) {

@@ -172,13 +172,4 @@ TEST(Results, HandedBackResultsAreFilledAnew) {
   EXPECT_EQ(model->GetScore(&record, base, false).GetErrorCode(), 90027);
 }
 
-TEST(Results, AModelWithoutMachinesScoresNothing) {
-  Classifier classifier({"a", "b"});
-  classifier.dictionary->AddVar(NumberVar("x0"));
-  classifier.data->AddFieldRef("x0", "");
-  const Decided decided = Decide(*classifier.Model(), {1});
-  EXPECT_EQ(decided.code, 0);
-  EXPECT_EQ(decided.category, "");
-}
-
 }  // namespace

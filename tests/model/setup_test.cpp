@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
 
 #include "tests/model/model_fixture.h"
 #include "tests/slot_order.h"
@@ -8,6 +9,12 @@
 namespace {
 
 using namespace svmscore_test;  // NOLINT
+
+std::string Shown(const SVMModel& model) {
+  std::ostringstream os;
+  model.Display(os);
+  return os.str();
+}
 
 TEST(SetUp, ModelTypeFollowsTheData) {
   SVMModel model;
@@ -86,32 +93,23 @@ TEST(SetUp, VariablesOfARole) {
   EXPECT_EQ(SVMModel().GetVarsOfRole(ScoreModel::kTargetRole), nullptr);
 }
 
-TEST(SetUp, TargetCategoriesFollowTheTarget) {
-  const auto model = Classifier({"b", "a"}).Model();
-  ASSERT_EQ(model->GetTargetCategories().size(), 2u);
-  EXPECT_EQ(model->GetTargetCategories()[0]->GetText(), "b");
-  SVMModel none;
-  none.SetTargetCategories();
-  EXPECT_TRUE(none.GetTargetCategories().empty());
+TEST(ModelDisplay, ByteForByte) {
+  const std::string begin =
+      "\nBegin Display of SupportVectorMachineModel.\nInput Vector fields is:  Only prediction? ";
+  EXPECT_EQ(Shown(SVMModel()), begin +
+                                   "False.\nTarget variable: Target categories: "
+                                   "End of SupportVectorMachineModel display.\n");
+  const auto model = Classifier({"A", "B"}).Model();
+  model->SetPredictionOnly(true);
+  EXPECT_EQ(Shown(*model), begin +
+                               "True.\nTarget variable: y\nTarget categories: AB"
+                               "End of SupportVectorMachineModel display.\n");
 }
 
 TEST(SetUp, SlotOrder) {
-  using Numbered = void (SVMModel::*)(ScoreDictionary*);
-  EXPECT_EQ(SlotOf(static_cast<Numbered>(&SVMModel::SetScoreDictionary)), 2u);
-  EXPECT_EQ(SlotOf(&SVMModel::SetTransformationScoreDictionary), 3u);
-  EXPECT_EQ(SlotOf(&SVMModel::SetResultScoreDictionary), 4u);
-  EXPECT_EQ(SlotOf(&SVMModel::SetMissingValuePolicy), 7u);
-  EXPECT_EQ(SlotOf(&SVMModel::SetVersionInfo), 8u);
   EXPECT_EQ(SlotOf(&SVMModel::SetPredictionOnly), 9u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetVersionInfo), 12u);
   EXPECT_EQ(SlotOf(&SVMModel::GetVarsOfRole), 13u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetTargetVar), 14u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetDictionary), 15u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetTransformationDictionary), 16u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetResultDictionary), 17u);
   EXPECT_EQ(SlotOf(&SVMModel::GetScore), 18u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetMissingValuePolicy), 19u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetModelType), 20u);
   EXPECT_EQ(SlotOf(&SVMModel::GetPredictionOnly), 21u);
   EXPECT_EQ(SlotOf(&SVMModel::Display), 22u);
 }

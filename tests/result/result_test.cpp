@@ -41,20 +41,6 @@ TEST(ClsResult, StartsEmptyAndKeepsItsListInOrder) {
   EXPECT_EQ(result.GetPercent(&b), -1.0);
 }
 
-TEST(ClsResult, OwnsNothing) {
-  int deleted = 0;
-  {
-    Watched value(deleted);
-    {
-      SVMClsResult result(nullptr);
-      result.SetPrediction(&value);
-      result.AddValuePercent(&value, 1);
-    }
-    EXPECT_EQ(deleted, 0);
-  }
-  EXPECT_EQ(deleted, 1);
-}
-
 TEST(RegResult, StartsMissingAndHasNoConfidence) {
   SVMRegResult result(nullptr);
   const double missing = NumericValue::GetSysmisValue();
@@ -98,16 +84,9 @@ TEST(RegResult, DeletesEachPredictionOnce) {
 
 TEST(Results, SlotOrder) {
   using svmscore_test::SlotOf;
-  EXPECT_EQ(SlotOf(&SVMClsResult::SetPrediction), 2u);
-  EXPECT_EQ(SlotOf(&SVMClsResult::GetPrediction), 3u);
-  EXPECT_EQ(SlotOf(&SVMClsResult::GetTarget), 4u);
-  EXPECT_EQ(SlotOf(&SVMClsResult::SetConfidence), 5u);
-  EXPECT_EQ(SlotOf(&SVMClsResult::GetConfidence), 6u);
   EXPECT_EQ(SlotOf(&SVMClsResult::GetScoreResultType), 7u);
   EXPECT_EQ(SlotOf(&SVMClsResult::AddValuePercent), 8u);
-  EXPECT_EQ(SlotOf(&SVMClsResult::GetPercent), 9u);
   EXPECT_EQ(SlotOf(&SVMClsResult::GetAllValuePercent), 10u);
-  EXPECT_EQ(SlotOf(&SVMRegResult::SetStdDev), 8u);
   EXPECT_EQ(SlotOf(&SVMRegResult::GetStdDev), 9u);
 }
 
