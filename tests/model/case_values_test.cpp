@@ -80,6 +80,12 @@ TEST(CaseValues, EveryFieldGetsAnEntry) {
   EXPECT_EQ(inputs.val, (std::vector<double>{0, 1, 0, 0}));
   EXPECT_FALSE(inputs.Fill(Case(2.5, "red")).IsError());
   EXPECT_EQ(inputs.val, (std::vector<double>{2.5, 0, 0, 0}));
+  // A value that is no category, let through, is not the category that is none either.
+  FieldTreatment as_is;
+  as_is.invalid = FieldTreatment::Invalid::kAsIs;
+  inputs.model->GetDictionary()->FindVar("c")->SetTreatment(as_is);
+  EXPECT_FALSE(inputs.Fill(Case(2.5, "purple")).IsError());
+  EXPECT_EQ(inputs.val, (std::vector<double>{2.5, 0, 0, 0}));
 }
 
 TEST(CaseValues, TheFirstBadFieldDecides) {
