@@ -30,8 +30,9 @@ enum class IntakeMode {
 
 // Edits the document so that a translator, which reads exactly what its own rules read, understands
 // it as its author meant it. A document that needs no change is left as it is. Returns what was
-// done, in order, each kind of step once. Throws SSException with the element at fault; the
-// document is then half changed and of no further use. One thread a document.
+// done, in order, each kind of step once. Throws SSException with the element at fault (a version
+// that is not known, in every mode); the document is then half changed and of no further use. One
+// thread a document.
 SVMSCORE_HOST_API std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode);
 
 }  // namespace svmscore

@@ -11,13 +11,31 @@ using xercesc::DOMNode;
 
 namespace {
 
-bool IsDigit(XMLCh c) {
-  return c >= u'0' && c <= u'9';
+const XMLCh* SkipDigits(const XMLCh* at, const XMLCh* end) {
+  while (at != end && static_cast<unsigned>(*at - u'0') < 10) ++at;
+  return at;
 }
 
-std::size_t SkipDigits(WideView word, std::size_t at) {
-  while (at < word.size() && IsDigit(word[at])) ++at;
-  return at;
+// The end of the decimal number that begins at `at`; null where none does.
+const XMLCh* NumberEnd(const XMLCh* at, const XMLCh* end) {
+  if (at != end && (*at == u'+' || *at == u'-')) ++at;
+  const XMLCh* point = SkipDigits(at, end);
+  bool has_digits = point != at;
+  at = point;
+  if (at != end && *at == u'.') {
+    at = SkipDigits(point + 1, end);
+    has_digits = has_digits || at != point + 1;
+  }
+  if (!has_digits) return nullptr;
+  if (at == end || (*at != u'e' && *at != u'E')) return at;
+  ++at;
+  if (at != end && (*at == u'+' || *at == u'-')) ++at;
+  const XMLCh* exponent = SkipDigits(at, end);
+  return exponent == at ? nullptr : exponent;
+}
+
+bool IsSpecialNumber(WideView word) {
+  return word == u"INF" || word == u"-INF" || word == u"NaN";
 }
 
 }  // namespace
@@ -64,25 +82,25 @@ WideView NextWord(WideView& text) {
 }
 
 bool IsNumber(WideView word) {
-  if (word == u"INF" || word == u"-INF" || word == u"NaN") return true;
-  std::size_t at = !word.empty() && (word[0] == u'+' || word[0] == u'-') ? 1 : 0;
-  const std::size_t whole = SkipDigits(word, at);
-  std::size_t digits = whole - at;
-  at = whole;
-  if (at < word.size() && word[at] == u'.') {
-    const std::size_t end = SkipDigits(word, at + 1);
-    digits += end - at - 1;
-    at = end;
+  return NumberEnd(word.data(), word.data() + word.size()) == word.data() + word.size() ||
+         IsSpecialNumber(word);
+}
+
+std::optional<std::size_t> CountNumbers(WideView text, WideView& offender) {
+  const XMLCh* at = text.data();
+  const XMLCh* const end = at + text.size();
+  for (std::size_t count = 0;; ++count) {
+    while (at != end && IsBlank(*at)) ++at;
+    if (at == end) return count;
+    const XMLCh* after = NumberEnd(at, end);
+    if (after == nullptr || (after != end && !IsBlank(*after))) {
+      WideView rest(at, static_cast<std::size_t>(end - at));
+      offender = NextWord(rest);
+      if (!IsSpecialNumber(offender)) return std::nullopt;
+      after = at + offender.size();
+    }
+    at = after;
   }
-  if (digits == 0) return false;
-  if (at < word.size() && (word[at] == u'e' || word[at] == u'E')) {
-    ++at;
-    if (at < word.size() && (word[at] == u'+' || word[at] == u'-')) ++at;
-    const std::size_t end = SkipDigits(word, at);
-    if (end == at) return false;
-    at = end;
-  }
-  return at == word.size();
 }
 
 std::string Narrow(WideView text) {

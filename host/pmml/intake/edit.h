@@ -2,6 +2,7 @@
 #ifndef HOST_PMML_INTAKE_EDIT_H_
 #define HOST_PMML_INTAKE_EDIT_H_
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,9 @@ bool IsBlank(XMLCh c);
 WideView NextWord(WideView& text);
 // Whether the whole word is a number of the XML double grammar.
 bool IsNumber(WideView word);
+// How many words the text has, all of them such numbers; else nothing, and the first other word in
+// `offender`.
+std::optional<std::size_t> CountNumbers(WideView text, WideView& offender);
 std::string Narrow(WideView text);
 
 // The element after `element` in document order, below `root`; null at the end. With `skip` the

@@ -35,11 +35,11 @@ std::vector<DOMElement*> UsePlainNames(Intake& intake) {
       intake.Change(kPrefixed, at);
       at->getOwnerDocument()->renameNode(at, at->getNamespaceURI(), at->getLocalName());
     }
-    const WideView name(at->getNodeName());
+    const XMLCh* name = at->getNodeName();
     // Cells of a table are named by the table's author; what an Extension holds is its author's,
     // except for the one that a translator reads.
-    skip = name == u"row";
-    if (name != u"Extension") continue;
+    skip = name[0] == u'r' && WideView(name) == u"row";
+    if (name[0] != u'E' || WideView(name) != u"Extension") continue;
     skip = FindAttribute(at, tags::XML_ATT_EXTENSION_EXTENDER) != tags::XML_VAL_EXTENSION_EXTENDER;
     if (skip) extensions.push_back(at);
   }

@@ -79,7 +79,8 @@ class VectorPositions {
     const bool listed = Known().Lists(field, *value);
     if (listed && *coefficient == 1.0) return;
     if (!std::isfinite(*coefficient)) {
-      RefuseValue(position, tags::XML_ATT_COEFFICIENT, FormatNumber(*coefficient));
+      return intake_.Refuse(position, code::kBadValue, FormatNumber(*coefficient),
+                            tags::XML_ATT_COEFFICIENT, tags::XML_ELE_CATEGORICAL_PREDICTOR);
     }
     intake_.Change(*coefficient == 1.0 ? kUnlisted : kWeighted, position);
     const std::string derived = Known().FreshName(*name + '=' + *value);

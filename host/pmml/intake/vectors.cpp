@@ -85,30 +85,29 @@ void VectorReader::Read(DOMElement* instance) {
                  tags::XML_ELE_SVM_VECTORINSTANCE);
 }
 
-bool VectorReader::LengthFits(const DOMElement* array) const {
+bool VectorReader::LengthFits(const DOMElement* array) {
   const WideView text = AttributeView(array, u"n");
-  if (text.data() == nullptr) return true;
+  if (text.data() == nullptr || text == fitting_length_) return true;
   const auto length = ParseInteger(Narrow(text));
   if (!length || *length < 0) {
     intake_.Refuse(array, code::kBadValue, Narrow(text), tags::XML_ATT_SVM_N, NameOf(array));
     return false;
   }
-  if (static_cast<std::size_t>(*length) == fields_) return true;
+  if (static_cast<std::size_t>(*length) == fields_) {
+    fitting_length_ = text;
+    return true;
+  }
   intake_.Refuse(array, code::kBadContent, VectorOf(static_cast<std::size_t>(*length), fields_),
                  NameOf(array));
   return false;
 }
 
-bool VectorReader::CountNumbers(const DOMElement* list, std::size_t& count) {
-  WideView text = TextView(list, joined_);
-  for (WideView word = NextWord(text); !word.empty(); word = NextWord(text)) {
-    if (!IsNumber(word)) {
-      intake_.Refuse(list, code::kBadValue, Narrow(word));
-      return false;
-    }
-    ++count;
-  }
-  return true;
+bool VectorReader::Count(const DOMElement* list, std::size_t& count) {
+  WideView offender;
+  const auto counted = CountNumbers(TextView(list, joined_), offender);
+  if (!counted) intake_.Refuse(list, code::kBadValue, Narrow(offender));
+  count = counted.value_or(0);
+  return counted.has_value();
 }
 
 void VectorReader::ReadDense(DOMElement* array) {
@@ -116,7 +115,7 @@ void VectorReader::ReadDense(DOMElement* array) {
     return intake_.Refuse(array, code::kBadValue, "string", "type", NameOf(array));
   }
   std::size_t count = 0;
-  if (!LengthFits(array) || !CountNumbers(array, count)) return;
+  if (!LengthFits(array) || !Count(array, count)) return;
   if (count != fields_) {
     return intake_.Refuse(array, code::kBadContent, VectorOf(count, fields_), NameOf(array));
   }
@@ -131,10 +130,21 @@ void VectorReader::ReadDense(DOMElement* array) {
 }
 
 void VectorReader::ReadSparse(DOMElement* array) {
-  DOMElement* indices = FindChild(array, tags::XML_ELE_SVM_INDICES);
-  DOMElement* entries = FindChild(array, tags::XML_ELE_SVM_REAL_ENTRIES);
-  if (entries == nullptr) entries = FindChild(array, tags::XML_ELE_SVM_ENTRIES);
-  DOMElement* integers = FindChild(array, "INT-Entries");
+  DOMElement* indices = nullptr;
+  DOMElement* entries = nullptr;
+  DOMElement* integers = nullptr;
+  for (DOMElement* child = BaseTranslator::GetFirstChildElt(array); child != nullptr;
+       child = BaseTranslator::GetNextSiblingElt(child)) {
+    const WideView name(child->getNodeName());
+    if (name == u"Indices" && indices == nullptr) indices = child;
+    // Older versions call it Entries; where both are, the newer name counts.
+    const bool newer = name == u"REAL-Entries";
+    if (newer ? entries == nullptr || WideView(entries->getNodeName()) != name
+              : name == u"Entries" && entries == nullptr) {
+      entries = child;
+    }
+    if (name == u"INT-Entries" && integers == nullptr) integers = child;
+  }
   if (entries == nullptr && integers != nullptr) {
     intake_.Change(kIntegers, array);
     Rename(integers, tags::XML_ELE_SVM_REAL_ENTRIES);
@@ -177,25 +187,37 @@ void VectorReader::ReadZeros(DOMElement* array) {
   SetAttribute(array, tags::XML_ATT_SVM_N, std::to_string(fields_));
 }
 
+std::optional<std::size_t> VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
+  const WideView word = NextWord(text);
+  std::size_t index = 0;
+  std::size_t at = 0;
+  for (; at < word.size() && word[at] >= u'0' && word[at] <= u'9' && index <= fields_; ++at) {
+    index = index * 10 + (word[at] - u'0');
+  }
+  if (at == word.size() && index >= 1 && index <= fields_) return index;
+  const auto slow = ParseInteger(Narrow(word));
+  if (!slow) {
+    intake_.Refuse(list, code::kBadValue, Narrow(word));
+  } else if (*slow >= 1 && static_cast<std::uint64_t>(*slow) <= fields_) {
+    return static_cast<std::size_t>(*slow);
+  } else {
+    intake_.Refuse(list, code::kBadContent,
+                   fmt::format("the index {} for {} vector fields", *slow, fields_),
+                   tags::XML_ELE_SVM_INDICES);
+  }
+  return std::nullopt;
+}
+
 bool VectorReader::ReadIndices(const DOMElement* list) {
   indices_.clear();
   ascending_ = true;
   WideView text = TextView(list, joined_);
-  for (WideView word = NextWord(text); !word.empty(); word = NextWord(text)) {
-    const auto index = ParseInteger(Narrow(word));
-    if (!index) {
-      intake_.Refuse(list, code::kBadValue, Narrow(word));
-      return false;
-    }
-    if (*index < 1 || static_cast<std::uint64_t>(*index) > fields_) {
-      intake_.Refuse(list, code::kBadContent,
-                     fmt::format("the index {} for {} vector fields", *index, fields_),
-                     tags::XML_ELE_SVM_INDICES);
-      return false;
-    }
-    const auto position = static_cast<std::size_t>(*index);
-    if (!indices_.empty() && position <= indices_.back()) ascending_ = false;
-    indices_.push_back(position);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  while (!text.empty()) {
+    const std::optional<std::size_t> index = NextIndex(list, text);
+    if (!index) return false;
+    if (!indices_.empty() && *index <= indices_.back()) ascending_ = false;
+    indices_.push_back(*index);
   }
   if (ascending_) return true;
   std::vector<std::size_t> sorted = indices_;
@@ -210,7 +232,7 @@ bool VectorReader::ReadIndices(const DOMElement* list) {
 void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement* entries,
                              std::optional<WideView> default_value) {
   std::size_t count = 0;
-  if (!ReadIndices(indices) || !CountNumbers(entries, count)) return;
+  if (!ReadIndices(indices) || !Count(entries, count)) return;
   // A translator says that the lengths differ.
   if (count != indices_.size()) return;
   if (count == fields_) default_value.reset();

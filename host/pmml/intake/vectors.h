@@ -33,15 +33,18 @@ class VectorReader {
   void Rewrite(DOMElement* indices, DOMElement* entries, std::optional<WideView> default_value);
 
   // Each is false where something was wrong that a tolerant reader leaves alone.
-  bool LengthFits(const DOMElement* array) const;
-  bool CountNumbers(const DOMElement* list, std::size_t& count);
+  bool LengthFits(const DOMElement* array);
+  bool Count(const DOMElement* list, std::size_t& count);
   bool ReadIndices(const DOMElement* list);
+  // The next index of the text; nothing where it is none.
+  std::optional<std::size_t> NextIndex(const DOMElement* list, WideView& text) const;
   // The default value's text where it is another number than 0.
   bool ReadDefault(const DOMElement* array, std::optional<WideView>& text) const;
 
   Intake& intake_;
   std::size_t fields_;
   WideText all_indices_;
+  WideText fitting_length_;  // a text of attribute n that was found to fit
   // Of the array at hand.
   WideText joined_;
   std::vector<std::size_t> indices_;  // from 1
