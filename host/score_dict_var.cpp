@@ -115,11 +115,14 @@ bool ScoreDictVar::IsValidValue(const ScoreValue* value) const {
   if (value->IsInvalid()) return false;
   const bool number = GetStorageType() == 0;
   if (number && (!value->IsNumeric() || !std::isfinite(value->GetDouble()))) return false;
-  if (treatment_.invalid == FieldTreatment::Invalid::kAsIs) return true;
-  if (invalid_.Holds(*value)) return false;
-  const bool listed = values_declared_ && GetCategoryIndex(value) >= 0;
-  if (number && op_type_ == OpType::kContinuous && !intervals_.empty()) {
-    const double x = value->GetDouble();
+  return treatment_.invalid == FieldTreatment::Invalid::kAsIs || IsDeclaredValid(*value);
+}
+
+bool ScoreDictVar::IsDeclaredValid(const ScoreValue& value) const {
+  if (invalid_.Holds(value)) return false;
+  const bool listed = values_declared_ && GetCategoryIndex(&value) >= 0;
+  if (GetStorageType() == 0 && op_type_ == OpType::kContinuous && !intervals_.empty()) {
+    const double x = value.GetDouble();
     return listed ||
            std::any_of(intervals_.begin(), intervals_.end(),
                        [x](const svmscore::Interval& range) { return range.Contains(x); });

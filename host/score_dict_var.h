@@ -80,6 +80,9 @@ class SVMSCORE_HOST_API ScoreDictVar {
   // invalid, or is outside the declared values and intervals; true throughout for a variable
   // whose treatment takes invalid values as they are. REQUIRES: value is not null.
   bool IsValidValue(const ScoreValue* value) const;
+  // Whether the declared values and intervals allow a value of the field's type, whatever the
+  // treatment.
+  bool IsDeclaredValid(const ScoreValue& value) const;
 
   // Takes ownership; replaces and deletes an earlier record.
   void SetVarStats(VarStats* stats) { stats_.reset(stats); }

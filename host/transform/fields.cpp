@@ -4,6 +4,7 @@
 
 namespace svmscore::transform {
 
+using MCZandor_850::FieldTreatment;
 using MCZandor_850::ScoreCaseRecord;
 using MCZandor_850::ScoreDictVar;
 using MCZandor_850::ScoreValue;
@@ -19,10 +20,20 @@ Field FieldOfVariable(const ScoreDictVar& var, int slot) {
   return field;
 }
 
-const ScoreValue* ReadInput(const ScoreCaseRecord& record, const ScoreDictVar& var) {
-  if (!record.IsIndexedByPosition()) return record.GetValue(var.GetName());
-  const int position = var.GetCasePosition();
-  return record.GetValue(position >= 0 ? position : record.GetPosition(var.GetName()));
+Value ReadInput(const ScoreCaseRecord& record, const ScoreDictVar& var, Arena& arena) {
+  const ScoreValue* given = nullptr;
+  if (record.IsIndexedByPosition()) {
+    const int position = var.GetCasePosition();
+    given = record.GetValue(position >= 0 ? position : record.GetPosition(var.GetName()));
+  } else {
+    given = record.GetValue(var.GetName());
+  }
+  const Value value = FromRecord(given, var.GetFieldType(), arena);
+  if (var.GetTreatment().invalid != FieldTreatment::Invalid::kAsIs || !value.IsPresent() ||
+      given == var.GetMissingReplacement() || var.IsDeclaredValid(*given)) {
+    return value;
+  }
+  return value.AsUnfit();
 }
 
 }  // namespace svmscore::transform

@@ -11,9 +11,10 @@ namespace svmscore::transform {
 // The variable as a field in `slot`.
 Field FieldOfVariable(const MCZandor_850::ScoreDictVar& var, int slot);
 
-// The value of an input variable, also before the first scored case has told it its position.
-const MCZandor_850::ScoreValue* ReadInput(const MCZandor_850::ScoreCaseRecord& record,
-                                          const MCZandor_850::ScoreDictVar& var);
+// The value of an input variable, also before the first scored case has told it its position. One
+// that its declaration does not allow, and its treatment takes as it is, is unfit.
+Value ReadInput(const MCZandor_850::ScoreCaseRecord& record, const MCZandor_850::ScoreDictVar& var,
+                Arena& arena);
 
 }  // namespace svmscore::transform
 

@@ -57,8 +57,7 @@ void Program::Evaluate(const ScoreCaseRecord& record, Scratch& scratch) const {
   scratch.arena_.Reset();
   Value* slots = scratch.slots_.data();
   for (const Input& input : inputs_) {
-    slots[input.slot] =
-        FromRecord(ReadInput(record, *input.var), input.var->GetFieldType(), scratch.arena_);
+    slots[input.slot] = ReadInput(record, *input.var, scratch.arena_);
   }
   const Frame frame{slots, scratch.arena_};
   for (std::size_t i = 0; i < steps_.size(); ++i) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/transform/call_text.h"
 #include "tests/transform/fixture.h"
 
 namespace svmscore::transform {
@@ -172,6 +173,20 @@ TEST(FieldRef, MapsMissingValuesInTheFieldsType) {
   EXPECT_THAT(loaded.DeriveAll("dn", {{{"n", "5"}}, {}, {{"n", "five"}}}),
               ElementsAre("5", "3", "invalid"));
   EXPECT_THAT(loaded.DeriveAll("dt", {{{"t", ""}}, {}}), ElementsAre("", "3.0"));
+}
+
+TEST(DerivedFields, TellValuesTakenAsTheyAre) {
+  const Loaded loaded(
+      ModelDocument(
+          DataField("x", "string", "", "<Value value=\"a\"/>"),
+          "<MiningField name=\"x\" invalidValueTreatment=\"asIs\"/>", "",
+          "<LocalTransformations>" +
+              DerivedField("d", "string", CallToXml("concat(x, isValid(x), isNotValid(x))")) +
+              "</LocalTransformations>",
+          "<FieldRef field=\"d\"/>"),
+      "LocalTransformations");
+  EXPECT_THAT(loaded.DeriveAll("d", {{{"x", "a"}}, {{"x", "b"}}}),
+              ElementsAre("atruefalse", "bfalsetrue"));
 }
 
 TEST(DerivedFields, SeeTreatedValues) {

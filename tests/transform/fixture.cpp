@@ -88,23 +88,6 @@ std::vector<std::string> Loaded::DeriveAll(const std::string& name,
   return results;
 }
 
-std::string Loaded::EvaluateTest(const Case& values) const {
-  Definitions definitions;
-  definitions.AddFrom(document_.Dom());
-  CaseScope scope(inputs_, dictionary_.get());
-  const Element* element =
-      MCZandor_850::BaseTranslator::GetFirstChildElt(Find(document_, "Extension"));
-  const auto expression = CompileExpression(element, scope, definitions);
-  CaseValues case_values(scope);
-  const auto record = Record(values);
-  const auto derived =
-      dictionary_ ? dictionary_->GetValuesForDerivedVars(record.get(), inputs_) : nullptr;
-  case_values.Begin(*record, derived.get());
-  const Value value = case_values.Evaluate(*expression, std::nullopt);
-  if (value.IsMissing()) return "missing";
-  return value.IsInvalid() ? "invalid" : std::string(case_values.Text(value));
-}
-
 std::string Refusal(const std::string& document, const std::string& container) {
   try {
     const Loaded loaded(document, container);

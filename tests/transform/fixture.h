@@ -9,7 +9,6 @@
 
 #include "host/pmml/document.h"
 #include "host/score_case_record.h"
-#include "host/transform/case_scope.h"
 #include "host/transformation_dictionary.h"
 #include "host/translator.h"
 
@@ -41,8 +40,6 @@ class Loaded {
   // A derived field's value in a case: "missing", "invalid", or its text.
   std::string Derive(const std::string& name, const Case& values) const;
   std::vector<std::string> DeriveAll(const std::string& name, const std::vector<Case>& cases) const;
-  // The value of the expression that the document's first Extension element holds.
-  std::string EvaluateTest(const Case& values) const;
 
   MCZandor_850::ScoreDictionary* Inputs() const { return inputs_; }
   const MCZandor_850::TransformationDictionary& Dictionary() const { return *dictionary_; }

@@ -21,10 +21,8 @@ const char* const kFields =
 // The field `bad` is invalid and all others are missing, unless `values` says more.
 std::string Evaluate(const std::string& call, Case values = {}) {
   values.emplace("bad", "no number");
-  const std::string document = "<PMML version=\"4.4\"><Extension>" + CallToXml(call) +
-                               "</Extension><DataDictionary>" + kFields +
-                               "</DataDictionary></PMML>";
-  return Loaded(document).EvaluateTest(values);
+  return Loaded(Document(kFields, DerivedField("d", "string", CallToXml(call))))
+      .Derive("d", values);
 }
 
 struct Golden {
