@@ -1,0 +1,86 @@
+#include "app/case_columns.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "app/failure.h"
+
+namespace svmscore::app {
+namespace {
+
+using MCZandor_850::ScoreDictVar;
+
+// Names that a message lists before it says how many more there are.
+constexpr std::size_t kListedNames = 10;
+
+class Header {
+ public:
+  Header(const std::vector<std::string_view>& names, const std::string& input_name)
+      : input_name_(input_name) {
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      const std::string name(names[i]);
+      if (!positions_.emplace(name, i).second) repeated_.insert(name);
+    }
+  }
+
+  bool Has(const std::string& name) const { return positions_.count(name) != 0; }
+
+  // REQUIRES: Has(name).
+  std::size_t PositionOf(const std::string& name) const {
+    if (repeated_.count(name) != 0) {
+      throw Failure(kInputError,
+                    fmt::format("{}: the header names the column \"{}\" twice", input_name_, name));
+    }
+    return positions_.at(name);
+  }
+
+  void Require(const std::vector<std::string>& names, std::string_view wanted_by) const {
+    std::vector<std::string> missing;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(missing),
+                 [this](const std::string& name) { return !Has(name); });
+    if (missing.empty()) return;
+    const std::size_t shown = std::min(missing.size(), kListedNames);
+    std::string list = fmt::format(
+        "\"{}\"",
+        fmt::join(missing.begin(), missing.begin() + static_cast<std::ptrdiff_t>(shown), "\", \""));
+    if (shown < missing.size()) list += fmt::format(" and {} more", missing.size() - shown);
+    throw Failure(kInputError,
+                  fmt::format("{}: the header lacks {}, {}", input_name_, list, wanted_by));
+  }
+
+ private:
+  const std::string& input_name_;
+  std::unordered_map<std::string, std::size_t> positions_;
+  std::unordered_set<std::string> repeated_;
+};
+
+}  // namespace
+
+CaseColumns MatchColumns(const std::vector<std::string_view>& names, const LoadedModel& loaded,
+                         const std::vector<std::string>& copied, const std::string& input_name) {
+  const Header header(names, input_name);
+  std::vector<std::string> needed;
+  for (const ScoreDictVar* var : loaded.needed) needed.push_back(var->GetName());
+  header.Require(needed, "which the model needs");
+  header.Require(copied, "which --passthrough names");
+
+  CaseColumns columns;
+  columns.width = names.size();
+  std::vector<const ScoreDictVar*> inputs = loaded.needed;
+  const std::unordered_set<const ScoreDictVar*> listed(inputs.begin(), inputs.end());
+  std::copy_if(loaded.active.begin(), loaded.active.end(), std::back_inserter(inputs),
+               [&listed](const ScoreDictVar* var) { return listed.count(var) == 0; });
+  for (const ScoreDictVar* var : inputs) {
+    if (!header.Has(var->GetName())) continue;
+    columns.variables.push_back(var);
+    columns.cells.push_back(header.PositionOf(var->GetName()));
+  }
+  for (const std::string& name : copied) columns.copied.push_back(header.PositionOf(name));
+  return columns;
+}
+
+}  // namespace svmscore::app

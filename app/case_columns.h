@@ -1,0 +1,30 @@
+// Which cell of a row belongs to which variable.
+#ifndef APP_CASE_COLUMNS_H_
+#define APP_CASE_COLUMNS_H_
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/pmml/loader.h"
+
+namespace svmscore::app {
+
+struct CaseColumns {
+  std::size_t width = 0;  // cells in every row
+  // The variables that have a column, and the position of its cell in the row: parallel lists.
+  std::vector<const MCZandor_850::ScoreDictVar*> variables;
+  std::vector<std::size_t> cells;
+  // Cells that are copied to the output, in the order asked for.
+  std::vector<std::size_t> copied;
+};
+
+// Finds the columns of a model's inputs, and those to copy, by their names. Throws a
+// Failure(kInputError) when one that the model needs, or one to copy, is not there, or when the
+// header names it twice. An input that the model does not need may be absent.
+CaseColumns MatchColumns(const std::vector<std::string_view>& header, const LoadedModel& loaded,
+                         const std::vector<std::string>& copied, const std::string& input_name);
+
+}  // namespace svmscore::app
+
+#endif  // APP_CASE_COLUMNS_H_

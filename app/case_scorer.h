@@ -1,0 +1,79 @@
+// From rows of text to rows of output: what one thread does with one block.
+#ifndef APP_CASE_SCORER_H_
+#define APP_CASE_SCORER_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/case_columns.h"
+#include "app/csv_row.h"
+#include "app/result_columns.h"
+#include "app/row_blocks.h"
+#include "app/row_format.h"
+#include "host/score_case_record.h"
+#include "host/score_model.h"
+
+namespace svmscore::app {
+
+// All that the threads of a run share; set up before, and only read while they score.
+struct ScoringPlan {
+  MCZandor_850::ScoreModel* model = nullptr;
+  CaseColumns columns;
+  std::vector<std::string> missing_tokens;  // cells that count as missing besides empty ones
+  bool replace_missing = false;
+  ResultColumns results;
+  std::unique_ptr<RowFormat> format;
+};
+
+// How the cases of a run ended.
+struct Tally {
+  std::uint64_t cases = 0;
+  std::uint64_t scored = 0;
+  std::uint64_t missing = 0;  // no prediction for lack of a value
+  std::uint64_t invalid = 0;  // an invalid value, or no decidable outcome
+
+  void Count(long status);
+  void Add(const Tally& other);
+};
+
+// A block on its way through the pipeline.
+struct CaseBlock {
+  RowBlock rows;
+  std::string out;
+  Tally tally;
+  std::optional<CsvError> error;  // what is wrong with the row after those of `out`
+  std::uint64_t bytes_read = 0;   // of the input, up to this block or a little further
+};
+
+// Used by one thread.
+class CaseScorer {
+ public:
+  explicit CaseScorer(const ScoringPlan& plan);
+  ~CaseScorer();
+  CaseScorer(const CaseScorer&) = delete;
+  CaseScorer& operator=(const CaseScorer&) = delete;
+
+  // Scores the rows of the block up to the first broken one.
+  void Score(CaseBlock& block);
+  // Shows the model a case without values: it fixes the positions of its variables in records on
+  // the first case that it sees, which must not happen on several threads at once.
+  void FixPositions();
+
+ private:
+  void ScoreRow(CaseBlock& block);
+  long StatusOfRow();
+  bool IsMissing(std::string_view cell) const;
+
+  const ScoringPlan& plan_;
+  MCZandor_850::InputCaseRecord record_;
+  std::unique_ptr<MCZandor_850::ScoreResult> result_;
+  std::vector<std::string_view> cells_;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_CASE_SCORER_H_

@@ -1,0 +1,67 @@
+#include "app/csv_row.h"
+
+#include <cstring>
+
+namespace svmscore::app {
+
+bool CsvRows::Next(std::vector<std::string_view>& cells) {
+  cells.clear();
+  if (next_ == end_) return false;
+  row_line_ = line_;
+  do {
+    cells.push_back(next_ != end_ && *next_ == '"' ? QuotedCell() : PlainCell());
+  } while (StepOverSeparator());
+  return true;
+}
+
+std::string_view CsvRows::PlainCell() {
+  const char* begin = next_;
+  for (; next_ != end_; ++next_) {
+    const char c = *next_;
+    if (c == ',' || c == '\n') break;
+    if (c == '\r' && AtRowEnd(next_)) break;
+    if (c == '"') throw CsvError(line_, "a quotation mark inside a cell that is not quoted");
+    if (c == '\0') throw CsvError(line_, "a NUL byte: the file is no UTF-8 text");
+  }
+  return {begin, static_cast<std::size_t>(next_ - begin)};
+}
+
+std::string_view CsvRows::QuotedCell() {
+  const long first_line = line_;
+  char* begin = ++next_;
+  char* kept = begin;
+  for (; next_ != end_; ++next_) {
+    if (*next_ == '\0') throw CsvError(line_, "a NUL byte: the file is no UTF-8 text");
+    if (*next_ == '"') {
+      if (next_ + 1 == end_ || next_[1] != '"') break;
+      ++next_;
+    }
+    if (*next_ == '\n') ++line_;
+    *kept++ = *next_;
+  }
+  if (next_ == end_) throw CsvError(first_line, "a quoted cell that is never closed");
+  ++next_;
+  if (next_ != end_ && *next_ != ',' && !AtRowEnd(next_)) {
+    throw CsvError(line_, "text after the closing quotation mark of a cell");
+  }
+  return {begin, static_cast<std::size_t>(kept - begin)};
+}
+
+bool CsvRows::StepOverSeparator() {
+  if (next_ == end_) return false;
+  if (*next_ == ',') {
+    ++next_;
+    return true;
+  }
+  if (*next_ == '\r') ++next_;
+  if (next_ != end_) ++next_;
+  ++line_;
+  return false;
+}
+
+bool CsvRows::AtRowEnd(const char* at) const {
+  if (*at == '\r') ++at;
+  return at == end_ || *at == '\n';
+}
+
+}  // namespace svmscore::app

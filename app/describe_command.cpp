@@ -1,0 +1,35 @@
+#include "app/describe_command.h"
+
+#include <sstream>
+
+#include "app/model_file.h"
+#include "app/model_summary.h"
+#include "app/output_file.h"
+
+namespace svmscore::app {
+
+CLI::App* DescribeCommand::AddTo(CLI::App& program) {
+  CLI::App* app = program.add_subcommand(
+      "describe", "Tell what a model is, and what is not used of its document");
+  app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
+  app->add_flag("--json", json_, "write JSON");
+  app->add_flag("--dump", dump_, "add the model's own listing of all it holds");
+  app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
+  return app;
+}
+
+ExitStatus DescribeCommand::Run() {
+  const DescribedModel described = LoadModelToDescribe(model_, plugin_);
+  ModelSummary summary = Summarise(described.loaded);
+  summary.refused = described.refused;
+  if (dump_) {
+    std::ostringstream listing;
+    described.loaded.model->Display(listing);
+    summary.listing = listing.str();
+  }
+  OutputFile output("-");
+  output.Write(json_ ? JsonOf(summary) : TextOf(summary));
+  return kDone;
+}
+
+}  // namespace svmscore::app

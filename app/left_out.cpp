@@ -1,0 +1,130 @@
+#include "app/left_out.h"
+
+#include <algorithm>
+#include <array>
+
+#include <fmt/format.h>
+
+#include "host/number_text.h"
+
+namespace svmscore::app {
+namespace {
+
+constexpr std::array kKernels = {"LinearKernelType", "PolynomialKernelType",
+                                 "RadialBasisKernelType", "SigmoidKernelType"};
+
+// Of several models, and of several headers of a producer, the first is read.
+void CheckOthers(const Inspected& inspected, FindingList& findings) {
+  for (const Element* child : ChildElements(inspected.root)) {
+    if (child == inspected.model || !NameOf(child).ends_with("Model")) continue;
+    findings.Add("other-model", child,
+                 "not read: only the first SupportVectorMachineModel of a document is");
+  }
+  const Element* first = nullptr;
+  for (const Element* header : Children(inspected.root, "Header")) {
+    for (const Element* application : Children(header, "Application")) {
+      if (first != nullptr) {
+        findings.Add("second-application", application,
+                     "not read: the first Application names the producer");
+      }
+      first = application;
+    }
+  }
+  if (const Element* output = FindChild(inspected.model, "Output")) {
+    findings.Add("output", output,
+                 "its output fields are not computed; the columns have their plain names");
+  }
+}
+
+void CheckModelAttributes(const Inspected& inspected, FindingList& findings) {
+  const Element* model = inspected.model;
+  const auto threshold = FindAttribute(model, "threshold");
+  if (threshold && !ParseNumber(*threshold)) {
+    findings.Add("bad-threshold", model,
+                 fmt::format("the threshold \"{}\" is not a number: 0 is used", *threshold));
+  }
+  if (!inspected.classification) return;
+  const auto method = FindAttribute(model, "classificationMethod");
+  if (method && *method != "OneAgainstOne" && *method != "OneAgainstAll") {
+    findings.Add("unknown-method", model,
+                 fmt::format("the classificationMethod \"{}\" is not known: OneAgainstAll is used",
+                             *method));
+  }
+  const auto max_wins = FindAttribute(model, "maxWins");
+  if (max_wins && *max_wins != "true" && *max_wins != "false") {
+    findings.Add("bad-max-wins", model,
+                 fmt::format("maxWins=\"{}\" is neither true nor false: false is used", *max_wins));
+  }
+}
+
+void CheckKernel(const Inspected& inspected, FindingList& findings) {
+  const Element* used = nullptr;
+  for (const char* name : kKernels) {
+    for (const Element* kernel : Children(inspected.model, name)) {
+      if (used != nullptr) {
+        findings.Add("second-kernel", kernel,
+                     fmt::format("not used: the model's kernel is the {}", NameOf(used)));
+      } else {
+        used = kernel;
+      }
+    }
+  }
+}
+
+// What the declarations of targets say about rescaling, for which there is no step after scoring.
+void CheckTargets(const Inspected& inspected, FindingList& findings) {
+  for (const Element* target : Children(FindChild(inspected.model, "Targets"), "Target")) {
+    for (const char* name : {"rescaleConstant", "rescaleFactor", "min", "max", "castInteger"}) {
+      const std::string text = AttributeText(target, name);
+      const double idle = std::string_view(name) == "rescaleFactor" ? 1.0 : 0.0;
+      const bool rescaling = std::string_view(name).starts_with("rescale");
+      if (text.empty() || (rescaling && ParseNumber(text) == idle)) continue;
+      findings.Add("target-not-rescaled", target,
+                   fmt::format("{} is not applied to predictions", name));
+    }
+  }
+}
+
+}  // namespace
+
+void FindingList::Add(std::string_view kind, const Element* element, std::string consequence) {
+  findings_.push_back(
+      {std::string(kind), NameOf(element), document_.LineOf(element), std::move(consequence)});
+}
+
+void CheckDocument(const Inspected& inspected, FindingList& findings) {
+  CheckOthers(inspected, findings);
+  CheckModelAttributes(inspected, findings);
+  CheckKernel(inspected, findings);
+  CheckTargets(inspected, findings);
+}
+
+void CheckCount(const Element* element, const std::string& attribute, std::size_t actual,
+                std::string_view what, FindingList& findings) {
+  const std::string text = AttributeText(element, attribute);
+  if (text.empty() || ParseNumber(text) == static_cast<double>(actual)) return;
+  findings.Add("count-disagrees", element,
+               fmt::format("{} says {}, and there are {} {}: what is there counts", attribute, text,
+                           actual, what));
+}
+
+std::vector<Finding> WhatIsLeftOut(const LoadedModel& loaded, const VectorIndex& vectors) {
+  const Element* model = FindModelElement(loaded.document.Dom());
+  Inspected inspected{loaded,
+                      loaded.document.Dom()->getDocumentElement(),
+                      model,
+                      vectors,
+                      AttributeText(model, "functionName") == "classification",
+                      {}};
+  for (const auto* category : loaded.model->GetTargetVar()->GetCategories()) {
+    inspected.categories.push_back(category->GetText());
+  }
+  FindingList findings(loaded.document);
+  CheckDocument(inspected, findings);
+  CheckFields(inspected, findings);
+  CheckVectors(inspected, findings);
+  CheckMachines(inspected, findings);
+  return findings.Take();
+}
+
+}  // namespace svmscore::app

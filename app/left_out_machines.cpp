@@ -1,0 +1,166 @@
+// Machines: terms that are lost, values that are defaults, and extensions that do not count.
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "app/left_out.h"
+#include "host/number_text.h"
+#include "host/output/scheme.h"
+
+namespace svmscore::app {
+namespace {
+
+using output::IsCompleteExtension;
+using output::MachineExtension;
+using output::Percentages;
+using output::Scheme;
+
+void CheckTerms(const Inspected& inspected, const Element* machine, FindingList& findings) {
+  const MachineTerms terms = TermsOf(machine, inspected.vectors);
+  const std::size_t pairs = std::min(terms.vectors.size(), terms.coefficients.size());
+  for (std::size_t i = 0; i < pairs; ++i) {
+    const std::string id = AttributeText(terms.vectors[i], "vectorId");
+    if (!inspected.vectors.IsKept(id)) {
+      findings.Add("unknown-vector", terms.vectors[i],
+                   fmt::format("no vector \"{}\" is kept: the machine loses this term", id));
+    }
+    if (!ParseNumber(AttributeText(terms.coefficients[i], "value"))) {
+      findings.Add("bad-coefficient", terms.coefficients[i],
+                   "its value is missing or not a number: 0 is used");
+    }
+  }
+  if (terms.vectors.size() > pairs) {
+    findings.Add("surplus-vectors", terms.vectors[pairs],
+                 fmt::format("{} support vectors have no coefficient: they are not used",
+                             terms.vectors.size() - pairs));
+  }
+  if (terms.coefficients.size() > pairs) {
+    findings.Add("surplus-coefficients", terms.coefficients[pairs],
+                 fmt::format("{} coefficients have no support vector: they are not used",
+                             terms.coefficients.size() - pairs));
+  }
+  if (terms.kept == 0) {
+    findings.Add("empty-machine", machine,
+                 "none of its terms is left: its decision value is the same for every case");
+  }
+}
+
+void CheckAttributes(const Inspected& inspected, const Element* machine, FindingList& findings) {
+  const auto threshold = FindAttribute(machine, "threshold");
+  if (threshold && !ParseNumber(*threshold)) {
+    findings.Add(
+        "bad-threshold", machine,
+        fmt::format("the threshold \"{}\" is not a number: the model's is used", *threshold));
+  }
+  const Element* coefficients = FindChild(machine, "Coefficients");
+  if (!ParseNumber(AttributeText(coefficients, "absoluteValue"))) {
+    findings.Add("bad-absolute-value", coefficients,
+                 "absoluteValue is missing or not a number: 0 is used");
+  }
+  if (!inspected.classification) return;
+  for (const char* name : {"targetCategory", "alternateTargetCategory"}) {
+    const std::string text = AttributeText(machine, name);
+    const auto& known = inspected.categories;
+    if (text.empty() || std::find(known.begin(), known.end(), text) != known.end()) continue;
+    findings.Add("unknown-category", machine,
+                 fmt::format("{} \"{}\" is no category of the target: a vote for it counts for "
+                             "nothing",
+                             name, text));
+  }
+}
+
+void CheckCounts(const Inspected& inspected, const Element* machine, FindingList& findings) {
+  for (const char* name : {"SupportVectors", "Coefficients"}) {
+    const std::vector<const Element*> lists = ChildElements(machine, name);
+    for (std::size_t i = 1; i < lists.size(); ++i) {
+      findings.Add("second-list", lists[i],
+                   fmt::format("not read: the first {} of a machine is", name));
+    }
+  }
+  const Element* vectors = FindChild(machine, "SupportVectors");
+  CheckCount(vectors, "numberOfSupportVectors", ChildElements(vectors, "SupportVector").size(),
+             "SupportVector elements", findings);
+  CheckCount(vectors, "numberOfAttributes", inspected.vectors.Fields().size(), "vector fields",
+             findings);
+  const Element* coefficients = FindChild(machine, "Coefficients");
+  CheckCount(coefficients, "numberOfCoefficients",
+             ChildElements(coefficients, "Coefficient").size(), "Coefficient elements", findings);
+}
+
+// Returns true for a machine whose extension counts.
+bool CheckExtension(const Inspected& inspected, const Element* machine, FindingList& findings) {
+  const Element* extension = MachineExtension(machine);
+  const std::vector<const Element*> all = ChildElements(machine, "Extension");
+  for (std::size_t i = 1; i < all.size(); ++i) {
+    if (AttributeText(all[i], "extender") != "svmscore") continue;
+    findings.Add("extension-not-first", all[i],
+                 "not read: it counts only as the first Extension of its machine");
+  }
+  if (extension == nullptr) return false;
+  if (!IsCompleteExtension(extension, inspected.classification)) {
+    findings.Add("extension-incomplete", extension,
+                 inspected.classification
+                     ? "not used: it needs ResponseCategory with response and nonResponse, and "
+                       "ProbabilityParameters with the numbers A and B"
+                     : "not used: it needs StandardDeviation");
+    return false;
+  }
+  const Element* pair = FindChild(extension, "ResponseCategory");
+  for (const char* name : {"response", "nonResponse"}) {
+    const auto& known = inspected.categories;
+    if (!inspected.classification) break;
+    const std::string text = AttributeText(pair, name);
+    if (std::find(known.begin(), known.end(), text) != known.end()) continue;
+    findings.Add("unknown-category", pair,
+                 fmt::format("{} \"{}\" is no category of the target: it can never be predicted",
+                             name, text));
+  }
+  return true;
+}
+
+void CheckMethod(const Inspected& inspected, const std::vector<const Element*>& machines,
+                 std::size_t extended, FindingList& findings) {
+  const std::size_t categories = inspected.categories.size();
+  const Scheme scheme = output::SchemeOf(inspected.model, categories);
+  const bool last = !machines.empty() && scheme.percentages == Percentages::kProbabilities;
+  if (extended > 0 && extended < machines.size()) {
+    findings.Add(
+        "extension-on-some", machines.back(),
+        fmt::format("{} of {} machines have a usable Extension, and the last machine decides: "
+                    "{}",
+                    extended, machines.size(),
+                    last ? "probabilities are computed, without those that the other "
+                           "machines lack"
+                         : "no probabilities are computed"));
+  }
+  const bool one_against_all =
+      AttributeText(inspected.model, "classificationMethod") != "OneAgainstOne";
+  if (categories <= 2 || !one_against_all) return;
+  if (last) {
+    findings.Add("method-not-used", inspected.model,
+                 "the machines' Extension makes the model decide one-against-one, whatever its "
+                 "classificationMethod says");
+  } else if (machines.size() != categories) {
+    findings.Add("machine-count", inspected.model,
+                 fmt::format("it has {} machines for {} categories: one-against-all needs one for "
+                             "each, and this model can predict only what its machines name",
+                             machines.size(), categories));
+  }
+}
+
+}  // namespace
+
+void CheckMachines(const Inspected& inspected, FindingList& findings) {
+  const std::vector<const Element*> machines =
+      ChildElements(inspected.model, "SupportVectorMachine");
+  std::size_t extended = 0;
+  for (const Element* machine : machines) {
+    CheckAttributes(inspected, machine, findings);
+    CheckCounts(inspected, machine, findings);
+    CheckTerms(inspected, machine, findings);
+    if (CheckExtension(inspected, machine, findings)) ++extended;
+  }
+  if (inspected.classification) CheckMethod(inspected, machines, extended, findings);
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,64 @@
+#include "app/model_file.h"
+
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "app/failure.h"
+#include "host/pmml/plugin.h"
+#include "host/ss_exception.h"
+
+namespace svmscore::app {
+namespace {
+
+using MCZandor_850::SSException;
+
+// [CODE] what is wrong (where). What to do.
+std::string Explain(const SSException& error) {
+  const std::string text = fmt::format("[{}] {}", error.GetErrorCode(), error.what());
+  std::string remedy = error.GetRemedy();
+  if (remedy.empty()) return text;
+  if (remedy[0] >= 'a' && remedy[0] <= 'z') remedy[0] = static_cast<char>(remedy[0] - 'a' + 'A');
+  return fmt::format("{}. {}.", text, remedy);
+}
+
+Plugin LoadPlugin(const std::string& path) {
+  try {
+    return Plugin(path);
+  } catch (const SSException& error) {
+    throw Failure(kModelError, Explain(error));
+  }
+}
+
+}  // namespace
+
+void RefuseModel(const std::string& path, const SSException& error) {
+  throw Failure(kModelError, fmt::format("{}: {}", path, Explain(error)));
+}
+
+LoadedModel LoadModelFile(const std::string& path, const std::string& plugin) {
+  const Plugin loaded = LoadPlugin(plugin);
+  try {
+    return LoadModel(loaded, PmmlDocument::FromFile(path));
+  } catch (const SSException& error) {
+    RefuseModel(path, error);
+  }
+}
+
+DescribedModel LoadModelToDescribe(const std::string& path, const std::string& plugin) {
+  const Plugin loaded = LoadPlugin(plugin);
+  std::optional<std::string> refused;
+  try {
+    return {LoadModel(loaded, PmmlDocument::FromFile(path)), std::nullopt};
+  } catch (const SSException& error) {
+    refused = Explain(error);
+  }
+  try {
+    return {LoadModel(loaded, PmmlDocument::FromFile(path), LoadChecks::kTolerate),
+            std::move(refused)};
+  } catch (const SSException& error) {
+    RefuseModel(path, error);
+  }
+}
+
+}  // namespace svmscore::app

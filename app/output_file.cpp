@@ -1,0 +1,144 @@
+#include "app/output_file.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "app/failure.h"
+#include "app/system_error.h"
+
+namespace svmscore::app {
+namespace {
+
+// The unfinished file for the signal handler, which may use nothing that allocates. Written while
+// the signals are blocked.
+std::array<char, PATH_MAX> unfinished{};
+
+constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP};
+
+extern "C" void RemoveUnfinished(int signal_number) {
+  if (unfinished[0] != '\0') unlink(unfinished.data());
+  std::signal(signal_number, SIG_DFL);
+  std::raise(signal_number);
+}
+
+void RememberUnfinished(const std::string& path) {
+  sigset_t ending;
+  sigset_t before;
+  sigemptyset(&ending);
+  for (const int signal_number : kEndingSignals) sigaddset(&ending, signal_number);
+  pthread_sigmask(SIG_BLOCK, &ending, &before);
+  const std::size_t size = path.size() < unfinished.size() ? path.size() : 0;
+  std::memcpy(unfinished.data(), path.data(), size);
+  unfinished[size] = '\0';
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void HandleEndingSignals() {
+  struct sigaction action {};
+  action.sa_handler = RemoveUnfinished;
+  for (const int signal_number : kEndingSignals) {
+    struct sigaction earlier {};
+    sigaction(signal_number, nullptr, &earlier);
+    // Under nohup and the like a signal is ignored, and stays so.
+    if (earlier.sa_handler != SIG_IGN) sigaction(signal_number, &action, nullptr);
+  }
+}
+
+// The mode of a file that open() would create.
+mode_t CreationMode() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
+// A link is followed, so that the file behind it is replaced and the link stays.
+std::string FollowLinks(const std::string& path) {
+  char* resolved = realpath(path.c_str(), nullptr);
+  const std::string target = resolved == nullptr ? path : resolved;
+  std::free(resolved);
+  return target;
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const std::string& path) : name_(path) {
+  if (path == "-") {
+    name_ = "standard output";
+    descriptor_ = STDOUT_FILENO;
+    return;
+  }
+  struct stat about {};
+  const bool exists = stat(path.c_str(), &about) == 0;
+  if (!exists && errno != ENOENT) Fail(errno);
+  if (exists && !S_ISREG(about.st_mode)) {
+    descriptor_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (descriptor_ < 0) Fail(errno);
+    return;
+  }
+  if (exists && access(path.c_str(), W_OK) != 0) Fail(errno);
+  target_ = FollowLinks(path);
+  OpenTemporary();
+  fchmod(descriptor_, exists ? about.st_mode & 07777 : CreationMode());
+}
+
+void OutputFile::OpenTemporary() {
+  HandleEndingSignals();
+  std::string pattern = target_ + ".unfinished-XXXXXX";
+  descriptor_ = mkostemp(pattern.data(), O_CLOEXEC);
+  if (descriptor_ < 0) Fail(errno);
+  temporary_ = pattern;
+  RememberUnfinished(temporary_);
+}
+
+OutputFile::~OutputFile() {
+  CloseAndRemove();
+}
+
+void OutputFile::Write(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t count = write(descriptor_, bytes.data(), bytes.size());
+    if (count >= 0) {
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      Fail(errno);
+    }
+  }
+}
+
+void OutputFile::Commit() {
+  if (target_.empty()) return;
+  // Some disks report that they are full only now; a file system that cannot sync is none of them.
+  if (fsync(descriptor_) != 0 && errno != EINVAL && errno != ENOSYS) Fail(errno);
+  const int closed = close(descriptor_);
+  descriptor_ = -1;
+  if (closed != 0) Fail(errno);
+  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) Fail(errno);
+  RememberUnfinished({});
+  temporary_.clear();
+}
+
+void OutputFile::Fail(int error) const {
+  throw Failure(kOutputError, fmt::format("cannot write {}: {}", name_, ErrorText(error)));
+}
+
+void OutputFile::CloseAndRemove() noexcept {
+  if (descriptor_ > STDERR_FILENO) close(descriptor_);
+  descriptor_ = -1;
+  if (temporary_.empty()) return;
+  unlink(temporary_.c_str());
+  RememberUnfinished({});
+  temporary_.clear();
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,69 @@
+#include "app/program.h"
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include "app/command.h"
+#include "app/describe_command.h"
+#include "app/failure.h"
+#include "app/score_command.h"
+
+namespace svmscore::app {
+namespace {
+
+int Complain(ExitStatus status, const char* what) {
+  fmt::print(stderr, "svmscore: {}\n", what);
+  return status;
+}
+
+int ParseAndRun(int argc, char** argv) {
+  CLI::App program("Scores support vector machine models written in PMML.", "svmscore");
+  program.set_version_flag("--version", "svmscore " SVMSCORE_VERSION);
+  program.require_subcommand(1);
+  program.footer(
+      "Exit status: 0 done; 2 usage; 3 the model cannot be used; 4 some case failed under "
+      "--strict;\n"
+      "5 the cases cannot be read; 6 the output cannot be written.");
+  ScoreCommand score;
+  DescribeCommand describe;
+  const std::array<Command*, 2> commands = {&score, &describe};
+  std::array<CLI::App*, commands.size()> parsed{};
+  for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::Success& asked) {  // --help, --version
+    return program.exit(asked);
+  } catch (const CLI::ParseError& error) {
+    Complain(kUsageError, error.what());
+    fmt::print(stderr, "Run svmscore --help for what it takes.\n");
+    return kUsageError;
+  }
+  for (std::size_t i = 0; i < commands.size(); ++i) {
+    if (parsed[i]->parsed()) return commands[i]->Run();
+  }
+  return kUsageError;
+}
+
+}  // namespace
+
+int RunProgram(int argc, char** argv) {
+  // A closed pipe is an output that cannot be written, reported as such.
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    return ParseAndRun(argc, argv);
+  } catch (const Failure& failure) {
+    return Complain(failure.Status(), failure.what());
+  } catch (const std::bad_alloc&) {
+    return Complain(kInternalError, "out of memory");
+  } catch (const std::exception& error) {
+    return Complain(kInternalError, error.what());
+  }
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,73 @@
+// The columns of the output, and what each takes from a scored case.
+#ifndef APP_RESULT_COLUMNS_H_
+#define APP_RESULT_COLUMNS_H_
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/case_columns.h"
+#include "app/row_format.h"
+#include "host/output/scheme.h"
+#include "host/score_case_record.h"
+#include "host/score_model.h"
+#include "host/score_result.h"
+
+namespace svmscore::app {
+
+using output::Method;
+using output::Percentages;
+using output::Scheme;
+
+// One case after scoring. Everything is borrowed, and changes with the next case.
+struct ScoredCase {
+  const std::vector<std::string_view>& cells;         // of the input row
+  const MCZandor_850::InputCaseRecord& record;        // the treated values
+  const MCZandor_850::ScoreResult* result = nullptr;  // null where the case failed
+  long status = 0;
+};
+
+// Where a column writes its cell: exactly one call a cell.
+class CellWriter {
+ public:
+  CellWriter(const RowFormat& format, std::string& out) : format_(format), out_(out) {}
+  void Empty() { format_.Empty(out_); }
+  void Text(std::string_view text) { format_.Text(out_, text); }
+  void Number(double number) { format_.Number(out_, number); }
+  void Whole(long number) { format_.Whole(out_, number); }
+
+ private:
+  const RowFormat& format_;
+  std::string& out_;
+};
+
+// A kind of column. Written by all threads at once.
+class ResultColumn {
+ public:
+  explicit ResultColumn(std::string name) : name_(std::move(name)) {}
+  virtual ~ResultColumn() = default;
+  const std::string& Name() const { return name_; }
+  virtual void Write(const ScoredCase& scored, CellWriter& cell) const = 0;
+
+ private:
+  std::string name_;
+};
+
+using ResultColumns = std::vector<std::unique_ptr<ResultColumn>>;
+
+// Which of the result's columns are written.
+enum class ColumnChoice {
+  kComputed,  // those that the model's scheme computes
+  kAll,
+};
+
+// Copied cells first, then those of the result, then the status. `copied_names` are the names of
+// `columns.copied`.
+ResultColumns MakeColumns(const MCZandor_850::ScoreModel& model, const Scheme& scheme,
+                          ColumnChoice choice, const CaseColumns& columns,
+                          const std::vector<std::string>& copied_names);
+
+}  // namespace svmscore::app
+
+#endif  // APP_RESULT_COLUMNS_H_

@@ -1,0 +1,164 @@
+#include "app/score_command.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+#include <oneapi/tbb/info.h>
+
+#include "app/case_columns.h"
+#include "app/csv_row.h"
+#include "app/elements.h"
+#include "app/input_file.h"
+#include "app/model_file.h"
+#include "app/output_file.h"
+#include "app/pipeline.h"
+#include "app/progress.h"
+#include "app/result_columns.h"
+#include "app/row_blocks.h"
+#include "app/row_format.h"
+#include "host/output/scheme.h"
+#include "host/scoring_log.h"
+
+namespace svmscore::app {
+namespace {
+
+using MCZandor_850::ScoreModel;
+using MCZandor_850::ScoringLog;
+
+constexpr int kMostThreads = 1024;
+
+void UsePolicy(ScoreModel& model, const std::string& policy) {
+  if (policy == "replace") model.SetMissingValuePolicy(ScoreModel::kReplaceMissing);
+  if (policy == "predict-missing") model.SetMissingValuePolicy(ScoreModel::kPredictMissing);
+  if (policy == "fail") model.SetMissingValuePolicy(ScoreModel::kFailOnMissing);
+}
+
+// Names separated by commas, with the quoting of CSV for a name that holds one.
+std::vector<std::string> NamesIn(const std::vector<std::string>& lists) {
+  std::vector<std::string> names;
+  std::vector<std::string_view> cells;
+  for (std::string list : lists) {
+    try {
+      CsvRows rows(list.data(), list.size(), 1);
+      while (rows.Next(cells)) names.insert(names.end(), cells.begin(), cells.end());
+    } catch (const CsvError& error) {
+      throw Failure(kUsageError, fmt::format("--passthrough: {}", error.what()));
+    }
+  }
+  return names;
+}
+
+void StartLog(const std::string& path) {
+  if (path.empty()) return;
+  ScoringLog& log = ScoringLog::GetInstance();
+  if (!log.SetFile(path)) throw Failure(kOutputError, fmt::format("cannot write the log {}", path));
+  log.SetLevel(std::max(1, log.GetLevel()));
+}
+
+CaseColumns ReadColumns(RowBlocks& input, const LoadedModel& loaded,
+                        const std::vector<std::string>& copied, const std::string& input_name) {
+  RowBlock header;
+  std::vector<std::string_view> names;
+  try {
+    if (!input.ReadHeader(header)) {
+      throw Failure(kInputError, fmt::format("{}: the input is empty; it needs at least a header "
+                                             "line with the names of the columns",
+                                             input_name));
+    }
+    CsvRows(header.text.data(), header.text.size(), header.first_line).Next(names);
+  } catch (const CsvError& error) {
+    throw BrokenRow(input_name, error);
+  }
+  return MatchColumns(names, loaded, copied, input_name);
+}
+
+// The names of the output's columns. In JSON a name must not be given twice.
+std::vector<std::string> NamesOf(const ResultColumns& results, bool json) {
+  std::vector<std::string> names;
+  for (const auto& column : results) {
+    if (json && std::find(names.begin(), names.end(), column->Name()) != names.end()) {
+      throw Failure(kUsageError, fmt::format("--passthrough: the output has a column \"{}\" of its "
+                                             "own, or the name is given twice",
+                                             column->Name()));
+    }
+    names.push_back(column->Name());
+  }
+  return names;
+}
+
+}  // namespace
+
+CLI::App* ScoreCommand::AddTo(CLI::App& program) {
+  CLI::App* app = program.add_subcommand("score", "Score the cases of a CSV file with a model");
+  app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
+  app->add_option("CASES", cases_, "CSV file with a header; - is standard input")
+      ->capture_default_str();
+  app->add_option("-o,--output", output_,
+                  "write to this file, which appears when it is complete; - is standard output");
+  app->add_option("--format", format_, "csv, or jsonl for one JSON object a line")
+      ->check(CLI::IsMember({"csv", "jsonl"}))
+      ->capture_default_str();
+  app->add_option("--columns", columns_,
+                  "auto: what the model computes; all: every column; raw: auto with plain names "
+                  "whatever the document's Output says")
+      ->check(CLI::IsMember({"auto", "all", "raw"}))
+      ->capture_default_str();
+  app->add_option("--passthrough", passthrough_,
+                  "names of input columns, separated by commas, to copy to the front")
+      ->allow_extra_args(false);
+  app->add_option("--missing-token", missing_tokens_,
+                  "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
+      ->allow_extra_args(false);
+  app->add_option("--missing-policy", policy_,
+                  "a case with a missing value: replace where the model says by what, "
+                  "predict-missing, or fail; default: what the model says")
+      ->check(CLI::IsMember({"replace", "predict-missing", "fail"}));
+  app->add_flag("--prediction-only", prediction_only_,
+                "compute no confidence, probabilities or interval");
+  app->add_flag("--strict", strict_, "exit with status 4 if any case failed");
+  app->add_option("--threads", threads_, "number of threads; default: all cores")
+      ->check(CLI::Range(1, kMostThreads));
+  app->add_option("--log", log_, "append a trace to this file");
+  app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
+  return app;
+}
+
+ExitStatus ScoreCommand::Run() {
+  StartLog(log_);
+  const std::vector<std::string> copied = NamesIn(passthrough_);
+  const LoadedModel loaded = LoadModelFile(model_, plugin_);
+  ScoreModel& model = *loaded.model;
+  model.SetPredictionOnly(prediction_only_);
+  UsePolicy(model, policy_);
+
+  InputFile file(cases_);
+  RowBlocks input(file);
+  ScoringPlan plan;
+  plan.model = &model;
+  plan.columns = ReadColumns(input, loaded, copied, file.Name());
+  plan.missing_tokens = missing_tokens_;
+  if (plan.missing_tokens.empty()) plan.missing_tokens = {"NA", "N/A"};
+  plan.replace_missing = model.GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
+  const Scheme scheme = output::SchemeOf(FindModelElement(loaded.document.Dom()),
+                                         model.GetTargetVar()->GetCategories().size());
+  plan.results =
+      MakeColumns(model, scheme, columns_ == "all" ? ColumnChoice::kAll : ColumnChoice::kComputed,
+                  plan.columns, copied);
+  const bool json = format_ == "jsonl";
+  std::vector<std::string> names = NamesOf(plan.results, json);
+  plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
+
+  OutputFile output(output_);
+  Progress progress(file.Size());
+  std::string header;
+  plan.format->Header(header);
+  output.Write(header);
+  const int threads = threads_ > 0 ? threads_ : oneapi::tbb::info::default_concurrency();
+  const Tally tally = ScoreAll(plan, input, file.Name(), output, progress, threads);
+  output.Commit();
+  progress.Close(tally);
+  return strict_ && tally.scored < tally.cases ? kSomeCaseFailed : kDone;
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,35 @@
+// svmscore score: cases in, scores out.
+#ifndef APP_SCORE_COMMAND_H_
+#define APP_SCORE_COMMAND_H_
+
+#include <string>
+#include <vector>
+
+#include "app/command.h"
+
+namespace svmscore::app {
+
+class ScoreCommand : public Command {
+ public:
+  CLI::App* AddTo(CLI::App& program) override;
+  ExitStatus Run() override;
+
+ private:
+  std::string model_;
+  std::string cases_ = "-";
+  std::string output_ = "-";
+  std::string format_ = "csv";
+  std::string columns_ = "auto";
+  std::string policy_;
+  std::string log_;
+  std::string plugin_;
+  std::vector<std::string> missing_tokens_;
+  std::vector<std::string> passthrough_;
+  int threads_ = 0;
+  bool prediction_only_ = false;
+  bool strict_ = false;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_SCORE_COMMAND_H_

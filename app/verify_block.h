@@ -1,0 +1,35 @@
+// Making verification records from scored cases, and putting them into a document.
+#ifndef APP_VERIFY_BLOCK_H_
+#define APP_VERIFY_BLOCK_H_
+
+#include <string>
+
+#include "app/verify_files.h"
+#include "app/verify_table.h"
+#include "host/pmml/loader.h"
+
+namespace svmscore::app {
+
+// A ModelVerification element, in ASCII: the inputs of the cases, and what the model makes of them.
+// `prefix` stands before the names of its elements: empty, or a namespace prefix and a colon.
+// Throws a Failure(kInputError) for a text that XML cannot hold.
+std::string VerificationBlock(const LoadedModel& loaded, const VerifyTable& cases,
+                              const MissingTokens& missing, const std::string& prefix);
+
+// Where a document takes the block: these bytes are replaced by it.
+struct BlockPlace {
+  std::size_t begin = 0;
+  std::size_t end = 0;  // the same as `begin` where the document has no such block yet
+  std::string prefix;   // of the element names around
+};
+// `document` are the bytes of a document that holds a model. Throws a Failure(kModelError) where
+// the encoding is one that this program does not write.
+BlockPlace FindBlockPlace(const std::string& document, const std::string& name);
+
+// The document with the block; every other byte stays as it is.
+std::string PutBlock(const std::string& document, const BlockPlace& place,
+                     const std::string& block);
+
+}  // namespace svmscore::app
+
+#endif  // APP_VERIFY_BLOCK_H_

@@ -1,0 +1,91 @@
+// Scores one case at a time, and looks up what came of it by name.
+#ifndef APP_VERIFY_CASE_H_
+#define APP_VERIFY_CASE_H_
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/output/output_plan.h"
+#include "host/pmml/loader.h"
+#include "host/score_case_record.h"
+#include "host/transform/value.h"
+#include "host/transformation_dictionary.h"
+
+namespace svmscore::app {
+
+// A value that every scored case has, or lacks.
+struct Quantity {
+  enum class Kind {
+    kOutputField,
+    kPrediction,
+    kConfidence,
+    kProbability,
+    kDeviation,
+    kLower,
+    kUpper,
+    kStatus,
+    kDerived,
+  };
+  std::string name;
+  Kind kind = Kind::kPrediction;
+  int index = 0;          // of the output field, the category, or the derived field
+  bool is_label = false;  // a category: compared as it is, whatever tolerance is allowed
+};
+
+// Used by one thread. The model must outlive it.
+class VerifyCase {
+ public:
+  explicit VerifyCase(const LoadedModel& loaded);
+  ~VerifyCase();
+  VerifyCase(const VerifyCase&) = delete;
+  VerifyCase& operator=(const VerifyCase&) = delete;
+
+  // True for the fields that a case can give a value: the model's inputs, and what output fields
+  // read beside them.
+  bool IsInput(const std::string& name) const { return inputs_.contains(name); }
+  // Makes every input missing.
+  void Clear();
+  // REQUIRES: IsInput(name). An empty text is a missing number or an empty text.
+  void Set(const std::string& name, std::string_view text);
+  void Score();
+
+  long Status() const { return outcome_.status; }
+  // The value that the case scored last has; valid until the next.
+  transform::Value Read(const Quantity& quantity);
+  std::string TextOf(const transform::Value& value);
+
+  std::optional<Quantity> FindOutputField(const std::string& name) const;
+  // A derived field that scoring computes.
+  std::optional<Quantity> FindDerived(const std::string& name) const;
+  // A column by the plain name that the program gives it.
+  std::optional<Quantity> FindPlainColumn(const std::string& name) const;
+  // The prediction, under the name of the target.
+  Quantity Prediction() const;
+  // What a user of the document gets: its final output fields, or else the prediction.
+  std::vector<Quantity> Results() const;
+
+ private:
+  struct Place {
+    bool extra;
+    std::size_t position;
+  };
+
+  Quantity FromField(std::size_t field) const;
+  transform::Value Derived(int position);
+
+  const LoadedModel& loaded_;
+  MCZandor_850::InputCaseRecord record_;
+  output::OutputScratch scratch_;
+  std::unordered_map<std::string, Place> inputs_;
+  std::unique_ptr<MCZandor_850::ScoreResult> result_;
+  std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;
+  output::Outcome outcome_;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_VERIFY_CASE_H_

@@ -1,0 +1,128 @@
+#include "app/verify_command.h"
+
+#include <array>
+
+#include <fmt/format.h>
+
+#include "app/input_file.h"
+#include "app/model_file.h"
+#include "app/output_file.h"
+#include "app/verify_block.h"
+#include "app/verify_document.h"
+#include "app/verify_files.h"
+#include "app/verify_table.h"
+#include "host/pmml/plugin.h"
+#include "host/ss_exception.h"
+
+namespace svmscore::app {
+namespace {
+
+std::string ReadAll(const std::string& path) {
+  InputFile file(path);
+  std::string bytes;
+  std::array<char, 65536> buffer;
+  while (const std::size_t count = file.Read(buffer.data(), buffer.size())) {
+    bytes.append(buffer.data(), count);
+  }
+  return bytes;
+}
+
+void Print(const std::string& text) {
+  OutputFile output("-");
+  output.Write(text);
+}
+
+// What the new document says of itself must hold before anybody relies on it.
+void CheckWritten(const std::string& document, const std::string& name, const std::string& plugin) {
+  const LoadedModel written = LoadModel(Plugin(plugin), PmmlDocument::FromText(document, name));
+  const VerifyReport report = VerifyDocument(written);
+  if (report.Disagreements() > 0) {
+    throw Failure(kOutputError, fmt::format("{}: not written, for the new records are not "
+                                            "confirmed:\n{}",
+                                            name, report.Text()));
+  }
+}
+
+}  // namespace
+
+CLI::App* VerifyCommand::AddTo(CLI::App& program) {
+  CLI::App* app = program.add_subcommand(
+      "verify", "Check a model against its own verification records, or against expected scores");
+  app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
+  app->add_option("--input", input_, "CSV file with cases; - is standard input");
+  app->add_option("--expected", expected_, "CSV file with what the cases should score");
+  app->add_option(
+         "--tolerance", tolerance_,
+         "with --expected: how far a number may be from the expected one, as a share of it")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
+  app->add_option("--write", write_,
+                  "write the document anew to this file, with verification records made from the "
+                  "cases of --input");
+  app->add_option("--missing-token", missing_tokens_,
+                  "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
+      ->allow_extra_args(false);
+  app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
+  app->footer(
+      "Exit status: 0 all agrees; 1 something disagrees; 2 usage; 3 the model cannot be "
+      "used, or has\nno verification records; 5 the files cannot be read or do not fit; 6 "
+      "the output cannot be written.");
+  return app;
+}
+
+void VerifyCommand::CheckArguments() const {
+  if (!expected_.empty() && !write_.empty()) {
+    throw Failure(kUsageError, "--expected and --write exclude each other");
+  }
+  const bool cases = !expected_.empty() || !write_.empty();
+  if (cases && input_.empty()) {
+    throw Failure(kUsageError, "--expected and --write need the cases: name them with --input");
+  }
+  if (!cases && !input_.empty()) {
+    throw Failure(kUsageError, "--input needs --expected or --write");
+  }
+}
+
+ExitStatus VerifyCommand::Run() {
+  CheckArguments();
+  if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
+  const LoadedModel loaded = LoadModelFile(model_, plugin_);
+  if (!write_.empty()) return WriteRecords(loaded);
+  VerifyReport report;
+  try {
+    if (expected_.empty()) {
+      report = VerifyDocument(loaded);
+    } else {
+      const VerifyTable cases = ReadVerifyTable(input_);
+      report = VerifyFiles(loaded, cases, ReadVerifyTable(expected_), tolerance_, missing_tokens_);
+      if (report.Compared() == 0) {
+        throw Failure(kInputError,
+                      fmt::format("{} expects nothing: every cell is empty", expected_));
+      }
+    }
+  } catch (const MCZandor_850::SSException& error) {
+    RefuseModel(model_, error);
+  }
+  Print(report.Text());
+  return report.Disagreements() == 0 ? kDone : kDisagrees;
+}
+
+ExitStatus VerifyCommand::WriteRecords(const LoadedModel& loaded) const {
+  const std::string document = ReadAll(model_);
+  const VerifyTable cases = ReadVerifyTable(input_);
+  if (cases.rows.empty()) throw Failure(kInputError, fmt::format("{} has no case", cases.name));
+  const BlockPlace place = FindBlockPlace(document, model_);
+  const std::string written =
+      PutBlock(document, place, VerificationBlock(loaded, cases, missing_tokens_, place.prefix));
+  try {
+    CheckWritten(written, write_, plugin_);
+  } catch (const MCZandor_850::SSException& error) {
+    RefuseModel(write_, error);
+  }
+  OutputFile output(write_);
+  output.Write(written);
+  output.Commit();
+  return kDone;
+}
+
+}  // namespace svmscore::app

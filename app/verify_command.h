@@ -1,0 +1,33 @@
+// svmscore verify: does a model give what it should?
+#ifndef APP_VERIFY_COMMAND_H_
+#define APP_VERIFY_COMMAND_H_
+
+#include <string>
+#include <vector>
+
+#include "app/command.h"
+#include "host/pmml/loader.h"
+
+namespace svmscore::app {
+
+class VerifyCommand : public Command {
+ public:
+  CLI::App* AddTo(CLI::App& program) override;
+  ExitStatus Run() override;
+
+ private:
+  void CheckArguments() const;
+  ExitStatus WriteRecords(const LoadedModel& loaded) const;
+
+  std::string model_;
+  std::string input_;
+  std::string expected_;
+  std::string write_;
+  std::string plugin_;
+  std::vector<std::string> missing_tokens_;
+  double tolerance_ = 1e-6;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_VERIFY_COMMAND_H_

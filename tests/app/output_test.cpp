@@ -1,0 +1,108 @@
+// What reaches the output: the spelling of rows, and files that appear when they are complete.
+#include <filesystem>
+#include <limits>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "app/failure.h"
+#include "app/output_file.h"
+#include "app/row_format.h"
+#include "tests/app/temporary_folder.h"
+
+namespace svmscore::app {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string RowOf(const RowFormat& format, const std::string& text, double number) {
+  std::string out;
+  format.Header(out);
+  format.Begin(out, 0);
+  format.Text(out, text);
+  format.Begin(out, 1);
+  format.Number(out, number);
+  format.Begin(out, 2);
+  format.Empty(out);
+  format.EndRow(out);
+  return out;
+}
+
+TEST(CsvFormat, QuotesOnlyWhatNeedsIt) {
+  const auto format = CsvFormat({"a", "b,c", "d"});
+  EXPECT_EQ(RowOf(*format, "x y", 0.1), "a,\"b,c\",d\nx y,0.1,\n");
+  EXPECT_EQ(RowOf(*format, "say \"x\"\r", -0.0), "a,\"b,c\",d\n\"say \"\"x\"\"\r\",-0,\n");
+}
+
+TEST(JsonLinesFormat, IsJsonForEveryText) {
+  const auto format = JsonLinesFormat({"a\"", "b", "c"});
+  const std::string texts[] = {"x", "\"\\/\b\f\n\r\t\x01\x7F",
+                               "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", std::string("a\0b", 3)};
+  for (const std::string& text : texts) {
+    const auto json = nlohmann::json::parse(RowOf(*format, text, 1e-300));
+    EXPECT_EQ(json["a\""], text);
+    EXPECT_EQ(json["b"], 1e-300);
+    EXPECT_TRUE(json["c"].is_null());
+  }
+  EXPECT_TRUE(
+      nlohmann::json::parse(RowOf(*format, "", std::numeric_limits<double>::infinity()))["b"]
+          .is_null());
+}
+
+TEST(JsonLinesFormat, ReplacesBytesThatAreNotUtf8) {
+  const std::string texts[] = {"\xC3",
+                               "\x80",
+                               "\xC0\xAF",
+                               "\xE0\x9F\xBF",
+                               "\xED\xA0\x80",
+                               "\xF4\x90\x80\x80",
+                               "\xF0\x8F\xBF\xBF",
+                               "\xE2\x82"};
+  for (const std::string& text : texts) {
+    std::string out;
+    AppendJsonString(out, text + "z");
+    const std::string read = nlohmann::json::parse(out);
+    EXPECT_TRUE(read.starts_with("\xEF\xBF\xBD")) << out;
+    EXPECT_TRUE(read.ends_with("z")) << out;
+  }
+}
+
+TEST(OutputFile, AppearsWithCommitAndNotBefore) {
+  const TemporaryFolder folder;
+  const std::string path = folder.Write("scores.csv", "earlier");
+  fs::permissions(path, fs::perms(0640));
+  {
+    OutputFile abandoned(path);
+    abandoned.Write("half");
+    EXPECT_EQ(folder.FileCount(), 2U);
+  }
+  EXPECT_EQ(ReadFile(path), "earlier");
+  EXPECT_EQ(folder.FileCount(), 1U);
+  OutputFile output(path);
+  output.Write("new");
+  EXPECT_EQ(ReadFile(path), "earlier");
+  output.Commit();
+  EXPECT_EQ(ReadFile(path), "new");
+  EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+  EXPECT_EQ(folder.FileCount(), 1U);
+}
+
+TEST(OutputFile, WritesThroughLinksAndIntoDevices) {
+  const TemporaryFolder folder;
+  const std::string target = folder.Write("target.csv", "");
+  fs::create_symlink(target, folder.Path("link.csv"));
+  OutputFile linked(folder.Path("link.csv"));
+  linked.Write("new");
+  linked.Commit();
+  EXPECT_EQ(ReadFile(target), "new");
+  EXPECT_TRUE(fs::is_symlink(folder.Path("link.csv")));
+
+  OutputFile full("/dev/full");
+  EXPECT_THROW(full.Write("x"), Failure);
+  EXPECT_TRUE(fs::is_character_file("/dev/full"));
+  EXPECT_THROW(OutputFile(folder.Path("none/scores.csv")), Failure);
+}
+
+}  // namespace
+}  // namespace svmscore::app

@@ -1,0 +1,74 @@
+#include "tests/app/run_program.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/app/temporary_folder.h"
+
+namespace svmscore::app {
+namespace {
+
+pid_t Start(std::vector<std::string> command, const std::string& in, const std::string& out,
+            const std::string& err) {
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("cannot fork");
+  if (child > 0) return child;
+  const bool redirected = std::freopen(in.c_str(), "r", stdin) != nullptr &&
+                          std::freopen(out.c_str(), "w", stdout) != nullptr &&
+                          std::freopen(err.c_str(), "w", stderr) != nullptr;
+  std::vector<char*> argv;
+  for (std::string& argument : command) argv.push_back(argument.data());
+  argv.push_back(nullptr);
+  setenv("SVMSCORE", SVMSCORE_PROGRAM, 1);
+  if (redirected) execvp(argv[0], argv.data());
+  _exit(127);
+}
+
+Ran Run(const std::vector<std::string>& command, const std::string& input) {
+  const TemporaryFolder folder;
+  const std::string in = folder.Write("in", input);
+  Ran ran = WaitFor(Start(command, in, folder.Path("out"), folder.Path("err")));
+  ran.out = ReadFile(folder.Path("out"));
+  ran.err = ReadFile(folder.Path("err"));
+  return ran;
+}
+
+std::vector<std::string> WithProgram(const std::vector<std::string>& arguments) {
+  std::vector<std::string> command = {SVMSCORE_PROGRAM};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return command;
+}
+
+}  // namespace
+
+pid_t StartProgram(const std::vector<std::string>& arguments, const std::string& in,
+                   const std::string& out, const std::string& err) {
+  return Start(WithProgram(arguments), in, out, err);
+}
+
+Ran WaitFor(pid_t program) {
+  int status = 0;
+  struct rusage usage {};
+  wait4(program, &status, 0, &usage);
+  return {
+      WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), {}, {}, usage.ru_maxrss};
+}
+
+Ran RunProgram(const std::vector<std::string>& arguments, const std::string& input) {
+  return Run(WithProgram(arguments), input);
+}
+
+Ran RunShell(const std::string& line) {
+  return Run({"bash", "-c", line}, {});
+}
+
+std::string Data(const std::string& name) {
+  return std::string(DATA_FOLDER "/") + name;
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,34 @@
+// Runs the built program and takes what it prints.
+#ifndef TESTS_APP_RUN_PROGRAM_H_
+#define TESTS_APP_RUN_PROGRAM_H_
+
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace svmscore::app {
+
+struct Ran {
+  int status = -1;  // exit status, or 128 and the number of the signal that ended it
+  std::string out;
+  std::string err;
+  long peak_kib = 0;  // most memory held at a time
+};
+
+// The program on its way, with its three streams at files.
+pid_t StartProgram(const std::vector<std::string>& arguments, const std::string& in,
+                   const std::string& out, const std::string& err);
+Ran WaitFor(pid_t program);
+
+// Runs the program with `input` on standard input.
+Ran RunProgram(const std::vector<std::string>& arguments, const std::string& input = {});
+// Runs a line of shell, in which "$SVMSCORE" is the program.
+Ran RunShell(const std::string& line);
+
+// The path of a file in tests/app/data.
+std::string Data(const std::string& name);
+
+}  // namespace svmscore::app
+
+#endif  // TESTS_APP_RUN_PROGRAM_H_

@@ -1,0 +1,187 @@
+// svmscore score, run as a user runs it: what it prints for good cases.
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/app/run_program.h"
+#include "tests/app/temporary_folder.h"
+
+namespace svmscore::app {
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+const std::string kAllColumns =
+    "prediction,confidence,probability(a),probability(b),\"probability(c, d)\",status\n";
+const std::string kThird = "0.3333333333333333";
+const std::string kTwoThirds = "0.6666666666666666";
+
+TEST(Score, WritesPredictionsAndVoteSharesOfEveryCase) {
+  // Columns in another order, one that no model knows, quoting, CRLF, and no line end at the end.
+  const Ran ran = RunProgram({"score", Data("three.pmml"), "-"},
+                             "colour,height,extra,width\r\n"
+                             "red,1,x,1\r\n"
+                             "red,-1,\"x,\"\"y\"\"\n\",-1\r\n"
+                             "\"blue\",-1,,0.5\r\n"
+                             "red,-1,,-0.1");
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  EXPECT_EQ(ran.out, kAllColumns + "a," + kTwoThirds + "," + kTwoThirds + ",0," + kThird + ",0\n" +
+                         "b," + kTwoThirds + ",0," + kTwoThirds + "," + kThird + ",0\n" + "a," +
+                         kThird + "," + kThird + "," + kThird + "," + kThird + ",0\n" +
+                         "\"c, d\"," + kTwoThirds + ",0," + kThird + "," + kTwoThirds + ",0\n");
+  EXPECT_THAT(ran.err, MatchesRegex("svmscore: 4 cases, 4 scored, 0 missing, 0 invalid, "
+                                    "[0-9]+\\.[0-9]+ seconds\n"));
+}
+
+TEST(Score, LeavesTheCellsOfFailedCasesEmpty) {
+  const std::string cases =
+      "width,height,colour,note\n"
+      ",1,red,\n"           // missing, nothing to replace it by
+      "NA,1,red,\n"         // the same by token
+      "1,-9,red,\n"         // declared missing
+      "1,1,N/A,\n"          // replaced by red
+      "1000,1,red,\n"       // outside the interval
+      "1,1e999,red,\n"      // not finite
+      "1,one,red,\n"        // no number
+      "1,1,green,\n"        // no category
+      "1,1,red,anything\n"  // open categories
+      "1, 1 ,red,\n";
+  const Ran ran = RunProgram({"score", Data("three.pmml"), "--prediction-only"}, cases);
+  EXPECT_EQ(ran.out,
+            "prediction,status\n,90029\n,90029\n,90029\na,0\n,90027\n,90027\n,90027\n,90027\n"
+            "a,0\na,0\n");
+  EXPECT_EQ(ran.status, 0);
+  EXPECT_THAT(ran.err, HasSubstr("10 cases, 3 scored, 3 missing, 4 invalid, "));
+  const Ran strict =
+      RunProgram({"score", Data("three.pmml"), "--prediction-only", "--strict"}, cases);
+  EXPECT_EQ(strict.status, 4);
+  EXPECT_EQ(strict.out, ran.out);
+}
+
+TEST(Score, WritesDeviationAndIntervalOfARegression) {
+  const Ran ran = RunProgram({"score", Data("line.pmml")}, "x\n1.5\nNA\n1e308\n");
+  EXPECT_EQ(ran.out,
+            "prediction,stddev,ci_lower,ci_upper,status\n"
+            "3.1,0.5,1.602133863223005,4.597866136776995,0\n"
+            ",,,,90029\n"
+            "INF,0.5,INF,INF,0\n");
+}
+
+TEST(Score, WritesTheColumnsAskedFor) {
+  const auto header = [](const std::string& model, std::vector<std::string> options) {
+    options.insert(options.begin(), {"score", Data(model)});
+    const Ran ran = RunProgram(options, "x,width,height,colour\n");
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    return ran.out;
+  };
+  EXPECT_EQ(header("three.pmml", {"--columns", "raw"}), kAllColumns);
+  EXPECT_EQ(header("three.pmml", {"--prediction-only"}), "prediction,status\n");
+  EXPECT_EQ(header("three.pmml", {"--prediction-only", "--columns", "all"}), kAllColumns);
+  EXPECT_EQ(header("two.pmml", {}),
+            "prediction,confidence,probability(yes),probability(no),status\n");
+  EXPECT_EQ(header("line.pmml", {"--prediction-only", "--passthrough", "x,height"}),
+            "x,height,prediction,status\n");
+  EXPECT_EQ(
+      RunProgram({"score", Data("line.pmml"), "--prediction-only", "--columns", "all"}, "x\n1\n")
+          .out,
+      "prediction,stddev,ci_lower,ci_upper,status\n2.1,,,,0\n");
+}
+
+TEST(Score, CopiesColumnsAndWritesJsonLines) {
+  EXPECT_EQ(RunProgram({"score", Data("line.pmml"), "--passthrough", "\"a,b\",x"},
+                       "x,\"a,b\"\n1,\"p\"\"q\"\n")
+                .out,
+            "\"a,b\",x,prediction,stddev,ci_lower,ci_upper,status\n"
+            "\"p\"\"q\",1,2.1,0.5,0.6021338632230051,3.597866136776995,0\n");
+  EXPECT_EQ(RunProgram({"score", Data("two.pmml"), "--format", "jsonl", "--passthrough", "id"},
+                       "id,x\n\"\xFF\"\"\",0\n,\n")
+                .out,
+            "{\"id\":\"\xEF\xBF\xBD\\\"\",\"prediction\":\"yes\",\"confidence\":0.5,"
+            "\"probability(yes)\":0.5,\"probability(no)\":0.5,\"status\":0}\n"
+            "{\"id\":null,\"prediction\":null,\"confidence\":null,\"probability(yes)\":null,"
+            "\"probability(no)\":null,\"status\":90029}\n");
+}
+
+TEST(Score, FollowsTheMissingValueOptions) {
+  const std::string cases = "width,height,colour\n1,1,\n1,1,?\n1,1,NA\n";
+  const auto statuses = [&cases](std::vector<std::string> options) {
+    options.insert(options.begin(), {"score", Data("three.pmml"), "--prediction-only"});
+    return RunProgram(options, cases).out;
+  };
+  EXPECT_EQ(statuses({}), "prediction,status\na,0\n,90027\na,0\n");
+  EXPECT_EQ(statuses({"--missing-token", "?"}), "prediction,status\na,0\na,0\n,90027\n");
+  EXPECT_EQ(statuses({"--missing-token", "?", "--missing-token", "NA"}),
+            "prediction,status\na,0\na,0\na,0\n");
+  EXPECT_EQ(statuses({"--missing-policy", "fail"}), "prediction,status\n,90029\n,90027\n,90029\n");
+  EXPECT_EQ(statuses({"--missing-policy", "predict-missing"}),
+            "prediction,status\n,90029\n,90027\n,90029\n");
+}
+
+TEST(Score, WritesTheOutputFileAndTheLog) {
+  const TemporaryFolder folder;
+  const std::string cases = folder.Write("cases.csv", "x\n1\n\n");
+  const Ran ran = RunProgram({"score", Data("line.pmml"), cases, "--prediction-only", "-o",
+                              folder.Path("scores.csv"), "--log", folder.Path("log")});
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  EXPECT_EQ(ran.out, "");
+  EXPECT_EQ(ReadFile(folder.Path("scores.csv")), "prediction,status\n2.1,0\n,90029\n");
+  EXPECT_THAT(ReadFile(folder.Path("log")), HasSubstr("MCStatus error code is :90029\n"));
+}
+
+// Rows of all outcomes, some of them quoted, in many blocks.
+std::string ManyCases(int count) {
+  const char* const widths[] = {"0.25", "-1", "NA", "x", "\"3\"", "1e999", "0", "7e-1"};
+  const char* const colours[] = {"red", "blue", "", "\"b\nlue\"", "red"};
+  std::string text = "width,height,colour\n";
+  for (int i = 0; i < count; ++i) {
+    text += std::string(widths[i % 8]) + "," + std::to_string(i % 1000 - 500) + "." +
+            std::to_string(i) + "," + colours[i % 5] + "\n";
+  }
+  return text;
+}
+
+TEST(Score, ThreadsDoNotChangeTheOutput) {
+  const std::string cases = ManyCases(200000);
+  const Ran one = RunProgram({"score", Data("three.pmml"), "--threads", "1"}, cases);
+  const Ran eight = RunProgram({"score", Data("three.pmml"), "--threads", "8"}, cases);
+  EXPECT_EQ(one.status, 0) << one.err;
+  EXPECT_EQ(eight.status, 0) << eight.err;
+  EXPECT_GT(one.out.size(), 1000000U);
+  EXPECT_TRUE(one.out == eight.out);
+}
+
+TEST(Score, ThreadsDoNotChangeWhatIsWrittenBeforeABrokenRow) {
+  const std::string cases = ManyCases(100000) + "1,2\n" + ManyCases(50000);
+  const Ran one = RunProgram({"score", Data("three.pmml"), "--threads", "1"}, cases);
+  const Ran eight = RunProgram({"score", Data("three.pmml"), "--threads", "8"}, cases);
+  EXPECT_EQ(one.status, 5);
+  EXPECT_EQ(eight.status, 5);
+  EXPECT_GT(one.out.size(), 1000000U);
+  EXPECT_TRUE(one.out == eight.out);
+  EXPECT_EQ(one.err, eight.err);
+}
+
+TEST(Score, ShowsProgressOnATerminalOnly) {
+  const TemporaryFolder folder;
+  const std::string cases = folder.Write("cases.csv", "x\n1\n");
+  const std::string line = " score " + Data("line.pmml") + " " + cases + " -o /dev/null";
+  EXPECT_THAT(RunShell("TERM=dumb script -qec \"'$SVMSCORE'" + line + "\" /dev/null").out,
+              HasSubstr("1 cases, "));
+  EXPECT_THAT(RunShell("TERM=dumb script -qec \"'$SVMSCORE'" + line + "\" /dev/null").out,
+              HasSubstr("100% of the input"));
+  EXPECT_THAT(RunShell("\"$SVMSCORE\"" + line).err, StartsWith("svmscore: 1 cases, "));
+}
+
+TEST(Program, TellsItsVersionAndItsUse) {
+  EXPECT_THAT(RunProgram({"--version"}).out, MatchesRegex("svmscore [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+  const Ran help = RunProgram({"score", "--help"});
+  EXPECT_EQ(help.status, 0);
+  EXPECT_THAT(help.out, HasSubstr("--missing-policy"));
+}
+
+}  // namespace
+}  // namespace svmscore::app
