@@ -15,7 +15,7 @@ namespace bench {
 
 struct Workload {
   struct FreeModel {
-    void operator()(svm_model* model) const { svm_free_and_destroy_model(&model); }
+    void operator()(svm_model* loaded) const { svm_free_and_destroy_model(&loaded); }
   };
 
   std::string name;

@@ -8,38 +8,49 @@ using MCSVM_700::packed::Isa;
 constexpr std::size_t kCases = 2;
 constexpr std::size_t kVectors = 4;
 
-using D2 = double __attribute__((vector_size(16)));
-using D4 = double __attribute__((vector_size(32)));
-using D8 = double __attribute__((vector_size(64)));
+using D2 = double __attribute__((vector_size(16), may_alias));
+using D4 = double __attribute__((vector_size(32), may_alias));
+using D8 = double __attribute__((vector_size(64), may_alias));
 
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wpsabi"
 #endif
 
-// Inlined into a function of the instruction set, whose registers it then uses.
+// What each round reads anew.
+alignas(64) double entries[kVectors * 8] = {0.5, 0.125, 0.375, 0.625};
+
+// Inlined into functions of an instruction set, whose registers they then use. The sums are
+// variables of their own, since an array of them would be kept in memory.
+template <class D, bool kDistance>
+[[gnu::always_inline]] inline void Term(D& sum, const D& x, const D& v) {
+  if constexpr (kDistance) {
+    const D difference = x - v;
+    sum += difference * difference;
+  } else {
+    sum += x * v;
+  }
+}
+
 template <class D, bool kDistance>
 [[gnu::always_inline]] inline double Terms(std::size_t rounds) {
-  D sum[kCases][kVectors] = {};
-  D x[kCases] = {D{} + 0.25, D{} + 0.75};
-  D v[kVectors] = {D{} + 0.5, D{} + 0.125, D{} + 0.375, D{} + 0.625};
+  static_assert(kCases == 2 && kVectors == 4);
+  const D x = D{} + 0.25;
+  const D y = D{} + 0.75;
+  D x0 = {}, x1 = {}, x2 = {}, x3 = {}, y0 = {}, y1 = {}, y2 = {}, y3 = {};
   for (std::size_t round = 0; round < rounds; ++round) {
-    for (auto& entry : v) asm volatile("" : "+x"(entry));  // or the terms would be formed once
-    for (std::size_t i = 0; i < kVectors; ++i) {
-      for (std::size_t c = 0; c < kCases; ++c) {
-        if constexpr (kDistance) {
-          const D difference = x[c] - v[i];
-          sum[c][i] += difference * difference;
-        } else {
-          sum[c][i] += x[c] * v[i];
-        }
-      }
-    }
+    asm volatile("" : : "r"(entries) : "memory");  // or the terms would be formed once
+    const D* v = reinterpret_cast<const D*>(entries);
+    Term<D, kDistance>(x0, x, v[0]);
+    Term<D, kDistance>(y0, y, v[0]);
+    Term<D, kDistance>(x1, x, v[1]);
+    Term<D, kDistance>(y1, y, v[1]);
+    Term<D, kDistance>(x2, x, v[2]);
+    Term<D, kDistance>(y2, y, v[2]);
+    Term<D, kDistance>(x3, x, v[3]);
+    Term<D, kDistance>(y3, y, v[3]);
   }
-  double total = 0.0;
-  for (const auto& row : sum) {
-    for (const D& lanes : row) total += lanes[0];
-  }
-  return total;
+  const D sum = x0 + x1 + x2 + x3 + y0 + y1 + y2 + y3;
+  return sum[0];
 }
 
 template <class D, bool kDistance>
@@ -47,7 +58,7 @@ template <class D, bool kDistance>
   return Terms<D, kDistance>(rounds);
 }
 template <class D, bool kDistance>
-[[gnu::target("avx512f,prefer-vector-width=512")]] double Avx512Terms(std::size_t rounds) {
+[[gnu::target("avx512f")]] double Avx512Terms(std::size_t rounds) {
   return Terms<D, kDistance>(rounds);
 }
 

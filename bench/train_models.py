@@ -34,7 +34,7 @@ def pixels(rng, rows, fields, classes):
 def texts(rng, rows, fields, filled):
     x = sparse.random(rows, fields, density=filled, format="csr", random_state=7,
                       data_rvs=lambda n: rng.uniform(0.1, 1.0, n))
-    return x.toarray(), rng.integers(0, 2, rows)
+    return x, rng.integers(0, 2, rows)
 
 
 def workloads():
@@ -57,13 +57,17 @@ def workloads():
     yield "h", x, y, SVC(kernel="rbf", gamma=0.05)
 
 
+def dense(a):
+    return a.toarray() if sparse.issparse(a) else np.asarray(a)
+
+
 def line(row):
     return " ".join(f"{i + 1}:{float(row[i])!r}" for i in np.flatnonzero(row))
 
 
 def write_model(path, model, fields):
     classes = isinstance(model, SVC)
-    coefficients = np.asarray(model._dual_coef_)
+    coefficients = dense(model._dual_coef_)
     rho = -np.asarray(model._intercept_)
     kernel = {"poly": "polynomial"}.get(model.kernel, model.kernel)
     with open(path, "w") as out:
@@ -76,13 +80,13 @@ def write_model(path, model, fields):
         if kernel == "polynomial":
             print("coef0", repr(float(model.coef0)), file=out)
         print("nr_class", len(model.classes_) if classes else 2, file=out)
-        print("total_sv", len(model.support_vectors_), file=out)
+        print("total_sv", model.support_vectors_.shape[0], file=out)
         print("rho", *(repr(float(r)) for r in rho), file=out)
         if classes:
             print("label", *model.classes_, file=out)
             print("nr_sv", *model.n_support_, file=out)
         print("SV", file=out)
-        for v, vector in enumerate(model.support_vectors_):
+        for v, vector in enumerate(dense(model.support_vectors_)):
             print(*(repr(float(c)) for c in coefficients[:, v]), line(vector), file=out)
 
 
@@ -98,9 +102,9 @@ def main():
             pickle.dump((model, x[-CASES:]), out)
         with open(folder / f"{name}.cases", "w") as out:
             print(x.shape[1], file=out)
-            for row in x[-CASES:]:
+            for row in dense(x[-CASES:]):
                 print(line(row), file=out)
-        print(f"{name}: {len(model.support_vectors_)} support vectors, {x.shape[1]} fields")
+        print(f"{name}: {model.support_vectors_.shape[0]} support vectors, {x.shape[1]} fields")
 
 
 main()

@@ -3,6 +3,7 @@
 import csv
 import pathlib
 import platform
+import os
 import re
 import statistics
 import subprocess
@@ -19,6 +20,9 @@ WORKLOADS = {
     "h": "two classes, RBF, 1 % filled",
 }
 
+BUSY = ("Other programs were\n"
+        "  running: ratios hold, times vary, and figures for several threads are left out.")
+
 build = pathlib.Path(sys.argv[1])
 
 
@@ -26,6 +30,10 @@ def cpu():
     text = pathlib.Path("/proc/cpuinfo").read_text()
     name = re.search(r"model name\s*: (.*)", text).group(1).strip()
     return f"{name}, {text.count('processor')} logical processors"
+
+
+def busy():
+    return os.getloadavg()[2] > 1.5
 
 
 def compiler():
@@ -65,6 +73,7 @@ What one case costs, from its numbers in memory to the decision values of all ma
 `bench/run`; the models are those of `bench/train_models.py`.
 
 - Machine: {cpu()}; Linux, {' '.join(platform.libc_ver())}; {compiler()}.
+- Load average over the last 15 minutes: {os.getloadavg()[2]:.1f}. {BUSY if busy() else ""}
 - {heading}
 - Times are the processor time of the measuring thread; engine, LIBSVM and the plain definition take
   turns in one process, round after round, so that a drifting clock or a busy neighbour hits all.
@@ -94,7 +103,7 @@ print("Decision values that differ from the plain definition in any bit: "
 print("""## Against scikit-learn
 
 All cases at once in one thread; two processes of each in turn. Regression is `predict`, the others
-`decision_function`. scikit-learn works on dense vectors here.
+`decision_function`. scikit-learn gets the sparse workloads in its sparse form.
 
 | workload | scikit-learn | many cases | ratio |
 |---|---|---|---|""")
@@ -113,4 +122,6 @@ time; a straight line shows as equal times of a term (one field of one vector).
 | benchmark | a case | a term |
 |---|---|---|""")
 for name, case, term in slopes():
+    if "Threads" in name and busy():
+        continue
     print(f"| {name.replace('Decide/', '')} | {case:.0f} | {term:.4f} |")

@@ -32,7 +32,7 @@ std::string Name(const Model& model) {
 TEST_P(PackedBits, AtEverySize) {
   Random random(1);
   for (const KernelForm form : kForms) {
-    for (const std::size_t fields : {0, 1, 2, 3, 7, 8, 15, 17, 33, 70}) {
+    for (const std::size_t fields : {0u, 1u, 2u, 3u, 7u, 8u, 15u, 17u, 33u, 70u}) {
       for (std::size_t vectors = 0; vectors <= 101; vectors += vectors < 36 ? 1 : 13) {
         Model model = RandomModel(form, fields, vectors, 0.8, random);
         model.storage = vectors % 2 == 0 ? Storage::kDense : Storage::kSparse;
@@ -70,7 +70,7 @@ TEST_P(PackedBits, HoweverMachinesShareVectors) {
   for (const KernelForm form : kForms) {
     for (const Storage storage : {Storage::kDense, Storage::kSparse}) {
       for (const double left_out : {0.0, 0.1, 0.5, 0.95}) {
-        for (const std::size_t classes : {2, 5, 10}) {
+        for (const std::size_t classes : {2u, 5u, 10u}) {
           Model model = RandomModel(form, 6, 83, 0.7, random);
           model.storage = storage;
           AddPairwiseMachines(model, classes, left_out, random);

@@ -94,7 +94,7 @@ TEST_P(Engine, ServesManyThreads) {
 TEST_P(Engine, SharesAScratchWithOthers) {
   Random random(4);
   PackedScratch scratch;
-  for (const std::size_t vectors : {3, 200, 40, 333, 1}) {
+  for (const std::size_t vectors : {3u, 200u, 40u, 333u, 1u}) {
     for (const packed::Storage storage : {packed::Storage::kSparse, packed::Storage::kDense}) {
       Model model = RandomModel(KernelForm::kLinear, vectors % 50 + 1, vectors, 0.5, random);
       model.storage = storage;

@@ -38,6 +38,7 @@ struct Wide {
   static void Store(double* p, D a) {
     for (std::size_t i = 0; i < kLanes; ++i) p[i] = a.lane[i];
   }
+  static void StoreU(double* p, D a) { Store(p, a); }
   static D Set(double a) {
     return Each([&](std::size_t) { return a; });
   }

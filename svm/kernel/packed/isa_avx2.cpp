@@ -19,6 +19,7 @@ struct Avx2 {
   static D Load(const double* p) { return _mm256_load_pd(p); }
   static D LoadU(const double* p) { return _mm256_loadu_pd(p); }
   static void Store(double* p, D a) { _mm256_store_pd(p, a); }
+  static void StoreU(double* p, D a) { _mm256_storeu_pd(p, a); }
   static D Set(double a) { return _mm256_set1_pd(a); }
   static D Add(D a, D b) { return _mm256_add_pd(a, b); }
   static D Sub(D a, D b) { return _mm256_sub_pd(a, b); }

@@ -24,6 +24,7 @@ struct Avx512 {
   static D Load(const double* p) { return _mm512_load_pd(p); }
   static D LoadU(const double* p) { return _mm512_loadu_pd(p); }
   static void Store(double* p, D a) { _mm512_store_pd(p, a); }
+  static void StoreU(double* p, D a) { _mm512_storeu_pd(p, a); }
   static D Set(double a) { return _mm512_set1_pd(a); }
   static D Add(D a, D b) { return _mm512_add_pd(a, b); }
   static D Sub(D a, D b) { return _mm512_sub_pd(a, b); }

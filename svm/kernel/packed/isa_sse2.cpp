@@ -16,6 +16,7 @@ struct Sse2 {
   static D Load(const double* p) { return _mm_load_pd(p); }
   static D LoadU(const double* p) { return _mm_loadu_pd(p); }
   static void Store(double* p, D a) { _mm_store_pd(p, a); }
+  static void StoreU(double* p, D a) { _mm_storeu_pd(p, a); }
   static D Set(double a) { return _mm_set1_pd(a); }
   static D Add(D a, D b) { return _mm_add_pd(a, b); }
   static D Sub(D a, D b) { return _mm_sub_pd(a, b); }

@@ -67,7 +67,7 @@ bool PackedEngine::Agrees(const PackedInput& input, const packed::Operations* op
     small.vectors.push_back({&model.positions[v], &model.entries[v]});
   }
   // The first machine alone, then all three: the forms for one machine and for several.
-  for (const std::size_t machines : {1, 3}) {
+  for (const std::size_t machines : {std::size_t{1}, std::size_t{3}}) {
     small.machines.clear();
     for (std::size_t m = 0; m < machines; ++m) {
       small.machines.push_back({model.coefficients[m], model.terms[m], 0.5});
