@@ -79,6 +79,10 @@ CaseColumns MatchColumns(const std::vector<std::string_view>& names, const Loade
     columns.variables.push_back(var);
     columns.cells.push_back(header.PositionOf(var->GetName()));
   }
+  for (const ScoreDictVar* var : loaded.output->ExtraInputs()) {
+    columns.extras.push_back(header.Has(var->GetName()) ? header.PositionOf(var->GetName())
+                                                        : kNoCell);
+  }
   for (const std::string& name : copied) columns.copied.push_back(header.PositionOf(name));
   return columns;
 }

@@ -10,11 +10,15 @@
 
 namespace svmscore::app {
 
+inline constexpr std::size_t kNoCell = static_cast<std::size_t>(-1);
+
 struct CaseColumns {
   std::size_t width = 0;  // cells in every row
   // The variables that have a column, and the position of its cell in the row: parallel lists.
   std::vector<const MCZandor_850::ScoreDictVar*> variables;
   std::vector<std::size_t> cells;
+  // The cell of each of the output plan's extra inputs; kNoCell where the header lacks it.
+  std::vector<std::size_t> extras;
   // Cells that are copied to the output, in the order asked for.
   std::vector<std::size_t> copied;
 };

@@ -8,6 +8,7 @@
 
 namespace svmscore::app {
 
+using MCZandor_850::InputCaseRecord;
 using MCZandor_850::ScoreResult;
 
 void Tally::Count(long status) {
@@ -29,7 +30,9 @@ void Tally::Add(const Tally& other) {
 }
 
 CaseScorer::CaseScorer(const ScoringPlan& plan)
-    : plan_(plan), record_(plan.columns.variables, true, plan.replace_missing) {}
+    : plan_(plan),
+      record_(plan.columns.variables, true, plan.replace_missing),
+      outputs_(*plan.output, plan.replace_missing) {}
 
 CaseScorer::~CaseScorer() = default;
 
@@ -63,9 +66,10 @@ void CaseScorer::Score(CaseBlock& block) {
 }
 
 void CaseScorer::ScoreRow(CaseBlock& block) {
-  const long status = StatusOfRow();
-  block.tally.Count(status);
-  const ScoredCase scored{cells_, record_, status == 0 ? result_.get() : nullptr, status};
+  const output::Outcome outcome = ScoreCells();
+  block.tally.Count(outcome.status);
+  if (plan_.computes_output) plan_.output->Evaluate(outcome, record_, outputs_);
+  const ScoredCase scored{cells_, record_, outcome, outputs_};
   const RowFormat& format = *plan_.format;
   CellWriter cell(format, block.out);
   for (std::size_t i = 0; i < plan_.results.size(); ++i) {
@@ -75,21 +79,26 @@ void CaseScorer::ScoreRow(CaseBlock& block) {
   format.EndRow(block.out);
 }
 
-long CaseScorer::StatusOfRow() {
+output::Outcome CaseScorer::ScoreCells() {
   const CaseColumns& columns = plan_.columns;
-  for (std::size_t i = 0; i < columns.cells.size(); ++i) {
-    const std::string_view cell = cells_[columns.cells[i]];
-    if (IsMissing(cell)) {
-      record_.SetMissing(i);
-    } else {
-      record_.SetText(i, cell);
-    }
+  for (std::size_t i = 0; i < columns.cells.size(); ++i) SetCell(record_, i, columns.cells[i]);
+  for (std::size_t i = 0; plan_.computes_output && i < columns.extras.size(); ++i) {
+    SetCell(outputs_.Extras(), i, columns.extras[i]);
   }
-  if (record_.HasInvalid()) return MCScore::kInvalidValue;
+  const output::TargetRules& targets = plan_.output->Targets();
+  if (record_.HasInvalid()) return targets.Finish({MCScore::kInvalidValue, false}, nullptr);
   ScoreResult* result = result_.release();
   const MCScore::MCStatus status = plan_.model->GetScore(&record_, result, false);
   result_.reset(result);
-  return status.IsError() ? status.GetErrorCode() : 0;
+  return targets.Finish(status, result);
+}
+
+void CaseScorer::SetCell(InputCaseRecord& record, std::size_t position, std::size_t cell) {
+  if (cell == kNoCell || IsMissing(cells_[cell])) {
+    record.SetMissing(position);
+  } else {
+    record.SetText(position, cells_[cell]);
+  }
 }
 
 bool CaseScorer::IsMissing(std::string_view cell) const {

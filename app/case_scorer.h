@@ -14,6 +14,7 @@
 #include "app/result_columns.h"
 #include "app/row_blocks.h"
 #include "app/row_format.h"
+#include "host/output/output_plan.h"
 #include "host/score_case_record.h"
 #include "host/score_model.h"
 
@@ -25,6 +26,8 @@ struct ScoringPlan {
   CaseColumns columns;
   std::vector<std::string> missing_tokens;  // cells that count as missing besides empty ones
   bool replace_missing = false;
+  const output::OutputPlan* output = nullptr;
+  bool computes_output = false;  // the results hold columns of output fields
   ResultColumns results;
   std::unique_ptr<RowFormat> format;
 };
@@ -65,11 +68,13 @@ class CaseScorer {
 
  private:
   void ScoreRow(CaseBlock& block);
-  long StatusOfRow();
+  output::Outcome ScoreCells();
+  void SetCell(MCZandor_850::InputCaseRecord& record, std::size_t position, std::size_t cell);
   bool IsMissing(std::string_view cell) const;
 
   const ScoringPlan& plan_;
   MCZandor_850::InputCaseRecord record_;
+  output::OutputScratch outputs_;
   std::unique_ptr<MCZandor_850::ScoreResult> result_;
   std::vector<std::string_view> cells_;
 };

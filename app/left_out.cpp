@@ -30,10 +30,6 @@ void CheckOthers(const Inspected& inspected, FindingList& findings) {
       first = application;
     }
   }
-  if (const Element* output = FindChild(inspected.model, "Output")) {
-    findings.Add("output", output,
-                 "its output fields are not computed; the columns have their plain names");
-  }
 }
 
 void CheckModelAttributes(const Inspected& inspected, FindingList& findings) {
@@ -71,17 +67,11 @@ void CheckKernel(const Inspected& inspected, FindingList& findings) {
   }
 }
 
-// What the declarations of targets say about rescaling, for which there is no step after scoring.
-void CheckTargets(const Inspected& inspected, FindingList& findings) {
-  for (const Element* target : Children(FindChild(inspected.model, "Targets"), "Target")) {
-    for (const char* name : {"rescaleConstant", "rescaleFactor", "min", "max", "castInteger"}) {
-      const std::string text = AttributeText(target, name);
-      const double idle = std::string_view(name) == "rescaleFactor" ? 1.0 : 0.0;
-      const bool rescaling = std::string_view(name).starts_with("rescale");
-      if (text.empty() || (rescaling && ParseNumber(text) == idle)) continue;
-      findings.Add("target-not-rescaled", target,
-                   fmt::format("{} is not applied to predictions", name));
-    }
+// What the document declares of its results and does not get, or gets in a way worth telling.
+void CheckResults(const Inspected& inspected, FindingList& findings) {
+  if (inspected.loaded.output == nullptr) return;
+  for (const output::Note& note : inspected.loaded.output->Notes()) {
+    findings.Add("results", note.element, note.text);
   }
 }
 
@@ -96,7 +86,7 @@ void CheckDocument(const Inspected& inspected, FindingList& findings) {
   CheckOthers(inspected, findings);
   CheckModelAttributes(inspected, findings);
   CheckKernel(inspected, findings);
-  CheckTargets(inspected, findings);
+  CheckResults(inspected, findings);
 }
 
 void CheckCount(const Element* element, const std::string& attribute, std::size_t actual,

@@ -119,6 +119,12 @@ ModelSummary Summarise(const LoadedModel& loaded) {
   summary.vector_fields = vectors.Fields().size();
   summary.vectors = vectors.KeptCount();
   SummariseMachines(model, vectors, summary);
+  if (loaded.output != nullptr) {
+    for (const int field : loaded.output->FinalFields()) {
+      summary.output_fields.push_back(
+          loaded.output->Fields()[static_cast<std::size_t>(field)].name);
+    }
+  }
   summary.intake = loaded.intake;
   summary.left_out = WhatIsLeftOut(loaded, vectors);
   return summary;

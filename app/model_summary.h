@@ -53,8 +53,9 @@ struct ModelSummary {
   std::size_t vectors = 0;
   std::size_t terms = 0;
   std::vector<MachineSummary> machines;
-  std::optional<std::string> refused;  // why the model cannot be scored with
-  std::vector<IntakeStep> intake;      // what was changed before the document could be read
+  std::vector<std::string> output_fields;  // the columns that the document names
+  std::optional<std::string> refused;      // why the model cannot be scored with
+  std::vector<IntakeStep> intake;          // what was changed before the document could be read
   std::vector<Finding> left_out;
   std::optional<std::string> listing;  // the model's own Display text, where it was asked for
 };

@@ -98,6 +98,7 @@ std::string JsonOf(const ModelSummary& summary) {
                       {"terms", summary.terms}}},
                     {"inputs", InputsOf(summary)},
                     {"machines", MachinesOf(summary)},
+                    {"outputFields", summary.output_fields},
                     {"refused", summary.refused ? Json(*summary.refused) : Json()},
                     {"intake", IntakeOf(summary)},
                     {"leftOut", LeftOutOf(summary)},

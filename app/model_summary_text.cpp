@@ -161,6 +161,9 @@ std::string TextOf(const ModelSummary& summary) {
                    Counted(summary.vector_fields, "vector field"),
                    Counted(summary.vectors, "vector"), Counted(summary.machines.size(), "machine"),
                    Counted(summary.terms, "term")));
+  if (!summary.output_fields.empty()) {
+    Line(out, "Output", fmt::format("{}", fmt::join(summary.output_fields, ", ")));
+  }
   Line(out, "Missing value", fmt::format("policy {}", summary.missing_policy));
   WriteInputs(out, summary);
   WriteMachines(out, summary);

@@ -13,6 +13,7 @@
 #include "app/describe_command.h"
 #include "app/failure.h"
 #include "app/score_command.h"
+#include "app/verify_command.h"
 
 namespace svmscore::app {
 namespace {
@@ -32,7 +33,8 @@ int ParseAndRun(int argc, char** argv) {
       "5 the cases cannot be read; 6 the output cannot be written.");
   ScoreCommand score;
   DescribeCommand describe;
-  const std::array<Command*, 2> commands = {&score, &describe};
+  VerifyCommand verify;
+  const std::array<Command*, 3> commands = {&score, &describe, &verify};
   std::array<CLI::App*, commands.size()> parsed{};
   for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
   try {

@@ -3,16 +3,19 @@
 #include <utility>
 
 #include "host/score_dict_var.h"
+#include "host/score_result.h"
 
 namespace svmscore::app {
 namespace {
 
 using MCZandor_850::ScoreClsResult;
-using MCZandor_850::ScoreIntervalResult;
 using MCZandor_850::ScoreModel;
-using MCZandor_850::ScoreRegResult;
-using MCZandor_850::ScoreResult;
 using MCZandor_850::ScoreValue;
+using output::Method;
+using output::Outcome;
+using output::Percentages;
+using output::TargetRules;
+using transform::Value;
 
 // What results hold in place of a confidence, percentage or deviation that was not computed.
 constexpr double kNotComputed = -1.0;
@@ -46,104 +49,109 @@ class Status : public ResultColumn {
  public:
   Status() : ResultColumn("status") {}
   void Write(const ScoredCase& scored, CellWriter& cell) const override {
-    cell.Whole(scored.status);
+    cell.Whole(scored.outcome.status);
   }
 };
 
-// A column whose cell is empty for a case that failed.
-class FromResult : public ResultColumn {
+// A column whose cell is empty for a case without a prediction.
+class FromOutcome : public ResultColumn {
  public:
   using ResultColumn::ResultColumn;
   void Write(const ScoredCase& scored, CellWriter& cell) const final {
-    if (scored.result == nullptr) {
-      cell.Empty();
+    if (scored.outcome.IsPredicted()) {
+      WriteOutcome(scored.outcome, cell);
     } else {
-      WriteResult(*scored.result, cell);
+      cell.Empty();
     }
   }
 
  private:
-  virtual void WriteResult(const ScoreResult& result, CellWriter& cell) const = 0;
+  virtual void WriteOutcome(const Outcome& outcome, CellWriter& cell) const = 0;
 };
 
-class PredictedCategory : public FromResult {
+class PredictedCategory : public FromOutcome {
  public:
-  PredictedCategory() : FromResult("prediction") {}
+  explicit PredictedCategory(const std::vector<const ScoreValue*>& categories)
+      : FromOutcome("prediction"), categories_(categories) {}
 
  private:
-  void WriteResult(const ScoreResult& result, CellWriter& cell) const override {
-    const ScoreValue* prediction = result.GetPrediction();
-    if (prediction == nullptr || prediction->IsMissing()) {
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    if (outcome.category < 0) {
       cell.Empty();
     } else {
-      cell.Text(prediction->GetText());
+      cell.Text(categories_[static_cast<std::size_t>(outcome.category)]->GetText());
+    }
+  }
+
+  const std::vector<const ScoreValue*>& categories_;
+};
+
+class PredictedNumber : public FromOutcome {
+ public:
+  PredictedNumber() : FromOutcome("prediction") {}
+
+ private:
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    if (outcome.prediction.IsPresent()) {
+      cell.Number(outcome.prediction.GetNumber());
+    } else {
+      cell.Empty();
     }
   }
 };
 
-class PredictedNumber : public FromResult {
+class Confidence : public FromOutcome {
  public:
-  PredictedNumber() : FromResult("prediction") {}
+  Confidence() : FromOutcome("confidence") {}
 
  private:
-  void WriteResult(const ScoreResult& result, CellWriter& cell) const override {
-    const ScoreValue* prediction = result.GetPrediction();
-    if (prediction == nullptr || prediction->IsMissing()) {
-      cell.Empty();
-    } else {
-      cell.Number(prediction->GetDouble());
-    }
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    WriteComputed(outcome.confidence, cell);
   }
 };
 
-class Confidence : public FromResult {
+class Probability : public FromOutcome {
  public:
-  Confidence() : FromResult("confidence") {}
-
- private:
-  void WriteResult(const ScoreResult& result, CellWriter& cell) const override {
-    WriteComputed(result.GetConfidence(), cell);
-  }
-};
-
-class Probability : public FromResult {
- public:
-  Probability(const ScoreValue& category, std::size_t index)
-      : FromResult("probability(" + category.GetText() + ")"), index_(index) {}
+  Probability(const ScoreValue& category, std::size_t index, const TargetRules& targets)
+      : FromOutcome("probability(" + category.GetText() + ")"), index_(index), targets_(targets) {}
 
  private:
   // Results hold either no percentages or one for each category, in the order of the categories.
-  void WriteResult(const ScoreResult& result, CellWriter& cell) const override {
-    const auto& percents = static_cast<const ScoreClsResult&>(result).GetAllValuePercent();
-    WriteComputed(index_ < percents.size() ? percents[index_].second : kNotComputed, cell);
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    double percent = kNotComputed;
+    if (const auto* result = dynamic_cast<const ScoreClsResult*>(outcome.result)) {
+      const auto& percents = result->GetAllValuePercent();
+      if (index_ < percents.size()) percent = percents[index_].second;
+    } else {
+      percent = targets_.ShareOf(outcome, static_cast<int>(index_)).value_or(kNotComputed);
+    }
+    WriteComputed(percent, cell);
   }
 
   std::size_t index_;
+  const TargetRules& targets_;
 };
 
-class StandardDeviation : public FromResult {
+class StandardDeviation : public FromOutcome {
  public:
-  StandardDeviation() : FromResult("stddev") {}
+  StandardDeviation() : FromOutcome("stddev") {}
 
  private:
-  void WriteResult(const ScoreResult& result, CellWriter& cell) const override {
-    WriteComputed(static_cast<const ScoreRegResult&>(result).GetStdDev(), cell);
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    WriteComputed(outcome.std_dev, cell);
   }
 };
 
-class IntervalBound : public FromResult {
+class IntervalBound : public FromOutcome {
  public:
   enum Side { kLower, kUpper };
   explicit IntervalBound(Side side)
-      : FromResult(side == kLower ? "ci_lower" : "ci_upper"), side_(side) {}
+      : FromOutcome(side == kLower ? "ci_lower" : "ci_upper"), side_(side) {}
 
  private:
-  void WriteResult(const ScoreResult& result, CellWriter& cell) const override {
-    const auto* interval = dynamic_cast<const ScoreIntervalResult*>(&result);
-    double lower = 0.0;
-    double upper = 0.0;
-    if (interval != nullptr && interval->GetInterval(lower, upper)) {
-      cell.Number(side_ == kLower ? lower : upper);
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    if (outcome.has_interval) {
+      cell.Number(side_ == kLower ? outcome.lower : outcome.upper);
     } else {
       cell.Empty();
     }
@@ -152,38 +160,71 @@ class IntervalBound : public FromResult {
   Side side_;
 };
 
+// A column that the document declares.
+class OutputColumn : public ResultColumn {
+ public:
+  OutputColumn(std::string name, int field)
+      : ResultColumn(std::move(name)), field_(static_cast<std::size_t>(field)) {}
+
+  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+    const Value& value = scored.outputs.Cell(field_);
+    if (!value.IsPresent()) {
+      cell.Empty();
+    } else if (value.IsInteger()) {
+      cell.Whole(value.GetInteger());
+    } else if (value.Data() == DataType::kDouble || value.Data() == DataType::kFloat) {
+      cell.Number(value.GetNumber());
+    } else {
+      cell.Text(scored.outputs.TextOf(value));
+    }
+  }
+
+ private:
+  std::size_t field_;
+};
+
 template <typename Column, typename... Arguments>
 void Add(ResultColumns& columns, Arguments&&... arguments) {
   columns.push_back(std::make_unique<Column>(std::forward<Arguments>(arguments)...));
 }
 
+void AddPlainColumns(const ScoreModel& model, const TargetRules& targets, bool all,
+                     ResultColumns& columns) {
+  const output::Scheme& scheme = targets.GetScheme();
+  const bool more = !model.GetPredictionOnly();
+  if (scheme.method == Method::kRegression) {
+    Add<PredictedNumber>(columns);
+    if (!all && !(more && scheme.interval)) return;
+    Add<StandardDeviation>(columns);
+    Add<IntervalBound>(columns, IntervalBound::kLower);
+    Add<IntervalBound>(columns, IntervalBound::kUpper);
+    return;
+  }
+  const auto& categories = targets.Target().GetCategories();
+  Add<PredictedCategory>(columns, categories);
+  if (!all && !(more && scheme.percentages != Percentages::kNone)) return;
+  Add<Confidence>(columns);
+  std::size_t index = 0;
+  for (const ScoreValue* category : categories) {
+    Add<Probability>(columns, *category, index++, targets);
+  }
+}
+
 }  // namespace
 
-ResultColumns MakeColumns(const ScoreModel& model, const Scheme& scheme, ColumnChoice choice,
-                          const CaseColumns& columns,
+ResultColumns MakeColumns(const ScoreModel& model, const output::OutputPlan& output,
+                          ColumnChoice choice, const CaseColumns& columns,
                           const std::vector<std::string>& copied_names) {
-  const bool all = choice == ColumnChoice::kAll;
-  const bool more = !model.GetPredictionOnly();
   ResultColumns made;
   for (std::size_t i = 0; i < columns.copied.size(); ++i) {
     Add<CopiedCell>(made, copied_names[i], columns.copied[i]);
   }
-  if (scheme.method == Method::kRegression) {
-    Add<PredictedNumber>(made);
-    if (all || (more && scheme.interval)) {
-      Add<StandardDeviation>(made);
-      Add<IntervalBound>(made, IntervalBound::kLower);
-      Add<IntervalBound>(made, IntervalBound::kUpper);
+  if (choice == ColumnChoice::kDocument && !output.Fields().empty()) {
+    for (const int field : output.FinalFields()) {
+      Add<OutputColumn>(made, output.Fields()[static_cast<std::size_t>(field)].name, field);
     }
   } else {
-    Add<PredictedCategory>(made);
-    if (all || (more && scheme.percentages != Percentages::kNone)) {
-      Add<Confidence>(made);
-      std::size_t index = 0;
-      for (const ScoreValue* category : model.GetTargetVar()->GetCategories()) {
-        Add<Probability>(made, *category, index++);
-      }
-    }
+    AddPlainColumns(model, output.Targets(), choice == ColumnChoice::kAll, made);
   }
   Add<Status>(made);
   return made;

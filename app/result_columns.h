@@ -9,23 +9,18 @@
 
 #include "app/case_columns.h"
 #include "app/row_format.h"
-#include "host/output/scheme.h"
+#include "host/output/output_plan.h"
 #include "host/score_case_record.h"
 #include "host/score_model.h"
-#include "host/score_result.h"
 
 namespace svmscore::app {
 
-using output::Method;
-using output::Percentages;
-using output::Scheme;
-
 // One case after scoring. Everything is borrowed, and changes with the next case.
 struct ScoredCase {
-  const std::vector<std::string_view>& cells;         // of the input row
-  const MCZandor_850::InputCaseRecord& record;        // the treated values
-  const MCZandor_850::ScoreResult* result = nullptr;  // null where the case failed
-  long status = 0;
+  const std::vector<std::string_view>& cells;   // of the input row
+  const MCZandor_850::InputCaseRecord& record;  // the treated values
+  const output::Outcome& outcome;
+  output::OutputScratch& outputs;  // computed where there are columns of output fields
 };
 
 // Where a column writes its cell: exactly one call a cell.
@@ -58,13 +53,14 @@ using ResultColumns = std::vector<std::unique_ptr<ResultColumn>>;
 
 // Which of the result's columns are written.
 enum class ColumnChoice {
-  kComputed,  // those that the model's scheme computes
-  kAll,
+  kDocument,  // the document's output fields; without any, as kComputed
+  kComputed,  // those that the model's scheme computes, under plain names
+  kAll,       // every one, under plain names
 };
 
 // Copied cells first, then those of the result, then the status. `copied_names` are the names of
 // `columns.copied`.
-ResultColumns MakeColumns(const MCZandor_850::ScoreModel& model, const Scheme& scheme,
+ResultColumns MakeColumns(const MCZandor_850::ScoreModel& model, const output::OutputPlan& output,
                           ColumnChoice choice, const CaseColumns& columns,
                           const std::vector<std::string>& copied_names);
 

@@ -8,7 +8,6 @@
 
 #include "app/case_columns.h"
 #include "app/csv_row.h"
-#include "app/elements.h"
 #include "app/input_file.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
@@ -17,7 +16,6 @@
 #include "app/result_columns.h"
 #include "app/row_blocks.h"
 #include "app/row_format.h"
-#include "host/output/scheme.h"
 #include "host/scoring_log.h"
 
 namespace svmscore::app {
@@ -32,6 +30,11 @@ void UsePolicy(ScoreModel& model, const std::string& policy) {
   if (policy == "replace") model.SetMissingValuePolicy(ScoreModel::kReplaceMissing);
   if (policy == "predict-missing") model.SetMissingValuePolicy(ScoreModel::kPredictMissing);
   if (policy == "fail") model.SetMissingValuePolicy(ScoreModel::kFailOnMissing);
+}
+
+ColumnChoice ChoiceOf(const std::string& columns) {
+  if (columns == "auto") return ColumnChoice::kDocument;
+  return columns == "raw" ? ColumnChoice::kComputed : ColumnChoice::kAll;
 }
 
 // Names separated by commas, with the quoting of CSV for a name that holds one.
@@ -78,9 +81,10 @@ std::vector<std::string> NamesOf(const ResultColumns& results, bool json) {
   std::vector<std::string> names;
   for (const auto& column : results) {
     if (json && std::find(names.begin(), names.end(), column->Name()) != names.end()) {
-      throw Failure(kUsageError, fmt::format("--passthrough: the output has a column \"{}\" of its "
-                                             "own, or the name is given twice",
-                                             column->Name()));
+      throw Failure(kUsageError,
+                    fmt::format("the output would have two columns \"{}\": name it once in "
+                                "--passthrough, and not at all where the output has one of its own",
+                                column->Name()));
     }
     names.push_back(column->Name());
   }
@@ -99,9 +103,10 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
   app->add_option("--format", format_, "csv, or jsonl for one JSON object a line")
       ->check(CLI::IsMember({"csv", "jsonl"}))
       ->capture_default_str();
-  app->add_option("--columns", columns_,
-                  "auto: what the model computes; all: every column; raw: auto with plain names "
-                  "whatever the document's Output says")
+  app->add_option(
+         "--columns", columns_,
+         "auto: the document's output fields, or else what the model computes; raw: what the "
+         "model computes, under plain names; all: every column, under plain names")
       ->check(CLI::IsMember({"auto", "all", "raw"}))
       ->capture_default_str();
   app->add_option("--passthrough", passthrough_,
@@ -140,11 +145,10 @@ ExitStatus ScoreCommand::Run() {
   plan.missing_tokens = missing_tokens_;
   if (plan.missing_tokens.empty()) plan.missing_tokens = {"NA", "N/A"};
   plan.replace_missing = model.GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
-  const Scheme scheme = output::SchemeOf(FindModelElement(loaded.document.Dom()),
-                                         model.GetTargetVar()->GetCategories().size());
-  plan.results =
-      MakeColumns(model, scheme, columns_ == "all" ? ColumnChoice::kAll : ColumnChoice::kComputed,
-                  plan.columns, copied);
+  const ColumnChoice choice = ChoiceOf(columns_);
+  plan.output = loaded.output.get();
+  plan.computes_output = choice == ColumnChoice::kDocument && !loaded.output->Fields().empty();
+  plan.results = MakeColumns(model, *loaded.output, choice, plan.columns, copied);
   const bool json = format_ == "jsonl";
   std::vector<std::string> names = NamesOf(plan.results, json);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));

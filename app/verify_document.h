@@ -8,9 +8,9 @@
 namespace svmscore::app {
 
 // Fields of the mining schema give the inputs. Output fields are compared; where the document
-// verifies none of them, the target's column is. Throws a Failure(kModelError) for a document without
-// records, and an SSException, its place in words, for records that cannot be read and where there
-// is nothing to compare.
+// verifies none of them, the target's column is. Throws a Failure(kModelError) for a document
+// without records, and an SSException, its place in words, for records that cannot be read and
+// where there is nothing to compare.
 VerifyReport VerifyDocument(const LoadedModel& loaded);
 
 }  // namespace svmscore::app

@@ -46,20 +46,21 @@ void OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
   }
   slots[prediction_slot_] = outcome.prediction;
   for (const Read& read : reads_) {
-    slots[read.slot] = transform::FromRecord(record.GetValueOf(*read.var),
-                                             read.var->GetFieldType(), scratch.arena_);
+    slots[read.slot] = transform::FromRecord(record.GetValueOf(*read.var), read.var->GetFieldType(),
+                                             scratch.arena_);
   }
   for (std::size_t i = 0; i < extra_reads_.size(); ++i) {
     const Read& read = extra_reads_[i];
     const ScoreValue* value = scratch.extras_.GetValue(static_cast<int>(i));
     const bool usable = read.var->IsMissingValue(value) || read.var->IsValidValue(value);
-    slots[read.slot] = usable ? transform::FromRecord(value, read.var->GetFieldType(),
-                                                      scratch.arena_)
-                              : Value::Invalid();
+    slots[read.slot] = usable
+                           ? transform::FromRecord(value, read.var->GetFieldType(), scratch.arena_)
+                           : Value::Invalid();
   }
   if (program_ != nullptr) {
     program_->Evaluate(record, *scratch.derived_);
-    for (const ReadDerived& read : derived_) slots[read.slot] = scratch.derived_->Slot(read.position);
+    for (const ReadDerived& read : derived_)
+      slots[read.slot] = scratch.derived_->Slot(read.position);
   }
   const transform::Frame frame{slots, scratch.arena_};
   for (std::size_t i = 0; i < fields_.size(); ++i) {
@@ -115,8 +116,8 @@ Value OutputPlan::Residual(const Step& step, const Outcome& outcome,
   const int category = step.category >= 0 ? step.category : outcome.category;
   const auto share = targets_.ShareOf(outcome, category);
   if (!share) return Value::Missing();
-  const bool same = transform::Compare(actual, targets_.CategoryValue(category)) ==
-                    transform::Comparison::kEqual;
+  const bool same =
+      transform::Compare(actual, targets_.CategoryValue(category)) == transform::Comparison::kEqual;
   return Value::Double((same ? 1.0 : 0.0) - *share);
 }
 

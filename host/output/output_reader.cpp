@@ -122,7 +122,8 @@ void OutputReader::ReadField(const Element* element) {
   if (field.type) {
     for (transform::Value& decision : step.decisions) {
       decision = transform::Convert(decision, *field.type, plan_.pool_);
-      if (!decision.IsPresent()) transform::Refuse(element, "a decision is not of the field's type");
+      if (!decision.IsPresent())
+        transform::Refuse(element, "a decision is not of the field's type");
     }
   }
   ReadOrder(element, field);
@@ -295,10 +296,10 @@ std::optional<Field> OutputReader::Find(const std::string& name) {
   if (input != nullptr) return FieldOfInput(*input);
   if (output != positions_.end()) {
     const std::string field = RequireAttribute(current_, tags::XML_ATT_NAME);
-    transform::Refuse(current_, output->second == known_.size()
-                                    ? "output field " + field + " refers to itself"
-                                    : "output field " + field + " refers to " + name +
-                                          ", which stands after it");
+    transform::Refuse(
+        current_, output->second == known_.size()
+                      ? "output field " + field + " refers to itself"
+                      : "output field " + field + " refers to " + name + ", which stands after it");
   }
   return std::nullopt;
 }

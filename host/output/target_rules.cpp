@@ -32,8 +32,7 @@ const DOMElement* FindTarget(const DOMElement* model, const std::string& target,
                              std::vector<Note>& notes) {
   const DOMElement* nameless = nullptr;
   std::vector<const DOMElement*> all;
-  for (const DOMElement* element :
-       Children(FindChild(model, tags::XML_ELE_TARGETS), "Target")) {
+  for (const DOMElement* element : Children(FindChild(model, tags::XML_ELE_TARGETS), "Target")) {
     const auto field = FindAttribute(element, "field");
     if (field == target) return element;
     if (!field && nameless == nullptr) nameless = element;
@@ -63,15 +62,21 @@ TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* do
     displays_.push_back(target_->GetCategoryDisplay(index++));
   }
   if (scheme_.method == Method::kRegression) {
-    ReadSteps(element, notes);
+    ReadSteps(element);
     ReadDefault(element);
+    if (target_->GetFieldType().data == DataType::kInteger && cast_ == Cast::kNone) {
+      notes.push_back({element != nullptr ? element : model_element,
+                       "the target " + target_->GetName() +
+                           " is an integer and no castInteger is declared: predictions are "
+                           "rounded to the nearest integer"});
+    }
   } else {
     ReadCategories(element, notes);
     FindResponse(model_element);
   }
 }
 
-void TargetRules::ReadSteps(const DOMElement* element, std::vector<Note>& notes) {
+void TargetRules::ReadSteps(const DOMElement* element) {
   min_ = FindNumber(element, "min");
   max_ = FindNumber(element, "max");
   factor_ = FindNumber(element, "rescaleFactor").value_or(1.0);
@@ -88,11 +93,6 @@ void TargetRules::ReadSteps(const DOMElement* element, std::vector<Note>& notes)
     cast_ = Cast::kFloor;
   } else if (FindAttribute(element, "castInteger")) {
     RefuseValue(element, "castInteger", cast);
-  }
-  if (target_->GetFieldType().data == DataType::kInteger && cast_ == Cast::kNone) {
-    notes.push_back({element, "the target " + target_->GetName() +
-                                  " is an integer and no castInteger is declared: predictions are "
-                                  "rounded to the nearest integer"});
   }
 }
 
@@ -152,8 +152,7 @@ void TargetRules::FindResponse(const DOMElement* model_element) {
   if (scheme_.method != Method::kBinary || scheme_.percentages != Percentages::kProbabilities) {
     return;
   }
-  const DOMElement* extension =
-      MachineExtension(FindChild(model_element, tags::XML_ELE_SVM_SVM));
+  const DOMElement* extension = MachineExtension(FindChild(model_element, tags::XML_ELE_SVM_SVM));
   const auto response = FindAttribute(FindChild(extension, tags::XML_ELE_SVM_RESPONSECATEGORY),
                                       tags::XML_ATT_SVM_RESPONSE);
   second_responds_ = response && target_->GetCategoryIndexOfText(*response) == 1;
@@ -199,8 +198,7 @@ void TargetRules::FinishNumber(const ScoreResult& result, Outcome& outcome) cons
   const double std_dev = regression->GetStdDev();
   if (std_dev != kNotComputed) outcome.std_dev = std_dev * std::fabs(factor_);
   const auto* interval = dynamic_cast<const ScoreIntervalResult*>(&result);
-  outcome.has_interval =
-      interval != nullptr && interval->GetInterval(outcome.lower, outcome.upper);
+  outcome.has_interval = interval != nullptr && interval->GetInterval(outcome.lower, outcome.upper);
   if (!outcome.has_interval) return;
   outcome.lower = Scale(outcome.lower);
   outcome.upper = Scale(outcome.upper);

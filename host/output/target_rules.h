@@ -27,11 +27,11 @@ struct Outcome {
     kFailed,              // an invalid input, no decidable outcome, or a failure that was asked for
   };
   Ending ending = Ending::kFailed;
-  long status = 0;             // 0, or the code of the case's failure
-  transform::Value prediction; // of the target's type; missing where there is none
-  int category = -1;           // of the target; -1 where the prediction is none of them
-  double confidence = -1.0;    // -1.0 where there is none
-  double std_dev = -1.0;       // likewise; in units of the target
+  long status = 0;              // 0, or the code of the case's failure
+  transform::Value prediction;  // of the target's type; missing where there is none
+  int category = -1;            // of the target; -1 where the prediction is none of them
+  double confidence = -1.0;     // -1.0 where there is none
+  double std_dev = -1.0;        // likewise; in units of the target
   bool has_interval = false;
   double lower = 0.0;
   double upper = 0.0;
@@ -74,7 +74,7 @@ class SVMSCORE_HOST_API TargetRules {
  private:
   enum class Cast { kNone, kRound, kCeiling, kFloor };
 
-  void ReadSteps(const xercesc::DOMElement* element, std::vector<Note>& notes);
+  void ReadSteps(const xercesc::DOMElement* element);
   void ReadCategories(const xercesc::DOMElement* element, std::vector<Note>& notes);
   void ReadDefault(const xercesc::DOMElement* element);
   transform::Value OfTargetType(double number) const;

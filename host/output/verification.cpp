@@ -38,8 +38,8 @@ Judgement JudgeNumbers(double expected, double actual, const Allowance& allowanc
   Judgement judgement;
   const double distance = std::fabs(actual - expected);
   const double size = std::fabs(expected);
-  const bool zeros = size <= allowance.zero_threshold &&
-                     std::fabs(actual) <= allowance.zero_threshold;
+  const bool zeros =
+      size <= allowance.zero_threshold && std::fabs(actual) <= allowance.zero_threshold;
   const bool close = std::isfinite(size) && distance <= allowance.precision * size;
   judgement.agrees = actual == expected || zeros || close;
   judgement.deviation = actual == expected ? 0.0 : distance / size;
@@ -94,8 +94,8 @@ Judgement Judge(std::string_view expected, const Value& actual, const Allowance&
   transform::Arena arena;
   const Value value = transform::FromDocument(expected, actual.Type(), arena);
   Judgement judgement;
-  judgement.agrees = value.IsPresent() && transform::Compare(value, actual) ==
-                                              transform::Comparison::kEqual;
+  judgement.agrees =
+      value.IsPresent() && transform::Compare(value, actual) == transform::Comparison::kEqual;
   return judgement;
 }
 

@@ -174,11 +174,11 @@ INSTANTIATE_TEST_SUITE_P(
                "SigmoidKernelType",
                {{"<VectorDictionary", "<SigmoidKernelType gamma=\"-1\"/><VectorDictionary"}}},
         Silent{"kernel-minus-one", "PolynomialKernelType", {{"coef0=\"0\"", "coef0=\"-1\""}}},
-        Silent{"target-not-rescaled",
-               "Target",
+        Silent{"results",
+               "OutputField",
                {{"<LinearKernelType/>",
-                 "<LinearKernelType degree=\"-1\"/><Targets><Target field=\"y\" "
-                 "rescaleFactor=\"2\"/></Targets>"}},
+                 "<LinearKernelType degree=\"-1\"/><Output><OutputField name=\"error\" "
+                 "feature=\"standardError\"/></Output>"}},
                "line.pmml"}));
 
 INSTANTIATE_TEST_SUITE_P(

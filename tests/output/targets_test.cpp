@@ -1,0 +1,147 @@
+// What targets make of a model's number, and what they predict where inputs are missing.
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "host/ss_exception.h"
+#include "tests/output/scoring.h"
+
+namespace svmscore_test {
+namespace {
+
+using svmscore::output::Outcome;
+using Ending = Outcome::Ending;
+
+// y = slope * x, and the machine's extension gives a standard deviation of 0.5.
+std::string Line(const std::string& targets, const std::string& target_type = "double",
+                 const std::string& slope = "1") {
+  return R"(<PMML version="4.4"><Header/><DataDictionary>
+    <DataField name="x" optype="continuous" dataType="double"/>
+    <DataField name="other" optype="continuous" dataType="double"/>
+    <DataField name="y" optype="continuous" dataType=")" +
+         target_type + R"("/></DataDictionary>
+    <SupportVectorMachineModel functionName="regression">
+    <MiningSchema><MiningField name="x"/><MiningField name="y" usageType="target"/></MiningSchema>)" +
+         targets + R"(<LinearKernelType/><VectorDictionary><VectorFields><FieldRef field="x"/>
+    </VectorFields><VectorInstance id="v"><REAL-SparseArray n="1"><Indices>1</Indices>
+    <REAL-Entries>1</REAL-Entries></REAL-SparseArray></VectorInstance></VectorDictionary>
+    <SupportVectorMachine><Extension extender="svmscore"><StandardDeviation>0.5</StandardDeviation>
+    </Extension><SupportVectors><SupportVector vectorId="v"/></SupportVectors>
+    <Coefficients><Coefficient value=")" +
+         slope + R"("/></Coefficients></SupportVectorMachine></SupportVectorMachineModel></PMML>)";
+}
+
+double Predict(const std::string& document, const std::string& x) {
+  Scoring scoring(document);
+  const Outcome& outcome = scoring.Score({{"x", x}});
+  EXPECT_EQ(outcome.status, 0);
+  return outcome.prediction.GetNumber();
+}
+
+// The code with which a document is refused; 0 where it is not.
+int Refused(const std::string& document) {
+  try {
+    Scoring scoring(document);
+  } catch (const MCZandor_850::SSException& error) {
+    EXPECT_NE(std::string(error.what()).find("line "), std::string::npos) << error.what();
+    return error.GetErrorCode();
+  }
+  return 0;
+}
+
+std::string OnlyTarget(const std::string& attributes) {
+  return "<Targets><Target field=\"y\" " + attributes + "/></Targets>";
+}
+
+TEST(Targets, WithoutThemADoubleKeepsItsBits) {
+  const std::string document = Line("", "double", "-1");
+  EXPECT_EQ(Predict(document, "0.1"), -0.1);
+  EXPECT_EQ(Predict(document, "-0.3"), 0.3);
+}
+
+TEST(Targets, ThePredictionHasTheTargetsType) {
+  EXPECT_EQ(Predict(Line("", "float"), "0.1"), static_cast<double>(0.1F));
+  EXPECT_EQ(Predict(Line("", "integer"), "2.5"), 3.0);
+  EXPECT_EQ(Predict(Line("", "integer"), "-2.5"), -2.0);
+  EXPECT_EQ(Predict(Line(OnlyTarget("castInteger=\"floor\""), "integer"), "2.9"), 2.0);
+  EXPECT_EQ(Scoring(Line("", "integer")).Plan().Notes().size(), 1U);
+  Scoring huge(Line("", "integer"));
+  EXPECT_EQ(huge.Score({{"x", "1e300"}}).status, 90027);
+}
+
+TEST(Targets, TheOneForTheModelsTargetIsChosen) {
+  const std::string other = R"(<Target field="other" rescaleConstant="1"/>)";
+  const std::string nameless = R"(<Target rescaleConstant="10"/>)";
+  const std::string unknown = R"(<Target field="Y" rescaleConstant="100"/>)";
+  const std::string named = R"(<Target field="y" rescaleConstant="1000"/>)";
+  const auto with = [](const std::string& targets) {
+    return Predict(Line("<Targets>" + targets + "</Targets>"), "0");
+  };
+  EXPECT_EQ(with(other + nameless + named), 1000.0);
+  EXPECT_EQ(with(other + nameless), 10.0);
+  EXPECT_EQ(with(nameless), 10.0);
+  EXPECT_EQ(with(unknown), 100.0);
+  EXPECT_EQ(with(other), 0.0);
+  EXPECT_EQ(with(other + unknown), 0.0);
+}
+
+TEST(Targets, ANegativeFactorTurnsTheIntervalRound) {
+  Scoring plain(Line(""));
+  Scoring scaled(Line(OnlyTarget(R"(max="1" rescaleFactor="-2" rescaleConstant="3")")));
+  const Outcome raw = plain.Score({{"x", "4"}});
+  const Outcome outcome = scaled.Score({{"x", "4"}});
+  EXPECT_EQ(outcome.prediction.GetNumber(), 1.0);
+  EXPECT_EQ(raw.std_dev, 0.5);
+  EXPECT_EQ(outcome.std_dev, 1.0);
+  ASSERT_TRUE(outcome.has_interval);
+  EXPECT_EQ(outcome.lower, raw.upper * -2 + 3);
+  EXPECT_EQ(outcome.upper, raw.lower * -2 + 3);
+}
+
+TEST(Targets, ADefaultValueIsPredictedAsItStands) {
+  Scoring scoring(Line(R"(<Targets><Target field="y" max="5" rescaleFactor="2">
+    <TargetValue defaultValue="7.5"/></Target></Targets>)"));
+  const Outcome& outcome = scoring.Score({});
+  EXPECT_EQ(outcome.ending, Ending::kPredictedByDefault);
+  EXPECT_EQ(outcome.status, 0);
+  EXPECT_EQ(outcome.prediction.GetNumber(), 7.5);
+  EXPECT_FALSE(outcome.has_interval);
+  EXPECT_EQ(scoring.Score({{"x", "abc"}}).status, 90027);
+  scoring.Loaded().model->SetMissingValuePolicy(MCZandor_850::ScoreModel::kFailOnMissing);
+  EXPECT_EQ(scoring.Score({}).status, 90029);
+  EXPECT_EQ(scoring.Score({}).ending, Ending::kFailed);
+}
+
+TEST(Targets, TheLargestPriorIsPredictedWhereInputsAreMissing) {
+  const std::string targets = R"(<Targets><Target field="state" rescaleFactor="2">
+    <TargetValue value="alarm" displayValue="Run" priorProbability="0.2"/>
+    <TargetValue value="ok" priorProbability="0.3"/></Target></Targets>)";
+  std::string document =
+      Edit(Document("alarm.pmml"), "<LocalTransformations>", targets + "<LocalTransformations>");
+  document = Edit(document, "</Output>",
+                  R"(<OutputField name="p" dataType="double" feature="probability"/></Output>)");
+  Scoring scoring(document);
+  const Outcome& outcome = scoring.Score({{"temp", "30"}});
+  EXPECT_EQ(outcome.ending, Ending::kPredictedByDefault);
+  EXPECT_EQ(scoring.Text("label"), "ok");
+  EXPECT_EQ(scoring.Text("text"), "Normal");
+  EXPECT_DOUBLE_EQ(scoring.Number("p").value(), 0.6);
+  EXPECT_EQ(scoring.Score({{"temp", "30"}, {"load", "abc"}}).status, 90027);
+  // The model's own answer has no probabilities, and the target's text replaces the dictionary's.
+  scoring.Score({{"temp", "30"}, {"load", "85"}});
+  EXPECT_EQ(scoring.Text("text"), "Run");
+  EXPECT_FALSE(scoring.Number("p"));
+}
+
+TEST(Targets, ValuesThatMeanNothingAreRefused) {
+  EXPECT_EQ(Refused(Line(OnlyTarget(R"(min="2" max="1")"))), 260313);
+  EXPECT_EQ(Refused(Line(OnlyTarget("castInteger=\"up\""))), 260153);
+  EXPECT_EQ(Refused(Line(OnlyTarget("rescaleFactor=\"two\""))), 260153);
+  EXPECT_EQ(Refused(Edit(Document("alarm.pmml"), "<LocalTransformations>",
+                         R"(<Targets><Target><TargetValue value="ok" priorProbability="2"/></Target>
+                         </Targets><LocalTransformations>)")),
+            260153);
+}
+
+}  // namespace
+}  // namespace svmscore_test
