@@ -34,6 +34,12 @@ Width WidthOf(std::string_view document) {
   return byte(0) == 0 || byte(1) == 0 || byte(0) == 0x4C ? Width::kUnknown : Width::kOneByte;
 }
 
+// The size of a byte-order mark, which the parser does not count.
+std::size_t MarkSize(std::string_view document) {
+  if (document.starts_with("\xEF\xBB\xBF")) return 3;
+  return document.starts_with("\xFF\xFE") || document.starts_with("\xFE\xFF") ? 2 : 0;
+}
+
 std::string Widen(std::string_view ascii, Width width) {
   if (width == Width::kOneByte) return std::string(ascii);
   std::string wide;
@@ -87,7 +93,9 @@ class PlaceFinder : public xercesc::DefaultHandler {
  private:
   bool IsChild() const { return model_depth_ > 0 && depth_ == model_depth_ + 1; }
   // Just after the tag that was read last.
-  std::size_t Offset() const { return static_cast<std::size_t>(reader_.getSrcOffset()); }
+  std::size_t Offset() const {
+    return MarkSize(document_) + static_cast<std::size_t>(reader_.getSrcOffset());
+  }
 
   const xercesc::SAX2XMLReader& reader_;
   std::string_view document_;

@@ -63,6 +63,15 @@ std::string Parts::Text() const {
          "</VectorDictionary>\n" + machines + "</SupportVectorMachineModel></PMML>";
 }
 
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+  std::size_t at = text.find(from);
+  EXPECT_NE(at, std::string::npos) << from;
+  for (; at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
 std::string Reading::Steps() const {
   std::string text;
   for (const svmscore::IntakeStep& step : steps) {

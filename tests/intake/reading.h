@@ -42,6 +42,9 @@ struct Parts {
   std::string Text() const;
 };
 
+// Replaces every `from`; there must be some.
+std::string Replaced(std::string text, const std::string& from, const std::string& to);
+
 struct Reading {
   svmscore::PmmlDocument document;
   std::vector<svmscore::IntakeStep> steps;

@@ -1,8 +1,6 @@
 // What a translator would pass over in silence, and the strict reading.
 #include <gtest/gtest.h>
 
-#include <regex>
-
 #include "host/message_codes.h"
 #include "tests/intake/reading.h"
 
@@ -35,8 +33,7 @@ TEST(Refusals, NameWhatWouldBeDropped) {
        "element Field, line 5"},
   };
   for (const auto& [pattern, replacement, code, place] : cases) {
-    const std::string text = std::regex_replace(Parts().Text(), std::regex(pattern), replacement,
-                                                std::regex_constants::format_first_only);
+    const std::string text = Replaced(Parts().Text(), pattern, replacement);
     const auto error = Refusal(text);
     EXPECT_EQ(error.GetErrorCode(), code) << pattern << ": " << error.what();
     EXPECT_EQ(error.GetPlace(), place) << pattern;
@@ -45,7 +42,7 @@ TEST(Refusals, NameWhatWouldBeDropped) {
 }
 
 TEST(Refusals, AnAbsentCoefficientIsZero) {
-  const std::string text = std::regex_replace(Parts().Text(), std::regex(R"(value="-3")"), "");
+  const std::string text = Replaced(Parts().Text(), R"(value="-3")", "");
   EXPECT_EQ(Read(text).Steps(), "");
 }
 

@@ -1,6 +1,4 @@
 // What targets make of a model's number, and what they predict where inputs are missing.
-#include <cmath>
-
 #include <gtest/gtest.h>
 
 #include "host/ss_exception.h"

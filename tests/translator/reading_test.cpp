@@ -60,7 +60,7 @@ bool Accepts(int categories, bool one_against_all, unsigned long machines) {
 TEST(ReadingTest, TheNumberOfMachinesFitsTheTarget) {
   EXPECT_TRUE(Accepts(2, true, 1));
   EXPECT_FALSE(Accepts(2, true, 2));
-  for (const unsigned long n : {2, 3, 7}) EXPECT_TRUE(Accepts(3, true, n));
+  for (const unsigned long n : {2UL, 3UL, 7UL}) EXPECT_TRUE(Accepts(3, true, n));
   EXPECT_TRUE(Accepts(4, false, 6));
   EXPECT_FALSE(Accepts(4, false, 4));
   EXPECT_FALSE(Accepts(0, true, 1));
