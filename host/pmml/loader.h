@@ -26,20 +26,20 @@ struct SVMSCORE_HOST_API LoadedModel {
   std::vector<const MCZandor_850::ScoreDictVar*> needed;
   // All variables that the mining schema makes inputs. In dictionary order; owned by the model.
   std::vector<const MCZandor_850::ScoreDictVar*> active;
-  // How the document was made readable; empty where it is read as it stands.
+  // How the document was made readable, and remarks on how it is read; empty where it is read as
+  // it stands and its author meant it.
   std::vector<IntakeStep> intake;
   // What the document makes of results. Null only where it cannot be read and that is tolerated.
   std::unique_ptr<output::OutputPlan> output;
 };
 
-// Whether what a translator passes over in silence, and what makes every score doubtful, is
-// refused: transformations that cannot be computed, vector fields that name nothing or a text,
-// vectors and machine terms that do not fit together. A program that describes a document rather
-// than scoring with it tells of these itself.
+// Whether what makes every score meaningless is refused: transformations that cannot be computed,
+// vector fields that name nothing or a text, forms of a document that are not supported. A program
+// that describes a document rather than scoring with it tells of these itself.
 enum class LoadChecks {
   kRefuse,
   kTolerate,
-  kStrict,  // refuses, and also refuses a document that would have to be changed to be read
+  kStrict,  // refuses, and also refuses what IntakeMode::kStrict does
 };
 
 // Throws SSException, its place in words.

@@ -113,15 +113,6 @@ TEST(Spellings, OfBooleansMethodsAndTypes) {
   EXPECT_EQ(Score(parts.Text(), {{"x", "4"}, {"y", "0"}}), "yes");
 }
 
-TEST(Spellings, OfNoMeaningAreRefused) {
-  Parts parts;
-  parts.Classify();
-  parts.model = R"(functionName="classification" maxWins="sometimes")";
-  EXPECT_EQ(Refusal(parts.Text()).GetErrorCode(), code::kBadValue);
-  parts.model = R"(functionName="classification" classificationMethod="Ranking")";
-  EXPECT_EQ(Refusal(parts.Text()).GetErrorCode(), code::kBadValue);
-}
-
 // "0" would be taken for a model that may be scored.
 TEST(Spellings, NotScorableIsHeard) {
   Parts parts;

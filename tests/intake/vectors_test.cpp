@@ -1,4 +1,5 @@
 // Vectors in every form that the standard allows.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "host/message_codes.h"
@@ -15,6 +16,12 @@ std::string Vectors(const std::string& first, const std::string& second = {}) {
                         R"(<REAL-Entries>0.1</REAL-Entries></REAL-SparseArray>)";
   return R"(<VectorInstance id="a">)" + first + R"(</VectorInstance><VectorInstance id="b">)" +
          (second.empty() ? b : second) + "</VectorInstance>";
+}
+
+std::string Sparse(const std::string& attributes, const std::string& indices,
+                   const std::string& entries) {
+  return "<REAL-SparseArray " + attributes + "><Indices>" + indices + "</Indices><REAL-Entries>" +
+         entries + "</REAL-Entries></REAL-SparseArray>";
 }
 
 std::string With(const std::string& first, const std::string& second = {}) {
@@ -85,11 +92,6 @@ TEST(Vectors, TheOriginIsAVector) {
 }
 
 TEST(Vectors, WhatIsNoVectorOfTheModelIsRefusedByPlace) {
-  const auto sparse = [](const std::string& attributes, const std::string& indices,
-                         const std::string& entries) {
-    return "<REAL-SparseArray " + attributes + "><Indices>" + indices + "</Indices><REAL-Entries>" +
-           entries + "</REAL-Entries></REAL-SparseArray>";
-  };
   const struct {
     std::string vector;
     int code;
@@ -104,27 +106,69 @@ TEST(Vectors, WhatIsNoVectorOfTheModelIsRefusedByPlace) {
       {"<Array>1 inf</Array>", code::kBadValue, "element Array, line 6"},
       {"<Array>1 1e</Array>", code::kBadValue, "element Array, line 6"},
       {"<Array type='string'>\"1\" 2</Array>", code::kBadValue, "element Array, line 6"},
-      {sparse("n='3'", "1", "1"), code::kBadContent, "element REAL-SparseArray, line 6"},
-      {sparse("", "0 1", "1 1"), code::kBadContent, "element Indices, line 6"},
-      {sparse("", "-1", "1"), code::kBadContent, "element Indices, line 6"},
-      {sparse("", "1 3", "1 1"), code::kBadContent, "element Indices, line 6"},
-      {sparse("", "2 2", "1 1"), code::kBadContent, "element Indices, line 6"},
-      {sparse("", "2 1 2", "1 1 1"), code::kBadContent, "element Indices, line 6"},
-      {sparse("", "1.5", "1"), code::kBadValue, "element Indices, line 6"},
-      {sparse("", "1", "abc"), code::kBadValue, "element REAL-Entries, line 6"},
-      {sparse("defaultValue='none'", "1", "1"), code::kBadValue,
+      {Sparse("", "2 2", "1 1"), code::kBadContent, "element Indices, line 6"},
+      {Sparse("", "2 1 2", "1 1 1"), code::kBadContent, "element Indices, line 6"},
+      {Sparse("defaultValue='none'", "1", "1"), code::kBadValue,
        "element REAL-SparseArray, line 6"},
-      {"<REAL-SparseArray><Entries>1 2</Entries></REAL-SparseArray>", code::kChildMissing,
-       "element REAL-SparseArray, line 6"},
-      {"<Array>1 2</Array>" + sparse("", "1", "1"), code::kBadContent,
-       "element VectorInstance, line 6"},
-      {"", code::kChildMissing, "element VectorInstance, line 6"},
+      {Sparse("defaultValue='1'", "0", "1"), code::kBadContent, "element Indices, line 6"},
+      {"<REAL-SparseArray defaultValue='1'><Entries>1 2</Entries></REAL-SparseArray>",
+       code::kChildMissing, "element REAL-SparseArray, line 6"},
   };
   for (const auto& [vector, code, place] : cases) {
     const auto error = Refusal(With(vector));
     EXPECT_EQ(error.GetErrorCode(), code) << vector << ": " << error.what();
     EXPECT_EQ(error.GetPlace(), place) << vector;
-    EXPECT_EQ(Read(With(vector), IntakeMode::kTolerate).Steps(), "") << vector;
+    for (const auto& step : Read(With(vector), IntakeMode::kTolerate).steps) {
+      EXPECT_FALSE(step.changes) << vector;
+    }
+  }
+}
+
+// The first vector should be (0.25, -1.5), and the kernel is x y + 1. By what a translator makes of
+// the first vector the prediction for (1, 2) is one of these.
+TEST(Vectors, WhatATranslatorReadsInItsOwnWayIsToldAndScored) {
+  constexpr double kWhole = -6.6;
+  constexpr double kFirstEntryOnly = -0.6;
+  constexpr double kZero = -1.1;
+  constexpr double kDropped = -3.1;
+  const struct {
+    std::string vector;
+    std::string steps;
+    double prediction;
+    int code;  // in the strict mode
+  } cases[] = {
+      {Sparse("n='3'", "1 2", "0.25 -1.5"), "array-length 1", kWhole, code::kBadContent},
+      {Sparse("n='-1'", "1 2", "0.25 -1.5"), "array-length 1", kWhole, code::kBadContent},
+      {Sparse("", "1.9 2x", "0.25 -1.5"), "unreadable-number 2", kWhole, code::kBadValue},
+      {Sparse("", "1 2", "0.25 -1.5,0"), "unreadable-number 1", kWhole, code::kBadValue},
+      {Sparse("", "1 2", "0.25 none"), "unreadable-number 1", kFirstEntryOnly, code::kBadValue},
+      {Sparse("", "0 1 7", "9 0.25 9"), "index-outside 2", kFirstEntryOnly, code::kBadContent},
+      {Sparse("", "1 4294967298", "0.25 9"), "unreadable-number 1, index-outside 1",
+       kFirstEntryOnly, code::kBadValue},
+      {Sparse("", "one 1", "9 0.25"), "unreadable-number 1, index-outside 1", kFirstEntryOnly,
+       code::kBadValue},
+      {"<REAL-SparseArray n='2'><Entries>1 2</Entries></REAL-SparseArray>",
+       "entries-without-indices 1", kZero, code::kChildMissing},
+      {"<REAL-SparseArray n='1'/>", "array-length 1", kZero, code::kBadContent},
+      {"<REAL-SparseArray n='2000000000'/>", "surplus-zeros 1", kZero, code::kNeedsIntake},
+      {"<REAL-SparseArray><Entries>1 2</Entries></REAL-SparseArray>", "vector-without-values 1",
+       kDropped, code::kChildMissing},
+      {"<REAL-SparseArray n='0'/>", "vector-without-values 1", kDropped, code::kChildMissing},
+      {"", "vector-without-values 1", kDropped, code::kChildMissing},
+      {"<Array>1 2</Array>" + Sparse("", "1 2", "0.25 -1.5"), "two-arrays 1", kWhole,
+       code::kBadContent},
+  };
+  for (const auto& [vector, steps, prediction, code] : cases) {
+    Parts parts;
+    parts.kernel = R"(<PolynomialKernelType gamma="1" coef0="1" degree="1"/>)";
+    parts.vectors = Vectors(vector);
+    EXPECT_EQ(Read(parts.Text()).Steps(), steps) << vector;
+    EXPECT_EQ(Read(parts.Text(), IntakeMode::kTolerate).Steps(), steps) << vector;
+    EXPECT_NEAR(std::stod(Score(parts.Text(), {{"x", "1"}, {"y", "2"}})), prediction, 1e-12)
+        << vector;
+    const auto error = Refusal(parts.Text(), IntakeMode::kStrict);
+    EXPECT_EQ(error.GetErrorCode(), code) << vector << error.what();
+    EXPECT_THAT(error.GetPlace(), testing::EndsWith(", line 6")) << vector;
   }
 }
 

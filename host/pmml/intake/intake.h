@@ -41,14 +41,21 @@ class Intake {
 
   // Call before each change: counts it, and throws in strict mode.
   void Change(const StepKind& kind, const DOMElement* at);
+  // Counts a remark, in every mode.
   void Remark(const StepKind& kind, const DOMElement* at);
+  // Counts a remark on what a translator drops, or reads as something else than is written; in
+  // strict mode throws the code instead.
+  template <typename... Parts>
+  void Doubt(const StepKind& kind, const DOMElement* at, int code, const Parts&... parts) {
+    if (mode_ == IntakeMode::kStrict) ThrowAt(at, code, parts...);
+    Remark(kind, at);
+  }
 
-  // True where the caller is to be told of what cannot be read.
-  bool Refuses() const { return mode_ != IntakeMode::kTolerate; }
-  // Throws, except in tolerant mode, where the caller leaves the element as it is.
+  // Throws, except in tolerant mode, where the caller leaves the element as it is. For what is not
+  // supported; what a translator refuses itself is left to it.
   template <typename... Parts>
   void Refuse(const DOMElement* element, int code, const Parts&... parts) const {
-    if (Refuses()) ThrowAt(element, code, parts...);
+    if (mode_ != IntakeMode::kTolerate) ThrowAt(element, code, parts...);
   }
 
   std::vector<IntakeStep> TakeSteps() { return std::move(steps_); }

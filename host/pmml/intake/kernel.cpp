@@ -1,7 +1,5 @@
 // A translator takes a kernel parameter of exactly -1 for one that is absent, and gives it the
 // default 1.
-#include <array>
-
 #include "host/number_text.h"
 #include "host/pmml/elements.h"
 #include "host/pmml/intake/edit.h"
@@ -18,6 +16,13 @@ constexpr StepKind kMinusOne{
     "a kernel parameter of -1 is scored as -1.0000000000000002, its nearest neighbour; results "
     "may differ in their last digits"};
 
+// The neighbour of a whole degree is no whole degree: negative bases would have no power.
+constexpr StepKind kDegree{"degree-minus-one",
+                           "a degree of -1 counts as if it were not there, and the degree is 1"};
+constexpr StepKind kSeveral{
+    "several-kernels",
+    "of several kernels one counts: linear before polynomial, radial basis and sigmoid"};
+
 // The next double beyond -1.
 constexpr const char* kNeighbour = "-1.0000000000000002";
 
@@ -26,32 +31,37 @@ bool IsMinusOne(const DOMElement* kernel, const std::string& name) {
   return text && ParseNumber(*text) == -1.0;
 }
 
+// The one that a translator takes; null where there is none. Remarks on the others.
+DOMElement* FirstKernel(Intake& intake) {
+  DOMElement* first = nullptr;
+  for (const std::string& name : {tags::XML_ELE_SVM_KFTLINEAR, tags::XML_ELE_SVM_KFTPOLY,
+                                  tags::XML_ELE_SVM_KFTRBF, tags::XML_ELE_SVM_KFTSIGMOID}) {
+    for (DOMElement* kernel : Children(intake.Model(), name)) {
+      if (first == nullptr) {
+        first = kernel;
+      } else {
+        intake.Doubt(kSeveral, kernel, code::kBadContent, "a second kernel",
+                     tags::XML_ELE_SVMMODEL);
+      }
+    }
+  }
+  return first;
+}
+
 }  // namespace
 
 void TellKernelNumbersFromAbsence(Intake& intake) {
-  const std::array<DOMElement*, 4> kernels = {
-      intake.ModelChild(tags::XML_ELE_SVM_KFTLINEAR), intake.ModelChild(tags::XML_ELE_SVM_KFTPOLY),
-      intake.ModelChild(tags::XML_ELE_SVM_KFTRBF), intake.ModelChild(tags::XML_ELE_SVM_KFTSIGMOID)};
-  DOMElement* kernel = nullptr;
-  for (DOMElement* found : kernels) {
-    if (found == nullptr) continue;
-    if (kernel != nullptr) {
-      return intake.Refuse(found, code::kBadContent, "a second kernel", tags::XML_ELE_SVMMODEL);
-    }
-    kernel = found;
-  }
-  if (kernel == nullptr || kernel == kernels[0]) return;
+  DOMElement* kernel = FirstKernel(intake);
+  const std::string kind = NameOf(kernel);
+  if (kernel == nullptr || kind == tags::XML_ELE_SVM_KFTLINEAR) return;
   for (const std::string& name : {tags::XML_ATT_SVM_GAMMA, tags::XML_ATT_SVM_BIAS}) {
-    // The radial kernel has no coef0.
-    if (!IsMinusOne(kernel, name) || (kernel == kernels[2] && name != tags::XML_ATT_SVM_GAMMA)) {
-      continue;
-    }
+    const bool used = kind != tags::XML_ELE_SVM_KFTRBF || name == tags::XML_ATT_SVM_GAMMA;
+    if (!used || !IsMinusOne(kernel, name)) continue;
     intake.Change(kMinusOne, kernel);
     SetAttribute(kernel, name, kNeighbour);
   }
-  // The neighbour of a whole degree is no whole degree: negative bases would have no power.
-  if (kernel == kernels[1] && IsMinusOne(kernel, tags::XML_ATT_SVM_DEGREE)) {
-    intake.Refuse(kernel, code::kUnsupported, "a degree of -1", NameOf(kernel));
+  if (kind == tags::XML_ELE_SVM_KFTPOLY && IsMinusOne(kernel, tags::XML_ATT_SVM_DEGREE)) {
+    intake.Doubt(kDegree, kernel, code::kUnsupported, "a degree of -1", kind);
   }
 }
 

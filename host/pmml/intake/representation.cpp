@@ -105,7 +105,11 @@ void UseSupportVectors(Intake& intake) {
   DOMElement* vectors = intake.ModelChild(tags::XML_ELE_SVM_VECTORDICTION);
   const std::size_t fields = CountVectorFields(intake);
   if (fields == 0) return;
-  if (intake.ModelChild(tags::XML_ELE_SVM_KFTLINEAR) == nullptr) {
+  // A translator says that there is no kernel.
+  const bool has_other = intake.ModelChild(tags::XML_ELE_SVM_KFTPOLY) != nullptr ||
+                         intake.ModelChild(tags::XML_ELE_SVM_KFTRBF) != nullptr ||
+                         intake.ModelChild(tags::XML_ELE_SVM_KFTSIGMOID) != nullptr;
+  if (intake.ModelChild(tags::XML_ELE_SVM_KFTLINEAR) == nullptr && has_other) {
     return intake.Refuse(intake.Model(), code::kUnsupported,
                          "svmRepresentation Coefficients without a LinearKernelType",
                          tags::XML_ELE_SVMMODEL);

@@ -19,6 +19,10 @@ constexpr StepKind kBoolean{"boolean-spelling",
 constexpr StepKind kMethod{"method-spelling", "the classification method is read in any case"};
 constexpr StepKind kDataType{"data-type-spelling",
                              "data types written as XML Schema types are read as PMML types"};
+constexpr StepKind kMaxWins{"max-wins-assumed",
+                            "maxWins is neither true nor false, and counts as false"};
+constexpr StepKind kOtherMethod{
+    "method-assumed", "the classification method is not known, and OneAgainstAll is used"};
 
 // In small letters, without the white space around it.
 std::string Plain(std::string text) {
@@ -37,8 +41,9 @@ void SpellMaxWins(Intake& intake) {
   const std::string plain = Plain(text);
   if (plain.empty() || plain == "false" || plain == "0" || text == "true") return;
   if (plain != "true" && plain != "1") {
-    return intake.Refuse(intake.Model(), code::kBadValue, text, tags::XML_ATT_SVM_MAXWINS,
-                         tags::XML_ELE_SVMMODEL);
+    if (!intake.IsClassification()) return;
+    return intake.Doubt(kMaxWins, intake.Model(), code::kBadValue, text, tags::XML_ATT_SVM_MAXWINS,
+                        tags::XML_ELE_SVMMODEL);
   }
   intake.Change(kBoolean, intake.Model());
   SetAttribute(intake.Model(), tags::XML_ATT_SVM_MAXWINS, "true");
@@ -63,8 +68,8 @@ void SpellMethod(Intake& intake) {
     return SetAttribute(intake.Model(), tags::XML_ATT_SVM_CLASSMETHOLD, known);
   }
   if (!intake.IsClassification()) return;
-  intake.Refuse(intake.Model(), code::kBadValue, *text, tags::XML_ATT_SVM_CLASSMETHOLD,
-                tags::XML_ELE_SVMMODEL);
+  intake.Doubt(kOtherMethod, intake.Model(), code::kBadValue, *text, tags::XML_ATT_SVM_CLASSMETHOLD,
+               tags::XML_ELE_SVMMODEL);
 }
 
 // The PMML type of a type written as xs:double, or the text as it is.

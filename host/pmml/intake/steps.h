@@ -50,7 +50,7 @@ void CompleteTarget(Intake& intake);
 // labels.cpp: machines spell categories as the target does, and name both of two.
 void MatchLabels(Intake& intake);
 
-// checks.cpp: refuses what a translator would drop in silence. Changes nothing.
+// checks.cpp: remarks on what machines lose in silence. Changes nothing.
 void CheckMachines(Intake& intake);
 
 }  // namespace svmscore::intake

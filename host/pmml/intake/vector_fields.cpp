@@ -27,6 +27,9 @@ constexpr StepKind kWeighted{
 constexpr StepKind kUnlisted{
     "category-unlisted",
     "a category that its field does not list is compared with the input itself"};
+constexpr StepKind kNoPosition{
+    "vector-field-ignored",
+    "what is neither FieldRef nor CategoricalPredictor takes no position of the vectors"};
 
 class VectorPositions {
  public:
@@ -39,7 +42,8 @@ class VectorPositions {
     } else if (kind == tags::XML_ELE_CATEGORICAL_PREDICTOR) {
       ExpressCategory(position);
     } else if (kind != tags::XML_ELE_EXTENSION) {
-      intake_.Refuse(position, code::kUnsupported, kind, tags::XML_ELE_SVM_VECTORFIELDS);
+      intake_.Doubt(kNoPosition, position, code::kUnsupported, kind,
+                    tags::XML_ELE_SVM_VECTORFIELDS);
     }
   }
 

@@ -1,5 +1,5 @@
-// A translator reads sparse arrays only, takes no notice of their length and default value, and
-// relies on ascending indices.
+// A translator reads sparse arrays only, takes no notice of their length and default value, relies
+// on ascending indices, and reads of a text that is no number what it can.
 #include "host/pmml/intake/vectors.h"
 
 #include <algorithm>
@@ -27,6 +27,29 @@ constexpr StepKind kZeros{"zero-vector", "a sparse array without entries is a ve
 constexpr StepKind kDefault{"default-value",
                             "positions that a sparse array does not list get its default value"};
 constexpr StepKind kUnordered{"unordered-indices", "the indices of a sparse array are sorted"};
+constexpr StepKind kSurplusZeros{
+    "surplus-zeros",
+    "a vector of zeros alone that is longer than the vector fields is cut to their number"};
+
+constexpr StepKind kBoth{"two-arrays",
+                         "of a dense and a sparse array of one vector the sparse one "
+                         "counts"};
+constexpr StepKind kNoValues{
+    "vector-without-values",
+    "a vector without values is left out, and with it the terms of machines that name it"};
+constexpr StepKind kNoIndices{
+    "entries-without-indices",
+    "the entries of a sparse array without Indices are not read: it is a vector of zeros"};
+constexpr StepKind kLength{
+    "array-length",
+    "the length n of a sparse array is not the number of vector fields, and does not count"};
+constexpr StepKind kNoNumber{
+    "unreadable-number",
+    "what is no number in a vector counts as the number that it begins with, or as 0, and an index "
+    "without its fraction"};
+constexpr StepKind kOutside{
+    "index-outside",
+    "an index stands for none of the vector fields: its value is compared with no input"};
 
 bool IsSparse(WideView name) {
   return name == u"REAL-SparseArray" || name == u"INT-SparseArray";
@@ -42,8 +65,14 @@ void ReplaceText(DOMElement* element, const WideText& text) {
   AddText(element, text);
 }
 
-std::string VectorOf(std::size_t length, std::size_t fields) {
+std::string VectorOf(const std::string& length, std::size_t fields) {
   return fmt::format("a vector of length {} for {} vector fields", length, fields);
+}
+
+std::size_t CountWords(WideView text) {
+  std::size_t count = 0;
+  while (!NextWord(text).empty()) ++count;
+  return count;
 }
 
 }  // namespace
@@ -76,49 +105,29 @@ void VectorReader::Read(DOMElement* instance) {
     if (IsDense(name) && dense == nullptr) dense = child;
   }
   if (dense != nullptr && sparse != nullptr) {
-    return intake_.Refuse(instance, code::kBadContent, "both a dense and a sparse array",
-                          tags::XML_ELE_SVM_VECTORINSTANCE);
+    intake_.Doubt(kBoth, instance, code::kBadContent, "both a dense and a sparse array",
+                  tags::XML_ELE_SVM_VECTORINSTANCE);
   }
-  if (dense != nullptr) return ReadDense(dense);
   if (sparse != nullptr) return ReadSparse(sparse);
-  intake_.Refuse(instance, code::kChildMissing, tags::XML_ELE_SVM_REALSPARSEARRAY,
-                 tags::XML_ELE_SVM_VECTORINSTANCE);
-}
-
-bool VectorReader::LengthFits(const DOMElement* array) {
-  const WideView text = AttributeView(array, u"n");
-  if (text.data() == nullptr || text == fitting_length_) return true;
-  const auto length = ParseInteger(Narrow(text));
-  if (!length || *length < 0) {
-    intake_.Refuse(array, code::kBadValue, Narrow(text), tags::XML_ATT_SVM_N, NameOf(array));
-    return false;
-  }
-  if (static_cast<std::size_t>(*length) == fields_) {
-    fitting_length_ = text;
-    return true;
-  }
-  intake_.Refuse(array, code::kBadContent, VectorOf(static_cast<std::size_t>(*length), fields_),
-                 NameOf(array));
-  return false;
-}
-
-bool VectorReader::Count(const DOMElement* list, std::size_t& count) {
-  WideView offender;
-  const auto counted = CountNumbers(TextView(list, joined_), offender);
-  if (!counted) intake_.Refuse(list, code::kBadValue, Narrow(offender));
-  count = counted.value_or(0);
-  return counted.has_value();
+  if (dense != nullptr) return ReadDense(dense);
+  intake_.Doubt(kNoValues, instance, code::kChildMissing, tags::XML_ELE_SVM_REALSPARSEARRAY,
+                tags::XML_ELE_SVM_VECTORINSTANCE);
 }
 
 void VectorReader::ReadDense(DOMElement* array) {
   if (AttributeView(array, u"type") == u"string") {
     return intake_.Refuse(array, code::kBadValue, "string", "type", NameOf(array));
   }
-  std::size_t count = 0;
-  if (!LengthFits(array) || !Count(array, count)) return;
-  if (count != fields_) {
-    return intake_.Refuse(array, code::kBadContent, VectorOf(count, fields_), NameOf(array));
+  const WideView length = AttributeView(array, u"n");
+  if (length.data() != nullptr && length != fitting_length_ && !IsFieldCount(length)) {
+    if (ParseInteger(Narrow(length))) return RefuseLength(array, Narrow(length));
+    return intake_.Refuse(array, code::kBadValue, Narrow(length), tags::XML_ATT_SVM_N,
+                          NameOf(array));
   }
+  WideView offender;
+  const auto count = CountNumbers(TextView(array, joined_), offender);
+  if (!count) return intake_.Refuse(array, code::kBadValue, Narrow(offender));
+  if (*count != fields_) return RefuseLength(array, std::to_string(*count));
   intake_.Change(kDense, array);
   // The numbers stay as they are written; zeros stay entries.
   DOMElement* entries = MakeElement(intake_.Dom(), tags::XML_ELE_SVM_REAL_ENTRIES);
@@ -155,12 +164,13 @@ void VectorReader::ReadSparse(DOMElement* array) {
     Rename(array, tags::XML_ELE_SVM_REALSPARSEARRAY);
   }
   std::optional<WideView> default_value;
-  if (!LengthFits(array) || !ReadDefault(array, default_value)) return;
-  if (indices == nullptr && entries != nullptr) {
+  if (!ReadDefault(array, default_value)) return;
+  if (indices == nullptr && entries != nullptr && default_value) {
     return intake_.Refuse(array, code::kChildMissing, tags::XML_ELE_SVM_INDICES,
                           tags::XML_ELE_SVM_REALSPARSEARRAY);
   }
-  if (indices == nullptr && !default_value) return ReadZeros(array);
+  if (indices == nullptr && !default_value) return ReadZeros(array, entries != nullptr);
+  CheckLength(array);
   if (indices == nullptr) {
     indices = AddElement(array, tags::XML_ELE_SVM_INDICES);
     entries = AddElement(array, tags::XML_ELE_SVM_REAL_ENTRIES);
@@ -181,60 +191,119 @@ bool VectorReader::ReadDefault(const DOMElement* array, std::optional<WideView>&
   return true;
 }
 
-void VectorReader::ReadZeros(DOMElement* array) {
-  if (AttributeView(array, u"n").data() != nullptr) return;
-  intake_.Change(kZeros, array);
+void VectorReader::ReadZeros(DOMElement* array, bool has_entries) {
+  const WideView stated = AttributeView(array, u"n");
+  if (stated.data() == nullptr && !has_entries) {
+    intake_.Change(kZeros, array);
+    return SetAttribute(array, tags::XML_ATT_SVM_N, std::to_string(fields_));
+  }
+  const auto number = stated.data() == nullptr ? 0.0 : ParseNumber(Narrow(stated));
+  // A translator says that the length is no number.
+  if (!number) return;
+  const int length = TruncateToInt(*number);
+  if (length < 1) {
+    return intake_.Doubt(kNoValues, array, code::kChildMissing, tags::XML_ELE_SVM_INDICES,
+                         tags::XML_ELE_SVM_REALSPARSEARRAY);
+  }
+  if (has_entries) {
+    intake_.Doubt(kNoIndices, array, code::kChildMissing, tags::XML_ELE_SVM_INDICES,
+                  tags::XML_ELE_SVM_REALSPARSEARRAY);
+  }
+  if (!IsOutside(length)) return CheckLength(array);
+  // A few digits would otherwise ask for gigabytes of zeros.
+  intake_.Change(kSurplusZeros, array);
   SetAttribute(array, tags::XML_ATT_SVM_N, std::to_string(fields_));
 }
 
-std::optional<std::size_t> VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
+bool VectorReader::IsFieldCount(WideView length) {
+  const auto number = ParseInteger(Narrow(length));
+  if (!number || *number < 0 || static_cast<std::uint64_t>(*number) != fields_) return false;
+  fitting_length_ = length;
+  return true;
+}
+
+void VectorReader::RefuseLength(const DOMElement* array, const std::string& length) const {
+  intake_.Refuse(array, code::kBadContent, VectorOf(length, fields_), NameOf(array));
+}
+
+void VectorReader::CheckLength(const DOMElement* array) {
+  const WideView length = AttributeView(array, u"n");
+  if (length.data() == nullptr || length == fitting_length_ || IsFieldCount(length)) return;
+  // A translator says that the length is no number.
+  if (!ParseNumber(Narrow(length))) return;
+  intake_.Doubt(kLength, array, code::kBadContent, VectorOf(Narrow(length), fields_),
+                NameOf(array));
+}
+
+int VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
   const WideView word = NextWord(text);
   std::size_t index = 0;
   std::size_t at = 0;
   for (; at < word.size() && word[at] >= u'0' && word[at] <= u'9' && index <= fields_; ++at) {
     index = index * 10 + (word[at] - u'0');
   }
-  if (at == word.size() && index >= 1 && index <= fields_) return index;
-  const auto slow = ParseInteger(Narrow(word));
-  if (!slow) {
-    intake_.Refuse(list, code::kBadValue, Narrow(word));
-  } else if (*slow >= 1 && static_cast<std::uint64_t>(*slow) <= fields_) {
-    return static_cast<std::size_t>(*slow);
-  } else {
-    intake_.Refuse(list, code::kBadContent,
-                   fmt::format("the index {} for {} vector fields", *slow, fields_),
-                   tags::XML_ELE_SVM_INDICES);
+  if (at == word.size() && index >= 1 && index <= fields_) return static_cast<int>(index);
+  const std::string slow = Narrow(word);
+  const int read = TruncateToInt(NumberPrefix(slow.c_str()));
+  if (ParseInteger(slow) != read) intake_.Doubt(kNoNumber, list, code::kBadValue, slow);
+  if (IsOutside(read)) {
+    intake_.Doubt(kOutside, list, code::kBadContent,
+                  fmt::format("the index {} for {} vector fields", read, fields_),
+                  tags::XML_ELE_SVM_INDICES);
   }
-  return std::nullopt;
+  return read;
 }
 
-bool VectorReader::ReadIndices(const DOMElement* list) {
+bool VectorReader::IsOutside(int index) const {
+  return index < 1 || static_cast<std::size_t>(index) > fields_;
+}
+
+void VectorReader::ReadIndices(const DOMElement* list) {
   indices_.clear();
   ascending_ = true;
   WideView text = TextView(list, joined_);
   while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
   while (!text.empty()) {
-    const std::optional<std::size_t> index = NextIndex(list, text);
-    if (!index) return false;
-    if (!indices_.empty() && *index <= indices_.back()) ascending_ = false;
-    indices_.push_back(*index);
+    const int index = NextIndex(list, text);
+    if (!indices_.empty() && index <= indices_.back()) ascending_ = false;
+    indices_.push_back(index);
   }
-  if (ascending_) return true;
-  std::vector<std::size_t> sorted = indices_;
+}
+
+std::size_t VectorReader::CountEntries(const DOMElement* list) {
+  const WideView text = TextView(list, joined_);
+  WideView offender;
+  if (const auto count = CountNumbers(text, offender)) return *count;
+  intake_.Doubt(kNoNumber, list, code::kBadValue, Narrow(offender));
+  return CountWords(text);
+}
+
+bool VectorReader::RefusesIndices(const DOMElement* list, bool fills_gaps) const {
+  for (const int index : indices_) {
+    if (!fills_gaps) break;
+    if (!IsOutside(index)) continue;
+    intake_.Refuse(
+        list, code::kBadContent,
+        fmt::format("the index {} beside a defaultValue for {} vector fields", index, fields_),
+        tags::XML_ELE_SVM_INDICES);
+    return true;
+  }
+  if (ascending_) return false;
+  std::vector<int> sorted = indices_;
   std::sort(sorted.begin(), sorted.end());
   const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
-  if (twice == sorted.end()) return true;
+  if (twice == sorted.end()) return false;
   intake_.Refuse(list, code::kBadContent, fmt::format("the index {} twice", *twice),
                  tags::XML_ELE_SVM_INDICES);
-  return false;
+  return true;
 }
 
 void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement* entries,
                              std::optional<WideView> default_value) {
-  std::size_t count = 0;
-  if (!ReadIndices(indices) || !Count(entries, count)) return;
+  ReadIndices(indices);
+  const std::size_t count = CountEntries(entries);
   // A translator says that the lengths differ.
-  if (count != indices_.size()) return;
+  if (count != indices_.size() || RefusesIndices(indices, default_value.has_value())) return;
   if (count == fields_) default_value.reset();
   if (count == 0 && !default_value) {
     // Empty lists would be dropped with their vector.
@@ -251,22 +320,22 @@ void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement*
 void VectorReader::Rewrite(DOMElement* indices, DOMElement* entries,
                            std::optional<WideView> default_value) {
   WideView text = TextView(entries, joined_);
-  std::vector<std::pair<std::size_t, WideView>> pairs;
-  for (const std::size_t index : indices_) pairs.emplace_back(index, NextWord(text));
+  std::vector<std::pair<int, WideView>> pairs;
+  for (const int index : indices_) pairs.emplace_back(index, NextWord(text));
   std::sort(pairs.begin(), pairs.end());
   WideText index_text;
   WideText entry_text;
-  const auto write = [&](std::size_t index, WideView entry) {
+  const auto write = [&](int index, WideView entry) {
     index_text.append(ToUtf16(std::to_string(index) + ' '));
     entry_text.append(entry).push_back(u' ');
   };
-  std::size_t next = 1;
+  int next = 1;
   for (const auto& [index, entry] : pairs) {
     for (; default_value && next < index; ++next) write(next, *default_value);
     write(index, entry);
     next = index + 1;
   }
-  for (; default_value && next <= fields_; ++next) write(next, *default_value);
+  for (; default_value && !IsOutside(next); ++next) write(next, *default_value);
   ReplaceText(indices, index_text);
   ReplaceText(entries, entry_text);
 }

@@ -3,6 +3,7 @@
 #define HOST_PMML_INTAKE_VECTORS_H_
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "host/pmml/intake/edit.h"
@@ -28,17 +29,24 @@ class VectorReader {
   void ReadSparse(DOMElement* array);
   void ReadPairs(DOMElement* array, DOMElement* indices, DOMElement* entries,
                  std::optional<WideView> default_value);
-  // A sparse array of zeros alone is understood by its length.
-  void ReadZeros(DOMElement* array);
+  // A sparse array without Indices is understood by its length.
+  void ReadZeros(DOMElement* array, bool has_entries);
   void Rewrite(DOMElement* indices, DOMElement* entries, std::optional<WideView> default_value);
 
-  // Each is false where something was wrong that a tolerant reader leaves alone.
-  bool LengthFits(const DOMElement* array);
-  bool Count(const DOMElement* list, std::size_t& count);
-  bool ReadIndices(const DOMElement* list);
-  // The next index of the text; nothing where it is none.
-  std::optional<std::size_t> NextIndex(const DOMElement* list, WideView& text) const;
-  // The default value's text where it is another number than 0.
+  // Whether the text is the number of vector fields.
+  bool IsFieldCount(WideView length);
+  void RefuseLength(const DOMElement* array, const std::string& length) const;
+  // Of a sparse array, to whose length no translator pays attention.
+  void CheckLength(const DOMElement* array);
+  std::size_t CountEntries(const DOMElement* list);
+  void ReadIndices(const DOMElement* list);
+  // The next index of the text, as a translator reads it.
+  int NextIndex(const DOMElement* list, WideView& text) const;
+  bool IsOutside(int index) const;
+  // Whether the array cannot be read; a tolerant reader leaves it alone.
+  bool RefusesIndices(const DOMElement* list, bool fills_gaps) const;
+  // The default value's text where it is another number than 0. False where it is no number, which
+  // a tolerant reader leaves alone.
   bool ReadDefault(const DOMElement* array, std::optional<WideView>& text) const;
 
   Intake& intake_;
@@ -47,7 +55,7 @@ class VectorReader {
   WideText fitting_length_;  // a text of attribute n that was found to fit
   // Of the array at hand.
   WideText joined_;
-  std::vector<std::size_t> indices_;  // from 1
+  std::vector<int> indices_;  // from 1
   bool ascending_ = true;
 };
 

@@ -1,0 +1,106 @@
+// What a translator passes over in silence, and the strict reading.
+#include <gtest/gtest.h>
+
+#include "host/message_codes.h"
+#include "tests/intake/reading.h"
+
+namespace svmscore_test {
+namespace {
+
+namespace code = svmscore::code;
+using svmscore::IntakeMode;
+
+// The prediction for (1, 2) is that of the document read in the translator's way; -5.6 were nothing
+// amiss.
+TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
+  const struct {
+    std::string pattern;
+    std::string replacement;
+    std::string steps;
+    double prediction;
+    int code;  // in the strict mode, as is the place
+    std::string place;
+  } cases[] = {
+      {R"(vectorId="b")", R"(vectorId="c")", "unknown-vector-id 1", -5.0, code::kBadContent,
+       "element SupportVector, line 7"},
+      {R"(<SupportVector vectorId="b"/>)", "", "unpaired-terms 1", -5.0, code::kLengthsDiffer,
+       "element Coefficients, line 7"},
+      {R"(<Coefficient value="2"/>)", "", "unpaired-terms 1", 8.75, code::kLengthsDiffer,
+       "element Coefficients, line 7"},
+      {R"(id="b")", R"(id="a")", "duplicate-id 1, unknown-vector-id 1", -5.0, code::kDuplicateName,
+       "element VectorInstance, line 6"},
+      {R"(id="b")", R"(id="")", "empty-id 1, unknown-vector-id 1", -5.0, code::kBadValue,
+       "element VectorInstance, line 6"},
+      {R"(value="2")", R"(value="2x")", "unreadable-attribute 1", -0.1, code::kBadValue,
+       "element Coefficient, line 7"},
+      {R"(value="2")", R"(value="")", "unreadable-attribute 1", -0.1, code::kBadValue,
+       "element Coefficient, line 7"},
+      {R"(absoluteValue="0.5")", R"(absoluteValue="0,5")", "unreadable-attribute 1", -6.1,
+       code::kBadValue, "element Coefficients, line 7"},
+      {"<SupportVectorMachine ", R"(<SupportVectorMachine threshold="low" )",
+       "unreadable-attribute 1", -5.6, code::kBadValue, "element SupportVectorMachine, line 7"},
+      {R"(<FieldRef field="y"/>)", R"(<Field name="z"/><FieldRef field="y"/>)",
+       "vector-field-ignored 1", -5.6, code::kUnsupported, "element Field, line 5"},
+      {"<LinearKernelType/>", "<SigmoidKernelType/><LinearKernelType/>", "several-kernels 1", -5.6,
+       code::kBadContent, "element SigmoidKernelType, line 4"},
+      {"<LinearKernelType/>", R"(<PolynomialKernelType coef0="0" degree="-1"/>)",
+       "degree-minus-one 1", -5.6, code::kUnsupported, "element PolynomialKernelType, line 4"},
+  };
+  for (const auto& [pattern, replacement, steps, prediction, code, place] : cases) {
+    const std::string text = Replaced(Parts().Text(), pattern, replacement);
+    const Reading reading = Read(text);
+    EXPECT_EQ(reading.Steps(), steps) << pattern;
+    for (const auto& step : reading.steps) EXPECT_FALSE(step.changes) << step.name;
+    EXPECT_EQ(Read(text, IntakeMode::kTolerate).Steps(), steps) << pattern;
+    EXPECT_NEAR(std::stod(Score(text, {{"x", "1"}, {"y", "2"}})), prediction, 1e-12) << pattern;
+    const auto error = Refusal(text, IntakeMode::kStrict);
+    EXPECT_EQ(error.GetErrorCode(), code) << pattern << ": " << error.what();
+    EXPECT_EQ(error.GetPlace(), place) << pattern;
+  }
+}
+
+TEST(Remarks, TellOfDecisionRulesThatAreNotKnown) {
+  Parts parts;
+  parts.Classify();
+  const std::string model = parts.model;
+  const std::string expected = Score(parts.Text(), {{"x", "1"}, {"y", "2"}});
+  for (const auto& [attribute, step] :
+       {std::pair(R"( maxWins="maybe")", "max-wins-assumed 1"),
+        std::pair(R"( classificationMethod="OneVsAll")", "method-assumed 1"),
+        std::pair(R"( threshold="none")", "unreadable-attribute 1")}) {
+    parts.model = model + attribute;
+    EXPECT_EQ(Read(parts.Text()).Steps(), step);
+    EXPECT_EQ(Score(parts.Text(), {{"x", "1"}, {"y", "2"}}), expected) << step;
+    EXPECT_EQ(Refusal(parts.Text(), IntakeMode::kStrict).GetErrorCode(), code::kBadValue);
+  }
+}
+
+TEST(Remarks, AnAbsentCoefficientIsZeroWithoutAny) {
+  const std::string text = Replaced(Parts().Text(), R"(value="-3")", "");
+  EXPECT_EQ(Read(text).Steps(), "");
+}
+
+TEST(Strict, RefusesEveryChangeAndNoRemark) {
+  Parts parts;
+  parts.root = R"(version="4.3" xmlns="http://www.dmg.org/PMML-4_4")";
+  EXPECT_EQ(Read(parts.Text(), IntakeMode::kStrict).Steps(), "version-disagreement 1");
+  parts.vectors = R"(<VectorInstance id="a"><Array>1 2</Array></VectorInstance>)"
+                  R"(<VectorInstance id="b"><Array>1 2</Array></VectorInstance>)";
+  const auto error = Refusal(parts.Text(), IntakeMode::kStrict);
+  EXPECT_EQ(error.GetErrorCode(), code::kNeedsIntake);
+  EXPECT_EQ(error.GetPlace(), "element Array, line 6");
+  EXPECT_NE(std::string(error.what()).find("dense-array"), std::string::npos);
+}
+
+TEST(Refusals, DocumentsWithoutAModelAreTheTranslators) {
+  EXPECT_EQ(Read("<PMML version='4.4'/>").Steps(), "");
+  EXPECT_EQ(Read("<PMML version='4.4'><SupportVectorMachineModel/></PMML>").Steps(), "");
+  EXPECT_EQ(Read("<PMML version='4.4'><SupportVectorMachineModel functionName='classification'>"
+                 "<VectorDictionary><VectorFields><FieldRef/></VectorFields></VectorDictionary>"
+                 "<SupportVectorMachine/></SupportVectorMachineModel></PMML>")
+                .Steps(),
+            "");
+}
+
+}  // namespace
+}  // namespace svmscore_test
