@@ -118,6 +118,23 @@ bool CheckExtension(const Inspected& inspected, const Element* machine, FindingL
   return true;
 }
 
+// Of two categories the probabilities are written in the order response, nonResponse.
+void CheckOrder(const Inspected& inspected, const std::vector<const Element*>& machines,
+                FindingList& findings) {
+  if (inspected.categories.size() != 2 || machines.size() != 1) return;
+  const Scheme scheme = output::SchemeOf(inspected.model, 2);
+  if (scheme.percentages != Percentages::kProbabilities) return;
+  const Element* pair = FindChild(MachineExtension(machines[0]), "ResponseCategory");
+  const std::string& first = inspected.categories[0];
+  const std::string& second = inspected.categories[1];
+  if (first == second || AttributeText(pair, "response") != second) return;
+  findings.Add("percentages-exchanged", pair,
+               fmt::format("the response \"{1}\" is the second category of the target, and the two "
+                           "percentages change places: probability({0}) holds that of \"{1}\", and "
+                           "probability({1}) that of \"{0}\"; prediction and confidence are right",
+                           first, second));
+}
+
 void CheckMethod(const Inspected& inspected, const std::vector<const Element*>& machines,
                  std::size_t extended, FindingList& findings) {
   const std::size_t categories = inspected.categories.size();
@@ -160,7 +177,9 @@ void CheckMachines(const Inspected& inspected, FindingList& findings) {
     CheckTerms(inspected, machine, findings);
     if (CheckExtension(inspected, machine, findings)) ++extended;
   }
-  if (inspected.classification) CheckMethod(inspected, machines, extended, findings);
+  if (!inspected.classification) return;
+  CheckMethod(inspected, machines, extended, findings);
+  CheckOrder(inspected, machines, findings);
 }
 
 }  // namespace svmscore::app
