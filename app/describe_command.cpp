@@ -14,12 +14,14 @@ CLI::App* DescribeCommand::AddTo(CLI::App& program) {
   app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
   app->add_flag("--json", json_, "write JSON");
   app->add_flag("--dump", dump_, "add the model's own listing of all it holds");
+  app->add_flag("--strict-document", strict_document_,
+                "tell why score --strict-document refuses the model, where it does");
   app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
   return app;
 }
 
 ExitStatus DescribeCommand::Run() {
-  const DescribedModel described = LoadModelToDescribe(model_, plugin_);
+  const DescribedModel described = LoadModelToDescribe(model_, plugin_, strict_document_);
   ModelSummary summary = Summarise(described.loaded);
   summary.refused = described.refused;
   if (dump_) {

@@ -18,6 +18,7 @@ class DescribeCommand : public Command {
   std::string plugin_;
   bool json_ = false;
   bool dump_ = false;
+  bool strict_document_ = false;
 };
 
 }  // namespace svmscore::app

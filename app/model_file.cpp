@@ -30,26 +30,31 @@ Plugin LoadPlugin(const std::string& path) {
   }
 }
 
+LoadChecks ChecksOf(bool strict) {
+  return strict ? LoadChecks::kStrict : LoadChecks::kRefuse;
+}
+
 }  // namespace
 
 void RefuseModel(const std::string& path, const SSException& error) {
   throw Failure(kModelError, fmt::format("{}: {}", path, Explain(error)));
 }
 
-LoadedModel LoadModelFile(const std::string& path, const std::string& plugin) {
+LoadedModel LoadModelFile(const std::string& path, const std::string& plugin, bool strict) {
   const Plugin loaded = LoadPlugin(plugin);
   try {
-    return LoadModel(loaded, PmmlDocument::FromFile(path));
+    return LoadModel(loaded, PmmlDocument::FromFile(path), ChecksOf(strict));
   } catch (const SSException& error) {
     RefuseModel(path, error);
   }
 }
 
-DescribedModel LoadModelToDescribe(const std::string& path, const std::string& plugin) {
+DescribedModel LoadModelToDescribe(const std::string& path, const std::string& plugin,
+                                   bool strict) {
   const Plugin loaded = LoadPlugin(plugin);
   std::optional<std::string> refused;
   try {
-    return {LoadModel(loaded, PmmlDocument::FromFile(path)), std::nullopt};
+    return {LoadModel(loaded, PmmlDocument::FromFile(path), ChecksOf(strict)), std::nullopt};
   } catch (const SSException& error) {
     refused = Explain(error);
   }

@@ -10,9 +10,10 @@
 
 namespace svmscore::app {
 
-// `plugin` is the file of the plug-in; empty for the installed one. Throws a Failure(kModelError)
-// with the message's code, what is wrong, where, and what to do.
-LoadedModel LoadModelFile(const std::string& path, const std::string& plugin);
+// `plugin` is the file of the plug-in; empty for the installed one. With `strict` a document is
+// refused that is not scored as it is written. Throws a Failure(kModelError) with the message's
+// code, what is wrong, where, and what to do.
+LoadedModel LoadModelFile(const std::string& path, const std::string& plugin, bool strict);
 
 // The failure for a model that cannot be used: names the file and explains the error.
 [[noreturn]] void RefuseModel(const std::string& path, const MCZandor_850::SSException& error);
@@ -23,7 +24,7 @@ struct DescribedModel {
   LoadedModel loaded;
   std::optional<std::string> refused;
 };
-DescribedModel LoadModelToDescribe(const std::string& path, const std::string& plugin);
+DescribedModel LoadModelToDescribe(const std::string& path, const std::string& plugin, bool strict);
 
 }  // namespace svmscore::app
 

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "app/intake_report.h"
 #include "app/model_summary.h"
 #include "host/number_text.h"
 
@@ -117,12 +118,8 @@ void WriteMachines(Text out, const ModelSummary& summary) {
 
 void WriteIntake(Text out, const ModelSummary& summary) {
   if (summary.intake.empty()) return;
-  fmt::format_to(out, "\nHow the document was made readable\n");
-  for (const IntakeStep& step : summary.intake) {
-    const std::string place = step.line > 0 ? fmt::format("line {}, ", step.line) : "";
-    const std::string more = step.count > 1 ? fmt::format(" ({} places)", step.count) : "";
-    fmt::format_to(out, "  {}{}: {}{}\n", place, step.element, step.consequence, more);
-  }
+  fmt::format_to(out, "\nHow the document is read\n");
+  for (const IntakeStep& step : summary.intake) fmt::format_to(out, "  {}\n", SentenceOf(step));
 }
 
 void WriteLeftOut(Text out, const ModelSummary& summary) {

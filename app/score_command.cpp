@@ -9,6 +9,7 @@
 #include "app/case_columns.h"
 #include "app/csv_row.h"
 #include "app/input_file.h"
+#include "app/intake_report.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
 #include "app/pipeline.h"
@@ -122,6 +123,8 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
   app->add_flag("--prediction-only", prediction_only_,
                 "compute no confidence, probabilities or interval");
   app->add_flag("--strict", strict_, "exit with status 4 if any case failed");
+  app->add_flag("--strict-document", strict_document_,
+                "refuse a model whose document is not scored as it is written");
   app->add_option("--threads", threads_, "number of threads; default: all cores")
       ->check(CLI::Range(1, kMostThreads));
   app->add_option("--log", log_, "append a trace to this file");
@@ -132,7 +135,8 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
 ExitStatus ScoreCommand::Run() {
   StartLog(log_);
   const std::vector<std::string> copied = NamesIn(passthrough_);
-  const LoadedModel loaded = LoadModelFile(model_, plugin_);
+  const LoadedModel loaded = LoadModelFile(model_, plugin_, strict_document_);
+  TellIntake(model_, loaded);
   ScoreModel& model = *loaded.model;
   model.SetPredictionOnly(prediction_only_);
   UsePolicy(model, policy_);

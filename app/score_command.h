@@ -28,6 +28,7 @@ class ScoreCommand : public Command {
   int threads_ = 0;
   bool prediction_only_ = false;
   bool strict_ = false;
+  bool strict_document_ = false;
 };
 
 }  // namespace svmscore::app

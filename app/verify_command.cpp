@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "app/input_file.h"
+#include "app/intake_report.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
 #include "app/verify_block.h"
@@ -62,6 +63,8 @@ CLI::App* VerifyCommand::AddTo(CLI::App& program) {
   app->add_option("--missing-token", missing_tokens_,
                   "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
       ->allow_extra_args(false);
+  app->add_flag("--strict-document", strict_document_,
+                "refuse a model whose document is not scored as it is written");
   app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
   app->footer(
       "Exit status: 0 all agrees; 1 something disagrees; 2 usage; 3 the model cannot be "
@@ -86,7 +89,8 @@ void VerifyCommand::CheckArguments() const {
 ExitStatus VerifyCommand::Run() {
   CheckArguments();
   if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
-  const LoadedModel loaded = LoadModelFile(model_, plugin_);
+  const LoadedModel loaded = LoadModelFile(model_, plugin_, strict_document_);
+  TellIntake(model_, loaded);
   if (!write_.empty()) return WriteRecords(loaded);
   VerifyReport report;
   try {

@@ -26,6 +26,7 @@ class VerifyCommand : public Command {
   std::string plugin_;
   std::vector<std::string> missing_tokens_;
   double tolerance_ = 1e-6;
+  bool strict_document_ = false;
 };
 
 }  // namespace svmscore::app

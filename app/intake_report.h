@@ -1,0 +1,19 @@
+// Telling how a model's document is read.
+#ifndef APP_INTAKE_REPORT_H_
+#define APP_INTAKE_REPORT_H_
+
+#include <string>
+
+#include "host/pmml/loader.h"
+
+namespace svmscore::app {
+
+// Where a step was first taken, what it means, and how often it was taken.
+std::string SentenceOf(const IntakeStep& step);
+
+// Writes a line for each kind of step to standard error. `path` names the document.
+void TellIntake(const std::string& path, const LoadedModel& loaded);
+
+}  // namespace svmscore::app
+
+#endif  // APP_INTAKE_REPORT_H_
