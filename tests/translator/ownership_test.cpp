@@ -5,6 +5,7 @@
 
 #include "host/ss_exception.h"
 #include "tests/translator/documents.h"
+#include "tests/translator/reading.h"
 
 namespace svmscore_test {
 namespace {

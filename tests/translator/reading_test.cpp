@@ -7,6 +7,7 @@
 
 #include "svm/translator/splitter.h"
 #include "tests/translator/documents.h"
+#include "tests/translator/reading.h"
 
 namespace svmscore_test {
 namespace {
