@@ -11,6 +11,16 @@ namespace svmscore::app {
 using MCZandor_850::InputCaseRecord;
 using MCZandor_850::ScoreResult;
 
+namespace {
+
+// Cells of a chunk: few enough to stay in the cache from reading to writing, enough rows for
+// the model to score many at a time. Wide rows are taken in smaller chunks.
+constexpr std::size_t kChunkCells = 64 * 1024;
+constexpr std::size_t kLeastRows = 32;
+constexpr std::size_t kMostRows = 512;
+
+}  // namespace
+
 void Tally::Count(long status) {
   ++cases;
   if (status == 0) {
@@ -32,7 +42,14 @@ void Tally::Add(const Tally& other) {
 CaseScorer::CaseScorer(const ScoringPlan& plan)
     : plan_(plan),
       record_(plan.columns.variables, true, plan.replace_missing),
-      outputs_(*plan.output, plan.replace_missing) {}
+      outputs_(*plan.output, plan.replace_missing),
+      chunk_rows_(std::clamp(kChunkCells / std::max<std::size_t>(plan.columns.width, 1), kLeastRows,
+                             kMostRows)) {
+  if (auto* model = dynamic_cast<BatchModel*>(plan.model)) {
+    const std::size_t categories = plan.output->Targets().Target().GetCategories().size();
+    batch_ = std::make_unique<CaseBatch>(*model, categories, chunk_rows_);
+  }
+}
 
 CaseScorer::~CaseScorer() = default;
 
@@ -48,44 +65,82 @@ void CaseScorer::Score(CaseBlock& block) {
   block.tally = {};
   block.error.reset();
   CsvRows rows(block.rows.text.data(), block.rows.text.size(), block.rows.first_line);
-  try {
-    while (rows.Next(cells_)) {
-      if (cells_.size() != plan_.columns.width) {
-        const bool empty = cells_.size() == 1 && cells_[0].empty();
-        throw CsvError(rows.RowLine(),
-                       fmt::format("{} where the header has {} cells",
-                                   empty ? std::string("an empty line")
-                                         : fmt::format("a row of {}", cells_.size()),
-                                   plan_.columns.width));
-      }
-      ScoreRow(block);
+  bool more = true;
+  while (more) {
+    rows_.clear();
+    cells_.clear();
+    if (batch_ != nullptr) batch_->Clear();
+    try {
+      more = ReadChunk(rows);
+    } catch (const CsvError& error) {
+      block.error = error;
+      more = false;
     }
-  } catch (const CsvError& error) {
-    block.error = error;
+    WriteChunk(block);
   }
 }
 
-void CaseScorer::ScoreRow(CaseBlock& block) {
-  const output::Outcome outcome = ScoreCells();
-  block.tally.Count(outcome.status);
-  if (plan_.computes_output) plan_.output->Evaluate(outcome, record_, outputs_);
-  const ScoredCase scored{cells_, record_, outcome, outputs_};
+bool CaseScorer::ReadChunk(CsvRows& rows) {
+  while (rows_.size() < chunk_rows_) {
+    if (!rows.Next(row_cells_)) return false;
+    if (row_cells_.size() != plan_.columns.width) {
+      const bool empty = row_cells_.size() == 1 && row_cells_[0].empty();
+      throw CsvError(rows.RowLine(),
+                     fmt::format("{} where the header has {} cells",
+                                 empty ? std::string("an empty line")
+                                       : fmt::format("a row of {}", row_cells_.size()),
+                                 plan_.columns.width));
+    }
+    ReadRow();
+  }
+  return true;
+}
+
+void CaseScorer::ReadRow() {
+  cells_.insert(cells_.end(), row_cells_.begin(), row_cells_.end());
+  Row row;
+  if (batch_ != nullptr) {
+    SetCells(row_cells_.data());
+    row.place = batch_->Size();
+    row.status =
+        record_.HasInvalid() ? MCScore::kInvalidValue : batch_->Add(record_).GetErrorCode();
+  }
+  rows_.push_back(row);
+}
+
+void CaseScorer::WriteChunk(CaseBlock& block) {
+  if (batch_ != nullptr) batch_->Score();
   const RowFormat& format = *plan_.format;
   CellWriter cell(format, block.out);
-  for (std::size_t i = 0; i < plan_.results.size(); ++i) {
-    format.Begin(block.out, i);
-    plan_.results[i]->Write(scored, cell);
+  const bool sets_record =
+      batch_ == nullptr || (plan_.computes_output && plan_.output->ReadsCases());
+  for (std::size_t r = 0; r < rows_.size(); ++r) {
+    const std::string_view* cells = CellsOf(r);
+    if (sets_record) SetCells(cells);
+    const output::Outcome outcome = OutcomeOf(rows_[r]);
+    block.tally.Count(outcome.status);
+    if (plan_.computes_output) {
+      SetExtras(cells);
+      plan_.output->Evaluate(outcome, record_, outputs_);
+    }
+    const bool decided = batch_ != nullptr && rows_[r].status == 0;
+    const ScoredCase scored{cells, outcome, outputs_,
+                            decided ? batch_->Results().decisions + rows_[r].place : nullptr,
+                            decided ? batch_->Results().stride : 0};
+    for (std::size_t i = 0; i < plan_.results.size(); ++i) {
+      format.Begin(block.out, i);
+      plan_.results[i]->Write(scored, cell);
+    }
+    format.EndRow(block.out);
   }
-  format.EndRow(block.out);
 }
 
-output::Outcome CaseScorer::ScoreCells() {
-  const CaseColumns& columns = plan_.columns;
-  for (std::size_t i = 0; i < columns.cells.size(); ++i) SetCell(record_, i, columns.cells[i]);
-  for (std::size_t i = 0; plan_.computes_output && i < columns.extras.size(); ++i) {
-    SetCell(outputs_.Extras(), i, columns.extras[i]);
-  }
+output::Outcome CaseScorer::OutcomeOf(const Row& row) {
   const output::TargetRules& targets = plan_.output->Targets();
+  if (batch_ != nullptr) {
+    if (row.status != 0) return targets.Finish({row.status, false}, nullptr);
+    return targets.Finish(batch_->Results(), row.place);
+  }
   if (record_.HasInvalid()) return targets.Finish({MCScore::kInvalidValue, false}, nullptr);
   ScoreResult* result = result_.release();
   const MCScore::MCStatus status = plan_.model->GetScore(&record_, result, false);
@@ -93,11 +148,24 @@ output::Outcome CaseScorer::ScoreCells() {
   return targets.Finish(status, result);
 }
 
-void CaseScorer::SetCell(InputCaseRecord& record, std::size_t position, std::size_t cell) {
-  if (cell == kNoCell || IsMissing(cells_[cell])) {
+void CaseScorer::SetCells(const std::string_view* cells) {
+  const std::vector<std::size_t>& positions = plan_.columns.cells;
+  for (std::size_t i = 0; i < positions.size(); ++i) SetCell(record_, i, cells, positions[i]);
+}
+
+void CaseScorer::SetExtras(const std::string_view* cells) {
+  const std::vector<std::size_t>& positions = plan_.columns.extras;
+  for (std::size_t i = 0; i < positions.size(); ++i) {
+    SetCell(outputs_.Extras(), i, cells, positions[i]);
+  }
+}
+
+void CaseScorer::SetCell(InputCaseRecord& record, std::size_t position,
+                         const std::string_view* cells, std::size_t cell) {
+  if (cell == kNoCell || IsMissing(cells[cell])) {
     record.SetMissing(position);
   } else {
-    record.SetText(position, cells_[cell]);
+    record.SetText(position, cells[cell]);
   }
 }
 

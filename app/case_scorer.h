@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/case_batch.h"
 #include "app/case_columns.h"
 #include "app/csv_row.h"
 #include "app/result_columns.h"
@@ -52,7 +53,8 @@ struct CaseBlock {
   std::uint64_t bytes_read = 0;   // of the input, up to this block or a little further
 };
 
-// Used by one thread.
+// Used by one thread. Takes the rows of a block in chunks: reads a chunk, lets the model score it
+// as one batch, and writes it. A model that takes no batches scores case by case.
 class CaseScorer {
  public:
   explicit CaseScorer(const ScoringPlan& plan);
@@ -67,16 +69,36 @@ class CaseScorer {
   void FixPositions();
 
  private:
-  void ScoreRow(CaseBlock& block);
-  output::Outcome ScoreCells();
-  void SetCell(MCZandor_850::InputCaseRecord& record, std::size_t position, std::size_t cell);
+  // A row of the chunk: its place in the batch, or the status with which it stays outside.
+  struct Row {
+    long status = 0;
+    std::size_t place = 0;
+  };
+
+  // Reads rows until the chunk is full; false at the end of the rows.
+  bool ReadChunk(CsvRows& rows);
+  void ReadRow();
+  void WriteChunk(CaseBlock& block);
+  // The cells of a row of the chunk.
+  const std::string_view* CellsOf(std::size_t row) const {
+    return cells_.data() + row * plan_.columns.width;
+  }
+  void SetCells(const std::string_view* cells);
+  void SetExtras(const std::string_view* cells);
+  void SetCell(MCZandor_850::InputCaseRecord& record, std::size_t position,
+               const std::string_view* cells, std::size_t cell);
+  output::Outcome OutcomeOf(const Row& row);
   bool IsMissing(std::string_view cell) const;
 
   const ScoringPlan& plan_;
   MCZandor_850::InputCaseRecord record_;
   output::OutputScratch outputs_;
-  std::unique_ptr<MCZandor_850::ScoreResult> result_;
-  std::vector<std::string_view> cells_;
+  std::unique_ptr<MCZandor_850::ScoreResult> result_;  // of a model that takes no batches
+  std::unique_ptr<CaseBatch> batch_;                   // null for such a model
+  std::size_t chunk_rows_;
+  std::vector<std::string_view> row_cells_;
+  std::vector<std::string_view> cells_;  // [rows][width]
+  std::vector<Row> rows_;
 };
 
 }  // namespace svmscore::app

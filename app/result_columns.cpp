@@ -116,20 +116,34 @@ class Probability : public FromOutcome {
       : FromOutcome("probability(" + category.GetText() + ")"), index_(index), targets_(targets) {}
 
  private:
-  // Results hold either no percentages or one for each category, in the order of the categories.
   void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
-    double percent = kNotComputed;
-    if (const auto* result = dynamic_cast<const ScoreClsResult*>(outcome.result)) {
-      const auto& percents = result->GetAllValuePercent();
-      if (index_ < percents.size()) percent = percents[index_].second;
+    if (outcome.ending == Outcome::Ending::kPredicted) {
+      WriteComputed(outcome.PercentOf(index_), cell);
     } else {
-      percent = targets_.ShareOf(outcome, static_cast<int>(index_)).value_or(kNotComputed);
+      WriteComputed(targets_.ShareOf(outcome, static_cast<int>(index_)).value_or(kNotComputed),
+                    cell);
     }
-    WriteComputed(percent, cell);
   }
 
   std::size_t index_;
   const TargetRules& targets_;
+};
+
+// The decision value of a machine.
+class Decision : public ResultColumn {
+ public:
+  Decision(std::string name, std::size_t machine)
+      : ResultColumn(std::move(name)), machine_(machine) {}
+  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+    if (scored.decisions == nullptr) {
+      cell.Empty();
+    } else {
+      cell.Number(scored.decisions[machine_ * scored.decision_stride]);
+    }
+  }
+
+ private:
+  std::size_t machine_;
 };
 
 class StandardDeviation : public FromOutcome {
@@ -210,10 +224,21 @@ void AddPlainColumns(const ScoreModel& model, const TargetRules& targets, bool a
   }
 }
 
+std::string DecisionName(const TargetRules& targets, std::pair<int, int> decides) {
+  if (targets.GetScheme().method == Method::kRegression) return "decision";
+  const auto name = [&targets](int category) {
+    const auto& categories = targets.Target().GetCategories();
+    const auto position = static_cast<std::size_t>(category);
+    return category >= 0 && position < categories.size() ? categories[position]->GetText() : "";
+  };
+  if (decides.second < 0) return "decision(" + name(decides.first) + ")";
+  return "decision(" + name(decides.first) + "|" + name(decides.second) + ")";
+}
+
 }  // namespace
 
 ResultColumns MakeColumns(const ScoreModel& model, const output::OutputPlan& output,
-                          ColumnChoice choice, const CaseColumns& columns,
+                          ColumnChoice choice, const CaseColumns& columns, bool decisions,
                           const std::vector<std::string>& copied_names) {
   ResultColumns made;
   for (std::size_t i = 0; i < columns.copied.size(); ++i) {
@@ -225,6 +250,10 @@ ResultColumns MakeColumns(const ScoreModel& model, const output::OutputPlan& out
     }
   } else {
     AddPlainColumns(model, output.Targets(), choice == ColumnChoice::kAll, made);
+  }
+  const auto* batch = decisions ? dynamic_cast<const BatchModel*>(&model) : nullptr;
+  for (std::size_t i = 0; batch != nullptr && i < batch->DecisionCount(); ++i) {
+    Add<Decision>(made, DecisionName(output.Targets(), batch->DecisionCategories(i)), i);
   }
   Add<Status>(made);
   return made;

@@ -10,17 +10,17 @@
 #include "app/case_columns.h"
 #include "app/row_format.h"
 #include "host/output/output_plan.h"
-#include "host/score_case_record.h"
 #include "host/score_model.h"
 
 namespace svmscore::app {
 
 // One case after scoring. Everything is borrowed, and changes with the next case.
 struct ScoredCase {
-  const std::vector<std::string_view>& cells;   // of the input row
-  const MCZandor_850::InputCaseRecord& record;  // the treated values
+  const std::string_view* cells;  // of the input row
   const output::Outcome& outcome;
   output::OutputScratch& outputs;  // computed where there are columns of output fields
+  const double* decisions;         // of the first machine; null where the case has none
+  std::size_t decision_stride;
 };
 
 // Where a column writes its cell: exactly one call a cell.
@@ -58,10 +58,11 @@ enum class ColumnChoice {
   kAll,       // every one, under plain names
 };
 
-// Copied cells first, then those of the result, then the status. `copied_names` are the names of
+// Copied cells first, then those of the result, then with `decisions` the decision value of every
+// machine if the model is a BatchModel, then the status. `copied_names` are the names of
 // `columns.copied`.
 ResultColumns MakeColumns(const MCZandor_850::ScoreModel& model, const output::OutputPlan& output,
-                          ColumnChoice choice, const CaseColumns& columns,
+                          ColumnChoice choice, const CaseColumns& columns, bool decisions,
                           const std::vector<std::string>& copied_names);
 
 }  // namespace svmscore::app

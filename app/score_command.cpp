@@ -122,6 +122,9 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
       ->check(CLI::IsMember({"replace", "predict-missing", "fail"}));
   app->add_flag("--prediction-only", prediction_only_,
                 "compute no confidence, probabilities or interval");
+  app->add_flag("--decisions", decisions_,
+                "add each machine's decision value: decision(TARGET|ALTERNATE), decision for a "
+                "regression");
   app->add_flag("--strict", strict_, "exit with status 4 if any case failed");
   app->add_flag("--strict-document", strict_document_,
                 "refuse a model whose document is not scored as it is written");
@@ -152,7 +155,10 @@ ExitStatus ScoreCommand::Run() {
   const ColumnChoice choice = ChoiceOf(columns_);
   plan.output = loaded.output.get();
   plan.computes_output = choice == ColumnChoice::kDocument && !loaded.output->Fields().empty();
-  plan.results = MakeColumns(model, *loaded.output, choice, plan.columns, copied);
+  if (decisions_ && dynamic_cast<BatchModel*>(&model) == nullptr) {
+    throw Failure(kUsageError, "--decisions: the plug-in's model does not give decision values");
+  }
+  plan.results = MakeColumns(model, *loaded.output, choice, plan.columns, decisions_, copied);
   const bool json = format_ == "jsonl";
   std::vector<std::string> names = NamesOf(plan.results, json);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));

@@ -27,6 +27,7 @@ class ScoreCommand : public Command {
   std::vector<std::string> passthrough_;
   int threads_ = 0;
   bool prediction_only_ = false;
+  bool decisions_ = false;
   bool strict_ = false;
   bool strict_document_ = false;
 };

@@ -65,6 +65,8 @@ constexpr std::array kCatalogue = {
             "define the function in TransformationDictionary, or use a built-in one"},
     Message{code::kArgumentCount, "function {0} is given {1} arguments and takes {2}",
             "correct the arguments"},
+    Message{code::kInstructionSet, "the instruction set cannot be used: {0}",
+            "correct the environment variable SVMSCORE_ISA, or unset it to use the best one"},
     Message{code::kFieldNotNumeric, "field {0} is a text, and element {1} needs a number",
             "encode the field by NormDiscrete derived fields, or declare it as a number"},
 };

@@ -1,5 +1,7 @@
 #include "host/score_model.h"
 
+#include "host/batch_model.h"
+
 namespace MCZandor_850 {
 
 ScoreModel::~ScoreModel() = default;
@@ -10,3 +12,5 @@ VersionInfo::VersionInfo(const std::string& version) : version_(version) {}
 VersionInfo::~VersionInfo() = default;
 
 }  // namespace MCZandor_850
+
+svmscore::BatchModel::~BatchModel() = default;

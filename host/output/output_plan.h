@@ -68,6 +68,10 @@ class SVMSCORE_HOST_API OutputPlan {
   // invalid.
   const std::vector<const MCZandor_850::ScoreDictVar*>& ExtraInputs() const { return extra_; }
 
+  // Whether some field depends on the inputs of a case; otherwise Evaluate does not look at them.
+  bool ReadsCases() const {
+    return !reads_.empty() || !extra_reads_.empty() || program_ != nullptr;
+  }
   // Computes the fields of one case, whose inputs are `record` and the extra inputs of `scratch`.
   // They are all missing where the case failed. Allocates nothing unless texts are made or grow.
   void Evaluate(const Outcome& outcome, const MCZandor_850::ScoreCaseRecord& record,

@@ -60,6 +60,7 @@ TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* do
   for (const ScoreValue* category : target_->GetCategories()) {
     categories_.push_back(transform::FromRecord(category, target_->GetFieldType(), pool_));
     displays_.push_back(target_->GetCategoryDisplay(index++));
+    first_equal_.push_back(target_->GetCategoryIndex(category));
   }
   if (scheme_.method == Method::kRegression) {
     ReadSteps(element);
@@ -158,22 +159,41 @@ void TargetRules::FindResponse(const DOMElement* model_element) {
   second_responds_ = response && target_->GetCategoryIndexOfText(*response) == 1;
 }
 
-Outcome TargetRules::Finish(const MCScore::MCStatus& status, const ScoreResult* result) const {
-  using Ending = Outcome::Ending;
+double Outcome::PercentOf(std::size_t index) const {
+  if (percents != nullptr) return percents[index * percent_stride];
+  if (result == nullptr) return kNotComputed;
+  // Results hold either no percentages or one for each category, in the order of the categories.
+  const auto& all = result->GetAllValuePercent();
+  return index < all.size() ? all[index].second : kNotComputed;
+}
+
+Outcome TargetRules::FinishFailed(long status) const {
   Outcome outcome;
-  if (status.IsError()) {
-    outcome.status = status.GetErrorCode();
-    const bool lacks_inputs = outcome.status == MCScore::kCannotScore &&
-                              model_->GetMissingValuePolicy() != ScoreModel::kFailOnMissing;
-    outcome.ending = lacks_inputs ? Ending::kMissing : Ending::kFailed;
-    if (lacks_inputs && default_.IsPresent()) PredictDefault(outcome);
-    return outcome;
-  }
-  outcome.ending = Ending::kPredicted;
-  outcome.result = result;
+  outcome.status = status;
+  const bool lacks_inputs = status == MCScore::kCannotScore &&
+                            model_->GetMissingValuePolicy() != ScoreModel::kFailOnMissing;
+  outcome.ending = lacks_inputs ? Outcome::Ending::kMissing : Outcome::Ending::kFailed;
+  if (lacks_inputs && default_.IsPresent()) PredictDefault(outcome);
+  return outcome;
+}
+
+Outcome TargetRules::Finish(const MCScore::MCStatus& status, const ScoreResult* result) const {
+  if (status.IsError()) return FinishFailed(status.GetErrorCode());
+  Outcome outcome;
+  outcome.ending = Outcome::Ending::kPredicted;
   if (result == nullptr) return outcome;
   if (scheme_.method == Method::kRegression) {
-    FinishNumber(*result, outcome);
+    const ScoreValue* raw = result->GetPrediction();
+    if (raw == nullptr || raw->IsMissing()) return outcome;
+    const auto* regression = dynamic_cast<const ScoreRegResult*>(result);
+    FinishNumber(raw->GetDouble(), regression != nullptr ? regression->GetStdDev() : kNotComputed,
+                 outcome);
+    const auto* interval = dynamic_cast<const ScoreIntervalResult*>(result);
+    double lower = 0.0;
+    double upper = 0.0;
+    if (regression != nullptr && interval != nullptr && interval->GetInterval(lower, upper)) {
+      FinishInterval(lower, upper, outcome);
+    }
     return outcome;
   }
   outcome.category = target_->GetCategoryIndex(result->GetPrediction());
@@ -181,27 +201,49 @@ Outcome TargetRules::Finish(const MCScore::MCStatus& status, const ScoreResult* 
     outcome.prediction = categories_[static_cast<std::size_t>(outcome.category)];
   }
   outcome.confidence = result->GetConfidence();
+  outcome.result = dynamic_cast<const ScoreClsResult*>(result);
   return outcome;
 }
 
-void TargetRules::FinishNumber(const ScoreResult& result, Outcome& outcome) const {
-  const ScoreValue* raw = result.GetPrediction();
-  if (raw == nullptr || raw->IsMissing()) return;
-  outcome.prediction = Finished(raw->GetDouble());
+Outcome TargetRules::Finish(const BatchResults& results, std::size_t position) const {
+  const long status = results.status[position];
+  if (status != 0) return FinishFailed(status);
+  Outcome outcome;
+  outcome.ending = Outcome::Ending::kPredicted;
+  if (scheme_.method == Method::kRegression) {
+    const double raw = results.value[position];
+    if (raw == MCZandor_850::NumericValue::GetSysmisValue()) return outcome;
+    FinishNumber(raw, results.std_dev[position], outcome);
+    if (results.has_interval[position]) {
+      FinishInterval(results.lower[position], results.upper[position], outcome);
+    }
+    return outcome;
+  }
+  if (results.category[position] >= 0) {
+    outcome.category = first_equal_[static_cast<std::size_t>(results.category[position])];
+    outcome.prediction = categories_[static_cast<std::size_t>(outcome.category)];
+  }
+  outcome.confidence = results.confidence[position];
+  outcome.percents = results.percents + position;
+  outcome.percent_stride = results.stride;
+  return outcome;
+}
+
+void TargetRules::FinishNumber(double raw, double std_dev, Outcome& outcome) const {
+  outcome.prediction = Finished(raw);
   if (outcome.prediction.IsInvalid()) {
     outcome = Outcome();
     outcome.status = MCScore::kInvalidValue;
     return;
   }
-  const auto* regression = dynamic_cast<const ScoreRegResult*>(&result);
-  if (!scheme_.interval || regression == nullptr) return;
-  const double std_dev = regression->GetStdDev();
-  if (std_dev != kNotComputed) outcome.std_dev = std_dev * std::fabs(factor_);
-  const auto* interval = dynamic_cast<const ScoreIntervalResult*>(&result);
-  outcome.has_interval = interval != nullptr && interval->GetInterval(outcome.lower, outcome.upper);
-  if (!outcome.has_interval) return;
-  outcome.lower = Scale(outcome.lower);
-  outcome.upper = Scale(outcome.upper);
+  if (scheme_.interval && std_dev != kNotComputed) outcome.std_dev = std_dev * std::fabs(factor_);
+}
+
+void TargetRules::FinishInterval(double lower, double upper, Outcome& outcome) const {
+  if (!scheme_.interval || !outcome.IsPredicted()) return;
+  outcome.has_interval = true;
+  outcome.lower = Scale(lower);
+  outcome.upper = Scale(upper);
   if (factor_ < 0.0) std::swap(outcome.lower, outcome.upper);
 }
 
@@ -257,11 +299,8 @@ std::optional<double> TargetRules::ShareOf(const Outcome& outcome, int category)
     if (priors_.empty()) return std::nullopt;
     return priors_[index];
   }
-  const auto* result = dynamic_cast<const ScoreClsResult*>(outcome.result);
-  if (result == nullptr || scheme_.percentages == Percentages::kNone) return std::nullopt;
-  const auto& percents = result->GetAllValuePercent();
-  if (percents.size() != categories_.size()) return std::nullopt;
-  const double share = percents[second_responds_ ? 1 - index : index].second;
+  if (!outcome.IsPredicted() || scheme_.percentages == Percentages::kNone) return std::nullopt;
+  const double share = outcome.PercentOf(second_responds_ ? 1 - index : index);
   if (share < 0.0 || !std::isfinite(share)) return std::nullopt;
   return share;
 }

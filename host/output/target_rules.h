@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/api.h"
+#include "host/batch_model.h"
 #include "host/output/note.h"
 #include "host/output/scheme.h"
 #include "host/score_model.h"
@@ -17,8 +18,8 @@
 
 namespace svmscore::output {
 
-// One case after scoring. Texts are the model's; the result is borrowed and changes with the next
-// case.
+// One case after scoring. Texts are the model's; percentages are borrowed and change with the next
+// case or batch.
 struct Outcome {
   enum class Ending {
     kPredicted,
@@ -35,9 +36,16 @@ struct Outcome {
   bool has_interval = false;
   double lower = 0.0;
   double upper = 0.0;
-  const MCZandor_850::ScoreResult* result = nullptr;  // null unless the model predicted
+  // The number of a category, as the model computes it; -1.0 where it computes none.
+  SVMSCORE_HOST_API double PercentOf(std::size_t index) const;
 
   bool IsPredicted() const { return ending <= Ending::kPredictedByDefault; }
+
+  // Where the percentages are: in a classification result, or in a column of a batch. Both null
+  // unless the model predicted a category.
+  const MCZandor_850::ScoreClsResult* result = nullptr;
+  const double* percents = nullptr;  // of the first category
+  std::size_t percent_stride = 0;
 };
 
 // A regression's value p becomes clamp(p, min, max) * rescaleFactor + rescaleConstant, then a whole
@@ -57,6 +65,8 @@ class SVMSCORE_HOST_API TargetRules {
 
   // `result` may be null where `status` is an error. Allocates nothing.
   Outcome Finish(const MCScore::MCStatus& status, const MCZandor_850::ScoreResult* result) const;
+  // One case of a batch that the model has scored.
+  Outcome Finish(const BatchResults& results, std::size_t position) const;
   // The share or probability of a category of the target; nothing where the model's scheme computes
   // none, or the case has no prediction.
   std::optional<double> ShareOf(const Outcome& outcome, int category) const;
@@ -81,7 +91,10 @@ class SVMSCORE_HOST_API TargetRules {
   void FindResponse(const xercesc::DOMElement* model_element);
   double Scale(double raw) const;
   transform::Value Finished(double raw) const;
-  void FinishNumber(const MCZandor_850::ScoreResult& result, Outcome& outcome) const;
+  // Of a case whose status is an error.
+  Outcome FinishFailed(long status) const;
+  void FinishNumber(double raw, double std_dev, Outcome& outcome) const;
+  void FinishInterval(double lower, double upper, Outcome& outcome) const;
   void PredictDefault(Outcome& outcome) const;
 
   const MCZandor_850::ScoreModel* model_;
@@ -96,6 +109,7 @@ class SVMSCORE_HOST_API TargetRules {
   Cast cast_ = Cast::kNone;
 
   std::vector<transform::Value> categories_;  // the target's, of its type
+  std::vector<int> first_equal_;              // one a category: the first that equals it
   std::vector<std::string> displays_;         // one a category
   std::vector<double> priors_;                // one a category, with the sum 1; or empty
   // What is predicted where inputs are missing; missing itself where the document does not say.

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "svm/model/model.h"
+#include "svm/model/workspace.h"
 #include "svm/result/cls_result.h"
 
 namespace MCZandor_850 {
@@ -30,20 +31,12 @@ ScoreValue* Lend(const ScoreValue* category) {
 MCStatus SVMModel::ScoreSVMClsModel(const std::vector<int>& idx, const std::vector<double>& val,
                                     ScoreResult*& result) {
   if (data_ == nullptr || idx.empty() || data_->GetSupportVectorMachines().empty()) return {};
-  MCStatus status;
-  const std::size_t machine_count = data_->GetSupportVectorMachines().size();
-  std::vector<double> decisions;
-  decisions.reserve(machine_count);
-  for (std::size_t m = 0; m < machine_count && !status.IsError(); ++m) {
-    double value = 0.0;
-    status = ScoreSVMByKernelType(idx, val, static_cast<int>(m), value);
-    decisions.push_back(value);
-  }
-  if (status.IsError()) return status;
+  std::vector<double>& decisions = ThisThreadsWorkspace().decisions;
+  Decide(idx, val, decisions);
   int winner = 0;
   double confidence = 0.0;
   std::vector<double> percents(target_categories_.size(), 0.0);
-  status = DoVotingForSVMCls(decisions, winner, confidence, percents);
+  const MCStatus status = DoVotingForSVMCls(decisions, winner, confidence, percents);
   if (status.IsError()) return status;
   return FillSVMClsResult(winner, confidence, percents, result);
 }
@@ -178,14 +171,17 @@ MCStatus SVMModel::GetVEMATicketByMultiClass(const std::vector<double>& decision
   return percents.empty() ? Undecided() : MCStatus();
 }
 
+bool SVMModel::IsCategory(int winner) const {
+  return IsPosition(winner, target_categories_.size()) &&
+         target_categories_[static_cast<std::size_t>(winner)] != nullptr;
+}
+
 MCStatus SVMModel::FillSVMClsResult(int winner, double confidence,
                                     const std::vector<double>& percents, ScoreResult*& result) {
   // Another kind of result could take the category for its own and delete it.
   auto* cls_result = dynamic_cast<SVMClsResult*>(result);
-  if (cls_result == nullptr || !IsPosition(winner, target_categories_.size())) return Undecided();
-  const ScoreValue* category = target_categories_[static_cast<std::size_t>(winner)];
-  if (category == nullptr) return Undecided();
-  cls_result->SetPrediction(Lend(category));
+  if (cls_result == nullptr || !IsCategory(winner)) return Undecided();
+  cls_result->SetPrediction(Lend(target_categories_[static_cast<std::size_t>(winner)]));
   FillSVMVEMAClsResult(percents, winner, confidence, result);
   return {};
 }

@@ -5,11 +5,14 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/base_model.h"
+#include "host/batch_model.h"
 #include "host/score_value.h"
 #include "svm/kernel/kernel_function.h"
+#include "svm/kernel/packed/engine.h"
 #include "svm/model/model_data.h"
 
 namespace MCZandor_850 {
@@ -21,7 +24,7 @@ namespace MCZandor_850 {
 // The stages of scoring report by status and, apart from running out of memory, do not throw. A
 // stage that lacks what it works on does nothing and reports success unless it says otherwise.
 // Every index that comes from a document is checked before it is used.
-class SVMModel : public BaseModel {
+class SVMModel : public BaseModel, public svmscore::BatchModel {
  public:
   SVMModel();
   ~SVMModel() override;
@@ -32,7 +35,9 @@ class SVMModel : public BaseModel {
   // data the model type, the vector field variables and the kernel.
   void SetSupportVectorMachineModel(SVMModelData* data);
   void SetUpModelType(bool is_classification);
-  // Makes the kernel that `data` names, with the parameters of the data that the model holds.
+  // Makes the kernel that `data` names, with the parameters of the data that the model holds, and
+  // packs the machines for it: what is scored is the data as it is now. Throws an SSException where
+  // SVMSCORE_ISA names no instruction set that can be had.
   MCScore::MCStatus SetUpSVMKFEvaluate(SVMModelData* data);
   // Finds the variable of every vector field: null where no dictionary knows its name. Fills in the
   // category index of the categorical predictors.
@@ -69,6 +74,17 @@ class SVMModel : public BaseModel {
   MCScore::MCStatus ScoreSVMByKernelType(const std::vector<int>& case_idx,
                                          const std::vector<double>& case_val, int machine_index,
                                          double& value);
+
+  // --- Scoring many cases (batch.cpp) ---
+
+  std::size_t EntryCount() const override;
+  // One a machine; of a regression the first machine only.
+  std::size_t DecisionCount() const override;
+  std::pair<int, int> DecisionCategories(std::size_t decision) const override;
+  MCScore::MCStatus ReadCase(const ScoreCaseRecord& record, bool flag, double* entries,
+                             std::size_t stride) override;
+  void ScoreBatch(const svmscore::BatchCases& cases,
+                  const svmscore::BatchResults& results) override;
 
   // --- Deciding a category (classification.cpp) ---
 
@@ -132,8 +148,36 @@ class SVMModel : public BaseModel {
   void Display(std::ostream& os) const override;
 
  private:
+  // What scoring works in besides a case and its result; one a thread (workspace.h).
+  struct Workspace;
+  static Workspace& ThisThreadsWorkspace();
+
   // GetScore without its safety net and its trace line.
   MCScore::MCStatus ScoreCase(const ScoreCaseRecord* record, ScoreResult*& result, bool flag);
+  // Entry e of the case goes to entries[e * stride]; `read` becomes their number. `result` is told
+  // of a missing value; null where nobody is.
+  MCScore::MCStatus ReadEntries(const ScoreCaseRecord& record, bool flag, ScoreResult** result,
+                                double* entries, std::size_t stride, std::size_t& read);
+  MCScore::MCStatus MissingStatus(const ScoreDictVar* var);
+  // A batch: the decision values of all cases, and what each case's make of it (batch.cpp).
+  void DecideBatch(const svmscore::BatchCases& cases, double* decisions, std::size_t stride);
+  MCScore::MCStatus FinishCategory(const double* decisions, std::size_t stride, std::size_t c,
+                                   const svmscore::BatchResults& results);
+  MCScore::MCStatus FinishValue(const double* decision, std::size_t c,
+                                const svmscore::BatchResults& results);
+  // Whether `winner` is a position among the target categories that holds one.
+  bool IsCategory(int winner) const;
+  // Writes the standard deviation of a regression's value and the bounds of its interval; false,
+  // with nothing written, where the model computes none.
+  bool IntervalAround(double value, double& std_dev, double& lower, double& upper) const;
+  // Packs the machines of the data that the model holds; without an engine where they are not such
+  // as the engine takes (engine.cpp).
+  void SetUpEngine();
+  // The decision values of a case, DecisionCount() of them, by the engine where it takes the case;
+  // ScoreSVMByKernelType gives the same bits.
+  void Decide(const std::vector<int>& idx, const std::vector<double>& val,
+              std::vector<double>& decisions);
+  bool EngineTakes(const std::vector<int>& idx, const std::vector<double>& val) const;
   ScoreDictVar* FindVarByName(const std::string& name) const;
   // Null for a position that is none of the machines'.
   const SVMModelData::ST_SUPPORTVECTORMACHINE* Machine(int index) const;
@@ -152,6 +196,7 @@ class SVMModel : public BaseModel {
   std::vector<std::string> target_category_names_;
   std::vector<const ScoreValue*> target_categories_;  // the target variable's
   std::unique_ptr<MCSVM_700::SVMKernelFunction> kernel_;
+  std::unique_ptr<const MCSVM_700::PackedEngine> engine_;  // points into data_; null: plain kernels
   // The missing predictions of classification results, which own nothing. Never changed.
   NumericValue missing_number_{NumericValue::GetSysmisValue()};
   StringValue missing_text_{""};

@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "svm/model/model.h"
+#include "svm/model/workspace.h"
 #include "svm/result/reg_result.h"
 
 namespace MCZandor_850 {
@@ -10,9 +11,9 @@ using MCScore::MCStatus;
 MCStatus SVMModel::ScoreSVMRegModel(const std::vector<int>& idx, const std::vector<double>& val,
                                     ScoreResult*& result) {
   if (data_ == nullptr || idx.empty()) return {};
-  double value = 0.0;
-  ScoreSVMByKernelType(idx, val, 0, value);
-  FillSVMRegResult(value, result);
+  std::vector<double>& decisions = ThisThreadsWorkspace().decisions;
+  Decide(idx, val, decisions);
+  FillSVMRegResult(decisions.empty() ? 0.0 : decisions[0], result);
   return {};
 }
 
@@ -31,19 +32,27 @@ MCStatus SVMModel::FillSVMRegResult(double value, ScoreResult*& result) {
 }
 
 MCStatus SVMModel::FillSVMVEMARegResult(double value, ScoreResult*& result) {
-  const auto* machine = Machine(0);
   auto* reg_result = dynamic_cast<SVMRegResult*>(result);
-  if (reg_result == nullptr || prediction_only_ || machine == nullptr ||
-      machine->extension == nullptr) {
-    return {};
-  }
+  double std_dev = 0.0;
+  double lower = 0.0;
+  double upper = 0.0;
+  if (reg_result == nullptr || !IntervalAround(value, std_dev, lower, upper)) return {};
+  reg_result->SetStdDev(std_dev);
+  reg_result->SetCI(lower, upper);
+  return {};
+}
+
+bool SVMModel::IntervalAround(double value, double& std_dev, double& lower, double& upper) const {
+  const auto* machine = Machine(0);
+  if (prediction_only_ || machine == nullptr || machine->extension == nullptr) return false;
   const double s = data_->IsAppendProbability() ? machine->extension->standard_deviation : 0.0;
-  if (s == NumericValue::GetSysmisValue()) return {};
-  reg_result->SetStdDev(s);
+  if (s == NumericValue::GetSysmisValue()) return false;
+  std_dev = s;
   // ln 0.05: half-width of the two-sided 95 % interval of a Laplace distribution of scale s.
   const double half_width = (-s) * (-2.99573227355399);
-  reg_result->SetCI(value - half_width, half_width + value);
-  return {};
+  lower = value - half_width;
+  upper = half_width + value;
+  return true;
 }
 
 double SVMModel::ComputeVEMAZValue(double f, double a, double b) {

@@ -74,31 +74,43 @@ MCStatus SVMModel::ScoreCase(const ScoreCaseRecord* record, ScoreResult*& result
 
 MCStatus SVMModel::FillCaseRecord(ScoreResult*& result, const ScoreCaseRecord* record, bool& flag,
                                   std::vector<int>& idx, std::vector<double>& val) {
+  if (record == nullptr || data_ == nullptr) return {};
+  const std::size_t before = val.size();
+  std::size_t read = 0;
+  val.resize(before + EntryCount());
+  const MCStatus status = ReadEntries(*record, flag, &result, val.data() + before, 1, read);
+  val.resize(before + read);
+  for (std::size_t i = 0; i < read; ++i) idx.push_back(static_cast<int>(i));
+  return status;
+}
+
+MCStatus SVMModel::ReadEntries(const ScoreCaseRecord& record, bool flag, ScoreResult** result,
+                               double* entries, std::size_t stride, std::size_t& read) {
   MCStatus status;
-  if (record == nullptr || data_ == nullptr) return status;
   std::unique_ptr<DerivedCaseRecord> derived;
   if (GetTransformationDictionary() != nullptr) {
-    derived = GetTransformationDictionary()->GetValuesForDerivedVars(record, GetDictionary());
+    derived = GetTransformationDictionary()->GetValuesForDerivedVars(&record, GetDictionary());
   }
   const std::vector<void*>& fields = data_->GetVectorFields();
   const std::vector<VectorFieldType>& types = data_->GetVectorFieldTypes();
-  idx.reserve(fields.size());
-  val.reserve(fields.size());
-  for (std::size_t i = 0; i < fields.size() && i < types.size() && !status.IsError(); ++i) {
-    const ScoreDictVar* var = i < vector_field_vars_.size() ? vector_field_vars_[i] : nullptr;
+  const std::size_t count = EntryCount();
+  for (read = 0; read < count && !status.IsError(); ++read) {
+    const ScoreDictVar* var = read < vector_field_vars_.size() ? vector_field_vars_[read] : nullptr;
     const ScoreValue* value =
-        var != nullptr ? FindValue(*var, *record, derived.get(), flag) : nullptr;
+        var != nullptr ? FindValue(*var, record, derived.get(), flag) : nullptr;
     if (IsMissScoreValue(var, value)) {
-      status = HandleMissInvalidValue(true, false, var, result);
+      status = result != nullptr ? HandleMissInvalidValue(true, false, var, *result)
+                                 : MissingStatus(var);
       value = GetMissReplacement(var);
     } else if (IsInvalidScoreValue(var, value)) {
-      status = HandleMissInvalidValue(false, true, var, result);
+      status = result != nullptr ? HandleMissInvalidValue(false, true, var, *result)
+                                 : MCStatus(MCScore::kInvalidValue, false);
     }
-    idx.push_back(static_cast<int>(i));
-    val.push_back(status.IsError() ? 0.0 : EntryOf(fields[i], types[i], var, value));
+    entries[read * stride] =
+        status.IsError() ? 0.0 : EntryOf(fields[read], types[read], var, value);
   }
   // Fields of an unknown kind have no variable, so the entries no longer belong to the variables.
-  if (idx.size() > vector_field_vars_.size()) status = MCStatus(MCScore::kInvalidValue, false);
+  if (read > vector_field_vars_.size()) status = MCStatus(MCScore::kInvalidValue, false);
   return status;
 }
 
@@ -115,14 +127,21 @@ const ScoreValue* SVMModel::GetMissReplacement(const ScoreDictVar* var) {
   return var != nullptr ? var->GetMissingReplacement() : nullptr;
 }
 
+MCStatus SVMModel::MissingStatus(const ScoreDictVar* var) {
+  if (var == nullptr) return {};
+  if (GetMissingValuePolicy() == kReplaceMissing && GetMissReplacement(var) != nullptr) return {};
+  return MCStatus(MCScore::kCannotScore, false);
+}
+
 MCStatus SVMModel::HandleMissInvalidValue(bool is_missing, bool is_invalid, const ScoreDictVar* var,
                                           ScoreResult*& result) {
   if (result == nullptr || var == nullptr) return {};
   if (is_missing) {
+    const MCStatus status = MissingStatus(var);
     const MVPolicy policy = GetMissingValuePolicy();
-    if (policy == kReplaceMissing && GetMissReplacement(var) != nullptr) return {};
-    if (policy == kReplaceMissing || policy == kPredictMissing) PredictMissing(*result);
-    return MCStatus(MCScore::kCannotScore, false);
+    const bool predicts = policy == kReplaceMissing || policy == kPredictMissing;
+    if (status.IsError() && predicts) PredictMissing(*result);
+    return status;
   }
   return is_invalid ? MCStatus(MCScore::kInvalidValue, false) : MCStatus();
 }

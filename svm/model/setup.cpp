@@ -32,12 +32,14 @@ std::unique_ptr<MCSVM_700::SVMKernelFunction> MakeKernel(SVMConst::KernelFunctio
 SVMModel::SVMModel() = default;
 
 SVMModel::~SVMModel() {
+  engine_.reset();
   data_.reset();
   kernel_.reset();
 }
 
 void SVMModel::SetSupportVectorMachineModel(SVMModelData* data) {
   if (data == nullptr) return;
+  engine_.reset();
   // Handing the model its own data again must not delete it.
   if (data != data_.get()) data_.reset(data);
   SetUpModelType(data->IsClassification());
@@ -53,6 +55,7 @@ MCScore::MCStatus SVMModel::SetUpSVMKFEvaluate(SVMModelData* data) {
   if (data == nullptr || data_ == nullptr) return {};
   kernel_ = MakeKernel(data->GetSVMKernelType(), data_->GetSVMKernelTypeGamma(),
                        data_->GetSVMKernelTypeCoef0(), data_->GetSVMKernelTypeDegree());
+  SetUpEngine();
   return {};
 }
 

@@ -1,0 +1,150 @@
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+
+#include "svm/model/model.h"
+#include "svm/model/workspace.h"
+
+namespace MCZandor_850 {
+
+using MCScore::MCStatus;
+using svmscore::BatchCases;
+using svmscore::BatchResults;
+
+namespace {
+
+constexpr double kNone = -1.0;
+
+template <typename T>
+void Put(T* column, std::size_t position, T value) {
+  if (column != nullptr) column[position] = value;
+}
+
+}  // namespace
+
+std::size_t SVMModel::EntryCount() const {
+  if (data_ == nullptr) return 0;
+  return std::min(data_->GetVectorFields().size(), data_->GetVectorFieldTypes().size());
+}
+
+std::size_t SVMModel::DecisionCount() const {
+  if (data_ == nullptr) return 0;
+  const std::size_t machines = data_->GetSupportVectorMachines().size();
+  return data_->IsClassification() ? machines : std::min<std::size_t>(machines, 1);
+}
+
+std::pair<int, int> SVMModel::DecisionCategories(std::size_t decision) const {
+  const auto* machine = decision < DecisionCount() ? Machine(static_cast<int>(decision)) : nullptr;
+  if (machine == nullptr) return {-1, -1};
+  return {machine->target_index, machine->alternate_target_index};
+}
+
+MCStatus SVMModel::ReadCase(const ScoreCaseRecord& record, bool flag, double* entries,
+                            std::size_t stride) {
+  if (data_ == nullptr || target_var_ == nullptr) return MCStatus(MCScore::kCannotScore, false);
+  try {
+    std::size_t read = 0;
+    return ReadEntries(record, flag, nullptr, entries, stride, read);
+  } catch (...) {
+    return MCStatus(MCScore::kCannotScore, false);
+  }
+}
+
+void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) {
+  if (data_ == nullptr || target_var_ == nullptr) {
+    std::fill_n(results.status, cases.count, MCScore::kCannotScore);
+    return;
+  }
+  try {
+    double* decisions = results.decisions;
+    std::size_t stride = results.stride;
+    if (decisions == nullptr) {
+      stride = cases.count;
+      ThisThreadsWorkspace().columns.Reserve(DecisionCount() * stride);
+      decisions = ThisThreadsWorkspace().columns.data();
+    }
+    DecideBatch(cases, decisions, stride);
+    const bool classifies = data_->IsClassification();
+    for (std::size_t c = 0; c < cases.count; ++c) {
+      const MCStatus status = classifies ? FinishCategory(decisions + c, stride, c, results)
+                                         : FinishValue(decisions + c, c, results);
+      results.status[c] = status.GetErrorCode();
+    }
+  } catch (...) {
+    std::fill_n(results.status, cases.count, MCScore::kCannotScore);
+  }
+}
+
+void SVMModel::DecideBatch(const BatchCases& cases, double* decisions, std::size_t stride) {
+  Workspace& workspace = ThisThreadsWorkspace();
+  if (engine_ != nullptr) {
+    engine_->DecideMany(cases.entries, cases.stride, cases.count, workspace.scratch, decisions,
+                        stride);
+    return;
+  }
+  workspace.idx.resize(EntryCount());
+  workspace.val.resize(EntryCount());
+  std::iota(workspace.idx.begin(), workspace.idx.end(), 0);
+  for (std::size_t c = 0; c < cases.count; ++c) {
+    for (std::size_t e = 0; e < workspace.val.size(); ++e) {
+      workspace.val[e] = cases.entries[e * cases.stride + c];
+    }
+    for (std::size_t m = 0; m < DecisionCount(); ++m) {
+      double value = 0.0;
+      ScoreSVMByKernelType(workspace.idx, workspace.val, static_cast<int>(m), value);
+      decisions[m * stride + c] = value;
+    }
+  }
+}
+
+MCStatus SVMModel::FinishCategory(const double* decisions, std::size_t stride, std::size_t c,
+                                  const BatchResults& results) {
+  const std::size_t categories = target_categories_.size();
+  Put(results.category, c, -1);
+  Put(results.confidence, c, kNone);
+  for (std::size_t k = 0; k < categories; ++k) Put(results.percents, k * results.stride + c, kNone);
+  Put(results.value, c, NumericValue::GetSysmisValue());
+  Put(results.std_dev, c, kNone);
+  Put(results.has_interval, c, false);
+  Workspace& workspace = ThisThreadsWorkspace();
+  workspace.decisions.resize(DecisionCount());
+  if (workspace.decisions.empty() || EntryCount() == 0) return {};
+  for (std::size_t m = 0; m < workspace.decisions.size(); ++m) {
+    workspace.decisions[m] = decisions[m * stride];
+  }
+  int winner = 0;
+  double confidence = 0.0;
+  std::vector<double>& percents = workspace.percents;
+  percents.assign(categories, 0.0);
+  const MCStatus status = DoVotingForSVMCls(workspace.decisions, winner, confidence, percents);
+  if (status.IsError()) return status;
+  if (!IsCategory(winner)) return MCStatus(MCScore::kInvalidValue, false);
+  Put(results.category, c, winner);
+  if (prediction_only_ || percents.size() != categories) return status;
+  Put(results.confidence, c, confidence);
+  for (std::size_t k = 0; k < categories; ++k) {
+    Put(results.percents, k * results.stride + c, percents[k]);
+  }
+  return status;
+}
+
+MCStatus SVMModel::FinishValue(const double* decision, std::size_t c, const BatchResults& results) {
+  Put(results.category, c, -1);
+  Put(results.confidence, c, kNone);
+  double std_dev = kNone;
+  double lower = 0.0;
+  double upper = 0.0;
+  // Without entries nothing is computed: the value is a missing one.
+  const bool computed = EntryCount() > 0;
+  const double value =
+      computed ? (DecisionCount() > 0 ? *decision : 0.0) : NumericValue::GetSysmisValue();
+  const bool has_interval = computed && IntervalAround(value, std_dev, lower, upper);
+  Put(results.value, c, value);
+  Put(results.std_dev, c, std_dev);
+  Put(results.has_interval, c, has_interval);
+  Put(results.lower, c, lower);
+  Put(results.upper, c, upper);
+  return {};
+}
+
+}  // namespace MCZandor_850

@@ -1,0 +1,126 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <unordered_map>
+
+#include "host/message_codes.h"
+#include "host/ss_exception.h"
+#include "svm/kernel/packed/operations.h"
+#include "svm/model/model.h"
+#include "svm/model/workspace.h"
+
+namespace MCZandor_850 {
+namespace {
+
+using MCSVM_700::PackedInput;
+using MCSVM_700::SVMDataCase;
+using MCSVM_700::packed::KernelForm;
+
+std::optional<KernelForm> FormOf(SVMConst::KernelFunctionType type) {
+  switch (type) {
+    case SVMConst::kLinear:
+      return KernelForm::kLinear;
+    case SVMConst::kPolynomial:
+      return KernelForm::kPolynomial;
+    case SVMConst::kRadialBasis:
+      return KernelForm::kRadialBasis;
+    case SVMConst::kSigmoid:
+      return KernelForm::kSigmoid;
+  }
+  return std::nullopt;
+}
+
+// The machines' vectors, each once, and the machines as positions among them.
+class Collector {
+ public:
+  // False for a machine that has no vector for some coefficient, or a vector that lacks entries.
+  bool Add(const SVMModelData::ST_SUPPORTVECTORMACHINE* machine) {
+    terms_.emplace_back();
+    if (machine == nullptr) {  // its decision value stays 0
+      input_.machines.emplace_back();
+      return true;
+    }
+    if (machine->support_vectors.size() < machine->coefficients.size()) return false;
+    std::vector<std::uint32_t>& terms = terms_.back();
+    for (std::size_t k = 0; k < machine->coefficients.size(); ++k) {
+      const SVMDataCase* vector = machine->support_vectors[k];
+      if (vector == nullptr || vector->values.size() < vector->indices.size()) return false;
+      const auto next = static_cast<std::uint32_t>(input_.vectors.size());
+      const auto [found, is_new] = positions_.emplace(vector, next);
+      if (is_new) input_.vectors.push_back({&vector->indices, &vector->values});
+      terms.push_back(found->second);
+    }
+    input_.machines.push_back({machine->coefficients, {}, machine->absolute_value});
+    return input_.vectors.size() < std::numeric_limits<std::uint32_t>::max();
+  }
+
+  // Valid while this object lives and is not added to.
+  PackedInput& Input() {
+    for (std::size_t m = 0; m < terms_.size(); ++m) input_.machines[m].vectors = terms_[m];
+    return input_;
+  }
+
+ private:
+  PackedInput input_;
+  std::unordered_map<const SVMDataCase*, std::uint32_t> positions_;
+  std::vector<std::vector<std::uint32_t>> terms_;
+};
+
+const MCSVM_700::packed::Operations* ChosenOperations() {
+  const MCSVM_700::packed::IsaChoice choice = MCSVM_700::packed::ChooseIsaFromEnvironment();
+  if (choice.error != nullptr) {
+    svmscore::ThrowAt(nullptr, svmscore::code::kInstructionSet, choice.error);
+  }
+  return MCSVM_700::packed::OperationsOf(choice.isa);
+}
+
+}  // namespace
+
+SVMModel::Workspace& SVMModel::ThisThreadsWorkspace() {
+  static thread_local Workspace workspace;
+  return workspace;
+}
+
+void SVMModel::SetUpEngine() {
+  engine_.reset();
+  const auto* operations = ChosenOperations();
+  const auto form = FormOf(data_->GetSVMKernelType());
+  if (!form || EntryCount() > std::numeric_limits<int>::max()) return;
+  Collector collector;
+  for (std::size_t m = 0; m < DecisionCount(); ++m) {
+    if (!collector.Add(data_->GetSupportVectorMachines()[m])) return;
+  }
+  PackedInput& input = collector.Input();
+  input.form = *form;
+  input.gamma = data_->GetSVMKernelTypeGamma();
+  input.coef0 = data_->GetSVMKernelTypeCoef0();
+  input.degree = data_->GetSVMKernelTypeDegree();
+  input.fields = EntryCount();
+  engine_ = std::make_unique<const MCSVM_700::PackedEngine>(input, operations);
+}
+
+bool SVMModel::EngineTakes(const std::vector<int>& idx, const std::vector<double>& val) const {
+  if (engine_ == nullptr || idx.size() != engine_->fields() || val.size() < idx.size()) {
+    return false;
+  }
+  for (std::size_t i = 0; i < idx.size(); ++i) {
+    if (idx[i] != static_cast<int>(i)) return false;
+  }
+  return true;
+}
+
+void SVMModel::Decide(const std::vector<int>& idx, const std::vector<double>& val,
+                      std::vector<double>& decisions) {
+  decisions.assign(DecisionCount(), 0.0);
+  if (EngineTakes(idx, val)) {
+    engine_->Decide(val.data(), ThisThreadsWorkspace().scratch, decisions.data());
+    return;
+  }
+  for (std::size_t m = 0; m < decisions.size(); ++m) {
+    ScoreSVMByKernelType(idx, val, static_cast<int>(m), decisions[m]);
+  }
+}
+
+}  // namespace MCZandor_850
