@@ -70,16 +70,19 @@ std::optional<std::int64_t> ParseInteger(std::string_view text) {
   return static_cast<std::int64_t>(*number);
 }
 
+const char* ReadDecimal(const char* begin, const char* end, double& value) {
+  const char* first = begin != end && *begin == '-' ? begin + 1 : begin;
+  if (first == end || !StartsNumber(*first)) return nullptr;
+  const auto result = fast_float::from_chars(begin, end, value);
+  return result.ec == std::errc() ? result.ptr : nullptr;
+}
+
 double NumberPrefix(const char* text) {
   // fast_float gives strtod's bits for plain decimal numbers, many times faster; all else (white
   // space, a plus sign, hexadecimal, words, trailing text) goes to strtod itself.
-  const std::size_t size = std::char_traits<char>::length(text);
-  const std::size_t first = text[0] == '-' ? 1 : 0;
-  if (first < size && StartsNumber(text[first])) {
-    double value = 0.0;
-    const auto result = fast_float::from_chars(text, text + size, value);
-    if (result.ptr == text + size && result.ec == std::errc()) return value;
-  }
+  const char* end = text + std::char_traits<char>::length(text);
+  double value = 0.0;
+  if (ReadDecimal(text, end, value) == end && text != end) return value;
   return strtod_l(text, nullptr, PlainLocale());
 }
 

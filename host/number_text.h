@@ -24,6 +24,11 @@ SVMSCORE_HOST_API std::optional<std::int64_t> ParseInteger(std::string_view text
 // locale, white space and hexadecimal included; 0 where there is none. `text` ends with a NUL.
 SVMSCORE_HOST_API double NumberPrefix(const char* text);
 
+// Reads a plain decimal number (optional minus sign, digits with at most one point, optional
+// exponent) at `begin`, as far as it goes, with the value of NumberPrefix. Returns its end; null
+// where there is none or its magnitude is beyond the range.
+SVMSCORE_HOST_API const char* ReadDecimal(const char* begin, const char* end, double& value);
+
 // Truncates toward zero; beyond the range of int it saturates, and NaN gives 0.
 SVMSCORE_HOST_API int TruncateToInt(double value);
 

@@ -1,8 +1,10 @@
 #include "host/score_case_record.h"
 
+#include <cmath>
 #include <utility>
 
 #include "host/field_text.h"
+#include "host/number_text.h"
 
 namespace MCZandor_850 {
 
@@ -16,7 +18,9 @@ InputCaseRecord::InputCaseRecord(std::vector<const ScoreDictVar*> variables, boo
     : by_position_(by_position), replace_missing_(replace_missing) {
   slots_.reserve(variables.size());
   for (const ScoreDictVar* var : variables) {
-    Slot slot{var, nullptr, nullptr, nullptr, InputState::kMissing};
+    Slot slot;
+    slot.var = var;
+    slot.takes_plain = var->TakesEveryNumber();
     slot.number = std::make_unique<NumericValue>(NumericValue::GetSysmisValue());
     if (var->GetStorageType() == 1) slot.text = std::make_unique<StringValue>("");
     positions_.emplace(var->GetName(), static_cast<int>(slots_.size()));
@@ -36,6 +40,7 @@ InputState InputCaseRecord::Store(Slot& slot, InputState state, const ScoreValue
   if (state == InputState::kInvalid) ++invalid_count_;
   slot.state = state;
   slot.current = value;
+  slot.holds_plain = false;
   return state;
 }
 
@@ -79,8 +84,19 @@ InputState InputCaseRecord::Treat(Slot& slot, const ScoreValue& value) {
   return Store(slot, InputState::kPresent, &value);
 }
 
+bool InputCaseRecord::StorePlain(Slot& slot, std::string_view text) {
+  const std::optional<double> number = svmscore::ParseNumber(text);
+  if (!number || !std::isfinite(*number) || *number == NumericValue::GetSysmisValue()) return false;
+  slot.number->SetDoubleValue(*number);
+  Store(slot, InputState::kPresent, slot.number.get());
+  slot.holds_plain = true;
+  slot.plain_number = *number;
+  return true;
+}
+
 InputState InputCaseRecord::SetText(std::size_t position, std::string_view text) {
   Slot& slot = slots_[position];
+  if (slot.takes_plain && StorePlain(slot, text)) return InputState::kPresent;
   if (slot.text != nullptr) {
     slot.text->SetText(text.data(), text.size());
     return Treat(slot, *slot.text);

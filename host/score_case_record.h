@@ -61,6 +61,15 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
   std::size_t Size() const { return slots_.size(); }
   // True when some value of the present case is invalid.
   bool HasInvalid() const { return invalid_count_ > 0; }
+  // The number of a variable whose present value is one that no declaration or treatment touches;
+  // null for any other, and where `var` is not the variable at its case position. A value that is
+  // found so is neither missing nor invalid.
+  const double* FindPlainNumber(const ScoreDictVar& var) const {
+    const auto index = static_cast<std::size_t>(var.GetCasePosition());
+    if (!by_position_ || index >= slots_.size()) return nullptr;
+    const Slot& slot = slots_[index];
+    return slot.var == &var && slot.holds_plain ? &slot.plain_number : nullptr;
+  }
   // The variable behind a position.
   const ScoreDictVar& Variable(std::size_t position) const { return *slots_[position].var; }
 
@@ -71,12 +80,17 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
 
  private:
   struct Slot {
-    const ScoreDictVar* var;
+    const ScoreDictVar* var = nullptr;
     std::unique_ptr<NumericValue> number;  // number variables
     std::unique_ptr<StringValue> text;     // string variables
     const ScoreValue* current = nullptr;   // null where missing
     InputState state = InputState::kMissing;
+    bool takes_plain = false;  // every finite number is a valid value, and stays what it is
+    bool holds_plain = false;  // such a number is the current value
+    double plain_number = 0.0;
   };
+  // Takes the text where it spells a number that needs no treatment.
+  bool StorePlain(Slot& slot, std::string_view text);
   InputState Store(Slot& slot, InputState state, const ScoreValue* value);
   InputState Treat(Slot& slot, const ScoreValue& value);
   InputState TreatMissing(Slot& slot);

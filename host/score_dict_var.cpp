@@ -130,6 +130,12 @@ bool ScoreDictVar::IsDeclaredValid(const ScoreValue& value) const {
   return listed || !values_declared_;
 }
 
+bool ScoreDictVar::TakesEveryNumber() const {
+  return type_.data == DataType::kDouble && !values_declared_ && intervals_.empty() &&
+         missing_.texts.empty() && invalid_.texts.empty() &&
+         treatment_.outliers == FieldTreatment::Outliers::kAsIs;
+}
+
 void ScoreDictVar::Display(std::ostream& os) const {
   os << name_ << '\n';
 }

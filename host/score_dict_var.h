@@ -84,6 +84,10 @@ class SVMSCORE_HOST_API ScoreDictVar {
   // treatment.
   bool IsDeclaredValid(const ScoreValue& value) const;
 
+  // True for a variable of doubles of which every finite number but the system-missing one is
+  // valid, and no treatment changes one.
+  bool TakesEveryNumber() const;
+
   // Takes ownership; replaces and deletes an earlier record.
   void SetVarStats(VarStats* stats) { stats_.reset(stats); }
   // Null where a missing value has no replacement.

@@ -1,5 +1,7 @@
 #include "host/transcoder.h"
 
+#include <algorithm>
+
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLString.hpp>
 
@@ -25,6 +27,9 @@ std::string ToUtf8(const XMLCh* text, std::size_t size) {
 }
 
 std::basic_string<XMLCh> ToUtf16(const std::string& text) {
+  const bool ascii = std::all_of(text.begin(), text.end(),
+                                 [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  if (ascii) return {text.begin(), text.end()};
   StartXerces();
   const xercesc::TranscodeFromStr wide(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
                                        "UTF-8");

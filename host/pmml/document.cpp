@@ -85,6 +85,19 @@ DOMNode* NextInDocument(DOMNode* node, DOMNode* root) {
   return nullptr;
 }
 
+// What is left to read, where the stream can tell and what it tells can be believed; else 0.
+std::size_t SizeOf(std::istream& stream) {
+  constexpr std::streamoff kMost = std::streamoff{1} << 30;
+  const auto start = stream.tellg();
+  std::streamoff size = 0;
+  if (start >= 0 && stream.seekg(0, std::ios::end)) {
+    size = stream.tellg() - start;
+    stream.seekg(start);
+  }
+  stream.clear();
+  return size > 0 && size <= kMost ? static_cast<std::size_t>(size) : 0;
+}
+
 }  // namespace
 
 void StartXerces() {
@@ -120,8 +133,9 @@ PmmlDocument PmmlDocument::FromFile(const std::string& path) {
 }
 
 PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& name) {
-  constexpr std::size_t kChunk = std::size_t{1} << 20;
+  constexpr std::size_t kChunk = std::size_t{1} << 16;
   std::string text;
+  text.reserve(SizeOf(stream) + kChunk);
   errno = 0;
   do {
     const std::size_t size = text.size();

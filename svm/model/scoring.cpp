@@ -24,6 +24,14 @@ const ScoreValue* FindValue(const ScoreDictVar& var, const ScoreCaseRecord& reco
   return value;
 }
 
+// The entry of a field whose value can be used as it is, which is the usual case; else null.
+const double* FindNumber(VectorFieldType type, const ScoreDictVar* var,
+                         const InputCaseRecord* inputs, bool flag) {
+  const bool in_case = type == kFieldReference && var != nullptr && inputs != nullptr &&
+                       !var->IsDerived() && !(flag && var->IsHiddenByDerived());
+  return in_case ? inputs->FindPlainNumber(*var) : nullptr;
+}
+
 double EntryOf(const void* field, VectorFieldType type, const ScoreDictVar* var,
                const ScoreValue* value) {
   if (var == nullptr || value == nullptr) return 0.0;
@@ -94,8 +102,13 @@ MCStatus SVMModel::ReadEntries(const ScoreCaseRecord& record, bool flag, ScoreRe
   const std::vector<void*>& fields = data_->GetVectorFields();
   const std::vector<VectorFieldType>& types = data_->GetVectorFieldTypes();
   const std::size_t count = EntryCount();
+  const auto* inputs = dynamic_cast<const InputCaseRecord*>(&record);
   for (read = 0; read < count && !status.IsError(); ++read) {
     const ScoreDictVar* var = read < vector_field_vars_.size() ? vector_field_vars_[read] : nullptr;
+    if (const double* number = FindNumber(types[read], var, inputs, flag)) {
+      entries[read * stride] = *number;
+      continue;
+    }
     const ScoreValue* value =
         var != nullptr ? FindValue(*var, record, derived.get(), flag) : nullptr;
     if (IsMissScoreValue(var, value)) {

@@ -2,6 +2,9 @@
 #ifndef SVM_TRANSLATOR_SPLITTER_H_
 #define SVM_TRANSLATOR_SPLITTER_H_
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstring>
 #include <type_traits>
 #include <vector>
@@ -12,25 +15,41 @@ namespace MCZandor_850 {
 
 // Appends the tokens of `text` to `output` as numbers and returns how many there were. Runs of
 // separators count as one, so no token is empty. A token is the value of its longest numeric
-// prefix, or 0; as an int it is truncated toward zero, and saturates. `text` is overwritten. Null
+// prefix, or 0; as an int it is truncated toward zero, and saturates. `text` is written to. Null
 // for either text gives nothing. Any number of threads may split texts of their own.
 template <typename T>
 int SPLITTER_STR(char* text, const char* separators, std::vector<T>& output) {
   static_assert(std::is_same_v<T, int> || std::is_same_v<T, double>);
   if (text == nullptr || separators == nullptr) return 0;
-  int count = 0;
-  char* rest = nullptr;
-  for (const char* token = strtok_r(text, separators, &rest); token != nullptr;
-       token = strtok_r(nullptr, separators, &rest)) {
-    const double number = svmscore::NumberPrefix(token);
+  std::array<bool, 256> separates = {};
+  for (const char* c = separators; *c != '\0'; ++c)
+    separates[static_cast<unsigned char>(*c)] = true;
+  const auto is_separator = [&separates](char c) {
+    return separates[static_cast<unsigned char>(c)];
+  };
+  char* const end = text + std::strlen(text);
+  const std::size_t before = output.size();
+  for (char* next = std::find_if_not(text, end, is_separator); next != end;
+       next = std::find_if_not(next, end, is_separator)) {
+    double number = 0.0;
+    const char* read = svmscore::ReadDecimal(next, end, number);
+    if (read != nullptr && (read == end || is_separator(*read))) {
+      next += read - next;
+    } else {
+      char* const token = next;
+      next = std::find_if(token, end, is_separator);
+      const char separator = *next;
+      *next = '\0';
+      number = svmscore::NumberPrefix(token);
+      *next = separator;
+    }
     if constexpr (std::is_same_v<T, int>) {
       output.push_back(svmscore::TruncateToInt(number));
     } else {
       output.push_back(number);
     }
-    ++count;
   }
-  return count;
+  return static_cast<int>(output.size() - before);
 }
 
 }  // namespace MCZandor_850
