@@ -1,4 +1,5 @@
 // svmscore score, run as a user runs it: what it prints for good cases.
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -144,14 +145,45 @@ std::string ManyCases(int count) {
   return text;
 }
 
-TEST(Score, ThreadsDoNotChangeTheOutput) {
+TEST(Score, NeitherThreadsNorTheInstructionSetChangeTheOutput) {
   const std::string cases = ManyCases(200000);
-  const Ran one = RunProgram({"score", Data("three.pmml"), "--threads", "1"}, cases);
-  const Ran eight = RunProgram({"score", Data("three.pmml"), "--threads", "8"}, cases);
-  EXPECT_EQ(one.status, 0) << one.err;
-  EXPECT_EQ(eight.status, 0) << eight.err;
-  EXPECT_GT(one.out.size(), 1000000U);
-  EXPECT_TRUE(one.out == eight.out);
+  const std::vector<std::string> arguments = {"score", Data("three.pmml"), "--decisions",
+                                              "--threads"};
+  const auto run = [&](const char* threads, const char* isa) {
+    std::vector<std::string> all = arguments;
+    all.emplace_back(threads);
+    setenv("SVMSCORE_ISA", isa, 1);
+    Ran ran = RunProgram(all, cases);
+    unsetenv("SVMSCORE_ISA");
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    return ran.out;
+  };
+  const std::string plain = run("1", "plain");
+  EXPECT_GT(plain.size(), 1000000U);
+  EXPECT_TRUE(run("8", "plain") == plain);
+  EXPECT_TRUE(run("8", "") == plain);
+  EXPECT_TRUE(run("2", "sse2") == plain);
+}
+
+TEST(Score, RefusesAnUnknownInstructionSet) {
+  const Ran ran = RunShell("SVMSCORE_ISA=avx \"$SVMSCORE\" score " + Data("line.pmml"));
+  EXPECT_EQ(ran.status, 3);
+  EXPECT_THAT(ran.err, HasSubstr("[260317]"));
+  EXPECT_THAT(ran.err, HasSubstr("SVMSCORE_ISA must be sse2, avx2, avx512 or plain"));
+}
+
+TEST(Score, DecisionsStandBeforeTheStatus) {
+  const Ran votes = RunProgram({"score", Data("three.pmml"), "--decisions"}, "width,height,colour\n1,2,blue\n,1,red\n");
+  EXPECT_EQ(votes.status, 0) << votes.err;
+  EXPECT_EQ(votes.out,
+            "prediction,confidence,probability(a),probability(b),\"probability(c, d)\","
+            "decision(a|b),\"decision(a|c, d)\",\"decision(b|c, d)\",status\n"
+            "a,0.6666666666666666,0.6666666666666666,0,0.3333333333333333,1,2.5,0,0\n"
+            ",,,,,,,,90029\n");
+  const Ran line = RunProgram({"score", Data("line.pmml"), "--decisions"}, "x\n1\n");
+  EXPECT_EQ(line.out,
+            "prediction,stddev,ci_lower,ci_upper,decision,status\n"
+            "2.1,0.5,0.6021338632230051,3.597866136776995,2.1,0\n");
 }
 
 TEST(Score, ThreadsDoNotChangeWhatIsWrittenBeforeABrokenRow) {
