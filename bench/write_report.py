@@ -1,5 +1,7 @@
 #!/usr/bin/env python3
-"""Puts the figures of one run into docs/benchmarks.md: write_report.py BUILD, to standard output."""
+"""Puts the figures of one run into docs/benchmarks.md: write_report.py BUILD, to standard output.
+
+write_report.py --machine prints what the machine is and how busy, before the run."""
 import csv
 import pathlib
 import platform
@@ -23,8 +25,6 @@ WORKLOADS = {
 BUSY = ("Other programs were\n"
         "  running: ratios hold, times vary, and figures for several threads are left out.")
 
-build = pathlib.Path(sys.argv[1])
-
 
 def cpu():
     text = pathlib.Path("/proc/cpuinfo").read_text()
@@ -32,48 +32,9 @@ def cpu():
     return f"{name}, {text.count('processor')} logical processors"
 
 
-def busy():
-    return os.getloadavg()[2] > 1.5
-
-
-def compiler():
-    return subprocess.run(["c++", "--version"], capture_output=True, text=True).stdout.split("\n")[0]
-
-
-def sklearn_times():
-    times = {}
-    for path in sorted(build.glob("sklearn.[12]")):
-        for line in path.read_text().splitlines():
-            name, value = line.split()
-            times.setdefault(name, []).append(float(value))
-    return times
-
-
-def compare_rows(turn):
-    lines = (build / f"compare.{turn}").read_text().splitlines()
-    rows = [[cell.strip() for cell in line.strip("|").split("|")]
-            for line in lines if line.startswith("| ")]
-    return lines[0], {row[0]: row for row in rows if row[0] in WORKLOADS}
-
-
-def slopes():
-    with open(build / "engine.csv") as file:
-        rows = list(csv.DictReader(file))
-    for row in rows:
-        yield row["name"], 1e9 * float(row["case"]), 1e9 * float(row["term"])
-
-
-heading, first = compare_rows(1)
-_, second = compare_rows(2)
-theirs = sklearn_times()
-
-print(f"""# Benchmarks
-
-What one case costs, from its numbers in memory to the decision values of all machines. Written by
-`bench/run`; the models are those of `bench/train_models.py`.
-
-- Machine: {cpu()}; Linux, {' '.join(platform.libc_ver())}; {compiler()}.
-- Load average over the last 15 minutes: {os.getloadavg()[2]:.1f}. {BUSY if busy() else ""}
+def print_machine():
+    load = os.getloadavg()[1]
+    print(f"{machine.strip()}
 - {heading}
 - Times are the processor time of the measuring thread; engine, LIBSVM and the plain definition take
   turns in one process, round after round, so that a drifting clock or a busy neighbour hits all.
@@ -122,6 +83,37 @@ time; a straight line shows as equal times of a term (one field of one vector).
 | benchmark | a case | a term |
 |---|---|---|""")
 for name, case, term in slopes():
-    if "Threads" in name and busy():
+    if "Threads" in name and busy:
         continue
     print(f"| {name.replace('Decide/', '')} | {case:.0f} | {term:.4f} |")
+
+with open(build / "coupling.csv") as file:
+    coupling = {row["name"]: 1e6 * float(row["case"]) for row in csv.DictReader(file)}
+print(f"""
+## Coupling
+
+Microseconds a case for models with a machine for each pair of categories, 200 vectors of 64 fields a
+category, RBF; many cases at a time. Coupling turns the decision values into one probability a category;
+its share is that of the whole, decision values included.
+
+| categories | machines | coupling alone | scored with probabilities | scored by votes | share |
+|---|---|---|---|---|---|""")
+for count in (3, 10, 26):
+    alone, whole, votes = (coupling[f"{name}/{count}"]
+                           for name in ("Couple", "ScoreCoupled", "ScoreByVotes"))
+    print(f"| {count} | {count * (count - 1) // 2} | {alone:.2f} | {whole:.1f} | {votes:.1f} "
+          f"| {100 * alone / whole:.0f} % |")
+
+print(f"""
+## Loading a model
+
+From the file to a model ready to score, against a bare DOM parse of the same file that keeps nothing.
+
+| model | MB | bare parse, MB/s | load, MB/s | speed of a bare parse |
+|---|---|---|---|---|
+{(build / "load.md").read_text().strip()}
+
+## The whole program
+
+From a CSV file to a CSV file, against `svm-predict` from LIBSVM's text to text; reading the model is part
+of both. {(build / "program.md").read_text().strip()}""")
