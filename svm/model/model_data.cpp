@@ -54,7 +54,6 @@ void SVMModelData::AddCategoricalPredictor(std::string name, std::string value,
 }
 
 void SVMModelData::AddSupportVectorMachine(ST_SUPPORTVECTORMACHINE* machine) {
-  if (machine == nullptr) return;
   std::unique_ptr<ST_SUPPORTVECTORMACHINE> owned(machine);
   machines_.push_back(machine);
   owned.release();

@@ -103,7 +103,7 @@ class SVMModelData {
 
   void AddFieldRef(std::string name, std::string missing_replacement);
   void AddCategoricalPredictor(std::string name, std::string value, double coefficient);
-  // Takes ownership.
+  // Takes ownership. Null holds the place of a machine that is absent.
   void AddSupportVectorMachine(ST_SUPPORTVECTORMACHINE* machine);
   // `indices` are 1-based. Nothing happens for an empty id, an empty list, lists that differ in
   // length, or an id that is already there: the first instance of an id stays.

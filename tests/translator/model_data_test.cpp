@@ -26,6 +26,9 @@ TEST(ModelDataTest, GuardsIgnoreUselessCalls) {
   EXPECT_EQ(data.GetVectorInstance("a")->indices, (std::vector<int>{0, 2}));
   EXPECT_EQ(data.GetVectorInstance("a")->values, (std::vector<double>{0.5, 2.0}));
   for (const char* id : {"short", "empty", ""}) EXPECT_EQ(data.GetVectorInstance(id), nullptr);
+
+  data.AddSupportVectorMachine(nullptr);
+  EXPECT_EQ(data.GetSupportVectorMachines().size(), 1u) << "the place of an absent machine";
 }
 
 TEST(ModelDataTest, DataCasesDisplayPairsOrBareValues) {
