@@ -44,6 +44,9 @@ std::string ElementText(const xercesc::DOMNode* element) {
     const auto type = child->getNodeType();
     if (type == xercesc::DOMNode::TEXT_NODE || type == xercesc::DOMNode::CDATA_SECTION_NODE) {
       text += ToUtf8(child->getNodeValue());
+    } else if (type == xercesc::DOMNode::ELEMENT_NODE ||
+               type == xercesc::DOMNode::ENTITY_REFERENCE_NODE) {
+      text += ElementText(child);
     }
   }
   return text;

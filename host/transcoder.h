@@ -14,8 +14,9 @@ namespace svmscore {
 SVMSCORE_HOST_API std::string ToUtf8(const XMLCh* text);
 SVMSCORE_HOST_API std::string ToUtf8(const XMLCh* text, std::size_t size);
 SVMSCORE_HOST_API std::basic_string<XMLCh> ToUtf16(const std::string& text);
-// The joined text and CDATA children of an element as UTF-8. Unlike the DOM's own text content it
-// takes no memory of the document.
+// The text content of an element as UTF-8: its texts and CDATA sections and those of the elements
+// and entity references inside it, without comments. Unlike the DOM's own getTextContent it takes
+// no memory of the document.
 SVMSCORE_HOST_API std::string ElementText(const xercesc::DOMNode* element);
 
 }  // namespace svmscore
