@@ -69,11 +69,12 @@ void ReadMissing(const DOMElement* field, ScoreDictVar& var, FieldTreatment& tre
   treatment.missing_is_invalid = text == "returnInvalid";
   const auto replacement = FindAttribute(field, tags::XML_ATT_MININGFIELD_MISSREPLACE);
   if (!replacement || replacement->empty()) return;
-  const std::unique_ptr<ScoreValue> value =
-      ReplacementFrom(field, var, tags::XML_ATT_MININGFIELD_MISSREPLACE, *replacement);
-  // Plain numbers and texts are the translator's to attach.
+  // Plain numbers and texts are the translator's to attach: any number may replace one of an
+  // integer field, as a mean does.
   constexpr int kHighestPlainKind = 2;
   if (var.GetKindCode() <= kHighestPlainKind) return;
+  const std::unique_ptr<ScoreValue> value =
+      ReplacementFrom(field, var, tags::XML_ATT_MININGFIELD_MISSREPLACE, *replacement);
   auto stats = std::make_unique<VarStats>();
   stats->SetMissingReplacement(value.get());
   var.SetVarStats(stats.release());

@@ -83,7 +83,11 @@ TEST(ParseDictionary, RefusesWhatTheStandardDoesNotKnow) {
             code::kBadContent);
   EXPECT_EQ(CodeOf(kX, "<MiningField name='x' outliers='asExtremeValues'/>"),
             code::kAttributeMissing);
-  EXPECT_EQ(CodeOf(kX, "<MiningField name='x' missingValueReplacement='abc'/>"), code::kBadValue);
+  const std::string bad_replacement = "<MiningField name='x' missingValueReplacement='abc'/>";
+  EXPECT_EQ(
+      CodeOf("<DataField name='x' optype='categorical' dataType='boolean'/>", bad_replacement),
+      code::kBadValue);
+  EXPECT_EQ(CodeOf(kX, bad_replacement), 0) << "the translator's to read";
   EXPECT_EQ(CodeOf(kX, "<MiningField name='x' invalidValueTreatment='asValue'/>"),
             code::kAttributeMissing);
   EXPECT_EQ(CodeOf(kX, "<MiningField name='other' outliers='odd'/>"), 0);

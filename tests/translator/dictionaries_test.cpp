@@ -59,6 +59,11 @@ TEST(DictionariesTest, ReplacementsKeepTheStorageOfTheirVariable) {
   ASSERT_NE(number.Var("x").GetMissingReplacement(), nullptr);
   EXPECT_EQ(number.Var("x").GetMissingReplacement()->GetDouble(), 2.5);
 
+  Reading mean(Edit(Edit(Classification(), "dataType=\"double\"", "dataType='integer'"),
+                    "Field name=\"x\"/", "Field name='x' missingValueReplacement='2.5'/"));
+  ASSERT_NE(mean.Var("x").GetMissingReplacement(), nullptr);
+  EXPECT_EQ(mean.Var("x").GetMissingReplacement()->GetDouble(), 2.5);
+
   Reading date(Edit(Edit(Classification(), "dataType=\"double\"", "dataType='date'"),
                     "Field name=\"x\"/", "Field name='x' missingValueReplacement='2020-01-01'/"));
   EXPECT_EQ(date.model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
@@ -92,6 +97,14 @@ TEST(DictionariesTest, AnIndicatorTeachesItsVariableACategory) {
                       "name='color' optype='categorical' dataType='string'>"
                       "<Value value='blue'/></DataField"));
   EXPECT_EQ(listed.Var("color").GetCategoryCount(), 1);
+
+  // That another variable declares none changes nothing for one that does.
+  Reading mixed(Edit(Edit(document, "name=\"color\" optype=\"categorical\" dataType=\"string\"/",
+                          "name='color' optype='categorical' dataType='string'>"
+                          "<Value value='blue'/></DataField"),
+                     "</DataDictionary>",
+                     "<DataField name='shape' optype='categorical' dataType='string'/>$&"));
+  EXPECT_EQ(mixed.Var("color").GetCategoryCount(), 1);
 
   auto* dictionary = learnt.model.GetDictionary();
   auto* derived = learnt.model.GetTransformationDictionary();
