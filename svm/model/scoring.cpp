@@ -17,8 +17,10 @@ namespace {
 // that `flag` hides behind one, from the derived values. Null where it is missing.
 const ScoreValue* FindValue(const ScoreDictVar& var, const ScoreCaseRecord& record,
                             const DerivedCaseRecord* derived, bool flag) {
-  // The position of a derived field is one in the derived values: it means nothing in the case.
-  const bool in_case = !var.IsDerived() && !(flag && var.IsHiddenByDerived());
+  // The position of a derived field is one in the derived values: it means nothing in the case. Its
+  // name does: a case may bring the value along.
+  const bool findable = !var.IsDerived() || !record.IsIndexedByPosition();
+  const bool in_case = findable && !(flag && var.IsHiddenByDerived());
   const ScoreValue* value = in_case ? record.GetValueOf(var) : nullptr;
   if (value == nullptr && derived != nullptr) value = derived->GetDerived(var);
   return value;

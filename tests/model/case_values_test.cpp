@@ -235,7 +235,29 @@ TEST(CaseValues, DerivedFieldsAndTheInputsTheyHide) {
       EXPECT_FALSE(model.FillCaseRecord(none, &record, flag, idx, val).IsError());
       EXPECT_EQ(val, (std::vector<double>{5, flag ? 50.0 : 7.0})) << by_position << flag;
     }
+    const MapRecord given({{"h", 7}, {"n", 0.5}, {"d", 6}}, by_position);
+    bool flag = false;
+    std::vector<int> idx;
+    std::vector<double> val;
+    EXPECT_FALSE(model.FillCaseRecord(none, &given, flag, idx, val).IsError());
+    EXPECT_EQ(val[0], by_position ? 5.0 : 6.0) << "a derived value that the case brings along";
   }
+}
+
+TEST(CaseValues, FieldsOfAnUnknownKindAreInvalid) {
+  auto dictionary = std::make_unique<BaseDictionary>();
+  dictionary->AddVar(NumberVar("y"));
+  dictionary->AddVar(NumberVar("n"));
+  auto data = std::make_unique<SVMModelData>();
+  data->AddFieldRef("n", "");
+  data->AddCategoricalPredictor("n", "1", 1);
+  data->GetVectorFieldTypes()[1] = static_cast<VectorFieldType>(2);
+  EchoMachine(*data, 0, -1, -1);
+  const auto model = Assemble(std::move(dictionary), std::move(data));
+  const MapRecord record({{"n", 1}});
+  ScoreResult* result = nullptr;
+  EXPECT_EQ(model->GetScore(&record, result, false).GetErrorCode(), 90027);
+  delete result;
 }
 
 TEST(CaseValues, NothingThatThrowsLeavesGetScore) {
