@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "host/score_status.h"
+#include "host/scoring_log.h"
 
 namespace svmscore::app {
 
@@ -56,7 +57,12 @@ CaseScorer::~CaseScorer() = default;
 void CaseScorer::FixPositions() {
   record_.Clear();
   ScoreResult* result = nullptr;
+  // The log tells of the user's cases, and this is none of them.
+  MCZandor_850::ScoringLog& log = MCZandor_850::ScoringLog::GetInstance();
+  const int level = log.GetLevel();
+  log.SetLevel(0);
   plan_.model->GetScore(&record_, result, false);
+  log.SetLevel(level);
   result_.reset(result);
 }
 

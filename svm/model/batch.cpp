@@ -41,13 +41,17 @@ std::pair<int, int> SVMModel::DecisionCategories(std::size_t decision) const {
 
 MCStatus SVMModel::ReadCase(const ScoreCaseRecord& record, bool flag, double* entries,
                             std::size_t stride) {
-  if (data_ == nullptr || target_var_ == nullptr) return MCStatus(MCScore::kCannotScore, false);
+  MCStatus status(MCScore::kCannotScore, false);
   try {
     std::size_t read = 0;
-    return ReadEntries(record, flag, nullptr, entries, stride, read);
+    if (data_ != nullptr && target_var_ != nullptr) {
+      status = ReadEntries(record, flag, nullptr, entries, stride, read);
+    }
   } catch (...) {
-    return MCStatus(MCScore::kCannotScore, false);
+    status = MCStatus(MCScore::kCannotScore, false);
   }
+  TraceFailure(status);
+  return status;
 }
 
 void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) {
@@ -68,6 +72,7 @@ void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) 
     for (std::size_t c = 0; c < cases.count; ++c) {
       const MCStatus status = classifies ? FinishCategory(decisions + c, stride, c, results)
                                          : FinishValue(decisions + c, c, results);
+      TraceFailure(status);
       results.status[c] = status.GetErrorCode();
     }
   } catch (...) {

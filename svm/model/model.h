@@ -154,6 +154,8 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
 
   // GetScore without its safety net and its trace line.
   MCScore::MCStatus ScoreCase(const ScoreCaseRecord* record, ScoreResult*& result, bool flag);
+  // One line in the log for a case that fails.
+  static void TraceFailure(const MCScore::MCStatus& status);
   // Entry e of the case goes to entries[e * stride]; `read` becomes their number. `result` is told
   // of a missing value; null where nobody is.
   MCScore::MCStatus ReadEntries(const ScoreCaseRecord& record, bool flag, ScoreResult** result,

@@ -52,10 +52,13 @@ MCStatus SVMModel::GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
   } catch (...) {
     status = MCStatus(MCScore::kCannotScore, false);
   }
-  if (status.IsError()) {
-    ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld", status.GetErrorCode());
-  }
+  TraceFailure(status);
   return status;
+}
+
+void SVMModel::TraceFailure(const MCStatus& status) {
+  if (!status.IsError()) return;
+  ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld", status.GetErrorCode());
 }
 
 MCStatus SVMModel::ScoreCase(const ScoreCaseRecord* record, ScoreResult*& result, bool flag) {

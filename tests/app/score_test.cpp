@@ -124,13 +124,16 @@ TEST(Score, FollowsTheMissingValueOptions) {
 
 TEST(Score, WritesTheOutputFileAndTheLog) {
   const TemporaryFolder folder;
-  const std::string cases = folder.Write("cases.csv", "x\n1\n\n");
+  const std::string cases = folder.Write("cases.csv", "x\n1\n\n\n");
   const Ran ran = RunProgram({"score", Data("line.pmml"), cases, "--prediction-only", "-o",
                               folder.Path("scores.csv"), "--log", folder.Path("log")});
   EXPECT_EQ(ran.status, 0) << ran.err;
   EXPECT_EQ(ran.out, "");
-  EXPECT_EQ(ReadFile(folder.Path("scores.csv")), "prediction,status\n2.1,0\n,90029\n");
-  EXPECT_THAT(ReadFile(folder.Path("log")), HasSubstr("MCStatus error code is :90029\n"));
+  EXPECT_EQ(ReadFile(folder.Path("scores.csv")), "prediction,status\n2.1,0\n,90029\n,90029\n");
+  const std::string begin = "svmscore log: ";
+  const std::string failed = begin + "MCStatus error code is :90029\n";
+  EXPECT_EQ(ReadFile(folder.Path("log")),
+            begin + "Enter:ParseFromTree\n" + begin + "Exit:ParseFromTree\n" + failed + failed);
 }
 
 // Rows of all outcomes, some of them quoted, in many blocks.
