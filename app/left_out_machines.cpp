@@ -135,6 +135,35 @@ void CheckOrder(const Inspected& inspected, const std::vector<const Element*>& m
                            first, second));
 }
 
+// Of three and more categories the machines' probabilities are taken for those of the pairs of the
+// target's categories, in their order, whatever the machines say.
+void CheckPairs(const Inspected& inspected, const std::vector<const Element*>& machines,
+                FindingList& findings) {
+  const std::vector<std::string>& categories = inspected.categories;
+  const Scheme scheme = output::SchemeOf(inspected.model, categories.size());
+  if (categories.size() < 3 || scheme.percentages != Percentages::kProbabilities) return;
+  std::size_t m = 0;
+  for (std::size_t i = 0; i < categories.size(); ++i) {
+    for (std::size_t j = i + 1; j < categories.size(); ++j, ++m) {
+      if (m >= machines.size()) continue;
+      const Element* pair = FindChild(MachineExtension(machines[m]), "ResponseCategory");
+      const std::string response = AttributeText(pair, "response");
+      const std::string non_response = AttributeText(pair, "nonResponse");
+      if (pair == nullptr || (response == categories[i] && non_response == categories[j])) continue;
+      findings.Add("pair-out-of-order", pair,
+                   fmt::format("the response \"{}\" against \"{}\" is taken for \"{}\" against "
+                               "\"{}\", the pair of this machine's place: the probabilities are "
+                               "those of other categories",
+                               response, non_response, categories[i], categories[j]));
+    }
+  }
+  if (machines.size() == m) return;
+  findings.Add("machine-count", inspected.model,
+               fmt::format("it has {} machines for the {} pairs of its categories: the "
+                           "probabilities are not those of its machines",
+                           machines.size(), m));
+}
+
 void CheckMethod(const Inspected& inspected, const std::vector<const Element*>& machines,
                  std::size_t extended, FindingList& findings) {
   const std::size_t categories = inspected.categories.size();
@@ -180,6 +209,7 @@ void CheckMachines(const Inspected& inspected, FindingList& findings) {
   if (!inspected.classification) return;
   CheckMethod(inspected, machines, extended, findings);
   CheckOrder(inspected, machines, findings);
+  CheckPairs(inspected, machines, findings);
 }
 
 }  // namespace svmscore::app

@@ -146,6 +146,18 @@ const std::string kTwoCoefficients = "<Coefficient value=\"1\"/><Coefficient val
 const std::string kMachine =
     "<SupportVectorMachine targetCategory=\"a\" alternateTargetCategory=\"b\">";
 
+const std::string kSecondMachine =
+    "<SupportVectorMachine targetCategory=\"a\" alternateTargetCategory=\"c, d\">";
+const std::string kThirdMachine =
+    "<SupportVectorMachine targetCategory=\"b\" alternateTargetCategory=\"c, d\" "
+    "threshold=\"0.25\">";
+
+std::string Probability(const std::string& response, const std::string& non_response) {
+  return "<Extension extender=\"svmscore\"><ResponseCategory response=\"" + response +
+         "\" nonResponse=\"" + non_response +
+         "\"/><ProbabilityParameters A=\"-1\" B=\"0\"/></Extension>";
+}
+
 // A vector beside the three that the machines use.
 Edit Added(const std::string& instance) {
   return {kVectorW, kVectorW + instance};
@@ -335,6 +347,15 @@ INSTANTIATE_TEST_SUITE_P(
                "ResponseCategory",
                {{"nonResponse=\"no\"", "nonResponse=\"NO\""}},
                "two.pmml"},
+        Silent{"percentages-exchanged",
+               "ResponseCategory",
+               {{"response=\"yes\" nonResponse=\"no\"", "response=\"no\" nonResponse=\"yes\""}},
+               "two.pmml"},
+        Silent{"pair-out-of-order",
+               "ResponseCategory",
+               {{kMachine, kMachine + Probability("b", "a")},
+                {kSecondMachine, kSecondMachine + Probability("a", "c, d")},
+                {kThirdMachine, kThirdMachine + Probability("b", "c, d")}}},
         Silent{"extension-on-some",
                "SupportVectorMachine",
                {{kMachine, kMachine +
