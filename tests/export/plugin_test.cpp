@@ -53,11 +53,21 @@ TEST_F(PluginTest, ItsExceptionsAreTheHosts) {
   }
 }
 
-TEST(MessagesTest, LongTextsKeepTheirBlanks) {
-  EXPECT_EQ(messages::E_VALIDATION_FUNCTIONNAME.size(), 94u);
-  EXPECT_EQ(messages::E_INVALID_KERNELTYPE.size(), 91u);
-  EXPECT_EQ(messages::E_VALIDATION_FUNCTIONNAME.find(std::string(12, ' ') + "or "), 43u);
-  EXPECT_EQ(messages::E_INVALID_KERNELTYPE.find(std::string(30, ' ') + "Support"), 33u);
+// Blanks and odd wording belong to the texts.
+TEST(MessagesTest, TextsAreExactlyThese) {
+  const std::string classification = "functionName could be either classification" +
+                                     std::string(12, ' ') +
+                                     "or regression depending on the SVM type";
+  const std::string kernel =
+      "Can't find any type of kernel for" + std::string(30, ' ') + "Support Vector Machine Model";
+  EXPECT_EQ(messages::E_VALIDATION_FUNCTIONNAME, classification);
+  EXPECT_EQ(classification.size(), 94u);
+  EXPECT_EQ(messages::E_INVALID_KERNELTYPE, kernel);
+  EXPECT_EQ(kernel.size(), 91u);
+  EXPECT_EQ(messages::E_INVALID_SVMMODEL, "Invalid a Support Vector Machine Model");
+  EXPECT_EQ(messages::E_REQUIRED_REALARRAY_ENTRIES, "REAL-Entries is required");
+  EXPECT_EQ(messages::E_REQUIRED_REALARRAY_NOTMATCH, "This sparse array is not matching.");
+  EXPECT_EQ(messages::E_INVALID_FIELDREFS, "The FieldRef couldn't match the predictor variables");
 }
 
 }  // namespace

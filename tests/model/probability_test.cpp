@@ -121,6 +121,31 @@ TEST(BinaryProbability, OddExtensions) {
   EXPECT_EQ(Decide(*bare.Model(), {-5}).category, "yes");
 }
 
+TEST(Coupling, DecidesWhateverTheMethodSays) {
+  Classifier classifier = Pairs({"a", "b", "c"});
+  classifier.data->SetClassificationMethod(true);
+  const Doubles decisions{1, 2, -1};
+  EXPECT_EQ(Decide(*classifier.Model(), decisions).percents,
+            Decide(*Pairs({"a", "b", "c"}).Model(), decisions).percents);
+}
+
+TEST(Coupling, TheCountOfTheDataMayDifferFromTheTargetsList) {
+  for (const std::size_t listed : {2u, 4u}) {
+    const std::vector<std::string> names{"a", "b", "c", "d"};
+    Classifier classifier(std::vector<std::string>(
+        names.begin(), names.begin() + static_cast<std::ptrdiff_t>(listed)));
+    classifier.data->SetVEMAExtension(true);
+    classifier.data->SetCateNumOfTarget(3);
+    for (const auto& [i, j] : {std::pair{0, 1}, {0, 2}, {1, 2}}) {
+      Extend(classifier.Add(i, j), -1, 0, i, j);
+    }
+    const Decided decided = Decide(*classifier.Model(), {-1, -1, -1});
+    EXPECT_EQ(decided.code, 0);
+    EXPECT_EQ(decided.category, "a") << "no percentage belongs to a category";
+    EXPECT_EQ(decided.percents, listed == 2 ? Doubles(2, 0.0) : Doubles());
+  }
+}
+
 // Pairwise probabilities that come from class probabilities are coupled back to them: the minimum
 // of the quadratic form is then exactly there.
 TEST(Coupling, GivesBackConsistentProbabilities) {

@@ -107,6 +107,25 @@ TEST(ModelDisplay, ByteForByte) {
 }
 
 TEST(SetUp, SlotOrder) {
+  EXPECT_EQ(SlotOf<void (ScoreModel::*)(ScoreDictionary*)>(&ScoreModel::SetScoreDictionary), 2u);
+  EXPECT_EQ(SlotOf(&ScoreModel::SetTransformationScoreDictionary), 3u);
+  EXPECT_EQ(SlotOf(&ScoreModel::SetResultScoreDictionary), 4u);
+  using Role = ScoreModel::VarRole;
+  EXPECT_EQ(SlotOf<void (ScoreModel::*)(const ScoreDictVar*, Role)>(&ScoreModel::SetVarRole), 5u);
+  EXPECT_EQ(SlotOf<void (ScoreModel::*)(const std::string&, Role)>(&ScoreModel::SetVarRole), 6u);
+  EXPECT_EQ(SlotOf(&ScoreModel::SetMissingValuePolicy), 7u);
+  EXPECT_EQ(SlotOf(&ScoreModel::SetVersionInfo), 8u);
+  EXPECT_EQ(SlotOf<Role (ScoreModel::*)(const ScoreDictVar*) const>(&ScoreModel::GetVarRole), 10u);
+  EXPECT_EQ(SlotOf<Role (ScoreModel::*)(const std::string&) const>(&ScoreModel::GetVarRole), 11u);
+  EXPECT_EQ(SlotOf(&ScoreModel::GetVersionInfo), 12u);
+  EXPECT_EQ(SlotOf(&ScoreModel::GetTargetVar), 14u);
+  EXPECT_EQ(SlotOf(&ScoreModel::GetDictionary), 15u);
+  EXPECT_EQ(SlotOf(&ScoreModel::GetTransformationDictionary), 16u);
+  EXPECT_EQ(SlotOf(&ScoreModel::GetResultDictionary), 17u);
+  EXPECT_EQ(SlotOf(&ScoreModel::GetMissingValuePolicy), 19u);
+  EXPECT_EQ(SlotOf(&SVMModel::GetModelType), 20u);
+  EXPECT_EQ(SlotOf<void (ScoreModel::*)(ScoreDictionary*, bool)>(&ScoreModel::SetScoreDictionary),
+            23u);
   EXPECT_EQ(SlotOf(&SVMModel::SetPredictionOnly), 9u);
   EXPECT_EQ(SlotOf(&SVMModel::GetVarsOfRole), 13u);
   EXPECT_EQ(SlotOf(&SVMModel::GetScore), 18u);

@@ -39,6 +39,27 @@ TEST(OwnershipTest, ADocumentWithoutADictionaryMeetsTheLastOne) {
   EXPECT_NE(Translate(translator, Classification()), nullptr);
 }
 
+// A Targets element that cannot be read shows whether it was: only with a dictionary at hand.
+TEST(OwnershipTest, ADictionaryThatCannotBeReadLeavesNone) {
+  const std::string without =
+      Edit(Edit(Classification(), "<DataDictionary>.*</DataDictionary>", ""), "</MiningSchema>",
+           R"($&<Targets><Target field="cls" optype="broken"/></Targets>)");
+  const std::string unreadable = Edit(Classification(), "dataType=\"double\"", "dataType='odd'");
+  const auto code_of = [](SVMTranslator& translator, const std::string& text) {
+    try {
+      Translate(translator, text);
+      return 0;
+    } catch (const SSException& error) {
+      return error.GetErrorCode();
+    }
+  };
+  SVMTranslator translator;
+  EXPECT_EQ(code_of(translator, Classification()), 0);
+  EXPECT_EQ(code_of(translator, without), 260153) << "read with the dictionary before";
+  EXPECT_EQ(code_of(translator, unreadable), 260153);
+  EXPECT_EQ(code_of(translator, without), 260221) << "not read, and the model has no target";
+}
+
 TEST(OwnershipTest, ManyInstancesAndMachines) {
   constexpr int kCount = 20000;
   std::string instances;

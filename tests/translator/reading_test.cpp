@@ -65,6 +65,7 @@ TEST(ReadingTest, TheNumberOfMachinesFitsTheTarget) {
   EXPECT_TRUE(Accepts(4, false, 6));
   EXPECT_FALSE(Accepts(4, false, 4));
   EXPECT_FALSE(Accepts(0, true, 1));
+  EXPECT_FALSE(Accepts(0, true, 0)) << "0 categories have 0 pairs";
   // Products beyond 31 bits wrap: 65536 * 65535 below zero, 65537 * 65536 to 65536.
   EXPECT_FALSE(Accepts(65536, false, 2147450880));
   EXPECT_TRUE(Accepts(65537, false, 32768));
@@ -100,8 +101,8 @@ class ArrayTest : public testing::Test {
 
 TEST_F(ArrayTest, SparseArraysAreRead) {
   const auto* instance = Instance(
-      "<REAL-SparseArray n='1'><Indices>\t1 \r\n 3<![CDATA[ 7]]></Indices>"
-      "<REAL-Entries>0.5 -2\n1e-3</REAL-Entries></REAL-SparseArray>");
+      "<REAL-SparseArray n='1'><Indices>\t1&#13;3<!-- 4 --><![CDATA[ 7]]></Indices>"
+      "<REAL-Entries>0.5 <b>-2\n</b>1e-3</REAL-Entries></REAL-SparseArray>");
   ASSERT_NE(instance, nullptr);
   EXPECT_THAT(instance->indices, ElementsAre(0, 2, 6));
   EXPECT_THAT(instance->values, ElementsAre(0.5, -2, 0.001));
@@ -197,6 +198,7 @@ TEST(ReadingTest, ExtensionsCountOnlyWhenComplete) {
        std::vector<std::pair<const char*, const char*>>{{"svmscore", ""},
                                                         {"^", "<Extension extender='x'/>"},
                                                         {"nonResponse=\"yes\"", ""},
+                                                        {"\"yes\"", "''"},
                                                         {"\"no\"", "''"},
                                                         {"<ProbabilityP.*?/>", ""},
                                                         {" A=\"-1.7\"", ""},
