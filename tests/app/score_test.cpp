@@ -176,7 +176,8 @@ TEST(Score, RefusesAnUnknownInstructionSet) {
 }
 
 TEST(Score, DecisionsStandBeforeTheStatus) {
-  const Ran votes = RunProgram({"score", Data("three.pmml"), "--decisions"}, "width,height,colour\n1,2,blue\n,1,red\n");
+  const Ran votes = RunProgram({"score", Data("three.pmml"), "--decisions"},
+                               "width,height,colour\n1,2,blue\n,1,red\n");
   EXPECT_EQ(votes.status, 0) << votes.err;
   EXPECT_EQ(votes.out,
             "prediction,confidence,probability(a),probability(b),\"probability(c, d)\","
