@@ -6,6 +6,7 @@
 
 #include "host/score_status.h"
 #include "host/scoring_log.h"
+#include "host/scoring_log.h"
 
 namespace svmscore::app {
 
@@ -19,6 +20,13 @@ namespace {
 constexpr std::size_t kChunkCells = 64 * 1024;
 constexpr std::size_t kLeastRows = 32;
 constexpr std::size_t kMostRows = 512;
+
+// The status of a case that the model is not asked about, logged as the model would.
+long RefuseInvalid() {
+  MCZandor_850::ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld",
+                                                    MCScore::kInvalidValue);
+  return MCScore::kInvalidValue;
+}
 
 }  // namespace
 
@@ -108,8 +116,7 @@ void CaseScorer::ReadRow() {
   if (batch_ != nullptr) {
     SetCells(row_cells_.data());
     row.place = batch_->Size();
-    row.status =
-        record_.HasInvalid() ? MCScore::kInvalidValue : batch_->Add(record_).GetErrorCode();
+    row.status = record_.HasInvalid() ? RefuseInvalid() : batch_->Add(record_).GetErrorCode();
   }
   rows_.push_back(row);
 }
@@ -147,7 +154,7 @@ output::Outcome CaseScorer::OutcomeOf(const Row& row) {
     if (row.status != 0) return targets.Finish({row.status, false}, nullptr);
     return targets.Finish(batch_->Results(), row.place);
   }
-  if (record_.HasInvalid()) return targets.Finish({MCScore::kInvalidValue, false}, nullptr);
+  if (record_.HasInvalid()) return targets.Finish({RefuseInvalid(), false}, nullptr);
   ScoreResult* result = result_.release();
   const MCScore::MCStatus status = plan_.model->GetScore(&record_, result, false);
   result_.reset(result);

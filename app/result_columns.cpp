@@ -118,7 +118,7 @@ class Probability : public FromOutcome {
  private:
   void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
     if (outcome.ending == Outcome::Ending::kPredicted) {
-      WriteComputed(outcome.PercentOf(index_), cell);
+      WriteComputed(targets_.PercentOf(outcome, index_), cell);
     } else {
       WriteComputed(targets_.ShareOf(outcome, static_cast<int>(index_)).value_or(kNotComputed),
                     cell);

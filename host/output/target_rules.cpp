@@ -159,12 +159,12 @@ void TargetRules::FindResponse(const DOMElement* model_element) {
   second_responds_ = response && target_->GetCategoryIndexOfText(*response) == 1;
 }
 
-double Outcome::PercentOf(std::size_t index) const {
-  if (percents != nullptr) return percents[index * percent_stride];
+double Outcome::PercentAt(std::size_t position) const {
+  if (percents != nullptr) return percents[position * percent_stride];
   if (result == nullptr) return kNotComputed;
   // Results hold either no percentages or one for each category, in the order of the categories.
   const auto& all = result->GetAllValuePercent();
-  return index < all.size() ? all[index].second : kNotComputed;
+  return position < all.size() ? all[position].second : kNotComputed;
 }
 
 Outcome TargetRules::FinishFailed(long status) const {
@@ -300,7 +300,7 @@ std::optional<double> TargetRules::ShareOf(const Outcome& outcome, int category)
     return priors_[index];
   }
   if (!outcome.IsPredicted() || scheme_.percentages == Percentages::kNone) return std::nullopt;
-  const double share = outcome.PercentOf(second_responds_ ? 1 - index : index);
+  const double share = PercentOf(outcome, index);
   if (share < 0.0 || !std::isfinite(share)) return std::nullopt;
   return share;
 }

@@ -36,8 +36,8 @@ struct Outcome {
   bool has_interval = false;
   double lower = 0.0;
   double upper = 0.0;
-  // The number of a category, as the model computes it; -1.0 where it computes none.
-  SVMSCORE_HOST_API double PercentOf(std::size_t index) const;
+  // A percentage by its position in the result; -1.0 where there is none.
+  SVMSCORE_HOST_API double PercentAt(std::size_t position) const;
 
   bool IsPredicted() const { return ending <= Ending::kPredictedByDefault; }
 
@@ -67,6 +67,12 @@ class SVMSCORE_HOST_API TargetRules {
   Outcome Finish(const MCScore::MCStatus& status, const MCZandor_850::ScoreResult* result) const;
   // One case of a batch that the model has scored.
   Outcome Finish(const BatchResults& results, std::size_t position) const;
+  // The percentage of a category of the target as the model computes it, -1.0 where it computes
+  // none. Of two categories with the extension, a result holds that of the response first, whichever
+  // category that is: this finds it.
+  double PercentOf(const Outcome& outcome, std::size_t category) const {
+    return outcome.PercentAt(second_responds_ ? 1 - category : category);
+  }
   // The share or probability of a category of the target; nothing where the model's scheme computes
   // none, or the case has no prediction.
   std::optional<double> ShareOf(const Outcome& outcome, int category) const;

@@ -175,6 +175,19 @@ TEST(Score, RefusesAnUnknownInstructionSet) {
   EXPECT_THAT(ran.err, HasSubstr("SVMSCORE_ISA must be sse2, avx2, avx512 or plain"));
 }
 
+TEST(Score, PercentagesBelongToTheirCategoriesWhicheverResponds) {
+  const TemporaryFolder folder;
+  std::string document = ReadFile(Data("two.pmml"));
+  const std::string declared = "<Value value=\"yes\"/><Value value=\"no\"/>";
+  document.replace(document.find(declared), declared.size(),
+                   "<Value value=\"no\"/><Value value=\"yes\"/>");
+  const std::string model = folder.Write("model.pmml", document);
+  EXPECT_EQ(RunProgram({"score", model}, "x\n2\n-2\n").out,
+            "prediction,confidence,probability(no),probability(yes),status\n"
+            "yes,0.8807970779778823,0.11920292202211769,0.8807970779778823,0\n"
+            "no,0.8807970779778823,0.8807970779778823,0.11920292202211769,0\n");
+}
+
 TEST(Score, DecisionsStandBeforeTheStatus) {
   const Ran votes = RunProgram({"score", Data("three.pmml"), "--decisions"},
                                "width,height,colour\n1,2,blue\n,1,red\n");
