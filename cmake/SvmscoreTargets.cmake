@@ -37,6 +37,14 @@ if(SVMSCORE_SANITIZE)
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
+# svmscore_quick(NAME): code that is compiled but hardly run, such as tests, takes half as long to
+# build under the sanitizers when it is not optimised.
+function(svmscore_quick name)
+  if(SVMSCORE_SANITIZE)
+    target_compile_options(${name} PRIVATE -O0)
+  endif()
+endfunction()
+
 # svmscore_room(NAME SOURCES ... DEPENDS ...): one static library for one folder. A room may link
 # only the rooms below it; the include test holds the sources to the same order.
 function(svmscore_room name)
@@ -51,5 +59,6 @@ function(svmscore_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE svmscore_flags ${ARG_LINK} GTest::gmock GTest::gtest_main)
+  svmscore_quick(${name})
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
