@@ -69,18 +69,13 @@ void CheckKernel(const Inspected& inspected, FindingList& findings) {
 
 // What the document declares of its results and does not get, or gets in a way worth telling.
 void CheckResults(const Inspected& inspected, FindingList& findings) {
-  if (inspected.loaded.output == nullptr) return;
-  for (const output::Note& note : inspected.loaded.output->Notes()) {
+  if (inspected.output == nullptr) return;
+  for (const output::Note& note : inspected.output->Notes()) {
     findings.Add("results", note.element, note.text);
   }
 }
 
 }  // namespace
-
-void FindingList::Add(std::string_view kind, const Element* element, std::string consequence) {
-  findings_.push_back(
-      {std::string(kind), NameOf(element), document_.LineOf(element), std::move(consequence)});
-}
 
 void CheckDocument(const Inspected& inspected, FindingList& findings) {
   CheckOthers(inspected, findings);
@@ -98,23 +93,11 @@ void CheckCount(const Element* element, const std::string& attribute, std::size_
                            actual, what));
 }
 
-std::vector<Finding> WhatIsLeftOut(const LoadedModel& loaded, const VectorIndex& vectors) {
-  const Element* model = FindModelElement(loaded.document.Dom());
-  Inspected inspected{loaded,
-                      loaded.document.Dom()->getDocumentElement(),
-                      model,
-                      vectors,
-                      AttributeText(model, "functionName") == "classification",
-                      {}};
-  for (const auto* category : loaded.model->GetTargetVar()->GetCategories()) {
-    inspected.categories.push_back(category->GetText());
-  }
-  FindingList findings(loaded.document);
+void CheckLeftOut(const Inspected& inspected, FindingList& findings) {
   CheckDocument(inspected, findings);
   CheckFields(inspected, findings);
   CheckVectors(inspected, findings);
   CheckMachines(inspected, findings);
-  return findings.Take();
 }
 
 }  // namespace svmscore::app

@@ -13,11 +13,9 @@ constexpr std::array kUsageTypes = {"active", "predicted", "target",          "s
                                     "group",  "order",     "frequencyWeight", "analysisWeight"};
 
 void CheckMiningSchema(const Inspected& inspected, FindingList& findings) {
-  const auto* dictionary = inspected.loaded.model->GetDictionary();
-  const std::string target = inspected.loaded.model->GetTargetVar()->GetName();
   for (const Element* field : Children(FindChild(inspected.model, "MiningSchema"), "MiningField")) {
     const std::string name = AttributeText(field, "name");
-    if (dictionary == nullptr || dictionary->FindVar(name) == nullptr) {
+    if (!inspected.fields.contains(name)) {
       findings.Add(
           "unknown-mining-field", field,
           fmt::format("\"{}\" names no field of the DataDictionary: it is not read", name));
@@ -29,10 +27,10 @@ void CheckMiningSchema(const Inspected& inspected, FindingList& findings) {
       findings.Add("unknown-usage", field,
                    fmt::format("the usageType \"{}\" of \"{}\" is not known: the field is no input",
                                *usage, name));
-    } else if ((*usage == "target" || *usage == "predicted") && name != target) {
-      findings.Add(
-          "second-target", field,
-          fmt::format("\"{}\" is not predicted: the model's target is \"{}\"", name, target));
+    } else if ((*usage == "target" || *usage == "predicted") && name != inspected.target) {
+      findings.Add("second-target", field,
+                   fmt::format("\"{}\" is not predicted: the model's target is \"{}\"", name,
+                               inspected.target));
     }
   }
 }

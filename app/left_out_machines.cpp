@@ -24,9 +24,12 @@ void CheckTerms(const Inspected& inspected, const Element* machine, FindingList&
       findings.Add("unknown-vector", terms.vectors[i],
                    fmt::format("no vector \"{}\" is kept: the machine loses this term", id));
     }
-    if (!ParseNumber(AttributeText(terms.coefficients[i], "value"))) {
+    const auto value = FindAttribute(terms.coefficients[i], "value");
+    if (!value) {
+      findings.Add("no-coefficient-value", terms.coefficients[i], "it has no value: 0 is used");
+    } else if (!ParseNumber(*value)) {
       findings.Add("bad-coefficient", terms.coefficients[i],
-                   "its value is missing or not a number: 0 is used");
+                   fmt::format("the value \"{}\" is not a number: 0 is used", *value));
     }
   }
   if (terms.vectors.size() > pairs) {
@@ -53,9 +56,12 @@ void CheckAttributes(const Inspected& inspected, const Element* machine, Finding
         fmt::format("the threshold \"{}\" is not a number: the model's is used", *threshold));
   }
   const Element* coefficients = FindChild(machine, "Coefficients");
-  if (!ParseNumber(AttributeText(coefficients, "absoluteValue"))) {
+  const auto offset = FindAttribute(coefficients, "absoluteValue");
+  if (coefficients != nullptr && !offset) {
+    findings.Add("no-absolute-value", coefficients, "it has no absoluteValue: 0 is used");
+  } else if (offset && !ParseNumber(*offset)) {
     findings.Add("bad-absolute-value", coefficients,
-                 "absoluteValue is missing or not a number: 0 is used");
+                 fmt::format("the absoluteValue \"{}\" is not a number: 0 is used", *offset));
   }
   if (!inspected.classification) return;
   for (const char* name : {"targetCategory", "alternateTargetCategory"}) {

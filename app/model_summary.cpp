@@ -3,7 +3,8 @@
 #include <array>
 #include <unordered_set>
 
-#include "app/vector_index.h"
+#include "app/inspected.h"
+#include "app/left_out.h"
 #include "host/field_types.h"
 #include "host/number_text.h"
 
@@ -97,7 +98,8 @@ ModelSummary Summarise(const LoadedModel& loaded) {
   const Element* root = loaded.document.Dom()->getDocumentElement();
   const Element* model = FindModelElement(loaded.document.Dom());
   const ScoreDictVar& target = *loaded.model->GetTargetVar();
-  const VectorIndex vectors(model);
+  const Inspected inspected = Inspect(loaded);
+  const VectorIndex& vectors = inspected.vectors;
   ModelSummary summary;
   summary.file = loaded.document.Name();
   summary.pmml_version = AttributeText(root, "version");
@@ -126,7 +128,9 @@ ModelSummary Summarise(const LoadedModel& loaded) {
     }
   }
   summary.intake = loaded.intake;
-  summary.left_out = WhatIsLeftOut(loaded, vectors);
+  FindingList left_out(loaded.document);
+  CheckLeftOut(inspected, left_out);
+  summary.left_out = left_out.Take();
   return summary;
 }
 

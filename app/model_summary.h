@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/left_out.h"
+#include "app/finding.h"
 #include "host/output/scheme.h"
 #include "host/pmml/loader.h"
 

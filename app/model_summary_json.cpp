@@ -59,10 +59,10 @@ Json IntakeOf(const ModelSummary& summary) {
 Json LeftOutOf(const ModelSummary& summary) {
   Json findings = Json::array();
   for (const Finding& finding : summary.left_out) {
-    findings.push_back({{"kind", finding.kind},
+    findings.push_back({{"kind", finding.Name()},
                         {"element", finding.element},
                         {"line", finding.line > 0 ? Json(finding.line) : Json()},
-                        {"consequence", finding.consequence}});
+                        {"consequence", finding.what}});
   }
   return findings;
 }

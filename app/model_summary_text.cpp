@@ -126,11 +126,11 @@ void WriteLeftOut(Text out, const ModelSummary& summary) {
   fmt::format_to(out, "\nWhat the translator leaves out\n");
   if (summary.refused) fmt::format_to(out, "  score refuses this model: {}\n", *summary.refused);
   if (summary.left_out.empty()) fmt::format_to(out, "  nothing\n");
-  std::map<std::string, std::size_t> met;
+  std::map<std::string_view, std::size_t> met;
   for (const Finding& finding : summary.left_out) {
-    if (++met[finding.kind] > kShownFindings) continue;
+    if (++met[finding.Name()] > kShownFindings) continue;
     const std::string place = finding.line > 0 ? fmt::format("line {}, ", finding.line) : "";
-    fmt::format_to(out, "  {}{}: {}\n", place, finding.element, finding.consequence);
+    fmt::format_to(out, "  {}{}: {}\n", place, finding.element, finding.what);
   }
   for (const auto& [kind, count] : met) {
     if (count <= kShownFindings) continue;
