@@ -5,15 +5,19 @@
 #include <fmt/format.h>
 
 #include "app/failure.h"
-#include "host/pmml/plugin.h"
-#include "host/ss_exception.h"
 
 namespace svmscore::app {
-namespace {
 
 using MCZandor_850::SSException;
 
-// [CODE] what is wrong (where). What to do.
+namespace {
+
+LoadChecks ChecksOf(bool strict) {
+  return strict ? LoadChecks::kStrict : LoadChecks::kRefuse;
+}
+
+}  // namespace
+
 std::string Explain(const SSException& error) {
   const std::string text = fmt::format("[{}] {}", error.GetErrorCode(), error.what());
   std::string remedy = error.GetRemedy();
@@ -29,12 +33,6 @@ Plugin LoadPlugin(const std::string& path) {
     throw Failure(kModelError, Explain(error));
   }
 }
-
-LoadChecks ChecksOf(bool strict) {
-  return strict ? LoadChecks::kStrict : LoadChecks::kRefuse;
-}
-
-}  // namespace
 
 void RefuseModel(const std::string& path, const SSException& error) {
   throw Failure(kModelError, fmt::format("{}: {}", path, Explain(error)));

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/pmml/loader.h"
+#include "host/pmml/plugin.h"
 #include "host/ss_exception.h"
 
 namespace svmscore::app {
@@ -14,6 +15,12 @@ namespace svmscore::app {
 // refused that is not scored as it is written. Throws a Failure(kModelError) with the message's
 // code, what is wrong, where, and what to do.
 LoadedModel LoadModelFile(const std::string& path, const std::string& plugin, bool strict);
+
+// The plug-in of that file. Throws as LoadModelFile does.
+Plugin LoadPlugin(const std::string& path);
+
+// [CODE] what is wrong (where). What to do.
+std::string Explain(const MCZandor_850::SSException& error);
 
 // The failure for a model that cannot be used: names the file and explains the error.
 [[noreturn]] void RefuseModel(const std::string& path, const MCZandor_850::SSException& error);

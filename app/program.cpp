@@ -11,6 +11,7 @@
 
 #include "app/command.h"
 #include "app/describe_command.h"
+#include "app/doctor/doctor_command.h"
 #include "app/failure.h"
 #include "app/score_command.h"
 #include "app/verify_command.h"
@@ -34,7 +35,8 @@ int ParseAndRun(int argc, char** argv) {
   ScoreCommand score;
   DescribeCommand describe;
   VerifyCommand verify;
-  const std::array<Command*, 3> commands = {&score, &describe, &verify};
+  DoctorCommand doctor;
+  const std::array<Command*, 4> commands = {&score, &describe, &verify, &doctor};
   std::array<CLI::App*, commands.size()> parsed{};
   for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
   try {

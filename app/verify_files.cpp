@@ -15,11 +15,6 @@ namespace {
 
 using output::Feature;
 
-struct ExpectedColumn {
-  std::size_t cell;
-  Quantity quantity;
-};
-
 // What a lone column of expected values may be: the prediction, or an output field made from it.
 std::vector<Quantity> Candidates(const LoadedModel& loaded, const VerifyCase& scored) {
   std::vector<Quantity> candidates = {scored.Prediction()};
@@ -32,8 +27,8 @@ std::vector<Quantity> Candidates(const LoadedModel& loaded, const VerifyCase& sc
   return candidates;
 }
 
-std::vector<ExpectedColumn> MatchExpected(const VerifyTable& expected, const VerifyCase& scored) {
-  std::vector<ExpectedColumn> matched;
+ExpectedColumns MatchExpected(const VerifyTable& expected, const VerifyCase& scored) {
+  ExpectedColumns matched;
   for (std::size_t i = 0; i < expected.header.size(); ++i) {
     auto quantity = scored.FindOutputField(expected.header[i]);
     if (!quantity) quantity = scored.FindPlainColumn(expected.header[i]);
@@ -42,7 +37,7 @@ std::vector<ExpectedColumn> MatchExpected(const VerifyTable& expected, const Ver
   return matched;
 }
 
-void RemarkLeftOut(const VerifyTable& expected, const std::vector<ExpectedColumn>& compared,
+void RemarkLeftOut(const VerifyTable& expected, const ExpectedColumns& compared,
                    VerifyReport& report) {
   std::vector<std::string_view> names;
   for (std::size_t i = 0; i < expected.header.size(); ++i) {
@@ -76,29 +71,31 @@ void SetInputs(const VerifyTable& cases, const std::vector<std::string>& row,
   }
 }
 
-VerifyReport VerifyFiles(const LoadedModel& loaded, const VerifyTable& cases,
-                         const VerifyTable& expected, double tolerance,
-                         const MissingTokens& missing) {
+ExpectedReadings ReadingsOf(const LoadedModel& loaded, const VerifyTable& cases,
+                            const VerifyTable& expected) {
   RequireInputs(loaded, cases);
   if (cases.rows.size() != expected.rows.size()) {
     throw Failure(kInputError,
                   fmt::format("{} has {} rows of cases, and {} has {} of expected values",
                               cases.name, cases.rows.size(), expected.name, expected.rows.size()));
   }
+  const VerifyCase scored(loaded);
+  ExpectedColumns by_name = MatchExpected(expected, scored);
+  if (!by_name.empty()) return {true, {std::move(by_name)}};
+  ExpectedReadings readings;
+  for (Quantity& quantity : Candidates(loaded, scored)) {
+    readings.all.push_back({{0, std::move(quantity)}});
+  }
+  return readings;
+}
+
+VerifyReport VerifyFiles(const LoadedModel& loaded, const VerifyTable& cases,
+                         const VerifyTable& expected, double tolerance,
+                         const MissingTokens& missing) {
+  const auto [by_name, readings] = ReadingsOf(loaded, cases, expected);
   VerifyCase scored(loaded);
   output::Allowance allowance;
   allowance.precision = tolerance;
-  std::vector<ExpectedColumn> columns = MatchExpected(expected, scored);
-  const bool by_name = !columns.empty();
-  // One report for each reading of the expected values; by name there is one reading.
-  std::vector<std::vector<ExpectedColumn>> readings;
-  if (by_name) {
-    readings.push_back(std::move(columns));
-  } else {
-    for (Quantity& quantity : Candidates(loaded, scored)) {
-      readings.push_back({{0, std::move(quantity)}});
-    }
-  }
   std::vector<VerifyReport> reports(readings.size());
   for (std::size_t row = 0; row < cases.rows.size(); ++row) {
     SetInputs(cases, cases.rows[row], missing, scored);

@@ -18,11 +18,27 @@ using MissingTokens = std::vector<std::string>;
 void SetInputs(const VerifyTable& cases, const std::vector<std::string>& row,
                const MissingTokens& missing, VerifyCase& scored);
 
-// Columns of `expected` are compared with the values of their names: output fields, or the columns
-// that the program writes. Where it has a single column, or none of its names is known, its first
-// column is compared with the prediction; or, where that disagrees, with the first output field
-// that agrees on every row. Throws a Failure(kInputError) for files that do not fit together or
-// lack a column that the model needs.
+// A column of expected values, and what of a case it expects.
+struct ExpectedColumn {
+  std::size_t cell;
+  Quantity quantity;
+};
+using ExpectedColumns = std::vector<ExpectedColumn>;
+
+struct ExpectedReadings {
+  bool by_name = false;
+  std::vector<ExpectedColumns> all;  // one where the columns are known by name
+};
+
+// The ways to read `expected`. Columns mean the values of their names: output fields, or the
+// columns that the program writes. Where none of the names is known, the first column means the
+// prediction, or one of the output fields that are made from it: one reading each. Throws a
+// Failure(kInputError) for files that do not fit together or lack a column that the model needs.
+ExpectedReadings ReadingsOf(const LoadedModel& loaded, const VerifyTable& cases,
+                            const VerifyTable& expected);
+
+// Compares by the first reading that agrees on every row, or else by the first one. Throws as
+// ReadingsOf does.
 VerifyReport VerifyFiles(const LoadedModel& loaded, const VerifyTable& cases,
                          const VerifyTable& expected, double tolerance,
                          const MissingTokens& missing);

@@ -1,0 +1,62 @@
+#include "app/doctor/doctor_command.h"
+
+#include <algorithm>
+
+#include "app/doctor/checks.h"
+#include "app/doctor/comparison.h"
+#include "app/doctor/opened_document.h"
+#include "app/doctor/report.h"
+#include "app/model_file.h"
+#include "app/output_file.h"
+#include "app/verify_table.h"
+
+namespace svmscore::app {
+
+CLI::App* DoctorCommand::AddTo(CLI::App& program) {
+  CLI::App* app = program.add_subcommand(
+      "doctor", "Read a model as a suspicious expert would, and tell what is wrong with it");
+  app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
+  CLI::Option* input =
+      app->add_option("--input", input_, "CSV file with cases; - is standard input");
+  CLI::Option* expected =
+      app->add_option("--expected", expected_, "CSV file with what the cases should score");
+  input->needs(expected);
+  expected->needs(input);
+  app->add_flag("--json", json_, "write JSON");
+  app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
+  app->footer(
+      "Exit status: 0 no finding changes scores; 1 some finding does; 2 usage; 3 the file cannot "
+      "be "
+      "read or is\nno XML; 5 the cases or expected scores cannot be read or do not fit. "
+      "docs/findings has a page of each finding.");
+  return app;
+}
+
+ExitStatus DoctorCommand::Run() {
+  const Plugin plugin = LoadPlugin(plugin_);
+  const OpenedDocument opened = OpenDocument(plugin, model_);
+  FindingList findings(opened.Document());
+  if (opened.refused) findings.Add(*opened.refused);
+  if (opened.loaded && !opened.refused) {
+    if (!input_.empty()) {
+      const CaseFiles files{ReadVerifyTable(input_), ReadVerifyTable(expected_)};
+      CheckScores({*opened.loaded, plugin, model_}, files, findings);
+    }
+    CheckVerification(*opened.loaded, findings);
+  }
+  if (FindModelElement(opened.Document().Dom()) != nullptr) {
+    CheckAll(opened.loaded ? Inspect(*opened.loaded) : Inspect(*opened.document), findings);
+  }
+  CheckIntake(opened.intake, findings);
+  std::vector<Finding> found = findings.Take();
+  std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {
+    return a.kind->severity > b.kind->severity;
+  });
+  OutputFile output("-");
+  output.Write(json_ ? ReportJson(model_, found) : ReportText(model_, found));
+  const bool changes = std::any_of(found.begin(), found.end(),
+                                   [](const Finding& finding) { return finding.ChangesScores(); });
+  return changes ? kDisagrees : kDone;
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,72 @@
+#include "app/doctor/opened_document.h"
+
+#include <charconv>
+#include <utility>
+
+#include "app/model_file.h"
+#include "host/message_codes.h"
+
+namespace svmscore::app {
+namespace {
+
+using MCZandor_850::SSException;
+
+constexpr std::string_view kElement = "element ";
+constexpr std::string_view kLine = ", line ";
+
+Finding Refusal(const SSException& error) {
+  Finding finding{&FindingKindOf("refused"), {}, 0, Explain(error)};
+  std::string_view place = error.GetPlace();
+  if (!place.starts_with(kElement)) return finding;
+  place.remove_prefix(kElement.size());
+  const std::size_t comma = place.find(kLine);
+  finding.element = place.substr(0, comma);
+  if (comma != std::string_view::npos) {
+    const std::string_view number = place.substr(comma + kLine.size());
+    std::from_chars(number.data(), number.data() + number.size(), finding.line);
+  }
+  return finding;
+}
+
+// Makes the document readable without its model. One of an unknown version is read as the newest.
+void ReadAlone(const std::string& path, OpenedDocument& opened) {
+  for (const char* version : {"", "4.4"}) {
+    opened.document = PmmlDocument::FromFile(path);
+    opened.document->FixLines();
+    auto* root = opened.document->Dom()->getDocumentElement();
+    if (*version != '\0' && root != nullptr) root->setAttribute(u"version", u"4.4");
+    try {
+      opened.intake = MakeReadable(*opened.document, IntakeMode::kTolerate);
+      return;
+    } catch (const SSException& error) {
+      if (error.GetErrorCode() != code::kUnknownVersion) return;
+    }
+  }
+}
+
+}  // namespace
+
+OpenedDocument OpenDocument(const Plugin& plugin, const std::string& path) {
+  OpenedDocument opened;
+  try {
+    opened.document = PmmlDocument::FromFile(path);
+  } catch (const SSException& error) {
+    RefuseModel(path, error);
+  }
+  try {
+    opened.loaded = LoadModel(plugin, *std::exchange(opened.document, std::nullopt));
+  } catch (const SSException& error) {
+    opened.refused = Refusal(error);
+  }
+  if (opened.refused) {
+    try {
+      opened.loaded = LoadModel(plugin, PmmlDocument::FromFile(path), LoadChecks::kTolerate);
+    } catch (const SSException&) {
+      ReadAlone(path, opened);
+    }
+  }
+  if (opened.loaded) opened.intake = opened.loaded->intake;
+  return opened;
+}
+
+}  // namespace svmscore::app

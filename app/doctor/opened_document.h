@@ -1,0 +1,28 @@
+// A document, opened as far as it can be read.
+#ifndef APP_DOCTOR_OPENED_DOCUMENT_H_
+#define APP_DOCTOR_OPENED_DOCUMENT_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/finding.h"
+#include "host/pmml/loader.h"
+
+namespace svmscore::app {
+
+struct OpenedDocument {
+  std::optional<LoadedModel> loaded;     // nothing where no model comes of the document
+  std::optional<PmmlDocument> document;  // the document itself, where there is no model
+  std::vector<IntakeStep> intake;        // how it was made readable
+  std::optional<Finding> refused;        // why score would not take it
+
+  const PmmlDocument& Document() const { return loaded ? loaded->document : *document; }
+};
+
+// Throws a Failure(kModelError) for a file that cannot be read or is no XML.
+OpenedDocument OpenDocument(const Plugin& plugin, const std::string& path);
+
+}  // namespace svmscore::app
+
+#endif  // APP_DOCTOR_OPENED_DOCUMENT_H_

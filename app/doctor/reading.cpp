@@ -1,0 +1,55 @@
+// How the document was made readable, and all checks of a document by itself.
+#include <algorithm>
+#include <array>
+
+#include <fmt/format.h>
+
+#include "app/doctor/checks.h"
+#include "app/left_out.h"
+
+namespace svmscore::app {
+namespace {
+
+// Steps that settle what the document leaves open, and with it which category a case gets.
+constexpr std::array kGuesses = {"method-inferred", "two-class-rounding", "target-categories",
+                                 "version-assumed", "alternate-on-model", "second-category"};
+
+bool IsGuess(const std::string& step) {
+  return std::find(kGuesses.begin(), kGuesses.end(), step) != kGuesses.end();
+}
+
+}  // namespace
+
+void CheckIntake(const std::vector<IntakeStep>& intake, FindingList& findings) {
+  const std::vector<Finding> before = findings.Found();
+  for (const IntakeStep& step : intake) {
+    const char* name = "made-readable";
+    if (!step.changes) name = "reading-remark";
+    if (step.changes && IsGuess(step.name)) name = "guessed-reading";
+    const bool told = std::any_of(before.begin(), before.end(), [&step](const Finding& finding) {
+      return step.line > 0 && finding.line == step.line && finding.element == step.element &&
+             finding.kind->severity != Severity::kNote;
+    });
+    if (told && !step.changes) continue;
+    const std::string more = step.count > 1 ? fmt::format(" ({} places)", step.count) : "";
+    findings.Add(Finding{&FindingKindOf(name), step.element, step.line,
+                         fmt::format("{}: {}{}", step.name, step.consequence, more)});
+  }
+}
+
+void CheckAll(const Inspected& document, FindingList& findings) {
+  const ModelNumbers numbers = ReadNumbers(document);
+  const Examined examined{document, numbers};
+  CheckLeftOut(document, findings);
+  CheckCounts(examined, findings);
+  CheckCategories(examined, findings);
+  CheckNeeds(examined, findings);
+  CheckKernel(examined, findings);
+  CheckLayout(examined, findings);
+  CheckScale(examined, findings);
+  CheckTerms(examined, findings);
+  CheckMargin(examined, findings);
+  CheckSigns(examined, findings);
+}
+
+}  // namespace svmscore::app

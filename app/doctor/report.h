@@ -1,0 +1,18 @@
+// Findings for people, and as JSON.
+#ifndef APP_DOCTOR_REPORT_H_
+#define APP_DOCTOR_REPORT_H_
+
+#include <string>
+#include <vector>
+
+#include "app/finding.h"
+
+namespace svmscore::app {
+
+// `findings` in the order in which they are written.
+std::string ReportText(const std::string& file, const std::vector<Finding>& findings);
+std::string ReportJson(const std::string& file, const std::vector<Finding>& findings);
+
+}  // namespace svmscore::app
+
+#endif  // APP_DOCTOR_REPORT_H_

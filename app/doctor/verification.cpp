@@ -1,0 +1,27 @@
+// The document's own verification records.
+#include <fmt/format.h>
+
+#include "app/doctor/checks.h"
+#include "app/failure.h"
+#include "app/verify_document.h"
+#include "host/ss_exception.h"
+
+namespace svmscore::app {
+
+void CheckVerification(const LoadedModel& loaded, FindingList& findings) {
+  const Element* element = FindChild(FindModelElement(loaded.document.Dom()), "ModelVerification");
+  if (element == nullptr) return;
+  try {
+    const VerifyReport report = VerifyDocument(loaded);
+    if (report.Disagreements() == 0) return;
+    findings.Add("verification-disagrees", element,
+                 fmt::format("{} of {} values of its records are not what the model gives",
+                             report.Disagreements(), report.Compared()));
+  } catch (const MCZandor_850::SSException& error) {
+    findings.Add("verification-unreadable", element, error.what());
+  } catch (const Failure& failure) {
+    findings.Add("verification-unreadable", element, failure.what());
+  }
+}
+
+}  // namespace svmscore::app
