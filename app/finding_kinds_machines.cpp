@@ -50,7 +50,7 @@ constexpr std::array kKinds = {
                 "every machine votes for the wrong one of its two categories",
                 "set maxWins to the opposite"},
     FindingKind{
-        "extension-contradicts-votes", Severity::kError,
+        "extension-contradicts-votes", Severity::kWarning,
         "a reader that knows the extension and one that does not predict opposite categories",
         "swap response and nonResponse, or set maxWins to the opposite"},
     FindingKind{"unknown-category", Severity::kError, "votes for it count for nothing",

@@ -48,10 +48,12 @@ void CheckSparseArray(const Inspected& inspected, const Element* array, FindingL
   const Element* indices = FindChild(array, "Indices");
   const Element* entries = EntriesOf(array);
   if (indices == nullptr) {
-    findings.Add(
-        "no-indices", array,
-        fmt::format("it has no Indices: it is read as {} zeros{}", AttributeText(array, "n"),
-                    entries == nullptr ? "" : ", and its entries are not read"));
+    // Without either list it is a vector of zeros, as it says.
+    if (entries == nullptr) return;
+    findings.Add("no-indices", array,
+                 fmt::format("it has no Indices: it is read as {} zeros, and its entries are not "
+                             "read",
+                             AttributeText(array, "n")));
     return;
   }
   const std::vector<std::string> index_tokens = TokensOf(indices);

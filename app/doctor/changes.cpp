@@ -45,18 +45,27 @@ void SwapSides(DOMElement* machine) {
   Swap(FindChild(FindChild(machine, "Extension"), "ResponseCategory"), "response", "nonResponse");
 }
 
-// Gives the machines another absoluteValue; with `only` one of them.
-Change Offsets(const char* name, std::string what, double factor, std::optional<std::size_t> only) {
-  return {name, std::move(what), [factor, only](DOMElement* model) {
+void Multiply(DOMElement* element, const std::string& attribute, double factor) {
+  const auto value = ParseNumber(AttributeText(element, attribute));
+  if (value && *value != 0.0) Set(element, attribute, FormatNumber(*value * factor));
+}
+
+// Multiplies the coefficients of the machines, and what is added to their terms; with `only` those
+// of one machine.
+Change Factors(const char* name, std::string what, double coefficients, double offset,
+               std::optional<std::size_t> only) {
+  return {name, std::move(what), [=](DOMElement* model) {
             DOMElement* first = nullptr;
             std::size_t position = 0;
             for (DOMElement* machine : Children(model, "SupportVectorMachine")) {
               if (only && position++ != *only) continue;
-              DOMElement* coefficients = FindChild(machine, "Coefficients");
-              const auto value = ParseNumber(AttributeText(coefficients, "absoluteValue"));
-              if (!value || *value == 0.0) continue;
-              Set(coefficients, "absoluteValue", FormatNumber(*value * factor));
-              if (first == nullptr) first = coefficients;
+              DOMElement* list = FindChild(machine, "Coefficients");
+              if (first == nullptr) first = list;
+              Multiply(list, "absoluteValue", offset);
+              if (coefficients == 1.0) continue;
+              for (DOMElement* coefficient : Children(list, "Coefficient")) {
+                Multiply(coefficient, "value", coefficients);
+              }
             }
             return first;
           }};
@@ -130,12 +139,15 @@ std::vector<Change> ChangesOf(const LoadedModel& loaded) {
     changes.push_back(AllSides());
     changes.push_back(Method());
   }
-  changes.push_back(Offsets("offset-sign",
-                            "the expected values come out when absoluteValue has the opposite sign",
+  const std::string come_out = "the expected values come out when ";
+  changes.push_back(Factors("offset-sign", come_out + "absoluteValue has the opposite sign", 1.0,
                             -1.0, std::nullopt));
-  changes.push_back(Offsets("offset-not-wanted",
-                            "the expected values come out when absoluteValue is left out", 0.0,
-                            std::nullopt));
+  changes.push_back(
+      Factors("offset-not-wanted", come_out + "absoluteValue is left out", 1.0, 0.0, std::nullopt));
+  changes.push_back(Factors("offset-sign", come_out + "all coefficients have the opposite sign",
+                            -1.0, 1.0, std::nullopt));
+  changes.push_back(Factors("machine-sign", come_out + "all decision values have the opposite sign",
+                            -1.0, -1.0, std::nullopt));
   const Element* fields = FindChild(FindChild(model, "VectorDictionary"), "VectorFields");
   const auto positions = static_cast<double>(
       std::max<std::size_t>(ChildElements(fields, "FieldRef").size() +
@@ -149,11 +161,12 @@ std::vector<Change> ChangesOf(const LoadedModel& loaded) {
   if (machines.size() < 2 || machines.size() > kMachines) return changes;
   for (std::size_t i = 0; i < machines.size(); ++i) {
     changes.push_back(Sides(machines[i], i));
-    changes.push_back(
-        Offsets("offset-sign",
-                "the expected values come out when absoluteValue of this machine has the opposite "
-                "sign",
-                -1.0, i));
+    changes.push_back(Factors("offset-sign",
+                              come_out + "absoluteValue of this machine has the opposite sign", 1.0,
+                              -1.0, i));
+    changes.push_back(Factors("machine-sign",
+                              come_out + "the decision value of this machine has the opposite sign",
+                              -1.0, -1.0, i));
   }
   return changes;
 }

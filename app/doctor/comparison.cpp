@@ -79,12 +79,23 @@ void TellMismatch(const CaseFiles& files, const Comparison& comparison, FindingL
   findings.Add("mismatch", nullptr, std::move(what));
 }
 
-bool Explain(const Suspect& suspect, const CaseFiles& files, const Comparison& comparison,
-             FindingList& findings) {
-  return ExplainByCategories(suspect, files, comparison, findings) ||
-         ExplainByNumbers(suspect, comparison, false, findings) ||
-         ExplainByChange(suspect, files, comparison, findings) ||
-         ExplainByNumbers(suspect, comparison, true, findings);
+// The plainest explanation first, of any comparison; that something is on another scale may be true
+// of one whose columns mean something else.
+const Comparison* Explain(const Suspect& suspect, const CaseFiles& files,
+                          const std::vector<Comparison>& comparisons, FindingList& findings) {
+  for (const Comparison& comparison : comparisons) {
+    if (ExplainByCategories(suspect, files, comparison, findings) ||
+        ExplainByNumbers(suspect, comparison, NumberRelation::kNegated, findings) ||
+        ExplainByChange(suspect, files, comparison, findings)) {
+      return &comparison;
+    }
+  }
+  for (const NumberRelation relation : {NumberRelation::kShifted, NumberRelation::kRescaled}) {
+    for (const Comparison& comparison : comparisons) {
+      if (ExplainByNumbers(suspect, comparison, relation, findings)) return &comparison;
+    }
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -130,15 +141,13 @@ void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& fi
   std::stable_sort(
       comparisons.begin(), comparisons.end(),
       [](const Comparison& a, const Comparison& b) { return a.wrong.size() < b.wrong.size(); });
-  for (const Comparison& comparison : comparisons) {
-    FindingList explained(suspect.loaded.document);
-    if (!Explain(suspect, files, comparison, explained)) continue;
-    TellMismatch(files, comparison, findings);
-    for (Finding& finding : explained.Take()) findings.Add(std::move(finding));
-    return;
+  FindingList explained(suspect.loaded.document);
+  const Comparison* comparison = Explain(suspect, files, comparisons, explained);
+  TellMismatch(files, comparison != nullptr ? *comparison : comparisons.front(), findings);
+  for (Finding& finding : explained.Take()) findings.Add(std::move(finding));
+  if (comparison == nullptr) {
+    FindSeparatingFields(suspect, files, comparisons.front(), findings);
   }
-  TellMismatch(files, comparisons.front(), findings);
-  FindSeparatingFields(suspect, files, comparisons.front(), findings);
 }
 
 }  // namespace svmscore::app

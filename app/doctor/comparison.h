@@ -61,7 +61,8 @@ void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& fi
 // explains the disagreement.
 bool ExplainByCategories(const Suspect& suspect, const CaseFiles& files,
                          const Comparison& comparison, FindingList& findings);
-bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, bool any_scale,
+enum class NumberRelation { kNegated, kShifted, kRescaled };
+bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, NumberRelation relation,
                       FindingList& findings);
 // changes.cpp: a change of the document that brings the expected values out.
 bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Comparison& comparison,

@@ -11,6 +11,27 @@
 #include "app/verify_table.h"
 
 namespace svmscore::app {
+namespace {
+
+bool IsSame(const Finding& a, const Finding& b) {
+  return a.kind == b.kind && a.element == b.element && a.line == b.line;
+}
+
+// What the scores have shown needs not be told again for what the document looks like.
+void CheckDocument(const OpenedDocument& opened, FindingList& findings) {
+  if (FindModelElement(opened.Document().Dom()) == nullptr) return;
+  const std::vector<Finding> shown = findings.Found();
+  FindingList of_document(opened.Document());
+  CheckAll(opened.loaded ? Inspect(*opened.loaded) : Inspect(*opened.document), of_document);
+  for (Finding& finding : of_document.Take()) {
+    const bool told = std::any_of(shown.begin(), shown.end(), [&finding](const Finding& other) {
+      return IsSame(finding, other);
+    });
+    if (!told) findings.Add(std::move(finding));
+  }
+}
+
+}  // namespace
 
 CLI::App* DoctorCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand(
@@ -44,9 +65,7 @@ ExitStatus DoctorCommand::Run() {
     }
     CheckVerification(*opened.loaded, findings);
   }
-  if (FindModelElement(opened.Document().Dom()) != nullptr) {
-    CheckAll(opened.loaded ? Inspect(*opened.loaded) : Inspect(*opened.document), findings);
-  }
+  CheckDocument(opened, findings);
   CheckIntake(opened.intake, findings);
   std::vector<Finding> found = findings.Take();
   std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {

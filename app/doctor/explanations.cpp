@@ -145,6 +145,12 @@ std::optional<Line> FitLine(const Comparison& comparison, std::size_t column) {
   return between > 0 ? std::optional(line) : std::nullopt;
 }
 
+NumberRelation RelationOf(const Line& line) {
+  if (std::abs(line.scale + 1.0) < kPrecision) return NumberRelation::kNegated;
+  return std::abs(line.scale - 1.0) < kPrecision ? NumberRelation::kShifted
+                                                 : NumberRelation::kRescaled;
+}
+
 }  // namespace
 
 bool ExplainByCategories(const Suspect& suspect, const CaseFiles& files,
@@ -153,7 +159,7 @@ bool ExplainByCategories(const Suspect& suspect, const CaseFiles& files,
   return ExplainPercentages(suspect, comparison, findings) || labels;
 }
 
-bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, bool any_scale,
+bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, NumberRelation relation,
                       FindingList& findings) {
   if (suspect.loaded.output->Targets().GetScheme().method != output::Method::kRegression) {
     return false;
@@ -161,28 +167,29 @@ bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, bool
   const Element* coefficients = FindChild(FirstMachine(suspect.loaded), "Coefficients");
   for (std::size_t i = 0; i < comparison.columns.size(); ++i) {
     const auto line = FitLine(comparison, i);
-    if (!line) continue;
+    if (!line || RelationOf(*line) != relation) continue;
     const std::string& name = comparison.columns[i].quantity.name;
-    if (std::abs(line->scale + 1.0) < kPrecision) {
-      findings.Add("values-negated", coefficients,
-                   fmt::format("in all rows the expected {} is {:.6g} minus the predicted one",
-                               name, std::abs(line->shift) < kPrecision ? 0.0 : line->shift));
-      return true;
+    const bool shifted = std::abs(line->shift) >= kPrecision;
+    switch (relation) {
+      case NumberRelation::kNegated:
+        findings.Add("values-negated", coefficients,
+                     fmt::format("in all rows the expected {} is {}minus the predicted one", name,
+                                 shifted ? fmt::format("{:.6g} ", line->shift) : ""));
+        return true;
+      case NumberRelation::kShifted:
+        if (!shifted) continue;
+        findings.Add("constant-offset", coefficients,
+                     fmt::format("in all rows the expected {} is the predicted one plus {:.6g}; "
+                                 "absoluteValue is {}",
+                                 name, line->shift, AttributeText(coefficients, "absoluteValue")));
+        return true;
+      case NumberRelation::kRescaled:
+        findings.Add("values-rescaled", coefficients,
+                     fmt::format("in all rows the expected {} is {:.6g} times the predicted one "
+                                 "plus {:.6g}",
+                                 name, line->scale, line->shift));
+        return true;
     }
-    if (!any_scale) continue;
-    if (std::abs(line->scale - 1.0) < kPrecision) {
-      if (std::abs(line->shift) < kPrecision) continue;
-      findings.Add("constant-offset", coefficients,
-                   fmt::format("in all rows the expected {} is the predicted one plus {:.6g}; "
-                               "absoluteValue is {}",
-                               name, line->shift, AttributeText(coefficients, "absoluteValue")));
-    } else {
-      findings.Add("values-rescaled", coefficients,
-                   fmt::format("in all rows the expected {} is {:.6g} times the predicted one plus "
-                               "{:.6g}",
-                               name, line->scale, line->shift));
-    }
-    return true;
   }
   return false;
 }

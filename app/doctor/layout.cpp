@@ -29,18 +29,6 @@ void CheckPairs(const ModelNumbers& numbers, FindingList& findings) {
   }
 }
 
-// Whether the machines are one for each pair of the categories that they name.
-bool FormPairs(const ModelNumbers& numbers) {
-  std::set<std::string> names;
-  std::set<std::pair<std::string, std::string>> pairs;
-  for (const MachineNumbers& machine : numbers.machines) {
-    if (machine.target.empty() || machine.alternate.empty()) return false;
-    names.insert({machine.target, machine.alternate});
-    if (machine.target == machine.alternate || !pairs.insert(PairOf(machine)).second) return false;
-  }
-  return names.size() > 2 && pairs.size() == names.size() * (names.size() - 1) / 2;
-}
-
 void CheckTargets(const Examined& examined, FindingList& findings) {
   const ModelNumbers& numbers = examined.numbers;
   if (FormPairs(numbers)) {

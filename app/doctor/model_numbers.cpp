@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -114,6 +115,19 @@ ModelNumbers ReadNumbers(const Inspected& inspected) {
     numbers.machines.push_back(ReadMachine(machine, inspected.vectors, positions, threshold));
   }
   return numbers;
+}
+
+bool FormPairs(const ModelNumbers& numbers) {
+  std::set<std::string> names;
+  std::set<std::pair<std::string, std::string>> pairs;
+  for (const MachineNumbers& machine : numbers.machines) {
+    if (machine.target.empty() || machine.alternate.empty()) return false;
+    names.insert({machine.target, machine.alternate});
+    if (machine.target == machine.alternate ||
+        !pairs.insert(std::minmax(machine.target, machine.alternate)).second)
+      return false;
+  }
+  return names.size() > 2 && pairs.size() == names.size() * (names.size() - 1) / 2;
 }
 
 std::string Listed(const std::vector<std::string>& names) {

@@ -51,6 +51,9 @@ struct ModelNumbers {
 // Terms that are lost are left out; so is what is no number.
 ModelNumbers ReadNumbers(const Inspected& inspected);
 
+// Whether the machines are one for each pair of the categories that they name, three at least.
+bool FormPairs(const ModelNumbers& numbers);
+
 // The names in words: at most eight, and how many more there are.
 std::string Listed(const std::vector<std::string>& names);
 

@@ -133,7 +133,9 @@ void CheckSigns(const Examined& examined, FindingList& findings) {
   CheckExtensions(examined.numbers, findings);
   const auto scheme =
       output::SchemeOf(examined.document.model, examined.document.categories.size());
-  if (scheme.method == output::Method::kOneAgainstOne) CheckSharedVectors(examined, findings);
+  if (scheme.method == output::Method::kOneAgainstOne && FormPairs(examined.numbers)) {
+    CheckSharedVectors(examined, findings);
+  }
 }
 
 }  // namespace svmscore::app

@@ -248,7 +248,7 @@ INSTANTIATE_TEST_SUITE_P(
         Silent{"vector-dropped",
                "VectorInstance",
                {Added("<VectorInstance id=\"new\"/>"), kFourVectors}},
-        Silent{"no-indices",
+        Silent{"zero-vector",
                "REAL-SparseArray",
                {AddedArray("<Indices/><REAL-Entries/>"), kFourVectors}},
         Silent{"vector-dropped",

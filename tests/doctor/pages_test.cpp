@@ -1,0 +1,34 @@
+// Every finding has a page, every page a finding, and the index names them all.
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "app/finding.h"
+#include "tests/app/temporary_folder.h"
+
+namespace svmscore::app {
+namespace {
+
+TEST(Findings, HaveAPageEach) {
+  const std::filesystem::path folder(FINDINGS_FOLDER);
+  std::set<std::string> pages;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    pages.insert(entry.path().stem());
+  }
+  EXPECT_EQ(pages.erase("README"), 1u);
+  const std::string index = ReadFile(folder / "README.md");
+  std::set<std::string> names;
+  for (const FindingKind& kind : FindingKinds()) {
+    const std::string name(kind.name);
+    EXPECT_TRUE(names.insert(name).second) << name << " is the name of two kinds";
+    EXPECT_NE(index.find("](" + name + ".md) | " + std::string(SeverityName(kind.severity))),
+              std::string::npos)
+        << "the index lacks " << name;
+  }
+  EXPECT_EQ(pages, names);
+}
+
+}  // namespace
+}  // namespace svmscore::app
