@@ -53,6 +53,10 @@ constexpr std::array kKinds = {
         "extension-contradicts-votes", Severity::kWarning,
         "a reader that knows the extension and one that does not predict opposite categories",
         "swap response and nonResponse, or set maxWins to the opposite"},
+    FindingKind{"extension-order", Severity::kError,
+                "its probability is given to other categories than it names",
+                "put the machines into the order of the pairs of categories as the target lists "
+                "them, the first one as response"},
     FindingKind{"unknown-category", Severity::kError, "votes for it count for nothing",
                 "spell the category as the target does, or list it there"},
     FindingKind{"category-never-predicted", Severity::kWarning, "it is never predicted",

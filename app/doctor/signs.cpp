@@ -24,8 +24,41 @@ Sides SidesByVotes(const MachineNumbers& machine, bool max_wins) {
                   : Sides{machine.alternate, machine.target};
 }
 
+// Probabilities of three and more categories go by position: the machines stand for the pairs of
+// the target's categories in order, whatever their labels say. The two categories of each machine;
+// empty where they do not go by position.
+std::vector<Sides> PairsInOrder(const Examined& examined) {
+  const std::vector<std::string>& categories = examined.document.categories;
+  const auto scheme = output::SchemeOf(examined.document.model, categories.size());
+  std::vector<Sides> pairs;
+  if (scheme.percentages != output::Percentages::kProbabilities || categories.size() < 3) return {};
+  for (std::size_t i = 0; i < categories.size(); ++i) {
+    for (std::size_t j = i + 1; j < categories.size(); ++j) {
+      pairs.push_back({categories[i], categories[j]});
+    }
+  }
+  return pairs.size() == examined.numbers.machines.size() ? pairs : std::vector<Sides>();
+}
+
+void CheckOrder(const Examined& examined, const std::vector<Sides>& pairs, FindingList& findings) {
+  for (std::size_t i = 0; i < pairs.size(); ++i) {
+    const Element* machine = examined.numbers.machines[i].element;
+    const Element* labels = FindChild(output::MachineExtension(machine), "ResponseCategory");
+    const std::string response = AttributeText(labels, "response");
+    const std::string other = AttributeText(labels, "nonResponse");
+    if (labels == nullptr || (response == pairs[i].positive && other == pairs[i].negative)) {
+      continue;
+    }
+    findings.Add("extension-order", labels,
+                 fmt::format("it says \"{}\" against \"{}\", and by its position the machine is "
+                             "taken for \"{}\" against \"{}\"",
+                             response, other, pairs[i].positive, pairs[i].negative));
+  }
+}
+
 // By the machine's extension: 1 / (1 + exp(A f + B)) is the probability of the response category.
-std::optional<Sides> SidesByExtension(const MachineNumbers& machine) {
+// `in_order` are the categories that it is taken for, where that goes by position.
+std::optional<Sides> SidesByExtension(const MachineNumbers& machine, const Sides* in_order) {
   const Element* extension = output::MachineExtension(machine.element);
   if (extension == nullptr || !output::IsCompleteExtension(extension, true)) return std::nullopt;
   const Element* pair = FindChild(extension, "ResponseCategory");
@@ -33,13 +66,14 @@ std::optional<Sides> SidesByExtension(const MachineNumbers& machine) {
       ParseNumber(AttributeText(FindChild(extension, "ProbabilityParameters"), "A")).value_or(0.0);
   if (slope == 0.0) return std::nullopt;
   Sides sides{AttributeText(pair, "response"), AttributeText(pair, "nonResponse")};
+  if (in_order != nullptr) sides = *in_order;
   if (slope > 0.0) std::swap(sides.positive, sides.negative);
   return sides;
 }
 
 void CheckExtensions(const ModelNumbers& numbers, FindingList& findings) {
   for (const MachineNumbers& machine : numbers.machines) {
-    const auto extension = SidesByExtension(machine);
+    const auto extension = SidesByExtension(machine, nullptr);
     const Sides votes = SidesByVotes(machine, numbers.max_wins);
     if (!extension || votes.positive.empty() || extension->positive == votes.positive ||
         extension->positive != votes.negative || extension->negative != votes.positive) {
@@ -96,14 +130,16 @@ std::optional<bool> IsReversed(const MachineNumbers& machine, const Sides& sides
   return std::nullopt;
 }
 
-void CheckSharedVectors(const Examined& examined, FindingList& findings) {
+void CheckSharedVectors(const Examined& examined, const std::vector<Sides>& pairs,
+                        FindingList& findings) {
   const ModelNumbers& numbers = examined.numbers;
   const std::vector<std::string> categories = CategoriesOfVectors(numbers);
   std::vector<const MachineNumbers*> reversed;
   std::size_t upright = 0;
   bool extended = false;
-  for (const MachineNumbers& machine : numbers.machines) {
-    const auto extension = SidesByExtension(machine);
+  for (std::size_t i = 0; i < numbers.machines.size(); ++i) {
+    const MachineNumbers& machine = numbers.machines[i];
+    const auto extension = SidesByExtension(machine, i < pairs.size() ? &pairs[i] : nullptr);
     extended = extended || extension;
     const auto is_reversed = IsReversed(
         machine, extension.value_or(SidesByVotes(machine, numbers.max_wins)), categories);
@@ -131,10 +167,12 @@ void CheckSharedVectors(const Examined& examined, FindingList& findings) {
 void CheckSigns(const Examined& examined, FindingList& findings) {
   if (!examined.document.classification) return;
   CheckExtensions(examined.numbers, findings);
+  const std::vector<Sides> pairs = PairsInOrder(examined);
+  CheckOrder(examined, pairs, findings);
   const auto scheme =
       output::SchemeOf(examined.document.model, examined.document.categories.size());
   if (scheme.method == output::Method::kOneAgainstOne && FormPairs(examined.numbers)) {
-    CheckSharedVectors(examined, findings);
+    CheckSharedVectors(examined, pairs, findings);
   }
 }
 

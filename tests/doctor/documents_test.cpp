@@ -191,6 +191,11 @@ INSTANTIATE_TEST_SUITE_P(
                 {}},
         Patient{
             kTumour, {{"A=\"-", "A=\""}}, {"extension-contradicts-votes at SupportVectorMachine"}},
+        Patient{Example("digits/model.pmml"),
+                {{"response=\"0\" nonResponse=\"1\"", "response=\"1\" nonResponse=\"0\""}},
+                {"extension-order at ResponseCategory",
+                 "extension-contradicts-votes at SupportVectorMachine",
+                 "constant-field at VectorFields"}},
         Patient{kIris,
                 {{"maxWins=\"true\"", "maxWins=\"false\""}},
                 {"max-wins-inverted at SupportVectorMachineModel"}},
