@@ -29,9 +29,10 @@ int ParseAndRun(int argc, char** argv) {
   program.set_version_flag("--version", "svmscore " SVMSCORE_VERSION);
   program.require_subcommand(1);
   program.footer(
-      "Exit status: 0 done; 2 usage; 3 the model cannot be used; 4 some case failed under "
-      "--strict;\n"
-      "5 the cases cannot be read; 6 the output cannot be written.");
+      "Exit status: 0 done; 1 verify or doctor found something wrong; 2 usage; 3 the model cannot "
+      "be "
+      "used;\n4 some case failed under --strict; 5 the cases cannot be read; 6 the output cannot "
+      "be written.");
   ScoreCommand score;
   DescribeCommand describe;
   VerifyCommand verify;

@@ -23,9 +23,9 @@ std::size_t CountChanging(const std::vector<Finding>& findings) {
 std::string Summary(const std::vector<Finding>& findings) {
   if (findings.empty()) return "no findings";
   const std::size_t changing = CountChanging(findings);
-  return fmt::format(
-      "{} finding{}, {} of them change{} scores", findings.size(), findings.size() == 1 ? "" : "s",
-      changing == 0 ? "none" : fmt::to_string(changing), changing == 1 || changing == 0 ? "s" : "");
+  return fmt::format("{} finding{}, {} change{} scores", findings.size(),
+                     findings.size() == 1 ? "" : "s",
+                     changing == 0 ? "none" : fmt::to_string(changing), changing > 1 ? "" : "s");
 }
 
 std::string PlaceOf(const Finding& finding) {

@@ -233,7 +233,7 @@ TEST(Doctor, SaysWhatWhereAndWhatToDo) {
                                     {"numberOfVectors=\"3\"", "numberOfVectors=\"4\""}}));
   const Ran ran = RunProgram({"doctor", model});
   EXPECT_EQ(ran.status, 1);
-  EXPECT_EQ(ran.out, model + R"(: 2 findings, 1 of them changes scores
+  EXPECT_EQ(ran.out, model + R"(: 2 findings, 1 changes scores
 
 error unlisted-category, line 21, NormDiscrete
   "male" is no category of "sex", "Male" is
