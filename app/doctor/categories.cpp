@@ -84,33 +84,41 @@ class CategoryChecks {
   }
 
   void CheckTable(const Element* map_values) {
-    const std::vector<const Element*> pairs = ChildElements(map_values, "FieldColumnPair");
     const Element* table = FindChild(map_values, "InlineTable");
-    if (table == nullptr) return;
-    for (const Element* pair : pairs) {
+    // A table that stands elsewhere is refused when the document is loaded.
+    if (FindChild(map_values, "TableLocator") != nullptr) return;
+    for (const Element* pair : Children(map_values, "FieldColumnPair")) {
       const std::string field = AttributeText(pair, "field");
-      const std::string column = AttributeText(pair, "column");
       const auto& set = ValuesOf(field);
-      if (!set) continue;
-      ValueSet mapped{set->numeric, {}};
-      for (const Element* row : Children(table, "row")) {
-        const Element* cell = FindChild(row, column);
-        // A prefixed cell cannot be told by its plain name.
-        if (cell == nullptr) return;
-        const std::string key = ElementText(cell);
-        mapped.Add(key);
-        if (!set->Holds(key)) {
-          findings_.Add("unlisted-table-key", row,
-                        fmt::format("\"{}\" is no category of \"{}\"", key, field));
-        }
+      if (set) CheckColumn(map_values, table, field, AttributeText(pair, "column"), *set);
+    }
+  }
+
+  void CheckColumn(const Element* map_values, const Element* table, const std::string& field,
+                   const std::string& column, const ValueSet& set) {
+    const std::string output = AttributeText(map_values, "outputColumn");
+    ValueSet mapped{set.numeric, {}};
+    const Element* first = nullptr;
+    std::vector<std::string> unlisted;
+    for (const Element* row : Children(table, "row")) {
+      const auto key = CellOf(row, column);
+      if (!key) continue;
+      if (CellOf(row, output)) mapped.Add(*key);
+      if (!set.Holds(*key)) {
+        if (unlisted.empty()) first = row;
+        unlisted.push_back(fmt::format("\"{}\"", *key));
       }
-      if (FindAttribute(map_values, "defaultValue")) continue;
-      for (const std::string& value : set->values) {
-        if (mapped.Holds(value)) continue;
-        findings_.Add(
-            "unmapped-category", map_values,
-            fmt::format("the table has no row for \"{}\" of \"{}\", and no default", value, field));
-      }
+    }
+    if (!unlisted.empty()) {
+      findings_.Add("unlisted-table-key", first,
+                    fmt::format("\"{}\" has no category {}", field, Listed(unlisted)));
+    }
+    if (FindAttribute(map_values, "defaultValue")) return;
+    for (const std::string& value : set.values) {
+      if (mapped.Holds(value)) continue;
+      findings_.Add("unmapped-category", map_values,
+                    fmt::format("the table gives nothing for \"{}\" of \"{}\", and has no default",
+                                value, field));
     }
   }
 

@@ -12,6 +12,7 @@ namespace {
 // A chain of derived fields longer than this is taken to give anything.
 constexpr int kDeepest = 50;
 
+constexpr const char* kBlanks = " \t\r\n";
 constexpr std::array kReferences = {"field", "textField", "groupField"};
 constexpr std::array kNumericTypes = {"integer", "float", "double"};
 
@@ -22,9 +23,9 @@ bool IsNumeric(const Element* field) {
 
 // Without blanks around it and in small letters (ASCII).
 std::string Folded(const std::string& text) {
-  const std::size_t begin = text.find_first_not_of(" \t\r\n");
+  const std::size_t begin = text.find_first_not_of(kBlanks);
   if (begin == std::string::npos) return {};
-  std::string folded = text.substr(begin, text.find_last_not_of(" \t\r\n") + 1 - begin);
+  std::string folded = text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
   for (char& c : folded) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   return folded;
 }
@@ -67,6 +68,19 @@ std::string ValueSet::Similar(const std::string& value) const {
     if (Folded(held) == folded) return held;
   }
   return {};
+}
+
+std::optional<std::string> CellOf(const Element* row, const std::string& column) {
+  for (const Element* cell : ChildElements(row)) {
+    const std::string name = NameOf(cell);
+    if (name != column && name.substr(name.rfind(':') + 1) != column) continue;
+    const std::string text = ElementText(cell);
+    if (text.find('\n') == std::string::npos) return text;
+    const std::size_t begin = text.find_first_not_of(kBlanks);
+    if (begin == std::string::npos) return std::string();
+    return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
+  }
+  return std::nullopt;
 }
 
 FieldGraph::FieldGraph(const Inspected& inspected) : inspected_(inspected) {
@@ -138,6 +152,8 @@ std::optional<ValueSet> FieldGraph::Values(const std::string& name, int depth) c
 std::optional<ValueSet> FieldGraph::Declared(const std::string& name) const {
   const Element* field = DataField(name);
   if (field == nullptr || FindChild(field, "Interval") != nullptr) return std::nullopt;
+  // Values of other types have several spellings.
+  if (!IsNumeric(field) && AttributeText(field, "dataType") != "string") return std::nullopt;
   ValueSet set{IsNumeric(field), {}};
   bool listed = false;
   for (const Element* value : Children(field, "Value")) {
@@ -179,7 +195,7 @@ std::optional<ValueSet> FieldGraph::Computed(const Element* derived, int depth) 
     bool any = false;
     for (const Element* row : Children(FindChild(expression, "InlineTable"), "row")) {
       any = true;
-      if (const Element* cell = FindChild(row, column)) set->Add(ElementText(cell));
+      if (const auto cell = CellOf(row, column)) set->Add(*cell);
     }
     if (!any) return std::nullopt;
     AddAttribute(expression, "defaultValue", *set);

@@ -63,6 +63,10 @@ class FieldGraph {
   std::vector<const Element*> all_mining_;
 };
 
+// The text of a cell of a row of an InlineTable, whose element may have a prefix; nothing where the
+// row lacks it.
+std::optional<std::string> CellOf(const Element* row, const std::string& column);
+
 // Calls `visit` for every element below `element`, in document order.
 template <typename Visit>
 void ForEachBelow(const Element* element, const Visit& visit) {

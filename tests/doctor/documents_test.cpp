@@ -85,6 +85,7 @@ INSTANTIATE_TEST_SUITE_P(
         Patient{kSound,
                 {{"<g>A</g>", "<g>a</g>"}},
                 {"unmapped-category at MapValues", "unlisted-table-key at row"}},
+        Patient{kSound, {{"<n>2</n>", ""}}, {"unmapped-category at MapValues"}},
         // With a default, a table need not list every category.
         Patient{kSound,
                 {{"<g>A</g>", "<g>C</g>"}, {"\"n\" dataType", "\"n\" defaultValue=\"0\" dataType"}},
