@@ -53,6 +53,11 @@ constexpr std::array kKinds = {
         "extension-contradicts-votes", Severity::kWarning,
         "a reader that knows the extension and one that does not predict opposite categories",
         "swap response and nonResponse, or set maxWins to the opposite"},
+    FindingKind{"percentages-exchanged", Severity::kError,
+                "the percentages of the two categories stand in each other's columns; the "
+                "prediction is right",
+                "make the first category of the target the response: swap response and "
+                "nonResponse, and change the signs of A and B"},
     FindingKind{"extension-order", Severity::kError,
                 "its probability is given to other categories than it names",
                 "put the machines into the order of the pairs of categories as the target lists "

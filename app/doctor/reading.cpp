@@ -27,7 +27,7 @@ void CheckIntake(const std::vector<IntakeStep>& intake, FindingList& findings) {
     if (!step.changes) name = "reading-remark";
     if (step.changes && IsGuess(step.name)) name = "guessed-reading";
     const bool told = std::any_of(before.begin(), before.end(), [&step](const Finding& finding) {
-      return step.line > 0 && finding.line == step.line && finding.element == step.element &&
+      return step.line > 0 && finding.line == step.line &&
              finding.kind->severity != Severity::kNote;
     });
     if (told && !step.changes) continue;
