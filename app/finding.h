@@ -2,37 +2,53 @@
 #ifndef APP_FINDING_H_
 #define APP_FINDING_H_
 
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "app/elements.h"
+#include "app/finding_kind.h"
+#include "app/finding_kinds_document.h"
+#include "app/finding_kinds_fields.h"
+#include "app/finding_kinds_machines.h"
+#include "app/finding_kinds_scores.h"
+#include "app/finding_kinds_vectors.h"
 #include "host/pmml/document.h"
 
 namespace svmscore::app {
 
-enum class Severity {
-  kNote,     // no score depends on it
-  kWarning,  // the document is scored by its letter, which may not be what its author meant
-  kError,    // scores differ from those that the author meant, or there are none
-};
-std::string_view SeverityName(Severity severity);
+// A kind of finding by its name. A name that no kind has does not compile.
+class KindOfFinding {
+ public:
+  consteval KindOfFinding(const char* name) : kind_(Find(name)) {}  // NOLINT: a name is a kind
+  const FindingKind* operator->() const { return kind_; }
+  bool operator==(const KindOfFinding&) const = default;
 
-// What all findings of a name have in common. The texts live as long as the program.
-struct FindingKind {
-  std::string_view name;  // stable, in small letters with hyphens; docs/findings has a page of it
-  Severity severity;
-  std::string_view consequence;  // what it means for scores, a sentence
-  std::string_view remedy;       // what to do, a sentence
+ private:
+  static consteval const FindingKind* Find(std::string_view name) {
+    const FindingKind* found = nullptr;
+    const auto look = [&found, name](const auto& kinds) {
+      for (const FindingKind& kind : kinds) {
+        if (kind.name == name) found = &kind;
+      }
+    };
+    look(kDocumentFindings);
+    look(kFieldsFindings);
+    look(kVectorsFindings);
+    look(kMachinesFindings);
+    look(kScoresFindings);
+    if (found == nullptr) throw "no kind of finding has this name";
+    return found;
+  }
+
+  const FindingKind* kind_;
 };
+
 // All kinds, sorted by name.
-std::span<const FindingKind> FindingKinds();
-// REQUIRES: there is a kind of that name.
-const FindingKind& FindingKindOf(std::string_view name);
+std::vector<FindingKind> AllFindingKinds();
 
 struct Finding {
-  const FindingKind* kind;
+  KindOfFinding kind;
   std::string element;  // the name of the element at fault; empty where there is none
   long line = 0;        // of its start tag; 0 where it is not known
   std::string what;     // what is the matter here
@@ -47,7 +63,7 @@ class FindingList {
   explicit FindingList(const PmmlDocument& document) : document_(document) {}
 
   // `element` may be null, for findings that no place has.
-  void Add(std::string_view name, const Element* element, std::string what);
+  void Add(KindOfFinding kind, const Element* element, std::string what);
   void Add(Finding finding) { findings_.push_back(std::move(finding)); }
 
   const std::vector<Finding>& Found() const { return findings_; }

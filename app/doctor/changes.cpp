@@ -21,7 +21,7 @@ constexpr std::size_t kRowsOfAKind = 500;
 constexpr std::size_t kMachines = 60;
 
 struct Change {
-  const char* name;
+  KindOfFinding kind;
   std::string what;
   // Returns the element that it changed; null where there is nothing to change.
   std::function<DOMElement*(DOMElement* model)> make;
@@ -52,9 +52,9 @@ void Multiply(DOMElement* element, const std::string& attribute, double factor) 
 
 // Multiplies the coefficients of the machines, and what is added to their terms; with `only` those
 // of one machine.
-Change Factors(const char* name, std::string what, double coefficients, double offset,
+Change Factors(KindOfFinding kind, std::string what, double coefficients, double offset,
                std::optional<std::size_t> only) {
-  return {name, std::move(what), [=](DOMElement* model) {
+  return {kind, std::move(what), [=](DOMElement* model) {
             DOMElement* first = nullptr;
             std::size_t position = 0;
             for (DOMElement* machine : Children(model, "SupportVectorMachine")) {
@@ -199,8 +199,7 @@ bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Compa
       MakeReadable(document, IntakeMode::kTolerate);
       DOMElement* element = change.make(FindModelElement(document.Dom()));
       if (element == nullptr) continue;
-      const Finding finding{&FindingKindOf(change.name), NameOf(element), document.LineOf(element),
-                            change.what};
+      const Finding finding{change.kind, NameOf(element), document.LineOf(element), change.what};
       const LoadedModel changed = LoadModel(suspect.plugin, std::move(document));
       const std::size_t left = CountWrong(changed, files, comparison.columns, rows, limit);
       if (left >= limit) continue;

@@ -55,8 +55,8 @@ bool ExplainLabels(const Suspect& suspect, const CaseFiles& files, const Compari
     }
     if (renamed.size() < 2 || what.empty()) continue;
     const bool two = suspect.loaded.output->Targets().Target().GetCategories().size() == 2;
-    findings.Add(two ? "classes-swapped" : "classes-permuted", FirstMachine(suspect.loaded),
-                 what + ", in all rows");
+    findings.Add(two ? KindOfFinding("classes-swapped") : KindOfFinding("classes-permuted"),
+                 FirstMachine(suspect.loaded), what + ", in all rows");
     return true;
   }
   return false;

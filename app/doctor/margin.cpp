@@ -68,7 +68,8 @@ void CheckMargin(const Examined& examined, FindingList& findings) {
     const double offset = machine.offset - (thresholds ? machine.threshold : 0.0);
     if (std::abs(offset - *asked) < kWrong) continue;
     const bool sign = std::abs(offset + *asked) < 0.5 * kWrong;
-    findings.Add(sign ? "offset-sign" : "offset-off", machine.coefficients_element,
+    findings.Add(sign ? KindOfFinding("offset-sign") : KindOfFinding("offset-off"),
+                 machine.coefficients_element,
                  fmt::format("absoluteValue is {}, and the vectors on the margin ask for {:.4g}",
                              FormatNumber(machine.offset), *asked + machine.offset - offset));
   }

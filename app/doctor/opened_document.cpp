@@ -15,7 +15,7 @@ constexpr std::string_view kElement = "element ";
 constexpr std::string_view kLine = ", line ";
 
 Finding Refusal(const SSException& error) {
-  Finding finding{&FindingKindOf("refused"), {}, 0, Explain(error)};
+  Finding finding{"refused", {}, 0, Explain(error)};
   std::string_view place = error.GetPlace();
   if (!place.starts_with(kElement)) return finding;
   place.remove_prefix(kElement.size());

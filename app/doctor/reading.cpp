@@ -23,16 +23,16 @@ bool IsGuess(const std::string& step) {
 void CheckIntake(const std::vector<IntakeStep>& intake, FindingList& findings) {
   const std::vector<Finding> before = findings.Found();
   for (const IntakeStep& step : intake) {
-    const char* name = "made-readable";
-    if (!step.changes) name = "reading-remark";
-    if (step.changes && IsGuess(step.name)) name = "guessed-reading";
+    KindOfFinding kind = "made-readable";
+    if (!step.changes) kind = "reading-remark";
+    if (step.changes && IsGuess(step.name)) kind = "guessed-reading";
     const bool told = std::any_of(before.begin(), before.end(), [&step](const Finding& finding) {
       return step.line > 0 && finding.line == step.line &&
              finding.kind->severity != Severity::kNote;
     });
     if (told && !step.changes) continue;
     const std::string more = step.count > 1 ? fmt::format(" ({} places)", step.count) : "";
-    findings.Add(Finding{&FindingKindOf(name), step.element, step.line,
+    findings.Add(Finding{kind, step.element, step.line,
                          fmt::format("{}: {}{}", step.name, step.consequence, more)});
   }
 }

@@ -40,22 +40,6 @@ std::vector<Sides> PairsInOrder(const Examined& examined) {
   return pairs.size() == examined.numbers.machines.size() ? pairs : std::vector<Sides>();
 }
 
-void CheckOrder(const Examined& examined, const std::vector<Sides>& pairs, FindingList& findings) {
-  for (std::size_t i = 0; i < pairs.size(); ++i) {
-    const Element* machine = examined.numbers.machines[i].element;
-    const Element* labels = FindChild(output::MachineExtension(machine), "ResponseCategory");
-    const std::string response = AttributeText(labels, "response");
-    const std::string other = AttributeText(labels, "nonResponse");
-    if (labels == nullptr || (response == pairs[i].positive && other == pairs[i].negative)) {
-      continue;
-    }
-    findings.Add("extension-order", labels,
-                 fmt::format("it says \"{}\" against \"{}\", and by its position the machine is "
-                             "taken for \"{}\" against \"{}\"",
-                             response, other, pairs[i].positive, pairs[i].negative));
-  }
-}
-
 // By the machine's extension: 1 / (1 + exp(A f + B)) is the probability of the response category.
 // `in_order` are the categories that it is taken for, where that goes by position.
 std::optional<Sides> SidesByExtension(const MachineNumbers& machine, const Sides* in_order) {
@@ -168,7 +152,6 @@ void CheckSigns(const Examined& examined, FindingList& findings) {
   if (!examined.document.classification) return;
   CheckExtensions(examined.numbers, findings);
   const std::vector<Sides> pairs = PairsInOrder(examined);
-  CheckOrder(examined, pairs, findings);
   const auto scheme =
       output::SchemeOf(examined.document.model, examined.document.categories.size());
   if (scheme.method == output::Method::kOneAgainstOne && FormPairs(examined.numbers)) {

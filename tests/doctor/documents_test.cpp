@@ -194,7 +194,7 @@ INSTANTIATE_TEST_SUITE_P(
             kTumour, {{"A=\"-", "A=\""}}, {"extension-contradicts-votes at SupportVectorMachine"}},
         Patient{Example("digits/model.pmml"),
                 {{"response=\"0\" nonResponse=\"1\"", "response=\"1\" nonResponse=\"0\""}},
-                {"extension-order at ResponseCategory",
+                {"pair-out-of-order at ResponseCategory",
                  "extension-contradicts-votes at SupportVectorMachine",
                  "constant-field at VectorFields"}},
         Patient{kIris,

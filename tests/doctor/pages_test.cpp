@@ -20,7 +20,7 @@ TEST(Findings, HaveAPageEach) {
   EXPECT_EQ(pages.erase("README"), 1u);
   const std::string index = ReadFile(folder / "README.md");
   std::set<std::string> names;
-  for (const FindingKind& kind : FindingKinds()) {
+  for (const FindingKind& kind : AllFindingKinds()) {
     const std::string name(kind.name);
     EXPECT_TRUE(names.insert(name).second) << name << " is the name of two kinds";
     EXPECT_NE(index.find("](" + name + ".md) | " + std::string(SeverityName(kind.severity))),

@@ -1,12 +1,14 @@
-// Of the document as a whole, and of how it was read.
+// Kinds of finding. Of the document as a whole, and of how it was read.
+#ifndef APP_FINDING_KINDS_DOCUMENT_H_
+#define APP_FINDING_KINDS_DOCUMENT_H_
+
 #include <array>
 
-#include "app/finding_kinds.h"
+#include "app/finding_kind.h"
 
 namespace svmscore::app {
-namespace {
 
-constexpr std::array kKinds = {
+inline constexpr std::array kDocumentFindings = {
     FindingKind{"refused", Severity::kError, "score refuses the document: no case gets a score",
                 "correct what the message names; the other findings may help"},
     FindingKind{"made-readable", Severity::kNote, "the document means the same after this step",
@@ -53,10 +55,6 @@ constexpr std::array kKinds = {
                 "export the document anew, or correct the count"},
 };
 
-}  // namespace
-
-std::span<const FindingKind> KindsOfDocument() {
-  return kKinds;
-}
-
 }  // namespace svmscore::app
+
+#endif  // APP_FINDING_KINDS_DOCUMENT_H_

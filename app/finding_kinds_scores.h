@@ -1,12 +1,14 @@
-// Of scores that differ from expected ones.
+// Kinds of finding. Of scores that differ from expected ones.
+#ifndef APP_FINDING_KINDS_SCORES_H_
+#define APP_FINDING_KINDS_SCORES_H_
+
 #include <array>
 
-#include "app/finding_kinds.h"
+#include "app/finding_kind.h"
 
 namespace svmscore::app {
-namespace {
 
-constexpr std::array kKinds = {
+inline constexpr std::array kScoresFindings = {
     FindingKind{"mismatch", Severity::kError, "the model does not give what is expected",
                 "see the other findings"},
     FindingKind{
@@ -36,10 +38,6 @@ constexpr std::array kKinds = {
                 "give the target its rescaleFactor and rescaleConstant"},
 };
 
-}  // namespace
-
-std::span<const FindingKind> KindsOfScores() {
-  return kKinds;
-}
-
 }  // namespace svmscore::app
+
+#endif  // APP_FINDING_KINDS_SCORES_H_

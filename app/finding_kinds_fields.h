@@ -1,12 +1,14 @@
-// Of fields: declared, derived, and those that vectors are made of.
+// Kinds of finding. Of fields: declared, derived, and those that vectors are made of.
+#ifndef APP_FINDING_KINDS_FIELDS_H_
+#define APP_FINDING_KINDS_FIELDS_H_
+
 #include <array>
 
-#include "app/finding_kinds.h"
+#include "app/finding_kind.h"
 
 namespace svmscore::app {
-namespace {
 
-constexpr std::array kKinds = {
+inline constexpr std::array kFieldsFindings = {
     FindingKind{"unknown-mining-field", Severity::kWarning,
                 "the field is not read, with all that is declared for it",
                 "declare it in the DataDictionary, or correct its name"},
@@ -54,10 +56,6 @@ constexpr std::array kKinds = {
                 "export the scaling of the field with the model"},
 };
 
-}  // namespace
-
-std::span<const FindingKind> KindsOfFields() {
-  return kKinds;
-}
-
 }  // namespace svmscore::app
+
+#endif  // APP_FINDING_KINDS_FIELDS_H_

@@ -1,12 +1,14 @@
-// Of machines, and of how they decide together.
+// Kinds of finding. Of machines, and of how they decide together.
+#ifndef APP_FINDING_KINDS_MACHINES_H_
+#define APP_FINDING_KINDS_MACHINES_H_
+
 #include <array>
 
-#include "app/finding_kinds.h"
+#include "app/finding_kind.h"
 
 namespace svmscore::app {
-namespace {
 
-constexpr std::array kKinds = {
+inline constexpr std::array kMachinesFindings = {
     FindingKind{"unknown-vector", Severity::kError, "the decision value lacks the term",
                 "add the vector, or correct its id"},
     FindingKind{"surplus-vectors", Severity::kError,
@@ -58,7 +60,7 @@ constexpr std::array kKinds = {
                 "prediction is right",
                 "make the first category of the target the response: swap response and "
                 "nonResponse, and change the signs of A and B"},
-    FindingKind{"extension-order", Severity::kError,
+    FindingKind{"pair-out-of-order", Severity::kError,
                 "its probability is given to other categories than it names",
                 "put the machines into the order of the pairs of categories as the target lists "
                 "them, the first one as response"},
@@ -77,8 +79,9 @@ constexpr std::array kKinds = {
     FindingKind{"method-contradicts-machines", Severity::kError,
                 "the machine with the most extreme value wins, which pairs do not make comparable",
                 "write classificationMethod=\"OneAgainstOne\""},
-    FindingKind{"machine-count", Severity::kError, "some categories cannot win",
-                "export one machine for each category"},
+    FindingKind{"machine-count", Severity::kError,
+                "some categories cannot win, or probabilities are not those of their machines",
+                "export one machine for each category, or for each pair of categories"},
     FindingKind{"method-not-used", Severity::kWarning, "the model decides one-against-one",
                 "write classificationMethod=\"OneAgainstOne\", or remove the extension"},
     FindingKind{"threshold-not-used", Severity::kNote, "it decides nothing there", "remove it"},
@@ -91,10 +94,6 @@ constexpr std::array kKinds = {
                 "give every machine an extension"},
 };
 
-}  // namespace
-
-std::span<const FindingKind> KindsOfMachines() {
-  return kKinds;
-}
-
 }  // namespace svmscore::app
+
+#endif  // APP_FINDING_KINDS_MACHINES_H_

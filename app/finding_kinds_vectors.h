@@ -1,12 +1,14 @@
-// Of vectors and kernels.
+// Kinds of finding. Of vectors and kernels.
+#ifndef APP_FINDING_KINDS_VECTORS_H_
+#define APP_FINDING_KINDS_VECTORS_H_
+
 #include <array>
 
-#include "app/finding_kinds.h"
+#include "app/finding_kind.h"
 
 namespace svmscore::app {
-namespace {
 
-constexpr std::array kKinds = {
+inline constexpr std::array kVectorsFindings = {
     FindingKind{"vector-dropped", Severity::kWarning, "terms that name it are lost",
                 "give every VectorInstance an id of its own and a sparse array"},
     FindingKind{"vector-length", Severity::kError, "the vector is refused or not read",
@@ -49,10 +51,6 @@ constexpr std::array kKinds = {
         "check gamma and coef0, and whether the scaling of the fields was exported with the model"},
 };
 
-}  // namespace
-
-std::span<const FindingKind> KindsOfVectors() {
-  return kKinds;
-}
-
 }  // namespace svmscore::app
+
+#endif  // APP_FINDING_KINDS_VECTORS_H_
