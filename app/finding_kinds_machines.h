@@ -55,9 +55,10 @@ inline constexpr std::array kMachinesFindings = {
         "extension-contradicts-votes", Severity::kWarning,
         "a reader that knows the extension and one that does not predict opposite categories",
         "swap response and nonResponse, or set maxWins to the opposite"},
-    FindingKind{"percentages-exchanged", Severity::kError,
-                "the percentages of the two categories stand in each other's columns; the "
-                "prediction is right",
+    FindingKind{"percentages-exchanged", Severity::kWarning,
+                "the model's own results hold the two percentages in the other order; score, "
+                "verify and output fields put them under their categories, and another program "
+                "that embeds the plug-in may not",
                 "make the first category of the target the response: swap response and "
                 "nonResponse, and change the signs of A and B"},
     FindingKind{"pair-out-of-order", Severity::kError,

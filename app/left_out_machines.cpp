@@ -135,9 +135,9 @@ void CheckOrder(const Inspected& inspected, const std::vector<const Element*>& m
   const std::string& second = inspected.categories[1];
   if (first == second || AttributeText(pair, "response") != second) return;
   findings.Add("percentages-exchanged", pair,
-               fmt::format("the response \"{1}\" is the second category of the target, and the two "
-                           "percentages change places: probability({0}) holds that of \"{1}\", and "
-                           "probability({1}) that of \"{0}\"; prediction and confidence are right",
+               fmt::format("the response \"{1}\" is the second category of the target: the model's "
+                           "results hold its percentage as that of \"{0}\", and the other way "
+                           "round; the columns of this program put them right",
                            first, second));
 }
 
