@@ -6,7 +6,6 @@
 
 #include "host/score_status.h"
 #include "host/scoring_log.h"
-#include "host/scoring_log.h"
 
 namespace svmscore::app {
 
