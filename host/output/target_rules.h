@@ -68,8 +68,8 @@ class SVMSCORE_HOST_API TargetRules {
   // One case of a batch that the model has scored.
   Outcome Finish(const BatchResults& results, std::size_t position) const;
   // The percentage of a category of the target as the model computes it, -1.0 where it computes
-  // none. Of two categories with the extension, a result holds that of the response first, whichever
-  // category that is: this finds it.
+  // none. Of two categories with the extension, a result holds that of the response first,
+  // whichever category that is: this finds it.
   double PercentOf(const Outcome& outcome, std::size_t category) const {
     return outcome.PercentAt(second_responds_ ? 1 - category : category);
   }
