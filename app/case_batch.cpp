@@ -1,5 +1,7 @@
 #include "app/case_batch.h"
 
+#include <algorithm>
+
 namespace svmscore::app {
 namespace {
 
@@ -11,7 +13,7 @@ constexpr std::size_t kPadding = 8;
 CaseBatch::CaseBatch(BatchModel& model, std::size_t categories, std::size_t capacity)
     : model_(model),
       stride_(capacity + kPadding),
-      entries_(model.EntryCount() * stride_),
+      entries_(std::max<std::size_t>(model.EntryCount(), 1) * stride_),
       status_(capacity),
       category_(capacity),
       has_interval_(std::make_unique<bool[]>(capacity)) {

@@ -14,8 +14,9 @@ using MCZandor_850::ScoreResult;
 
 namespace {
 
-// Cells of a chunk: few enough to stay in the cache from reading to writing, enough rows for
-// the model to score many at a time. Wide rows are taken in smaller chunks.
+// Cells of a chunk, or numbers that the model makes of them: few enough to stay in the cache from
+// reading to writing, enough rows for the model to score many at a time. Wide rows are taken in
+// smaller chunks.
 constexpr std::size_t kChunkCells = 64 * 1024;
 constexpr std::size_t kLeastRows = 32;
 constexpr std::size_t kMostRows = 512;
@@ -50,13 +51,14 @@ void Tally::Add(const Tally& other) {
 CaseScorer::CaseScorer(const ScoringPlan& plan)
     : plan_(plan),
       record_(plan.columns.variables, true, plan.replace_missing),
-      outputs_(*plan.output, plan.replace_missing),
-      chunk_rows_(std::clamp(kChunkCells / std::max<std::size_t>(plan.columns.width, 1), kLeastRows,
-                             kMostRows)) {
-  if (auto* model = dynamic_cast<BatchModel*>(plan.model)) {
-    const std::size_t categories = plan.output->Targets().Target().GetCategories().size();
-    batch_ = std::make_unique<CaseBatch>(*model, categories, chunk_rows_);
-  }
+      outputs_(*plan.output, plan.replace_missing) {
+  auto* model = dynamic_cast<BatchModel*>(plan.model);
+  std::size_t width = plan.columns.width;
+  if (model != nullptr) width = std::max(width, model->EntryCount() + model->DecisionCount());
+  chunk_rows_ = std::clamp(kChunkCells / std::max<std::size_t>(width, 1), kLeastRows, kMostRows);
+  if (model == nullptr) return;
+  const std::size_t categories = plan.output->Targets().Target().GetCategories().size();
+  batch_ = std::make_unique<CaseBatch>(*model, categories, chunk_rows_);
 }
 
 CaseScorer::~CaseScorer() = default;
@@ -135,7 +137,8 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
       SetExtras(cells);
       plan_.output->Evaluate(outcome, record_, outputs_);
     }
-    const bool decided = batch_ != nullptr && rows_[r].status == 0;
+    const bool decided = batch_ != nullptr && rows_[r].status == 0 &&
+                         batch_->Results().status[rows_[r].place] != MCScore::kCannotScore;
     const ScoredCase scored{cells, outcome, outputs_,
                             decided ? batch_->Results().decisions + rows_[r].place : nullptr,
                             decided ? batch_->Results().stride : 0};

@@ -16,7 +16,7 @@ namespace {
 using Kind = Quantity::Kind;
 
 // Fewer rows agree with anything.
-constexpr std::size_t kNeeded = 3;
+constexpr std::size_t kNeededRows = 3;
 constexpr double kPrecision = 1e-6;
 
 const Element* FirstMachine(const LoadedModel& loaded) {
@@ -84,7 +84,7 @@ bool Holds(const Comparison& comparison, std::size_t from, std::size_t to, bool 
     if (!Near(complement ? 1.0 - got : got, *row.cells[to].expected)) return false;
     ++rows;
   }
-  return rows >= kNeeded;
+  return rows >= kNeededRows;
 }
 
 bool ExplainPercentages(const Suspect& suspect, const Comparison& comparison,
@@ -128,7 +128,7 @@ std::optional<Line> FitLine(const Comparison& comparison, std::size_t column) {
     const ComparedCell& cell = row.cells[column];
     if (cell.number && cell.expected) points.emplace_back(*cell.number, *cell.expected);
   }
-  if (points.size() < kNeeded) return std::nullopt;
+  if (points.size() < kNeededRows) return std::nullopt;
   const auto [least, most] = std::minmax_element(points.begin(), points.end());
   const double width = most->first - least->first;
   const Line line{(most->second - least->second) / width,
@@ -170,11 +170,12 @@ bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, Numb
     if (!line || RelationOf(*line) != relation) continue;
     const std::string& name = comparison.columns[i].quantity.name;
     const bool shifted = std::abs(line->shift) >= kPrecision;
+    const std::string shift = shifted ? fmt::format("{:.6g} ", line->shift) : std::string();
     switch (relation) {
       case NumberRelation::kNegated:
-        findings.Add("values-negated", coefficients,
-                     fmt::format("in all rows the expected {} is {}minus the predicted one", name,
-                                 shifted ? fmt::format("{:.6g} ", line->shift) : ""));
+        findings.Add(
+            "values-negated", coefficients,
+            fmt::format("in all rows the expected {} is {}minus the predicted one", name, shift));
         return true;
       case NumberRelation::kShifted:
         if (!shifted) continue;

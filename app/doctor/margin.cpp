@@ -16,8 +16,8 @@ namespace svmscore::app {
 namespace {
 
 constexpr std::size_t kSample = 40;  // vectors of each sign that are asked, spread over the machine
-constexpr std::size_t kNeeded = 2;   // of each sign that must be on the margin
-constexpr double kAlike = 0.02;      // training stops within 0.001 by default, and up to 0.01
+constexpr std::size_t kNeededOnMargin = 2;  // of each sign that must be on the margin
+constexpr double kAlike = 0.02;  // training stops within 0.001 by default, and up to 0.01
 constexpr double kWrong = 0.1;
 
 // The absoluteValues that the vectors of one sign ask for, in ascending order.
@@ -48,7 +48,7 @@ std::vector<double> AskedFor(const ModelNumbers& numbers, const MachineNumbers& 
 std::optional<double> AskedByAll(const ModelNumbers& numbers, const MachineNumbers& machine) {
   const std::vector<double> above = AskedFor(numbers, machine, 1.0);
   const std::vector<double> below = AskedFor(numbers, machine, -1.0);
-  if (above.size() < kNeeded || below.size() < kNeeded) return std::nullopt;
+  if (above.size() < kNeededOnMargin || below.size() < kNeededOnMargin) return std::nullopt;
   const double most = std::max(above.back(), below.back());
   if (!(most - std::min(above.front(), below.front()) < kAlike)) return std::nullopt;
   return (above[above.size() / 2] + below[below.size() / 2]) / 2.0;

@@ -11,8 +11,8 @@
 namespace svmscore::app {
 namespace {
 
-constexpr std::size_t kNeeded = 3;  // vectors that must speak against a machine
-constexpr double kClear = 0.9;      // the share of them that makes it clear
+constexpr std::size_t kNeededVectors = 3;  // vectors that must speak against a machine
+constexpr double kClear = 0.9;             // the share of them that makes it clear
 
 struct Sides {
   std::string positive;
@@ -108,7 +108,7 @@ std::optional<bool> IsReversed(const MachineNumbers& machine, const Sides& sides
     ++(category == (positive ? sides.positive : sides.negative) ? right : wrong);
   }
   const auto known = static_cast<double>(right + wrong);
-  if (right + wrong < kNeeded) return std::nullopt;
+  if (right + wrong < kNeededVectors) return std::nullopt;
   if (static_cast<double>(wrong) >= kClear * known) return true;
   if (static_cast<double>(right) >= kClear * known) return false;
   return std::nullopt;

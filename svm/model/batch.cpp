@@ -56,18 +56,18 @@ MCStatus SVMModel::ReadCase(const ScoreCaseRecord& record, bool flag, double* en
 
 void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) {
   if (data_ == nullptr || target_var_ == nullptr) {
-    std::fill_n(results.status, cases.count, MCScore::kCannotScore);
-    return;
+    return FailBatch(MCStatus(MCScore::kCannotScore, false), cases.count, results);
   }
   try {
     double* decisions = results.decisions;
     std::size_t stride = results.stride;
     if (decisions == nullptr) {
       stride = cases.count;
-      ThisThreadsWorkspace().columns.Reserve(DecisionCount() * stride);
+      ThisThreadsWorkspace().columns.Reserve(std::max<std::size_t>(DecisionCount(), 1) * stride);
       decisions = ThisThreadsWorkspace().columns.data();
     }
-    DecideBatch(cases, decisions, stride);
+    const MCStatus decided = DecideBatch(cases, decisions, stride);
+    if (decided.IsError()) return FailBatch(decided, cases.count, results);
     const bool classifies = data_->IsClassification();
     for (std::size_t c = 0; c < cases.count; ++c) {
       const MCStatus status = classifies ? FinishCategory(decisions + c, stride, c, results)
@@ -76,16 +76,23 @@ void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) 
       results.status[c] = status.GetErrorCode();
     }
   } catch (...) {
-    std::fill_n(results.status, cases.count, MCScore::kCannotScore);
+    FailBatch(MCStatus(MCScore::kCannotScore, false), cases.count, results);
   }
 }
 
-void SVMModel::DecideBatch(const BatchCases& cases, double* decisions, std::size_t stride) {
+void SVMModel::FailBatch(const MCStatus& status, std::size_t count, const BatchResults& results) {
+  for (std::size_t c = 0; c < count; ++c) {
+    TraceFailure(status);
+    results.status[c] = status.GetErrorCode();
+  }
+}
+
+MCStatus SVMModel::DecideBatch(const BatchCases& cases, double* decisions, std::size_t stride) {
   Workspace& workspace = ThisThreadsWorkspace();
-  if (engine_ != nullptr) {
+  if (EngineFits()) {
     engine_->DecideMany(cases.entries, cases.stride, cases.count, workspace.scratch, decisions,
                         stride);
-    return;
+    return {};
   }
   workspace.idx.resize(EntryCount());
   workspace.val.resize(EntryCount());
@@ -95,11 +102,14 @@ void SVMModel::DecideBatch(const BatchCases& cases, double* decisions, std::size
       workspace.val[e] = cases.entries[e * cases.stride + c];
     }
     for (std::size_t m = 0; m < DecisionCount(); ++m) {
-      double value = 0.0;
-      ScoreSVMByKernelType(workspace.idx, workspace.val, static_cast<int>(m), value);
-      decisions[m * stride + c] = value;
+      double& value = decisions[m * stride + c];
+      value = 0.0;
+      const MCStatus status =
+          ScoreSVMByKernelType(workspace.idx, workspace.val, static_cast<int>(m), value);
+      if (status.IsError()) return status;
     }
   }
+  return {};
 }
 
 MCStatus SVMModel::FinishCategory(const double* decisions, std::size_t stride, std::size_t c,

@@ -32,11 +32,12 @@ MCStatus SVMModel::ScoreSVMClsModel(const std::vector<int>& idx, const std::vect
                                     ScoreResult*& result) {
   if (data_ == nullptr || idx.empty() || data_->GetSupportVectorMachines().empty()) return {};
   std::vector<double>& decisions = ThisThreadsWorkspace().decisions;
-  Decide(idx, val, decisions);
+  MCStatus status = Decide(idx, val, decisions);
+  if (status.IsError()) return status;
   int winner = 0;
   double confidence = 0.0;
   std::vector<double> percents(target_categories_.size(), 0.0);
-  const MCStatus status = DoVotingForSVMCls(decisions, winner, confidence, percents);
+  status = DoVotingForSVMCls(decisions, winner, confidence, percents);
   if (status.IsError()) return status;
   return FillSVMClsResult(winner, confidence, percents, result);
 }

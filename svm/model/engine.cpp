@@ -83,10 +83,10 @@ SVMModel::Workspace& SVMModel::ThisThreadsWorkspace() {
   return workspace;
 }
 
-void SVMModel::SetUpEngine() {
+void SVMModel::SetUpEngine(SVMConst::KernelFunctionType type) {
   engine_.reset();
   const auto* operations = ChosenOperations();
-  const auto form = FormOf(data_->GetSVMKernelType());
+  const auto form = FormOf(type);
   if (!form || EntryCount() > std::numeric_limits<int>::max()) return;
   Collector collector;
   for (std::size_t m = 0; m < DecisionCount(); ++m) {
@@ -101,26 +101,31 @@ void SVMModel::SetUpEngine() {
   engine_ = std::make_unique<const MCSVM_700::PackedEngine>(input, operations);
 }
 
+bool SVMModel::EngineFits() const {
+  return engine_ != nullptr && engine_->fields() == EntryCount() &&
+         engine_->machines() == DecisionCount();
+}
+
 bool SVMModel::EngineTakes(const std::vector<int>& idx, const std::vector<double>& val) const {
-  if (engine_ == nullptr || idx.size() != engine_->fields() || val.size() < idx.size()) {
-    return false;
-  }
+  if (!EngineFits() || idx.size() != engine_->fields() || val.size() < idx.size()) return false;
   for (std::size_t i = 0; i < idx.size(); ++i) {
     if (idx[i] != static_cast<int>(i)) return false;
   }
   return true;
 }
 
-void SVMModel::Decide(const std::vector<int>& idx, const std::vector<double>& val,
-                      std::vector<double>& decisions) {
+MCScore::MCStatus SVMModel::Decide(const std::vector<int>& idx, const std::vector<double>& val,
+                                   std::vector<double>& decisions) {
   decisions.assign(DecisionCount(), 0.0);
   if (EngineTakes(idx, val)) {
     engine_->Decide(val.data(), ThisThreadsWorkspace().scratch, decisions.data());
-    return;
+    return {};
   }
-  for (std::size_t m = 0; m < decisions.size(); ++m) {
-    ScoreSVMByKernelType(idx, val, static_cast<int>(m), decisions[m]);
+  MCScore::MCStatus status;
+  for (std::size_t m = 0; m < decisions.size() && !status.IsError(); ++m) {
+    status = ScoreSVMByKernelType(idx, val, static_cast<int>(m), decisions[m]);
   }
+  return status;
 }
 
 }  // namespace MCZandor_850

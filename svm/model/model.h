@@ -70,7 +70,8 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                            const ScoreDictVar* var, ScoreResult*& result);
   // Adds to `value` the decision value of one machine: for k = 0, 1, ... in this order
   // coefficient[k] * K(case, support_vector[k]), and last the machine's absolute value. Leaves
-  // `value` alone where there is no such machine.
+  // `value` alone where there is no such machine. 90029 for a machine that has no whole vector for
+  // some coefficient.
   MCScore::MCStatus ScoreSVMByKernelType(const std::vector<int>& case_idx,
                                          const std::vector<double>& case_val, int machine_index,
                                          double& value);
@@ -162,7 +163,10 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                 double* entries, std::size_t stride, std::size_t& read);
   MCScore::MCStatus MissingStatus(const ScoreDictVar* var);
   // A batch: the decision values of all cases, and what each case's make of it (batch.cpp).
-  void DecideBatch(const svmscore::BatchCases& cases, double* decisions, std::size_t stride);
+  MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases, double* decisions,
+                                std::size_t stride);
+  static void FailBatch(const MCScore::MCStatus& status, std::size_t count,
+                        const svmscore::BatchResults& results);
   MCScore::MCStatus FinishCategory(const double* decisions, std::size_t stride, std::size_t c,
                                    const svmscore::BatchResults& results);
   MCScore::MCStatus FinishValue(const double* decision, std::size_t c,
@@ -174,11 +178,13 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   bool IntervalAround(double value, double& std_dev, double& lower, double& upper) const;
   // Packs the machines of the data that the model holds; without an engine where they are not such
   // as the engine takes (engine.cpp).
-  void SetUpEngine();
+  void SetUpEngine(SVMConst::KernelFunctionType type);
+  // Whether the data still are what the engine was made of, as far as their number goes.
+  bool EngineFits() const;
   // The decision values of a case, DecisionCount() of them, by the engine where it takes the case;
   // ScoreSVMByKernelType gives the same bits.
-  void Decide(const std::vector<int>& idx, const std::vector<double>& val,
-              std::vector<double>& decisions);
+  MCScore::MCStatus Decide(const std::vector<int>& idx, const std::vector<double>& val,
+                           std::vector<double>& decisions);
   bool EngineTakes(const std::vector<int>& idx, const std::vector<double>& val) const;
   ScoreDictVar* FindVarByName(const std::string& name) const;
   // Null for a position that is none of the machines'.

@@ -190,8 +190,13 @@ MCStatus SVMModel::ScoreSVMByKernelType(const std::vector<int>& case_idx,
   if (machine == nullptr || kernel_ == nullptr) return {};
   const std::vector<double>& coefficients = machine->coefficients;
   for (std::size_t k = 0; k < coefficients.size(); ++k) {
-    const MCSVM_700::SVMDataCase& vector = *machine->support_vectors[k];
-    value += coefficients[k] * kernel_->Evaluate(case_idx, case_val, vector.indices, vector.values);
+    const MCSVM_700::SVMDataCase* vector =
+        k < machine->support_vectors.size() ? machine->support_vectors[k] : nullptr;
+    if (vector == nullptr || vector->values.size() < vector->indices.size()) {
+      return MCStatus(MCScore::kCannotScore, false);
+    }
+    value +=
+        coefficients[k] * kernel_->Evaluate(case_idx, case_val, vector->indices, vector->values);
   }
   value += machine->absolute_value;
   return {};

@@ -55,7 +55,7 @@ MCScore::MCStatus SVMModel::SetUpSVMKFEvaluate(SVMModelData* data) {
   if (data == nullptr || data_ == nullptr) return {};
   kernel_ = MakeKernel(data->GetSVMKernelType(), data_->GetSVMKernelTypeGamma(),
                        data_->GetSVMKernelTypeCoef0(), data_->GetSVMKernelTypeDegree());
-  SetUpEngine();
+  SetUpEngine(data->GetSVMKernelType());
   return {};
 }
 

@@ -10,8 +10,6 @@ namespace {
 using namespace svmscore_test;  // NOLINT
 using Doubles = std::vector<double>;
 
-const double kNaN = std::nan("");
-
 std::unique_ptr<SVMModel> OneAgainstAll(bool max_wins) {
   Classifier classifier({"a", "b", "c"});
   classifier.data->SetClassificationMethod(true);

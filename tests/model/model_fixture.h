@@ -2,6 +2,7 @@
 #ifndef TESTS_MODEL_MODEL_FIXTURE_H_
 #define TESTS_MODEL_MODEL_FIXTURE_H_
 
+#include <cmath>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -19,6 +20,7 @@ namespace svmscore_test {
 
 using namespace MCZandor_850;  // NOLINT: tests only
 using MCScore::MCStatus;
+inline const double kNaN = std::nan("");
 using Machine = SVMModelData::ST_SUPPORTVECTORMACHINE;
 
 inline std::string Numbered(std::string name, std::size_t number) {

@@ -13,8 +13,6 @@ using namespace svmscore_test;  // NOLINT
 using Doubles = std::vector<double>;
 using Rows = std::vector<Doubles>;
 
-const double kNaN = std::nan("");
-
 // Every machine has A = -1, B = 0: its pairwise probability is the logistic function of its value.
 Classifier Pairs(const std::vector<std::string>& categories) {
   Classifier classifier(categories);

@@ -20,6 +20,7 @@
 
 namespace svmscore_test {
 
+using Ending = svmscore::output::Outcome::Ending;
 using Case = std::map<std::string, std::string>;
 
 inline std::string Document(const std::string& name) {

@@ -8,7 +8,6 @@ namespace svmscore_test {
 namespace {
 
 using svmscore::output::Outcome;
-using Ending = Outcome::Ending;
 
 // y = slope * x, and the machine's extension gives a standard deviation of 0.5.
 std::string Line(const std::string& targets, const std::string& target_type = "double",

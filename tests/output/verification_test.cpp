@@ -59,7 +59,7 @@ std::optional<svmscore::output::Verification> Read(const std::string& text) {
   return svmscore::output::ReadVerification(document.Dom());
 }
 
-int Refused(const std::string& text) {
+int RefusedRecords(const std::string& text) {
   try {
     Read(text);
   } catch (const MCZandor_850::SSException& error) {
@@ -89,13 +89,15 @@ TEST(ReadVerification, GivesColumnsAndRecords) {
 
 TEST(ReadVerification, RefusesWhatItCannotRead) {
   const std::string chain = Document("chain.pmml");
-  EXPECT_EQ(Refused(Edit(chain, "precision=\"1E-9\"", "precision=\"-1\"")), 260153);
-  EXPECT_EQ(
-      Refused(Edit(chain, "<VerificationField field=\"x1\"", "<VerificationField name=\"x1\"")),
-      260120);
-  EXPECT_EQ(Refused(Edit(chain, "<InlineTable>[^]*</InlineTable>", "")), 260115);
-  EXPECT_EQ(Refused(Edit(chain, "<InlineTable>[^]*</InlineTable>", "<TableLocator/>")), 260304);
-  EXPECT_EQ(Refused(Edit(chain, "<VerificationFields>[^]*</VerificationFields>", "")), 260115);
+  EXPECT_EQ(RefusedRecords(Edit(chain, "precision=\"1E-9\"", "precision=\"-1\"")), 260153);
+  EXPECT_EQ(RefusedRecords(
+                Edit(chain, "<VerificationField field=\"x1\"", "<VerificationField name=\"x1\"")),
+            260120);
+  EXPECT_EQ(RefusedRecords(Edit(chain, "<InlineTable>[^]*</InlineTable>", "")), 260115);
+  EXPECT_EQ(RefusedRecords(Edit(chain, "<InlineTable>[^]*</InlineTable>", "<TableLocator/>")),
+            260304);
+  EXPECT_EQ(RefusedRecords(Edit(chain, "<VerificationFields>[^]*</VerificationFields>", "")),
+            260115);
 }
 
 }  // namespace

@@ -41,7 +41,6 @@ TEST(TwoClasses, MaxWinsAndTheMachinesThresholdDecide) {
 }
 
 TEST(TwoClasses, AnInvalidInputFailsAndAMissingOneLeavesNoPrediction) {
-  using Ending = svmscore::output::Outcome::Ending;
   Scoring scoring(Document("alarm.pmml"));
   EXPECT_EQ(scoring.Score({{"temp", "30"}, {"load", "abc"}}).status, 90027);
   EXPECT_EQ(scoring.Text("label"), "");

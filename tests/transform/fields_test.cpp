@@ -13,7 +13,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-std::string Interval(const std::string& closure, const std::string& margins) {
+std::string IntervalOf(const std::string& closure, const std::string& margins) {
   return "<Interval closure=\"" + closure + "\" " + margins + "/>";
 }
 
@@ -101,10 +101,10 @@ TEST(NormDiscrete, IsAThermometerOfOrderedValues) {
 
 TEST(Discretize, TakesTheFirstBinThatHoldsTheValue) {
   const std::string bins =
-      Bin("low", Interval("openOpen", "rightMargin=\"0\"")) +
-      Bin("zero", Interval("closedClosed", "leftMargin=\"0\" rightMargin=\"0\"")) +
-      Bin("unit", Interval("openClosed", "leftMargin=\"0\" rightMargin=\"1\"")) +
-      Bin("high", Interval("openOpen", "leftMargin=\"2\""));
+      Bin("low", IntervalOf("openOpen", "rightMargin=\"0\"")) +
+      Bin("zero", IntervalOf("closedClosed", "leftMargin=\"0\" rightMargin=\"0\"")) +
+      Bin("unit", IntervalOf("openClosed", "leftMargin=\"0\" rightMargin=\"1\"")) +
+      Bin("high", IntervalOf("openOpen", "leftMargin=\"2\""));
   const std::vector<Case> cases = {{{"x", "-1"}},  {{"x", "0"}}, {{"x", "1e-300"}}, {{"x", "1"}},
                                    {{"x", "1.5"}}, {{"x", "2"}}, {{"x", "3"}},      {},
                                    {{"x", "?"}}};
@@ -119,9 +119,9 @@ TEST(Discretize, TakesTheFirstBinThatHoldsTheValue) {
       run("defaultValue=\"none\" mapMissingTo=\"gone\"", bins),
       ElementsAre("low", "zero", "unit", "unit", "none", "none", "high", "gone", "invalid"));
   // Overlapping and unordered bins.
-  const std::string overlapping = Bin("b", Interval("closedOpen", "leftMargin=\"1\"")) +
-                                  Bin("a", Interval("openOpen", "leftMargin=\"-5\"")) +
-                                  Bin("c", Interval("openOpen", "leftMargin=\"2\""));
+  const std::string overlapping = Bin("b", IntervalOf("closedOpen", "leftMargin=\"1\"")) +
+                                  Bin("a", IntervalOf("openOpen", "leftMargin=\"-5\"")) +
+                                  Bin("c", IntervalOf("openOpen", "leftMargin=\"2\""));
   EXPECT_THAT(run("", overlapping),
               ElementsAre("a", "a", "a", "b", "b", "b", "b", "missing", "invalid"));
   // Without bins it tells whether there is a value.
@@ -133,15 +133,16 @@ TEST(Discretize, FindsBinsByTheirOrderAsOneByOne) {
   std::string bins;
   for (int i = 0; i < 40; ++i) {
     const char* closures[] = {"openOpen", "openClosed", "closedOpen", "closedClosed"};
-    bins +=
-        Bin(std::to_string(i), Interval(closures[i * 7 % 4], "leftMargin=\"" + std::to_string(i) +
-                                                                 "\" rightMargin=\"" +
-                                                                 std::to_string(i + i % 2) + "\""));
+    bins += Bin(
+        std::to_string(i),
+        IntervalOf(closures[i * 7 % 4], "leftMargin=\"" + std::to_string(i) + "\" rightMargin=\"" +
+                                            std::to_string(i + i % 2) + "\""));
   }
   const std::string plain = "<Discretize field=\"x\">" + bins + "</Discretize>";
   // One more bin that reaches over all others, at the end: the search is one by one.
   const std::string slow = "<Discretize field=\"x\">" + bins +
-                           Bin("all", Interval("openOpen", "leftMargin=\"-9\"")) + "</Discretize>";
+                           Bin("all", IntervalOf("openOpen", "leftMargin=\"-9\"")) +
+                           "</Discretize>";
   const Loaded fast_one = Over(DataField("x", "double"), "string", plain);
   const Loaded slow_one = Over(DataField("x", "double"), "string", slow);
   for (double x = -1.0; x < 42.0; x += 0.25) {
@@ -152,15 +153,15 @@ TEST(Discretize, FindsBinsByTheirOrderAsOneByOne) {
 }
 
 TEST(Discretize, ConvertsItsTexts) {
-  const std::string bins = Bin("7.4", Interval("openOpen", "leftMargin=\"0\"")) +
-                           Bin("x", Interval("openOpen", "rightMargin=\"0\""));
+  const std::string bins = Bin("7.4", IntervalOf("openOpen", "leftMargin=\"0\"")) +
+                           Bin("x", IntervalOf("openOpen", "rightMargin=\"0\""));
   EXPECT_THAT(Over(DataField("x", "double"), "double",
                    "<Discretize field=\"x\" defaultValue=\"1\">" + bins + "</Discretize>")
                   .DeriveAll("d", {{{"x", "1"}}, {{"x", "0"}}, {{"x", "-1"}}}),
               ElementsAre("7.4", "1", "invalid"));
   EXPECT_EQ(Over(DataField("x", "double"), "string",
                  "<Discretize field=\"x\" dataType=\"integer\">" +
-                     Bin("3.0", Interval("openOpen", "leftMargin=\"0\"")) + "</Discretize>")
+                     Bin("3.0", IntervalOf("openOpen", "leftMargin=\"0\"")) + "</Discretize>")
                 .Derive("d", {{"x", "1"}}),
             "3");
 }

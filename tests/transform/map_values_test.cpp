@@ -24,17 +24,17 @@ std::string Row(const std::string& in, const std::string& out) {
   return "<row><in>" + in + "</in><out>" + out + "</out></row>";
 }
 
-Loaded Over(const std::string& fields, const std::string& type, const std::string& map) {
+Loaded Mapped(const std::string& fields, const std::string& type, const std::string& map) {
   return Loaded(Document(fields, DerivedField("d", type, map)));
 }
 
 TEST(MapValues, TellsMissingFromUnmatched) {
   const std::string rows = Row("A", "3") + Row("B", "2") + "<row><in>C</in></row>";
-  EXPECT_THAT(Over(DataField("g", "string"), "double",
-                   Map("defaultValue=\"0\" mapMissingTo=\"-1\"", Pair("g", "in"), rows))
+  EXPECT_THAT(Mapped(DataField("g", "string"), "double",
+                     Map("defaultValue=\"0\" mapMissingTo=\"-1\"", Pair("g", "in"), rows))
                   .DeriveAll("d", {{{"g", "A"}}, {{"g", "Z"}}, {}, {{"g", "a"}}, {{"g", "C"}}}),
               ElementsAre("3", "0", "-1", "0", "missing"));
-  EXPECT_THAT(Over(DataField("g", "string"), "double", Map("", Pair("g", "in"), rows))
+  EXPECT_THAT(Mapped(DataField("g", "string"), "double", Map("", Pair("g", "in"), rows))
                   .DeriveAll("d", {{{"g", "Z"}}, {}}),
               ElementsAre("missing", "missing"));
 }
@@ -42,17 +42,17 @@ TEST(MapValues, TellsMissingFromUnmatched) {
 TEST(MapValues, ComparesKeysInTheFieldsType) {
   const std::string rows =
       Row(" 1.0 ", "one") + Row("0.1", "tenth") + Row("x", "never") + Row("-0", "zero");
-  EXPECT_THAT(Over(DataField("g", "double"), "string", Map("", Pair("g", "in"), rows))
+  EXPECT_THAT(Mapped(DataField("g", "double"), "string", Map("", Pair("g", "in"), rows))
                   .DeriveAll("d", {{{"g", "1"}}, {{"g", "0.10"}}, {{"g", "0"}}, {{"g", "x"}}}),
               ElementsAre("one", "tenth", "zero", "invalid"));
-  EXPECT_EQ(Over(DataField("g", "float"), "string", Map("", Pair("g", "in"), rows))
+  EXPECT_EQ(Mapped(DataField("g", "float"), "string", Map("", Pair("g", "in"), rows))
                 .Derive("d", {{"g", "0.1"}}),
             "tenth");
-  EXPECT_EQ(Over(DataField("g", "string"), "string", Map("", Pair("g", "in"), rows))
+  EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "in"), rows))
                 .Derive("d", {{"g", "1"}}),
             "missing");
-  EXPECT_EQ(Over(DataField("g", "date", "ordinal"), "string",
-                 Map("", Pair("g", "in"), Row("2024-02-29", "leap")))
+  EXPECT_EQ(Mapped(DataField("g", "date", "ordinal"), "string",
+                   Map("", Pair("g", "in"), Row("2024-02-29", "leap")))
                 .Derive("d", {{"g", "2024-02-29"}}),
             "leap");
 }
@@ -63,8 +63,8 @@ TEST(MapValues, MatchesAllOfSeveralKeys) {
   };
   const std::string rows = row("x", "1", "x1") + row("x", "2", "x2") + row("y", "1", "y1");
   const Loaded loaded =
-      Over(DataField("a", "string") + DataField("b", "integer"), "string",
-           Map("mapMissingTo=\"?\" defaultValue=\"-\"", Pair("b", "b") + Pair("a", "a"), rows));
+      Mapped(DataField("a", "string") + DataField("b", "integer"), "string",
+             Map("mapMissingTo=\"?\" defaultValue=\"-\"", Pair("b", "b") + Pair("a", "a"), rows));
   EXPECT_THAT(loaded.DeriveAll("d", {{{"a", "x"}, {"b", "2"}},
                                      {{"a", "y"}, {"b", "1"}},
                                      {{"a", "y"}, {"b", "2"}},
@@ -77,24 +77,24 @@ TEST(MapValues, ReadsPrefixedAndSpreadOutCells) {
   const std::string rows =
       "<row><data:in xmlns:data=\"urn:d\">\n   A\n  </data:in><in>B</in>"
       "<out>\n <![CDATA[1 &]]> 2\n</out></row>";
-  EXPECT_EQ(Over(DataField("g", "string"), "string", Map("", Pair("g", "data:in"), rows))
+  EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "data:in"), rows))
                 .Derive("d", {{"g", "A"}}),
             "1 & 2");
-  EXPECT_EQ(Over(DataField("g", "string"), "string", Map("", Pair("g", "in"), rows))
+  EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "in"), rows))
                 .Derive("d", {{"g", "B"}}),
             "1 & 2");
   // Where no cell has the prefix, the rest of the name counts.
-  EXPECT_EQ(Over(DataField("g", "string"), "string", Map("", Pair("g", "data:in"), Row("A", "1")))
+  EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "data:in"), Row("A", "1")))
                 .Derive("d", {{"g", "A"}}),
             "1");
 }
 
 TEST(MapValues, ConvertsTwice) {
-  EXPECT_EQ(Over(DataField("g", "string"), "string",
-                 Map("dataType=\"double\"", Pair("g", "in"), Row("A", "3.0")))
+  EXPECT_EQ(Mapped(DataField("g", "string"), "string",
+                   Map("dataType=\"double\"", Pair("g", "in"), Row("A", "3.0")))
                 .Derive("d", {{"g", "A"}}),
             "3");
-  EXPECT_EQ(Over(DataField("g", "string"), "double", Map("", Pair("g", "in"), Row("A", "0.1")))
+  EXPECT_EQ(Mapped(DataField("g", "string"), "double", Map("", Pair("g", "in"), Row("A", "0.1")))
                 .Derive("d", {{"g", "A"}}),
             "0.1");
 }
@@ -103,7 +103,7 @@ TEST(MapValues, DoesWithoutATable) {
   const std::string map =
       "<MapValues outputColumn=\"none\" defaultValue=\"1\" mapMissingTo=\"0\">" + Pair("g", "c") +
       "</MapValues>";
-  EXPECT_THAT(Over(DataField("g", "string"), "double", map).DeriveAll("d", {{{"g", "A"}}, {}}),
+  EXPECT_THAT(Mapped(DataField("g", "string"), "double", map).DeriveAll("d", {{{"g", "A"}}, {}}),
               ElementsAre("1", "0"));
 }
 

@@ -19,7 +19,7 @@ constexpr StepKind kMinusOne{
 // The neighbour of a whole degree is no whole degree: negative bases would have no power.
 constexpr StepKind kDegree{"degree-minus-one",
                            "a degree of -1 counts as if it were not there, and the degree is 1"};
-constexpr StepKind kSeveral{
+constexpr StepKind kSeveralKernels{
     "several-kernels",
     "of several kernels one counts: linear before polynomial, radial basis and sigmoid"};
 
@@ -40,7 +40,7 @@ DOMElement* FirstKernel(Intake& intake) {
       if (first == nullptr) {
         first = kernel;
       } else {
-        intake.Doubt(kSeveral, kernel, code::kBadContent, "a second kernel",
+        intake.Doubt(kSeveralKernels, kernel, code::kBadContent, "a second kernel",
                      tags::XML_ELE_SVMMODEL);
       }
     }

@@ -74,7 +74,7 @@ PackedEngine::PackedEngine(const PackedInput& input, const Operations* operation
   view_.vector_values = forms.values;
   view_.whole_degree = forms.whole_degree;
   const std::size_t tile_bytes =
-      std::max<std::size_t>(input.fields, 1) * operations_->tile * sizeof(double);
+      std::max<std::size_t>(input.fields + view_.machines, 1) * operations_->tile * sizeof(double);
   view_.group_tiles =
       view_.chain_count > 0 ? 1 : std::clamp<std::size_t>(kTileBytes / tile_bytes, 1, 16);
 }
@@ -123,7 +123,14 @@ void PackedEngine::Decide(const double* x, PackedScratch& scratch, double* decis
 void PackedEngine::DecideMany(const double* columns, std::size_t stride, std::size_t count,
                               PackedScratch& scratch, double* decisions,
                               std::size_t decision_stride) const {
+  if (view_.machines == 0) return;
   Fit(scratch);
+  if (view_.fields == 0) {  // there may be no columns
+    for (std::size_t c = 0; c < count; ++c) {
+      DecidePlain(nullptr, 0, scratch, decisions + c, decision_stride);
+    }
+    return;
+  }
   std::size_t done = 0;
   while (done < count) {
     std::size_t taken = 1;

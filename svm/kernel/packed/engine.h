@@ -68,8 +68,8 @@ struct PackedInput {
 //
 // Decision value m is 0.0 + c[0] K(x, v[0]) + c[1] K(x, v[1]) + ... + offset for machine m's terms
 // in their order, where K is the plain kernel's value of the case x with an entry for every field.
-// Where a coefficient, an offset or a parameter of the kernel is NaN, a result that is NaN may be
-// another NaN than the plain one; all other results have the same bits.
+// A result that is NaN may be another NaN than the plain one; all other results have the same bits.
+// Made and used in the rounding mode to nearest.
 class PackedEngine {
  public:
   // `operations` are those of an instruction set that the CPU has, or null for the plain kernels
