@@ -38,9 +38,9 @@ struct BatchResults {
 
 // A model that scores blocks of cases faster than one case after another. A ScoreModel may be one
 // besides: ask by dynamic_cast. What GetScore yields for a case, this yields to the last bit, for
-// any number of cases at a time, in the rounding mode to nearest. The rules on threads are those of ScoreModel: the model's first
-// case is shown to GetScore, alone; then any number of threads may call. A case that fails leaves
-// the line in the log that GetScore writes.
+// any number of cases at a time, in the rounding mode to nearest. The rules on threads are those of
+// ScoreModel: the model's first case is shown to GetScore, alone; then any number of threads may
+// call. A case that fails leaves the line in the log that GetScore writes.
 class SVMSCORE_HOST_API BatchModel {
  public:
   virtual ~BatchModel();
