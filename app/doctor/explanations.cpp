@@ -3,6 +3,7 @@
 #include <cmath>
 #include <map>
 #include <set>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -170,26 +171,30 @@ bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, Numb
     if (!line || RelationOf(*line) != relation) continue;
     const std::string& name = comparison.columns[i].quantity.name;
     const bool shifted = std::abs(line->shift) >= kPrecision;
-    const std::string shift = shifted ? fmt::format("{:.6g} ", line->shift) : std::string();
+    // The texts are made apart: clang 14 mixes up the temporaries of the cases otherwise.
     switch (relation) {
-      case NumberRelation::kNegated:
-        findings.Add(
-            "values-negated", coefficients,
-            fmt::format("in all rows the expected {} is {}minus the predicted one", name, shift));
+      case NumberRelation::kNegated: {
+        const std::string shift = shifted ? fmt::format("{:.6g} ", line->shift) : std::string();
+        std::string what =
+            fmt::format("in all rows the expected {} is {}minus the predicted one", name, shift);
+        findings.Add("values-negated", coefficients, std::move(what));
         return true;
-      case NumberRelation::kShifted:
+      }
+      case NumberRelation::kShifted: {
         if (!shifted) continue;
-        findings.Add("constant-offset", coefficients,
-                     fmt::format("in all rows the expected {} is the predicted one plus {:.6g}; "
-                                 "absoluteValue is {}",
-                                 name, line->shift, AttributeText(coefficients, "absoluteValue")));
+        std::string what = fmt::format(
+            "in all rows the expected {} is the predicted one plus {:.6g}; absoluteValue is {}",
+            name, line->shift, AttributeText(coefficients, "absoluteValue"));
+        findings.Add("constant-offset", coefficients, std::move(what));
         return true;
-      case NumberRelation::kRescaled:
-        findings.Add("values-rescaled", coefficients,
-                     fmt::format("in all rows the expected {} is {:.6g} times the predicted one "
-                                 "plus {:.6g}",
-                                 name, line->scale, line->shift));
+      }
+      case NumberRelation::kRescaled: {
+        std::string what =
+            fmt::format("in all rows the expected {} is {:.6g} times the predicted one plus {:.6g}",
+                        name, line->scale, line->shift);
+        findings.Add("values-rescaled", coefficients, std::move(what));
         return true;
+      }
     }
   }
   return false;
