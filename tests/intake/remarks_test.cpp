@@ -59,6 +59,20 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
   }
 }
 
+TEST(Remarks, TellOfVectorsWithoutFields) {
+  Parts parts;
+  parts.positions = "<Extension/>";
+  parts.vectors = R"(<VectorInstance id="a"><REAL-SparseArray n="0"/></VectorInstance>)"
+                  R"(<VectorInstance id="b"><REAL-SparseArray n="0"/></VectorInstance>)";
+  const Reading reading = Read(parts.Text());
+  ASSERT_FALSE(reading.steps.empty());
+  EXPECT_EQ(reading.steps[0].name, "no-vector-fields");
+  EXPECT_FALSE(reading.steps[0].changes);
+  const auto error = Refusal(parts.Text(), IntakeMode::kStrict);
+  EXPECT_EQ(error.GetErrorCode(), code::kLacksChildren);
+  EXPECT_EQ(error.GetPlace(), "element VectorFields, line 5");
+}
+
 TEST(Remarks, TellOfDecisionRulesThatAreNotKnown) {
   Parts parts;
   parts.Classify();

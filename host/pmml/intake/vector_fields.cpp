@@ -31,12 +31,20 @@ constexpr StepKind kNoPosition{
     "vector-field-ignored",
     "what is neither FieldRef nor CategoricalPredictor takes no position of the vectors"};
 
+constexpr StepKind kNone{
+    "no-vector-fields",
+    "the vectors have no position, so no case is scored: every prediction stays empty"};
+
 class VectorPositions {
  public:
   explicit VectorPositions(Intake& intake) : intake_(intake) {}
 
+  // Whether any position has been met.
+  bool Any() const { return any_; }
+
   void Express(DOMElement* position) {
     const std::string kind = NameOf(position);
+    any_ = any_ || kind == tags::XML_ELE_FIELDREF || kind == tags::XML_ELE_CATEGORICAL_PREDICTOR;
     if (kind == tags::XML_ELE_FIELDREF) {
       ExpressReference(position);
     } else if (kind == tags::XML_ELE_CATEGORICAL_PREDICTOR) {
@@ -114,6 +122,7 @@ class VectorPositions {
 
   Intake& intake_;
   std::unique_ptr<Fields> fields_;
+  bool any_ = false;
 };
 
 }  // namespace
@@ -125,6 +134,9 @@ void ExpressVectorFields(Intake& intake) {
   for (DOMElement* position = BaseTranslator::GetFirstChildElt(list); position != nullptr;
        position = BaseTranslator::GetNextSiblingElt(position)) {
     positions.Express(position);
+  }
+  if (list != nullptr && !positions.Any()) {
+    intake.Doubt(kNone, list, code::kLacksChildren, tags::XML_ELE_SVM_VECTORFIELDS);
   }
 }
 
