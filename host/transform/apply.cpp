@@ -130,7 +130,7 @@ class BuiltInCall : public Application {
         missing = missing || value.IsMissing();
         invalid = invalid || value.IsInvalid();
       }
-      if (invalid && function_.accepts != Accepts::kAll) return Value::Invalid();
+      if (invalid) return Value::Invalid();
       if (missing && function_.accepts == Accepts::kPresent) return Value::Missing();
       return function_.call({values, frame.arena, prepared_.get(), order_});
     });

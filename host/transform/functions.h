@@ -29,9 +29,10 @@ struct Arguments {
   std::size_t size() const { return values.size(); }
 };
 
-// The arguments that a function can be called with. Where there is another, the result is missing
-// for a missing argument, and invalid for an invalid one, which comes first.
-enum class Accepts { kPresent, kMissing, kAll };
+// The arguments that a function can be called with. Else the result is missing for a missing
+// argument. It is invalid for an invalid one, which comes first, whatever the function: only a
+// value that was passed on as it is (unfit) reaches the tests of validity.
+enum class Accepts { kPresent, kMissing };
 
 enum class Returns { kNumber, kBoolean, kString };
 

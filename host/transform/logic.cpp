@@ -96,7 +96,7 @@ Value Listed(const Arguments& in) {
 }
 
 constexpr Function Test(std::string_view name, Value (*call)(const Arguments&)) {
-  return {name, 1, 1, Returns::kBoolean, Accepts::kAll, call};
+  return {name, 1, 1, Returns::kBoolean, Accepts::kMissing, call};
 }
 
 constexpr Function Relation(std::string_view name, Value (*call)(const Arguments&)) {

@@ -56,9 +56,9 @@ TEST(Apply, PassesUntreatedInfinitiesOn) {
 
 TEST(Apply, LooksAtMapMissingToBeforeTheFunction) {
   EXPECT_THAT(Compute(Apply("isMissing", "mapMissingTo=\"maybe\"", kX)),
-              ElementsAre("false", "false", "maybe", "false"));
+              ElementsAre("false", "false", "maybe", "invalid"));
   EXPECT_THAT(Compute(Apply("isMissing", "mapMissingTo=\"1\"", kX)),
-              ElementsAre("false", "false", "true", "false"));
+              ElementsAre("false", "false", "true", "invalid"));
   EXPECT_THAT(
       Compute(Apply("avg", "mapMissingTo=\"9\"", std::string(kX) + "<Constant>2</Constant>")),
       ElementsAre("3", "1", "9", "invalid"));

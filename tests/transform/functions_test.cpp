@@ -171,15 +171,17 @@ TEST(Functions, AreInvalidOutsideTheirDomain) {
 TEST(Functions, TellMissingInvalidAndValidApart) {
   for (const Golden& golden : std::vector<Golden>{
            {"isMissing(m)", "true"},
-           {"isMissing(bad)", "false"},
+           {"isMissing(bad)", "invalid"},
+           {"isMissing(/(1, 0))", "invalid"},
+           {"if(isValid(/(1, 0)), 1, 6)", "invalid"},
            {"isMissing(1)", "false"},
            {"isNotMissing(m)", "false"},
-           {"isNotMissing(bad)", "true"},
+           {"isNotMissing(bad)", "invalid"},
            {"isValid(m)", "false"},
-           {"isValid(bad)", "false"},
+           {"isValid(bad)", "invalid"},
            {"isValid('')", "true"},
            {"isNotValid(m)", "false"},
-           {"isNotValid(bad)", "true"},
+           {"isNotValid(bad)", "invalid"},
            {"isNotValid(1)", "false"},
            {"isMissing('')", "false"},
        }) {
