@@ -72,6 +72,7 @@ Parts Coloured(const std::string& coefficient, const std::string& values) {
   parts.fields = R"(<DataField name="x" optype="continuous" dataType="double"/>)"
                  R"(<DataField name="colour" optype="categorical" dataType="string">)" +
                  values + "</DataField>";
+  parts.schema = Replaced(parts.schema, R"(<MiningField name="y"/>)", "");
   parts.positions = R"(<FieldRef field="x"/><CategoricalPredictor name="colour" value="red")"
                     R"( coefficient=")" +
                     coefficient + "\"/>";

@@ -106,6 +106,7 @@ TEST(Spellings, OfBooleansMethodsAndTypes) {
   parts.model += R"( maxWins="1" isScorable="TRUE" classificationMethod="oneAgainstAll")";
   parts.fields = R"(<DataField name="x" optype="continuous" datatype="xs:double"/>)"
                  R"(<DataField name="y" optype="continuous" dataType="xs:int"/>)";
+  parts.schema = Replaced(parts.schema, R"(<MiningField name="colour"/>)", "");
   const Reading reading = Read(parts.Text());
   EXPECT_EQ(reading.Steps(), "boolean-spelling 1, method-spelling 1, data-type-spelling 2");
   EXPECT_NE(reading.Show("SupportVectorMachineModel").find(R"(maxWins="true")"), std::string::npos);

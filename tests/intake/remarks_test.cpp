@@ -41,6 +41,14 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
        "unreadable-attribute 1", -5.6, code::kBadValue, "element SupportVectorMachine, line 7"},
       {R"(<FieldRef field="y"/>)", R"(<Field name="z"/><FieldRef field="y"/>)",
        "vector-field-ignored 1", -5.6, code::kUnsupported, "element Field, line 5"},
+      {R"(name="colour"/>)", R"(name="colour"/><MiningField name="hue"/>)",
+       "mining-field-ignored 1", -5.6, code::kUnknownField, "element MiningField, line 4"},
+      {R"(<MiningField name="y"/>)", R"(<MiningField name="y"/><MiningField name="y"/>)",
+       "mining-field-repeated 1", -5.6, code::kDuplicateName, "element MiningField, line 4"},
+      {R"(<MiningField name="colour"/>)", R"(<MiningField name="colour" usageType="none"/>)",
+       "usage-ignored 1", -5.6, code::kBadValue, "element MiningField, line 4"},
+      {R"(<MiningField name="y"/>)", R"(<MiningField name="y" missingValueTreatment="mean"/>)",
+       "missing-treatment-ignored 1", -5.6, code::kBadValue, "element MiningField, line 4"},
       {"<LinearKernelType/>", "<SigmoidKernelType/><LinearKernelType/>", "several-kernels 1", -5.6,
        code::kBadContent, "element SigmoidKernelType, line 4"},
       {"<LinearKernelType/>", R"(<PolynomialKernelType coef0="0" degree="-1"/>)",
@@ -57,6 +65,22 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
     EXPECT_EQ(error.GetErrorCode(), code) << pattern << ": " << error.what();
     EXPECT_EQ(error.GetPlace(), place) << pattern;
   }
+}
+
+TEST(Remarks, TellOfFractionsInPlaceOfMissingIntegers) {
+  Parts parts;
+  parts.fields = Replaced(parts.fields, R"(name="x" optype="continuous" dataType="double")",
+                          R"(name="x" optype="continuous" dataType="integer")");
+  const std::string schema = parts.schema;
+  const auto read = [&](const std::string& replacement) {
+    parts.schema = Replaced(schema, R"(name="x")",
+                            R"(name="x" missingValueReplacement=")" + replacement + '"');
+    return Read(parts.Text()).Steps();
+  };
+  EXPECT_EQ(read("1.0"), "");
+  EXPECT_EQ(read("2.7"), "fractional-replacement 1");
+  EXPECT_NEAR(std::stod(Score(parts.Text(), {{"y", "2"}})), -4.75, 1e-12);
+  EXPECT_EQ(Refusal(parts.Text(), IntakeMode::kStrict).GetErrorCode(), code::kBadValue);
 }
 
 TEST(Remarks, TellOfVectorsWithoutFields) {

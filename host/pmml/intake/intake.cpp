@@ -48,6 +48,7 @@ std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) {
   intake::ChooseModel(intake);
   if (intake.Model() == nullptr) return intake.TakeSteps();
   intake::UseKnownSpellings(intake);
+  intake::CheckMiningSchema(intake);
   intake::HideExtensionContent(intake, extensions);
   intake::MergeTransformations(intake);
   // Vectors are measured by the number of vector fields, and the linear form makes a vector of its

@@ -23,6 +23,10 @@ void ChooseModel(Intake& intake);
 // spellings.cpp: attributes in the one spelling that is understood.
 void UseKnownSpellings(Intake& intake);
 
+// schema.cpp: remarks on mining fields that are not read, or not as they are written. Changes
+// nothing.
+void CheckMiningSchema(Intake& intake);
+
 // extensions.cpp: what looks like a part of the model inside an Extension is none.
 void HideExtensionContent(Intake& intake, const std::vector<DOMElement*>& extensions);
 

@@ -31,7 +31,7 @@ constexpr StepKind kNoPosition{
     "vector-field-ignored",
     "what is neither FieldRef nor CategoricalPredictor takes no position of the vectors"};
 
-constexpr StepKind kNone{
+constexpr StepKind kNoPositions{
     "no-vector-fields",
     "the vectors have no position, so no case is scored: every prediction stays empty"};
 
@@ -136,7 +136,7 @@ void ExpressVectorFields(Intake& intake) {
     positions.Express(position);
   }
   if (list != nullptr && !positions.Any()) {
-    intake.Doubt(kNone, list, code::kLacksChildren, tags::XML_ELE_SVM_VECTORFIELDS);
+    intake.Doubt(kNoPositions, list, code::kLacksChildren, tags::XML_ELE_SVM_VECTORFIELDS);
   }
 }
 

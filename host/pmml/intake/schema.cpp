@@ -1,0 +1,83 @@
+// What a mining schema says and a translator passes over, or takes in a way of its own.
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "host/number_text.h"
+#include "host/pmml/elements.h"
+#include "host/pmml/intake/edit.h"
+#include "host/pmml/intake/steps.h"
+#include "host/tags.h"
+
+namespace svmscore::intake {
+namespace {
+
+namespace tags = MCZandor_850::PMMLModelTags;
+
+constexpr StepKind kNoField{"mining-field-ignored",
+                            "a mining field that the data dictionary does not declare is not read"};
+constexpr StepKind kTwice{
+    "mining-field-repeated",
+    "of several mining fields of one name the last decides, and of several replacements of missing "
+    "values the last one that is given"};
+constexpr StepKind kUsage{"usage-ignored", "a field whose usageType is not known is no input"};
+constexpr StepKind kTreatment{"missing-treatment-ignored",
+                              "a missingValueTreatment that is not known has no effect"};
+constexpr StepKind kFraction{
+    "fractional-replacement",
+    "a fraction that replaces missing values of an integer field is used as it stands"};
+
+constexpr std::array kUsages = {"active", "predicted", "target",          "supplementary",
+                                "group",  "order",     "frequencyWeight", "analysisWeight"};
+constexpr std::array kMissingTreatments = {"asIs",     "asMean",  "asMode",
+                                           "asMedian", "asValue", "returnInvalid"};
+
+// Doubts an attribute whose text is none of the known words.
+template <std::size_t kCount>
+void CheckWord(Intake& intake, const DOMElement* field, const char* attribute,
+               const std::array<const char*, kCount>& known, const StepKind& kind) {
+  const auto text = FindAttribute(field, attribute);
+  if (!text || std::find(known.begin(), known.end(), *text) != known.end()) return;
+  intake.Doubt(kind, field, code::kBadValue, *text, attribute, tags::XML_ELE_MININGFIELD);
+}
+
+void CheckReplacement(Intake& intake, const DOMElement* field, const DOMElement* declared) {
+  if (AttributeView(declared, u"dataType") != u"integer") return;
+  const auto text = FindAttribute(field, tags::XML_ATT_MININGFIELD_MISSREPLACE);
+  const auto number = text ? ParseNumber(*text) : std::nullopt;
+  if (!number || *number == std::floor(*number)) return;
+  intake.Doubt(kFraction, field, code::kBadValue, *text, tags::XML_ATT_MININGFIELD_MISSREPLACE,
+               tags::XML_ELE_MININGFIELD);
+}
+
+}  // namespace
+
+void CheckMiningSchema(Intake& intake) {
+  std::unordered_map<std::string, const DOMElement*> declared;
+  for (const DOMElement* field :
+       Children(FindChild(intake.Root(), tags::XML_ELE_DATADICTIONARY), "DataField")) {
+    declared.try_emplace(Narrow(AttributeView(field, u"name")), field);
+  }
+  std::unordered_set<std::string> seen;
+  for (const DOMElement* field :
+       Children(intake.ModelChild(tags::XML_ELE_MININGSCHEMA), tags::XML_ELE_MININGFIELD)) {
+    const auto name = FindAttribute(field, tags::XML_ATT_MININGFIELD_NAME);
+    // A translator says that it is missing.
+    if (!name) continue;
+    const auto found = declared.find(*name);
+    if (found == declared.end()) {
+      intake.Doubt(kNoField, field, code::kUnknownField, *name, tags::XML_ELE_MININGFIELD);
+      continue;
+    }
+    if (!seen.insert(*name).second) {
+      intake.Doubt(kTwice, field, code::kDuplicateName, *name, tags::XML_ELE_MININGFIELD);
+    }
+    CheckWord(intake, field, "usageType", kUsages, kUsage);
+    CheckWord(intake, field, "missingValueTreatment", kMissingTreatments, kTreatment);
+    CheckReplacement(intake, field, found->second);
+  }
+}
+
+}  // namespace svmscore::intake
