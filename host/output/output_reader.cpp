@@ -116,8 +116,7 @@ void OutputReader::ReadField(const Element* element) {
   field.type = TypeOf(element, field);
   CheckReach(element, field);
   if (expression != nullptr) {
-    step.expression = transform::CompileExpression(expression, *this, definitions_);
-    if (field.type) step.expression->ConvertFixed(*field.type);
+    step.expression = transform::CompileExpression(expression, *this, definitions_, field.type);
   }
   if (field.type) {
     for (transform::Value& decision : step.decisions) {

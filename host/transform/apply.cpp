@@ -48,6 +48,17 @@ class Treatment {
     default_ = read(default_text_);
   }
 
+  // Refuses replacements that `type`, to which the result is converted, cannot hold.
+  void Check(const Element* element, FieldType type) const {
+    Arena pool;
+    const auto check = [&](const char* what, const std::optional<std::string>& text,
+                           const Value& value) {
+      if (text) CheckFixed(element, what, *text, Convert(value, type, pool), type);
+    };
+    check("mapMissingTo", map_missing_to_text_, map_missing_to_);
+    check("defaultValue", default_text_, default_);
+  }
+
   bool MapsMissing() const { return !map_missing_to_.IsMissing(); }
   const Value& MapMissingTo() const { return map_missing_to_; }
 
@@ -67,6 +78,11 @@ class Treatment {
 };
 
 class Application : public Expression {
+ public:
+  void CheckReplacements(const Element* element, FieldType type) const {
+    treatment_.Check(element, type);
+  }
+
  protected:
   Application(const Element* element, Operands operands)
       : treatment_(element), operands_(std::move(operands)) {
@@ -199,9 +215,7 @@ void CheckCount(const Element* element, const std::string& name, std::size_t giv
   ThrowAt(element, code::kArgumentCount, name, std::to_string(given), wanted);
 }
 
-}  // namespace
-
-Compiled CompileApply(const Element* element, const Context& context) {
+std::unique_ptr<Application> CompileCall(const Element* element, const Context& context) {
   const std::string name = RequiredAttribute(element, "function");
   Operands operands;
   for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
@@ -219,7 +233,18 @@ Compiled CompileApply(const Element* element, const Context& context) {
   auto function = context.definitions.Find(name, element, context.depth);
   if (function == nullptr) ThrowAt(element, code::kUnknownFunction, name);
   CheckCount(element, name, given, function->Parameters().size(), function->Parameters().size());
-  return std::make_unique<DefinedCall>(element, std::move(function), std::move(operands));
+  const auto type = function->Type();
+  auto call = std::make_unique<DefinedCall>(element, std::move(function), std::move(operands));
+  if (type) call->CheckReplacements(element, *type);
+  return call;
+}
+
+}  // namespace
+
+Compiled CompileApply(const Element* element, const Context& context) {
+  auto call = CompileCall(element, context);
+  if (context.target) call->CheckReplacements(element, *context.target);
+  return call;
 }
 
 }  // namespace svmscore::transform

@@ -206,8 +206,7 @@ void Builder::Compile() {
   }
   for (Derived& derived : derived_) {
     current_ = static_cast<int>(expressions_.size());
-    expressions_.push_back(CompileExpression(derived.expression, *this, definitions));
-    expressions_.back()->ConvertFixed(derived.type);
+    expressions_.push_back(CompileExpression(derived.expression, *this, definitions, derived.type));
   }
 }
 

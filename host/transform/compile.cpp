@@ -6,6 +6,7 @@
 
 #include "host/message_codes.h"
 #include "host/ss_exception.h"
+#include "host/transform/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -41,11 +42,11 @@ const Kind* KindOf(const Element* element) {
 Expression::~Expression() = default;
 Scope::~Scope() = default;
 
-Compiled Context::Compile(const Element* element) const {
+Compiled Context::Compile(const Element* element, std::optional<FieldType> result) const {
   const Kind* kind = KindOf(element);
   if (kind == nullptr || kind->compile == nullptr) RefuseKind(element);
   CheckDepth(element, depth + 1);
-  Compiled compiled = kind->compile(element, {scope, definitions, depth + 1});
+  Compiled compiled = kind->compile(element, {scope, definitions, depth + 1, result});
   CheckDepth(element, compiled->Depth());
   return compiled;
 }
@@ -57,13 +58,38 @@ Field Context::FieldOf(const Element* element, const char* attribute) const {
   return *field;
 }
 
+Value Context::Fixed(const Element* at, const std::string& what, const std::string& text,
+                     FieldType type, Arena& pool) const {
+  const Value value = FromDocument(text, type, pool);
+  CheckFixed(at, what, text, value, type);
+  if (!target) return value;
+  const Value converted = Convert(value, *target, pool);
+  CheckFixed(at, what, text, converted, *target);
+  return converted;
+}
+
+void CheckFixed(const Element* at, const std::string& what, const std::string& text,
+                const Value& value, FieldType type) {
+  if (!value.IsInvalid() || text.find_first_not_of(" \t\r\n") == std::string::npos) return;
+  Refuse(at, what + " \"" + text + "\" is not of the type " + std::string(DataTypeName(type.data)));
+}
+
+void CheckMoment(const Element* at, const std::string& what, const std::string& text,
+                 std::optional<FieldType> type) {
+  if (!type || type->data < DataType::kDate) return;
+  Arena pool;
+  const Value value = FromDocument(text, *type, pool);
+  if (value.IsInvalid() && !MomentOf(Value::Text(text))) CheckFixed(at, what, text, value, *type);
+}
+
 void CheckDepth(const Element* element, int depth) {
   if (depth <= kDeepest) return;
   Refuse(element, "expressions nest more than " + std::to_string(kDeepest) + " deep");
 }
 
-Compiled CompileExpression(const Element* element, Scope& scope, Definitions& definitions) {
-  return Context{scope, definitions, 0}.Compile(element);
+Compiled CompileExpression(const Element* element, Scope& scope, Definitions& definitions,
+                           std::optional<FieldType> result) {
+  return Context{scope, definitions, 0}.Compile(element, result);
 }
 
 const Element* OnlyExpression(const Element* parent, const std::string& other) {

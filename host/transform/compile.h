@@ -6,6 +6,7 @@
 #define HOST_TRANSFORM_COMPILE_H_
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/transform/expression.h"
@@ -20,9 +21,17 @@ struct Context {
   Scope& scope;
   Definitions& definitions;
   int depth = 1;
+  // The type that the result will be converted to, where the document tells it.
+  std::optional<FieldType> target = std::nullopt;
 
-  // Compiles an expression one level further in.
-  std::unique_ptr<Expression> Compile(const Element* element) const;
+  // Compiles an expression one level further in, whose result will be converted to `result` (if
+  // any).
+  std::unique_ptr<Expression> Compile(const Element* element,
+                                      std::optional<FieldType> result = std::nullopt) const;
+  // The value that `text` spells by `type`, converted to the target. A text that cannot be both is
+  // refused at `at`, where `what` says what the text is; a blank one is an invalid value.
+  Value Fixed(const Element* at, const std::string& what, const std::string& text, FieldType type,
+              Arena& pool) const;
   // The field that an attribute of `element` names; 260311 where there is none.
   Field FieldOf(const Element* element, const char* attribute) const;
 };
@@ -37,6 +46,15 @@ Compiled CompileDiscretize(const Element* element, const Context& context);
 Compiled CompileMapValues(const Element* element, const Context& context);
 Compiled CompileTextIndex(const Element* element, const Context& context);
 Compiled CompileApply(const Element* element, const Context& context);
+
+// Refuses a value that the document fixes and that `type` cannot hold, unless its text is blank.
+void CheckFixed(const Element* at, const std::string& what, const std::string& text,
+                const Value& value, FieldType type);
+
+// Refuses a text that values of a date or time are compared with, and that spells no moment. Texts
+// for other types may be equal to nothing.
+void CheckMoment(const Element* at, const std::string& what, const std::string& text,
+                 std::optional<FieldType> type);
 
 // Refuses an expression that nests too deeply.
 void CheckDepth(const Element* element, int depth);

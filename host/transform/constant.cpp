@@ -18,7 +18,7 @@ class Constant : public Expression {
 
   Value Evaluate(const Frame&) const override { return value_; }
   const Value* Fixed() const override { return &value_; }
-  void ConvertFixed(FieldType type) override { value_ = Convert(value_, type, pool_); }
+  void ConvertTo(FieldType type) { value_ = Convert(value_, type, pool_); }
   void AdoptType(FieldType type) override {
     if (!declared_ && !missing_) value_ = FromDocument(text_, type, pool_);
   }
@@ -64,14 +64,15 @@ class MappedFieldRef : public Expression {
 
 }  // namespace
 
-Compiled CompileConstant(const Element* element, const Context&) {
+Compiled CompileConstant(const Element* element, const Context& context) {
   const auto type = TypeAttribute(element, "dataType");
   const bool missing = FlagAttribute(element, "missing", false);
   const std::string text = ElementText(element);
   auto constant = std::make_unique<Constant>(text, type, missing);
-  if (constant->Fixed()->IsInvalid()) {
-    Refuse(element,
-           "\"" + text + "\" is not of the type " + RequiredAttribute(element, "dataType"));
+  if (type) CheckFixed(element, "the constant", text, *constant->Fixed(), *type);
+  if (context.target) {
+    constant->ConvertTo(*context.target);
+    CheckFixed(element, "the constant", text, *constant->Fixed(), *context.target);
   }
   return constant;
 }

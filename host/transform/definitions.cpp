@@ -96,8 +96,7 @@ void Definitions::Compile(Definition& definition, int depth) {
   }
   if (types.empty()) Refuse(element, "there is no ParameterField");
   const Context context{scope, *this, depth};
-  auto body = context.Compile(OnlyExpression(element, "ParameterField"));
-  if (result) body->ConvertFixed(*result);
+  auto body = context.Compile(OnlyExpression(element, "ParameterField"), result);
   definition.function = std::make_shared<UserFunction>(std::move(types), result, std::move(body));
   definition.in_work = false;
 }

@@ -29,11 +29,11 @@ bool AreOrdered(const std::vector<Bin>& bins) {
 // Where bins overlap, the first in the document counts.
 class Discretize : public Expression {
  public:
-  Discretize(const Element* element, const Field& field, FieldType type)
-      : slot_(field.slot), type_(type) {
+  Discretize(const Element* element, const Field& field, FieldType type, const Context& context)
+      : slot_(field.slot) {
     const auto read = [&](const Element* at, const char* attribute) {
       const auto text = Attribute(at, attribute);
-      return text ? FromDocument(*text, type, pool_) : Value::Missing();
+      return text ? context.Fixed(at, attribute, *text, type, pool_) : Value::Missing();
     };
     map_missing_to_ = read(element, "mapMissingTo");
     default_ = read(element, "defaultValue");
@@ -60,13 +60,6 @@ class Discretize : public Expression {
     return bin == nullptr ? default_ : bin->value;
   }
 
-  void ConvertFixed(FieldType type) override {
-    type_ = type;
-    map_missing_to_ = Convert(map_missing_to_, type, pool_);
-    default_ = Convert(default_, type, pool_);
-    for (Bin& bin : bins_) bin.value = Convert(bin.value, type, pool_);
-  }
-
  private:
   const Bin* Find(double x) const {
     auto first = bins_.begin();
@@ -84,7 +77,6 @@ class Discretize : public Expression {
   }
 
   const int slot_;
-  FieldType type_;
   Arena pool_;
   std::vector<Bin> bins_;
   bool ordered_ = false;
@@ -98,7 +90,7 @@ Compiled CompileDiscretize(const Element* element, const Context& context) {
   const Field field = context.FieldOf(element, "field");
   const FieldType type =
       TypeAttribute(element, "dataType").value_or(FieldType{DataType::kString, 0});
-  return std::make_unique<Discretize>(element, field, type);
+  return std::make_unique<Discretize>(element, field, type, context);
 }
 
 }  // namespace svmscore::transform

@@ -39,8 +39,6 @@ class SVMSCORE_HOST_API Expression {
   virtual const ValueOrder* Order() const { return nullptr; }
   // The value, where it is the same for every case; else null.
   virtual const Value* Fixed() const { return nullptr; }
-  // Says that the result will be converted to `type`, so that what is fixed is converted now.
-  virtual void ConvertFixed(FieldType) {}
   // Says that the expression stands for a parameter declared with `type`. Matters to constants that
   // declare none: their text is then read by it.
   virtual void AdoptType(FieldType) {}
@@ -71,10 +69,13 @@ class SVMSCORE_HOST_API Scope {
 };
 
 // Compiles an expression element. `definitions` are the functions that the document defines. Throws
-// an SSException for anything that is wrong or not supported, with the element at fault.
+// an SSException for anything that is wrong or not supported, with the element at fault. `result`
+// is the type that the result will be converted to, if that is known: what is fixed is converted
+// now, and refused where it cannot be.
 SVMSCORE_HOST_API std::unique_ptr<Expression> CompileExpression(const Element* element,
                                                                 Scope& scope,
-                                                                Definitions& definitions);
+                                                                Definitions& definitions,
+                                                                std::optional<FieldType> result);
 
 // The expression child of `parent`, of which there must be exactly one among children that are
 // neither extensions nor of the kind `other` (empty: none).

@@ -19,17 +19,18 @@ struct Key {
 
 class MapValues : public Expression {
  public:
-  MapValues(std::vector<Key> keys, FieldType type) : keys_(std::move(keys)), type_(type) {}
+  explicit MapValues(std::vector<Key> keys) : keys_(std::move(keys)) {}
 
-  void SetReplacements(const std::optional<std::string>& map_missing_to,
-                       const std::optional<std::string>& otherwise) {
-    if (map_missing_to) map_missing_to_ = FromDocument(*map_missing_to, type_, pool_);
-    if (otherwise) default_ = FromDocument(*otherwise, type_, pool_);
+  // Holds the texts of the values that are set.
+  Arena& Pool() { return pool_; }
+  void SetReplacements(const Value& map_missing_to, const Value& otherwise) {
+    map_missing_to_ = map_missing_to;
+    default_ = otherwise;
   }
 
   // False where there is a row of the same keys. A row that lacks a key, or whose key is no value
   // of its field, is never found.
-  bool AddRow(Cells keys, const std::optional<std::string>& output) {
+  bool AddRow(Cells keys, const Value& output) {
     row_.clear();
     for (std::size_t i = 0; i < keys_.size(); ++i) {
       const int id = keys[i] ? keys_[i].column.Add(*keys[i]) : -1;
@@ -37,7 +38,7 @@ class MapValues : public Expression {
       row_.push_back(id);
     }
     if (!index_.Add(row_, static_cast<int>(outputs_.size()))) return false;
-    outputs_.push_back(output ? FromDocument(*output, type_, pool_) : Value::Missing());
+    outputs_.push_back(output);
     return true;
   }
 
@@ -55,16 +56,8 @@ class MapValues : public Expression {
     return node < 0 || outputs_.empty() ? default_ : outputs_[static_cast<std::size_t>(node)];
   }
 
-  void ConvertFixed(FieldType type) override {
-    type_ = type;
-    map_missing_to_ = Convert(map_missing_to_, type, pool_);
-    default_ = Convert(default_, type, pool_);
-    for (Value& output : outputs_) output = Convert(output, type, pool_);
-  }
-
  private:
   std::vector<Key> keys_;
-  FieldType type_;
   Arena pool_;
   TableIndex index_;
   std::vector<Value> outputs_;
@@ -73,13 +66,39 @@ class MapValues : public Expression {
   Value default_;
 };
 
-void AddRows(const Element* table, std::vector<std::string> columns, const std::string& output,
-             MapValues& map) {
-  const std::size_t keys = columns.size();
-  columns.push_back(output);
+// What the document gives as text, as a result; missing where it gives nothing.
+class Results {
+ public:
+  Results(const Element* element, const Context& context, Arena& pool)
+      : type_(TypeAttribute(element, "dataType").value_or(FieldType{DataType::kString, 0})),
+        context_(context),
+        pool_(pool) {}
+
+  Value Read(const Element* at, const std::string& what,
+             const std::optional<std::string>& text) const {
+    return text ? context_.Fixed(at, what, *text, type_, pool_) : Value::Missing();
+  }
+
+ private:
+  const FieldType type_;
+  const Context& context_;
+  Arena& pool_;
+};
+
+struct Columns {
+  std::vector<std::string> names;                // those of the keys, then that of the output
+  std::vector<std::optional<FieldType>> fields;  // the types of the keys' fields
+};
+
+void AddRows(const Element* table, const Columns& columns, const Results& results, MapValues& map) {
+  const std::size_t keys = columns.fields.size();
+  const std::string& output = columns.names.back();
   bool told = false;
-  ForEachRow(table, columns, columns.size(), [&](const Element* row, Cells cells) {
-    if (!map.AddRow(cells.first(keys), cells[keys])) {
+  ForEachRow(table, columns.names, columns.names.size(), [&](const Element* row, Cells cells) {
+    for (std::size_t i = 0; i < keys; ++i) {
+      if (cells[i]) CheckMoment(row, "the cell " + columns.names[i], *cells[i], columns.fields[i]);
+    }
+    if (!map.AddRow(cells.first(keys), results.Read(row, "the cell " + output, cells[keys]))) {
       std::string key;
       for (const auto& cell : cells.first(keys)) {
         key += (key.empty() ? "" : ", ") + cell.value_or("");
@@ -97,21 +116,24 @@ void AddRows(const Element* table, std::vector<std::string> columns, const std::
 
 Compiled CompileMapValues(const Element* element, const Context& context) {
   const std::string output = RequiredAttribute(element, "outputColumn");
-  const auto type = TypeAttribute(element, "dataType").value_or(FieldType{DataType::kString, 0});
   std::vector<Key> keys;
-  std::vector<std::string> columns;
+  Columns columns;
   for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
     if (IsNamed(child, "InlineTable") || IsNamed(child, "TableLocator")) continue;
     if (!IsNamed(child, "FieldColumnPair")) RefuseKind(child);
     const Field field = context.FieldOf(child, "field");
     keys.push_back({field.slot, KeyColumn(field.type)});
-    columns.push_back(RequiredAttribute(child, "column"));
+    columns.names.push_back(RequiredAttribute(child, "column"));
+    columns.fields.push_back(field.type);
   }
+  columns.names.push_back(output);
   const Element* table = InlineTableOf(element);
   if (table != nullptr && keys.empty()) Refuse(element, "there is a table, but no FieldColumnPair");
-  auto map = std::make_unique<MapValues>(std::move(keys), type);
-  map->SetReplacements(Attribute(element, "mapMissingTo"), Attribute(element, "defaultValue"));
-  if (table != nullptr) AddRows(table, std::move(columns), output, *map);
+  auto map = std::make_unique<MapValues>(std::move(keys));
+  const Results results(element, context, map->Pool());
+  map->SetReplacements(results.Read(element, "mapMissingTo", Attribute(element, "mapMissingTo")),
+                       results.Read(element, "defaultValue", Attribute(element, "defaultValue")));
+  if (table != nullptr) AddRows(table, columns, results, *map);
   return map;
 }
 

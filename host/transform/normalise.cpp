@@ -140,6 +140,7 @@ Compiled CompileNormDiscrete(const Element* element, const Context& context) {
   const auto map_missing_to = NumberAttribute(element, "mapMissingTo");
   const std::string method = Attribute(element, "method").value_or("indicator");
   if (const Element* child = FirstChild(element)) RefuseKind(child);
+  CheckMoment(element, "value", value, field.type);
   if (method == "indicator") return std::make_unique<NormDiscrete>(field, value, map_missing_to);
   if (method != "thermometer") {
     ThrowAt(element, code::kBadValue, method, "method", LocalName(element));

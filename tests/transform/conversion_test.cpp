@@ -14,7 +14,8 @@ std::string As(const std::string& data_type, const std::string& call) {
   // Through a field of type string where the result is a date, whose number would say little.
   const bool readable = data_type.starts_with("date") || data_type == "time" ||
                         data_type == "timeSeconds" || data_type == "boolean";
-  std::string fields = DerivedField("typed", data_type, CallToXml(call));
+  // A constant by itself would be converted, or refused, at load.
+  std::string fields = DerivedField("typed", data_type, CallToXml("if(true, " + call + ")"));
   fields += DerivedField("text", "string", "<FieldRef field=\"typed\"/>");
   return Loaded(Document("", fields)).Derive(readable ? "text" : "typed", {});
 }

@@ -154,11 +154,11 @@ TEST(Discretize, FindsBinsByTheirOrderAsOneByOne) {
 
 TEST(Discretize, ConvertsItsTexts) {
   const std::string bins = Bin("7.4", IntervalOf("openOpen", "leftMargin=\"0\"")) +
-                           Bin("x", IntervalOf("openOpen", "rightMargin=\"0\""));
+                           Bin("-2", IntervalOf("openOpen", "rightMargin=\"0\""));
   EXPECT_THAT(Over(DataField("x", "double"), "double",
                    "<Discretize field=\"x\" defaultValue=\"1\">" + bins + "</Discretize>")
                   .DeriveAll("d", {{{"x", "1"}}, {{"x", "0"}}, {{"x", "-1"}}}),
-              ElementsAre("7.4", "1", "invalid"));
+              ElementsAre("7.4", "1", "-2"));
   EXPECT_EQ(Over(DataField("x", "double"), "string",
                  "<Discretize field=\"x\" dataType=\"integer\">" +
                      Bin("3.0", IntervalOf("openOpen", "leftMargin=\"0\"")) + "</Discretize>")

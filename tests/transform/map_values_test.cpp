@@ -109,7 +109,7 @@ TEST(MapValues, DoesWithoutATable) {
 
 TEST(MapValues, RefusesTablesThatCannotBeMeant) {
   const auto refusal = [](const std::string& map) {
-    return Refusal(Document(DataField("g", "double"), DerivedField("d", "double", map)));
+    return Refusal(Document(DataField("g", "double"), DerivedField("d", "string", map)));
   };
   EXPECT_EQ(refusal(Map("", Pair("g", "in"), Row("1", "a") + "\n" + Row("1.0", "b"))),
             "260313 at element row, line 6: there are two rows of the key 1.0 in element row "

@@ -91,6 +91,56 @@ TEST(Refusals, NamePlaceAndReason) {
   }
 }
 
+// What a document fixes is converted once, to the type that it ends in.
+TEST(Refusals, MeetTextsThatAreNotOfTheirType) {
+  const std::string x = " field=\"x\"";
+  const std::string bin =
+      "<Interval closure=\"openOpen\" leftMargin=\"1\"/></DiscretizeBin></Discretize>";
+  const auto map = [](const std::string& attributes, const std::string& field,
+                      const std::string& key, const std::string& output) {
+    return "<MapValues outputColumn=\"o\"" + attributes + "><FieldColumnPair field=\"" + field +
+           "\" column=\"k\"/><InlineTable><row><k>" + key + "</k><o>" + output +
+           "</o></row></InlineTable></MapValues>";
+  };
+  const std::string fields = DataField("x", "double") + DataField("day", "date", "ordinal");
+  for (const Case& bad : std::vector<Case>{
+           {"<Constant>abc</Constant>", "260313 at element Constant", "\"abc\""},
+           {"<Discretize" + x + "><DiscretizeBin binValue=\"abc\">" + bin,
+            "260313 at element DiscretizeBin", "binValue \"abc\" is not of the type double"},
+           {"<Discretize" + x + " dataType=\"integer\"><DiscretizeBin binValue=\"2.5\">" + bin,
+            "260313 at element DiscretizeBin", "of the type integer"},
+           {"<Discretize" + x + " dataType=\"date\"><DiscretizeBin binValue=\"2024-02-29\">" + bin,
+            "260313 at element DiscretizeBin", "of the type double"},
+           {"<Discretize" + x + " defaultValue=\"z\"/>", "260313 at element Discretize",
+            "defaultValue"},
+           {"<Discretize" + x + " mapMissingTo=\"z\"/>", "260313 at element Discretize",
+            "mapMissingTo"},
+           {map("", "x", "1", "abc"), "260313 at element row", "the cell o \"abc\""},
+           {map("", "day", "2024-02-30", "1"), "260313 at element row",
+            "the cell k \"2024-02-30\""},
+           {map(" defaultValue=\"z\"", "x", "1", "1"), "260313 at element MapValues", "default"},
+           {map(" mapMissingTo=\"z\"", "x", "1", "1"), "260313 at element MapValues", "mapMiss"},
+           {"<NormDiscrete field=\"day\" value=\"2024-02-30\"/>", "260313 at element NormDiscrete",
+            "of the type date"},
+           {"<Apply function=\"abs\" defaultValue=\"z\"><FieldRef" + x + "/></Apply>",
+            "260313 at element Apply", "defaultValue \"z\" is not of the type double"},
+           {"<Apply function=\"abs\" mapMissingTo=\"2024-02-29\"><FieldRef" + x + "/></Apply>",
+            "260313 at element Apply", "mapMissingTo"},
+       }) {
+    EXPECT_THAT(Refusal(Document(fields, DerivedField("d", "double", bad.expression))),
+                ::testing::AllOf(StartsWith(bad.place + ", line 6"), HasSubstr(bad.words)))
+        << bad.expression;
+  }
+  for (const std::string& good :
+       {map("", "x", "abc", "1"), map("", "x", "1", " "), map("", "day", "2024-02-29", ""),
+        std::string("<NormDiscrete field=\"day\" value=\"2024-02-29T12:00:00\"/>"),
+        std::string("<NormDiscrete field=\"x\" value=\"abc\"/>"),
+        std::string("<Apply function=\"abs\"><Apply function=\"abs\" defaultValue=\"z\">"
+                    "<FieldRef field=\"x\"/></Apply></Apply>")}) {
+    EXPECT_EQ(Refusal(Document(fields, DerivedField("d", "double", good))), "") << good;
+  }
+}
+
 TEST(Refusals, CoverFieldsAndContainers) {
   const std::string one = "<Constant>1</Constant>";
   const std::string twice = DerivedField("d", "double", one) + DerivedField("d", "double", one);
