@@ -1,6 +1,7 @@
 #include "app/score_command.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <utility>
 
 #include <fmt/format.h>
@@ -77,17 +78,25 @@ CaseColumns ReadColumns(RowBlocks& input, const LoadedModel& loaded,
   return MatchColumns(names, loaded, copied, input_name);
 }
 
-// The names of the output's columns. In JSON a name must not be given twice.
-std::vector<std::string> NamesOf(const ResultColumns& results, bool json) {
+// The names of the output's columns, of which the first `copied` are copied from the input. In JSON
+// a name must not be given twice; in CSV a second one is told.
+std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copied, bool json) {
   std::vector<std::string> names;
   for (const auto& column : results) {
-    if (json && std::find(names.begin(), names.end(), column->Name()) != names.end()) {
-      throw Failure(kUsageError,
-                    fmt::format("the output would have two columns \"{}\": name it once in "
-                                "--passthrough, and not at all where the output has one of its own",
-                                column->Name()));
+    const std::string& name = column->Name();
+    const auto first = std::find(names.begin(), names.end(), name);
+    if (first != names.end()) {
+      const bool passed = static_cast<std::size_t>(first - names.begin()) < copied;
+      const std::string text = fmt::format(
+          "the output {} two columns \"{}\": {}", json ? "would have" : "has", name,
+          passed ? "name it once in --passthrough, and not at all where the output has one of its "
+                   "own"
+                 : "the document declares an output field of the name of a column that is always "
+                   "added; rename the field, or choose --columns raw");
+      if (json) throw Failure(kUsageError, text);
+      fmt::print(stderr, "svmscore: {}\n", text);
     }
-    names.push_back(column->Name());
+    names.push_back(name);
   }
   return names;
 }
@@ -160,7 +169,7 @@ ExitStatus ScoreCommand::Run() {
   }
   plan.results = MakeColumns(model, *loaded.output, choice, plan.columns, decisions_, copied);
   const bool json = format_ == "jsonl";
-  std::vector<std::string> names = NamesOf(plan.results, json);
+  std::vector<std::string> names = NamesOf(plan.results, copied.size(), json);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
 
   OutputFile output(output_);

@@ -1,5 +1,7 @@
 // svmscore score, run as a user runs it: what it prints for good cases.
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -105,6 +107,24 @@ TEST(Score, CopiesColumnsAndWritesJsonLines) {
             "\"probability(yes)\":0.5,\"probability(no)\":0.5,\"status\":0}\n"
             "{\"id\":null,\"prediction\":null,\"confidence\":null,\"probability(yes)\":null,"
             "\"probability(no)\":null,\"status\":90029}\n");
+}
+
+TEST(Score, TellsOfAnOutputFieldNamedLikeAnAddedColumn) {
+  std::ifstream file(Data("line.pmml"));
+  std::string text{std::istreambuf_iterator<char>(file), {}};
+  text.insert(text.find("<LinearKernelType/>"),
+              "<Output><OutputField name=\"status\" optype=\"categorical\" dataType=\"string\" "
+              "feature=\"transformedValue\"><Constant>5</Constant></OutputField></Output>");
+  const TemporaryFolder folder;
+  const std::string model = folder.Write("model.pmml", text);
+  const Ran csv = RunProgram({"score", model}, "x\n1\n");
+  EXPECT_EQ(csv.out, "status,status\n5,0\n");
+  EXPECT_THAT(csv.err, HasSubstr("two columns \"status\": the document declares"));
+  const Ran json = RunProgram({"score", model, "--format", "jsonl"}, "x\n1\n");
+  EXPECT_EQ(json.status, 2);
+  EXPECT_THAT(json.err, HasSubstr("rename the field, or choose --columns raw"));
+  EXPECT_EQ(RunProgram({"score", model, "--format", "jsonl", "--columns", "raw"}, "x\n1\n").status,
+            0);
 }
 
 TEST(Score, FollowsTheMissingValueOptions) {
