@@ -86,7 +86,10 @@ class Application : public Expression {
  protected:
   Application(const Element* element, Operands operands)
       : treatment_(element), operands_(std::move(operands)) {
-    for (const auto& operand : operands_) NestOver(operand->Depth());
+    for (const auto& operand : operands_) {
+      NestOver(operand->Depth());
+      Contain(operand->Size());
+    }
   }
 
   // Evaluates all operands and hands them to `call`, unless one is missing and has a replacement.
@@ -165,6 +168,7 @@ class DefinedCall : public Application {
       : Application(element, std::move(operands)), function_(std::move(function)) {
     GetTreatment().SetType(function_->Type());
     NestOver(function_->Depth());
+    Contain(function_->Size());
     for (std::size_t i = 0; i < GetOperands().size(); ++i) {
       if (const auto& type = function_->Parameters()[i]) GetOperands()[i]->AdoptType(*type);
     }
@@ -233,6 +237,10 @@ std::unique_ptr<Application> CompileCall(const Element* element, const Context& 
   auto function = context.definitions.Find(name, element, context.depth);
   if (function == nullptr) ThrowAt(element, code::kUnknownFunction, name);
   CheckCount(element, name, given, function->Parameters().size(), function->Parameters().size());
+  if (function->Size() > kMostCalled) {
+    Refuse(element, "a call of the function " + name + " comes to more than " +
+                        std::to_string(kMostCalled) + " expressions");
+  }
   const auto type = function->Type();
   auto call = std::make_unique<DefinedCall>(element, std::move(function), std::move(operands));
   if (type) call->CheckReplacements(element, *type);

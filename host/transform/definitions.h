@@ -28,6 +28,7 @@ class UserFunction {
   // The declared type of the result, if any.
   std::optional<FieldType> Type() const { return result_; }
   int Depth() const { return body_->Depth(); }
+  int Size() const { return body_->Size(); }
 
  private:
   Types parameters_;

@@ -2,6 +2,7 @@
 #ifndef HOST_TRANSFORM_EXPRESSION_H_
 #define HOST_TRANSFORM_EXPRESSION_H_
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,10 @@ struct Frame {
   Arena& arena;
 };
 
+// A call of a defined function may come to this many expressions: functions that call others twice
+// double the work with every level.
+inline constexpr int kMostCalled = 1000000;
+
 // Immutable once the field or function that it belongs to is compiled, and then safe for any number
 // of threads. Evaluation throws nothing but std::bad_alloc.
 class SVMSCORE_HOST_API Expression {
@@ -44,12 +49,17 @@ class SVMSCORE_HOST_API Expression {
   virtual void AdoptType(FieldType) {}
   // How deeply evaluation nests, calls of defined functions counted in.
   int Depth() const { return depth_; }
+  // How many expressions an evaluation may come to, calls of defined functions counted in: at most
+  // one more than kMostCalled.
+  int Size() const { return size_; }
 
  protected:
+  void Contain(int inner_size) { size_ = std::min(kMostCalled + 1 - size_, inner_size) + size_; }
   void NestOver(int inner_depth) { depth_ = depth_ > inner_depth ? depth_ : inner_depth + 1; }
 
  private:
   int depth_ = 1;
+  int size_ = 1;
 };
 
 // A field as an expression sees it.

@@ -32,6 +32,7 @@ class TextIndex : public Expression {
   TextIndex(const Element* element, const Field& field, std::unique_ptr<Expression> term)
       : slot_(field.slot), term_(std::move(term)), rules_(element) {
     NestOver(term_->Depth());
+    Contain(term_->Size());
     ReadWeights(element);
     ReadHits(element);
     for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {

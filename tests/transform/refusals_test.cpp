@@ -177,6 +177,22 @@ TEST(Refusals, SpareExtensionsAndPrefixes) {
       "");
 }
 
+TEST(Refusals, BoundWhatCallsComeTo) {
+  const auto doubling = [](int levels) {
+    std::string functions;
+    for (int i = 0; i < levels; ++i) {
+      const std::string inner = i == 0 ? "p" : "f" + std::to_string(i - 1) + "(p)";
+      functions += "<DefineFunction name=\"f" + std::to_string(i) +
+                   "\"><ParameterField name=\"p\"/>" +
+                   CallToXml("+(" + inner + ", " + inner + ")") + "</DefineFunction>\n";
+    }
+    return Refusal(Document("", functions));
+  };
+  EXPECT_EQ(doubling(10), "");
+  EXPECT_THAT(doubling(30), ::testing::AllOf(StartsWith("260313 at element Apply, line 22"),
+                                             HasSubstr("the function f17 comes to more than")));
+}
+
 TEST(Refusals, BoundTheNesting) {
   const auto nested = [](int depth) {
     std::string xml;
