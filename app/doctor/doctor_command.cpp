@@ -2,10 +2,13 @@
 
 #include <algorithm>
 
+#include <fmt/format.h>
+
 #include "app/doctor/checks.h"
 #include "app/doctor/comparison.h"
 #include "app/doctor/opened_document.h"
 #include "app/doctor/report.h"
+#include "app/failure.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
 #include "app/verify_table.h"
@@ -56,6 +59,10 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
 ExitStatus DoctorCommand::Run() {
   const Plugin plugin = LoadPlugin(plugin_);
   const OpenedDocument opened = OpenDocument(plugin, model_);
+  if (!opened.IsRead()) {
+    if (json_) OutputFile("-").Write(ReportJson(model_, {*opened.refused}));
+    throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->what));
+  }
   FindingList findings(opened.Document());
   if (opened.refused) findings.Add(*opened.refused);
   if (opened.loaded && !opened.refused) {

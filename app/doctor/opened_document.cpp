@@ -1,5 +1,6 @@
 #include "app/doctor/opened_document.h"
 
+#include <algorithm>
 #include <charconv>
 #include <utility>
 
@@ -12,18 +13,22 @@ namespace {
 using MCZandor_850::SSException;
 
 constexpr std::string_view kElement = "element ";
-constexpr std::string_view kLine = ", line ";
+constexpr std::string_view kComma = ", ";
+constexpr std::string_view kLine = "line ";
 
 Finding Refusal(const SSException& error) {
   Finding finding{"refused", {}, 0, Explain(error)};
-  std::string_view place = error.GetPlace();
-  if (!place.starts_with(kElement)) return finding;
-  place.remove_prefix(kElement.size());
-  const std::size_t comma = place.find(kLine);
-  finding.element = place.substr(0, comma);
-  if (comma != std::string_view::npos) {
-    const std::string_view number = place.substr(comma + kLine.size());
-    std::from_chars(number.data(), number.data() + number.size(), finding.line);
+  const std::string whole = error.GetPlace();
+  std::string_view place = whole;
+  if (place.starts_with(kElement)) {
+    place.remove_prefix(kElement.size());
+    const std::size_t comma = std::min(place.find(kComma), place.size());
+    finding.element = place.substr(0, comma);
+    place.remove_prefix(std::min(comma + kComma.size(), place.size()));
+  }
+  if (place.starts_with(kLine)) {
+    place.remove_prefix(kLine.size());
+    std::from_chars(place.data(), place.data() + place.size(), finding.line);
   }
   return finding;
 }
@@ -51,7 +56,8 @@ OpenedDocument OpenDocument(const Plugin& plugin, const std::string& path) {
   try {
     opened.document = PmmlDocument::FromFile(path);
   } catch (const SSException& error) {
-    RefuseModel(path, error);
+    opened.refused = Refusal(error);
+    return opened;
   }
   try {
     opened.loaded = LoadModel(plugin, *std::exchange(opened.document, std::nullopt));

@@ -17,10 +17,12 @@ struct OpenedDocument {
   std::vector<IntakeStep> intake;        // how it was made readable
   std::optional<Finding> refused;        // why score would not take it
 
+  bool IsRead() const { return loaded || document; }
+  // REQUIRES: the document is read.
   const PmmlDocument& Document() const { return loaded ? loaded->document : *document; }
 };
 
-// Throws a Failure(kModelError) for a file that cannot be read or is no XML.
+// Of a file that cannot be read or is no XML there is neither model nor document, only the refusal.
 OpenedDocument OpenDocument(const Plugin& plugin, const std::string& path);
 
 }  // namespace svmscore::app

@@ -261,6 +261,11 @@ TEST(Doctor, EndsWithAStatusForEachKindOfFailure) {
   const TemporaryFolder folder;
   EXPECT_EQ(RunProgram({"doctor", folder.Path("none.pmml")}).status, 3);
   EXPECT_EQ(RunProgram({"doctor", folder.Write("no.pmml", "<PMML>")}).status, 3);
+  const auto cut = RunProgram({"doctor", folder.Write("cut.pmml", "<PMML>\n<Header>"), "--json"});
+  EXPECT_EQ(cut.status, 3);
+  const auto report = nlohmann::json::parse(cut.out);
+  EXPECT_EQ(report["findings"][0]["name"], "refused") << report;
+  EXPECT_EQ(report["findings"][0]["line"], 2) << report;
   EXPECT_EQ(RunProgram({"doctor", kSound, "--input", "x.csv"}).status, 2);
   EXPECT_EQ(RunProgram({"doctor"}).status, 2);
   EXPECT_EQ(RunProgram({"doctor", kSound, "--input", "none.csv", "--expected", "none.csv"}).status,
