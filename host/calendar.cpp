@@ -3,6 +3,7 @@
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 
 #include <fmt/format.h>
 
@@ -125,7 +126,8 @@ std::optional<double> ParseDateTime(std::string_view text) {
 std::string FormatDate(double days) {
   if (!(std::fabs(days) <= kMostDays)) return FormatNumber(days);
   const Date date = DateOf(static_cast<std::int64_t>(std::floor(days)));
-  return fmt::format("{:04}-{:02}-{:02}", date.year, date.month, date.day);
+  return fmt::format("{}{:04}-{:02}-{:02}", date.year < 0 ? "-" : "", std::abs(date.year),
+                     date.month, date.day);
 }
 
 std::string FormatTime(double seconds) {

@@ -58,8 +58,9 @@ std::optional<double> NumberFromFieldText(std::string_view text, FieldType type)
     case DataType::kDateTime:
       return calendar::ParseDateTime(text);
     case DataType::kTimeSeconds: {
-      const std::optional<double> seconds = calendar::ParseTime(text);
-      return seconds ? seconds : ParseNumber(text);
+      std::optional<double> seconds = calendar::ParseTime(text);
+      if (!seconds) seconds = ParseNumber(text);
+      return seconds && *seconds < 0.0 ? std::nullopt : seconds;
     }
     case DataType::kDateDaysSince:
       return DaysSince(text, type.base_year);

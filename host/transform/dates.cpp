@@ -36,8 +36,11 @@ Value SecondsSinceYear(const Arguments& in) {
 }
 
 Value SecondsSinceMidnight(const Arguments& in) {
+  // A date has no time of day.
+  const auto kind = MomentOf(in[0]);
   const auto moment = DayAndSecondOf(in[0]);
-  return moment ? Value::Integer(moment->second) : Value::Invalid();
+  return moment && kind->scale != Moment::Scale::kDay ? Value::Integer(moment->second)
+                                                      : Value::Invalid();
 }
 
 constexpr std::array kFunctions = {

@@ -26,7 +26,7 @@ TEST(Calendar, RefusesDatesThatDoNotExist) {
 }
 
 TEST(Calendar, WritesWhatItReads) {
-  for (const char* text : {"2024-02-29", "1959-12-30", "0000-01-01", "9999-12-31"}) {
+  for (const char* text : {"2024-02-29", "1959-12-30", "0000-01-01", "-0001-12-31", "9999-12-31"}) {
     EXPECT_EQ(calendar::FormatDate(*calendar::ParseDate(text)), text);
   }
   EXPECT_EQ(calendar::FormatDateTime(*calendar::ParseDateTime("1979-12-31T23:59:01.5")),
@@ -42,6 +42,8 @@ TEST(FieldText, ReadsEachTypeAsItsNumber) {
   EXPECT_EQ(number("dateDaysSince[1960]", "15796"), 15796.0);
   EXPECT_EQ(number("dateTimeSecondsSince[1960]", "1960-01-01T00:01:00"), 60.0);
   EXPECT_EQ(number("timeSeconds", "00:01:00"), 60.0);
+  EXPECT_EQ(number("timeSeconds", "90000"), 90000.0);
+  EXPECT_FALSE(number("timeSeconds", "-1"));
   EXPECT_EQ(number("boolean", "true"), 1.0);
   EXPECT_EQ(number("float", "0.1"), static_cast<double>(0.1F));
   EXPECT_EQ(number("integer", "3.0"), 3.0);

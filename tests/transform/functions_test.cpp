@@ -163,6 +163,7 @@ TEST(Functions, AreInvalidOutsideTheirDomain) {
                            "avg(bad, 1)",
                            "and(false, bad)",
                            "min(date'2024-01-01', 4)",
+                           "dateSecondsSinceMidnight(date'2024-01-01')",
                            "matches('aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaab', '(a+)+$')"}) {
     EXPECT_EQ(Evaluate(call), "invalid") << call;
   }
