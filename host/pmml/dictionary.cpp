@@ -34,6 +34,10 @@ svmscore::Interval ReadInterval(const DOMElement* element) {
   interval.right_closed = closure.ends_with("Closed");
   if (const auto left = FindNumber(element, "leftMargin")) interval.left = *left;
   if (const auto right = FindNumber(element, "rightMargin")) interval.right = *right;
+  if (!FindAttribute(element, "leftMargin") && !FindAttribute(element, "rightMargin")) {
+    svmscore::ThrowAt(element, code::kBadContent, "neither leftMargin nor rightMargin is given",
+                      "Interval");
+  }
   if (interval.left > interval.right) {
     svmscore::ThrowAt(element, code::kBadContent, "the left margin is above the right one",
                       "Interval");

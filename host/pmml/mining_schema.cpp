@@ -45,6 +45,9 @@ void ReadOutliers(const DOMElement* field, FieldTreatment& treatment) {
     ThrowAt(field, code::kAttributeMissing, "lowValue or highValue", "MiningField");
   treatment.low = low.value_or(treatment.low);
   treatment.high = high.value_or(treatment.high);
+  if (treatment.low > treatment.high) {
+    ThrowAt(field, code::kBadContent, "lowValue is above highValue", "MiningField");
+  }
 }
 
 void ReadInvalid(const DOMElement* field, const ScoreDictVar& var, FieldTreatment& treatment) {

@@ -81,6 +81,13 @@ TEST(ParseDictionary, RefusesWhatTheStandardDoesNotKnow) {
   EXPECT_EQ(CodeOf("<DataField name='x' optype='continuous' dataType='double'>"
                    "<Interval closure='closedOpen' leftMargin='2' rightMargin='1'/></DataField>"),
             code::kBadContent);
+  EXPECT_EQ(CodeOf("<DataField name='x' optype='continuous' dataType='double'>"
+                   "<Interval closure='openOpen'/></DataField>"),
+            code::kBadContent);
+  EXPECT_EQ(CodeOf(kX,
+                   "<MiningField name='x' outliers='asExtremeValues' lowValue='5' "
+                   "highValue='1'/>"),
+            code::kBadContent);
   EXPECT_EQ(CodeOf(kX, "<MiningField name='x' outliers='asExtremeValues'/>"),
             code::kAttributeMissing);
   const std::string bad_replacement = "<MiningField name='x' missingValueReplacement='abc'/>";
