@@ -130,6 +130,13 @@ TEST(Strict, RefusesEveryChangeAndNoRemark) {
   EXPECT_NE(std::string(error.what()).find("dense-array"), std::string::npos);
 }
 
+TEST(Refusals, CoverRootsOfOtherLanguages) {
+  const std::string text = Replaced(Parts().Text(), "PMML", "XMML");
+  const auto error = Refusal(text);
+  EXPECT_EQ(error.GetErrorCode(), code::kBadContent);
+  EXPECT_EQ(error.GetPlace(), "element XMML, line 1");
+}
+
 TEST(Refusals, DocumentsWithoutAModelAreTheTranslators) {
   EXPECT_EQ(Read("<PMML version='4.4'/>").Steps(), "");
   EXPECT_EQ(Read("<PMML version='4.4'><SupportVectorMachineModel/></PMML>").Steps(), "");

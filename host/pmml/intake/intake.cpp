@@ -44,6 +44,10 @@ std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) {
   if (document.Dom() == nullptr || document.Dom()->getDocumentElement() == nullptr) return {};
   intake::Intake intake(document, mode);
   const std::vector<xercesc::DOMElement*> extensions = intake::UsePlainNames(intake);
+  const std::string root = NameOf(intake.Root());
+  if (root != intake::tags::XML_ELE_PMML) {
+    intake.Refuse(intake.Root(), code::kBadContent, "a root other than PMML", root);
+  }
   intake::SettleVersion(intake);
   intake::ChooseModel(intake);
   if (intake.Model() == nullptr) return intake.TakeSteps();
