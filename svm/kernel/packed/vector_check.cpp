@@ -6,7 +6,10 @@
 #include <cstdint>
 #include <iterator>
 #include <limits>
+#include <map>
+#include <mutex>
 #include <random>
+#include <tuple>
 #include <vector>
 
 namespace MCSVM_700::packed {
@@ -82,9 +85,7 @@ int WholeDegreeThatMatches(const Operations& operations, double degree) {
   return matches ? whole : 0;
 }
 
-}  // namespace
-
-VectorForms MatchingForms(const Operations& operations, KernelForm form, double degree) {
+VectorForms Try(const Operations& operations, KernelForm form, double degree) {
   switch (form) {
     case KernelForm::kRadialBasis:
       return {ExpMatches(operations), 0};
@@ -96,6 +97,24 @@ VectorForms MatchingForms(const Operations& operations, KernelForm form, double 
       break;
   }
   return {};
+}
+
+}  // namespace
+
+VectorForms MatchingForms(const Operations& operations, KernelForm form, double degree) {
+  // The library and the forms stay what they are while the process runs.
+  static std::mutex mutex;
+  static std::map<std::tuple<const void*, KernelForm, double>, VectorForms> known;
+  const void* function = nullptr;
+  if (form == KernelForm::kRadialBasis) function = reinterpret_cast<void*>(operations.exp);
+  if (form == KernelForm::kSigmoid) function = reinterpret_cast<void*>(operations.tanh);
+  if (form == KernelForm::kPolynomial) function = reinterpret_cast<void*>(operations.pow);
+  const double kept_degree = form == KernelForm::kPolynomial ? degree : 0.0;
+  if (kept_degree != std::trunc(kept_degree) || std::abs(kept_degree) > kMaxWholeDegree) return {};
+  const std::scoped_lock lock(mutex);
+  const auto [found, is_new] = known.try_emplace({function, form, kept_degree});
+  if (is_new) found->second = Try(operations, form, degree);
+  return found->second;
 }
 
 }  // namespace MCSVM_700::packed
