@@ -140,7 +140,9 @@ TEST_P(PackedBits, OfCasesWithOddNumbers) {
           cases.columns[random.Below(6) * cases.count + c] = odd[c / 2 % std::size(odd)];
           cases.columns[random.Below(6) * cases.count + c] = odd[random.Below(std::size(odd))];
         }
-        ASSERT_EQ(EngineDifference(model, cases, operations()), "") << Name(model);
+        // Where infinities cancel, which NaN comes out is the compiler's choice.
+        ASSERT_EQ(EngineDifference(model, cases, operations(), sample::Nan::kAnyNan), "")
+            << Name(model);
         cases.columns[3] = NAN;
         ASSERT_EQ(EngineDifference(model, cases, operations(), sample::Nan::kAnyNan), "");
       }
