@@ -10,6 +10,7 @@ import re
 import statistics
 import subprocess
 import sys
+import time
 
 WORKLOADS = {
     "a": "two classes, RBF",
@@ -24,18 +25,7 @@ WORKLOADS = {
 
 BUSY = ("Other programs were\n"
         "  running: ratios hold, times vary, and figures for several threads are left out.")
-
-
-def cpu():
-    text = pathlib.Path("/proc/cpuinfo").read_text()
-    name = re.search(r"model name\s*: (.*)", text).group(1).strip()
-    return f"{name}, {text.count('processor')} logical processors"
-
-
-def print_machine():
-    load = os.getloadavg()[1]
-    print(f"{machine.strip()}
-- {heading}
+INTRODUCTION = """
 - Times are the processor time of the measuring thread; engine, LIBSVM and the plain definition take
   turns in one process, round after round, so that a drifting clock or a busy neighbour hits all.
 - "Definition" is the plain kernels, each distinct vector evaluated once. "Many cases" hands over 256
@@ -43,38 +33,88 @@ def print_machine():
 - Share of peak: the time of the case's arithmetic (subtract, multiply and add of every field of every
   vector, multiply and add for products, in registers; and the vector form of the kernel's function
   from the cache), both measured apart in the same rounds, over the time of many cases. The two overlap
-  on units of their own, so a little more than 100 % is possible.
+  on units of their own, so a little more than 100 % is possible."""
 
-## Against LIBSVM
-""")
-for turn, rows in ((1, first), (2, second)):
-    print(f"{'First' if turn == 1 else 'Second'} run:\n")
-    print("| workload | vectors x fields | machines | LIBSVM | definition | many cases | ratio "
-          "| one case | ratio | share of peak |")
-    print("|" + "---|" * 10)
-    for name, row in rows.items():
-        print("| " + " | ".join([f"{name}: {WORKLOADS[name]}"] + row[1:10]) + " |")
-    print()
-unlike = {name: (row[10], row[11]) for name, row in second.items()}
-print("Decision values that differ from the plain definition in any bit: "
-      + ", ".join(f"{name} {pair[0]}" for name, pair in unlike.items())
-      + ". From LIBSVM's: " + ", ".join(f"{name} {pair[1]}" for name, pair in unlike.items())
-      + " (its polynomial multiplies instead of calling `pow`).\n")
 
-print("""## Against scikit-learn
+def cpu():
+    text = pathlib.Path("/proc/cpuinfo").read_text()
+    name = re.search(r"model name\s*: (.*)", text).group(1).strip()
+    return f"{name}, {len(re.findall('^processor', text, re.MULTILINE))} logical processors"
+
+
+def busy_share(seconds):
+    """The share of all processors' time that something else takes now."""
+    def ticks():
+        line = pathlib.Path("/proc/stat").read_text().splitlines()[0]
+        fields = [int(field) for field in line.split()[1:9]]
+        return sum(fields), fields[3] + fields[4]
+    total, idle = ticks()
+    time.sleep(seconds)
+    later, later_idle = ticks()
+    return 1.0 - (later_idle - idle) / (later - total)
+
+
+def print_machine():
+    """The machine, and whether other programs were running before the run."""
+    compiler = subprocess.run(["c++", "--version"], capture_output=True, text=True, check=True)
+    share = busy_share(seconds=5.0)
+    print(f"- Machine: {cpu()}; Linux, {' '.join(platform.libc_ver())}; "
+          f"{compiler.stdout.splitlines()[0]}.")
+    print(f"- Processors busy before the run: {100 * share:.0f} %. {BUSY if share > 0.25 else ''}".rstrip())
+
+
+def sklearn_times(build):
+    times = {}
+    for path in sorted(build.glob("sklearn.[12]")):
+        for line in path.read_text().splitlines():
+            name, value = line.split()
+            times.setdefault(name, []).append(float(value))
+    return times
+
+
+def compare_rows(build, turn):
+    """The line that says what was measured, and the rows by workload."""
+    lines = (build / f"compare.{turn}").read_text().splitlines()
+    rows = [[cell.strip() for cell in line.strip("|").split("|")]
+            for line in lines if line.startswith("| ")]
+    return lines[0], {row[0]: row for row in rows if row[0] in WORKLOADS}
+
+
+def print_against_libsvm(turns):
+    print("\n## Against LIBSVM\n")
+    for turn, rows in zip(("First", "Second"), turns):
+        print(f"{turn} run:\n")
+        print("| workload | vectors x fields | machines | LIBSVM | definition | many cases | ratio "
+              "| one case | ratio | share of peak |")
+        print("|" + "---|" * 10)
+        for name, row in rows.items():
+            print("| " + " | ".join([f"{name}: {WORKLOADS[name]}"] + row[1:10]) + " |")
+        print()
+    unlike = {name: (row[10], row[11]) for name, row in turns[1].items()}
+    print("Decision values that differ from the plain definition in any bit: "
+          + ", ".join(f"{name} {pair[0]}" for name, pair in unlike.items())
+          + ". From LIBSVM's: " + ", ".join(f"{name} {pair[1]}" for name, pair in unlike.items())
+          + " (its polynomial multiplies instead of calling `pow`).")
+
+
+def print_against_sklearn(turns, theirs):
+    print("""
+## Against scikit-learn
 
 All cases at once in one thread; two processes of each in turn. Regression is `predict`, the others
 `decision_function`. scikit-learn gets the sparse workloads in its sparse form.
 
 | workload | scikit-learn | many cases | ratio |
 |---|---|---|---|""")
-for name, row in first.items():
-    ours = statistics.mean([float(row[5]), float(second[name][5])])
-    mean = statistics.mean(theirs[name])
-    spread = "-".join(f"{value:.1f}" for value in sorted(theirs[name]))
-    print(f"| {name} | {mean:.1f} ({spread}) | {ours:.2f} | {mean / ours:.1f} |")
+    for name in turns[0]:
+        ours = statistics.mean(float(rows[name][5]) for rows in turns)
+        mean = statistics.mean(theirs[name])
+        spread = "-".join(f"{value:.1f}" for value in sorted(theirs[name]))
+        print(f"| {name} | {mean:.1f} ({spread}) | {ours:.2f} | {mean / ours:.1f} |")
 
-print("""
+
+def print_slopes(path, busy):
+    print("""
 ## As models grow
 
 RBF, dense, nanoseconds. `cases` 0 stands for the form for one case, other values for that many at a
@@ -82,14 +122,17 @@ time; a straight line shows as equal times of a term (one field of one vector).
 
 | benchmark | a case | a term |
 |---|---|---|""")
-for name, case, term in slopes():
-    if "Threads" in name and busy:
-        continue
-    print(f"| {name.replace('Decide/', '')} | {case:.0f} | {term:.4f} |")
+    with open(path) as file:
+        for row in csv.DictReader(file):
+            if not (busy and "Threads" in row["name"]):
+                print(f"| {row['name'].replace('Decide/', '')} | {1e9 * float(row['case']):.0f} "
+                      f"| {1e9 * float(row['term']):.4f} |")
 
-with open(build / "coupling.csv") as file:
-    coupling = {row["name"]: 1e6 * float(row["case"]) for row in csv.DictReader(file)}
-print(f"""
+
+def print_coupling(path):
+    with open(path) as file:
+        times = {row["name"]: 1e6 * float(row["case"]) for row in csv.DictReader(file)}
+    print("""
 ## Coupling
 
 Microseconds a case for models with a machine for each pair of categories, 200 vectors of 64 fields a
@@ -98,16 +141,33 @@ its share is that of the whole, decision values included.
 
 | categories | machines | coupling alone | scored with probabilities | scored by votes | share |
 |---|---|---|---|---|---|""")
-for count in (3, 10, 26):
-    alone, whole, votes = (coupling[f"{name}/{count}"]
-                           for name in ("Couple", "ScoreCoupled", "ScoreByVotes"))
-    print(f"| {count} | {count * (count - 1) // 2} | {alone:.2f} | {whole:.1f} | {votes:.1f} "
-          f"| {100 * alone / whole:.0f} % |")
+    for count in (3, 10, 26):
+        alone, whole, votes = (times[f"{name}/{count}"]
+                               for name in ("Couple", "ScoreCoupled", "ScoreByVotes"))
+        print(f"| {count} | {count * (count - 1) // 2} | {alone:.2f} | {whole:.1f} | {votes:.1f} "
+              f"| {100 * alone / whole:.0f} % |")
 
-print(f"""
+
+def print_report(build):
+    machine = (build / "machine").read_text().strip()
+    heading, first = compare_rows(build, 1)
+    turns = first, compare_rows(build, 2)[1]
+    print(f"""# Benchmarks
+
+What one case costs, from its numbers in memory to the decision values of all machines. Written by
+`bench/run`; the models are those of `bench/train_models.py`.
+
+{machine}
+- {heading}{INTRODUCTION}""")
+    print_against_libsvm(turns)
+    print_against_sklearn(turns, sklearn_times(build))
+    print_slopes(build / "engine.csv", BUSY in machine)
+    print_coupling(build / "coupling.csv")
+    print(f"""
 ## Loading a model
 
-From the file to a model ready to score, against a bare DOM parse of the same file that keeps nothing.
+From the file to a model ready to score, against a bare DOM parse of the same file that keeps nothing;
+the two take turns in one process.
 
 | model | MB | bare parse, MB/s | load, MB/s | speed of a bare parse |
 |---|---|---|---|---|
@@ -115,5 +175,11 @@ From the file to a model ready to score, against a bare DOM parse of the same fi
 
 ## The whole program
 
-From a CSV file to a CSV file, against `svm-predict` from LIBSVM's text to text; reading the model is part
-of both. {(build / "program.md").read_text().strip()}""")
+From a CSV file to a CSV file, against `svm-predict` from LIBSVM's text to text; reading the model is
+part of both. {(build / "program.md").read_text().strip()}""")
+
+
+if sys.argv[1] == "--machine":
+    print_machine()
+else:
+    print_report(pathlib.Path(sys.argv[1]))
