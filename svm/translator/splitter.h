@@ -31,6 +31,19 @@ int SPLITTER_STR(char* text, const char* separators, std::vector<T>& output) {
   const std::size_t before = output.size();
   for (char* next = std::find_if_not(text, end, is_separator); next != end;
        next = std::find_if_not(next, end, is_separator)) {
+    if constexpr (std::is_same_v<T, int>) {
+      // Plain positions, without the detour over a double; up to nine digits always fit.
+      int position = 0;
+      char* digit = next;
+      for (; digit - next < 9 && *digit >= '0' && *digit <= '9'; ++digit) {
+        position = 10 * position + (*digit - '0');
+      }
+      if (digit != next && (digit == end || is_separator(*digit))) {
+        output.push_back(position);
+        next = digit;
+        continue;
+      }
+    }
     double number = 0.0;
     const char* read = svmscore::ReadDecimal(next, end, number);
     if (read != nullptr && (read == end || is_separator(*read))) {

@@ -153,6 +153,7 @@ void SVMTranslator::GetDataFromVectorInstance(xercesc::DOMElement* indices_eleme
   std::string text = svmscore::ElementText(indices_element);
   SPLITTER_STR<int>(text.data(), separators, indices);
   text = svmscore::ElementText(entries_element);
+  values.reserve(values.size() + indices.size());
   SPLITTER_STR<double>(text.data(), separators, values);
   if (indices.size() == values.size()) return;
   svmscore::ThrowAt(entries_element, code::kLengthsDiffer, std::to_string(indices.size()),

@@ -1,5 +1,8 @@
 #include "host/pmml/intake/edit.h"
 
+#include <cstdint>
+#include <cstring>
+
 #include "host/transcoder.h"
 #include "host/translator.h"
 
@@ -11,7 +14,17 @@ using xercesc::DOMNode;
 
 namespace {
 
+// Whether four units in a row are digits: the high twelve bits are those of '0', and still are when
+// 6 is added.
+bool AreFourDigits(const XMLCh* at) {
+  constexpr std::uint64_t kHigh = 0xFFF0FFF0FFF0FFF0, kZeros = 0x0030003000300030;
+  std::uint64_t units = 0;
+  std::memcpy(&units, at, sizeof units);
+  return (units & kHigh) == kZeros && ((units + 0x0006000600060006) & kHigh) == kZeros;
+}
+
 const XMLCh* SkipDigits(const XMLCh* at, const XMLCh* end) {
+  while (end - at >= 4 && AreFourDigits(at)) at += 4;
   while (at != end && static_cast<unsigned>(*at - u'0') < 10) ++at;
   return at;
 }
