@@ -24,7 +24,7 @@ inline std::vector<Level> AllLevels() {
   for (const Isa isa : {Isa::kPlain, Isa::kSse2, Isa::kAvx2, Isa::kAvx512}) {
     levels.push_back({NameOf(isa), CpuHas(isa), CpuHas(isa) ? OperationsOf(isa) : nullptr});
   }
-  levels.push_back({"wide8", true, &WideOperations()});
+  levels.push_back({"avx512_by_avx2", CpuHas(Isa::kAvx2), &WideOperations()});
   return levels;
 }
 

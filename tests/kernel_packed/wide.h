@@ -1,10 +1,14 @@
-// The packed code at the width and tile of AVX-512, in plain C++: what only that instruction set
-// would run is tested on every CPU, apart from its own instructions.
+// The packed forms of AVX-512, file and all, with each of its instructions put together from those of
+// AVX2: tested wherever there is AVX2.
 #ifndef TESTS_KERNEL_PACKED_WIDE_H_
 #define TESTS_KERNEL_PACKED_WIDE_H_
 
 #include "svm/kernel/packed/operations.h"
 
-const MCSVM_700::packed::Operations& WideOperations();
+namespace MCSVM_700::packed {
+
+const Operations& WideOperations();
+
+}  // namespace MCSVM_700::packed
 
 #endif  // TESTS_KERNEL_PACKED_WIDE_H_
