@@ -52,6 +52,7 @@ bool RowBlocks::Fill() {
 void RowBlocks::ScanText() {
   const char* text = text_.data();
   while (scan_.done < text_.size()) {
+    // NOLINTNEXTLINE(bugprone-not-null-terminated-result): the text may hold zeros
     const void* found = std::memchr(text + scan_.done, '"', text_.size() - scan_.done);
     const std::size_t quote =
         found == nullptr ? text_.size()

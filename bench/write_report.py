@@ -5,7 +5,6 @@ write_report.py --machine prints what the machine is and how busy, before the ru
 import csv
 import pathlib
 import platform
-import os
 import re
 import statistics
 import subprocess

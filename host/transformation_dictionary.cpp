@@ -22,8 +22,8 @@ TransformVar::TransformVar(std::string name, svmscore::OpType op_type, svmscore:
 TransformVar::~TransformVar() = default;
 
 void TransformVar::AddEncodedValue(std::unique_ptr<ScoreValue> value) {
-  encoded_views_.push_back(value.get());
   encoded_.push_back(std::move(value));
+  encoded_views_.push_back(encoded_.back().get());
 }
 
 // Scratch records that no case uses at present. Each thread looks first where its own identity

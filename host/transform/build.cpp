@@ -156,7 +156,7 @@ void Builder::AddEncodedValues(const Derived& derived, TransformVar& var) const 
 Field Builder::FieldOfInput(const ScoreDictVar* var) {
   const auto known = input_fields_.find(var);
   if (known != input_fields_.end()) return known->second;
-  const Field field = FieldOfVariable(*var, static_cast<int>(derived_.size() + inputs_.size()));
+  Field field = FieldOfVariable(*var, static_cast<int>(derived_.size() + inputs_.size()));
   inputs_.push_back(var);
   input_fields_.emplace(var, field);
   return field;

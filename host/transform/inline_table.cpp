@@ -49,6 +49,7 @@ const Element* FindCell(const Element* row, const Column& column) {
 void ForEachRow(const Element* table, const std::vector<std::string>& columns, std::size_t required,
                 const RowVisitor& visit) {
   std::vector<Column> wanted;
+  wanted.reserve(columns.size());
   for (const std::string& name : columns) wanted.push_back(MakeColumn(name));
   std::vector<std::optional<std::string>> cells(columns.size());
   bool empty = true;

@@ -39,7 +39,7 @@ void SVMModelData::AddFieldRef(std::string name, std::string missing_replacement
       std::make_unique<ST_FIELDREF>(ST_FIELDREF{std::move(name), std::move(missing_replacement)});
   field_types_.push_back(kFieldReference);
   fields_.push_back(field.get());
-  field.release();
+  static_cast<void>(field.release());
 }
 
 void SVMModelData::AddCategoricalPredictor(std::string name, std::string value,
@@ -50,13 +50,13 @@ void SVMModelData::AddCategoricalPredictor(std::string name, std::string value,
   field->coefficient = coefficient;
   field_types_.push_back(kCategoricalPredictor);
   fields_.push_back(field.get());
-  field.release();
+  static_cast<void>(field.release());
 }
 
 void SVMModelData::AddSupportVectorMachine(ST_SUPPORTVECTORMACHINE* machine) {
   std::unique_ptr<ST_SUPPORTVECTORMACHINE> owned(machine);
   machines_.push_back(machine);
-  owned.release();
+  static_cast<void>(owned.release());
 }
 
 void SVMModelData::AddVectorInstance(const std::string& id, const std::vector<int>& indices,
@@ -66,7 +66,7 @@ void SVMModelData::AddVectorInstance(const std::string& id, const std::vector<in
   instance->indices.reserve(indices.size());
   for (const int index : indices) instance->indices.push_back(ZeroBased(index));
   instance->values = entries;
-  if (instances_.emplace(id, instance.get()).second) instance.release();
+  if (instances_.emplace(id, instance.get()).second) static_cast<void>(instance.release());
 }
 
 MCSVM_700::SVMDataCase* SVMModelData::GetVectorInstance(const std::string& id) const {

@@ -19,6 +19,7 @@ complain() {
 }
 
 # The pieces between backticks in a line, one a line.
+# shellcheck disable=SC2016  # backquotes are meant as such
 quoted() { grep -oE '`[^`]+`' <<<"$1" | tr -d '`' || true; }
 
 check_page() {

@@ -75,7 +75,7 @@ void SpellMethod(Intake& intake) {
 // The PMML type of a type written as xs:double, or the text as it is.
 std::string PmmlType(const std::string& text) {
   const std::size_t colon = text.find(':');
-  const std::string local = colon == std::string::npos ? text : text.substr(colon + 1);
+  std::string local = colon == std::string::npos ? text : text.substr(colon + 1);
   if (ParseDataType(local)) return local;
   if (local == "decimal") return "double";
   if (local == "int" || local == "long" || local == "short") return "integer";

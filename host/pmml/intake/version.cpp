@@ -18,7 +18,8 @@ constexpr StepKind kFromNamespace{
     "the document states no legible version, and the one of its namespace is taken"};
 constexpr StepKind kAssumed{"version-assumed",
                             "the document states no version, and is read as the newest (4.4)"};
-constexpr StepKind kSpelling{"version-spelling", "the version is read without what surrounds it"};
+constexpr StepKind kVersionSpelling{"version-spelling",
+                                    "the version is read without what surrounds it"};
 constexpr StepKind kDisagreement{
     "version-disagreement",
     "the version attribute and the namespace name different versions; the attribute is followed"};
@@ -73,7 +74,7 @@ void SettleVersion(Intake& intake) {
   if (stated && named && *stated != *named) intake.Remark(kDisagreement, root);
   // A translator looks at the first character.
   if (text.starts_with(std::to_string(version.major))) return;
-  intake.Change(stated || major_only ? kSpelling : named ? kFromNamespace : kAssumed, root);
+  intake.Change(stated || major_only ? kVersionSpelling : named ? kFromNamespace : kAssumed, root);
   SetAttribute(root, tags::XML_ATT_VERSION, version.Text());
 }
 

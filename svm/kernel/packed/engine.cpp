@@ -17,7 +17,7 @@ namespace {
 
 // Tiles that share a pass over the vectors take this much at most: they should stay in the second
 // level of cache beside a block.
-constexpr std::size_t kTileBytes = 256 * 1024;
+constexpr std::size_t kTileBytes = std::size_t{256} * 1024;
 
 std::unique_ptr<SVMKernelFunction> MakeKernel(const PackedInput& input) {
   switch (input.form) {

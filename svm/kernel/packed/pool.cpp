@@ -51,7 +51,7 @@ std::vector<std::uint32_t> Sorted(Precedence graph) {
   order.reserve(graph.vectors.size());
   std::uint32_t earliest_left = 0;
   while (order.size() < graph.vectors.size()) {
-    std::uint32_t node;
+    std::uint32_t node = 0;
     if (ready.empty()) {
       while (placed[earliest_left]) ++earliest_left;
       node = earliest_left;
