@@ -67,8 +67,9 @@ constexpr std::array kCatalogue = {
             "correct the arguments"},
     Message{code::kInstructionSet, "the instruction set cannot be used: {0}",
             "correct the environment variable SVMSCORE_ISA, or unset it to use the best one"},
-    Message{code::kFieldNotNumeric, "field {0} is a text, and element {1} needs a number",
-            "encode the field by NormDiscrete derived fields, or declare it as a number"},
+    Message{code::kFieldNotNumeric, "field {0} is of the type {1}, and element {2} needs a number",
+            "encode a text by NormDiscrete derived fields, a date or time by a derived field of a "
+            "dateDaysSince, dateTimeSecondsSince or timeSeconds type, or declare a number"},
 };
 
 std::string Fill(const std::string& text, const std::vector<std::string>& parts) {

@@ -28,7 +28,7 @@ inline constexpr int kDerivedCycle = 260312;     // (chain of names)
 inline constexpr int kBadContent = 260313;       // (what is wrong, element)
 inline constexpr int kUnknownFunction = 260314;  // (function)
 inline constexpr int kArgumentCount = 260315;    // (function, given, wanted)
-inline constexpr int kFieldNotNumeric = 260316;  // (field, element)
+inline constexpr int kFieldNotNumeric = 260316;  // (field, type, element)
 inline constexpr int kInstructionSet = 260317;   // (what is wrong)
 
 }  // namespace svmscore::code

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kShownValues = 3;
 constexpr std::size_t kShownRows = 10;
 
-ComparedCell CompareCell(const Quantity& quantity, const std::string& expected,
+ComparedCell CompareCell(const Quantity& quantity, const std::string& expected, double tolerance,
                          VerifyCase& scored) {
   ComparedCell cell;
   const transform::Value actual = scored.Read(quantity);
@@ -26,8 +26,9 @@ ComparedCell CompareCell(const Quantity& quantity, const std::string& expected,
   }
   if (expected.empty()) return cell;
   cell.expected = ParseNumber(expected);
-  const output::Allowance allowance =
-      quantity.is_label ? output::Allowance{0.0, 0.0} : output::Allowance();
+  output::Allowance allowance;
+  allowance.precision = tolerance;
+  if (quantity.is_label) allowance = {0.0, 0.0};
   cell.agrees = output::Judge(expected, actual, allowance).agrees;
   return cell;
 }
@@ -40,7 +41,8 @@ ComparedRow CompareRow(const CaseFiles& files, const ExpectedColumns& columns, s
   compared.status = scored.Status();
   for (const ExpectedColumn& column : columns) {
     compared.cells.push_back(
-        CompareCell(column.quantity, files.expected.rows[row][column.cell], scored));
+        CompareCell(column.quantity, files.expected.rows[row][column.cell], files.tolerance,
+                    scored));
     compared.agrees = compared.agrees && compared.cells.back().agrees;
   }
   return compared;

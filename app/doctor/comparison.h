@@ -16,7 +16,8 @@ namespace svmscore::app {
 struct CaseFiles {
   VerifyTable cases;
   VerifyTable expected;
-  MissingTokens missing = {"NA", "N/A"};
+  MissingTokens missing;
+  double tolerance;  // how far a number may be from the expected one, as a share of it
 };
 
 struct ComparedCell {

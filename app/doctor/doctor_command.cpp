@@ -46,6 +46,14 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
       app->add_option("--expected", expected_, "CSV file with what the cases should score");
   input->needs(expected);
   expected->needs(input);
+  app->add_option(
+         "--tolerance", tolerance_,
+         "with --expected: how far a number may be from the expected one, as a share of it")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
+  app->add_option("--missing-token", missing_tokens_,
+                  "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
+      ->allow_extra_args(false);
   app->add_flag("--json", json_, "write JSON");
   app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
   app->footer(
@@ -67,7 +75,9 @@ ExitStatus DoctorCommand::Run() {
   if (opened.refused) findings.Add(*opened.refused);
   if (opened.loaded && !opened.refused) {
     if (!input_.empty()) {
-      const CaseFiles files{ReadVerifyTable(input_), ReadVerifyTable(expected_)};
+      if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
+      const CaseFiles files{ReadVerifyTable(input_), ReadVerifyTable(expected_), missing_tokens_,
+                            tolerance_};
       CheckScores({*opened.loaded, plugin, model_}, files, findings);
     }
     CheckVerification(*opened.loaded, findings);

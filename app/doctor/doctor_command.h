@@ -3,6 +3,7 @@
 #define APP_DOCTOR_DOCTOR_COMMAND_H_
 
 #include <string>
+#include <vector>
 
 #include "app/command.h"
 
@@ -18,6 +19,8 @@ class DoctorCommand : public Command {
   std::string input_;
   std::string expected_;
   std::string plugin_;
+  std::vector<std::string> missing_tokens_;
+  double tolerance_ = 1e-6;
   bool json_ = false;
 };
 

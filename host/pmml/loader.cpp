@@ -61,8 +61,21 @@ std::string FieldName(const DOMElement* field) {
       .value_or("");
 }
 
-// The dictionary variables that vector fields name; refuses those that name nothing, and texts that
-// would have to serve as numbers.
+// The kinds that count days or seconds are numbers; a day, a clock time and a moment are none.
+bool IsNumeric(const ScoreDictVar& var) {
+  switch (var.GetFieldType().data) {
+    case DataType::kString:
+    case DataType::kDate:
+    case DataType::kTime:
+    case DataType::kDateTime:
+      return false;
+    default:
+      return true;
+  }
+}
+
+// The dictionary variables that vector fields name; refuses those that name nothing, and texts and
+// dates that would have to serve as numbers.
 std::unordered_set<const ScoreDictVar*> CheckVectorFields(const ScoreModel& model,
                                                           const PmmlDocument& document,
                                                           bool refuse) {
@@ -85,8 +98,9 @@ std::unordered_set<const ScoreDictVar*> CheckVectorFields(const ScoreModel& mode
     }
     if (!refuse) continue;
     if (var == nullptr) ThrowAt(field, code::kUnknownField, name, NameOf(field));
-    if (reference && var->GetStorageType() == 1) {
-      ThrowAt(field, code::kFieldNotNumeric, name, NameOf(field));
+    if (reference && !IsNumeric(*var)) {
+      ThrowAt(field, code::kFieldNotNumeric, name,
+              std::string(DataTypeName(var->GetFieldType().data)), NameOf(field));
     }
   }
   return named;
