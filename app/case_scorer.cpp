@@ -131,12 +131,12 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
   for (std::size_t r = 0; r < rows_.size(); ++r) {
     const std::string_view* cells = CellsOf(r);
     if (sets_record) SetCells(cells);
-    const output::Outcome outcome = OutcomeOf(rows_[r]);
-    block.tally.Count(outcome.status);
+    output::Outcome outcome = OutcomeOf(rows_[r]);
     if (plan_.computes_output) {
       SetExtras(cells);
-      plan_.output->Evaluate(outcome, record_, outputs_);
+      outcome.status = plan_.output->Evaluate(outcome, record_, outputs_);
     }
+    block.tally.Count(outcome.status);
     const bool decided = batch_ != nullptr && rows_[r].status == 0 &&
                          batch_->Results().status[rows_[r].place] != MCScore::kCannotScore;
     const ScoredCase scored{cells, outcome, outputs_,

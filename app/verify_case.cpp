@@ -76,7 +76,7 @@ void VerifyCase::Score() {
     result_.reset(result);
   }
   outcome_ = loaded_.output->Targets().Finish(status, result_.get());
-  loaded_.output->Evaluate(outcome_, record_, scratch_);
+  outcome_.status = loaded_.output->Evaluate(outcome_, record_, scratch_);
 }
 
 Value VerifyCase::Read(const Quantity& quantity) {

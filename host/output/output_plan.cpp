@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "host/output/output_reader.h"
+#include "host/score_status.h"
 #include "host/scoring_log.h"
 #include "host/transform/conversion.h"
 
@@ -36,13 +37,13 @@ std::string_view OutputScratch::TextOf(const Value& value) {
   return value.IsPresent() ? transform::TextOf(value, arena_) : std::string_view();
 }
 
-void OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
+long OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
                           OutputScratch& scratch) const {
   Value* slots = scratch.slots_.data();
   scratch.arena_.Reset();
   if (outcome.ending == Outcome::Ending::kFailed) {
     std::fill(scratch.slots_.begin(), scratch.slots_.end(), Value::Missing());
-    return;
+    return outcome.status;
   }
   slots[prediction_slot_] = outcome.prediction;
   for (const Read& read : reads_) {
@@ -63,12 +64,15 @@ void OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
       slots[read.slot] = scratch.derived_->Slot(read.position);
   }
   const transform::Frame frame{slots, scratch.arena_};
+  long status = outcome.status;
   for (std::size_t i = 0; i < fields_.size(); ++i) {
     Value value = Compute(i, outcome, frame);
     if (fields_[i].type) value = transform::Convert(value, *fields_[i].type, scratch.arena_);
+    if (value.IsInvalid() && status == 0) status = MCScore::kInvalidValue;
     slots[i] = value.IsPresent() ? value : Value::Missing();
     if (!steps_[i].decisions.empty() && value.IsPresent()) TellDecision(i, value);
   }
+  return status;
 }
 
 Value OutputPlan::Compute(std::size_t field, const Outcome& outcome,

@@ -73,8 +73,10 @@ class SVMSCORE_HOST_API OutputPlan {
     return !reads_.empty() || !extra_reads_.empty() || program_ != nullptr;
   }
   // Computes the fields of one case, whose inputs are `record` and the extra inputs of `scratch`.
-  // They are all missing where the case failed. Allocates nothing unless texts are made or grow.
-  void Evaluate(const Outcome& outcome, const MCZandor_850::ScoreCaseRecord& record,
+  // They are all missing where the case failed. A field that comes to an invalid value is missing,
+  // and the others stay. Returns the status of the case: that of `outcome`, or where that is 0
+  // and there is such a field 90027. Allocates nothing unless texts are made or grow.
+  long Evaluate(const Outcome& outcome, const MCZandor_850::ScoreCaseRecord& record,
                 OutputScratch& scratch) const;
 
  private:

@@ -80,7 +80,7 @@ TEST(OutputFields, AFailureInsideAnExpressionStaysThere) {
   Scoring scoring(Chain(Derive("bad", R"(<Apply function="ln"><Constant>-1</Constant></Apply>)") +
                         Derive("after", R"(<FieldRef field="bad" mapMissingTo="5"/>)") +
                         R"(<OutputField name="y_hat" feature="predictedValue"/>)"));
-  EXPECT_EQ(scoring.Score(kFirst).status, 0);
+  EXPECT_EQ(scoring.Score(kFirst).status, 90027);
   EXPECT_FALSE(scoring.Number("bad"));
   EXPECT_EQ(scoring.Text("after"), "5");
   EXPECT_TRUE(scoring.Number("y_hat"));

@@ -56,7 +56,7 @@ class Scoring {
       result_.reset(result);
     }
     outcome_ = loaded_.output->Targets().Finish(status, result_.get());
-    loaded_.output->Evaluate(outcome_, record_, scratch_);
+    outcome_.status = loaded_.output->Evaluate(outcome_, record_, scratch_);
     return outcome_;
   }
 
