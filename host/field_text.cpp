@@ -70,6 +70,15 @@ std::optional<double> NumberFromFieldText(std::string_view text, FieldType type)
   return std::nullopt;
 }
 
+std::optional<NumberKey> KeyFromFieldText(std::string_view text, FieldType type) {
+  if (type.data == DataType::kInteger) {
+    const auto whole = ParseInteger(text);
+    return whole ? std::optional(KeyOf(*whole)) : std::nullopt;
+  }
+  const auto number = NumberFromFieldText(text, type);
+  return number ? std::optional(KeyOf(*number)) : std::nullopt;
+}
+
 std::string FieldTextFromNumber(double number, FieldType type) {
   switch (type.data) {
     case DataType::kBoolean:

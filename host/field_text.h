@@ -8,6 +8,7 @@
 
 #include "host/api.h"
 #include "host/field_types.h"
+#include "host/number_key.h"
 
 namespace svmscore {
 
@@ -15,6 +16,9 @@ namespace svmscore {
 // dates and times as field_types.h says; an integer's text must be a whole number.
 // Nothing where the text spells no value of the type, or the type is a string.
 SVMSCORE_HOST_API std::optional<double> NumberFromFieldText(std::string_view text, FieldType type);
+
+// The same, telling whole numbers of an integer field apart beyond 2^53.
+SVMSCORE_HOST_API std::optional<NumberKey> KeyFromFieldText(std::string_view text, FieldType type);
 
 // The reverse: how a number that is kept for `type` is written.
 SVMSCORE_HOST_API std::string FieldTextFromNumber(double number, FieldType type);

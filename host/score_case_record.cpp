@@ -101,10 +101,9 @@ InputState InputCaseRecord::SetText(std::size_t position, std::string_view text)
     slot.text->SetText(text.data(), text.size());
     return Treat(slot, *slot.text);
   }
-  const std::optional<double> number =
-      svmscore::NumberFromFieldText(text, slot.var->GetFieldType());
+  const auto number = svmscore::KeyFromFieldText(text, slot.var->GetFieldType());
   if (number) {
-    slot.number->SetDoubleValue(*number);
+    slot.number->SetKey(*number);
   } else {
     slot.number->SetInvalid(std::string(text));
   }

@@ -42,7 +42,7 @@ int ScoreDictVar::GetCategoryIndex(const ScoreValue* value) const {
         text_index_.find(text != nullptr ? text->GetTextReference() : value->GetText());
     return found == text_index_.end() ? -1 : found->second;
   }
-  const auto found = number_index_.find(value->GetDouble());
+  const auto found = number_index_.find({value->GetDouble(), value->GetRest()});
   return found == number_index_.end() ? -1 : found->second;
 }
 
@@ -61,8 +61,9 @@ void ScoreDictVar::AddCategory(const ScoreValue& value, const std::string& text)
     categories_.push_back(std::make_unique<StringValue>(text));
     text_index_.emplace(text, index);
   } else {
-    categories_.push_back(std::make_unique<NumericValue>(value.GetDouble(), text));
-    number_index_.emplace(value.GetDouble(), index);
+    const svmscore::NumberKey key{value.GetDouble(), value.GetRest()};
+    categories_.push_back(std::make_unique<NumericValue>(key, text));
+    number_index_.emplace(key, index);
   }
   category_views_.push_back(categories_.back().get());
   displays_.push_back(text);
@@ -77,7 +78,7 @@ void ScoreDictVar::DeclareCategory(const std::string& text, const std::string& d
 
 void ScoreDictVar::Declare(Declared& set, const std::string& text, svmscore::FieldType type) {
   set.texts.push_back(text);
-  const std::optional<double> number = svmscore::NumberFromFieldText(text, type);
+  const auto number = svmscore::KeyFromFieldText(text, type);
   if (number) set.numbers.push_back(*number);
 }
 
@@ -91,7 +92,11 @@ void ScoreDictVar::DeclareInvalid(const std::string& text) {
 bool ScoreDictVar::Declared::Holds(const ScoreValue& value) const {
   if (texts.empty()) return false;
   if (value.IsNumeric() && !value.IsInvalid()) {
-    return std::find(numbers.begin(), numbers.end(), value.GetDouble()) != numbers.end();
+    const svmscore::NumberKey key{value.GetDouble(), value.GetRest()};
+    const bool nan = std::isnan(key.number);
+    return std::any_of(numbers.begin(), numbers.end(), [&](const svmscore::NumberKey& declared) {
+      return declared == key || (nan && std::isnan(declared.number));
+    });
   }
   const auto* string = dynamic_cast<const StringValue*>(&value);
   if (string != nullptr) {
@@ -142,7 +147,7 @@ void ScoreDictVar::Display(std::ostream& os) const {
 
 std::unique_ptr<ScoreValue> ScoreDictVar::ValueFromText(std::string_view text) const {
   if (GetStorageType() == 1) return std::make_unique<StringValue>(std::string(text));
-  const std::optional<double> number = svmscore::NumberFromFieldText(text, type_);
+  const auto number = svmscore::KeyFromFieldText(text, type_);
   if (number) return std::make_unique<NumericValue>(*number, std::string(text));
   auto value = std::make_unique<NumericValue>(NumericValue::GetSysmisValue());
   value->SetInvalid(std::string(text));

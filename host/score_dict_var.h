@@ -119,7 +119,7 @@ class SVMSCORE_HOST_API ScoreDictVar {
   // Values declared missing or invalid: as texts, and as numbers where they spell one.
   struct Declared {
     std::vector<std::string> texts;
-    std::vector<double> numbers;
+    std::vector<svmscore::NumberKey> numbers;
     bool Holds(const ScoreValue& value) const;
   };
   static void Declare(Declared& set, const std::string& text, svmscore::FieldType type);
@@ -135,7 +135,8 @@ class SVMSCORE_HOST_API ScoreDictVar {
   std::vector<const ScoreValue*> category_views_;
   std::vector<std::string> displays_;
   std::unordered_map<std::string, int> text_index_;  // string variables
-  std::unordered_map<double, int> number_index_;     // number variables
+  std::unordered_map<svmscore::NumberKey, int, svmscore::NumberKeyHash>
+      number_index_;  // number variables
   Declared missing_;
   Declared invalid_;
   std::vector<svmscore::Interval> intervals_;

@@ -15,18 +15,27 @@ NumericValue::NumericValue(double value) : value_(value) {}
 NumericValue::NumericValue(double value, std::string text)
     : value_(value), text_(std::move(text)) {}
 
+NumericValue::NumericValue(const svmscore::NumberKey& key, std::string text)
+    : value_(key.number), rest_(key.rest), text_(std::move(text)) {}
+
 double NumericValue::GetSysmisValue() {
   return std::numeric_limits<double>::lowest();
 }
 
 void NumericValue::SetDoubleValue(double value) {
-  value_ = value;
+  SetKey(svmscore::KeyOf(value));
+}
+
+void NumericValue::SetKey(const svmscore::NumberKey& key) {
+  value_ = key.number;
+  rest_ = key.rest;
   invalid_ = false;
   text_.clear();
 }
 
 void NumericValue::SetInvalid(std::string text) {
   value_ = std::numeric_limits<double>::quiet_NaN();
+  rest_ = 0;
   invalid_ = true;
   text_ = std::move(text);
 }
@@ -37,13 +46,15 @@ bool NumericValue::IsMissing() const {
 
 std::string NumericValue::GetText() const {
   if (IsMissing()) return {};
-  return text_.empty() && !invalid_ ? svmscore::FormatNumber(value_) : text_;
+  if (!text_.empty() || invalid_) return text_;
+  return rest_ == 0 ? svmscore::FormatNumber(value_)
+                    : std::to_string(svmscore::WholeOf({value_, rest_}));
 }
 
 bool NumericValue::IsEqual(const ScoreValue* other) const {
   if (other == nullptr || !other->IsNumeric()) return false;
   if (invalid_ || other->IsInvalid() || IsMissing() || other->IsMissing()) return false;
-  return value_ == other->GetDouble();
+  return value_ == other->GetDouble() && rest_ == other->GetRest();
 }
 
 std::unique_ptr<ScoreValue> NumericValue::Clone() const {

@@ -2,10 +2,12 @@
 #ifndef HOST_SCORE_VALUE_H_
 #define HOST_SCORE_VALUE_H_
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "host/api.h"
+#include "host/number_key.h"
 
 namespace MCZandor_850 {
 
@@ -20,6 +22,8 @@ class SVMSCORE_HOST_API ScoreValue {
   virtual bool IsInvalid() const = 0;
   // The number; of a text, the number that it spells, or NaN. System-missing where it is missing.
   virtual double GetDouble() const = 0;
+  // What GetDouble leaves of a whole number that no double holds; 0 for all else.
+  virtual std::int64_t GetRest() const { return 0; }
   // The text; of a number, the text it was given in a document, else its shortest exact form.
   // Empty where the value is missing.
   virtual std::string GetText() const = 0;
@@ -35,12 +39,14 @@ class SVMSCORE_HOST_API NumericValue : public ScoreValue {
   explicit NumericValue(double value);
   // A number that a document wrote as `text`.
   NumericValue(double value, std::string text);
+  NumericValue(const svmscore::NumberKey& key, std::string text);
 
   // The double that stands for a missing number. Ask for it; never assume its bits.
   static double GetSysmisValue();
 
   // Makes the value present (or missing, for the system-missing number) and forgets its text.
   void SetDoubleValue(double value);
+  void SetKey(const svmscore::NumberKey& key);
   // Makes the value invalid; `text` is what was given.
   void SetInvalid(std::string text);
 
@@ -48,12 +54,14 @@ class SVMSCORE_HOST_API NumericValue : public ScoreValue {
   bool IsMissing() const override;
   bool IsInvalid() const override { return invalid_; }
   double GetDouble() const override { return value_; }
+  std::int64_t GetRest() const override { return rest_; }
   std::string GetText() const override;
   bool IsEqual(const ScoreValue* other) const override;
   std::unique_ptr<ScoreValue> Clone() const override;
 
  private:
   double value_;
+  std::int64_t rest_ = 0;
   bool invalid_ = false;
   std::string text_;
 };

@@ -263,8 +263,9 @@ Value FromRecord(const ScoreValue* value, FieldType type, Arena& arena) {
   const double number = value->GetDouble();
   if (std::isnan(number)) return Value::Missing();
   if (type.data == DataType::kString) return Value::Text(arena.Copy(value->GetText()));
-  if (type.data == DataType::kInteger) return RoundToInteger(number);
-  return Value::Of(number, type);
+  if (type.data != DataType::kInteger) return Value::Of(number, type);
+  const std::int64_t rest = value->GetRest();
+  return rest == 0 ? RoundToInteger(number) : Value::Integer(WholeOf({number, rest}));
 }
 
 Comparison Compare(const Value& left, const Value& right) {
@@ -300,7 +301,7 @@ ValueOrder::ValueOrder(const MCZandor_850::ScoreDictVar& var) {
   int rank = 0;
   for (const ScoreValue* category : var.GetCategories()) {
     if (category->IsNumeric()) {
-      numbers_.emplace(category->GetDouble(), rank++);
+      numbers_.emplace(NumberKey{category->GetDouble(), category->GetRest()}, rank++);
     } else {
       texts_.emplace(category->GetText(), rank++);
     }
@@ -311,12 +312,14 @@ int ValueOrder::RankOf(const Value& value) const {
   if (value.IsText()) {
     const auto found = texts_.find(std::string(value.GetText()));
     if (found != texts_.end()) return found->second;
-    const auto number = numbers_.empty() ? std::nullopt : ParseNumber(value.GetText());
-    if (!number) return -1;
-    const auto spelt = numbers_.find(*number);
+    if (numbers_.empty()) return -1;
+    const auto whole = ParseInteger(value.GetText());
+    const auto number = ParseNumber(value.GetText());
+    if (!whole && !number) return -1;
+    const auto spelt = numbers_.find(whole ? svmscore::KeyOf(*whole) : svmscore::KeyOf(*number));
     return spelt == numbers_.end() ? -1 : spelt->second;
   }
-  const auto found = numbers_.find(value.GetNumber());
+  const auto found = numbers_.find(KeyOf(value));
   return found == numbers_.end() ? -1 : found->second;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/api.h"
+#include "host/number_key.h"
 #include "host/score_dict_var.h"
 #include "host/score_value.h"
 #include "host/transform/arena.h"
@@ -50,6 +51,12 @@ Value FromDocument(std::string_view text, Arena& arena);
 // a value, as a text otherwise.
 Value ForComparison(std::string_view text, std::optional<FieldType> type, Arena& arena);
 
+// The number of a present value that is no text, whole numbers exactly.
+inline NumberKey KeyOf(const Value& value) {
+  return value.IsInteger() ? svmscore::KeyOf(value.GetInteger())
+                           : svmscore::KeyOf(value.GetNumber());
+}
+
 // A value of a case record, by the type of its field. Texts are views of the record's own where
 // it keeps them, else copies in `arena`.
 SVMSCORE_HOST_API Value FromRecord(const MCZandor_850::ScoreValue* value, FieldType type,
@@ -70,7 +77,7 @@ class ValueOrder {
 
  private:
   std::unordered_map<std::string, int> texts_;
-  std::unordered_map<double, int> numbers_;
+  std::unordered_map<NumberKey, int, NumberKeyHash> numbers_;
 };
 
 }  // namespace svmscore::transform

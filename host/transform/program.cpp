@@ -34,7 +34,7 @@ const ScoreValue* Scratch::Holder::Hold(const Value& value, FieldType type) {
   }
   if (!number) number = std::make_unique<NumericValue>(0.0);
   if (value.IsPresent()) {
-    number->SetDoubleValue(value.GetNumber());
+    number->SetKey(KeyOf(value));
   } else {
     number->SetInvalid({});
   }

@@ -7,17 +7,27 @@
 
 namespace svmscore::transform {
 
+namespace {
+
+std::optional<NumberKey> Spelt(std::string_view text) {
+  if (const auto whole = ParseInteger(text)) return svmscore::KeyOf(*whole);
+  const auto number = ParseNumber(text);
+  return number ? std::optional(svmscore::KeyOf(*number)) : std::nullopt;
+}
+
+}  // namespace
+
 int KeyColumn::Add(std::string_view cell) {
-  std::optional<double> number;
+  std::optional<NumberKey> number;
   if (!type_) {
-    number = ParseNumber(cell);
+    number = Spelt(cell);
   } else if (!ByText()) {
     Arena pool;
     const Value value = FromDocument(cell, *type_, pool);
     if (!value.IsPresent()) return -1;
-    number = value.GetNumber();
+    number = KeyOf(value);
   }
-  if (number && std::isnan(*number)) return -1;
+  if (number && std::isnan(number->number)) return -1;
   const auto [id, added] = number ? [&] {
     const auto result = numbers_.emplace(*number, count_);
     return std::pair(result.first->second, result.second);
@@ -35,12 +45,7 @@ int KeyColumn::Find(const Value& value, Arena& arena) const {
     if (found != texts_.end()) return found->second;
     if (type_) return -1;
   }
-  std::optional<double> number;
-  if (value.IsText()) {
-    number = ParseNumber(value.GetText());
-  } else {
-    number = value.GetNumber();
-  }
+  const std::optional<NumberKey> number = value.IsText() ? Spelt(value.GetText()) : KeyOf(value);
   if (!number) return -1;
   const auto found = numbers_.find(*number);
   return found == numbers_.end() ? -1 : found->second;

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "host/number_key.h"
 #include "host/transform/arena.h"
 #include "host/transform/value.h"
 
@@ -38,7 +39,7 @@ class KeyColumn {
   std::optional<FieldType> type_;
   int count_ = 0;
   std::unordered_map<std::string, int, Hash, std::equal_to<>> texts_;
-  std::unordered_map<double, int> numbers_;
+  std::unordered_map<NumberKey, int, NumberKeyHash> numbers_;
 };
 
 // Rows by the numbers of their keys: a step from key to key, each a hashed look-up.

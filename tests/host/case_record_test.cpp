@@ -50,6 +50,26 @@ TEST(InputCaseRecord, ADeclaredMissingTextOnANumberFieldIsMissing) {
   Field field;
   field.var.DeclareMissing("N/A");
   field.Read("N/A", InputState::kMissing);
+  field.Read("NaN", InputState::kInvalid);
+  field.var.DeclareMissing("NaN");
+  field.Read("NaN", InputState::kMissing);
+  field.Read("INF", InputState::kInvalid);
+}
+
+TEST(InputCaseRecord, TellsIntegersApartThatAreOneDouble) {
+  const char* even = "9007199254740992";
+  const char* odd = "9007199254740993";
+  Field field(OpType::kCategorical, DataType::kInteger);
+  field.var.DeclareCategory(odd, "");
+  field.Read(even, InputState::kInvalid);
+  EXPECT_EQ(field.Read(odd, InputState::kPresent), odd);
+  field.var.DeclareCategory(even, "");
+  EXPECT_EQ(field.var.GetCategoryIndexOfText(odd), 0);
+  EXPECT_EQ(field.var.GetCategoryIndexOfText(even), 1);
+  EXPECT_FALSE(field.var.GetCategories()[0]->IsEqual(field.var.GetCategories()[1]));
+  field.var.DeclareMissing("9223372036854775807");
+  field.Read("9223372036854775806", InputState::kInvalid);
+  field.Read("9223372036854775807", InputState::kMissing);
 }
 
 TEST(InputCaseRecord, ListedValuesCloseTheSetAndCompareByType) {

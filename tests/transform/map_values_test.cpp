@@ -51,6 +51,13 @@ TEST(MapValues, ComparesKeysInTheFieldsType) {
   EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "in"), rows))
                 .Derive("d", {{"g", "1"}}),
             "missing");
+  // Two integers that no double tells apart.
+  const std::string large = Row("9223372036854775807", "odd") + Row("9223372036854775806", "even");
+  EXPECT_THAT(Mapped(DataField("g", "integer"), "string", Map("", Pair("g", "in"), large))
+                  .DeriveAll("d", {{{"g", "9223372036854775807"}},
+                                   {{"g", "9223372036854775806"}},
+                                   {{"g", "9223372036854775805"}}}),
+              ElementsAre("odd", "even", "missing"));
   EXPECT_EQ(Mapped(DataField("g", "date", "ordinal"), "string",
                    Map("", Pair("g", "in"), Row("2024-02-29", "leap")))
                 .Derive("d", {{"g", "2024-02-29"}}),

@@ -110,8 +110,9 @@ LabelKeys::LabelKeys(const DOMElement* data_field) {
 }
 
 std::string LabelKeys::Of(const std::string& label) const {
-  const auto number = number_type_ ? NumberFromFieldText(label, *number_type_) : std::nullopt;
-  return number ? FormatNumber(*number) : label;
+  const auto number = number_type_ ? KeyFromFieldText(label, *number_type_) : std::nullopt;
+  if (!number) return label;
+  return number->rest == 0 ? FormatNumber(number->number) : std::to_string(WholeOf(*number));
 }
 
 std::vector<std::string> ListedCategories(const Target& target) {
