@@ -29,6 +29,11 @@ bool IsInMiningSchema(const LoadedModel& loaded, const std::string& name) {
   return false;
 }
 
+bool IsDerived(const LoadedModel& loaded, const std::string& name) {
+  const auto* derived = loaded.model->GetTransformationDictionary();
+  return derived != nullptr && derived->FindVar(name) != nullptr;
+}
+
 Roles RolesOf(const LoadedModel& loaded, const Verification& verification, const VerifyCase& scored,
               VerifyReport& report) {
   Roles roles;
@@ -52,6 +57,10 @@ Roles RolesOf(const LoadedModel& loaded, const Verification& verification, const
     } else if (auto derived = scored.FindDerived(name)) {
       report.Remark(fmt::format("{} is a derived field: its values are compared", name));
       roles.expected.emplace_back(i, *std::move(derived));
+    } else if (IsDerived(loaded, name)) {
+      report.Remark(fmt::format(
+          "{} is a derived field that nothing else needs: it is not computed, and not compared",
+          name));
     } else if (!IsInMiningSchema(loaded, name)) {
       ThrowAt(column.element, code::kUnknownField, name, "VerificationField");
     }

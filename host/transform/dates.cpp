@@ -43,11 +43,29 @@ Value SecondsSinceMidnight(const Arguments& in) {
                                                       : Value::Invalid();
 }
 
+// A date that does not exist never will.
+std::unique_ptr<Prepared> CheckFixedDate(const Element* element,
+                                         std::span<const Value* const> fixed) {
+  const auto given = [&fixed](std::size_t i) {
+    return i < fixed.size() && fixed[i] != nullptr && fixed[i]->IsPresent();
+  };
+  Arena arena;
+  if (given(0) && !DayAndSecondOf(*fixed[0])) {
+    Refuse(element, '"' + std::string(TextOf(*fixed[0], arena)) + "\" is no date or time");
+  }
+  if (given(1) && !DaysToYearOf(*fixed[1])) {
+    Refuse(element, '"' + std::string(TextOf(*fixed[1], arena)) + "\" is no year");
+  }
+  return nullptr;
+}
+
 constexpr std::array kFunctions = {
-    Function{"dateDaysSinceYear", 2, 2, Returns::kNumber, Accepts::kPresent, DaysSinceYear},
-    Function{"dateSecondsSinceYear", 2, 2, Returns::kNumber, Accepts::kPresent, SecondsSinceYear},
+    Function{"dateDaysSinceYear", 2, 2, Returns::kNumber, Accepts::kPresent, DaysSinceYear,
+             CheckFixedDate},
+    Function{"dateSecondsSinceYear", 2, 2, Returns::kNumber, Accepts::kPresent, SecondsSinceYear,
+             CheckFixedDate},
     Function{"dateSecondsSinceMidnight", 1, 1, Returns::kNumber, Accepts::kPresent,
-             SecondsSinceMidnight},
+             SecondsSinceMidnight, CheckFixedDate},
 };
 
 }  // namespace

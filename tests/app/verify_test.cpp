@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/app/run_program.h"
@@ -92,6 +93,18 @@ TEST(Verify, TheTargetIsExpectedOnlyWhereNoOutputFieldIs) {
       Replaced(both, field, "VerificationField field=\"y\" column=\"y_hat\"");
   EXPECT_EQ(run(target).status, 1);
   EXPECT_NE(run(target).out.find("record 1: y: expected small, got 2.441"), std::string::npos);
+
+  // A derived field that nothing needs.
+  const std::string derived =
+      Replaced(Replaced(both, "<PolynomialKernelType",
+                        "<LocalTransformations><DerivedField name=\"rest\" optype=\"continuous\" "
+                        "dataType=\"double\"><FieldRef field=\"x1\"/></DerivedField>"
+                        "</LocalTransformations><PolynomialKernelType"),
+               "</VerificationFields>",
+               "<VerificationField field=\"rest\" column=\"x1\"/></VerificationFields>");
+  EXPECT_THAT(run(derived).out,
+              testing::HasSubstr("rest is a derived field that nothing else needs"));
+  EXPECT_EQ(run(derived).status, 0);
 
   const Ran unknown = run(Replaced(both, field, "VerificationField field=\"z\""));
   EXPECT_EQ(unknown.status, 3);

@@ -81,6 +81,9 @@ TEST(Refusals, NamePlaceAndReason) {
            {CallToXml("formatNumber(x, '%d%d')"), "260313 at element Apply", "one conversion"},
            {CallToXml("formatNumber(x, '%99999d')"), "260313 at element Apply", "99999"},
            {CallToXml("formatDatetime(x, '%Q')"), "260313 at element Apply", "%Q"},
+           {CallToXml("dateDaysSinceYear('2023-02-30', 1960)"), "260313 at element Apply",
+            "\"2023-02-30\" is no date"},
+           {CallToXml("dateDaysSinceYear(x, 'then')"), "260313 at element Apply", "no year"},
            {"<Apply function=\"+\" invalidValueTreatment=\"asValue\">" + CallToXml("1") +
                 CallToXml("1") + "</Apply>",
             "260153 at element Apply", "asValue"},
