@@ -29,7 +29,7 @@ std::unique_ptr<ScoreValue> ReplacementFrom(const DOMElement* field, const Score
   return value;
 }
 
-void ReadOutliers(const DOMElement* field, FieldTreatment& treatment) {
+void ReadOutliers(const DOMElement* field, const ScoreDictVar& var, FieldTreatment& treatment) {
   const std::string text = FindAttribute(field, "outliers").value_or("asIs");
   if (text == "asIs") return;
   if (text == "asMissingValues") {
@@ -48,6 +48,8 @@ void ReadOutliers(const DOMElement* field, FieldTreatment& treatment) {
   if (treatment.low > treatment.high) {
     ThrowAt(field, code::kBadContent, "lowValue is above highValue", "MiningField");
   }
+  // Only what can be ordered as numbers has values that lie far out.
+  if (var.GetTypeCode() != static_cast<int>(OpType::kContinuous)) treatment.outliers = Outliers::kAsIs;
 }
 
 void ReadInvalid(const DOMElement* field, const ScoreDictVar& var, FieldTreatment& treatment) {
@@ -96,7 +98,7 @@ void ApplyMiningSchema(const DOMElement* schema, const MCZandor_850::ScoreDictio
       var->SetOpType(*op_type);
     }
     FieldTreatment treatment;
-    ReadOutliers(field, treatment);
+    ReadOutliers(field, *var, treatment);
     ReadInvalid(field, *var, treatment);
     ReadMissing(field, *var, treatment);
     var->SetTreatment(treatment);

@@ -356,7 +356,7 @@ INSTANTIATE_TEST_SUITE_P(
         Silent{"pair-out-of-order",
                "ResponseCategory",
                {{kMachine, kMachine + Probability("b", "a")},
-                {kSecondMachine, kSecondMachine + Probability("a", "c, d")},
+                {kSecondMachine, kSecondMachine + Probability("a", "b")},
                 {kThirdMachine, kThirdMachine + Probability("b", "c, d")}}},
         Silent{"extension-on-some",
                "SupportVectorMachine",

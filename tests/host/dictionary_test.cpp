@@ -103,13 +103,17 @@ TEST(ParseDictionary, RefusesWhatTheStandardDoesNotKnow) {
 TEST(ParseDictionary, AppliesTheMiningSchema) {
   Dictionary d(
       "<DataField name='x' optype='continuous' dataType='double'/>"
+      "<DataField name='z' optype='continuous' dataType='double'/>"
       "<DataField name='b' optype='categorical' dataType='boolean'/>",
+      "<MiningField name='z' outliers='asMissingValues' highValue='1'/>"
       "<MiningField name='x' optype='categorical' outliers='asMissingValues' "
       "lowValue='1' invalidValueTreatment='asMissing'/>"
       "<MiningField name='b' missingValueReplacement='true'/>");
   EXPECT_EQ(d["x"].GetTypeCode(), 3);
   EXPECT_EQ(d["x"].GetTreatment().low, 1.0);
-  EXPECT_EQ(d["x"].GetTreatment().outliers, FieldTreatment::Outliers::kAsMissing);
+  EXPECT_EQ(d["z"].GetTreatment().outliers, FieldTreatment::Outliers::kAsMissing);
+  // Categories lie nowhere.
+  EXPECT_EQ(d["x"].GetTreatment().outliers, FieldTreatment::Outliers::kAsIs);
   EXPECT_EQ(d["x"].GetTreatment().invalid, FieldTreatment::Invalid::kAsMissing);
   ASSERT_NE(d["b"].GetMissingReplacement(), nullptr);
   EXPECT_EQ(d["b"].GetMissingReplacement()->GetDouble(), 1.0);

@@ -1,7 +1,14 @@
 // Whole documents: those that need no step, and one in two forms.
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <memory>
+
+#include "host/message_codes.h"
 #include "host/pmml/intake.h"
+#include "host/pmml/loader.h"
+#include "host/score_case_record.h"
+#include "host/score_result.h"
 #include "tests/intake/reading.h"
 
 namespace svmscore_test {
@@ -34,6 +41,56 @@ TEST(Documents, ASecondReadingChangesNothing) {
   Reading reading = Read(parts.Text());
   EXPECT_EQ(reading.steps.size(), 5u) << reading.Steps();
   EXPECT_TRUE(svmscore::MakeReadable(reading.document, svmscore::IntakeMode::kStrict).empty());
+}
+
+// Machines whose probabilities stand in another order, or are those of the other category.
+TEST(Documents, ProbabilitiesOfPairsInAnyOrder) {
+  Parts parts;
+  parts.Classify();
+  parts.target = R"(<DataField name="t" optype="categorical" dataType="string">)"
+                 R"(<Value value="a"/><Value value="b"/><Value value="c"/></DataField>)";
+  parts.model += R"( classificationMethod="OneAgainstOne")";
+  const auto machine = [](const std::string& response, const std::string& other, int a, int b) {
+    return Replaced(Parts::Machine("targetCategory=\"" + response +
+                                   "\" alternateTargetCategory=\"" + other + '"'),
+                    "<SupportVectors>",
+                    R"(<Extension extender="svmscore"><ResponseCategory response=")" + response +
+                        R"(" nonResponse=")" + other + R"("/><ProbabilityParameters A=")" +
+                        std::to_string(a) + R"(" B=")" + std::to_string(b) +
+                        R"("/></Extension><SupportVectors>)");
+  };
+  const auto probabilities = [&](const std::string& machines) {
+    parts.machines = machines;
+    auto loaded = svmscore::LoadModel(svmscore::Plugin(SVMSCORE_PLUGIN_FILE),
+                                      svmscore::PmmlDocument::FromText(parts.Text(), "test.pmml"));
+    MCZandor_850::InputCaseRecord record(loaded.needed, false, false);
+    for (std::size_t i = 0; i < record.Size(); ++i) record.SetNumber(i, 0.25);
+    MCZandor_850::ScoreResult* result = nullptr;
+    loaded.model->GetScore(&record, result, false);
+    const std::unique_ptr<MCZandor_850::ScoreResult> owner(result);
+    std::vector<double> all;
+    auto* classification = dynamic_cast<MCZandor_850::ScoreClsResult*>(result);
+    for (const auto& [category, percent] : classification->GetAllValuePercent()) {
+      all.push_back(percent);
+    }
+    return all;
+  };
+  const std::string ab = machine("a", "b", 1, -2);
+  const std::string ac = machine("a", "c", -1, 0);
+  const std::string bc = machine("b", "c", 2, 1);
+  const std::vector<double> ordered = probabilities(ab + ac + bc);
+  EXPECT_EQ(Read(parts.Text()).Steps(), "");
+  EXPECT_EQ(probabilities(bc + ab + ac), ordered);
+  EXPECT_EQ(Read(parts.Text()).Steps(), "pairs-ordered 1");
+  const std::vector<double> reversed = probabilities(ab + machine("c", "a", 1, 0) + bc);
+  ASSERT_EQ(reversed.size(), 3u);
+  for (std::size_t i = 0; i < 3; ++i) EXPECT_NEAR(reversed[i], ordered[i], 1e-14);
+  EXPECT_GT(std::abs(ordered[0] - ordered[1]), 0.01);
+  // Two machines for one pair.
+  parts.machines = ab + ac + ac;
+  EXPECT_EQ(Read(parts.Text()).Steps(), "pairs-unordered 1");
+  const auto error = Refusal(parts.Text(), svmscore::IntakeMode::kStrict);
+  EXPECT_EQ(error.GetErrorCode(), svmscore::code::kBadContent);
 }
 
 // Both vectors together have the value 0.5 x - 3.3 y; given by one coefficient a field the machines

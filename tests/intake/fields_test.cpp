@@ -57,6 +57,26 @@ TEST(Transformations, OfOneKindStayWhereTheyAre) {
   EXPECT_EQ(Read(parts.Text()).Steps(), "");
 }
 
+TEST(VectorPositions, TakeNumbersOnly) {
+  const auto refused = [](const std::string& type) {
+    Parts parts;
+    parts.fields = Replaced(parts.fields, R"(name="y" optype="continuous" dataType="double")",
+                            R"(name="y" optype="ordinal" dataType=")" + type + '"');
+    try {
+      Score(parts.Text(), {{"x", "1"}, {"y", "1"}});
+    } catch (const MCZandor_850::SSException& error) {
+      return std::to_string(error.GetErrorCode()) + " at " + error.GetPlace();
+    }
+    return std::string();
+  };
+  for (const char* type : {"string", "date", "time", "dateTime"}) {
+    EXPECT_EQ(refused(type), "260316 at element FieldRef, line 5") << type;
+  }
+  for (const char* type : {"boolean", "integer", "timeSeconds", "dateDaysSince[1960]"}) {
+    EXPECT_EQ(refused(type), "") << type;
+  }
+}
+
 TEST(VectorPositions, MissingInputsAreMapped) {
   Parts parts = Sum();
   parts.positions = R"(<FieldRef field="x" mapMissingTo="0.5"/><FieldRef field="y"/>)";

@@ -50,7 +50,7 @@ TEST(Names, ForeignContentKeepsItsNames) {
                 R"( xmlns:q="http://www.dmg.org/PMML-4_4")";
   parts.global = R"(<Extension extender="me"><q:Value/></Extension><o:Target/>)";
   const Reading reading = Read(parts.Text());
-  EXPECT_EQ(reading.Steps(), "");
+  EXPECT_EQ(reading.Steps(), "element-ignored 1");
   EXPECT_NE(reading.Show("q:Value"), "");
   EXPECT_NE(reading.Show("o:Target"), "");
 }
@@ -78,9 +78,11 @@ TEST(Version, IsTakenFromAttributeOrNamespace) {
       {R"(version="4.3" xmlns="http://www.dmg.org/PMML-4_4")", "version-disagreement 1", "4.3"},
       {R"(xmlns="https://www.dmg.org/PMML-3_1")", "version-from-namespace 1", "3.1"},
       {R"(version="next" xmlns="http://www.dmg.org/PMML-4_0")", "version-from-namespace 1", "4.0"},
-      {R"(version="")", "version-assumed 1", "4.4"},
+      {R"(version="" xmlns="")", "namespace-missing 1, version-assumed 1", "4.4"},
       {R"(version="4")", "", "4"},
-      {R"(version=" 4.1")", "version-spelling 1", "4.1"},
+      {R"(version=" 4.1" xmlns="http://www.dmg.org/PMML-4_1")", "version-spelling 1", "4.1"},
+      {R"(version="4.4" xmlns="urn:other")", "namespace-unknown 1", "4.4"},
+      {R"(version="4.5" xmlns="http://www.dmg.org/PMML-4_5")", "namespace-unknown 1", "4.5"},
   };
   for (const auto& [root, steps, version] : cases) {
     Parts parts;

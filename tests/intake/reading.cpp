@@ -1,6 +1,7 @@
 #include "tests/intake/reading.h"
 
 #include <memory>
+#include <regex>
 
 #include <gtest/gtest.h>
 
@@ -56,7 +57,14 @@ void Parts::Classify() {
 }
 
 std::string Parts::Text() const {
-  return "<PMML " + root + ">\n<Header/><DataDictionary>" + fields + target +
+  std::string name;
+  if (root.find("xmlns=") == std::string::npos) {
+    std::smatch version;
+    const bool stated = std::regex_search(root, version, std::regex(R"re(="(\d)\.(\d))re"));
+    name = " xmlns=\"http://www.dmg.org/PMML-" +
+           (stated ? version[1].str() + '_' + version[2].str() : "4_4") + '"';
+  }
+  return "<PMML " + root + name + ">\n<Header/><DataDictionary>" + fields + target +
          "</DataDictionary>\n" + global + "<SupportVectorMachineModel " + model +
          ">\n<MiningSchema>" + schema + "</MiningSchema>" + local + kernel +
          "<VectorDictionary>\n<VectorFields>" + positions + "</VectorFields>\n" + vectors +

@@ -15,7 +15,7 @@ namespace svmscore_test {
 // A regression over the numbers x and y: one linear machine with the vectors a and b, the
 // coefficients 2 and -3 and the absolute value 0.5. Tests replace the parts that they are about.
 struct Parts {
-  std::string root = R"(version="4.4")";
+  std::string root = R"(version="4.4")";  // without a namespace it gets that of its version
   std::string fields = R"(<DataField name="x" optype="continuous" dataType="double"/>)"
                        R"(<DataField name="y" optype="continuous" dataType="double"/>)"
                        R"(<DataField name="colour" optype="categorical" dataType="string"/>)";

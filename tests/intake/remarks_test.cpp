@@ -39,6 +39,26 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
        code::kBadValue, "element Coefficients, line 7"},
       {"<SupportVectorMachine ", R"(<SupportVectorMachine threshold="low" )",
        "unreadable-attribute 1", -5.6, code::kBadValue, "element SupportVectorMachine, line 7"},
+      {"<LinearKernelType/>", "<LinearKernelType/><BesselKernelType/>", "element-ignored 1", -5.6,
+       code::kUnsupported, "element BesselKernelType, line 4"},
+      {R"(name="y"/><M)", R"(name="y" missingValueReplacment="3"/><M)", "attribute-ignored 1", -5.6,
+       code::kUnsupported, "element MiningField, line 4"},
+      {"</SupportVectors>", R"(</SupportVectors><SupportVectors/>)", "element-repeated 1", -5.6,
+       code::kBadContent, "element SupportVectors, line 7"},
+      {"<LinearKernelType/>", R"(<Targets><Target field="u"/></Targets><LinearKernelType/>)",
+       "target-unknown 1", -5.6, code::kUnknownField, "element Target, line 4"},
+      {"<LinearKernelType/>",
+       R"(<Targets><Target field="t"/><Target field="t"/></Targets>)"
+       "<LinearKernelType/>",
+       "target-declared-twice 1", -5.6, code::kDuplicateName, "element Target, line 4"},
+      {R"(functionName)", R"(svmRepresentation="Vectors" functionName)",
+       "attribute-value-ignored 1", -5.6, code::kBadValue,
+       "element SupportVectorMachineModel, line 3"},
+      {R"(dataType="string"/>)",
+       R"(dataType="string"><Interval closure="openOpen" leftMargin="1"/></DataField>)",
+       "interval-ignored 1", -5.6, code::kBadContent, "element Interval, line 2"},
+      {R"(name="colour"/>)", R"(name="colour" outliers="asExtremeValues" lowValue="1"/>)",
+       "outliers-ignored 1", -5.6, code::kBadValue, "element MiningField, line 4"},
       {R"(<FieldRef field="y"/>)", R"(<Field name="z"/><FieldRef field="y"/>)",
        "vector-field-ignored 1", -5.6, code::kUnsupported, "element Field, line 5"},
       {R"(name="colour"/>)", R"(name="colour"/><MiningField name="hue"/>)",
@@ -78,9 +98,46 @@ TEST(Remarks, TellOfFractionsInPlaceOfMissingIntegers) {
     return Read(parts.Text()).Steps();
   };
   EXPECT_EQ(read("1.0"), "");
+  EXPECT_EQ(read("9007199254740993"), "rounded-replacement 1");
   EXPECT_EQ(read("2.7"), "fractional-replacement 1");
   EXPECT_NEAR(std::stod(Score(parts.Text(), {{"y", "2"}})), -4.75, 1e-12);
   EXPECT_EQ(Refusal(parts.Text(), IntakeMode::kStrict).GetErrorCode(), code::kBadValue);
+}
+
+// Local derived fields come before inputs, and inputs before those of the whole document.
+TEST(Remarks, TellOfNamesThatAreUsedTwice) {
+  const std::string ten =
+      R"(<DerivedField name="x" optype="continuous" dataType="double"><Constant>10</Constant>)"
+      "</DerivedField>";
+  const std::string ln =
+      R"(<DefineFunction name="ln" optype="continuous"><ParameterField name="p"/>)"
+      R"(<FieldRef field="p"/></DefineFunction>)";
+  const auto global = [](const std::string& content) {
+    return "<TransformationDictionary>" + content + "</TransformationDictionary>";
+  };
+  const std::string local = "<LocalTransformations>" + ten + "</LocalTransformations>";
+  const std::string reached = "derived-field-over-input 1, derived-field-reached 1";
+  const struct {
+    std::string global;
+    std::string local;
+    std::string steps;
+    double prediction;  // for (1, 2); with 10 for x it is -1.1
+  } cases[] = {
+      {global(ten), "", "derived-field-under-input 1", -5.6},
+      {"", local, reached, -1.1},
+      {global(ln), local,
+       "derived-field-over-input 1, function-name-taken 1, "
+       "transformations-merged 1, derived-field-reached 1",
+       -1.1},
+  };
+  for (const auto& [global_part, local_part, steps, prediction] : cases) {
+    Parts parts;
+    parts.global = global_part;
+    parts.local = local_part;
+    EXPECT_EQ(Read(parts.Text()).Steps(), steps);
+    EXPECT_NEAR(std::stod(Score(parts.Text(), {{"x", "1"}, {"y", "2"}})), prediction, 1e-12);
+    EXPECT_EQ(Refusal(parts.Text(), IntakeMode::kStrict).GetErrorCode(), code::kDuplicateName);
+  }
 }
 
 TEST(Remarks, TellOfVectorsWithoutFields) {
@@ -138,13 +195,14 @@ TEST(Refusals, CoverRootsOfOtherLanguages) {
 }
 
 TEST(Refusals, DocumentsWithoutAModelAreTheTranslators) {
-  EXPECT_EQ(Read("<PMML version='4.4'/>").Steps(), "");
-  EXPECT_EQ(Read("<PMML version='4.4'><SupportVectorMachineModel/></PMML>").Steps(), "");
-  EXPECT_EQ(Read("<PMML version='4.4'><SupportVectorMachineModel functionName='classification'>"
-                 "<VectorDictionary><VectorFields><FieldRef/></VectorFields></VectorDictionary>"
-                 "<SupportVectorMachine/></SupportVectorMachineModel></PMML>")
-                .Steps(),
-            "");
+  for (const char* content :
+       {"", "<SupportVectorMachineModel/>",
+        "<SupportVectorMachineModel functionName='classification'><VectorDictionary><VectorFields>"
+        "<FieldRef/></VectorFields></VectorDictionary><SupportVectorMachine/>"
+        "</SupportVectorMachineModel>"}) {
+    const std::string text = "<PMML version='4.4' xmlns='http://www.dmg.org/PMML-4_4'>";
+    EXPECT_EQ(Read(text + content + "</PMML>").Steps(), "") << content;
+  }
 }
 
 }  // namespace

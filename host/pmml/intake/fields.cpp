@@ -3,6 +3,7 @@
 #include "host/pmml/elements.h"
 #include "host/pmml/intake/edit.h"
 #include "host/tags.h"
+#include "host/transform/build.h"
 #include "host/translator.h"
 
 namespace svmscore::intake {
@@ -29,6 +30,11 @@ bool IsValid(const DOMElement* value) {
 }
 
 Fields::Fields(Intake& intake) : intake_(intake) {
+  const DOMElement* schema = intake.ModelChild(tags::XML_ELE_MININGSCHEMA);
+  std::unordered_set<std::string> inputs;
+  for (const DOMElement* field : Children(schema, tags::XML_ELE_MININGFIELD)) {
+    inputs.insert(Narrow(AttributeView(field, u"name")));
+  }
   const std::pair<const DOMElement*, const char*> lists[] = {
       {FindChild(intake.Root(), tags::XML_ELE_DATADICTIONARY), "DataField"},
       {FindChild(intake.Root(), tags::XML_ELE_TRANSFORMATION), "DerivedField"},
@@ -36,7 +42,14 @@ Fields::Fields(Intake& intake) : intake_(intake) {
       {intake.ModelChild("Output"), kOutputField}};
   for (const auto& [list, name] : lists) {
     for (DOMElement* field : Children(list, name)) {
-      fields_.try_emplace(Narrow(AttributeView(field, u"name")), field);
+      const std::string text = Narrow(AttributeView(field, u"name"));
+      const auto [known, is_new] = fields_.try_emplace(text, field);
+      const bool over_input =
+          !is_new && NameOf(known->second) == "DataField" && NameOf(field) == "DerivedField";
+      if (!over_input) continue;
+      if (transform::IsLocal(field) || (schema != nullptr && !inputs.contains(text))) {
+        hiding_.emplace(text, field);
+      }
     }
   }
 }
@@ -45,6 +58,11 @@ DOMElement* Fields::Find(const std::string& name) const {
   const auto found = fields_.find(name);
   if (found == fields_.end() || NameOf(found->second) == kOutputField) return nullptr;
   return found->second;
+}
+
+DOMElement* Fields::FindHiding(const std::string& name) const {
+  const auto found = hiding_.find(name);
+  return found == hiding_.end() ? nullptr : found->second;
 }
 
 bool Fields::Lists(const DOMElement* field, const std::string& value) {

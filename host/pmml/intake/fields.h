@@ -18,6 +18,8 @@ class Fields {
 
   // The DataField or DerivedField of that name; null where there is none.
   DOMElement* Find(const std::string& name) const;
+  // The DerivedField that takes the place of the DataField of its name; null where there is none.
+  DOMElement* FindHiding(const std::string& name) const;
   // Whether `field` lists `value` among its valid values, in these very letters.
   bool Lists(const DOMElement* field, const std::string& value);
   // `wish`, or where a field has that name, one that begins with it.
@@ -31,6 +33,7 @@ class Fields {
 
   Intake& intake_;
   std::unordered_map<std::string, DOMElement*> fields_;  // output fields too
+  std::unordered_map<std::string, DOMElement*> hiding_;
   std::unordered_map<const DOMElement*, std::unordered_set<std::string>> values_;
 };
 

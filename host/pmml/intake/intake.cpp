@@ -51,8 +51,11 @@ std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) {
   intake::SettleVersion(intake);
   intake::ChooseModel(intake);
   if (intake.Model() == nullptr) return intake.TakeSteps();
+  intake::CheckVocabulary(intake);
   intake::UseKnownSpellings(intake);
   intake::CheckMiningSchema(intake);
+  intake::CheckNamesUsed(intake);
+  intake::CheckTargets(intake);
   intake::HideExtensionContent(intake, extensions);
   intake::MergeTransformations(intake);
   // Vectors are measured by the number of vector fields, and the linear form makes a vector of its
@@ -66,6 +69,7 @@ std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) {
   intake::UseOneDecisionRule(intake);
   intake::CompleteTarget(intake);
   intake::MatchLabels(intake);
+  intake::OrderPairs(intake);
   intake::CheckMachines(intake);
   return intake.TakeSteps();
 }

@@ -16,10 +16,6 @@ constexpr StepKind kSeveral{
     "several-models",
     "the document holds several models; the first SupportVectorMachineModel is scored"};
 
-bool IsModel(const std::string& name) {
-  return name.ends_with("Model") || name == "NeuralNetwork" || name == "Scorecard";
-}
-
 bool HoldsMachine(DOMElement* model) {
   for (DOMElement* at = NextInTree(model, model, false); at != nullptr;
        at = NextInTree(at, model, NameOf(at) == tags::XML_ELE_EXTENSION)) {
@@ -30,11 +26,15 @@ bool HoldsMachine(DOMElement* model) {
 
 }  // namespace
 
+bool IsModelName(const std::string& name) {
+  return name.ends_with("Model") || name == "NeuralNetwork" || name == "Scorecard";
+}
+
 void ChooseModel(Intake& intake) {
   std::vector<DOMElement*> models;
   for (DOMElement* child = BaseTranslator::GetFirstChildElt(intake.Root()); child != nullptr;
        child = BaseTranslator::GetNextSiblingElt(child)) {
-    if (IsModel(NameOf(child))) models.push_back(child);
+    if (IsModelName(NameOf(child))) models.push_back(child);
   }
   intake.SetModel(FindChild(intake.Root(), tags::XML_ELE_SVMMODEL));
   for (std::size_t i = 0; i < models.size() && intake.Model() == nullptr; ++i) {

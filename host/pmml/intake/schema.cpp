@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "host/number_key.h"
 #include "host/number_text.h"
 #include "host/pmml/elements.h"
 #include "host/pmml/intake/edit.h"
@@ -29,6 +30,15 @@ constexpr StepKind kFraction{
     "fractional-replacement",
     "a fraction that replaces missing values of an integer field is used as it stands"};
 
+constexpr StepKind kRounded{
+    "rounded-replacement",
+    "a whole number beyond 2^53 that replaces missing values is used as the nearest double"};
+constexpr StepKind kInterval{"interval-ignored",
+                             "an Interval of a field that is not continuous is not read"};
+constexpr StepKind kOutliers{
+    "outliers-ignored",
+    "the treatment of outliers has no effect on a field that is not a continuous number"};
+
 constexpr std::array kUsages = {"active", "predicted", "target",          "supplementary",
                                 "group",  "order",     "frequencyWeight", "analysisWeight"};
 constexpr std::array kMissingTreatments = {"asIs",     "asMean",  "asMode",
@@ -47,8 +57,29 @@ void CheckReplacement(Intake& intake, const DOMElement* field, const DOMElement*
   if (AttributeView(declared, u"dataType") != u"integer") return;
   const auto text = FindAttribute(field, tags::XML_ATT_MININGFIELD_MISSREPLACE);
   const auto number = text ? ParseNumber(*text) : std::nullopt;
-  if (!number || *number == std::floor(*number)) return;
-  intake.Doubt(kFraction, field, code::kBadValue, *text, tags::XML_ATT_MININGFIELD_MISSREPLACE,
+  if (!number) return;
+  const auto whole = ParseInteger(*text);
+  const bool fraction = *number != std::floor(*number);
+  if (!fraction && (!whole || KeyOf(*whole).rest == 0)) return;
+  intake.Doubt(fraction ? kFraction : kRounded, field, code::kBadValue, *text,
+               tags::XML_ATT_MININGFIELD_MISSREPLACE, tags::XML_ELE_MININGFIELD);
+}
+
+// What is declared of a field for numbers only. `use` may be null, and overrides the operation
+// type.
+void CheckNumbersOnly(Intake& intake, const DOMElement* declared, const DOMElement* use) {
+  WideView type = AttributeView(use, u"optype");
+  if (type.data() == nullptr) type = AttributeView(declared, u"optype");
+  const bool text = AttributeView(declared, u"dataType") == u"string";
+  if (type != u"continuous") {
+    for (const DOMElement* interval : Children(declared, "Interval")) {
+      intake.Doubt(kInterval, interval, code::kBadContent,
+                   "an Interval of a field that is not continuous", "DataField");
+    }
+  }
+  const WideView outliers = AttributeView(use, u"outliers");
+  if ((type == u"continuous" && !text) || outliers.empty() || outliers == u"asIs") return;
+  intake.Doubt(kOutliers, use, code::kBadValue, Narrow(outliers), "outliers",
                tags::XML_ELE_MININGFIELD);
 }
 
@@ -77,6 +108,10 @@ void CheckMiningSchema(Intake& intake) {
     CheckWord(intake, field, "usageType", kUsages, kUsage);
     CheckWord(intake, field, "missingValueTreatment", kMissingTreatments, kTreatment);
     CheckReplacement(intake, field, found->second);
+    CheckNumbersOnly(intake, found->second, field);
+  }
+  for (const auto& [name, field] : declared) {
+    if (!seen.contains(name)) CheckNumbersOnly(intake, field, nullptr);
   }
 }
 

@@ -3,6 +3,7 @@
 #ifndef HOST_PMML_INTAKE_STEPS_H_
 #define HOST_PMML_INTAKE_STEPS_H_
 
+#include <string>
 #include <vector>
 
 #include "host/pmml/intake/intake.h"
@@ -19,6 +20,20 @@ void SettleVersion(Intake& intake);
 // model_choice.cpp: the model to score is chosen, and lifted out of an anomaly detection model.
 // Leaves the intake without a model where the document has none.
 void ChooseModel(Intake& intake);
+
+// Whether the element of that name under the root is a model.
+bool IsModelName(const std::string& name);
+
+// vocabulary.cpp: remarks on elements and attributes that nobody reads. Changes nothing.
+void CheckVocabulary(Intake& intake);
+
+// names_used.cpp: remarks on derived fields and functions whose names mean something else already.
+// Changes nothing.
+void CheckNamesUsed(Intake& intake);
+
+// targets.cpp: remarks on Target elements that are for no field, or for one that has its own.
+// Changes nothing.
+void CheckTargets(Intake& intake);
 
 // spellings.cpp: attributes in the one spelling that is understood.
 void UseKnownSpellings(Intake& intake);
@@ -53,6 +68,9 @@ void CompleteTarget(Intake& intake);
 
 // labels.cpp: machines spell categories as the target does, and name both of two.
 void MatchLabels(Intake& intake);
+
+// pairs.cpp: machines with probabilities stand in the order of the pairs of categories.
+void OrderPairs(Intake& intake);
 
 // checks.cpp: remarks on what machines lose in silence. Changes nothing.
 void CheckMachines(Intake& intake);

@@ -2,6 +2,7 @@
 // list.
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "host/pmml/elements.h"
 #include "host/pmml/intake/edit.h"
@@ -49,8 +50,16 @@ void MergeTransformations(Intake& intake) {
   for (DOMElement* field : Children(global, kDerived)) {
     if (const auto name = FindAttribute(field, tags::XML_ATT_NAME)) global_fields[*name] = field;
   }
-  for (const DOMElement* field : Children(local, kDerived)) {
-    const auto found = global_fields.find(FindAttribute(field, tags::XML_ATT_NAME).value_or(""));
+  std::unordered_set<std::string> declared;
+  for (const DOMElement* field :
+       Children(FindChild(intake.Root(), tags::XML_ELE_DATADICTIONARY), "DataField")) {
+    declared.insert(FindAttribute(field, tags::XML_ATT_NAME).value_or(""));
+  }
+  for (DOMElement* field : Children(local, kDerived)) {
+    const std::string name = FindAttribute(field, tags::XML_ATT_NAME).value_or("");
+    // Among the document's own it would give way to the input.
+    if (declared.contains(name)) SetAttribute(field, "x-scope", "local");
+    const auto found = global_fields.find(name);
     if (found == global_fields.end()) continue;
     intake.Change(kHidden, field);
     Remove(found->second);

@@ -21,6 +21,10 @@ using MCZandor_850::BaseTranslator;
 constexpr StepKind kMapped{
     "map-missing-to",
     "the value that a vector position gives to missing inputs enters through a derived field"};
+constexpr StepKind kHiding{
+    "derived-field-reached",
+    "a vector position that names a derived field and an input alike is taken from the derived "
+    "field"};
 constexpr StepKind kWeighted{
     "category-coefficient",
     "a category with a coefficient other than 1 enters its vector position as that coefficient"};
@@ -56,7 +60,7 @@ class VectorPositions {
   }
 
  private:
-  // Built for the first position that needs it: most documents need none.
+  // Built for the first position.
   Fields& Known() {
     if (!fields_) fields_ = std::make_unique<Fields>(intake_);
     return *fields_;
@@ -66,16 +70,21 @@ class VectorPositions {
     const std::string replacement =
         FindAttribute(position, tags::XML_ATT_MISSREPVALUE).value_or("");
     const std::string name = FindAttribute(position, tags::XML_ATT_SVM_FIELD).value_or("");
-    const DOMElement* field = replacement.empty() ? nullptr : Known().Find(name);
+    const DOMElement* hiding = Known().FindHiding(name);
+    if (hiding == nullptr && replacement.empty()) return;
+    const DOMElement* field = hiding != nullptr ? hiding : Known().Find(name);
     if (field == nullptr) return;
-    intake_.Change(kMapped, position);
+    intake_.Change(replacement.empty() ? kHiding : kMapped, position);
     const std::string type = FindAttribute(field, "dataType").value_or("double");
-    const std::string derived = Known().FreshName(name + " or " + replacement);
+    const std::string derived =
+        Known().FreshName(replacement.empty() ? name : name + " or " + replacement);
     DOMElement* expression = AddElement(
         Known().AddDerived(derived, type == "string" ? "categorical" : "continuous", type),
         tags::XML_ELE_FIELDREF);
     SetAttribute(expression, tags::XML_ATT_SVM_FIELD, name);
-    SetAttribute(expression, tags::XML_ATT_MISSREPVALUE, replacement);
+    if (!replacement.empty()) {
+      SetAttribute(expression, tags::XML_ATT_MISSREPVALUE, replacement);
+    }
     position->removeAttribute(u"mapMissingTo");
     SetAttribute(position, tags::XML_ATT_SVM_FIELD, derived);
   }
@@ -89,12 +98,13 @@ class VectorPositions {
     const DOMElement* field = Known().Find(*name);
     if (field == nullptr) return;
     const bool listed = Known().Lists(field, *value);
-    if (listed && *coefficient == 1.0) return;
+    const bool hidden = Known().FindHiding(*name) != nullptr;
+    if (listed && !hidden && *coefficient == 1.0) return;
     if (!std::isfinite(*coefficient)) {
       return intake_.Refuse(position, code::kBadValue, FormatNumber(*coefficient),
                             tags::XML_ATT_COEFFICIENT, tags::XML_ELE_CATEGORICAL_PREDICTOR);
     }
-    intake_.Change(*coefficient == 1.0 ? kUnlisted : kWeighted, position);
+    intake_.Change(hidden ? kHiding : *coefficient == 1.0 ? kUnlisted : kWeighted, position);
     const std::string derived = Known().FreshName(*name + '=' + *value);
     DOMElement* parent = Known().AddDerived(derived, "continuous", "double");
     if (*coefficient != 1.0) {

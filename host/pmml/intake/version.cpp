@@ -1,4 +1,5 @@
 // The version decides whether transformations exist, so it must be legible.
+#include <array>
 #include <charconv>
 #include <optional>
 
@@ -24,6 +25,12 @@ constexpr StepKind kDisagreement{
     "version-disagreement",
     "the version attribute and the namespace name different versions; the attribute is followed"};
 
+constexpr StepKind kNoNamespace{
+    "namespace-missing", "the document is in no namespace, and is read as if it were in PMML's"};
+constexpr StepKind kOtherNamespace{
+    "namespace-unknown",
+    "the document's namespace is none of a known PMML version, and is read as if it were"};
+
 struct Version {
   int major = 0;
   int minor = 0;
@@ -45,12 +52,21 @@ std::optional<Version> ParseVersion(std::string_view text, char separator) {
   return version;
 }
 
-std::optional<Version> NamespaceVersion(const DOMElement* root) {
-  const std::string name = ToUtf8(root->getNamespaceURI());
+std::optional<Version> NamespaceVersion(const std::string& name) {
   const std::string_view mark = "/PMML-";
   const std::size_t at = name.rfind(mark);
   if (at == std::string::npos) return std::nullopt;
   return ParseVersion(std::string_view(name).substr(at + mark.size()), '_');
+}
+
+// Whether it is the namespace of a version that was published.
+bool IsKnown(const std::string& name, const std::optional<Version>& version) {
+  if (!version || version->major < kOldestMajor || version->major > kNewest.major) return false;
+  constexpr std::array kLastMinor = {1, 2, kNewest.minor};
+  const std::string rest = "://www.dmg.org/PMML-" + std::to_string(version->major) + '_' +
+                           std::to_string(version->minor);
+  return version->minor <= kLastMinor.at(static_cast<std::size_t>(version->major - kOldestMajor)) &&
+         (name == "http" + rest || name == "https" + rest);
 }
 
 std::string_view Trim(std::string_view text) {
@@ -65,13 +81,18 @@ void SettleVersion(Intake& intake) {
   DOMElement* root = intake.Root();
   const std::string text = FindAttribute(root, tags::XML_ATT_VERSION).value_or("");
   const std::optional<Version> stated = ParseVersion(Trim(text), '.');
-  const std::optional<Version> named = NamespaceVersion(root);
+  const std::string name = ToUtf8(root->getNamespaceURI());
+  const std::optional<Version> named = NamespaceVersion(name);
   const std::optional<Version> major_only = ParseVersion(std::string(Trim(text)) + ".0", '.');
   const Version version = stated ? *stated : named ? *named : major_only ? *major_only : kNewest;
   if (version.major < kOldestMajor || version.major > kNewest.major) {
     ThrowAt(root, code::kUnknownVersion, version.Text());
   }
-  if (stated && named && *stated != *named) intake.Remark(kDisagreement, root);
+  if (stated && named && *stated != *named) {
+    intake.Remark(kDisagreement, root);
+  } else if (!IsKnown(name, named)) {
+    intake.Remark(name.empty() ? kNoNamespace : kOtherNamespace, root);
+  }
   // A translator looks at the first character.
   if (text.starts_with(std::to_string(version.major))) return;
   intake.Change(stated || major_only ? kVersionSpelling : named ? kFromNamespace : kAssumed, root);
