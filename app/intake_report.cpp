@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "host/pmml/elements.h"
+
 namespace svmscore::app {
 
 std::string SentenceOf(const IntakeStep& step) {
@@ -15,6 +17,12 @@ std::string SentenceOf(const IntakeStep& step) {
 void TellIntake(const std::string& path, const LoadedModel& loaded) {
   for (const IntakeStep& step : loaded.intake) {
     fmt::print(stderr, "svmscore: {}: {}\n", path, SentenceOf(step));
+  }
+  if (loaded.output == nullptr) return;
+  for (const output::Note& note : loaded.output->Notes()) {
+    const long line = loaded.document.LineOf(note.element);
+    const std::string place = line > 0 ? fmt::format("line {}, ", line) : "";
+    fmt::print(stderr, "svmscore: {}: {}{}: {}\n", path, place, NameOf(note.element), note.text);
   }
 }
 

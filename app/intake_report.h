@@ -11,7 +11,8 @@ namespace svmscore::app {
 // Where a step was first taken, what it means, and how often it was taken.
 std::string SentenceOf(const IntakeStep& step);
 
-// Writes a line for each kind of step to standard error. `path` names the document.
+// Writes a line to standard error for each kind of step, and for each target or output field that
+// does not give what its declaration asks for. `path` names the document.
 void TellIntake(const std::string& path, const LoadedModel& loaded);
 
 }  // namespace svmscore::app

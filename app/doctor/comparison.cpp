@@ -40,9 +40,8 @@ ComparedRow CompareRow(const CaseFiles& files, const ExpectedColumns& columns, s
   ComparedRow compared;
   compared.status = scored.Status();
   for (const ExpectedColumn& column : columns) {
-    compared.cells.push_back(
-        CompareCell(column.quantity, files.expected.rows[row][column.cell], files.tolerance,
-                    scored));
+    compared.cells.push_back(CompareCell(column.quantity, files.expected.rows[row][column.cell],
+                                         files.tolerance, scored));
     compared.agrees = compared.agrees && compared.cells.back().agrees;
   }
   return compared;

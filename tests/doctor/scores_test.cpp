@@ -147,5 +147,21 @@ TEST(Scores, ThatNobodyExpectsAreRefused) {
   EXPECT_EQ(RunProgram(arguments).status, 5);
 }
 
+TEST(Scores, AreReadAndComparedAsAskedFor) {
+  const TemporaryFolder folder;
+  const std::string cases = ReadFile(Example("diabetes/cases.csv"));
+  const std::string expected = Edited(Example("diabetes/expected.csv"), {{"\n120.13", "\n120.14"}});
+  const std::vector<std::string> files = {"--input", folder.Write("cases.csv", cases), "--expected",
+                                          folder.Write("expected.csv", expected)};
+  const std::string model = ReadFile(Example("diabetes/model.pmml"));
+  const auto findings = [&](std::vector<std::string> more) {
+    more.insert(more.end(), files.begin(), files.end());
+    return Diagnose(model, more).findings.size();
+  };
+  EXPECT_GT(findings({}), 0u);
+  EXPECT_EQ(findings({"--tolerance", "1e-3"}), 0u);
+  EXPECT_GT(findings({"--tolerance", "1e-3", "--missing-token", "60"}), 0u);
+}
+
 }  // namespace
 }  // namespace svmscore::app
