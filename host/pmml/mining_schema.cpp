@@ -49,7 +49,8 @@ void ReadOutliers(const DOMElement* field, const ScoreDictVar& var, FieldTreatme
     ThrowAt(field, code::kBadContent, "lowValue is above highValue", "MiningField");
   }
   // Only what can be ordered as numbers has values that lie far out.
-  if (var.GetTypeCode() != static_cast<int>(OpType::kContinuous)) treatment.outliers = Outliers::kAsIs;
+  if (var.GetTypeCode() != static_cast<int>(OpType::kContinuous))
+    treatment.outliers = Outliers::kAsIs;
 }
 
 void ReadInvalid(const DOMElement* field, const ScoreDictVar& var, FieldTreatment& treatment) {
