@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "app/command.h"
 #include "app/describe_command.h"
@@ -64,6 +65,8 @@ int RunProgram(int argc, char** argv) {
     return ParseAndRun(argc, argv);
   } catch (const Failure& failure) {
     return Complain(failure.Status(), failure.what());
+  } catch (const xercesc::OutOfMemoryException&) {  // commands edit documents too
+    return Complain(kInternalError, "out of memory");
   } catch (const std::bad_alloc&) {
     return Complain(kInternalError, "out of memory");
   } catch (const std::exception& error) {

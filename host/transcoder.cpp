@@ -1,7 +1,9 @@
 #include "host/transcoder.h"
 
 #include <algorithm>
+#include <new>
 
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLString.hpp>
 
@@ -28,15 +30,17 @@ XMLCh CutToBytes(const XMLCh* __restrict from, std::size_t size, char* __restric
 
 }  // namespace
 
-std::string ToUtf8(const XMLCh* text, std::size_t size) {
+std::string ToUtf8(const XMLCh* text, std::size_t size) try {
   std::string narrow(size, '\0');
   if (CutToBytes(text, size, narrow.data()) < 0x80) return narrow;
   StartXerces();
   const xercesc::TranscodeToStr utf8(text, size, "UTF-8");
   return {reinterpret_cast<const char*>(utf8.str()), utf8.length()};
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();  // the parser's own exception is none of the standard's
 }
 
-std::basic_string<XMLCh> ToUtf16(const std::string& text) {
+std::basic_string<XMLCh> ToUtf16(const std::string& text) try {
   const bool ascii = std::all_of(text.begin(), text.end(),
                                  [](char c) { return static_cast<unsigned char>(c) < 0x80; });
   if (ascii) return {text.begin(), text.end()};
@@ -44,6 +48,8 @@ std::basic_string<XMLCh> ToUtf16(const std::string& text) {
   const xercesc::TranscodeFromStr wide(reinterpret_cast<const XMLByte*>(text.data()), text.size(),
                                        "UTF-8");
   return {wide.str(), wide.length()};
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();
 }
 
 std::string ElementText(const xercesc::DOMNode* element) {

@@ -1,7 +1,10 @@
 #include "host/translator.h"
 
 #include <istream>
+#include <new>
 #include <utility>
+
+#include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "host/message_codes.h"
 #include "host/number_text.h"
@@ -67,9 +70,11 @@ void BaseTranslator::CreateTranscoder(const std::string& encoding) {
 }
 
 xercesc::DOMNodeList* BaseTranslator::GetElementsByTagName(const DOMElement* element,
-                                                           const std::string& name) {
+                                                           const std::string& name) try {
   return element == nullptr ? nullptr
                             : element->getElementsByTagName(svmscore::ToUtf16(name).c_str());
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();
 }
 
 DOMElement* BaseTranslator::GetFirstChildElt(DOMNode* node) {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fstream>
 #include <istream>
+#include <new>
 #include <unordered_map>
 #include <vector>
 
@@ -13,12 +14,14 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 
 #include "host/message_codes.h"
+#include "host/pmml/document_memory.h"
 #include "host/transcoder.h"
 
 namespace svmscore {
@@ -61,6 +64,7 @@ class NoEntities : public xercesc::XMLEntityResolver {
 // Notes the line of every element in document order: one number an element, and no work beyond.
 class LineParser : public xercesc::XercesDOMParser {
  public:
+  explicit LineParser(xercesc::MemoryManager* memory) : XercesDOMParser(nullptr, memory) {}
   std::vector<XMLFileLoc> TakeLines() { return std::move(lines_); }
 
  protected:
@@ -101,14 +105,20 @@ std::size_t SizeOf(std::istream& stream) {
 }  // namespace
 
 void StartXerces() {
+  // What a failed start leaves half made cannot be started again.
   static const bool started = [] {
-    xercesc::XMLPlatformUtils::Initialize();
-    return true;
+    try {
+      xercesc::XMLPlatformUtils::Initialize();
+      return true;
+    } catch (...) {
+      return false;
+    }
   }();
-  (void)started;
+  if (!started) throw std::bad_alloc();
 }
 
 struct PmmlDocument::Parsed {
+  DocumentMemory memory;
   std::string name;
   xercesc::DOMDocument* dom = nullptr;
   std::vector<XMLFileLoc> lines;
@@ -150,13 +160,14 @@ PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& n
   return FromText(text, name);
 }
 
-PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name) {
+PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name) try {
   StartXerces();
   xercesc::SecurityManager limits;
   limits.setEntityExpansionLimit(kMostExpansions);
   ComplaintHandler complaints;
   NoEntities resolver;
-  LineParser parser;
+  auto parsed = std::make_unique<Parsed>();
+  LineParser parser(&parsed->memory);
   parser.setValidationScheme(xercesc::XercesDOMParser::Val_Never);
   parser.setDoNamespaces(true);
   parser.setDoSchema(false);
@@ -170,7 +181,8 @@ PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& 
   parser.setSecurityManager(&limits);
   parser.setErrorHandler(&complaints);
   const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()),
-                                          text.size(), ToUtf16(name).c_str());
+                                          text.size(), ToUtf16(name).c_str(), false,
+                                          &parsed->memory);
   try {
     parser.parse(source);
   } catch (const xercesc::XMLException& failure) {
@@ -178,11 +190,12 @@ PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& 
   } catch (const xercesc::DOMException& failure) {
     ThrowAt(nullptr, code::kNotWellFormed, ToUtf8(failure.getMessage()));
   }
-  auto parsed = std::make_unique<Parsed>();
   parsed->name = name;
   parsed->dom = parser.adoptDocument();
   parsed->lines = parser.TakeLines();
   return PmmlDocument(std::move(parsed));
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();  // the parser's own exception is none of the standard's
 }
 
 xercesc::DOMDocument* PmmlDocument::Dom() const {

@@ -13,7 +13,8 @@
 
 namespace svmscore {
 
-// Starts Xerces-C on first use and keeps it for the process. Any thread.
+// Starts Xerces-C on first use and keeps it for the process. Any thread. Where memory runs out in
+// the first call, this and every later one throws std::bad_alloc.
 SVMSCORE_HOST_API void StartXerces();
 
 // Parses without validation, DTD loading, external entities or network; an expansion of entities

@@ -89,7 +89,8 @@ MCStatus SVMModel::DoMultiProbLearn(std::vector<std::vector<double>>& r,
     const auto classes = static_cast<int>(r.size());
     for (auto& row : r) row.resize(r.size(), 0.0);
     MCMath_850::MCSymMatrix coupling(classes, true);
-    if (!coupling.IsValidMatrix()) return MCStatus(MCScore::kInvalidValue, false);
+    // Only where memory has run out.
+    if (!coupling.IsValidMatrix()) return MCStatus(MCScore::kCannotScore, false);
     FillCouplingMatrix(r, coupling);
     MCSVM_700::SVMMultiProbLearn learner(nullptr, classes, coupling);
     if (learner.MultiLearning().IsError()) return MCStatus(MCScore::kInvalidValue, false);

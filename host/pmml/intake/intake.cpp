@@ -1,5 +1,9 @@
 #include "host/pmml/intake/intake.h"
 
+#include <new>
+
+#include <xercesc/util/OutOfMemoryException.hpp>
+
 #include "host/pmml/elements.h"
 #include "host/pmml/intake/steps.h"
 #include "host/tags.h"
@@ -40,7 +44,7 @@ void Intake::Remark(const StepKind& kind, const DOMElement* at) {
 
 }  // namespace intake
 
-std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) {
+std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) try {
   if (document.Dom() == nullptr || document.Dom()->getDocumentElement() == nullptr) return {};
   intake::Intake intake(document, mode);
   const std::vector<xercesc::DOMElement*> extensions = intake::UsePlainNames(intake);
@@ -72,6 +76,8 @@ std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) {
   intake::OrderPairs(intake);
   intake::CheckMachines(intake);
   return intake.TakeSteps();
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();
 }
 
 }  // namespace svmscore

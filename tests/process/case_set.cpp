@@ -1,0 +1,185 @@
+#include "tests/process/case_set.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <functional>
+#include <new>
+#include <string_view>
+#include <utility>
+
+#include "host/score_dict_var.h"
+
+namespace svmscore_test {
+
+using MCZandor_850::InputCaseRecord;
+using MCZandor_850::ScoreDictVar;
+
+namespace {
+
+constexpr std::size_t kCases = 6;
+constexpr std::size_t kWithInvalid = kCases - 2;
+constexpr std::size_t kWithout = kCases - 1;
+
+void Fill(InputCaseRecord& record, std::size_t number) {
+  for (std::size_t i = 0; i < record.Size() && number != kWithout; ++i) {
+    const ScoreDictVar& var = record.Variable(i);
+    const auto& categories = var.GetCategories();
+    if (number == kWithInvalid && i == 0) {
+      record.SetText(i, "neither a number nor a category");
+    } else if (!categories.empty()) {
+      record.SetText(i, categories[(number + i) % categories.size()]->GetText());
+    } else if (var.GetStorageType() == 1) {
+      record.SetText(i, "Text number " + std::to_string(number) + ", größer");
+    } else {
+      record.SetNumber(i, 0.25 * static_cast<double>((5 * number + 3 * i) % 7) - 0.5);
+    }
+  }
+}
+
+double Hash(std::string_view text) {
+  return static_cast<double>(std::hash<std::string_view>()(text));
+}
+
+}  // namespace
+
+const std::vector<std::string>& Documents() {
+  static const std::vector<std::string> documents = [] {
+    std::vector<std::string> paths;
+    for (const char* name :
+         {"tests/process/data/mixed", "tests/app/data/line", "tests/app/data/two",
+          "tests/app/data/three", "tests/output/data/alarm", "tests/output/data/chain",
+          "tests/output/data/grades", "tests/doctor/data/sound", "examples/broken/model",
+          "examples/iris/model", "examples/tumour/model", "examples/diabetes/model",
+          "examples/digits/model"}) {
+      paths.push_back(std::string(PROJECT_FOLDER "/") + name + ".pmml");
+    }
+    return paths;
+  }();
+  return documents;
+}
+
+const svmscore::Plugin& ThePlugin() {
+  static const svmscore::Plugin plugin(SVMSCORE_PLUGIN_FILE);
+  return plugin;
+}
+
+svmscore::LoadedModel Load(const std::string& path) {
+  return LoadModel(ThePlugin(), svmscore::PmmlDocument::FromFile(path));
+}
+
+bool Answer::operator==(const Answer& other) const {
+  return status == other.status &&
+         std::equal(numbers.begin(), numbers.end(), other.numbers.begin(), other.numbers.end(),
+                    [](double a, double b) {
+                      return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+                    });
+}
+
+struct CaseSet::OneCase {
+  OneCase(const svmscore::LoadedModel& loaded, bool replaces)
+      : record(loaded.active, true, replaces), outputs(*loaded.output, replaces) {}
+
+  InputCaseRecord record;
+  svmscore::output::OutputScratch outputs;
+  std::unique_ptr<MCZandor_850::ScoreResult> result;
+  long status = 0;
+  std::size_t place = 0;  // in the batch, where `batch_status` is 0
+  long batch_status = 0;
+  svmscore::output::Outcome outcome;
+  bool evaluated = false;
+};
+
+CaseSet::CaseSet(const svmscore::LoadedModel& loaded)
+    : loaded_(loaded), batch_(dynamic_cast<svmscore::BatchModel&>(*loaded.model)) {
+  const bool replaces =
+      loaded.model->GetMissingValuePolicy() == MCZandor_850::ScoreModel::kReplaceMissing;
+  for (std::size_t i = 0; i < kCases; ++i) {
+    cases_.push_back(std::make_unique<OneCase>(loaded, replaces));
+    Fill(cases_.back()->record, i);
+    Fill(cases_.back()->outputs.Extras(), i);
+  }
+  entries_.resize(batch_.EntryCount() * kCases);
+  status_.resize(kCases);
+  category_.resize(kCases);
+  value_.resize(kCases);
+  decisions_.resize(batch_.DecisionCount() * kCases);
+}
+
+CaseSet::~CaseSet() = default;
+
+void CaseSet::Score() {
+  try {
+    ScoreAlone();
+    ScoreTogether();
+  } catch (...) {
+    escaped_ = true;
+  }
+  for (const auto& one : cases_) {
+    one->evaluated = false;
+    one->outcome = loaded_.output->Targets().Finish({one->status, false}, one->result.get());
+    try {
+      loaded_.output->Evaluate(one->outcome, one->record, one->outputs);
+      one->evaluated = true;
+    } catch (const std::bad_alloc&) {  // is allowed to host functions
+    } catch (...) {
+      escaped_ = true;
+    }
+  }
+}
+
+void CaseSet::ScoreAlone() {
+  for (const auto& one : cases_) {
+    MCZandor_850::ScoreResult* result = one->result.release();
+    try {
+      one->status = loaded_.model->GetScore(&one->record, result, false).GetErrorCode();
+    } catch (...) {
+      escaped_ = true;
+    }
+    one->result.reset(result);
+  }
+}
+
+void CaseSet::ScoreTogether() {
+  taken_ = 0;
+  for (const auto& one : cases_) {
+    one->batch_status =
+        batch_.ReadCase(one->record, false, entries_.data() + taken_, kCases).GetErrorCode();
+    if (one->batch_status == 0) one->place = taken_++;
+  }
+  svmscore::BatchResults results;
+  results.status = status_.data();
+  results.category = category_.data();
+  results.value = value_.data();
+  results.decisions = decisions_.data();
+  results.stride = kCases;
+  batch_.ScoreBatch({entries_.data(), kCases, taken_}, results);
+}
+
+std::vector<Answer> CaseSet::Answers() const {
+  std::vector<Answer> answers;
+  for (const auto& one : cases_) {
+    Answer& alone = answers.emplace_back(Answer{one->status, {}});
+    if (one->status != 0 || !one->evaluated) continue;
+    const auto& outcome = one->outcome;
+    alone.numbers = {static_cast<double>(outcome.category), outcome.confidence, outcome.std_dev};
+    if (outcome.category < 0) alone.numbers.push_back(outcome.prediction.GetNumber());
+    for (std::size_t i = 0; i < loaded_.output->Fields().size(); ++i) {
+      const auto& cell = one->outputs.Cell(i);
+      alone.numbers.push_back(cell.IsPresent() ? Hash(one->outputs.TextOf(cell)) : -1.0);
+    }
+  }
+  for (const auto& one : cases_) {
+    const std::size_t place = one->place;
+    const long status = one->batch_status != 0 ? one->batch_status : status_[place];
+    Answer& together = answers.emplace_back(Answer{status, {}});
+    if (status != 0) continue;
+    together.numbers = {static_cast<double>(category_[place]), value_[place]};
+    for (std::size_t m = 0; m < batch_.DecisionCount(); ++m) {
+      together.numbers.push_back(decisions_[m * kCases + place]);
+    }
+  }
+  return answers;
+}
+
+}  // namespace svmscore_test

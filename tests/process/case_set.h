@@ -1,0 +1,70 @@
+// Documents that together use every part of the product, and made-up cases for any of them.
+#ifndef TESTS_PROCESS_CASE_SET_H_
+#define TESTS_PROCESS_CASE_SET_H_
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/batch_model.h"
+#include "host/output/output_plan.h"
+#include "host/pmml/loader.h"
+#include "host/score_case_record.h"
+#include "host/score_result.h"
+
+namespace svmscore_test {
+
+// All kernels, dense and sparse vectors, derived fields, texts, outputs, targets, verification:
+// paths of files, the examples among them.
+const std::vector<std::string>& Documents();
+// The plug-in of this build.
+const svmscore::Plugin& ThePlugin();
+svmscore::LoadedModel Load(const std::string& path);
+
+// Whatever was worked out of one case: numbers, and hashes of texts. The same cases of the same
+// document have equal answers.
+struct Answer {
+  long status = 0;
+  std::vector<double> numbers;
+  bool operator==(const Answer& other) const;  // to the last bit
+};
+
+// Some good cases, one with invalid values and one without any. One thread.
+class CaseSet {
+ public:
+  // `loaded` must outlive it.
+  explicit CaseSet(const svmscore::LoadedModel& loaded);
+  ~CaseSet();
+  CaseSet(const CaseSet&) = delete;
+  CaseSet& operator=(const CaseSet&) = delete;
+
+  // Scores each case alone, then those that a batch takes as a batch, then computes output fields.
+  // Allocates nothing but what the product allocates.
+  void Score();
+  // One answer for each case alone, then one for each in the batch. Empty numbers where the case
+  // failed.
+  std::vector<Answer> Answers() const;
+  // Whether scoring threw, which it must not, or output fields threw other than std::bad_alloc.
+  bool Escaped() const { return escaped_; }
+
+ private:
+  struct OneCase;
+
+  void ScoreAlone();
+  void ScoreTogether();
+
+  const svmscore::LoadedModel& loaded_;
+  svmscore::BatchModel& batch_;
+  bool escaped_ = false;
+  std::vector<std::unique_ptr<OneCase>> cases_;
+  std::size_t taken_ = 0;  // cases that the batch holds
+  std::vector<double> entries_;
+  std::vector<long> status_;
+  std::vector<int> category_;
+  std::vector<double> value_;
+  std::vector<double> decisions_;
+};
+
+}  // namespace svmscore_test
+
+#endif  // TESTS_PROCESS_CASE_SET_H_

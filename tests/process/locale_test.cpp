@@ -1,0 +1,24 @@
+// Shows that a run of the tests that is meant to have a decimal comma has one.
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <sstream>
+#include <string>
+
+namespace {
+
+std::string HalfByStream() {
+  std::ostringstream text;
+  text << 0.5;
+  return text.str();
+}
+
+TEST(DecimalPoint, IsTheOneThatTheRunIsMeantToHave) {
+  const char* meant = std::getenv("SVMSCORE_TEST_DECIMAL_POINT");
+  const std::string point = meant == nullptr ? "." : meant;
+  EXPECT_EQ(std::localeconv()->decimal_point, point);
+  EXPECT_EQ(HalfByStream(), "0" + point + "5");
+}
+
+}  // namespace
