@@ -6,6 +6,7 @@
 
 #include <xercesc/util/OutOfMemoryException.hpp>
 
+#include "host/descendants.h"
 #include "host/message_codes.h"
 #include "host/number_text.h"
 #include "host/pmml/document.h"
@@ -72,7 +73,7 @@ void BaseTranslator::CreateTranscoder(const std::string& encoding) {
 xercesc::DOMNodeList* BaseTranslator::GetElementsByTagName(const DOMElement* element,
                                                            const std::string& name) try {
   return element == nullptr ? nullptr
-                            : element->getElementsByTagName(svmscore::ToUtf16(name).c_str());
+                            : svmscore::Descendants::Of(element, svmscore::ToUtf16(name).c_str());
 } catch (const xercesc::OutOfMemoryException&) {
   throw std::bad_alloc();
 }

@@ -50,7 +50,8 @@ class SVMSCORE_HOST_API BaseTranslator {
   // Creates the transcoder that texts are read with.
   void CreateTranscoder(const std::string& encoding);
 
-  // All descendant elements of that name, in document order; owned by the document.
+  // All descendant elements of that name, in document order; owned by the document, and valid while
+  // its elements stay where they are.
   static xercesc::DOMNodeList* GetElementsByTagName(const xercesc::DOMElement* element,
                                                     const std::string& name);
   // Null at the end, and for a null node.

@@ -38,7 +38,7 @@ std::vector<long> Places(long count, long most) {
 // Rounds that a document of that size affords.
 long RoundsFor(const std::string& path) {
   const auto size = static_cast<long>(std::filesystem::file_size(path));
-  return std::clamp(5'000'000L / size, 40L, 1000L);
+  return std::clamp(2'500'000L / size, 20L, 500L);
 }
 
 // Each on a thread of its own, which has none of the working memory of those before.
@@ -134,7 +134,7 @@ TEST_P(MemoryFaults, ScoringEndsInAStatusAndTheModelStaysGood) {
   long calls = 0;
   ScoreFailing(GetParam(), 0, Failing::kOne, expected_, calls);
   ASSERT_GT(calls, 10);
-  for (const long n : Places(calls, std::min(200L, RoundsFor(GetParam())))) {
+  for (const long n : Places(calls, std::min(120L, RoundsFor(GetParam())))) {
     for (const Failing failing : {Failing::kOne, Failing::kAllFromThere}) {
       const long held = HeldAllocations();
       long ignored = 0;
