@@ -15,10 +15,12 @@
 #include <xercesc/sax/ErrorHandler.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
+#include <xercesc/util/XMLUni.hpp>
 
 #include "host/message_codes.h"
 #include "host/pmml/document_memory.h"
@@ -80,6 +82,12 @@ class LineParser : public xercesc::XercesDOMParser {
   std::vector<XMLFileLoc> lines_;
 };
 
+// The library's own handler ends the process.
+class PanicThrower : public xercesc::PanicHandler {
+ public:
+  void panic(const PanicReasons) override { throw std::bad_alloc(); }
+};
+
 DOMNode* NextInDocument(DOMNode* node, DOMNode* root) {
   if (DOMNode* child = node->getFirstChild()) return child;
   while (node != root) {
@@ -108,7 +116,9 @@ void StartXerces() {
   // What a failed start leaves half made cannot be started again.
   static const bool started = [] {
     try {
-      xercesc::XMLPlatformUtils::Initialize();
+      static PanicThrower panic;
+      xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                            &panic);
       return true;
     } catch (...) {
       return false;
