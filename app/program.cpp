@@ -3,6 +3,7 @@
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 
@@ -23,6 +24,17 @@ namespace {
 int Complain(ExitStatus status, const char* what) {
   fmt::print(stderr, "svmscore: {}\n", what);
   return status;
+}
+
+// The JSON library allocates in a destructor: memory that runs out there reaches no handler.
+[[noreturn]] void OnTerminate() {
+  try {
+    if (const std::exception_ptr cause = std::current_exception()) std::rethrow_exception(cause);
+  } catch (const std::bad_alloc&) {
+    std::_Exit(Complain(kInternalError, "out of memory"));
+  } catch (...) {
+  }
+  std::abort();
 }
 
 int ParseAndRun(int argc, char** argv) {
@@ -61,6 +73,7 @@ int ParseAndRun(int argc, char** argv) {
 int RunProgram(int argc, char** argv) {
   // A closed pipe is an output that cannot be written, reported as such.
   std::signal(SIGPIPE, SIG_IGN);
+  std::set_terminate(OnTerminate);
   try {
     return ParseAndRun(argc, argv);
   } catch (const Failure& failure) {
