@@ -4,8 +4,10 @@
 #include <cmath>
 #include <cstddef>
 #include <ostream>
+#include <string>
 
 #include "common/display.h"
+#include "common/display_format.h"
 
 namespace MCSVM_700 {
 namespace {
@@ -71,14 +73,15 @@ void SVMMultiProbLearn::DoCancel() {
 
 void SVMMultiProbLearn::Display(std::ostream& os) const {
   os << "\tSVMMultiProbLearn Content display begin:" << std::endl;
-  os << "Multi-class nubmer = " << class_count_;
+  os << "Multi-class nubmer = " << std::to_string(class_count_);
   {
     const MCDisplay_850::ScopedOutStream redirected(os);
     matrix_.Display();
   }
   os << std::endl;
   for (std::size_t i = 0; i < probabilities_.size(); ++i) {
-    os << "Class Index = " << i << ",\tProbabitity = " << probabilities_[i] << std::endl;
+    os << "Class Index = " << std::to_string(i)
+       << ",\tProbabitity = " << svmscore::display::General(probabilities_[i]) << std::endl;
   }
   os << "\tSVMMultiProbLearn Content display end." << std::endl;
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "host/message_codes.h"
+#include "host/number_text.h"
 #include "tests/intake/reading.h"
 
 namespace svmscore_test {
@@ -114,7 +115,7 @@ TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
             R"(<Coefficient value="1"></Coefficient></Coefficients></SupportVectorMachine>)");
   double sum = 0.1 * 0.7;
   sum += 0 * 3.0;
-  EXPECT_EQ(std::stod(Score(parts.Text(), {{"x", "0.7"}, {"y", "3"}})), sum + 0.9);
+  EXPECT_EQ(*svmscore::ParseNumber(Score(parts.Text(), {{"x", "0.7"}, {"y", "3"}})), sum + 0.9);
 }
 
 TEST(CoefficientForm, IsRefusedWhereItSaysLessThanTheScore) {
@@ -139,7 +140,8 @@ TEST(Kernel, ParametersOfMinusOneAreNotTakenForAbsent) {
   EXPECT_EQ(Read(parts.Text()).Steps(), "kernel-minus-one 2");
   const double to_a = 0.25 * 2;
   const double expected = 2 * (-to_a - 1) * (-to_a - 1) - 3 + 0.5;
-  EXPECT_NEAR(std::stod(Score(parts.Text(), {{"x", "2"}, {"y", "0"}})), expected, 1e-14);
+  EXPECT_NEAR(*svmscore::ParseNumber(Score(parts.Text(), {{"x", "2"}, {"y", "0"}})), expected,
+              1e-14);
   parts.kernel = R"(<RadialBasisKernelType gamma="2" coef0="-1" degree="-1"/>)";
   EXPECT_EQ(Read(parts.Text()).Steps(), "attribute-ignored 2");
 }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "host/message_codes.h"
+#include "host/number_text.h"
 #include "tests/intake/reading.h"
 
 namespace svmscore_test {
@@ -80,7 +81,8 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
     EXPECT_EQ(reading.Steps(), steps) << pattern;
     for (const auto& step : reading.steps) EXPECT_FALSE(step.changes) << step.name;
     EXPECT_EQ(Read(text, IntakeMode::kTolerate).Steps(), steps) << pattern;
-    EXPECT_NEAR(std::stod(Score(text, {{"x", "1"}, {"y", "2"}})), prediction, 1e-12) << pattern;
+    EXPECT_NEAR(*svmscore::ParseNumber(Score(text, {{"x", "1"}, {"y", "2"}})), prediction, 1e-12)
+        << pattern;
     const auto error = Refusal(text, IntakeMode::kStrict);
     EXPECT_EQ(error.GetErrorCode(), code) << pattern << ": " << error.what();
     EXPECT_EQ(error.GetPlace(), place) << pattern;
@@ -100,7 +102,7 @@ TEST(Remarks, TellOfFractionsInPlaceOfMissingIntegers) {
   EXPECT_EQ(read("1.0"), "");
   EXPECT_EQ(read("9007199254740993"), "rounded-replacement 1");
   EXPECT_EQ(read("2.7"), "fractional-replacement 1");
-  EXPECT_NEAR(std::stod(Score(parts.Text(), {{"y", "2"}})), -4.75, 1e-12);
+  EXPECT_NEAR(*svmscore::ParseNumber(Score(parts.Text(), {{"y", "2"}})), -4.75, 1e-12);
   EXPECT_EQ(Refusal(parts.Text(), IntakeMode::kStrict).GetErrorCode(), code::kBadValue);
 }
 

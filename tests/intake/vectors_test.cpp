@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "host/message_codes.h"
+#include "host/number_text.h"
 #include "tests/intake/reading.h"
 
 namespace svmscore_test {
@@ -62,7 +63,8 @@ TEST(Vectors, AllNotationsScoreTheSameBits) {
              b)}) {
     EXPECT_EQ(Score(document, {{"x", "0.7"}, {"y", "-1.1"}}), expected) << document;
   }
-  EXPECT_NEAR(std::stod(expected), 2 * (0.25 * 0.7 + 1.5 * 1.1) + 0.3 * 1.1 + 0.5, 1e-15);
+  EXPECT_NEAR(*svmscore::ParseNumber(expected), 2 * (0.25 * 0.7 + 1.5 * 1.1) + 0.3 * 1.1 + 0.5,
+              1e-15);
 }
 
 TEST(Vectors, WholeNumbersAndDefaultsFillSparseArrays) {
@@ -164,7 +166,8 @@ TEST(Vectors, WhatATranslatorReadsInItsOwnWayIsToldAndScored) {
     parts.vectors = Vectors(vector);
     EXPECT_EQ(Read(parts.Text()).Steps(), steps) << vector;
     EXPECT_EQ(Read(parts.Text(), IntakeMode::kTolerate).Steps(), steps) << vector;
-    EXPECT_NEAR(std::stod(Score(parts.Text(), {{"x", "1"}, {"y", "2"}})), prediction, 1e-12)
+    EXPECT_NEAR(*svmscore::ParseNumber(Score(parts.Text(), {{"x", "1"}, {"y", "2"}})), prediction,
+                1e-12)
         << vector;
     const auto error = Refusal(parts.Text(), IntakeMode::kStrict);
     EXPECT_EQ(error.GetErrorCode(), code) << vector << error.what();

@@ -17,6 +17,8 @@ struct CommaLocale {
     try {
       std::locale::global(std::locale(kName));
       std::setlocale(LC_ALL, kName);
+      // What the system says of files stays in the language of the tests.
+      std::setlocale(LC_MESSAGES, "C");
       std::snprintf(half, sizeof half, "%.1f", 0.5);
     } catch (const std::exception& error) {
       std::fprintf(stderr, "comma_locale: %s\n", error.what());
