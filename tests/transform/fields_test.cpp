@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "host/number_text.h"
 #include "tests/transform/call_text.h"
 #include "tests/transform/fixture.h"
 
@@ -51,7 +52,7 @@ TEST(NormContinuous, DividesThenMultipliesThenAdds) {
                              "<NormContinuous field=\"x\"><LinearNorm orig=\"0\" norm=\"-1.2\"/>"
                              "<LinearNorm orig=\"0.3\" norm=\"0.7\"/></NormContinuous>");
   for (const double x : {0.1, 0.2, 0.7, 1e-9, -5.3, 123.456}) {
-    const auto record = loaded.Record({{"x", std::to_string(x)}});
+    const auto record = loaded.Record({{"x", svmscore::FormatNumber(x)}});
     const double read = record->GetValue(std::string("x"))->GetDouble();
     const double expected = -1.2 + read / 0.3 * (0.7 + 1.2);
     EXPECT_EQ(loaded.Dictionary()
