@@ -1,7 +1,6 @@
 #include "app/verify_command.h"
 
 #include <array>
-#include <optional>
 
 #include <fmt/format.h>
 
@@ -9,11 +8,11 @@
 #include "app/intake_report.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
+#include "app/tolerance_option.h"
 #include "app/verify_block.h"
 #include "app/verify_document.h"
 #include "app/verify_files.h"
 #include "app/verify_table.h"
-#include "host/number_text.h"
 #include "host/pmml/plugin.h"
 #include "host/ss_exception.h"
 
@@ -46,13 +45,6 @@ void CheckWritten(const std::string& document, const std::string& name, const st
   }
 }
 
-// Read without the process's locale, as all numbers are.
-double ToleranceOf(const std::string& text) {
-  const std::optional<double> number = ParseNumber(text);
-  if (number && *number >= 0.0) return *number;
-  throw CLI::ValidationError("--tolerance", text + " is no number from 0 up");
-}
-
 }  // namespace
 
 CLI::App* VerifyCommand::AddTo(CLI::App& program) {
@@ -61,11 +53,7 @@ CLI::App* VerifyCommand::AddTo(CLI::App& program) {
   app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
   app->add_option("--input", input_, "CSV file with cases; - is standard input");
   app->add_option("--expected", expected_, "CSV file with what the cases should score");
-  app->add_option_function<std::string>(
-         "--tolerance", [this](const std::string& text) { tolerance_ = ToleranceOf(text); },
-         "with --expected: how far a number may be from the expected one, as a share of it")
-      ->type_name("FLOAT:NONNEGATIVE")
-      ->default_str("1e-06");
+  AddToleranceOption(*app, tolerance_);
   app->add_option("--write", write_,
                   "write the document anew to this file, with verification records made from the "
                   "cases of --input");

@@ -11,6 +11,7 @@
 #include "app/failure.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
+#include "app/tolerance_option.h"
 #include "app/verify_table.h"
 
 namespace svmscore::app {
@@ -46,11 +47,7 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
       app->add_option("--expected", expected_, "CSV file with what the cases should score");
   input->needs(expected);
   expected->needs(input);
-  app->add_option(
-         "--tolerance", tolerance_,
-         "with --expected: how far a number may be from the expected one, as a share of it")
-      ->check(CLI::NonNegativeNumber)
-      ->capture_default_str();
+  AddToleranceOption(*app, tolerance_);
   app->add_option("--missing-token", missing_tokens_,
                   "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
       ->allow_extra_args(false);
