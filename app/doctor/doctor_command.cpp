@@ -1,12 +1,11 @@
 #include "app/doctor/doctor_command.h"
 
 #include <algorithm>
+#include <optional>
 
 #include <fmt/format.h>
 
-#include "app/doctor/checks.h"
-#include "app/doctor/comparison.h"
-#include "app/doctor/opened_document.h"
+#include "app/doctor/examination.h"
 #include "app/doctor/report.h"
 #include "app/failure.h"
 #include "app/model_file.h"
@@ -15,27 +14,6 @@
 #include "app/verify_table.h"
 
 namespace svmscore::app {
-namespace {
-
-bool IsSame(const Finding& a, const Finding& b) {
-  return a.kind == b.kind && a.element == b.element && a.line == b.line;
-}
-
-// What the scores have shown needs not be told again for what the document looks like.
-void CheckDocument(const OpenedDocument& opened, FindingList& findings) {
-  if (FindModelElement(opened.Document().Dom()) == nullptr) return;
-  const std::vector<Finding> shown = findings.Found();
-  FindingList of_document(opened.Document());
-  CheckAll(opened.loaded ? Inspect(*opened.loaded) : Inspect(*opened.document), of_document);
-  for (Finding& finding : of_document.Take()) {
-    const bool told = std::any_of(shown.begin(), shown.end(), [&finding](const Finding& other) {
-      return IsSame(finding, other);
-    });
-    if (!told) findings.Add(std::move(finding));
-  }
-}
-
-}  // namespace
 
 CLI::App* DoctorCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand(
@@ -68,23 +46,13 @@ ExitStatus DoctorCommand::Run() {
     if (json_) OutputFile("-").Write(ReportJson(model_, {*opened.refused}));
     throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->what));
   }
-  FindingList findings(opened.Document());
-  if (opened.refused) findings.Add(*opened.refused);
-  if (opened.loaded && !opened.refused) {
-    if (!input_.empty()) {
-      if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
-      const CaseFiles files{ReadVerifyTable(input_), ReadVerifyTable(expected_), missing_tokens_,
-                            tolerance_};
-      CheckScores({*opened.loaded, plugin, model_}, files, findings);
-    }
-    CheckVerification(*opened.loaded, findings);
+  std::optional<CaseFiles> files;
+  if (!input_.empty() && IsScored(opened)) {
+    if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
+    files.emplace(CaseFiles{ReadVerifyTable(input_), ReadVerifyTable(expected_), missing_tokens_,
+                            tolerance_});
   }
-  CheckDocument(opened, findings);
-  CheckIntake(opened.intake, findings);
-  std::vector<Finding> found = findings.Take();
-  std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {
-    return a.kind->severity > b.kind->severity;
-  });
+  const std::vector<Finding> found = Examine(opened, plugin, model_, files);
   OutputFile output("-");
   output.Write(json_ ? ReportJson(model_, found) : ReportText(model_, found));
   const bool changes = std::any_of(found.begin(), found.end(),
