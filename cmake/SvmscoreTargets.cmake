@@ -36,6 +36,10 @@ if(SVMSCORE_SANITIZE)
   target_compile_options(svmscore_flags INTERFACE
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
+if(SVMSCORE_FUZZ)
+  # What an input has reached, which is how the engine finds its way.
+  target_compile_options(svmscore_flags INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # svmscore_quick(NAME): code that is compiled but hardly run, such as tests, takes half as long to
 # build under the sanitizers when it is not optimised.

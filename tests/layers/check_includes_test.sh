@@ -5,8 +5,8 @@ set -euo pipefail
 checker=$1
 tree=$(mktemp -d)
 trap 'rm -rf "$tree"' EXIT
-mkdir -p "$tree"/{app,common,host/pmml,math,svm/{export,kernel,learn,model,other,result,translator}}
-touch "$tree"/{app/a,common/c,host/h,host/pmml/p,math/m}.h
+mkdir -p "$tree"/{app,common,fuzz,host/pmml,math,svm/{export,kernel,learn,model,other,result,translator}}
+touch "$tree"/{app/a,common/c,fuzz/f,host/h,host/pmml/p,math/m}.h
 touch "$tree"/svm/{kernel/k,learn/l,model/m,result/r,translator/t,export/e,export/constants}.h
 
 failed=0
@@ -23,10 +23,13 @@ wrong() { expect 1 "$@"; rm "$tree/$1"; }
 right app/a.cpp host/pmml/p.h
 right svm/model/m.cpp svm/kernel/k.h
 right svm/kernel/k.cpp svm/export/constants.h
+right fuzz/f.cpp app/a.h
 right svm/export/e.cpp svm/translator/t.h
 wrong app/b.cpp svm/model/m.h
 wrong host/b.cpp common/c.h
 wrong host/pmml/b.cpp app/a.h
+wrong app/b.cpp fuzz/f.h
+wrong fuzz/b.cpp svm/model/m.h
 wrong math/b.cpp svm/learn/l.h
 wrong svm/kernel/b.cpp svm/model/m.h
 wrong svm/result/b.cpp svm/kernel/k.h

@@ -1,0 +1,16 @@
+// Any bytes as a document.
+#include "fuzz/put_through.h"
+#include "fuzz/scoring.h"
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  svmscore::fuzz::ThePlugin();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace svmscore::fuzz;
+  // What stands at the end of a document decides its cases as well.
+  Choices cases = Choices(data, size).SplitOff(1, 4);
+  PutThrough({reinterpret_cast<const char*>(data), size}, cases);
+  return 0;
+}

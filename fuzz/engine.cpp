@@ -1,0 +1,105 @@
+// The packed engine beside the plain kernels, for models and cases of any shape.
+#include "fuzz/choices.h"
+#include "fuzz/promise.h"
+#include "svm/kernel/packed/operations.h"
+#include "tests/kernel_packed/sample.h"
+#include "tests/kernel_packed/wide.h"
+
+namespace svmscore::fuzz {
+namespace {
+
+namespace packed = MCSVM_700::packed;
+
+// A vector whose positions ascend, or else whatever comes.
+void AddVector(sample::Model& model, Choices& choices) {
+  std::vector<int> positions;
+  std::vector<double> entries;
+  const bool orderly = !choices.Rarely();
+  const std::uint8_t fill = choices.Byte();
+  for (std::size_t f = 0; f < model.fields; ++f) {
+    if (choices.Byte() > fill) continue;
+    positions.push_back(orderly ? static_cast<int>(f)
+                                : static_cast<int>(choices.Below(model.fields + 2)) - 1);
+    entries.push_back(OddNumber(choices));
+  }
+  if (choices.Rarely()) entries.push_back(1.0);
+  model.AddVector(std::move(positions), std::move(entries));
+}
+
+void AddMachine(sample::Model& model, Choices& choices) {
+  sample::Machine& machine = model.machines.emplace_back();
+  machine.offset = OddNumber(choices);
+  const std::size_t vectors = model.positions.size();
+  if (vectors == 0) return;
+  const bool orderly = !choices.Rarely();
+  const std::uint8_t share = choices.Byte();
+  for (std::size_t v = 0; v < vectors; ++v) {
+    if (choices.Byte() > share) continue;
+    machine.vectors.push_back(static_cast<std::uint32_t>(orderly ? v : choices.Below(vectors)));
+    machine.coefficients.push_back(OddNumber(choices));
+  }
+}
+
+// A size that is often one of those around a block.
+std::size_t Size(Choices& choices) {
+  const std::size_t size = choices.Below(128);
+  return size < 72 ? size % 12 : size - 40;
+}
+
+sample::Model MakeModel(Choices& choices) {
+  sample::Model model;
+  model.form = static_cast<packed::KernelForm>(choices.Below(4));
+  model.storage = static_cast<packed::Storage>(choices.Below(3));
+  if (choices.Half()) {
+    model.gamma = OddNumber(choices);
+    model.coef0 = OddNumber(choices);
+    model.degree = choices.Half() ? static_cast<double>(choices.Below(10)) : OddNumber(choices);
+  }
+  model.fields = Size(choices);
+  // Vectors are given out of a few bytes: the inputs stay short, and the vectors share values.
+  const std::size_t different = 1 + choices.Below(6);
+  const std::size_t vectors = Size(choices);
+  for (std::size_t v = 0; v < vectors; ++v) {
+    if (v < different) {
+      AddVector(model, choices);
+    } else {
+      model.AddVector(model.positions[v % different], model.entries[(v * 7) % different]);
+      model.entries.back().resize(model.positions.back().size(), 0.25);
+    }
+  }
+  for (std::size_t left = choices.Below(7); left > 0; --left) AddMachine(model, choices);
+  return model;
+}
+
+sample::Cases MakeCases(std::size_t fields, Choices& choices) {
+  sample::Cases cases{fields, 1 + Size(choices), {}};
+  const std::size_t different = 1 + choices.Below(200);
+  for (std::size_t i = 0; i < cases.fields * cases.count; ++i) {
+    cases.columns.push_back(i < different ? OddNumber(choices) : cases.columns[i - different]);
+  }
+  return cases;
+}
+
+void Compare(const sample::Model& model, const sample::Cases& cases) {
+  const auto check = [&](const char* name, const packed::Operations* operations) {
+    const std::string difference = EngineDifference(model, cases, operations, sample::Nan::kAnyNan);
+    Promise(difference.empty(), std::string(name) + " gives the plain bits: " + difference);
+  };
+  using packed::Isa;
+  for (const Isa isa : {Isa::kSse2, Isa::kAvx2, Isa::kAvx512}) {
+    if (packed::CpuHas(isa)) check(packed::NameOf(isa), packed::OperationsOf(isa));
+  }
+  check("wide", &WideOperations());
+}
+
+}  // namespace
+}  // namespace svmscore::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace svmscore::fuzz;
+  Choices choices(data, size);
+  Choices for_cases = choices.SplitOff(1, 4);
+  const sample::Model model = MakeModel(choices);
+  Compare(model, MakeCases(model.fields, for_cases));
+  return 0;
+}

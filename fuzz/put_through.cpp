@@ -1,0 +1,60 @@
+#include "fuzz/put_through.h"
+
+#include <optional>
+#include <sstream>
+
+#include "app/doctor/examination.h"
+#include "app/doctor/report.h"
+#include "app/intake_report.h"
+#include "app/model_summary.h"
+#include "fuzz/memory_file.h"
+#include "fuzz/promise.h"
+#include "fuzz/scoring.h"
+#include "host/pmml/loader.h"
+#include "host/ss_exception.h"
+
+namespace svmscore::fuzz {
+namespace {
+
+using MCZandor_850::SSException;
+
+constexpr const char* kName = "model.pmml";
+
+void Describe(const LoadedModel& loaded) {
+  const app::ModelSummary summary = app::Summarise(loaded);
+  Promise(!app::TextOf(summary).empty() && !app::JsonOf(summary).empty(), "a summary tells");
+  for (const IntakeStep& step : loaded.intake) {
+    Promise(!app::SentenceOf(step).empty(), "a step of the intake is told");
+  }
+  std::ostringstream listing;
+  loaded.model->Display(listing);
+}
+
+// A model of its own: the first case fixes how all later ones must be laid out, and the document's
+// verification has had it.
+void Score(const std::string& document, Choices& choices) {
+  const LoadChecks checks = choices.Half() ? LoadChecks::kStrict : LoadChecks::kRefuse;
+  try {
+    ScoreCases(LoadModel(ThePlugin(), PmmlDocument::FromText(document, kName), checks), choices);
+  } catch (const SSException& error) {
+    Promise(checks == LoadChecks::kStrict, "a document that was read is read again");
+    Promise(error.GetErrorCode() != 0 && *error.what() != '\0', "a refusal has code and sentence");
+  }
+}
+
+}  // namespace
+
+void PutThrough(const std::string& document, Choices& choices) {
+  const MemoryFile file(document);
+  const app::OpenedDocument opened = app::OpenDocument(ThePlugin(), file.Path());
+  if (opened.refused) Promise(!opened.refused->what.empty(), "a refusal says why");
+  Promise(opened.IsRead() || opened.refused, "a document is read or refused");
+  if (!opened.IsRead()) return;
+  const auto findings = app::Examine(opened, ThePlugin(), file.Path(), std::nullopt);
+  Promise(!app::ReportText(kName, findings).empty() && !app::ReportJson(kName, findings).empty(),
+          "a report tells");
+  if (opened.loaded) Describe(*opened.loaded);
+  if (app::IsScored(opened)) Score(document, choices);
+}
+
+}  // namespace svmscore::fuzz

@@ -1,0 +1,18 @@
+// A document on all ways through the system.
+#ifndef FUZZ_PUT_THROUGH_H_
+#define FUZZ_PUT_THROUGH_H_
+
+#include <string>
+
+#include "fuzz/choices.h"
+
+namespace svmscore::fuzz {
+
+// Opens the document as doctor does, examines it with its verification, describes it, and scores a
+// few cases unless it is refused. Promises that a refusal says why, and that nothing else is
+// thrown.
+void PutThrough(const std::string& document, Choices& choices);
+
+}  // namespace svmscore::fuzz
+
+#endif  // FUZZ_PUT_THROUGH_H_

@@ -1,0 +1,40 @@
+// Scoring under scrutiny: what the fuzzers of documents and of tables share.
+#ifndef FUZZ_SCORING_H_
+#define FUZZ_SCORING_H_
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/case_scorer.h"
+#include "fuzz/choices.h"
+#include "host/pmml/loader.h"
+#include "host/pmml/plugin.h"
+
+namespace svmscore::fuzz {
+
+// The plug-in of this build.
+const Plugin& ThePlugin();
+
+// Options of a run.
+struct RunOptions {
+  app::ColumnChoice columns = app::ColumnChoice::kDocument;
+  bool json = false;
+  bool decisions = false;
+  std::vector<std::string> missing_tokens;
+  std::vector<std::string> copied;
+};
+// Also sets the model's own options.
+RunOptions ChooseOptions(MCZandor_850::ScoreModel& model, Choices& choices);
+
+// As the program makes it of a header; throws its Failure. `loaded` must outlive the plan.
+app::ScoringPlan PlanOf(const LoadedModel& loaded, const std::vector<std::string_view>& header,
+                        const RunOptions& options);
+
+// Scores a few cases, one by one and as a batch, whose results must be the same, and through the
+// program's reader and writer.
+void ScoreCases(const LoadedModel& loaded, Choices& choices);
+
+}  // namespace svmscore::fuzz
+
+#endif  // FUZZ_SCORING_H_

@@ -1,0 +1,134 @@
+// Any bytes as a table of cases, through the program's reader, a small model, and the writers.
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <optional>
+#include <sstream>
+
+#include <nlohmann/json.hpp>
+
+#include "app/failure.h"
+#include "app/input_file.h"
+#include "app/row_blocks.h"
+#include "fuzz/memory_file.h"
+#include "fuzz/promise.h"
+#include "fuzz/scoring.h"
+
+namespace svmscore::fuzz {
+namespace {
+
+using app::CsvError;
+using app::CsvRows;
+using app::ScoringPlan;
+
+// What a run writes, and how it ends.
+struct Written {
+  std::string text;
+  std::uint64_t cases = 0;
+  long error_line = 0;  // 0: read to the end
+};
+
+Written Run(const ScoringPlan& plan, app::RowBlocks& input) {
+  Written written;
+  plan.format->Header(written.text);
+  app::CaseScorer scorer(plan);
+  scorer.FixPositions();
+  app::CaseBlock block;
+  while (written.error_line == 0 && input.Next(block.rows)) {
+    scorer.Score(block);
+    written.text += block.out;
+    written.cases += block.tally.cases;
+    if (block.error) written.error_line = block.error->Line();
+  }
+  return written;
+}
+
+// Nothing where the table is refused as a whole.
+std::optional<Written> Score(const LoadedModel& loaded, const MemoryFile& table,
+                             const RunOptions& options, std::size_t block_bytes) {
+  try {
+    app::InputFile file(table.Path());
+    app::RowBlocks input(file, block_bytes);
+    app::RowBlock header;
+    if (!input.ReadHeader(header)) return std::nullopt;
+    std::vector<std::string_view> names;
+    CsvRows(header.text.data(), header.text.size(), header.first_line).Next(names);
+    return Run(PlanOf(loaded, names, options), input);
+  } catch (const CsvError&) {
+  } catch (const app::Failure&) {
+  }
+  return std::nullopt;
+}
+
+// The rows of a text after its header, counted up to the first broken one.
+std::uint64_t CountRows(std::string text) {
+  CsvRows rows(text.data(), text.size(), 1);
+  std::vector<std::string_view> cells;
+  std::uint64_t count = 0;
+  std::size_t width = 0;
+  try {
+    for (; rows.Next(cells); ++count) {
+      if (count == 0) width = cells.size();
+      if (cells.size() != width) break;
+    }
+  } catch (const CsvError&) {
+  }
+  return std::max<std::uint64_t>(count, 1) - 1;
+}
+
+void CheckJson(const Written& written) {
+  std::istringstream lines(written.text);
+  std::uint64_t count = 0;
+  for (std::string line; std::getline(lines, line); ++count) {
+    Promise(nlohmann::json::accept(line), "a line is a JSON object: " + line);
+  }
+  Promise(count == written.cases, "there is an object for every case");
+}
+
+const LoadedModel& TheModel() {
+  static const LoadedModel loaded =
+      LoadModel(ThePlugin(), PmmlDocument::FromFile(FUZZ_FOLDER "/table.pmml"));
+  return loaded;
+}
+
+void CheckTable(const std::string& text, const RunOptions& options, std::size_t block_bytes) {
+  const MemoryFile table(text);
+  const std::optional<Written> whole = Score(TheModel(), table, options, 1U << 18U);
+  const std::optional<Written> pieces = Score(TheModel(), table, options, block_bytes);
+  Promise(whole.has_value() == pieces.has_value(), "a table is refused whatever the blocks");
+  if (!whole) return;
+  Promise(whole->text == pieces->text && whole->error_line == pieces->error_line,
+          "the output does not depend on the blocks");
+  const bool marked = text.starts_with("\xEF\xBB\xBF");
+  Promise(whole->cases == CountRows(marked ? text.substr(3) : text), "as many rows out as in");
+  if (options.json) {
+    CheckJson(*whole);
+  } else {
+    Promise(whole->cases == CountRows(whole->text), "what was written can be read");
+  }
+}
+
+}  // namespace
+}  // namespace svmscore::fuzz
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  svmscore::fuzz::TheModel();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  using namespace svmscore::fuzz;
+  // A line of options, then the table.
+  const std::uint8_t* line_end = std::find(data, data + std::min<std::size_t>(size, 16), '\n');
+  Choices choices(data, static_cast<std::size_t>(line_end - data));
+  TheModel().model->SetMissingValuePolicy(MCZandor_850::ScoreModel::kReplaceMissing);
+  RunOptions options = ChooseOptions(*TheModel().model, choices);
+  constexpr std::array<std::string_view, 4> kCopied = {"a", "size", "colour", "more"};
+  for (std::size_t left = choices.Below(3); left > 0; --left) {
+    options.copied.emplace_back(choices.Pick(kCopied));
+  }
+  const std::size_t block_bytes = 1 + choices.Below(64);
+  const std::uint8_t* table = line_end == data + size ? line_end : line_end + 1;
+  CheckTable({table, data + size}, options, block_bytes);
+  return 0;
+}
