@@ -329,11 +329,11 @@ void VectorReader::Rewrite(DOMElement* indices, DOMElement* entries,
     index_text.append(ToUtf16(std::to_string(index) + ' '));
     entry_text.append(entry).push_back(u' ');
   };
-  int next = 1;
+  int next = 1;  // the first position that is not written yet, where gaps are filled
   for (const auto& [index, entry] : pairs) {
     for (; default_value && next < index; ++next) write(next, *default_value);
     write(index, entry);
-    next = index + 1;
+    if (default_value) next = index + 1;
   }
   for (; default_value && !IsOutside(next); ++next) write(next, *default_value);
   ReplaceText(indices, index_text);
