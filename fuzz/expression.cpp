@@ -79,7 +79,7 @@ void Compute(const TransformationDictionary& derived, const ScoreDictionary& inp
       Promise(IsSame(value, second->GetDerived(*var)), "a field is computed the same again");
       Promise(IsSame(value, third->GetDerived(*var)), "a field is computed the same by name");
     }
-    for (std::size_t used = 4 * variables.size(); used > 0; --used) choices.Byte();
+    for (std::size_t used = 1 + 4 * variables.size(); used > 0; --used) choices.Byte();
   } while (!choices.IsEmpty());
 }
 

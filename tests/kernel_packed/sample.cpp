@@ -140,7 +140,12 @@ std::string Difference(const std::vector<double>& expected, const std::vector<do
 
 std::string EngineDifference(const Model& model, const Cases& cases,
                              const packed::Operations* operations, Nan nan) {
-  const std::vector<double> expected = ByDefinition(model, cases);
+  return EngineDifference(model, cases, ByDefinition(model, cases), operations, nan);
+}
+
+std::string EngineDifference(const Model& model, const Cases& cases,
+                             const std::vector<double>& expected,
+                             const packed::Operations* operations, Nan nan) {
   const PackedEngine engine(model.Input(), operations);
   if (operations != nullptr && engine.isa() != operations->isa) return "the engine went plain";
   PackedScratch scratch;

@@ -78,6 +78,10 @@ std::string Difference(const std::vector<double>& expected, const std::vector<do
 std::string EngineDifference(const Model& model, const Cases& cases,
                              const MCSVM_700::packed::Operations* operations,
                              Nan nan = Nan::kExact);
+// The same, where ByDefinition has been called already.
+std::string EngineDifference(const Model& model, const Cases& cases,
+                             const std::vector<double>& expected,
+                             const MCSVM_700::packed::Operations* operations, Nan nan);
 
 }  // namespace sample
 
