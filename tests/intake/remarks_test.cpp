@@ -137,7 +137,8 @@ TEST(Remarks, TellOfNamesThatAreUsedTwice) {
     parts.global = global_part;
     parts.local = local_part;
     EXPECT_EQ(Read(parts.Text()).Steps(), steps);
-    EXPECT_NEAR(std::stod(Score(parts.Text(), {{"x", "1"}, {"y", "2"}})), prediction, 1e-12);
+    EXPECT_NEAR(*svmscore::ParseNumber(Score(parts.Text(), {{"x", "1"}, {"y", "2"}})), prediction,
+                1e-12);
     EXPECT_EQ(Refusal(parts.Text(), IntakeMode::kStrict).GetErrorCode(), code::kDuplicateName);
   }
 }
