@@ -14,8 +14,8 @@ namespace tags = MCZandor_850::PMMLModelTags;
 constexpr StepKind kUnknown{"target-unknown",
                             "a Target for a field that does not exist is taken for the model's "
                             "target where it is the only one, and else not used"};
-constexpr StepKind kTwice{"target-declared-twice",
-                          "of several Target elements of one field the first counts"};
+constexpr StepKind kDeclaredTwice{"target-declared-twice",
+                                  "of several Target elements of one field the first counts"};
 
 }  // namespace
 
@@ -31,7 +31,7 @@ void CheckTargets(Intake& intake) {
     if (name && !fields.contains(*name)) {
       intake.Doubt(kUnknown, target, code::kUnknownField, *name, "Target");
     } else if (!seen.insert(name.value_or("")).second) {
-      intake.Doubt(kTwice, target, code::kDuplicateName, name.value_or(""), "Target");
+      intake.Doubt(kDeclaredTwice, target, code::kDuplicateName, name.value_or(""), "Target");
     }
   }
 }
