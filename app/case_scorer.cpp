@@ -79,7 +79,7 @@ void CaseScorer::Score(CaseBlock& block) {
   block.out.clear();
   block.tally = {};
   block.error.reset();
-  CsvRows rows(block.rows.text.data(), block.rows.text.size(), block.rows.first_line);
+  CsvRows rows(block.rows.text.data(), block.rows.text.size(), block.rows.first_line, plan_.limits);
   bool more = true;
   while (more) {
     rows_.clear();

@@ -31,6 +31,7 @@ struct ScoringPlan {
   bool computes_output = false;  // the results hold columns of output fields
   ResultColumns results;
   std::unique_ptr<RowFormat> format;
+  Limits limits;  // of the rows
 };
 
 // How the cases of a run ended.

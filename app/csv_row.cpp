@@ -5,6 +5,8 @@
 
 #include <emmintrin.h>
 
+#include "app/limit_option.h"
+
 namespace svmscore::app {
 namespace {
 
@@ -31,9 +33,13 @@ bool CsvRows::Next(std::vector<std::string_view>& cells) {
   cells.clear();
   if (next_ == end_) return false;
   row_line_ = line_;
+  const char* begin = next_;
   do {
     cells.push_back(next_ != end_ && *next_ == '"' ? QuotedCell() : PlainCell());
+    CheckLimit(cells.back().size(), &Limits::cell_length);
+    CheckLimit(cells.size(), &Limits::columns);
   } while (StepOverSeparator());
+  CheckLimit(static_cast<std::size_t>(next_ - begin), &Limits::row_length);
   return true;
 }
 
@@ -80,6 +86,10 @@ bool CsvRows::StepOverSeparator() {
   if (next_ != end_) ++next_;
   ++line_;
   return false;
+}
+
+void CsvRows::CheckLimit(std::size_t size, Limit limit) const {
+  if (size > limits_.*limit) throw CsvError(row_line_, BeyondTableLimit(limits_, limit));
 }
 
 bool CsvRows::AtRowEnd(const char* at) const {

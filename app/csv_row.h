@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/limits.h"
+
 namespace svmscore::app {
 
 // A text that is no CSV; says at which line of the file and why.
@@ -22,13 +24,13 @@ class CsvError : public std::runtime_error {
 
 // Walks the rows of a text that ends where a row ends. Rows end with LF or CRLF; the last one may
 // lack its end. A quoted cell may hold commas, line ends and doubled quotation marks. A quotation
-// mark anywhere else, or a NUL byte, is a CsvError.
+// mark anywhere else, a NUL byte, and what exceeds a limit is a CsvError.
 class CsvRows {
  public:
   // Quoted cells are rewritten in `text`, which must outlive the cells. `line` is the number of its
   // first line in the file.
-  CsvRows(char* text, std::size_t size, long line)
-      : next_(text), end_(text + size), line_(line), row_line_(line) {}
+  CsvRows(char* text, std::size_t size, long line, const Limits& limits = {})
+      : next_(text), end_(text + size), line_(line), row_line_(line), limits_(limits) {}
 
   // Fills `cells` with the next row; false at the end.
   bool Next(std::vector<std::string_view>& cells);
@@ -41,11 +43,13 @@ class CsvRows {
   // Steps over what follows a cell: true for a comma, false for the end of the row.
   bool StepOverSeparator();
   bool AtRowEnd(const char* at) const;
+  void CheckLimit(std::size_t size, Limit limit) const;
 
   char* next_;
   char* end_;
   long line_;
   long row_line_;
+  Limits limits_;
 };
 
 }  // namespace svmscore::app

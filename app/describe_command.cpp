@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "app/limit_option.h"
 #include "app/model_file.h"
 #include "app/model_summary.h"
 #include "app/output_file.h"
@@ -16,12 +17,14 @@ CLI::App* DescribeCommand::AddTo(CLI::App& program) {
   app->add_flag("--dump", dump_, "add the model's own listing of all it holds");
   app->add_flag("--strict-document", strict_document_,
                 "tell why score --strict-document refuses the model, where it does");
+  AddLimitOption(*app, limits_);
   app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
   return app;
 }
 
 ExitStatus DescribeCommand::Run() {
-  const DescribedModel described = LoadModelToDescribe(model_, plugin_, strict_document_);
+  DocumentSource source(model_, limits_);
+  const DescribedModel described = LoadModelToDescribe(source, plugin_, strict_document_);
   ModelSummary summary = Summarise(described.loaded);
   summary.refused = described.refused;
   if (dump_) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/command.h"
+#include "host/limits.h"
 
 namespace svmscore::app {
 
@@ -16,6 +17,7 @@ class DescribeCommand : public Command {
  private:
   std::string model_;
   std::string plugin_;
+  Limits limits_;
   bool json_ = false;
   bool dump_ = false;
   bool strict_document_ = false;

@@ -19,7 +19,8 @@ enum ExitStatus : int {
   kOutputError = 6,
 };
 
-// Thrown where the run cannot go on; main prints the message and returns the status.
+// Thrown where the run cannot go on; main prints the message, unless it is empty, and returns the
+// status.
 class Failure : public std::runtime_error {
  public:
   Failure(ExitStatus status, const std::string& message)

@@ -1,9 +1,8 @@
 #include "app/intake_report.h"
 
-#include <cstdio>
-
 #include <fmt/format.h>
 
+#include "app/messages.h"
 #include "host/pmml/elements.h"
 
 namespace svmscore::app {
@@ -16,13 +15,13 @@ std::string SentenceOf(const IntakeStep& step) {
 
 void TellIntake(const std::string& path, const LoadedModel& loaded) {
   for (const IntakeStep& step : loaded.intake) {
-    fmt::print(stderr, "svmscore: {}: {}\n", path, SentenceOf(step));
+    Tell(fmt::format("svmscore: {}: {}\n", path, SentenceOf(step)));
   }
   if (loaded.output == nullptr) return;
   for (const output::Note& note : loaded.output->Notes()) {
     const long line = loaded.document.LineOf(note.element);
     const std::string place = line > 0 ? fmt::format("line {}, ", line) : "";
-    fmt::print(stderr, "svmscore: {}: {}{}: {}\n", path, place, NameOf(note.element), note.text);
+    Tell(fmt::format("svmscore: {}: {}{}: {}\n", path, place, NameOf(note.element), note.text));
   }
 }
 

@@ -38,29 +38,28 @@ void RefuseModel(const std::string& path, const SSException& error) {
   throw Failure(kModelError, fmt::format("{}: {}", path, Explain(error)));
 }
 
-LoadedModel LoadModelFile(const std::string& path, const std::string& plugin, bool strict) {
+LoadedModel LoadModelFile(DocumentSource& source, const std::string& plugin, bool strict) {
   const Plugin loaded = LoadPlugin(plugin);
   try {
-    return LoadModel(loaded, PmmlDocument::FromFile(path), ChecksOf(strict));
+    return LoadModel(loaded, source.Parse(), ChecksOf(strict));
   } catch (const SSException& error) {
-    RefuseModel(path, error);
+    RefuseModel(source.Path(), error);
   }
 }
 
-DescribedModel LoadModelToDescribe(const std::string& path, const std::string& plugin,
-                                   bool strict) {
+DescribedModel LoadModelToDescribe(DocumentSource& source, const std::string& plugin, bool strict) {
   const Plugin loaded = LoadPlugin(plugin);
-  std::optional<std::string> refused;
   try {
-    return {LoadModel(loaded, PmmlDocument::FromFile(path), ChecksOf(strict)), std::nullopt};
+    PmmlDocument document = source.Parse();
+    std::string refused;
+    try {
+      return {LoadModel(loaded, std::move(document), ChecksOf(strict)), std::nullopt};
+    } catch (const SSException& error) {
+      refused = Explain(error);
+    }
+    return {LoadModel(loaded, source.Parse(), LoadChecks::kTolerate), std::move(refused)};
   } catch (const SSException& error) {
-    refused = Explain(error);
-  }
-  try {
-    return {LoadModel(loaded, PmmlDocument::FromFile(path), LoadChecks::kTolerate),
-            std::move(refused)};
-  } catch (const SSException& error) {
-    RefuseModel(path, error);
+    RefuseModel(source.Path(), error);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "app/document_source.h"
 #include "host/pmml/loader.h"
 #include "host/pmml/plugin.h"
 #include "host/ss_exception.h"
@@ -14,7 +15,7 @@ namespace svmscore::app {
 // `plugin` is the file of the plug-in; empty for the installed one. With `strict` a document is
 // refused that is not scored as it is written. Throws a Failure(kModelError) with the message's
 // code, what is wrong, where, and what to do.
-LoadedModel LoadModelFile(const std::string& path, const std::string& plugin, bool strict);
+LoadedModel LoadModelFile(DocumentSource& source, const std::string& plugin, bool strict);
 
 // The plug-in of that file. Throws as LoadModelFile does.
 Plugin LoadPlugin(const std::string& path);
@@ -31,7 +32,7 @@ struct DescribedModel {
   LoadedModel loaded;
   std::optional<std::string> refused;
 };
-DescribedModel LoadModelToDescribe(const std::string& path, const std::string& plugin, bool strict);
+DescribedModel LoadModelToDescribe(DocumentSource& source, const std::string& plugin, bool strict);
 
 }  // namespace svmscore::app
 

@@ -1,12 +1,8 @@
 #include "app/output_file.h"
 
-#include <array>
 #include <cerrno>
-#include <climits>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,46 +10,12 @@
 
 #include <fmt/format.h>
 
+#include "app/ending_signals.h"
 #include "app/failure.h"
 #include "app/system_error.h"
 
 namespace svmscore::app {
 namespace {
-
-// The unfinished file for the signal handler, which may use nothing that allocates. Written while
-// the signals are blocked.
-std::array<char, PATH_MAX> unfinished{};
-
-constexpr std::array kEndingSignals = {SIGINT, SIGTERM, SIGHUP};
-
-extern "C" void RemoveUnfinished(int signal_number) {
-  if (unfinished[0] != '\0') unlink(unfinished.data());
-  std::signal(signal_number, SIG_DFL);
-  std::raise(signal_number);
-}
-
-void RememberUnfinished(const std::string& path) {
-  sigset_t ending;
-  sigset_t before;
-  sigemptyset(&ending);
-  for (const int signal_number : kEndingSignals) sigaddset(&ending, signal_number);
-  pthread_sigmask(SIG_BLOCK, &ending, &before);
-  const std::size_t size = path.size() < unfinished.size() ? path.size() : 0;
-  std::memcpy(unfinished.data(), path.data(), size);
-  unfinished[size] = '\0';
-  pthread_sigmask(SIG_SETMASK, &before, nullptr);
-}
-
-void HandleEndingSignals() {
-  struct sigaction action {};
-  action.sa_handler = RemoveUnfinished;
-  for (const int signal_number : kEndingSignals) {
-    struct sigaction earlier {};
-    sigaction(signal_number, nullptr, &earlier);
-    // Under nohup and the like a signal is ignored, and stays so.
-    if (earlier.sa_handler != SIG_IGN) sigaction(signal_number, &action, nullptr);
-  }
-}
 
 // The mode of a file that open() would create.
 mode_t CreationMode() {
@@ -94,11 +56,12 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
 
 void OutputFile::OpenTemporary() {
   HandleEndingSignals();
+  const HoldEndingSignals hold;
   std::string pattern = target_ + ".unfinished-XXXXXX";
   descriptor_ = mkostemp(pattern.data(), O_CLOEXEC);
   if (descriptor_ < 0) Fail(errno);
   temporary_ = pattern;
-  RememberUnfinished(temporary_);
+  RemoveWhenEnded(temporary_);
 }
 
 OutputFile::~OutputFile() {
@@ -124,11 +87,13 @@ void OutputFile::Commit() {
   descriptor_ = -1;
   if (closed != 0) Fail(errno);
   if (std::rename(temporary_.c_str(), target_.c_str()) != 0) Fail(errno);
-  RememberUnfinished({});
+  RemoveWhenEnded({});
   temporary_.clear();
 }
 
 void OutputFile::Fail(int error) const {
+  // Who closes a pipe has seen enough.
+  if (error == EPIPE) throw Failure(kOutputError, "");
   throw Failure(kOutputError, fmt::format("cannot write {}: {}", name_, ErrorText(error)));
 }
 
@@ -137,7 +102,7 @@ void OutputFile::CloseAndRemove() noexcept {
   descriptor_ = -1;
   if (temporary_.empty()) return;
   unlink(temporary_.c_str());
-  RememberUnfinished({});
+  RemoveWhenEnded({});
   temporary_.clear();
 }
 

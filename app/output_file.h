@@ -7,12 +7,13 @@
 
 namespace svmscore::app {
 
-// Failures are thrown as Failure(kOutputError) that names the file.
+// Failures are thrown as Failure(kOutputError) that names the file; for a pipe that is closed at
+// the other end the message is empty.
 //
 // A regular file is written under another name in the same folder and takes its own name in
 // Commit; until then an earlier file of that name stays as it was. When this object goes without
-// Commit, or SIGINT, SIGTERM or SIGHUP ends the process, the unfinished file is removed. One such
-// object at a time.
+// Commit, or SIGINT, SIGTERM, SIGHUP or SIGQUIT ends the process, the unfinished file is removed.
+// One such object at a time.
 class OutputFile {
  public:
   // "-" is standard output.

@@ -10,6 +10,7 @@
 #include <oneapi/tbb/parallel_pipeline.h>
 #include <oneapi/tbb/task_arena.h>
 
+#include "app/ending_signals.h"
 #include "app/failure.h"
 
 namespace svmscore::app {
@@ -131,6 +132,7 @@ class Run {
   void Write(CaseBlock& block) {
     output_.Write(block.out);
     total_.Add(block.tally);
+    NoteCasesWritten(total_.cases);
     if (block.error) throw BrokenRow(input_name_, *block.error);
     progress_.Show(total_.cases, block.bytes_read);
     KeepWithinBounds(block.rows.text);

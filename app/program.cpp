@@ -5,9 +5,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <iostream>
 #include <new>
 
-#include <fmt/format.h>
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 
@@ -15,6 +18,7 @@
 #include "app/describe_command.h"
 #include "app/doctor/doctor_command.h"
 #include "app/failure.h"
+#include "app/messages.h"
 #include "app/score_command.h"
 #include "app/verify_command.h"
 
@@ -22,7 +26,8 @@ namespace svmscore::app {
 namespace {
 
 int Complain(ExitStatus status, const char* what) {
-  fmt::print(stderr, "svmscore: {}\n", what);
+  // Memory may have run out: nothing is put together.
+  if (*what != '\0') std::fprintf(stderr, "svmscore: %s\n", what);
   return status;
 }
 
@@ -56,10 +61,11 @@ int ParseAndRun(int argc, char** argv) {
   try {
     program.parse(argc, argv);
   } catch (const CLI::Success& asked) {  // --help, --version
-    return program.exit(asked);
+    const int status = program.exit(asked);
+    return std::cout.flush() ? status : kOutputError;
   } catch (const CLI::ParseError& error) {
     Complain(kUsageError, error.what());
-    fmt::print(stderr, "Run svmscore --help for what it takes.\n");
+    Tell("Run svmscore --help for what it takes.\n");
     return kUsageError;
   }
   for (std::size_t i = 0; i < commands.size(); ++i) {
@@ -68,12 +74,24 @@ int ParseAndRun(int argc, char** argv) {
   return kUsageError;
 }
 
+// A file that is opened where a standard stream was closed would take what is meant for the stream.
+// What is opened here instead fails on use, as the closed stream would.
+void OccupyStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0) {
+      open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
+
 }  // namespace
 
 int RunProgram(int argc, char** argv) {
-  // A closed pipe is an output that cannot be written, reported as such.
+  // A closed pipe and a file that may not grow are outputs that cannot be written.
   std::signal(SIGPIPE, SIG_IGN);
   std::set_terminate(OnTerminate);
+  std::signal(SIGXFSZ, SIG_IGN);
+  OccupyStandardStreams();
   try {
     return ParseAndRun(argc, argv);
   } catch (const Failure& failure) {

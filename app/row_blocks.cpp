@@ -4,9 +4,8 @@
 #include <cstring>
 #include <string_view>
 
-#include <fmt/format.h>
-
 #include "app/csv_row.h"
+#include "app/limit_option.h"
 
 namespace svmscore::app {
 namespace {
@@ -36,9 +35,9 @@ bool RowBlocks::Next(RowBlock& block) {
 
 bool RowBlocks::Fill() {
   if (at_end_) return false;
-  if (scan_.row_end == 0 && text_.size() > kMaxRowBytes) {
-    throw CsvError(line_, fmt::format("a row of more than {} MiB; is a quoted cell never closed?",
-                                      kMaxRowBytes >> 20U));
+  if (scan_.row_end == 0 && text_.size() > limits_.row_length) {
+    throw CsvError(
+        line_, "is a quoted cell never closed? " + BeyondTableLimit(limits_, &Limits::row_length));
   }
   buffer_.resize(block_bytes_);
   const std::size_t count = input_.Read(buffer_.data(), buffer_.size());

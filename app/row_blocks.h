@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/input_file.h"
+#include "host/limits.h"
 
 namespace svmscore::app {
 
@@ -19,18 +20,16 @@ struct RowBlock {
 // end that is not inside a quoted cell. Holds one block and the beginning of the next.
 class RowBlocks {
  public:
-  // A row beyond this size is taken for a quoted cell that is never closed.
-  static constexpr std::size_t kMaxRowBytes = 16U << 20U;
-
   // A block ends at the first end of a row at or after `block_bytes`, or earlier where the input
   // ends. `input` must outlive this object.
-  explicit RowBlocks(InputFile& input, std::size_t block_bytes = 256U << 10U)
-      : input_(input), block_bytes_(block_bytes) {}
+  explicit RowBlocks(InputFile& input, const Limits& limits = {},
+                     std::size_t block_bytes = 256U << 10U)
+      : input_(input), limits_(limits), block_bytes_(block_bytes) {}
 
   // The first row, without a byte-order mark; false where the input is empty.
   bool ReadHeader(RowBlock& header);
   // The next rows; false at the end. Throws a Failure(kInputError) for an unreadable input and a
-  // CsvError for a row without end.
+  // CsvError for a row that exceeds its limit, as one without end does.
   bool Next(RowBlock& block);
   // Bytes read so far.
   std::uint64_t BytesRead() const { return bytes_read_; }
@@ -53,6 +52,7 @@ class RowBlocks {
   void CutAt(std::size_t end, RowBlock& block);
 
   InputFile& input_;
+  Limits limits_;
   std::size_t block_bytes_;
   std::string buffer_;
   std::string text_;

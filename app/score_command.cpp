@@ -1,7 +1,6 @@
 #include "app/score_command.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 #include <fmt/format.h>
@@ -9,8 +8,11 @@
 
 #include "app/case_columns.h"
 #include "app/csv_row.h"
+#include "app/ending_signals.h"
 #include "app/input_file.h"
 #include "app/intake_report.h"
+#include "app/limit_option.h"
+#include "app/messages.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
 #include "app/pipeline.h"
@@ -61,7 +63,7 @@ void StartLog(const std::string& path) {
   log.SetLevel(std::max(1, log.GetLevel()));
 }
 
-CaseColumns ReadColumns(RowBlocks& input, const LoadedModel& loaded,
+CaseColumns ReadColumns(RowBlocks& input, const Limits& limits, const LoadedModel& loaded,
                         const std::vector<std::string>& copied, const std::string& input_name) {
   RowBlock header;
   std::vector<std::string_view> names;
@@ -71,7 +73,7 @@ CaseColumns ReadColumns(RowBlocks& input, const LoadedModel& loaded,
                                              "line with the names of the columns",
                                              input_name));
     }
-    CsvRows(header.text.data(), header.text.size(), header.first_line).Next(names);
+    CsvRows(header.text.data(), header.text.size(), header.first_line, limits).Next(names);
   } catch (const CsvError& error) {
     throw BrokenRow(input_name, error);
   }
@@ -94,7 +96,7 @@ std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copie
                  : "the document declares an output field of the name of a column that is always "
                    "added; rename the field, or choose --columns raw");
       if (json) throw Failure(kUsageError, text);
-      fmt::print(stderr, "svmscore: {}\n", text);
+      Tell(fmt::format("svmscore: {}\n", text));
     }
     names.push_back(name);
   }
@@ -140,6 +142,7 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
   app->add_option("--threads", threads_, "number of threads; default: all cores")
       ->check(CLI::Range(1, kMostThreads));
   app->add_option("--log", log_, "append a trace to this file");
+  AddLimitOption(*app, limits_);
   app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
   return app;
 }
@@ -147,17 +150,19 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
 ExitStatus ScoreCommand::Run() {
   StartLog(log_);
   const std::vector<std::string> copied = NamesIn(passthrough_);
-  const LoadedModel loaded = LoadModelFile(model_, plugin_, strict_document_);
+  DocumentSource source(model_, limits_);
+  const LoadedModel loaded = LoadModelFile(source, plugin_, strict_document_);
   TellIntake(model_, loaded);
   ScoreModel& model = *loaded.model;
   model.SetPredictionOnly(prediction_only_);
   UsePolicy(model, policy_);
 
   InputFile file(cases_);
-  RowBlocks input(file);
+  RowBlocks input(file, limits_);
   ScoringPlan plan;
   plan.model = &model;
-  plan.columns = ReadColumns(input, loaded, copied, file.Name());
+  plan.limits = limits_;
+  plan.columns = ReadColumns(input, limits_, loaded, copied, file.Name());
   plan.missing_tokens = missing_tokens_;
   if (plan.missing_tokens.empty()) plan.missing_tokens = {"NA", "N/A"};
   plan.replace_missing = model.GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
@@ -172,6 +177,8 @@ ExitStatus ScoreCommand::Run() {
   std::vector<std::string> names = NamesOf(plan.results, copied.size(), json);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
 
+  HandleEndingSignals();
+  NoteCasesWritten(0);
   OutputFile output(output_);
   Progress progress(file.Size());
   std::string header;

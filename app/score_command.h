@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/command.h"
+#include "host/limits.h"
 
 namespace svmscore::app {
 
@@ -25,6 +26,7 @@ class ScoreCommand : public Command {
   std::string plugin_;
   std::vector<std::string> missing_tokens_;
   std::vector<std::string> passthrough_;
+  Limits limits_;
   int threads_ = 0;
   bool prediction_only_ = false;
   bool decisions_ = false;

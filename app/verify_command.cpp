@@ -1,11 +1,9 @@
 #include "app/verify_command.h"
 
-#include <array>
-
 #include <fmt/format.h>
 
-#include "app/input_file.h"
 #include "app/intake_report.h"
+#include "app/limit_option.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
 #include "app/tolerance_option.h"
@@ -19,29 +17,30 @@
 namespace svmscore::app {
 namespace {
 
-std::string ReadAll(const std::string& path) {
-  InputFile file(path);
-  std::string bytes;
-  std::array<char, 65536> buffer;
-  while (const std::size_t count = file.Read(buffer.data(), buffer.size())) {
-    bytes.append(buffer.data(), count);
-  }
-  return bytes;
-}
-
 void Print(const std::string& text) {
   OutputFile output("-");
   output.Write(text);
 }
 
 // What the new document says of itself must hold before anybody relies on it.
-void CheckWritten(const std::string& document, const std::string& name, const std::string& plugin) {
-  const LoadedModel written = LoadModel(Plugin(plugin), PmmlDocument::FromText(document, name));
+void CheckWritten(const std::string& document, const std::string& name, const Limits& limits,
+                  const std::string& plugin) {
+  const LoadedModel written =
+      LoadModel(Plugin(plugin), PmmlDocument::FromText(document, name, limits));
   const VerifyReport report = VerifyDocument(written);
   if (report.Disagreements() > 0) {
     throw Failure(kOutputError, fmt::format("{}: not written, for the new records are not "
                                             "confirmed:\n{}",
                                             name, report.Text()));
+  }
+}
+
+// What is scored must be the document that is written anew, whoever changes the file meanwhile.
+void KeepText(DocumentSource& source) {
+  try {
+    source.Text();
+  } catch (const MCZandor_850::SSException& error) {
+    RefuseModel(source.Path(), error);
   }
 }
 
@@ -62,6 +61,7 @@ CLI::App* VerifyCommand::AddTo(CLI::App& program) {
       ->allow_extra_args(false);
   app->add_flag("--strict-document", strict_document_,
                 "refuse a model whose document is not scored as it is written");
+  AddLimitOption(*app, limits_);
   app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
   app->footer(
       "Exit status: 0 all agrees; 1 something disagrees; 2 usage; 3 the model cannot be "
@@ -86,16 +86,19 @@ void VerifyCommand::CheckArguments() const {
 ExitStatus VerifyCommand::Run() {
   CheckArguments();
   if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
-  const LoadedModel loaded = LoadModelFile(model_, plugin_, strict_document_);
+  DocumentSource source(model_, limits_);
+  if (!write_.empty()) KeepText(source);
+  const LoadedModel loaded = LoadModelFile(source, plugin_, strict_document_);
   TellIntake(model_, loaded);
-  if (!write_.empty()) return WriteRecords(loaded);
+  if (!write_.empty()) return WriteRecords(loaded, source.Text());
   VerifyReport report;
   try {
     if (expected_.empty()) {
       report = VerifyDocument(loaded);
     } else {
-      const VerifyTable cases = ReadVerifyTable(input_);
-      report = VerifyFiles(loaded, cases, ReadVerifyTable(expected_), tolerance_, missing_tokens_);
+      const VerifyTable cases = ReadVerifyTable(input_, limits_);
+      report = VerifyFiles(loaded, cases, ReadVerifyTable(expected_, limits_), tolerance_,
+                           missing_tokens_);
       if (report.Compared() == 0) {
         throw Failure(kInputError,
                       fmt::format("{} expects nothing: every cell is empty", expected_));
@@ -108,15 +111,15 @@ ExitStatus VerifyCommand::Run() {
   return report.Disagreements() == 0 ? kDone : kDisagrees;
 }
 
-ExitStatus VerifyCommand::WriteRecords(const LoadedModel& loaded) const {
-  const std::string document = ReadAll(model_);
-  const VerifyTable cases = ReadVerifyTable(input_);
+ExitStatus VerifyCommand::WriteRecords(const LoadedModel& loaded,
+                                       const std::string& document) const {
+  const VerifyTable cases = ReadVerifyTable(input_, limits_);
   if (cases.rows.empty()) throw Failure(kInputError, fmt::format("{} has no case", cases.name));
   const BlockPlace place = FindBlockPlace(document, model_);
   const std::string written =
       PutBlock(document, place, VerificationBlock(loaded, cases, missing_tokens_, place.prefix));
   try {
-    CheckWritten(written, write_, plugin_);
+    CheckWritten(written, write_, limits_, plugin_);
   } catch (const MCZandor_850::SSException& error) {
     RefuseModel(write_, error);
   }

@@ -17,7 +17,7 @@ class VerifyCommand : public Command {
 
  private:
   void CheckArguments() const;
-  ExitStatus WriteRecords(const LoadedModel& loaded) const;
+  ExitStatus WriteRecords(const LoadedModel& loaded, const std::string& document) const;
 
   std::string model_;
   std::string input_;
@@ -25,6 +25,7 @@ class VerifyCommand : public Command {
   std::string write_;
   std::string plugin_;
   std::vector<std::string> missing_tokens_;
+  Limits limits_;
   double tolerance_ = 1e-6;
   bool strict_document_ = false;
 };

@@ -13,9 +13,9 @@
 namespace svmscore::app {
 namespace {
 
-void AddRows(RowBlock& block, VerifyTable& table) {
+void AddRows(RowBlock& block, const Limits& limits, VerifyTable& table) {
   std::vector<std::string_view> cells;
-  CsvRows rows(block.text.data(), block.text.size(), block.first_line);
+  CsvRows rows(block.text.data(), block.text.size(), block.first_line, limits);
   while (rows.Next(cells)) {
     if (cells.size() != table.header.size()) {
       throw CsvError(rows.RowLine(), fmt::format("a row of {} where the header has {} cells",
@@ -32,9 +32,9 @@ int VerifyTable::FindColumn(std::string_view column) const {
   return found == header.end() ? -1 : static_cast<int>(found - header.begin());
 }
 
-VerifyTable ReadVerifyTable(const std::string& path) {
+VerifyTable ReadVerifyTable(const std::string& path, const Limits& limits) {
   InputFile file(path);
-  RowBlocks blocks(file);
+  RowBlocks blocks(file, limits);
   RowBlock block;
   VerifyTable table;
   table.name = file.Name();
@@ -45,9 +45,9 @@ VerifyTable ReadVerifyTable(const std::string& path) {
                                              table.name));
     }
     std::vector<std::string_view> names;
-    CsvRows(block.text.data(), block.text.size(), block.first_line).Next(names);
+    CsvRows(block.text.data(), block.text.size(), block.first_line, limits).Next(names);
     table.header.assign(names.begin(), names.end());
-    while (blocks.Next(block)) AddRows(block, table);
+    while (blocks.Next(block)) AddRows(block, limits, table);
   } catch (const CsvError& error) {
     throw BrokenRow(table.name, error);
   }

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "host/limits.h"
+
 namespace svmscore::app {
 
 struct VerifyTable {
@@ -18,7 +20,7 @@ struct VerifyTable {
 };
 
 // "-" is standard input. Throws a Failure(kInputError) for a file that cannot be read or is no CSV.
-VerifyTable ReadVerifyTable(const std::string& path);
+VerifyTable ReadVerifyTable(const std::string& path, const Limits& limits);
 
 }  // namespace svmscore::app
 

@@ -46,11 +46,12 @@ void Score(const std::string& document, Choices& choices) {
 
 void PutThrough(const std::string& document, Choices& choices) {
   const MemoryFile file(document);
-  const app::OpenedDocument opened = app::OpenDocument(ThePlugin(), file.Path());
+  app::DocumentSource source(file.Path(), {});
+  const app::OpenedDocument opened = app::OpenDocument(ThePlugin(), source);
   if (opened.refused) Promise(!opened.refused->what.empty(), "a refusal says why");
   Promise(opened.IsRead() || opened.refused, "a document is read or refused");
   if (!opened.IsRead()) return;
-  const auto findings = app::Examine(opened, ThePlugin(), file.Path(), std::nullopt);
+  const auto findings = app::Examine(opened, ThePlugin(), source, std::nullopt);
   Promise(!app::ReportText(kName, findings).empty() && !app::ReportJson(kName, findings).empty(),
           "a report tells");
   if (opened.loaded) Describe(*opened.loaded);

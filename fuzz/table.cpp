@@ -48,7 +48,7 @@ std::optional<Written> Score(const LoadedModel& loaded, const MemoryFile& table,
                              const RunOptions& options, std::size_t block_bytes) {
   try {
     app::InputFile file(table.Path());
-    app::RowBlocks input(file, block_bytes);
+    app::RowBlocks input(file, {}, block_bytes);
     app::RowBlock header;
     if (!input.ReadHeader(header)) return std::nullopt;
     std::vector<std::string_view> names;

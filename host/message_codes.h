@@ -30,6 +30,7 @@ inline constexpr int kUnknownFunction = 260314;  // (function)
 inline constexpr int kArgumentCount = 260315;    // (function, given, wanted)
 inline constexpr int kFieldNotNumeric = 260316;  // (field, type, element)
 inline constexpr int kInstructionSet = 260317;   // (what is wrong)
+inline constexpr int kBeyondLimit = 260318;      // (what is limited, limit, name of the limit)
 
 }  // namespace svmscore::code
 

@@ -194,7 +194,7 @@ bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Compa
   std::optional<Finding> best;
   for (const Change& change : ChangesOf(suspect.loaded)) {
     try {
-      PmmlDocument document = PmmlDocument::FromFile(suspect.path);
+      PmmlDocument document = suspect.source.Parse();
       document.FixLines();
       MakeReadable(document, IntakeMode::kTolerate);
       DOMElement* element = change.make(FindModelElement(document.Dom()));

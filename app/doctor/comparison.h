@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/document_source.h"
 #include "app/finding.h"
 #include "app/verify_files.h"
 #include "host/pmml/loader.h"
@@ -51,7 +52,7 @@ std::size_t CountWrong(const LoadedModel& loaded, const CaseFiles& files,
 struct Suspect {
   const LoadedModel& loaded;
   const Plugin& plugin;
-  const std::string& path;
+  DocumentSource& source;
 };
 
 // Tells of scores that differ from the expected ones, and of what would explain it. Throws a

@@ -8,6 +8,7 @@
 #include "app/doctor/examination.h"
 #include "app/doctor/report.h"
 #include "app/failure.h"
+#include "app/limit_option.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
 #include "app/tolerance_option.h"
@@ -30,6 +31,7 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
                   "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
       ->allow_extra_args(false);
   app->add_flag("--json", json_, "write JSON");
+  AddLimitOption(*app, limits_);
   app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
   app->footer(
       "Exit status: 0 no finding changes scores; 1 some finding does; 2 usage; 3 the file cannot "
@@ -41,7 +43,8 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
 
 ExitStatus DoctorCommand::Run() {
   const Plugin plugin = LoadPlugin(plugin_);
-  const OpenedDocument opened = OpenDocument(plugin, model_);
+  DocumentSource source(model_, limits_);
+  const OpenedDocument opened = OpenDocument(plugin, source);
   if (!opened.IsRead()) {
     if (json_) OutputFile("-").Write(ReportJson(model_, {*opened.refused}));
     throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->what));
@@ -49,10 +52,15 @@ ExitStatus DoctorCommand::Run() {
   std::optional<CaseFiles> files;
   if (!input_.empty() && IsScored(opened)) {
     if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
-    files.emplace(CaseFiles{ReadVerifyTable(input_), ReadVerifyTable(expected_), missing_tokens_,
-                            tolerance_});
+    files.emplace(CaseFiles{ReadVerifyTable(input_, limits_), ReadVerifyTable(expected_, limits_),
+                            missing_tokens_, tolerance_});
   }
-  const std::vector<Finding> found = Examine(opened, plugin, model_, files);
+  std::vector<Finding> found;
+  try {
+    found = Examine(opened, plugin, source, files);
+  } catch (const MCZandor_850::SSException& error) {
+    RefuseModel(model_, error);
+  }
   OutputFile output("-");
   output.Write(json_ ? ReportJson(model_, found) : ReportText(model_, found));
   const bool changes = std::any_of(found.begin(), found.end(),

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/command.h"
+#include "host/limits.h"
 
 namespace svmscore::app {
 
@@ -21,6 +22,7 @@ class DoctorCommand : public Command {
   std::string plugin_;
   std::vector<std::string> missing_tokens_;
   double tolerance_ = 1e-6;
+  Limits limits_;
   bool json_ = false;
 };
 

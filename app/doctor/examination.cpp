@@ -34,14 +34,19 @@ bool IsScored(const OpenedDocument& opened) {
 }
 
 std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
-                             const std::string& path, const std::optional<CaseFiles>& files) {
+                             DocumentSource& source, const std::optional<CaseFiles>& files) {
   FindingList findings(opened.Document());
   if (opened.refused) findings.Add(*opened.refused);
   if (IsScored(opened)) {
-    if (files) CheckScores({*opened.loaded, plugin, path}, *files, findings);
+    if (files) CheckScores({*opened.loaded, plugin, source}, *files, findings);
     CheckVerification(*opened.loaded, findings);
   }
-  CheckDocument(opened, findings);
+  try {
+    CheckDocument(opened, findings);
+  } catch (MCZandor_850::SSException& error) {
+    opened.Document().Locate(error);
+    throw;
+  }
   CheckIntake(opened.intake, findings);
   std::vector<Finding> found = findings.Take();
   std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {

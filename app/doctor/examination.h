@@ -16,10 +16,11 @@ namespace svmscore::app {
 // Whether score would take the document: only then are scores compared.
 bool IsScored(const OpenedDocument& opened);
 
-// What is suspicious about the document at `path`, the most severe first. `files` hold what cases
-// should score; Failure(kInputError) where they do not fit. REQUIRES: opened.IsRead().
+// What is suspicious about the document of `source`, the most severe first. `files` hold what cases
+// should score; Failure(kInputError) where they do not fit, SSException where the checks would need
+// more memory than the document's limits allow. REQUIRES: opened.IsRead().
 std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
-                             const std::string& path, const std::optional<CaseFiles>& files);
+                             DocumentSource& source, const std::optional<CaseFiles>& files);
 
 }  // namespace svmscore::app
 

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include "host/limits.h"
 #include "host/number_text.h"
 
 namespace svmscore::app {
@@ -105,6 +106,8 @@ ModelNumbers ReadNumbers(const Inspected& inspected) {
   for (const VectorInstance& instance : inspected.vectors.Instances()) {
     if (!instance.dropped.empty()) continue;
     positions.emplace(instance.id, numbers.vectors.size());
+    // Here every position of a vector takes memory, also those that the document leaves out.
+    CheckLimit(instance.element, &Limits::entries, positions.size() * numbers.fields.size());
     numbers.vectors.push_back(ReadVector(instance.element, numbers.fields.size()));
     numbers.instances.push_back(instance.element);
   }

@@ -34,9 +34,9 @@ Finding Refusal(const SSException& error) {
 }
 
 // Makes the document readable without its model. One of an unknown version is read as the newest.
-void ReadAlone(const std::string& path, OpenedDocument& opened) {
+void ReadAlone(DocumentSource& source, OpenedDocument& opened) {
   for (const char* version : {"", "4.4"}) {
-    opened.document = PmmlDocument::FromFile(path);
+    opened.document = source.Parse();
     opened.document->FixLines();
     auto* root = opened.document->Dom()->getDocumentElement();
     if (*version != '\0' && root != nullptr) root->setAttribute(u"version", u"4.4");
@@ -51,10 +51,10 @@ void ReadAlone(const std::string& path, OpenedDocument& opened) {
 
 }  // namespace
 
-OpenedDocument OpenDocument(const Plugin& plugin, const std::string& path) {
+OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source) {
   OpenedDocument opened;
   try {
-    opened.document = PmmlDocument::FromFile(path);
+    opened.document = source.Parse();
   } catch (const SSException& error) {
     opened.refused = Refusal(error);
     return opened;
@@ -66,9 +66,9 @@ OpenedDocument OpenDocument(const Plugin& plugin, const std::string& path) {
   }
   if (opened.refused) {
     try {
-      opened.loaded = LoadModel(plugin, PmmlDocument::FromFile(path), LoadChecks::kTolerate);
+      opened.loaded = LoadModel(plugin, source.Parse(), LoadChecks::kTolerate);
     } catch (const SSException&) {
-      ReadAlone(path, opened);
+      ReadAlone(source, opened);
     }
   }
   if (opened.loaded) opened.intake = opened.loaded->intake;

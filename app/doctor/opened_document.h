@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/document_source.h"
 #include "app/finding.h"
 #include "host/pmml/loader.h"
 
@@ -23,7 +24,7 @@ struct OpenedDocument {
 };
 
 // Of a file that cannot be read or is no XML there is neither model nor document, only the refusal.
-OpenedDocument OpenDocument(const Plugin& plugin, const std::string& path);
+OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source);
 
 }  // namespace svmscore::app
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <istream>
 #include <new>
@@ -10,20 +11,16 @@
 
 #include <fmt/format.h>
 #include <xercesc/framework/MemBufInputSource.hpp>
-#include <xercesc/internal/XMLScanner.hpp>
-#include <xercesc/parsers/XercesDOMParser.hpp>
-#include <xercesc/sax/ErrorHandler.hpp>
-#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/util/BinInputStream.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
-#include <xercesc/util/SecurityManager.hpp>
-#include <xercesc/util/XMLEntityResolver.hpp>
-#include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "host/message_codes.h"
+#include "host/pmml/attribute_count.h"
 #include "host/pmml/document_memory.h"
+#include "host/pmml/document_parser.h"
 #include "host/transcoder.h"
 
 namespace svmscore {
@@ -33,53 +30,56 @@ using MCZandor_850::SSException;
 using xercesc::DOMElement;
 using xercesc::DOMNode;
 
-// Expansions of entities that a document may cause: far beyond honest use, far below harm.
-constexpr XMLSize_t kMostExpansions = 10000;
-
-// The first complaint of the parser, as an exception with line and column.
-class ComplaintHandler : public xercesc::ErrorHandler {
+// A stream as the parser reads it, up to a limit. Fails by ending, for the parser does not clean up
+// after an exception of its source; the reason is thrown by Check.
+class StreamSource : public xercesc::InputSource {
  public:
-  void warning(const xercesc::SAXParseException&) override {}
-  void error(const xercesc::SAXParseException& complaint) override { Refuse(complaint); }
-  void fatalError(const xercesc::SAXParseException& complaint) override { Refuse(complaint); }
-  void resetErrors() override {}
+  StreamSource(std::istream& stream, const std::string& name, const Limits& limits,
+               xercesc::MemoryManager* memory)
+      : InputSource(ToUtf16(name).c_str(), memory), stream_(stream), name_(name), limits_(limits) {}
 
- private:
-  [[noreturn]] static void Refuse(const xercesc::SAXParseException& complaint) {
-    SSException error(MCZandor_850::gErrorFormater);
-    error.PutErrorMessage(code::kNotWellFormed, ToUtf8(complaint.getMessage()));
-    error.SetPlace(
-        fmt::format("line {}, column {}", complaint.getLineNumber(), complaint.getColumnNumber()));
-    throw error;
+  xercesc::BinInputStream* makeStream() const override {
+    return new (getMemoryManager()) Bytes(*this);
   }
-};
+  const std::uint64_t& BytesRead() const { return read_; }
 
-// Nothing outside the document is ever opened.
-class NoEntities : public xercesc::XMLEntityResolver {
- public:
-  xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override {
-    const XMLCh* id = resource->getSystemId();
-    ThrowAt(nullptr, code::kExternalEntity, id == nullptr ? std::string("?") : ToUtf8(id));
-  }
-};
-
-// Notes the line of every element in document order: one number an element, and no work beyond.
-class LineParser : public xercesc::XercesDOMParser {
- public:
-  explicit LineParser(xercesc::MemoryManager* memory) : XercesDOMParser(nullptr, memory) {}
-  std::vector<XMLFileLoc> TakeLines() { return std::move(lines_); }
-
- protected:
-  void startElement(const xercesc::XMLElementDecl& declaration, const unsigned int url,
-                    const XMLCh* const prefix,
-                    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, const XMLSize_t count,
-                    const bool empty, const bool root) override {
-    XercesDOMParser::startElement(declaration, url, prefix, attributes, count, empty, root);
-    lines_.push_back(getScanner()->getLocator()->getLineNumber());
+  void Check() const {
+    if (read_ > limits_.document_size) throw BeyondLimit(limits_, &Limits::document_size);
+    if (attributes_.Most() > limits_.attributes) throw BeyondLimit(limits_, &Limits::attributes);
+    if (!stream_.bad()) return;
+    ThrowAt(nullptr, code::kFileUnreadable, name_,
+            error_ == 0 ? "the stream failed" : std::strerror(error_));
   }
 
  private:
-  std::vector<XMLFileLoc> lines_;
+  class Bytes : public xercesc::BinInputStream {
+   public:
+    explicit Bytes(const StreamSource& source) : source_(source) {}
+    XMLFilePos curPos() const override { return source_.read_; }
+    const XMLCh* getContentType() const override { return nullptr; }
+    XMLSize_t readBytes(XMLByte* to, XMLSize_t most) override { return source_.Read(to, most); }
+
+   private:
+    const StreamSource& source_;
+  };
+
+  XMLSize_t Read(XMLByte* to, XMLSize_t most) const {
+    errno = 0;
+    stream_.read(reinterpret_cast<char*>(to), static_cast<std::streamsize>(most));
+    if (stream_.bad()) error_ = errno;
+    const auto count = static_cast<XMLSize_t>(stream_.gcount());
+    read_ += count;
+    attributes_.Read(to, count);
+    const bool beyond = read_ > limits_.document_size || attributes_.Most() > limits_.attributes;
+    return beyond ? 0 : count;
+  }
+
+  std::istream& stream_;
+  const std::string& name_;
+  const Limits& limits_;
+  mutable std::uint64_t read_ = 0;
+  mutable AttributeCount attributes_;
+  mutable int error_ = 0;
 };
 
 // The library's own handler ends the process.
@@ -95,19 +95,6 @@ DOMNode* NextInDocument(DOMNode* node, DOMNode* root) {
     node = node->getParentNode();
   }
   return nullptr;
-}
-
-// What is left to read, where the stream can tell and what it tells can be believed; else 0.
-std::size_t SizeOf(std::istream& stream) {
-  constexpr std::streamoff kMost = std::streamoff{1} << 30;
-  const auto start = stream.tellg();
-  std::streamoff size = 0;
-  if (start >= 0 && stream.seekg(0, std::ios::end)) {
-    size = stream.tellg() - start;
-    stream.seekg(start);
-  }
-  stream.clear();
-  return size > 0 && size <= kMost ? static_cast<std::size_t>(size) : 0;
 }
 
 }  // namespace
@@ -130,13 +117,26 @@ void StartXerces() {
 struct PmmlDocument::Parsed {
   DocumentMemory memory;
   std::string name;
+  Limits limits;
   xercesc::DOMDocument* dom = nullptr;
   std::vector<XMLFileLoc> lines;
   std::unordered_map<const DOMElement*, long> line_of;
   bool fixed = false;
 
+  Parsed(std::string of_name, const Limits& of_limits)
+      : name(std::move(of_name)), limits(of_limits) {}
   ~Parsed() {
-    if (dom != nullptr) dom->release();
+    if (dom == nullptr) return;
+    DetachLimits(dom);
+    dom->release();
+  }
+  Parsed(const Parsed&) = delete;
+  Parsed& operator=(const Parsed&) = delete;
+
+  void Take(DocumentParser& parser) {
+    dom = parser.TakeDocument();
+    lines = parser.TakeLines();
+    AttachLimits(dom, limits);
   }
 };
 
@@ -145,64 +145,49 @@ PmmlDocument::~PmmlDocument() = default;
 PmmlDocument::PmmlDocument(PmmlDocument&&) noexcept = default;
 PmmlDocument& PmmlDocument::operator=(PmmlDocument&&) noexcept = default;
 
-PmmlDocument PmmlDocument::FromFile(const std::string& path) {
+PmmlDocument PmmlDocument::FromFile(const std::string& path, const Limits& limits) {
   errno = 0;
   std::ifstream file(path, std::ios::binary);
   if (!file) ThrowAt(nullptr, code::kFileUnreadable, path, std::strerror(errno));
-  return FromStream(file, path);
+  std::error_code unknown;
+  const std::uintmax_t size = std::filesystem::file_size(path, unknown);
+  if (!unknown && size > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
+  return FromStream(file, path, limits);
 }
 
-PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& name) {
-  constexpr std::size_t kChunk = std::size_t{1} << 16;
-  std::string text;
-  text.reserve(SizeOf(stream) + kChunk);
-  errno = 0;
-  do {
-    const std::size_t size = text.size();
-    text.resize(size + kChunk);
-    stream.read(text.data() + size, static_cast<std::streamsize>(kChunk));
-    text.resize(size + static_cast<std::size_t>(stream.gcount()));
-  } while (stream);
-  if (stream.bad()) {
-    ThrowAt(nullptr, code::kFileUnreadable, name,
-            errno == 0 ? "the stream failed" : std::strerror(errno));
-  }
-  return FromText(text, name);
-}
-
-PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name) try {
+PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& name,
+                                      const Limits& limits) try {
   StartXerces();
-  xercesc::SecurityManager limits;
-  limits.setEntityExpansionLimit(kMostExpansions);
-  ComplaintHandler complaints;
-  NoEntities resolver;
-  auto parsed = std::make_unique<Parsed>();
-  LineParser parser(&parsed->memory);
-  parser.setValidationScheme(xercesc::XercesDOMParser::Val_Never);
-  parser.setDoNamespaces(true);
-  parser.setDoSchema(false);
-  parser.setLoadExternalDTD(false);
-  parser.setLoadSchema(false);
-  parser.setSkipDTDValidation(true);
-  parser.setCreateEntityReferenceNodes(false);
-  parser.setCreateCommentNodes(false);
-  parser.setDisableDefaultEntityResolution(true);
-  parser.setXMLEntityResolver(&resolver);
-  parser.setSecurityManager(&limits);
-  parser.setErrorHandler(&complaints);
-  const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(text.data()),
-                                          text.size(), ToUtf16(name).c_str(), false,
-                                          &parsed->memory);
+  auto parsed = std::make_unique<Parsed>(name, limits);
+  const StreamSource source(stream, name, limits, &parsed->memory);
+  DocumentParser parser(&parsed->memory, parsed->limits, source.BytesRead());
   try {
-    parser.parse(source);
-  } catch (const xercesc::XMLException& failure) {
-    ThrowAt(nullptr, code::kNotWellFormed, ToUtf8(failure.getMessage()));
-  } catch (const xercesc::DOMException& failure) {
-    ThrowAt(nullptr, code::kNotWellFormed, ToUtf8(failure.getMessage()));
+    parser.Parse(source);
+  } catch (const SSException&) {
+    source.Check();
+    throw;
   }
-  parsed->name = name;
-  parsed->dom = parser.adoptDocument();
-  parsed->lines = parser.TakeLines();
+  source.Check();
+  parsed->Take(parser);
+  return PmmlDocument(std::move(parsed));
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();  // the parser's own exception is none of the standard's
+}
+
+PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name,
+                                    const Limits& limits) try {
+  StartXerces();
+  if (text.size() > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
+  AttributeCount attributes;
+  attributes.Read(text.data(), text.size());
+  if (attributes.Most() > limits.attributes) throw BeyondLimit(limits, &Limits::attributes);
+  auto parsed = std::make_unique<Parsed>(name, limits);
+  const std::uint64_t size = text.size();
+  DocumentParser parser(&parsed->memory, parsed->limits, size);
+  parser.Parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(text.data()),
+                                          text.size(), ToUtf16(name).c_str(), false,
+                                          &parsed->memory));
+  parsed->Take(parser);
   return PmmlDocument(std::move(parsed));
 } catch (const xercesc::OutOfMemoryException&) {
   throw std::bad_alloc();  // the parser's own exception is none of the standard's

@@ -9,6 +9,7 @@
 #include <xercesc/dom/DOM.hpp>
 
 #include "host/api.h"
+#include "host/limits.h"
 #include "host/ss_exception.h"
 
 namespace svmscore {
@@ -17,14 +18,16 @@ namespace svmscore {
 // the first call, this and every later one throws std::bad_alloc.
 SVMSCORE_HOST_API void StartXerces();
 
-// Parses without validation, DTD loading, external entities or network; an expansion of entities
-// beyond a small limit is refused. Failures are SSExceptions (260301, 260302, 260303) whose place
-// names line and column.
+// Parses without validation, DTD loading, external entities or network, and within limits, which
+// travel with the document: LimitsOf(Dom()). Failures are SSExceptions (260301, 260302, 260303,
+// 260304, 260318) whose place names the line where there is one.
 class SVMSCORE_HOST_API PmmlDocument {
  public:
-  static PmmlDocument FromFile(const std::string& path);
-  static PmmlDocument FromStream(std::istream& stream, const std::string& name);
-  static PmmlDocument FromText(const std::string& text, const std::string& name);
+  static PmmlDocument FromFile(const std::string& path, const Limits& limits = {});
+  static PmmlDocument FromStream(std::istream& stream, const std::string& name,
+                                 const Limits& limits = {});
+  static PmmlDocument FromText(const std::string& text, const std::string& name,
+                               const Limits& limits = {});
   ~PmmlDocument();
   PmmlDocument(PmmlDocument&&) noexcept;
   PmmlDocument& operator=(PmmlDocument&&) noexcept;

@@ -2,6 +2,7 @@
 #ifndef SVM_TRANSLATOR_TRANSLATOR_H_
 #define SVM_TRANSLATOR_TRANSLATOR_H_
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -159,6 +160,9 @@ class SVMTranslator : public PMMLTranslator {
  private:
   // Of the last document that had one. Kept alive by the base, whatever becomes of the model.
   ScoreDictionary* data_dictionary_ = nullptr;
+  // Of the vectors that were read since the vector dictionary began.
+  std::uint64_t entries_ = 0;
+  std::uint64_t implied_entries_ = 0;
 };
 
 }  // namespace MCZandor_850

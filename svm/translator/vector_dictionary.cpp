@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "host/limits.h"
 #include "host/message_codes.h"
 #include "host/ss_exception.h"
 #include "host/tags.h"
@@ -26,6 +28,8 @@ void SVMTranslator::ParseVectorDictionary(xercesc::DOMElement* model_element, DO
   }
   if (dictionary == nullptr) return;
   ParseVectorFields(dictionary, util, model, data);
+  entries_ = 0;
+  implied_entries_ = 0;
   const unsigned long count = GetVectorInstances(dictionary, util);
   xercesc::DOMNodeList* instances =
       GetElementsByTagName(dictionary, tags::XML_ELE_SVM_VECTORINSTANCE);
@@ -102,6 +106,8 @@ void SVMTranslator::ParseVectorInstance(xercesc::DOMNodeList* instances, DOMElem
     array = util->GetChildElemByName(instance, tags::XML_ELE_SVM_REALARRAY, false);
     ParseRealArray(array, util, indices, values);
   }
+  entries_ += values.size();
+  svmscore::CheckLimit(instance, &svmscore::Limits::entries, entries_);
   if (!id.empty() && !values.empty() && indices.size() == values.size()) {
     data->AddVectorInstance(id, indices, values);
   }
@@ -120,6 +126,8 @@ void SVMTranslator::ParseRealSparseArray(xercesc::DOMElement* array, DOMElemUtil
   }
   if (indices_element == nullptr) {
     // An array without indices stands for explicit zeros.
+    implied_entries_ += static_cast<std::uint64_t>(std::max(size, 0));
+    svmscore::CheckLimit(array, &svmscore::Limits::implied_entries, implied_entries_);
     for (int k = 0; k < size; ++k) {
       indices.push_back(k + 1);
       values.push_back(0.0);

@@ -1,13 +1,6 @@
 // svmscore score with what it cannot use: exit statuses, messages, and nothing half-written.
-#include <chrono>
-#include <csignal>
 #include <string>
-#include <thread>
 #include <vector>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -95,57 +88,6 @@ TEST(BadInput, CellsOfAMegabyteAreRead) {
   EXPECT_EQ(ran.status, 0) << ran.err;
   EXPECT_TRUE(ran.out ==
               "note,prediction,status\n" + big + ",a,0\n,,90027\n,,90027\n" + big + ",a,0\n");
-}
-
-TEST(BadInput, OutputsThatCannotBeWrittenEndWithStatusSix) {
-  const TemporaryFolder folder;
-  const std::string cases = folder.Write("cases.csv", "x\n1\n");
-  const std::string score = "\"$SVMSCORE\" score " + Data("line.pmml") + " ";
-  Ran ran = RunShell(score + cases + " > /dev/full");
-  EXPECT_EQ(ran.status, 6);
-  EXPECT_EQ(ran.err, "svmscore: cannot write standard output: No space left on device\n");
-  ran = RunShell(score + cases + " -o /dev/full");
-  EXPECT_EQ(ran.status, 6);
-  EXPECT_EQ(ran.err, "svmscore: cannot write /dev/full: No space left on device\n");
-  ran = RunShell("(echo x; yes 1 | head -n 300000) | { " + score +
-                 "; echo \"status $?\" >&2; } | true");
-  EXPECT_EQ(ran.err, "svmscore: cannot write standard output: Broken pipe\nstatus 6\n");
-  ran = RunProgram({"score", Data("line.pmml"), cases, "-o", folder.Path("none/scores.csv")});
-  EXPECT_EQ(ran.status, 6);
-  EXPECT_EQ(RunShell("\"$SVMSCORE\" describe " + Data("line.pmml") + " > /dev/full").status, 6);
-}
-
-TEST(BadInput, ASignalRemovesTheUnfinishedFile) {
-  for (const int signal_number : {SIGINT, SIGTERM}) {
-    const TemporaryFolder folder;
-    const std::string cases = folder.Path("cases");
-    ASSERT_EQ(mkfifo(cases.c_str(), 0600), 0);
-    const int feed = open(cases.c_str(), O_RDWR);
-    ASSERT_EQ(write(feed, "x\n1\n", 4), 4);
-    const pid_t program =
-        StartProgram({"score", Data("line.pmml"), cases, "-o", folder.Path("scores.csv")},
-                     "/dev/null", "/dev/null", "/dev/null");
-    // The header is not complete before the reader has a block or the end: the file appears once
-    // the fifo holds enough.
-    const std::string rows(300000, '\n');
-    std::thread writer([&] {
-      std::size_t done = 0;
-      while (done < rows.size()) {
-        const ssize_t count = write(feed, rows.data() + done, rows.size() - done);
-        if (count <= 0) break;
-        done += static_cast<std::size_t>(count);
-      }
-    });
-    for (int i = 0; i < 1000 && folder.FileCount() < 2; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    writer.join();
-    EXPECT_EQ(folder.FileCount(), 2U);
-    kill(program, signal_number);
-    EXPECT_EQ(WaitFor(program).status, 128 + signal_number);
-    EXPECT_EQ(folder.FileCount(), 1U);
-    close(feed);
-  }
 }
 
 TEST(BadInput, ModelsThatCannotBeUsedEndWithStatusThree) {

@@ -28,7 +28,7 @@ void Append(std::vector<Row>& rows, std::string& text, long line) {
 
 std::vector<Row> ReadInBlocks(const std::string& path, std::size_t block_bytes) {
   InputFile file(path);
-  RowBlocks blocks(file, block_bytes);
+  RowBlocks blocks(file, {}, block_bytes);
   std::vector<Row> rows;
   RowBlock block;
   if (!blocks.ReadHeader(block)) return rows;
@@ -90,7 +90,7 @@ TEST(RowBlocks, SkipTheByteOrderMark) {
 TEST(RowBlocks, ReadNothingFromAnEmptyFileAndRefuseRowsWithoutEnd) {
   const TemporaryFolder folder;
   EXPECT_TRUE(ReadInBlocks(folder.Write("empty.csv", ""), 100).empty());
-  const std::string endless = "a\n\"" + std::string(RowBlocks::kMaxRowBytes + (1U << 20U), '\n');
+  const std::string endless = "a\n\"" + std::string(Limits{}.row_length + (1U << 20U), '\n');
   EXPECT_THROW(ReadInBlocks(folder.Write("endless.csv", endless), 256U << 10U), CsvError);
   EXPECT_THROW(ReadInBlocks(folder.Path("none.csv"), 100), Failure);
   EXPECT_THROW(ReadInBlocks(folder.Path("."), 100), Failure);

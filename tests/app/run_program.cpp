@@ -1,5 +1,6 @@
 #include "tests/app/run_program.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -18,6 +19,8 @@ pid_t Start(std::vector<std::string> command, const std::string& in, const std::
   const pid_t child = fork();
   if (child < 0) throw std::runtime_error("cannot fork");
   if (child > 0) return child;
+  // Whoever started the tests may ignore these.
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) std::signal(number, SIG_DFL);
   const bool redirected = std::freopen(in.c_str(), "r", stdin) != nullptr &&
                           std::freopen(out.c_str(), "w", stdout) != nullptr &&
                           std::freopen(err.c_str(), "w", stderr) != nullptr;

@@ -1,7 +1,5 @@
 #include "host/pmml/document.h"
 
-#include <cstdio>
-#include <fstream>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -47,32 +45,6 @@ TEST(PmmlDocument, MissingFileIsNamed) {
 
 TEST(PmmlDocument, AFolderIsNoDocument) {
   EXPECT_THROW(PmmlDocument::FromFile("/tmp"), SSException);
-}
-
-// The leaked text would stand in the tree if the entity were read.
-TEST(PmmlDocument, ReadsNoExternalEntity) {
-  const std::string path = testing::TempDir() + "secret.txt";
-  std::ofstream(path) << "leaked";
-  const SSException error =
-      Failure("<!DOCTYPE PMML [<!ENTITY x SYSTEM \"file://" + path + "\">]><PMML>&x;</PMML>");
-  EXPECT_EQ(error.GetErrorCode(), code::kExternalEntity);
-  std::remove(path.c_str());
-}
-
-TEST(PmmlDocument, AnExternalDtdIsNotLoaded) {
-  const PmmlDocument document = PmmlDocument::FromText(
-      "<!DOCTYPE PMML SYSTEM \"http://127.0.0.1:1/x.dtd\"><PMML version=\"4.4\"/>", "t");
-  EXPECT_EQ(FindAttribute(document.Dom()->getDocumentElement(), "version"), "4.4");
-}
-
-TEST(PmmlDocument, RefusesAnExpansionBomb) {
-  std::string bomb = "<!DOCTYPE p [<!ENTITY a0 \"aaaaaaaaaa\">";
-  for (int i = 1; i < 12; ++i) {
-    bomb += "<!ENTITY a" + std::to_string(i) + " \"";
-    for (int j = 0; j < 10; ++j) bomb += "&a" + std::to_string(i - 1) + ";";
-    bomb += "\">";
-  }
-  EXPECT_EQ(Failure(bomb + "]><p>&a11;</p>").GetErrorCode(), code::kNotWellFormed);
 }
 
 TEST(PmmlDocument, KnowsTheLineOfEveryElement) {

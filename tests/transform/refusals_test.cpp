@@ -205,7 +205,7 @@ TEST(Refusals, BoundTheNesting) {
     return xml;
   };
   EXPECT_EQ(RefusalOf(nested(990)), "");
-  EXPECT_THAT(RefusalOf(nested(5000)), HasSubstr("nest more than"));
+  EXPECT_THAT(RefusalOf(nested(1500)), HasSubstr("nest more than"));
   // Calls of functions count for as much as they nest themselves, in either order of definition.
   for (const bool callers_first : {true, false}) {
     std::string functions;

@@ -7,6 +7,7 @@
 
 #include <fmt/format.h>
 
+#include "host/limits.h"
 #include "host/number_text.h"
 #include "host/pmml/elements.h"
 #include "host/pmml/intake/steps.h"
@@ -313,7 +314,11 @@ void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement*
     return SetAttribute(array, tags::XML_ATT_SVM_N, std::to_string(fields_));
   }
   if (!ascending_) intake_.Change(kUnordered, array);
-  if (default_value) intake_.Change(kDefault, array);
+  if (default_value) {
+    intake_.Change(kDefault, array);
+    implied_entries_ += fields_ - std::min(count, fields_);
+    CheckLimit(array, &Limits::implied_entries, implied_entries_);
+  }
   if (!ascending_ || default_value) Rewrite(indices, entries, default_value);
 }
 

@@ -2,6 +2,7 @@
 #ifndef HOST_PMML_INTAKE_VECTORS_H_
 #define HOST_PMML_INTAKE_VECTORS_H_
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -52,6 +53,7 @@ class VectorReader {
   Intake& intake_;
   std::size_t fields_;
   WideText all_indices_;
+  std::uint64_t implied_entries_ = 0;
   WideText fitting_length_;  // a text of attribute n that was found to fit
   // Of the array at hand.
   WideText joined_;

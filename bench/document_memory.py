@@ -1,0 +1,127 @@
+#!/usr/bin/env python3
+"""How much memory a document takes: document_memory.py SVMSCORE [MEGABYTES]
+
+Writes documents of several shapes, each of about that size (20 MB), has `describe` and `score` load
+them, and prints the peak of resident memory over the size of the document, as Markdown. What the
+program takes for a document of no size is left out.
+"""
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+
+program = sys.argv[1]
+size = int(float(sys.argv[2] if len(sys.argv) > 2 else 20) * 1e6)
+
+VECTOR = "<VectorInstance id='{}'>{}</VectorInstance>"
+SPARSE = ("<REAL-SparseArray n='{0}'><Indices>{1}</Indices><REAL-Entries>{2}</REAL-Entries>"
+          "</REAL-SparseArray>")
+ONE = VECTOR.format("v", SPARSE.format(1, "1", "1"))
+
+
+def model(vectors=ONE, fields=1, derived="", header="", data="", machine="", verification=""):
+    references = "<FieldRef field='x'/>" * fields
+    return (f"<PMML version='4.4'><Header>{header}</Header><DataDictionary>"
+            f"<DataField name='x' optype='continuous' dataType='double'/>"
+            f"<DataField name='y' optype='continuous' dataType='double'/>{data}</DataDictionary>"
+            f"<SupportVectorMachineModel functionName='regression'><MiningSchema>"
+            f"<MiningField name='x'/><MiningField name='y' usageType='target'/></MiningSchema>"
+            f"<LocalTransformations>{derived}</LocalTransformations>{verification}"
+            f"<LinearKernelType/><VectorDictionary><VectorFields>{references}</VectorFields>"
+            f"{vectors}</VectorDictionary><SupportVectorMachine><SupportVectors>"
+            f"<SupportVector vectorId='v'/>{machine[0] if machine else ''}</SupportVectors>"
+            f"<Coefficients><Coefficient value='1'/>{machine[1] if machine else ''}</Coefficients>"
+            f"</SupportVectorMachine></SupportVectorMachineModel></PMML>")
+
+
+def repeat(form):
+    """As many as the size asks for; `form` makes the i-th."""
+    parts, length = [], 0
+    while length < size:
+        parts.append(form(len(parts)))
+        length += len(parts[-1])
+    return "".join(parts)
+
+
+def numbers(text, count):
+    return " ".join([text] * count)
+
+
+def derived(i, content):
+    return (f"<DerivedField name='d{i}' optype='continuous' dataType='double'>{content}"
+            "</DerivedField>")
+
+
+def inline_table():
+    rows = repeat(lambda i: f"<row><i>{i}</i><o>{i}</o></row>")
+    return derived(0, "<MapValues outputColumn='o'><FieldColumnPair field='x' column='i'/>"
+                      f"<InlineTable>{rows}</InlineTable></MapValues>")
+
+
+def dense(text):
+    array = f"<Array type='real' n='100'>{numbers(text, 100)}</Array>"
+    return lambda: model(ONE.replace("n='1'", "n='100'") + repeat(
+        lambda i: VECTOR.format(i, array)), fields=100)
+
+
+SHAPES = {
+    "dense vectors, 16 digits": dense("0.1234567890123456"),
+    "dense vectors, 1 digit": dense("1"),
+    "sparse vectors": lambda: model(ONE + repeat(lambda i: VECTOR.format(
+        i, SPARSE.format(10000, "3 70 500 2000 9000", numbers("0.25", 5)))), fields=10000),
+    "vectors of one entry": lambda: model(ONE + repeat(
+        lambda i: VECTOR.format(i, SPARSE.format(1, "1", "1")))),
+    "vectors of zeros": lambda: model(ONE + repeat(
+        lambda i: VECTOR.format(i, "<REAL-SparseArray n='50'/>")), fields=50),
+    "support vectors of one machine": lambda: model(machine=(
+        "<SupportVector vectorId='v'/>" * (size // 60), "<Coefficient value='1'/>" * (size // 60))),
+    "20,000 derived fields": lambda: model(derived="".join(derived(i, (
+        "<Apply function='+'><FieldRef field='x'/><Constant>1</Constant></Apply>"))
+                                                           for i in range(20000))),
+    "derived fields": lambda: model(derived=repeat(lambda i: derived(i, (
+        "<Apply function='+'><FieldRef field='x'/><Constant>1</Constant></Apply>")))),
+    "inline table": lambda: model(derived=inline_table()),
+    "data fields": lambda: model(data=repeat(
+        lambda i: f"<DataField name='f{i}' optype='continuous' dataType='double'/>")),
+    "categories": lambda: model(data="<DataField name='c' optype='categorical' dataType='string'>"
+                                + repeat(lambda i: f"<Value value='{i}'/>") + "</DataField>"),
+    "vector fields": lambda: model(fields=size // 22),
+    "the smallest elements": lambda: model(header=repeat(lambda i: "<a/>")),
+    "the smallest attributes": lambda: model(header=repeat(
+        lambda i: "<a b='' c='' d='' e='' f='' g='' h='' i='' j='' k='' l='' m=''/>")),
+    "one text": lambda: model(header="x" * size),
+}
+
+
+def peak(command, path):
+    """Bytes, and seconds."""
+    start = time.perf_counter()
+    arguments = [program, command, str(path)] + (["/dev/null"] if command == "score" else [])
+    child = subprocess.Popen(arguments, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    _, status, usage = os.wait4(child.pid, 0)
+    if os.waitstatus_to_exitcode(status) not in (0, 5):  # no cases: score loads, and then says so
+        raise SystemExit(f"{command} {path}: status {status}")
+    return usage.ru_maxrss * 1024, time.perf_counter() - start
+
+
+def main():
+    print("| document | MB | describe | score | seconds |\n|---|---|---|---|---|")
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder) / "model.pmml"
+        path.write_text(model())
+        base = {command: peak(command, path)[0] for command in ("describe", "score")}
+        worst = 0.0
+        for name, make in SHAPES.items():
+            path.write_text(make())
+            length = path.stat().st_size
+            taken = {command: peak(command, path) for command in base}
+            ratios = {command: (taken[command][0] - base[command]) / length for command in base}
+            worst = max(worst, *ratios.values())
+            print(f"| {name} | {length / 1e6:.1f} | {ratios['describe']:.1f} "
+                  f"| {ratios['score']:.1f} | {taken['describe'][1]:.2f} |", flush=True)
+        print(f"\nThe worst is {worst:.1f} times the size of the document.")
+
+
+main()

@@ -1,0 +1,153 @@
+// Files that end early, cannot be written or are nobody's any more, and runs that are ended: a
+// score file is complete under its name, or absent.
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/app/run_program.h"
+#include "tests/app/temporary_folder.h"
+
+namespace svmscore::app {
+namespace {
+
+using testing::HasSubstr;
+
+const std::string kScore = "\"$SVMSCORE\" score " + Data("line.pmml") + " ";
+const std::string kManyCases = "(echo x; yes 1 | head -n 300000) | ";
+
+TEST(Faults, OutputsThatCannotBeWrittenEndWithStatusSixAndLeaveNoFile) {
+  const TemporaryFolder folder;
+  const std::string cases = folder.Write("cases.csv", "x\n1\n");
+  const std::string out = folder.Path("out");
+  const std::string write =
+      "\"$SVMSCORE\" verify " + Data("line.pmml") + " --input " + cases + " --write " + out;
+  const std::string no_space = "cannot write standard output: No space left on device\n";
+  const std::string describe = "\"$SVMSCORE\" describe " + Data("line.pmml");
+  for (const auto& [line, message] : std::vector<std::pair<std::string, std::string>>{
+           {kScore + cases + " > /dev/full", no_space},
+           {kScore + cases + " -o /dev/full", "cannot write /dev/full: No space left on device\n"},
+           {kScore + cases + " >&-", "cannot write standard output: Bad file descriptor\n"},
+           {kScore + cases + " -o " + out + "/none", "No such file or directory\n"},
+           {"ulimit -f 64; " + kManyCases + kScore + " -o " + out, out + ": File too large\n"},
+           {"ulimit -f 1; " + write, out + ": File too large\n"},
+           {describe + " > /dev/full", no_space},
+           {"\"$SVMSCORE\" --help > /dev/full", ""},
+       }) {
+    const Ran ran = RunShell(line);
+    EXPECT_EQ(ran.status, 6) << line << ran.err;
+    EXPECT_TRUE(ran.err.ends_with(message)) << ran.err;
+    EXPECT_EQ(folder.FileCount(), 1U) << line;
+  }
+}
+
+TEST(Faults, AClosedPipeEndsTheRunQuietly) {
+  const Ran ran = RunShell(kManyCases + "{ " + kScore + "; echo \"status $?\" >&2; } | head -n 1");
+  EXPECT_EQ(ran.err, "status 6\n");
+  EXPECT_EQ(ran.out, "prediction,stddev,ci_lower,ci_upper,status\n");
+}
+
+// Messages that nobody can read neither end a run nor find their way into its output.
+TEST(Faults, AnUnusableStandardErrorChangesNothing) {
+  const TemporaryFolder folder;
+  const std::string out = folder.Path("out");
+  for (const char* closed : {" 2>&-", " 2> /dev/full", " <&- 2>&-"}) {
+    const std::string cases = folder.Write("cases.csv", "x\n1\n");
+    EXPECT_EQ(RunShell(kScore + cases + " -o " + out + closed).status, 0) << closed;
+    EXPECT_EQ(ReadFile(out),
+              "prediction,stddev,ci_lower,ci_upper,status\n"
+              "2.1,0.5,0.6021338632230051,3.597866136776995,0\n");
+    EXPECT_EQ(RunShell(kScore + out + " -o " + out + ".none" + closed).status, 5);
+  }
+}
+
+TEST(Faults, InputsThatEndEarlyAreRefused) {
+  const TemporaryFolder folder;
+  const std::string model = ReadFile(Data("line.pmml"));
+  for (const std::size_t size :
+       {std::size_t{0}, std::size_t{1}, model.size() / 2, model.size() - 3}) {
+    const Ran ran = RunProgram({"score", folder.Write("cut.pmml", model.substr(0, size))});
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_THAT(ran.err, HasSubstr("[260302]"));
+  }
+  // A pipe is read once, also by the commands that look at a document twice.
+  const std::string half = folder.Write("half.pmml", model.substr(0, model.size() / 2));
+  const std::string unknown = folder.Write(
+      "unknown.pmml",
+      std::string(model).replace(model.find("<FieldRef field=\"x"), 18, "<FieldRef field=\"z"));
+  for (const char* command : {"score", "describe", "verify", "doctor"}) {
+    for (const auto& [file, code] : {std::pair{half, "[260302]"}, {unknown, "[260311]"}}) {
+      const std::string run = std::string("timeout 60 \"$SVMSCORE\" ") + command + ' ';
+      const Ran direct = RunShell(run + file);
+      const Ran piped = RunShell("mkfifo " + folder.Path("pipe") + "; (cat " + file + " > " +
+                                 folder.Path("pipe") + ")& " + run + folder.Path("pipe") +
+                                 "; status=$?; rm " + folder.Path("pipe") + "; exit $status");
+      EXPECT_EQ(piped.status, direct.status) << command << file << piped.err;
+      EXPECT_THAT(piped.out + piped.err, HasSubstr(code)) << command;
+    }
+  }
+  EXPECT_EQ(RunShell(kScore + " < " + folder.Path(".")).status, 5);
+  for (const char* endless : {"/dev/zero", "<(yes)", "<(yes '<a>')"}) {
+    const Ran ran = RunShell("timeout 60 \"$SVMSCORE\" describe " + std::string(endless) +
+                             " --limit document-size=100000000");
+    EXPECT_EQ(ran.status, 3) << endless;
+    EXPECT_LT(ran.peak_kib, 100L << 10U) << endless;
+  }
+}
+
+class Signals : public testing::TestWithParam<std::pair<int, const char*>> {};
+
+// Rows flow, the output grows, and then the signal comes.
+TEST_P(Signals, SayHowFarTheRunCameAndLeaveNoFile) {
+  const auto [signal_number, name] = GetParam();
+  for (const bool to_file : {true, false}) {
+    const TemporaryFolder folder;
+    const std::string cases = folder.Path("cases");
+    ASSERT_EQ(mkfifo(cases.c_str(), 0600), 0);
+    std::vector<std::string> arguments = {"score", Data("line.pmml"), cases, "--threads", "1"};
+    if (to_file) arguments.insert(arguments.end(), {"-o", folder.Path("scores.csv")});
+    const TemporaryFolder streams;
+    const pid_t program =
+        StartProgram(arguments, "/dev/null", streams.Path("out"), streams.Path("err"));
+    const int feed = open(cases.c_str(), O_WRONLY);
+    const std::string rows = "x\n" + std::string(2U << 20U, '\n');
+    for (std::size_t done = 0; done < rows.size();) {
+      const ssize_t count = write(feed, rows.data() + done, rows.size() - done);
+      ASSERT_GT(count, 0);
+      done += static_cast<std::size_t>(count);
+    }
+    // More was taken in than the program can hold unwritten, so some of it is written.
+    EXPECT_EQ(folder.FileCount(), to_file ? 2U : 1U);
+    kill(program, signal_number);
+    EXPECT_EQ(WaitFor(program).status, 128 + signal_number);
+    close(feed);
+    EXPECT_EQ(folder.FileCount(), 1U);
+    EXPECT_THAT(ReadFile(streams.Path("err")),
+                testing::MatchesRegex(std::string("svmscore: ended by ") + name +
+                                      " after [1-9][0-9]* cases" +
+                                      (to_file ? "; the output file is not made\n" : "\n")));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Signals,
+                         testing::Values(std::pair{SIGINT, "SIGINT"}, std::pair{SIGTERM, "SIGTERM"},
+                                         std::pair{SIGHUP, "SIGHUP"}));
+
+TEST(Faults, AnIgnoredSignalStaysIgnored) {
+  const TemporaryFolder folder;
+  const Ran ran = RunShell("trap '' HUP; " + kManyCases + kScore + " -o " + folder.Path("out") +
+                           " & sleep 0.05; kill -HUP $!; wait $!");
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  EXPECT_EQ(folder.FileCount(), 1U);
+}
+
+}  // namespace
+}  // namespace svmscore::app

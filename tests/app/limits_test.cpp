@@ -1,0 +1,187 @@
+// Models and tables that ask for too much, as the program takes them.
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/app/run_program.h"
+#include "tests/app/temporary_folder.h"
+
+namespace svmscore::app {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr long kMostKib = 128L << 10U;
+
+std::string Repeat(const std::string& text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+// The model of line.pmml with one text in the place of another.
+std::string LineWith(const std::string& from, const std::string& to) {
+  std::string text = ReadFile(Data("line.pmml"));
+  return text.replace(text.find(from), from.size(), to);
+}
+
+const std::string kField = "<FieldRef field=\"x\"/>";
+const std::string kIndices = "<Indices>1</Indices><REAL-Entries>1</REAL-Entries>";
+
+// Each of these would take gigabytes, or for ever.
+TEST(Limits, RefuseExpansionBombsInLittleMemory) {
+  std::string laughs;
+  std::string silent;
+  for (int i = 1; i < 30; ++i) {
+    const std::string before = std::to_string(i - 1);
+    laughs += "<!ENTITY a" + std::to_string(i) + " '" + Repeat("&a" + before + ";", 10) + "'>";
+    silent +=
+        "<!ENTITY % a" + std::to_string(i) + " '" + Repeat("&#37;a" + before + ";", 10) + "'>";
+  }
+  const std::string first = "<!ENTITY a0 'aaaaaaaaaa'>";
+  const std::string big(200000, 'b');
+  const std::string entity = "<!ENTITY b '" + big + "'>";
+  const std::string many = Repeat("&b;", 20000);
+  const TemporaryFolder folder;
+  for (const auto& [declared, root, code] : std::vector<std::array<std::string, 3>>{
+           {first + laughs, "<a>&a29;</a>", "260318"},
+           {first + laughs, "<a b='&a29;'/>", "260318"},
+           {first + laughs + "<!ATTLIST a b CDATA '&a29;'>", "<a/>", "260304"},
+           {"<!ENTITY % a0 ''>" + silent + "%a29;", "<a/>", "260304"},
+           {entity, "<a>" + many + "</a>", "260318"},
+           {entity, "<a b='" + many + "'/>", "260318"},
+           {"<!ATTLIST c b CDATA '" + big + "'>", "<a>" + Repeat("<c/>", 20000) + "</a>", "260318"},
+           {"<!ELEMENT a " + Repeat("(", 1000000), "", "260302"},
+       }) {
+    const std::string bomb = "<!DOCTYPE a [" + declared + "]>" + root;
+    const Ran ran = RunProgram({"describe", folder.Write("bomb.pmml", bomb)});
+    EXPECT_EQ(ran.status, 3) << bomb.substr(0, 100);
+    EXPECT_THAT(ran.err, HasSubstr("[" + code + "]")) << bomb.substr(0, 100);
+    EXPECT_LT(ran.peak_kib, kMostKib) << bomb.substr(0, 100);
+  }
+}
+
+TEST(Limits, LetHonestEntitiesThrough) {
+  const TemporaryFolder folder;
+  const std::string model = folder.Write(
+      "model.pmml", "<!DOCTYPE PMML [<!ENTITY x 'x'><!ENTITY f '<FieldRef field=\"&x;\"/>'>]>" +
+                        LineWith(kField, "&f;").substr(ReadFile(Data("line.pmml")).find("<PMML")));
+  const Ran ran = RunProgram({"score", model, "--columns", "raw", "--prediction-only"}, "x\n1\n");
+  EXPECT_EQ(ran.out, "prediction,status\n2.1,0\n") << ran.err;
+}
+
+TEST(Limits, RefuseEntriesThatNoTextStandsFor) {
+  const TemporaryFolder folder;
+  const std::string zeros =
+      "<VectorInstance id='z'><REAL-SparseArray n='2000000000'/></VectorInstance>";
+  const std::string zero = "<VectorInstance id='z'><REAL-SparseArray n='1'/></VectorInstance>";
+  struct Case {
+    std::string model;
+    std::string limit;  // that is just enough; empty where none is asked for
+    std::string name;
+  };
+  const std::string end = "</VectorDictionary>";
+  for (const Case& c : std::vector<Case>{
+           {LineWith(kField, ""), "", ""},
+           {LineWith(end, zeros + end), "", ""},
+           {LineWith(end, Repeat(zero, 3) + end), "3", "implied-entries"},
+           {LineWith(end, Repeat(zero, 3) + end), "4", "entries"},
+           {LineWith(kField, Repeat(kField, 4)).replace(0, 0, ""), "", ""},
+       }) {
+    const std::string model = folder.Write("model.pmml", c.model);
+    const auto status = [&](const std::vector<std::string>& options) {
+      std::vector<std::string> command = {"score", model};
+      command.insert(command.end(), options.begin(), options.end());
+      const Ran ran = RunProgram(command, "x\n1\n");
+      EXPECT_LT(ran.peak_kib, kMostKib);
+      if (ran.status == 3) {
+        EXPECT_THAT(ran.err, HasSubstr("--limit " + c.name + "="));
+      }
+      return ran.status;
+    };
+    if (c.limit.empty()) {
+      EXPECT_EQ(status({}), 0);
+      continue;
+    }
+    EXPECT_EQ(status({"--limit", c.name + "=" + c.limit}), 0);
+    EXPECT_EQ(status({"--limit", c.name + "=" + std::to_string(std::stoi(c.limit) - 1)}), 3);
+  }
+}
+
+TEST(Limits, OfTablesNameTheLine) {
+  const TemporaryFolder folder;
+  const std::string cases = folder.Write("cases.csv", "x,note\n1,abc\n2,\"abcd\"\n");
+  const auto score = [&](const std::string& limit) {
+    return RunProgram({"score", Data("line.pmml"), cases, "--limit", limit});
+  };
+  for (const char* limit : {"cell-length=4", "columns=2", "row-length=9"}) {
+    EXPECT_EQ(score(limit).status, 0) << limit;
+  }
+  EXPECT_EQ(score("cell-length=3").err,
+            "svmscore: " + cases +
+                ": line 1: the length of a cell in bytes exceeds the limit of 3; if you trust the "
+                "file, raise the limit: --limit cell-length=NUMBER\n");
+  EXPECT_THAT(score("columns=1").err, HasSubstr("line 1: the number of cells in a row"));
+  EXPECT_THAT(score("row-length=8").err, HasSubstr("line 3: the length of a row in bytes"));
+  EXPECT_EQ(RunProgram({"verify", Data("line.pmml"), "--input", cases, "--expected", cases,
+                        "--limit", "columns=1"})
+                .status,
+            5);
+  for (const char* endless : {"cat /dev/zero", "yes ,", "echo '\"'; yes", "yes x | tr '\\n' x"}) {
+    const Ran ran = RunShell("(echo x; " + std::string(endless) + ") | \"$SVMSCORE\" score " +
+                             Data("line.pmml"));
+    EXPECT_EQ(ran.status, 5) << endless << ran.err;
+    EXPECT_LT(ran.peak_kib, 2 * kMostKib) << endless;
+  }
+}
+
+TEST(Limits, AreRaisedByNameAndNumber) {
+  for (const char* wrong : {"depth=1", "vectors", "vectors=", "vectors=-1", "vectors=1e3", "=1"}) {
+    const Ran ran = RunProgram({"describe", Data("line.pmml"), "--limit", wrong});
+    EXPECT_EQ(ran.status, 2) << wrong;
+    EXPECT_THAT(ran.err, HasSubstr(std::string(wrong).starts_with("vectors") ? "vectors=NUMBER"
+                                                                             : "element-depth"));
+  }
+  for (const char* command : {"score", "describe", "verify", "doctor"}) {
+    const Ran ran = RunProgram(
+        {command, Data("line.pmml"), "--limit", "vectors=9", "--limit", "element-depth=2"});
+    EXPECT_EQ(ran.status, 3) << command;
+    EXPECT_THAT(ran.err, HasSubstr("--limit element-depth=NUMBER"));
+  }
+}
+
+// As deep as documents may be, through every command, on the stacks that there are.
+TEST(Limits, LeaveRoomOnTheStackForWhatTheyLetThrough) {
+  const TemporaryFolder folder;
+  const std::string deep = Repeat("<a>", 1990) + Repeat("</a>", 1990);
+  const std::string sum = "<Apply function=\"+\"><Constant>1</Constant>";
+  std::string text = ReadFile(Data("line.pmml"));
+  const auto insert = [&text](const std::string& before, const std::string& what) {
+    text.insert(text.find(before), what);
+  };
+  insert("<LinearKernelType",
+         "<LocalTransformations><DerivedField name=\"d\" optype=\"continuous\" "
+         "dataType=\"double\">" +
+             Repeat(sum, 990) + kField + Repeat("</Apply>", 990) +
+             "</DerivedField></LocalTransformations>");
+  text.replace(text.rfind(kField), kField.size(), "<FieldRef field=\"d\"/>");
+  insert("</Header>", "<Extension>" + deep + "</Extension>");
+  insert("<LocalTransformations",
+         "<ModelVerification><VerificationFields><VerificationField "
+         "field=\"x\"/><VerificationField field=\"y\"/>"
+         "</VerificationFields><InlineTable><row><x>1</x><y>1982.1</y>" +
+             deep + "</row></InlineTable></ModelVerification>");
+  const std::string model = folder.Write("model.pmml", text);
+  const Ran ran = RunProgram({"score", model, "--prediction-only", "--threads", "3"},
+                             "x,y\n" + Repeat("1," + std::string(1000, 'y') + "\n", 1500));
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  EXPECT_TRUE(ran.out.ends_with("1982.1,0\n"));
+  for (const char* command : {"describe", "verify", "doctor"}) {
+    EXPECT_LE(RunProgram({command, model}).status, 1) << command;
+  }
+}
+
+}  // namespace
+}  // namespace svmscore::app
