@@ -17,7 +17,7 @@ namespace {
 // Cells of a chunk, or numbers that the model makes of them: few enough to stay in the cache from
 // reading to writing, enough rows for the model to score many at a time. Wide rows are taken in
 // smaller chunks.
-constexpr std::size_t kChunkCells = 64 * 1024;
+constexpr std::size_t kChunkCells = std::size_t{64} * 1024;
 constexpr std::size_t kLeastRows = 32;
 constexpr std::size_t kMostRows = 512;
 

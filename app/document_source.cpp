@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include "app/system_error.h"
 #include "host/message_codes.h"
@@ -18,7 +19,7 @@ class KeepingBuffer : public std::streambuf {
 
  protected:
   int underflow() override {
-    const auto count = source_.sgetn(chunk_.data(), chunk_.size());
+    const auto count = source_.sgetn(chunk_.data(), std::ssize(chunk_));
     if (count <= 0) return traits_type::eof();
     kept_.append(chunk_.data(), static_cast<std::size_t>(count));
     setg(chunk_.data(), chunk_.data(), chunk_.data() + count);

@@ -19,7 +19,7 @@ LoadChecks ChecksOf(bool strict) {
 }  // namespace
 
 std::string Explain(const SSException& error) {
-  const std::string text = fmt::format("[{}] {}", error.GetErrorCode(), error.what());
+  std::string text = fmt::format("[{}] {}", error.GetErrorCode(), error.what());
   std::string remedy = error.GetRemedy();
   if (remedy.empty()) return text;
   if (remedy[0] >= 'a' && remedy[0] <= 'z') remedy[0] = static_cast<char>(remedy[0] - 'a' + 'A');

@@ -27,7 +27,7 @@ mode_t CreationMode() {
 // A link is followed, so that the file behind it is replaced and the link stays.
 std::string FollowLinks(const std::string& path) {
   char* resolved = realpath(path.c_str(), nullptr);
-  const std::string target = resolved == nullptr ? path : resolved;
+  std::string target = resolved == nullptr ? path : resolved;
   std::free(resolved);
   return target;
 }

@@ -18,7 +18,7 @@ constexpr std::string_view kLine = "line ";
 
 Finding Refusal(const SSException& error) {
   Finding finding{"refused", {}, 0, Explain(error)};
-  const std::string whole = error.GetPlace();
+  const std::string& whole = error.GetPlace();
   std::string_view place = whole;
   if (place.starts_with(kElement)) {
     place.remove_prefix(kElement.size());

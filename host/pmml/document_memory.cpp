@@ -9,7 +9,7 @@
 namespace svmscore {
 
 DocumentMemory::~DocumentMemory() {
-  while (blocks_.next != &blocks_) deallocate(blocks_.next + 1);
+  while (blocks_.next != &blocks_) DocumentMemory::deallocate(blocks_.next + 1);
 }
 
 void* DocumentMemory::allocate(XMLSize_t size) {
