@@ -12,18 +12,17 @@ DocumentMemory::~DocumentMemory() {
   while (blocks_.next != &blocks_) DocumentMemory::deallocate(blocks_.next + 1);
 }
 
-void* DocumentMemory::allocate(XMLSize_t size) {
-  void* raw = nullptr;
-  if (size <= std::numeric_limits<XMLSize_t>::max() - sizeof(Link)) {
-    raw = ::operator new(sizeof(Link) + size, std::nothrow);
-  }
-  if (raw == nullptr) throw xercesc::OutOfMemoryException();
+void* DocumentMemory::allocate(XMLSize_t size) try {
+  if (size > std::numeric_limits<XMLSize_t>::max() - sizeof(Link)) throw std::bad_alloc();
+  void* raw = ::operator new(sizeof(Link) + size);
   Link* link = new (raw) Link;
   link->previous = &blocks_;
   link->next = blocks_.next;
   blocks_.next->previous = link;
   blocks_.next = link;
   return link + 1;
+} catch (const std::bad_alloc&) {
+  throw xercesc::OutOfMemoryException();
 }
 
 void DocumentMemory::deallocate(void* memory) {
