@@ -15,13 +15,16 @@ struct EndingSignal {
   const char* name;
 };
 constexpr std::array kEndingSignals = {
-    EndingSignal{SIGINT, "SIGINT"}, EndingSignal{SIGTERM, "SIGTERM"},
-    EndingSignal{SIGHUP, "SIGHUP"}, EndingSignal{SIGQUIT, "SIGQUIT"}};
+    EndingSignal{SIGINT, "SIGINT"},   EndingSignal{SIGTERM, "SIGTERM"},
+    EndingSignal{SIGHUP, "SIGHUP"},   EndingSignal{SIGQUIT, "SIGQUIT"},
+    EndingSignal{SIGXCPU, "SIGXCPU"}, EndingSignal{SIGALRM, "SIGALRM"},
+    EndingSignal{SIGUSR1, "SIGUSR1"}, EndingSignal{SIGUSR2, "SIGUSR2"}};
 
 // The handler may use nothing that allocates or locks. The path is written while `has_unfinished`
 // is false.
 std::array<char, PATH_MAX> unfinished{};
 std::atomic<bool> has_unfinished{false};
+std::atomic<bool> on_terminal{false};
 constexpr std::uint64_t kNotCounted = UINT64_MAX;
 std::atomic<std::uint64_t> cases_written{kNotCounted};
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
@@ -53,6 +56,8 @@ class Line {
 
 void SayHowFar(int number, bool removed) {
   Line line;
+  // The terminal may show how far the run has come.
+  if (on_terminal.load()) line.Add("\r\x1b[K");
   line.Add("svmscore: ended by ");
   for (const EndingSignal& known : kEndingSignals) {
     if (known.number == number) line.Add(known.name);
@@ -77,6 +82,7 @@ extern "C" void EndBySignal(int number) {
 }  // namespace
 
 void HandleEndingSignals() {
+  on_terminal = isatty(STDERR_FILENO) == 1;
   struct sigaction action {};
   action.sa_handler = EndBySignal;
   for (const EndingSignal& known : kEndingSignals) {

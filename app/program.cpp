@@ -37,7 +37,10 @@ int Complain(ExitStatus status, const char* what) {
     if (const std::exception_ptr cause = std::current_exception()) std::rethrow_exception(cause);
   } catch (const std::bad_alloc&) {
     std::_Exit(Complain(kInternalError, "out of memory"));
+  } catch (const std::exception& error) {
+    Complain(kInternalError, error.what());
   } catch (...) {
+    Complain(kInternalError, "internal error");
   }
   std::abort();
 }

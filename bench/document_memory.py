@@ -89,6 +89,7 @@ SHAPES = {
                                 + repeat(lambda i: f"<Value value='{i}'/>") + "</DataField>"),
     "vector fields": lambda: model(fields=size // 22),
     "the smallest elements": lambda: model(header=repeat(lambda i: "<a/>")),
+    "the smallest elements, with blanks": lambda: model(header=repeat(lambda i: "<a/> ")),
     "the smallest attributes": lambda: model(header=repeat(
         lambda i: "<a b='' c='' d='' e='' f='' g='' h='' i='' j='' k='' l='' m=''/>")),
     "one text": lambda: model(header="x" * size),

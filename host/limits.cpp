@@ -28,7 +28,8 @@ std::map<const xercesc::DOMDocument*, const Limits*>& Unusual() {
 constexpr std::array kNames = {
     LimitName{"document-size", "the size of the document in bytes", &Limits::document_size},
     LimitName{"element-depth", "the depth of elements", &Limits::element_depth},
-    LimitName{"attributes", "the number of attributes of an element", &Limits::attributes},
+    LimitName{"attributes", "the number of attributes of an element, or of a DOCTYPE,",
+              &Limits::attributes},
     LimitName{"element-names", "the number of different names of elements", &Limits::element_names},
     LimitName{"attribute-length", "the length of an attribute", &Limits::attribute_length},
     LimitName{"entity-expansion", "the length of what entities and declared defaults add",

@@ -68,7 +68,7 @@ constexpr std::array kCatalogue = {
     Message{code::kInstructionSet, "the instruction set cannot be used: {0}",
             "correct the environment variable SVMSCORE_ISA, or unset it to use the best one"},
     Message{code::kBeyondLimit, "{0} exceeds the limit of {1}",
-            "if you trust the document, raise the limit: --limit {2}=NUMBER"},
+            "if you trust the document, raise the limit {2} (--limit {2}=NUMBER)"},
     Message{code::kFieldNotNumeric, "field {0} is of the type {1}, and element {2} needs a number",
             "encode a text by NormDiscrete derived fields, a date or time by a derived field of a "
             "dateDaysSince, dateTimeSecondsSince or timeSeconds type, or declare a number"},

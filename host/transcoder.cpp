@@ -53,17 +53,21 @@ std::basic_string<XMLCh> ToUtf16(const std::string& text) try {
 }
 
 std::string ElementText(const xercesc::DOMNode* element) {
+  using xercesc::DOMNode;
   std::string text;
-  if (element == nullptr) return text;
-  for (const xercesc::DOMNode* child = element->getFirstChild(); child != nullptr;
-       child = child->getNextSibling()) {
-    const auto type = child->getNodeType();
-    if (type == xercesc::DOMNode::TEXT_NODE || type == xercesc::DOMNode::CDATA_SECTION_NODE) {
-      text += ToUtf8(child->getNodeValue());
-    } else if (type == xercesc::DOMNode::ELEMENT_NODE ||
-               type == xercesc::DOMNode::ENTITY_REFERENCE_NODE) {
-      text += ElementText(child);
+  const DOMNode* node = element == nullptr ? nullptr : element->getFirstChild();
+  while (node != nullptr) {
+    const auto type = node->getNodeType();
+    if (type == DOMNode::TEXT_NODE || type == DOMNode::CDATA_SECTION_NODE) {
+      text += ToUtf8(node->getNodeValue());
     }
+    const bool holds = type == DOMNode::ELEMENT_NODE || type == DOMNode::ENTITY_REFERENCE_NODE;
+    const DOMNode* next = holds ? node->getFirstChild() : nullptr;
+    while (next == nullptr && node != element) {
+      next = node->getNextSibling();
+      if (next == nullptr) node = node->getParentNode();
+    }
+    node = next;
   }
   return text;
 }

@@ -86,8 +86,9 @@ class Scorer {
 std::vector<std::string> ScoreAll(const LoadedModel& loaded, const Table& table) {
   std::vector<std::string> predictions(table.size());
   if (table.size() < 2) return {};
-  // The first case alone: it fixes where the model finds its variables in records.
-  Scorer(loaded, table[0]).Score(table[1]);
+  // One case alone fixes where the model finds its variables in records. Empty cells are missing,
+  // and so never keep a case from the model, as an invalid one in the first row would.
+  Scorer(loaded, table[0]).Score({});
   std::vector<std::thread> threads;
   for (std::size_t t = 0; t < kThreads; ++t) {
     threads.emplace_back([&, t] {

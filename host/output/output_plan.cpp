@@ -56,7 +56,7 @@ long OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
     const bool usable = read.var->IsMissingValue(value) || read.var->IsValidValue(value);
     slots[read.slot] = usable
                            ? transform::FromRecord(value, read.var->GetFieldType(), scratch.arena_)
-                           : Value::Invalid();
+                           : Value::Missing();
   }
   if (program_ != nullptr) {
     program_->Evaluate(record, *scratch.derived_);

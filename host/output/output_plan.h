@@ -64,8 +64,7 @@ class SVMSCORE_HOST_API OutputPlan {
   // The active inputs that expressions read directly: cases need them as they need the model's own.
   const std::vector<const MCZandor_850::ScoreDictVar*>& NeededInputs() const { return needed_; }
   // Other fields of the mining schema that output fields read: the target, for a residual, and
-  // supplementary fields. A case may lack them, and invalid values of theirs do not make the case
-  // invalid.
+  // supplementary fields. A case may lack them, and invalid values of theirs count as missing.
   const std::vector<const MCZandor_850::ScoreDictVar*>& ExtraInputs() const { return extra_; }
 
   // Whether some field depends on the inputs of a case; otherwise Evaluate does not look at them.

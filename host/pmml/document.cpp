@@ -30,13 +30,26 @@ using MCZandor_850::SSException;
 using xercesc::DOMElement;
 using xercesc::DOMNode;
 
+// What the parser calls a document that it reads; places are told by line and column.
+constexpr const XMLCh* kSystemId = u"document";
+
+[[noreturn]] void RefuseAttributes(const Limits& limits, const AttributeCount& count) {
+  SSException error = BeyondLimit(limits, &Limits::attributes);
+  error.SetPlace(fmt::format("line {}", count.Line()));
+  throw error;
+}
+
 // A stream as the parser reads it, up to a limit. Fails by ending, for the parser does not clean up
 // after an exception of its source; the reason is thrown by Check.
 class StreamSource : public xercesc::InputSource {
  public:
   StreamSource(std::istream& stream, const std::string& name, const Limits& limits,
                xercesc::MemoryManager* memory)
-      : InputSource(ToUtf16(name).c_str(), memory), stream_(stream), name_(name), limits_(limits) {}
+      : InputSource(kSystemId, memory),
+        stream_(stream),
+        name_(name),
+        limits_(limits),
+        attributes_(limits.attributes) {}
 
   xercesc::BinInputStream* makeStream() const override {
     return new (getMemoryManager()) Bytes(*this);
@@ -45,7 +58,7 @@ class StreamSource : public xercesc::InputSource {
 
   void Check() const {
     if (read_ > limits_.document_size) throw BeyondLimit(limits_, &Limits::document_size);
-    if (attributes_.Most() > limits_.attributes) throw BeyondLimit(limits_, &Limits::attributes);
+    if (attributes_.IsBeyond()) RefuseAttributes(limits_, attributes_);
     if (!stream_.bad()) return;
     ThrowAt(nullptr, code::kFileUnreadable, name_,
             error_ == 0 ? "the stream failed" : std::strerror(error_));
@@ -70,8 +83,7 @@ class StreamSource : public xercesc::InputSource {
     const auto count = static_cast<XMLSize_t>(stream_.gcount());
     read_ += count;
     attributes_.Read(to, count);
-    const bool beyond = read_ > limits_.document_size || attributes_.Most() > limits_.attributes;
-    return beyond ? 0 : count;
+    return read_ > limits_.document_size || attributes_.IsBeyond() ? 0 : count;
   }
 
   std::istream& stream_;
@@ -178,15 +190,14 @@ PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& 
                                     const Limits& limits) try {
   StartXerces();
   if (text.size() > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
-  AttributeCount attributes;
+  AttributeCount attributes(limits.attributes);
   attributes.Read(text.data(), text.size());
-  if (attributes.Most() > limits.attributes) throw BeyondLimit(limits, &Limits::attributes);
+  if (attributes.IsBeyond()) RefuseAttributes(limits, attributes);
   auto parsed = std::make_unique<Parsed>(name, limits);
   const std::uint64_t size = text.size();
   DocumentParser parser(&parsed->memory, parsed->limits, size);
   parser.Parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(text.data()),
-                                          text.size(), ToUtf16(name).c_str(), false,
-                                          &parsed->memory));
+                                          text.size(), kSystemId, false, &parsed->memory));
   parsed->Take(parser);
   return PmmlDocument(std::move(parsed));
 } catch (const xercesc::OutOfMemoryException&) {

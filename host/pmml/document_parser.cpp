@@ -112,9 +112,9 @@ void DocumentParser::entityDecl(const xercesc::DTDEntityDecl& entity, const bool
   }
   has_entities_ = true;
   // An entity's text may spell markup that the document's own bytes do not show.
-  AttributeCount attributes;
-  attributes.Read(entity.getValue(), entity.getValueLen() * sizeof(XMLCh));
-  if (attributes.Most() > limits_.attributes) RefuseBeyond(&Limits::attributes);
+  AttributeCount attributes(limits_.attributes);
+  attributes.Read(entity.getValue(), entity.getValueLen());
+  if (attributes.IsBeyond()) RefuseBeyond(&Limits::attributes);
   longest_entity_ = std::max<std::uint64_t>(longest_entity_, entity.getValueLen());
   XercesDOMParser::entityDecl(entity, is_parameter, is_ignored);
 }

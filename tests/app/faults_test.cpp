@@ -139,7 +139,8 @@ TEST_P(Signals, SayHowFarTheRunCameAndLeaveNoFile) {
 
 INSTANTIATE_TEST_SUITE_P(All, Signals,
                          testing::Values(std::pair{SIGINT, "SIGINT"}, std::pair{SIGTERM, "SIGTERM"},
-                                         std::pair{SIGHUP, "SIGHUP"}));
+                                         std::pair{SIGHUP, "SIGHUP"},
+                                         std::pair{SIGXCPU, "SIGXCPU"}));
 
 TEST(Faults, AnIgnoredSignalStaysIgnored) {
   const TemporaryFolder folder;

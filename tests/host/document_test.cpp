@@ -66,5 +66,9 @@ TEST(Transcoding, KeepsEveryCharacter) {
   EXPECT_EQ(ElementText(document.Dom()->getDocumentElement()), text + "<x>&inner");
 }
 
+TEST(Document, MayComeFromAFileOfAnyName) {
+  EXPECT_EQ(svmscore::PmmlDocument::FromText("<PMML/>", "caf\xe9.pmml").Name(), "caf\xe9.pmml");
+}
+
 }  // namespace
 }  // namespace svmscore

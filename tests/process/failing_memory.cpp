@@ -32,7 +32,7 @@ void Free(void* memory) {
 
 }  // namespace
 
-// The other forms come down to these.
+// The other forms come down to these; the address sanitizer's form without exceptions would not.
 void* operator new(std::size_t size) {
   CountCall();
   return Counted(std::malloc(size == 0 ? 1 : size));
@@ -41,6 +41,11 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
   CountCall();
   const auto unit = static_cast<std::size_t>(alignment);
   return Counted(std::aligned_alloc(unit, (size + unit - 1) / unit * unit));
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept try {
+  return operator new(size);
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 void operator delete(void* memory) noexcept {
   Free(memory);

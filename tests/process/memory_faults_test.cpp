@@ -1,8 +1,8 @@
 // Memory that runs out while a document is loaded or a case is scored. Loading throws
 // std::bad_alloc and leaves nothing behind; scoring ends in a status, and the model stays good.
 //
-// Small documents are tried at every allocation, large ones at the first and at steps from there;
-// the argument --all tries every allocation of all.
+// Documents are tried at their first allocations and at steps from there; the argument --all tries
+// every allocation.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -75,9 +75,12 @@ bool Fields::Lists(const DOMElement* field, const std::string& value) {
   return found->second.contains(value);
 }
 
-std::string Fields::FreshName(const std::string& wish) const {
+std::string Fields::FreshName(const std::string& wish) {
   std::string name = wish;
-  for (int i = 2; fields_.contains(name); ++i) name = wish + " (" + std::to_string(i) + ")";
+  // Many positions have the same wish.
+  for (int& number = tried_.try_emplace(wish, 1).first->second; fields_.contains(name);) {
+    name = wish + " (" + std::to_string(++number) + ")";
+  }
   return name;
 }
 

@@ -23,7 +23,7 @@ class Fields {
   // Whether `field` lists `value` among its valid values, in these very letters.
   bool Lists(const DOMElement* field, const std::string& value);
   // `wish`, or where a field has that name, one that begins with it.
-  std::string FreshName(const std::string& wish) const;
+  std::string FreshName(const std::string& wish);
   // A new derived field without its expression.
   DOMElement* AddDerived(const std::string& name, const std::string& op_type,
                          const std::string& data_type);
@@ -34,6 +34,7 @@ class Fields {
   Intake& intake_;
   std::unordered_map<std::string, DOMElement*> fields_;  // output fields too
   std::unordered_map<std::string, DOMElement*> hiding_;
+  std::unordered_map<std::string, int> tried_;  // by wish, the last number that was added to it
   std::unordered_map<const DOMElement*, std::unordered_set<std::string>> values_;
 };
 

@@ -105,15 +105,18 @@ void OrderPairs(Intake& intake) {
   // Two categories need no order. The last machine decides whether there are probabilities at all.
   if (pairs.Categories() < 3 || machines.empty() || machines.back().pair == nullptr) return;
   const Machine* stray = nullptr;
-  std::vector<bool> taken(pairs.Count());
   bool complete = machines.size() == pairs.Count();
+  // Of many categories there may be far more pairs than anything that the document holds.
+  std::vector<bool> taken(complete ? pairs.Count() : 0);
   for (std::size_t i = 0; i < machines.size(); ++i) {
     const Machine& machine = machines[i];
     if (stray == nullptr && (machine.place != i || machine.reversed)) stray = &machine;
     complete = complete && machine.place != kNone && !taken[machine.place];
-    if (machine.place != kNone) taken[machine.place] = true;
+    if (complete) taken[machine.place] = true;
   }
   if (stray == nullptr && complete) return;
+  // Nothing is taken for another pair: whoever looks at the extensions tells of the missing one.
+  if (stray != nullptr && stray->pair == nullptr) return;
   const DOMElement* at = stray != nullptr ? stray->element : intake.Model();
   if (complete) {
     intake.Change(kOrder, at);

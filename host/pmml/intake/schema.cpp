@@ -86,9 +86,9 @@ void CheckNumbersOnly(Intake& intake, const DOMElement* declared, const DOMEleme
 }  // namespace
 
 void CheckMiningSchema(Intake& intake) {
+  const DOMElement* dictionary = FindChild(intake.Root(), tags::XML_ELE_DATADICTIONARY);
   std::unordered_map<std::string, const DOMElement*> declared;
-  for (const DOMElement* field :
-       Children(FindChild(intake.Root(), tags::XML_ELE_DATADICTIONARY), "DataField")) {
+  for (const DOMElement* field : Children(dictionary, "DataField")) {
     declared.try_emplace(Narrow(AttributeView(field, u"name")), field);
   }
   std::unordered_set<std::string> seen;
@@ -104,13 +104,15 @@ void CheckMiningSchema(Intake& intake) {
     }
     if (!seen.insert(*name).second) {
       intake.Doubt(kTwice, field, code::kDuplicateName, *name, tags::XML_ELE_MININGFIELD);
+      continue;
     }
     CheckWord(intake, field, "usageType", kUsages, kUsage);
     CheckWord(intake, field, "missingValueTreatment", kMissingTreatments, kTreatment);
     CheckReplacement(intake, field, found->second);
     CheckNumbersOnly(intake, found->second, field);
   }
-  for (const auto& [name, field] : declared) {
+  for (const DOMElement* field : Children(dictionary, "DataField")) {
+    const std::string name = Narrow(AttributeView(field, u"name"));
     if (!seen.contains(name)) CheckNumbersOnly(intake, field, nullptr);
   }
 }
