@@ -55,12 +55,7 @@ ExitStatus DoctorCommand::Run() {
     files.emplace(CaseFiles{ReadVerifyTable(input_, limits_), ReadVerifyTable(expected_, limits_),
                             missing_tokens_, tolerance_});
   }
-  std::vector<Finding> found;
-  try {
-    found = Examine(opened, plugin, source, files);
-  } catch (const MCZandor_850::SSException& error) {
-    RefuseModel(model_, error);
-  }
+  const std::vector<Finding> found = Examine(opened, plugin, source, files);
   OutputFile output("-");
   output.Write(json_ ? ReportJson(model_, found) : ReportText(model_, found));
   const bool changes = std::any_of(found.begin(), found.end(),

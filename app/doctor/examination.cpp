@@ -41,12 +41,7 @@ std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
     if (files) CheckScores({*opened.loaded, plugin, source}, *files, findings);
     CheckVerification(*opened.loaded, findings);
   }
-  try {
-    CheckDocument(opened, findings);
-  } catch (MCZandor_850::SSException& error) {
-    opened.Document().Locate(error);
-    throw;
-  }
+  CheckDocument(opened, findings);
   CheckIntake(opened.intake, findings);
   std::vector<Finding> found = findings.Take();
   std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {

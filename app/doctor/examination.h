@@ -17,8 +17,7 @@ namespace svmscore::app {
 bool IsScored(const OpenedDocument& opened);
 
 // What is suspicious about the document of `source`, the most severe first. `files` hold what cases
-// should score; Failure(kInputError) where they do not fit, SSException where the checks would need
-// more memory than the document's limits allow. REQUIRES: opened.IsRead().
+// should score; Failure(kInputError) where they do not fit. REQUIRES: opened.IsRead().
 std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
                              DocumentSource& source, const std::optional<CaseFiles>& files);
 

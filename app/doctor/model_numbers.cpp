@@ -102,12 +102,18 @@ ModelNumbers ReadNumbers(const Inspected& inspected) {
   for (const Element* field : inspected.vectors.Fields()) {
     numbers.fields.push_back(NameOfPosition(field));
   }
+  const std::uint64_t most = LimitsOf(inspected.model->getOwnerDocument()).entries;
   std::unordered_map<std::string, std::size_t> positions;
   for (const VectorInstance& instance : inspected.vectors.Instances()) {
     if (!instance.dropped.empty()) continue;
     positions.emplace(instance.id, numbers.vectors.size());
     // Here every position of a vector takes memory, also those that the document leaves out.
-    CheckLimit(instance.element, &Limits::entries, positions.size() * numbers.fields.size());
+    if (positions.size() * numbers.fields.size() > most) {
+      numbers.beyond_limit = instance.element;
+      numbers.vectors.clear();
+      numbers.instances.clear();
+      return numbers;
+    }
     numbers.vectors.push_back(ReadVector(instance.element, numbers.fields.size()));
     numbers.instances.push_back(instance.element);
   }

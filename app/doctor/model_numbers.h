@@ -46,6 +46,8 @@ struct ModelNumbers {
   std::vector<MachineNumbers> machines;
   KernelNumbers kernel;
   bool max_wins = false;
+  // The first vector beyond the document's limit of entries; no vectors and machines are held then.
+  const Element* beyond_limit = nullptr;
 };
 
 // Terms that are lost are left out; so is what is no number.

@@ -41,6 +41,13 @@ void CheckAll(const Inspected& document, FindingList& findings) {
   const ModelNumbers numbers = ReadNumbers(document);
   const Examined examined{document, numbers};
   CheckLeftOut(document, findings);
+  if (numbers.beyond_limit != nullptr) {
+    findings.Add("vectors-unexamined", numbers.beyond_limit,
+                 fmt::format("written in full, for {} vector fields, the vectors up to this one "
+                             "exceed the limit of entries",
+                             numbers.fields.size()));
+    return;
+  }
   CheckCounts(examined, findings);
   CheckCategories(examined, findings);
   CheckNeeds(examined, findings);

@@ -12,6 +12,7 @@ namespace svmscore::app {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 constexpr long kMostKib = 128L << 10U;
 
@@ -150,6 +151,19 @@ TEST(Limits, AreRaisedByNameAndNumber) {
     EXPECT_EQ(ran.status, 3) << command;
     EXPECT_THAT(ran.err, HasSubstr("--limit element-depth=NUMBER"));
   }
+}
+
+// Doctor says which checks it leaves out, and makes the others.
+TEST(Limits, LetDoctorLeaveOutWhatWouldTakeMore) {
+  const TemporaryFolder folder;
+  const std::string model = folder.Write("model.pmml", LineWith(kField, Repeat(kField, 4)));
+  const auto doctor = [&model](const std::string& entries) {
+    return RunProgram({"doctor", model, "--limit", "entries=" + entries}).out;
+  };
+  const Ran scored = RunProgram({"score", model, "--limit", "entries=1"}, "x\n1\n");
+  EXPECT_EQ(scored.status, 0) << scored.err;
+  EXPECT_THAT(doctor("3"), HasSubstr("vectors-unexamined"));
+  EXPECT_THAT(doctor("4"), Not(HasSubstr("vectors-unexamined")));
 }
 
 // As deep as documents may be, through every command, on the stacks that there are.
