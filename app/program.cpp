@@ -105,6 +105,8 @@ int RunProgram(int argc, char** argv) {
     return Complain(kInternalError, "out of memory");
   } catch (const std::exception& error) {
     return Complain(kInternalError, error.what());
+  } catch (...) {  // the parser's own exceptions are none of the standard's
+    return Complain(kInternalError, "internal error");
   }
 }
 
