@@ -47,6 +47,9 @@ function(svmscore_quick name)
   if(SVMSCORE_SANITIZE)
     target_compile_options(${name} PRIVATE -O0)
   endif()
+  if(SVMSCORE_FUZZ)
+    target_compile_options(${name} PRIVATE -fno-sanitize=fuzzer-no-link)
+  endif()
 endfunction()
 
 # svmscore_room(NAME SOURCES ... DEPENDS ...): one static library for one folder. A room may link

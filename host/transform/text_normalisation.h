@@ -35,6 +35,7 @@ class TextNormalisation {
   WordRules rules_;
   bool recursive_;
   std::vector<Row> rows_;
+  std::size_t longest_replacement_ = 0;
 };
 
 }  // namespace svmscore::transform

@@ -169,7 +169,7 @@ std::string ManyCases(int count) {
 }
 
 TEST(Score, NeitherThreadsNorTheInstructionSetChangeTheOutput) {
-  const std::string cases = ManyCases(200000);
+  const std::string cases = ManyCases(100000);
   const std::vector<std::string> arguments = {"score", Data("three.pmml"), "--decisions",
                                               "--threads"};
   const auto run = [&](const char* threads, const char* isa) {
