@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""How much memory a document takes: document_memory.py SVMSCORE [MEGABYTES]
+"""How much memory and time a document takes: document_memory.py SVMSCORE [MEGABYTES]
 
 Writes documents of several shapes, each of about that size (20 MB), has `describe` and `score` load
-them, and prints the peak of resident memory over the size of the document, as Markdown. What the
-program takes for a document of no size is left out.
+them, and prints the peak of resident memory over the size of the document, as Markdown, and the seconds
+that `describe` took. What the program takes for a document of no size is left out. The last shapes are
+the hardest for the parser that the usual limits let through.
 """
 import os
 import pathlib
@@ -60,6 +61,12 @@ def inline_table():
                       f"<InlineTable>{rows}</InlineTable></MapValues>")
 
 
+def nested(tag, content):
+    """The tag stands numbered on the first 990 levels."""
+    return ("".join(tag.format(i) if i < 990 else "<a>" for i in range(1900)) + content
+            + "</a>" * 1900)
+
+
 def dense(text):
     array = f"<Array type='real' n='100'>{numbers(text, 100)}</Array>"
     return lambda: model(ONE.replace("n='1'", "n='100'") + repeat(
@@ -93,6 +100,13 @@ SHAPES = {
     "the smallest attributes": lambda: model(header=repeat(
         lambda i: "<a b='' c='' d='' e='' f='' g='' h='' i='' j='' k='' l='' m=''/>")),
     "one text": lambda: model(header="x" * size),
+    "10,000 names of elements": lambda: model(header=repeat(lambda i: f"<a{i % 9900}/>")),
+    "10,000 names of attributes": lambda: model(header=repeat(lambda i: f"<a b{i % 9900}=''/>")),
+    "10,000 prefixes": lambda: model(header=repeat(
+        lambda i: f"<p{i % 9900}:a xmlns:p{i % 9900}='u{i % 990}'/>")),
+    "elements 1,900 deep": lambda: model(header=nested("<a>", repeat(lambda i: "<b/>"))),
+    "elements 1,900 deep, 990 prefixes in force": lambda: model(header=nested(
+        "<a xmlns:p{0}='u{0}'>", repeat(lambda i: "<b/>"))),
 }
 
 

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 #include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/framework/XMLNotationDecl.hpp>
 #include <xercesc/internal/XMLScanner.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -71,6 +72,11 @@ void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
   const XMLCh* name = declaration.getBaseName();
   if (++depth_ > limits_.element_depth) RefuseBeyond(&Limits::element_depth, name);
   if (declaration.getId() > limits_.element_names) RefuseBeyond(&Limits::element_names, name);
+  names_.Open(attributes, count);
+  if (names_.AttributeNames() > limits_.attribute_names) {
+    RefuseBeyond(&Limits::attribute_names, name);
+  }
+  if (names_.Namespaces() > limits_.namespaces) RefuseBeyond(&Limits::namespaces, name);
   for (XMLSize_t i = 0; i < count; ++i) {
     const std::size_t length = WideView(attributes.elementAt(i)->getValue()).size();
     if (length > limits_.attribute_length) RefuseBeyond(&Limits::attribute_length, name);
@@ -84,6 +90,7 @@ void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
 void DocumentParser::endElement(const xercesc::XMLElementDecl& declaration, const unsigned int url,
                                 const bool root, const XMLCh* const prefix) {
   --depth_;
+  names_.Close();
   XercesDOMParser::endElement(declaration, url, root, prefix);
 }
 
@@ -103,6 +110,7 @@ void DocumentParser::doctypeDecl(const xercesc::DTDElementDecl& declaration,
 // The parser expands parameter entities without counting, so there are none.
 void DocumentParser::entityDecl(const xercesc::DTDEntityDecl& entity, const bool is_parameter,
                                 const bool is_ignored) {
+  CountDeclaration();
   if (is_parameter) {
     const std::string place = fmt::format("line {}", getScanner()->getLocator()->getLineNumber());
     if (entity.isExternal() && entity.getSystemId() != nullptr) {
@@ -117,6 +125,16 @@ void DocumentParser::entityDecl(const xercesc::DTDEntityDecl& entity, const bool
   if (attributes.IsBeyond()) RefuseBeyond(&Limits::attributes);
   longest_entity_ = std::max<std::uint64_t>(longest_entity_, entity.getValueLen());
   XercesDOMParser::entityDecl(entity, is_parameter, is_ignored);
+}
+
+void DocumentParser::elementDecl(const xercesc::DTDElementDecl& element, const bool is_ignored) {
+  CountDeclaration();
+  XercesDOMParser::elementDecl(element, is_ignored);
+}
+
+void DocumentParser::notationDecl(const xercesc::XMLNotationDecl& notation, const bool is_ignored) {
+  CountDeclaration();
+  XercesDOMParser::notationDecl(notation, is_ignored);
 }
 
 void DocumentParser::attDef(const xercesc::DTDElementDecl& element,
@@ -177,6 +195,10 @@ void DocumentParser::CheckElement(const XMLCh* name) {
     default:
       break;
   }
+}
+
+void DocumentParser::CountDeclaration() {
+  if (++declarations_ > limits_.declarations) RefuseBeyond(&Limits::declarations);
 }
 
 // Every character of the document takes at least a byte of it: what is more comes from entities and

@@ -11,6 +11,7 @@
 #include <xercesc/util/XMLEntityResolver.hpp>
 
 #include "host/limits.h"
+#include "host/pmml/name_count.h"
 
 namespace svmscore {
 
@@ -48,6 +49,8 @@ class DocumentParser : private xercesc::XercesDOMParser {
                    const XMLCh* system_id, bool has_internal, bool has_external) override;
   void entityDecl(const xercesc::DTDEntityDecl& entity, bool is_parameter,
                   bool is_ignored) override;
+  void elementDecl(const xercesc::DTDElementDecl& element, bool is_ignored) override;
+  void notationDecl(const xercesc::XMLNotationDecl& notation, bool is_ignored) override;
   void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute,
               bool ignoring) override;
   void startAttList(const xercesc::DTDElementDecl& declaration) override;
@@ -58,6 +61,7 @@ class DocumentParser : private xercesc::XercesDOMParser {
 
  private:
   void CheckElement(const XMLCh* name);
+  void CountDeclaration();
   // Counts what of the document's text is handed out.
   void Deliver(XMLSize_t length);
   // Throws, with the line that is read now and, where it has one, the element's name.
@@ -68,8 +72,10 @@ class DocumentParser : private xercesc::XercesDOMParser {
   NoEntities resolver_;
   xercesc::SecurityManager expansions_;
   std::vector<XMLFileLoc> lines_;
+  NameCount names_;
   std::uint64_t depth_ = 0;
   std::uint64_t vectors_ = 0;
+  std::uint64_t declarations_ = 0;
   std::uint64_t declared_attributes_ = 0;
   std::uint64_t rows_ = 0;  // of the table at hand
   std::uint64_t delivered_ = 0;
