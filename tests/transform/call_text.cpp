@@ -5,20 +5,6 @@
 namespace svmscore::transform {
 namespace {
 
-std::string Escape(std::string_view text) {
-  std::string escaped;
-  for (const char c : text) {
-    if (c == '<') {
-      escaped += "&lt;";
-    } else if (c == '&') {
-      escaped += "&amp;";
-    } else {
-      escaped += c;
-    }
-  }
-  return escaped;
-}
-
 class Reader {
  public:
   explicit Reader(std::string_view text) : text_(text) {}
@@ -43,17 +29,17 @@ class Reader {
     text_.remove_prefix(end == std::string_view::npos ? text_.size() : end);
     if (text_.starts_with('(')) return ReadCall(word);
     if (text_.starts_with('\'')) {
-      return "<Constant dataType=\"" + (word.empty() ? "string" : word) + "\">" +
-             Escape(ReadQuoted()) + "</Constant>";
+      return "<Constant dataType='" + (word.empty() ? "string" : word) + "'><![CDATA[" +
+             ReadQuoted() + "]]></Constant>";
     }
-    if (word == "missing") return "<Constant missing=\"true\"/>";
+    if (word == "missing") return "<Constant missing='true'/>";
     if (word == "true" || word == "false") {
-      return "<Constant dataType=\"boolean\">" + word + "</Constant>";
+      return "<Constant dataType='boolean'>" + word + "</Constant>";
     }
     if (word.find_first_of("0123456789") == 0 || word.starts_with('-')) {
       return "<Constant>" + word + "</Constant>";
     }
-    return "<FieldRef field=\"" + word + "\"/>";
+    return "<FieldRef field='" + word + "'/>";
   }
 
   std::string ReadQuoted() {
@@ -69,7 +55,7 @@ class Reader {
   }
 
   std::string ReadCall(const std::string& function) {
-    std::string xml = "<Apply function=\"" + function + "\">";
+    std::string xml = "<Apply function='" + function + "'>";
     do {
       text_.remove_prefix(1);
       SkipBlanks();

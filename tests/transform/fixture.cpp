@@ -1,6 +1,7 @@
 #include "tests/transform/fixture.h"
 
-#include "host/message_codes.h"
+#include <sstream>
+
 #include "host/ss_exception.h"
 #include "host/transcoder.h"
 
@@ -15,45 +16,67 @@ xercesc::DOMElement* Find(const PmmlDocument& document, const std::string& name)
       document.Dom()->getElementsByTagName(ToUtf16(name).c_str())->item(0));
 }
 
+std::vector<std::string> Split(const std::string& text, char sign) {
+  std::vector<std::string> parts;
+  std::istringstream rest(text);
+  for (std::string part; std::getline(rest, part, sign);) parts.push_back(part);
+  return parts;
+}
+
 }  // namespace
 
 std::string DataField(const std::string& name, const std::string& data_type,
                       const std::string& op_type, const std::string& content) {
   std::string kind = op_type;
   if (kind.empty()) kind = data_type == "string" ? "categorical" : "continuous";
-  return "<DataField name=\"" + name + "\" optype=\"" + kind + "\" dataType=\"" + data_type +
-         "\">" + content + "</DataField>\n";
+  return "<DataField name='" + name + "' optype='" + kind + "' dataType='" + data_type + "'>" +
+         content + "</DataField>\n";
 }
 
 std::string DerivedField(const std::string& name, const std::string& data_type,
                          const std::string& expression) {
-  return "<DerivedField name=\"" + name + "\" optype=\"" +
-         (data_type == "string" ? "categorical" : "continuous") + "\" dataType=\"" + data_type +
-         "\">" + expression + "</DerivedField>\n";
+  return "<DerivedField name='" + name + "' optype='" +
+         (data_type == "string" ? "categorical" : "continuous") + "' dataType='" + data_type +
+         "'>" + expression + "</DerivedField>\n";
 }
 
 std::string Document(const std::string& data_fields, const std::string& transformations) {
-  return "<PMML version=\"4.4\"><DataDictionary>\n" + data_fields +
+  return "<PMML version='4.4'><DataDictionary>\n" + data_fields +
          "</DataDictionary>\n<TransformationDictionary>\n" + transformations +
          "</TransformationDictionary></PMML>";
 }
 
 std::string ModelDocument(const std::string& data_fields, const std::string& mining_fields,
-                          const std::string& transformations, const std::string& local,
-                          const std::string& fields) {
-  return "<PMML version=\"4.4\"><DataDictionary>\n" + data_fields + "</DataDictionary>\n" +
-         transformations + "<SupportVectorMachineModel functionName=\"regression\"><MiningSchema>" +
-         mining_fields + "</MiningSchema>\n" + local + "<VectorDictionary><VectorFields>" + fields +
-         "</VectorFields></VectorDictionary></SupportVectorMachineModel></PMML>";
+                          const std::string& transformations, const std::string& fields) {
+  const bool local = transformations.starts_with("<LocalTransformations");
+  return "<PMML version='4.4'><DataDictionary>\n" + data_fields + "</DataDictionary>\n" +
+         (local ? "" : transformations) +
+         "<SupportVectorMachineModel functionName='regression'><MiningSchema>" + mining_fields +
+         "</MiningSchema>\n" + (local ? transformations : "") + "<VectorDictionary><VectorFields>" +
+         fields + "</VectorFields></VectorDictionary></SupportVectorMachineModel></PMML>";
 }
 
-Loaded::Loaded(const std::string& document, const std::string& container)
-    : document_(PmmlDocument::FromText(document, "test")) {
+std::string Table(const std::string& columns, const std::vector<std::string>& rows) {
+  const std::vector<std::string> names = Split(columns, ';');
+  std::string xml = "<InlineTable>";
+  for (const std::string& row : rows) {
+    const std::vector<std::string> cells = Split(row, ';');
+    xml += "<row>";
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+      xml += "<" + names[i] + ">" + cells[i] + "</" + names[i] + ">";
+    }
+    xml += "</row>";
+  }
+  return xml + "</InlineTable>";
+}
+
+Loaded::Loaded(const std::string& document) : document_(PmmlDocument::FromText(document, "test")) {
   document_.FixLines();
   try {
     inputs_ = translator_.ParseDictionary(Find(document_, "DataDictionary"), true);
-    dictionary_.reset(
-        translator_.HandleTransformationDictionary(Find(document_, container), inputs_));
+    xercesc::DOMElement* local = Find(document_, "LocalTransformations");
+    dictionary_.reset(translator_.HandleTransformationDictionary(
+        local != nullptr ? local : Find(document_, "TransformationDictionary"), inputs_));
   } catch (MCZandor_850::SSException& error) {
     document_.Locate(error);
     throw;
@@ -81,16 +104,17 @@ std::string Loaded::Derive(const std::string& name, const Case& values) const {
   return Show(dictionary_->GetValuesForDerivedVars(record.get(), inputs_)->GetValue(name));
 }
 
-std::vector<std::string> Loaded::DeriveAll(const std::string& name,
-                                           const std::vector<Case>& cases) const {
-  std::vector<std::string> results;
-  for (const Case& values : cases) results.push_back(Derive(name, values));
+std::string Loaded::DeriveEach(const std::string& texts) const {
+  std::string results;
+  for (const std::string& text : Split(texts, ' ')) {
+    results += (results.empty() ? "" : " ") + Derive("d", text == "-" ? Case() : Case{{"x", text}});
+  }
   return results;
 }
 
-std::string Refusal(const std::string& document, const std::string& container) {
+std::string Refusal(const std::string& document) {
   try {
-    const Loaded loaded(document, container);
+    const Loaded loaded(document);
   } catch (const MCZandor_850::SSException& error) {
     return std::to_string(error.GetErrorCode()) + " at " + error.GetPlace() + ": " + error.what();
   }

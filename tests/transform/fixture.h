@@ -25,25 +25,27 @@ std::string DerivedField(const std::string& name, const std::string& data_type,
 
 // A document without a model: every derived field is needed.
 std::string Document(const std::string& data_fields, const std::string& transformations);
-// A document with a model whose vector fields are `fields` (elements).
+// A document with a model whose vector fields are `fields` (elements). Transformations are an
+// element of either kind.
 std::string ModelDocument(const std::string& data_fields, const std::string& mining_fields,
-                          const std::string& transformations, const std::string& local,
-                          const std::string& fields);
+                          const std::string& transformations, const std::string& fields);
+// An InlineTable. Its columns, and the cells of a row, are parted by ; and a row may have too few.
+std::string Table(const std::string& columns, const std::vector<std::string>& rows);
 
 // A document that is loaded, with its dictionaries.
 class Loaded {
  public:
-  // Reads the element `container` (TransformationDictionary or LocalTransformations).
-  explicit Loaded(const std::string& document,
-                  const std::string& container = "TransformationDictionary");
+  // Reads the element LocalTransformations or, where there is none, TransformationDictionary.
+  explicit Loaded(const std::string& document);
 
   // A derived field's value in a case: "missing", "invalid", or its text.
   std::string Derive(const std::string& name, const Case& values) const;
-  std::vector<std::string> DeriveAll(const std::string& name, const std::vector<Case>& cases) const;
+  // The derived field d for each of the texts, parted by blanks, that the field x may have. The
+  // text - is a missing one. The results are parted by blanks, too.
+  std::string DeriveEach(const std::string& texts) const;
 
   MCZandor_850::ScoreDictionary* Inputs() const { return inputs_; }
   const MCZandor_850::TransformationDictionary& Dictionary() const { return *dictionary_; }
-  const PmmlDocument& Source() const { return document_; }
   std::unique_ptr<MCZandor_850::InputCaseRecord> Record(const Case& values,
                                                         bool by_position = true) const;
 
@@ -56,8 +58,7 @@ class Loaded {
 
 // Loads the document and says how that fails: "CODE at ELEMENT, line N: SENTENCE"; empty where it
 // does not.
-std::string Refusal(const std::string& document,
-                    const std::string& container = "TransformationDictionary");
+std::string Refusal(const std::string& document);
 
 std::string Show(const MCZandor_850::ScoreValue* value);
 

@@ -1,137 +1,111 @@
 // MapValues and its tables.
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "tests/transform/fixture.h"
 
 namespace svmscore::transform {
 namespace {
 
-using ::testing::ElementsAre;
-
-std::string Map(const std::string& attributes, const std::string& pairs, const std::string& rows) {
-  return "<MapValues outputColumn=\"out\" " + attributes + ">" + pairs + "<InlineTable>" + rows +
-         "</InlineTable></MapValues>";
-}
+const std::string kText = DataField("x", "string");
 
 std::string Pair(const std::string& field, const std::string& column) {
-  return "<FieldColumnPair field=\"" + field + "\" column=\"" + column + "\"/>";
+  return "<FieldColumnPair field='" + field + "' column='" + column + "'/>";
 }
 
-std::string Row(const std::string& in, const std::string& out) {
-  return "<row><in>" + in + "</in><out>" + out + "</out></row>";
+std::string Map(const std::string& attributes, const std::string& content) {
+  return "<MapValues outputColumn='out' " + attributes + ">" + content + "</MapValues>";
 }
 
-Loaded Mapped(const std::string& fields, const std::string& type, const std::string& map) {
-  return Loaded(Document(fields, DerivedField("d", type, map)));
+// The derived field d, mapped from the field x by a table of the columns in and out.
+Loaded Mapped(const std::string& field, const std::vector<std::string>& rows,
+              const std::string& attributes = "", const std::string& type = "string") {
+  const std::string map = Map(attributes, Pair("x", "in") + Table("in;out", rows));
+  return Loaded(Document(field, DerivedField("d", type, map)));
 }
 
 TEST(MapValues, TellsMissingFromUnmatched) {
-  const std::string rows = Row("A", "3") + Row("B", "2") + "<row><in>C</in></row>";
-  EXPECT_THAT(Mapped(DataField("g", "string"), "double",
-                     Map("defaultValue=\"0\" mapMissingTo=\"-1\"", Pair("g", "in"), rows))
-                  .DeriveAll("d", {{{"g", "A"}}, {{"g", "Z"}}, {}, {{"g", "a"}}, {{"g", "C"}}}),
-              ElementsAre("3", "0", "-1", "0", "missing"));
-  EXPECT_THAT(Mapped(DataField("g", "string"), "double", Map("", Pair("g", "in"), rows))
-                  .DeriveAll("d", {{{"g", "Z"}}, {}}),
-              ElementsAre("missing", "missing"));
+  const std::vector<std::string> rows = {"A;3", "B;2", "C"};
+  EXPECT_EQ(
+      Mapped(kText, rows, "defaultValue='0' mapMissingTo='-1'", "double").DeriveEach("A Z - a C"),
+      "3 0 -1 0 missing");
+  EXPECT_EQ(Mapped(kText, rows).DeriveEach("Z -"), "missing missing");
 }
 
 TEST(MapValues, ComparesKeysInTheFieldsType) {
-  const std::string rows =
-      Row(" 1.0 ", "one") + Row("0.1", "tenth") + Row("x", "never") + Row("-0", "zero");
-  EXPECT_THAT(Mapped(DataField("g", "double"), "string", Map("", Pair("g", "in"), rows))
-                  .DeriveAll("d", {{{"g", "1"}}, {{"g", "0.10"}}, {{"g", "0"}}, {{"g", "x"}}}),
-              ElementsAre("one", "tenth", "zero", "invalid"));
-  EXPECT_EQ(Mapped(DataField("g", "float"), "string", Map("", Pair("g", "in"), rows))
-                .Derive("d", {{"g", "0.1"}}),
-            "tenth");
-  EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "in"), rows))
-                .Derive("d", {{"g", "1"}}),
-            "missing");
+  const std::vector<std::string> rows = {" 1.0 ;one", "0.1;tenth", "x;never", "-0;zero"};
+  EXPECT_EQ(Mapped(DataField("x", "double"), rows).DeriveEach("1 0.10 0 x"),
+            "one tenth zero invalid");
+  EXPECT_EQ(Mapped(DataField("x", "float"), rows).DeriveEach("0.1"), "tenth");
+  EXPECT_EQ(Mapped(kText, rows).DeriveEach("1"), "missing");
   // Two integers that no double tells apart.
-  const std::string large = Row("9223372036854775807", "odd") + Row("9223372036854775806", "even");
-  EXPECT_THAT(Mapped(DataField("g", "integer"), "string", Map("", Pair("g", "in"), large))
-                  .DeriveAll("d", {{{"g", "9223372036854775807"}},
-                                   {{"g", "9223372036854775806"}},
-                                   {{"g", "9223372036854775805"}}}),
-              ElementsAre("odd", "even", "missing"));
-  EXPECT_EQ(Mapped(DataField("g", "date", "ordinal"), "string",
-                   Map("", Pair("g", "in"), Row("2024-02-29", "leap")))
-                .Derive("d", {{"g", "2024-02-29"}}),
+  EXPECT_EQ(
+      Mapped(DataField("x", "integer"), {"9223372036854775807;odd", "9223372036854775806;even"})
+          .DeriveEach("9223372036854775807 9223372036854775806 9223372036854775805"),
+      "odd even missing");
+  EXPECT_EQ(Mapped(DataField("x", "date", "ordinal"), {"2024-02-29;leap"}).DeriveEach("2024-02-29"),
             "leap");
 }
 
 TEST(MapValues, MatchesAllOfSeveralKeys) {
-  const auto row = [](const char* a, const char* b, const char* out) {
-    return std::string("<row><a>") + a + "</a><b>" + b + "</b><out>" + out + "</out></row>";
-  };
-  const std::string rows = row("x", "1", "x1") + row("x", "2", "x2") + row("y", "1", "y1");
-  const Loaded loaded =
-      Mapped(DataField("a", "string") + DataField("b", "integer"), "string",
-             Map("mapMissingTo=\"?\" defaultValue=\"-\"", Pair("b", "b") + Pair("a", "a"), rows));
-  EXPECT_THAT(loaded.DeriveAll("d", {{{"a", "x"}, {"b", "2"}},
-                                     {{"a", "y"}, {"b", "1"}},
-                                     {{"a", "y"}, {"b", "2"}},
-                                     {{"a", "z"}, {"b", "1"}},
-                                     {{"a", "x"}}}),
-              ElementsAre("x2", "y1", "-", "-", "?"));
+  const Loaded loaded(
+      Document(DataField("a", "string") + DataField("b", "integer"),
+               DerivedField("d", "string",
+                            Map("mapMissingTo='?' defaultValue='-'",
+                                Pair("b", "b") + Pair("a", "a") +
+                                    Table("a;b;out", {"x;1;x1", "x;2;x2", "y;1;y1"})))));
+  EXPECT_EQ(loaded.Derive("d", {{"a", "x"}, {"b", "2"}}), "x2");
+  EXPECT_EQ(loaded.Derive("d", {{"a", "y"}, {"b", "1"}}), "y1");
+  EXPECT_EQ(loaded.Derive("d", {{"a", "y"}, {"b", "2"}}), "-");
+  EXPECT_EQ(loaded.Derive("d", {{"a", "z"}, {"b", "1"}}), "-");
+  EXPECT_EQ(loaded.Derive("d", {{"a", "x"}}), "?");
 }
 
 TEST(MapValues, ReadsPrefixedAndSpreadOutCells) {
-  const std::string rows =
-      "<row><data:in xmlns:data=\"urn:d\">\n   A\n  </data:in><in>B</in>"
-      "<out>\n <![CDATA[1 &]]> 2\n</out></row>";
-  EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "data:in"), rows))
-                .Derive("d", {{"g", "A"}}),
-            "1 & 2");
-  EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "in"), rows))
-                .Derive("d", {{"g", "B"}}),
-            "1 & 2");
+  const auto run = [](const std::string& column, const std::string& table) {
+    return Loaded(Document(kText, DerivedField("d", "string", Map("", Pair("x", column) + table))))
+        .DeriveEach("A B");
+  };
+  const std::string table =
+      "<InlineTable><row><data:in xmlns:data='urn:d'>\n   A\n  </data:in><in>B</in>"
+      "<out>\n <![CDATA[1 &]]> 2\n</out></row></InlineTable>";
+  EXPECT_EQ(run("data:in", table), "1 & 2 missing");
+  EXPECT_EQ(run("in", table), "missing 1 & 2");
   // Where no cell has the prefix, the rest of the name counts.
-  EXPECT_EQ(Mapped(DataField("g", "string"), "string", Map("", Pair("g", "data:in"), Row("A", "1")))
-                .Derive("d", {{"g", "A"}}),
-            "1");
+  EXPECT_EQ(run("data:in", Table("in;out", {"A;1"})), "1 missing");
 }
 
-TEST(MapValues, ConvertsTwice) {
-  EXPECT_EQ(Mapped(DataField("g", "string"), "string",
-                   Map("dataType=\"double\"", Pair("g", "in"), Row("A", "3.0")))
-                .Derive("d", {{"g", "A"}}),
-            "3");
-  EXPECT_EQ(Mapped(DataField("g", "string"), "double", Map("", Pair("g", "in"), Row("A", "0.1")))
-                .Derive("d", {{"g", "A"}}),
-            "0.1");
-}
-
-TEST(MapValues, DoesWithoutATable) {
-  const std::string map =
-      "<MapValues outputColumn=\"none\" defaultValue=\"1\" mapMissingTo=\"0\">" + Pair("g", "c") +
-      "</MapValues>";
-  EXPECT_THAT(Mapped(DataField("g", "string"), "double", map).DeriveAll("d", {{{"g", "A"}}, {}}),
-              ElementsAre("1", "0"));
+TEST(MapValues, ConvertsToItsTypeAndDoesWithoutATable) {
+  EXPECT_EQ(Mapped(kText, {"A;3.0"}, "dataType='double'").DeriveEach("A"), "3");
+  const std::string map = Map("defaultValue='1' mapMissingTo='0'", Pair("x", "c"));
+  EXPECT_EQ(Loaded(Document(kText, DerivedField("d", "double", map))).DeriveEach("A -"), "1 0");
 }
 
 TEST(MapValues, RefusesTablesThatCannotBeMeant) {
-  const auto refusal = [](const std::string& map) {
-    return Refusal(Document(DataField("g", "double"), DerivedField("d", "string", map)));
+  struct Row {
+    std::string content;
+    std::string refusal;  // its beginning
   };
-  EXPECT_EQ(refusal(Map("", Pair("g", "in"), Row("1", "a") + "\n" + Row("1.0", "b"))),
+  const std::string key = Pair("x", "in");
+  for (const auto& [content, refusal] : std::vector<Row>{
+           {key + "<InlineTable><row><in>1</in><out>a</out></row>\n"
+                  "<row><in>1.0</in><out>b</out></row></InlineTable>",
             "260313 at element row, line 6: there are two rows of the key 1.0 in element row "
-            "(element row, line 6)");
-  EXPECT_THAT(
-      refusal(Map("", Pair("g", "no"), Row("1", "a"))),
-      ::testing::StartsWith("260313 at element InlineTable, line 5: no row has the column no"));
-  EXPECT_THAT(refusal("<MapValues outputColumn=\"no\">" + Pair("g", "in") + "<InlineTable>" +
-                      Row("1", "a") + "</InlineTable></MapValues>"),
-              ::testing::HasSubstr("no row has the column no"));
-  EXPECT_THAT(refusal(Map("", "", Row("1", "a"))), ::testing::HasSubstr("no FieldColumnPair"));
-  EXPECT_THAT(
-      refusal("<MapValues outputColumn=\"o\">" + Pair("g", "in") + "<TableLocator/></MapValues>"),
-      ::testing::StartsWith(
-          "260304 at element TableLocator, line 5: element TableLocator in element MapValues"));
+            "(element row, line 6)"},
+           {Pair("x", "no") + Table("in;out", {"1;a"}),
+            "260313 at element InlineTable, line 5: no row has the column no"},
+           {key + Table("in;other", {"1;a"}),
+            "260313 at element InlineTable, line 5: no row has the column out"},
+           {Table("in;out", {"1;a"}),
+            "260313 at element MapValues, line 5: there is a table, but no FieldColumnPair"},
+           {key + "<TableLocator/>",
+            "260304 at element TableLocator, line 5: element TableLocator in element MapValues"}}) {
+    const std::string field = DerivedField("d", "string", Map("", content));
+    EXPECT_EQ(Refusal(Document(DataField("x", "double"), field)).substr(0, refusal.size()),
+              refusal);
+  }
 }
 
 }  // namespace
