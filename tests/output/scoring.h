@@ -17,6 +17,7 @@
 #include "host/pmml/loader.h"
 #include "host/pmml/plugin.h"
 #include "host/score_case_record.h"
+#include "host/ss_exception.h"
 
 namespace svmscore_test {
 
@@ -102,6 +103,16 @@ class Scoring {
   std::unique_ptr<MCZandor_850::ScoreResult> result_;
   svmscore::output::Outcome outcome_;
 };
+
+// How a document is refused: "CODE SENTENCE"; empty where it is not.
+inline std::string Refusal(const std::string& document) {
+  try {
+    Scoring scoring(document);
+  } catch (const MCZandor_850::SSException& error) {
+    return std::to_string(error.GetErrorCode()) + " " + error.what();
+  }
+  return {};
+}
 
 }  // namespace svmscore_test
 

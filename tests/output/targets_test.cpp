@@ -1,7 +1,6 @@
 // What targets make of a model's number, and what they predict where inputs are missing.
 #include <gtest/gtest.h>
 
-#include "host/ss_exception.h"
 #include "tests/output/scoring.h"
 
 namespace svmscore_test {
@@ -9,9 +8,8 @@ namespace {
 
 using svmscore::output::Outcome;
 
-// y = slope * x, and the machine's extension gives a standard deviation of 0.5.
-std::string Line(const std::string& targets, const std::string& target_type = "double",
-                 const std::string& slope = "1") {
+// y = x, and the machine's extension gives a standard deviation of 0.5.
+std::string Line(const std::string& targets, const std::string& target_type = "double") {
   return R"(<PMML version="4.4"><Header/><DataDictionary>
     <DataField name="x" optype="continuous" dataType="double"/>
     <DataField name="other" optype="continuous" dataType="double"/>
@@ -24,8 +22,8 @@ std::string Line(const std::string& targets, const std::string& target_type = "d
     <REAL-Entries>1</REAL-Entries></REAL-SparseArray></VectorInstance></VectorDictionary>
     <SupportVectorMachine><Extension extender="svmscore"><StandardDeviation>0.5</StandardDeviation>
     </Extension><SupportVectors><SupportVector vectorId="v"/></SupportVectors>
-    <Coefficients><Coefficient value=")" +
-         slope + R"("/></Coefficients></SupportVectorMachine></SupportVectorMachineModel></PMML>)";
+    <Coefficients><Coefficient value="1"/></Coefficients></SupportVectorMachine>
+    </SupportVectorMachineModel></PMML>)";
 }
 
 double Predict(const std::string& document, const std::string& x) {
@@ -35,35 +33,19 @@ double Predict(const std::string& document, const std::string& x) {
   return outcome.prediction.GetNumber();
 }
 
-// The code with which a document is refused; 0 where it is not.
-int Refused(const std::string& document) {
-  try {
-    Scoring scoring(document);
-  } catch (const MCZandor_850::SSException& error) {
-    EXPECT_NE(std::string(error.what()).find("line "), std::string::npos) << error.what();
-    return error.GetErrorCode();
-  }
-  return 0;
-}
-
 std::string OnlyTarget(const std::string& attributes) {
   return "<Targets><Target field=\"y\" " + attributes + "/></Targets>";
 }
 
-TEST(Targets, WithoutThemADoubleKeepsItsBits) {
-  const std::string document = Line("", "double", "-1");
-  EXPECT_EQ(Predict(document, "0.1"), -0.1);
-  EXPECT_EQ(Predict(document, "-0.3"), 0.3);
-}
-
 TEST(Targets, ThePredictionHasTheTargetsType) {
+  EXPECT_EQ(Predict(Line(""), "0.1"), 0.1);
   EXPECT_EQ(Predict(Line("", "float"), "0.1"), static_cast<double>(0.1F));
   EXPECT_EQ(Predict(Line("", "integer"), "2.5"), 3.0);
   EXPECT_EQ(Predict(Line("", "integer"), "-2.5"), -2.0);
   EXPECT_EQ(Predict(Line(OnlyTarget("castInteger=\"floor\""), "integer"), "2.9"), 2.0);
-  EXPECT_EQ(Scoring(Line("", "integer")).Plan().Notes().size(), 1U);
-  Scoring huge(Line("", "integer"));
-  EXPECT_EQ(huge.Score({{"x", "1e300"}}).status, 90027);
+  Scoring whole(Line("", "integer"));
+  EXPECT_EQ(whole.Plan().Notes().size(), 1U);
+  EXPECT_EQ(whole.Score({{"x", "1e300"}}).status, 90027);
 }
 
 TEST(Targets, TheOneForTheModelsTargetIsChosen) {
@@ -76,7 +58,6 @@ TEST(Targets, TheOneForTheModelsTargetIsChosen) {
   };
   EXPECT_EQ(with(other + nameless + named), 1000.0);
   EXPECT_EQ(with(other + nameless), 10.0);
-  EXPECT_EQ(with(nameless), 10.0);
   EXPECT_EQ(with(unknown), 100.0);
   EXPECT_EQ(with(other), 0.0);
   EXPECT_EQ(with(other + unknown), 0.0);
@@ -131,13 +112,19 @@ TEST(Targets, TheLargestPriorIsPredictedWhereInputsAreMissing) {
 }
 
 TEST(Targets, ValuesThatMeanNothingAreRefused) {
-  EXPECT_EQ(Refused(Line(OnlyTarget(R"(min="2" max="1")"))), 260313);
-  EXPECT_EQ(Refused(Line(OnlyTarget("castInteger=\"up\""))), 260153);
-  EXPECT_EQ(Refused(Line(OnlyTarget("rescaleFactor=\"two\""))), 260153);
-  EXPECT_EQ(Refused(Edit(Document("alarm.pmml"), "<LocalTransformations>",
-                         R"(<Targets><Target><TargetValue value="ok" priorProbability="2"/></Target>
-                         </Targets><LocalTransformations>)")),
-            260153);
+  const std::string alarm =
+      Edit(Document("alarm.pmml"), "<LocalTransformations>",
+           R"(<Targets><Target><TargetValue value="ok" priorProbability="2"/></Target></Targets>
+              <LocalTransformations>)");
+  for (const auto& [document, code] : std::vector<std::pair<std::string, std::string>>{
+           {Line(OnlyTarget(R"(min="2" max="1")")), "260313"},
+           {Line(OnlyTarget("castInteger=\"up\"")), "260153"},
+           {Line(OnlyTarget("rescaleFactor=\"two\"")), "260153"},
+           {alarm, "260153"}}) {
+    const std::string refusal = Refusal(document);
+    EXPECT_EQ(refusal.substr(0, 6), code) << refusal;
+    EXPECT_NE(refusal.find("line "), std::string::npos) << refusal;
+  }
 }
 
 }  // namespace

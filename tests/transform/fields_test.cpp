@@ -139,34 +139,15 @@ TEST(FieldRef, MapsMissingValuesInTheFieldsType) {
   EXPECT_EQ(text.Derive("d", {{"x", ""}}), "");
 }
 
-// The field d of a model's own transformations, over a field x that its schema treats.
-Loaded OverTreated(const std::string& field, const std::string& treatment,
-                   const std::string& derived) {
-  return Loaded(ModelDocument(field, "<MiningField name='x' " + treatment + "/>",
-                              "<LocalTransformations>" + derived + "</LocalTransformations>",
-                              "<FieldRef field='d'/>"));
-}
-
 TEST(DerivedFields, TellValuesTakenAsTheyAre) {
-  EXPECT_EQ(OverTreated(
-                DataField("x", "string", "", "<Value value='a'/>"), "invalidValueTreatment='asIs'",
-                DerivedField("d", "string", CallToXml("concat(x, isValid(x), isNotValid(x))")))
+  const std::string field =
+      DerivedField("d", "string", CallToXml("concat(x, isValid(x), isNotValid(x))"));
+  EXPECT_EQ(Loaded(ModelDocument(DataField("x", "string", "", "<Value value='a'/>"),
+                                 "<MiningField name='x' invalidValueTreatment='asIs'/>",
+                                 "<LocalTransformations>" + field + "</LocalTransformations>",
+                                 "<FieldRef field='d'/>"))
                 .DeriveEach("a b"),
             "atruefalse bfalsetrue");
-}
-
-TEST(DerivedFields, SeeTreatedValues) {
-  const Loaded loaded =
-      OverTreated(DataField("x", "double", "",
-                            "<Interval closure='closedClosed' leftMargin='-50' rightMargin='150'/>"
-                            "<Value value='-999' property='missing'/>"),
-                  "invalidValueTreatment='asMissing' outliers='asExtremeValues' highValue='100'",
-                  DerivedField("d", "double", "<FieldRef field='x'/>"));
-  const MCZandor_850::NumericValue twenty(20.0);
-  auto* stats = new MCZandor_850::VarStats();
-  stats->SetMissingReplacement(&twenty);
-  loaded.Inputs()->FindVar("x")->SetVarStats(stats);
-  EXPECT_EQ(loaded.DeriveEach("30 -999 160 120 abc -"), "30 20 20 100 20 20");
 }
 
 }  // namespace
