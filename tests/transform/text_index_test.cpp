@@ -104,6 +104,10 @@ TEST(TextIndex, NormalisesTheText) {
 
 TEST(TextIndex, GivesUpOnStepsWithoutEnd) {
   EXPECT_EQ(Compute(Index("", "a", Step("recursive='true'", {"a;aa"})), {{"t", "a"}}), "invalid");
+  EXPECT_EQ(
+      Compute(Index("", "a", Step("recursive='true'", {"^(.)(.*)$;$2$1;true"})), {{"t", "abc"}}),
+      "invalid")
+      << "a rotation";
   EXPECT_EQ(Compute(Index("", "b", Step("recursive='true'", {"aa;a", "a;b"})), {{"t", "aaaaaaaa"}}),
             "0");
 }
