@@ -5,8 +5,10 @@
 
 #include "app/doctor/examination.h"
 #include "app/doctor/report.h"
+#include "app/failure.h"
 #include "app/intake_report.h"
 #include "app/model_summary.h"
+#include "fuzz/expected_scores.h"
 #include "fuzz/memory_file.h"
 #include "fuzz/promise.h"
 #include "fuzz/scoring.h"
@@ -30,16 +32,38 @@ void Describe(const LoadedModel& loaded) {
   loaded.model->Display(listing);
 }
 
+LoadedModel LoadAgain(const std::string& document, LoadChecks checks) {
+  return LoadModel(ThePlugin(), PmmlDocument::FromText(document, kName), checks);
+}
+
 // A model of its own: the first case fixes how all later ones must be laid out, and the document's
 // verification has had it.
 void Score(const std::string& document, Choices& choices) {
   const LoadChecks checks = choices.Half() ? LoadChecks::kStrict : LoadChecks::kRefuse;
   try {
-    ScoreCases(LoadModel(ThePlugin(), PmmlDocument::FromText(document, kName), checks), choices);
+    ScoreCases(LoadAgain(document, checks), choices);
   } catch (const SSException& error) {
     Promise(checks == LoadChecks::kStrict, "a document that was read is read again");
     Promise(error.GetErrorCode() != 0 && *error.what() != '\0', "a refusal has code and sentence");
   }
+}
+
+// With scores to explain where there are any.
+void Examine(const app::OpenedDocument& opened, app::DocumentSource& source,
+             const std::string& document, Choices& choices) {
+  std::optional<app::CaseFiles> files;
+  if (app::IsScored(opened) && choices.Half()) {
+    files = MakeCaseFiles(LoadAgain(document, LoadChecks::kRefuse), choices);
+  }
+  std::vector<app::Finding> findings;
+  try {
+    findings = app::Examine(opened, ThePlugin(), source, files);
+  } catch (const app::Failure& failure) {
+    Promise(files.has_value() && failure.Status() == app::kInputError, "scores that do not fit");
+    findings = app::Examine(opened, ThePlugin(), source, std::nullopt);
+  }
+  Promise(!app::ReportText(kName, findings).empty() && !app::ReportJson(kName, findings).empty(),
+          "a report tells");
 }
 
 }  // namespace
@@ -51,9 +75,7 @@ void PutThrough(const std::string& document, Choices& choices) {
   if (opened.refused) Promise(!opened.refused->what.empty(), "a refusal says why");
   Promise(opened.IsRead() || opened.refused, "a document is read or refused");
   if (!opened.IsRead()) return;
-  const auto findings = app::Examine(opened, ThePlugin(), source, std::nullopt);
-  Promise(!app::ReportText(kName, findings).empty() && !app::ReportJson(kName, findings).empty(),
-          "a report tells");
+  Examine(opened, source, document, choices);
   if (opened.loaded) Describe(*opened.loaded);
   if (app::IsScored(opened)) Score(document, choices);
 }

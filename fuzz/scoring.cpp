@@ -21,8 +21,6 @@ using MCZandor_850::ScoreModel;
 using MCZandor_850::ScoreResult;
 using output::Outcome;
 
-using Row = std::vector<std::string>;
-
 constexpr std::size_t kMostRows = 40;
 
 bool IsSame(double a, double b) {
@@ -61,16 +59,8 @@ std::string CellOf(const std::string& name, const LoadedModel& loaded, Choices& 
   return var->GetCategories()[choices.Below(var->GetCategories().size())]->GetText();
 }
 
-std::vector<std::string> NamesFor(const LoadedModel& loaded) {
-  std::set<std::string> names;
-  for (const auto* variables : {&loaded.needed, &loaded.active, &loaded.output->ExtraInputs()}) {
-    for (const ScoreDictVar* var : *variables) names.insert(var->GetName());
-  }
-  return {names.begin(), names.end()};
-}
-
 // Every case by itself, then all of them as a batch.
-void CompareBatch(const ScoringPlan& plan, const std::vector<Row>& rows) {
+void CompareBatch(const ScoringPlan& plan, const Rows& rows) {
   auto* batch_model = dynamic_cast<BatchModel*>(plan.model);
   if (batch_model == nullptr) return;
   const output::TargetRules& targets = plan.output->Targets();
@@ -78,7 +68,7 @@ void CompareBatch(const ScoringPlan& plan, const std::vector<Row>& rows) {
   app::CaseBatch batch(*batch_model, targets.Target().GetCategories().size(), rows.size());
   std::vector<std::unique_ptr<ScoreResult>> results;
   std::vector<Outcome> alone;
-  for (const Row& row : rows) {
+  for (const std::vector<std::string>& row : rows) {
     for (std::size_t i = 0; i < plan.columns.cells.size(); ++i) {
       record.SetText(i, row[plan.columns.cells[i]]);
     }
@@ -99,19 +89,6 @@ void CompareBatch(const ScoringPlan& plan, const std::vector<Row>& rows) {
         Difference(alone[i], targets.Finish(batch.Results(), i), targets.Target());
     Promise(difference.empty(), "a batch scores as a case alone: " + difference);
   }
-}
-
-std::string CsvOf(const std::vector<Row>& rows) {
-  std::string text;
-  for (const Row& row : rows) {
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      text += i == 0 ? "\"" : ",\"";
-      for (const char letter : row[i]) text.append(letter == '"' ? 2 : 1, letter);
-      text += '"';
-    }
-    text += '\n';
-  }
-  return text;
 }
 
 }  // namespace
@@ -154,14 +131,41 @@ ScoringPlan PlanOf(const LoadedModel& loaded, const std::vector<std::string_view
   return plan;
 }
 
+std::vector<std::string> NamesFor(const LoadedModel& loaded) {
+  std::set<std::string> names;
+  for (const auto* variables : {&loaded.needed, &loaded.active, &loaded.output->ExtraInputs()}) {
+    for (const ScoreDictVar* var : *variables) names.insert(var->GetName());
+  }
+  return {names.begin(), names.end()};
+}
+
+Rows MakeRows(const LoadedModel& loaded, const std::vector<std::string>& names, std::size_t count,
+              Choices& choices) {
+  Rows rows(count);
+  for (auto& row : rows) {
+    for (const std::string& name : names) row.push_back(CellOf(name, loaded, choices));
+  }
+  return rows;
+}
+
+std::string CsvOf(const Rows& rows) {
+  std::string text;
+  for (const std::vector<std::string>& row : rows) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      text += i == 0 ? "\"" : ",\"";
+      for (const char letter : row[i]) text.append(letter == '"' ? 2 : 1, letter);
+      text += '"';
+    }
+    text += '\n';
+  }
+  return text;
+}
+
 void ScoreCases(const LoadedModel& loaded, Choices& choices) {
   const RunOptions options = ChooseOptions(*loaded.model, choices);
   const std::vector<std::string> names = NamesFor(loaded);
   const ScoringPlan plan = PlanOf(loaded, {names.begin(), names.end()}, options);
-  std::vector<Row> rows(1 + choices.Below(kMostRows));
-  for (Row& row : rows) {
-    for (const std::string& name : names) row.push_back(CellOf(name, loaded, choices));
-  }
+  const Rows rows = MakeRows(loaded, names, 1 + choices.Below(kMostRows), choices);
   app::CaseScorer scorer(plan);
   scorer.FixPositions();
   CompareBatch(plan, rows);

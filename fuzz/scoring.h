@@ -31,6 +31,14 @@ RunOptions ChooseOptions(MCZandor_850::ScoreModel& model, Choices& choices);
 app::ScoringPlan PlanOf(const LoadedModel& loaded, const std::vector<std::string_view>& header,
                         const RunOptions& options);
 
+// The inputs of the model, and of its output fields.
+std::vector<std::string> NamesFor(const LoadedModel& loaded);
+using Rows = std::vector<std::vector<std::string>>;
+// `count` rows of cells for these names.
+Rows MakeRows(const LoadedModel& loaded, const std::vector<std::string>& names, std::size_t count,
+              Choices& choices);
+std::string CsvOf(const Rows& rows);
+
 // Scores a few cases, one by one and as a batch, whose results must be the same, and through the
 // program's reader and writer.
 void ScoreCases(const LoadedModel& loaded, Choices& choices);

@@ -1,0 +1,68 @@
+#include "fuzz/expected_scores.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "fuzz/grammar.h"
+#include "fuzz/memory_file.h"
+#include "fuzz/promise.h"
+#include "fuzz/scoring.h"
+#include "host/number_text.h"
+
+namespace svmscore::fuzz {
+namespace {
+
+using app::VerifyTable;
+
+// Explaining scores tries many changed models on every case.
+constexpr std::size_t kMostExplained = 8;
+
+VerifyTable Scores(const LoadedModel& loaded, const VerifyTable& cases, Choices& choices) {
+  RunOptions options;
+  if (choices.Half()) options.columns = app::ColumnChoice::kComputed;
+  const app::ScoringPlan plan = PlanOf(loaded, {cases.header.begin(), cases.header.end()}, options);
+  app::CaseScorer scorer(plan);
+  scorer.FixPositions();
+  app::CaseBlock block;
+  block.rows.text = CsvOf(cases.rows);
+  scorer.Score(block);
+  Rows header(1);
+  for (const auto& column : plan.results) header[0].push_back(column->Name());
+  const MemoryFile file(CsvOf(header) + block.out);
+  return app::ReadVerifyTable(file.Path(), {});
+}
+
+void Spoil(VerifyTable& scores, Choices& choices) {
+  const double scale = choices.Half() ? -1.0 : OddNumber(choices);
+  const double offset = choices.Half() ? 0.0 : OddNumber(choices);
+  const std::size_t column = choices.Below(scores.header.size());
+  if (choices.Half()) {
+    std::swap(scores.header[column], scores.header[choices.Below(scores.header.size())]);
+  }
+  const bool all = choices.Half();
+  for (auto& row : scores.rows) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      const auto number = ParseNumber(row[i]);
+      if (number && (all || i == column)) row[i] = FormatNumber(*number * scale + offset);
+    }
+    if (choices.Rarely()) row[column] = Word(choices);
+  }
+}
+
+}  // namespace
+
+app::CaseFiles MakeCaseFiles(const LoadedModel& loaded, Choices& choices) {
+  VerifyTable cases;
+  cases.name = "cases";
+  cases.header = NamesFor(loaded);
+  cases.rows = MakeRows(loaded, cases.header, 1 + choices.Below(kMostExplained), choices);
+  // Of a model without inputs a row is empty, which is no row of a table.
+  if (cases.header.empty()) cases.rows.clear();
+  VerifyTable scores = Scores(loaded, cases, choices);
+  if (!choices.Rarely()) Spoil(scores, choices);
+  return {std::move(cases), std::move(scores), {"NA"}, choices.Half() ? 1e-9 : 0.25};
+}
+
+}  // namespace svmscore::fuzz
