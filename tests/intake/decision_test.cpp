@@ -1,148 +1,127 @@
 // The rules by which machines decide, from the oldest version on.
 #include <gtest/gtest.h>
 
-#include "host/message_codes.h"
-#include "host/number_text.h"
 #include "tests/intake/reading.h"
 
 namespace svmscore_test {
 namespace {
 
-namespace code = svmscore::code;
-
-// A machine whose decision value is x itself.
-std::string Identity(const std::string& attributes) {
-  return "<SupportVectorMachine " + attributes +
-         R"(><SupportVectors><SupportVector vectorId="a"/></SupportVectors>)"
-         R"(<Coefficients><Coefficient value="1"/></Coefficients></SupportVectorMachine>)";
+// A machine whose decision value is x itself, in both representations.
+std::string Identity(const std::string& attributes, bool linear = false) {
+  return "<SupportVectorMachine " + attributes + '>' +
+         (linear ? "" : "<SupportVectors><SupportVector vectorId='a'/></SupportVectors>") +
+         "<Coefficients><Coefficient value='1'/>" + (linear ? "<Coefficient value='0'/>" : "") +
+         "</Coefficients></SupportVectorMachine>";
 }
 
-Parts TwoClasses(const std::string& version, const std::string& model, const std::string& machine) {
+Parts Deciding(char major, char minor, const std::string& model, const std::string& machines) {
   Parts parts;
   parts.Classify();
-  parts.root = "version=\"" + version + '"';
+  parts.root = Version(major, minor);
   parts.model += ' ' + model;
-  parts.vectors = R"(<VectorInstance id="a"><Array type="real">1 0</Array></VectorInstance>)";
-  parts.machines = Identity(machine);
+  parts.vectors =
+      "<VectorInstance id='a'><REAL-SparseArray><Indices>1 2</Indices>"
+      "<REAL-Entries>1 0</REAL-Entries></REAL-SparseArray></VectorInstance>";
+  parts.machines = machines;
   return parts;
 }
 
-std::string Decide(const Parts& parts, const std::string& value) {
-  return Score(parts.Text(), {{"x", value}, {"y", "0"}});
-}
-
-TEST(OldTwoClassForm, ALargerSideFromOneHalfOnIsTheTarget) {
-  const Parts parts =
-      TwoClasses("3.2", R"(alternateBinaryTargetCategory="no")", R"(targetCategory="yes")");
-  EXPECT_EQ(Decide(parts, "0.5"), "yes");
-  EXPECT_EQ(Decide(parts, "0.49999999999999994"), "no");
-  EXPECT_EQ(Decide(parts, "1"), "yes");
-  EXPECT_EQ(Decide(parts, "-3"), "no");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "dense-array 1, two-class-rounding 1");
-}
-
-TEST(OldTwoClassForm, TakesTheNewerRuleWithItsAttributes) {
-  for (const char* model : {R"(alternateBinaryTargetCategory="no" threshold="0.25")",
-                            R"(alternateBinaryTargetCategory="no" maxWins="false")"}) {
-    const Parts parts = TwoClasses("3.1", model, R"(targetCategory="yes" threshold="0.25")");
-    EXPECT_EQ(Decide(parts, "0.2"), "yes") << model;
-    EXPECT_EQ(Decide(parts, "0.25"), "no") << model;
+TEST(OldTwoClassForm, GivesWayToTheNewerRule) {
+  const std::string second = "alternateBinaryTargetCategory='no'";
+  const std::string quarter = " threshold='0.25'";
+  const std::string newer = "alternate-on-model 1";
+  const struct {
+    const char* version;
+    std::string model;
+    std::string machine;
+    std::string steps;
+    std::string lesser;  // two neighbouring values, and for which categories they decide
+    std::string larger;
+    std::string decided;
+  } cases[] = {
+      {"3.2", second, "", "two-class-rounding 1", "0.49999999999999994", "0.5", "no yes"},
+      {"3.1", second + quarter, quarter, newer, "0.2", "0.25", "yes no"},
+      {"3.1", second + " maxWins='false'", quarter, newer, "0.2", "0.25", "yes no"},
+      {"3.2", Replaced(second, "no", "maybe"), " alternateTargetCategory='no'", "", "-1", "1",
+       "yes no"},
+      {"4.2", second, "", newer, "-0.1", "0", "yes no"},
+  };
+  for (const auto& [version, model, machine, steps, lesser, larger, decided] : cases) {
+    const std::string text =
+        Deciding(version[0], version[2], model, Identity("targetCategory='yes'" + machine)).Text();
+    EXPECT_EQ(Read(text).Steps(), steps) << version << model;
+    EXPECT_EQ(Score(text, At(lesser, "0")) + ' ' + Score(text, At(larger, "0")), decided)
+        << version << model;
   }
-  // The machine's own second category counts.
-  const Parts parts = TwoClasses("3.2", R"(alternateBinaryTargetCategory="maybe")",
-                                 R"(targetCategory="yes" alternateTargetCategory="no")");
-  EXPECT_EQ(Decide(parts, "-1"), "yes");
-  EXPECT_EQ(Decide(parts, "1"), "no");
+  const std::string machine = Identity("targetCategory='yes'");
+  EXPECT_EQ(Refusal(Deciding('3', '2', second, machine + machine).Text()),
+            "260304 at element SupportVectorMachineModel, line 3");
 }
 
-TEST(OldTwoClassForm, IsAFallbackInNewerVersions) {
-  const Parts parts =
-      TwoClasses("4.2", R"(alternateBinaryTargetCategory="no")", R"(targetCategory="yes")");
-  EXPECT_EQ(Decide(parts, "0"), "no");
-  EXPECT_EQ(Decide(parts, "-0.1"), "yes");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "dense-array 1, alternate-on-model 1");
-}
-
-TEST(OldTwoClassForm, OfSeveralMachinesIsRefused) {
-  Parts parts =
-      TwoClasses("3.2", R"(alternateBinaryTargetCategory="no")", R"(targetCategory="yes")");
-  parts.machines += parts.machines;
-  EXPECT_EQ(Refusal(parts.Text()).GetErrorCode(), code::kUnsupported);
-}
-
-// Three classes, one machine a pair: f(a,b) = x, f(b,c) = x, f(c,a) = x.
-Parts ThreeClasses(const std::string& third) {
-  Parts parts = TwoClasses("4.1", "", "");
-  parts.target = R"(<DataField name="t" optype="categorical" dataType="string">)"
-                 R"(<Value value="a"/><Value value="b"/><Value value="c"/></DataField>)";
-  parts.machines = Identity(R"(targetCategory="a" alternateTargetCategory="b")") +
-                   Identity(R"(targetCategory="b" alternateTargetCategory="c")") + Identity(third);
-  return parts;
-}
-
+// Three classes, one machine a pair: f(a,b) = x, f(b,c) = x, and a third.
 TEST(Method, IsInferredWhereEveryPairHasItsMachine) {
-  const Parts parts = ThreeClasses(R"(targetCategory="a" alternateTargetCategory="c")");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "dense-array 1, method-inferred 1");
-  // Not below 0: b, c and c have the votes.
-  EXPECT_EQ(Decide(parts, "1"), "c");
-  EXPECT_EQ(Decide(parts, "-1"), "a");
-}
-
-TEST(Method, StaysWhereThePairsDoNotShowIt) {
-  for (const char* third :
-       {R"(targetCategory="b" alternateTargetCategory="a")", R"(targetCategory="c")",
-        R"(targetCategory="c" alternateTargetCategory="d")"}) {
-    EXPECT_EQ(Read(ThreeClasses(third).Text()).Steps(), "dense-array 1") << third;
+  const auto with = [](const std::string& third, const std::string& model = "",
+                       bool linear = false) {
+    Parts parts = Deciding('4', '1', "",
+                           Identity("targetCategory='a' alternateTargetCategory='b'", linear) +
+                               Identity("targetCategory='b' alternateTargetCategory='c'", linear) +
+                               Identity(third, linear));
+    parts.Classify({"a", "b", "c"});
+    parts.model += model + (linear ? " svmRepresentation='Coefficients'" : "");
+    return parts.Text();
+  };
+  const std::string last = "targetCategory='a' alternateTargetCategory='c'";
+  for (const bool linear : {false, true}) {
+    EXPECT_EQ(Read(with(last, "", linear)).Steps(),
+              std::string(linear ? "coefficient-form 3, " : "") + "method-inferred 1");
+    // Not below 0: b, c and c have the votes.
+    EXPECT_EQ(Score(with(last, "", linear), At("1", "0")), "c");
+    EXPECT_EQ(Score(with(last, "", linear), At("-1", "0")), "a");
   }
-  Parts parts = ThreeClasses(R"(targetCategory="a" alternateTargetCategory="c")");
-  parts.model += R"(classificationMethod="OneAgainstAll")";
-  EXPECT_EQ(Read(parts.Text()).Steps(), "dense-array 1");
+  for (const char* third : {"targetCategory='b' alternateTargetCategory='a'", "targetCategory='c'",
+                            "targetCategory='c' alternateTargetCategory='d'"}) {
+    EXPECT_EQ(Read(with(third)).Steps(), "") << third;
+  }
+  EXPECT_EQ(Read(with(last, " classificationMethod='OneAgainstAll'")).Steps(), "");
 }
 
 // Coefficients by field, and as the support vectors that they sum up.
 TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
   Parts parts;
-  parts.model += R"( svmRepresentation="Coefficients")";
-  parts.vectors = R"(<VectorInstance id="machine 1"><Array>9 9</Array></VectorInstance>)";
-  parts.machines = R"(<SupportVectorMachine><Coefficients absoluteValue="0.9">)"
-                   R"(<Coefficient value="0.1"/><Coefficient/></Coefficients>)"
-                   R"(</SupportVectorMachine>)";
+  parts.model += " svmRepresentation='Coefficients'";
+  EXPECT_EQ(Refusal(parts.Text()), "260313 at element SupportVectors, line 7");
+  parts.vectors = Replaced(parts.vectors, "id='a'", "id='machine 1'");
+  parts.machines =
+      "<SupportVectorMachine><Coefficients absoluteValue='0.9'>"
+      "<Coefficient value='0.1'/><Coefficient/></Coefficients></SupportVectorMachine>";
   const Reading reading = Read(parts.Text());
-  EXPECT_EQ(reading.Steps(), "dense-array 1, coefficient-form 1");
+  EXPECT_EQ(reading.Steps(), "coefficient-form 1");
   EXPECT_EQ(reading.Show("SupportVectorMachine"),
-            R"(<SupportVectorMachine><SupportVectors><SupportVector vectorId="machine 2">)"
-            R"(</SupportVector></SupportVectors><Coefficients absoluteValue="0.9">)"
-            R"(<Coefficient value="1"></Coefficient></Coefficients></SupportVectorMachine>)");
+            "<SupportVectorMachine><SupportVectors><SupportVector vectorId='machine 2'>"
+            "</SupportVector></SupportVectors><Coefficients absoluteValue='0.9'>"
+            "<Coefficient value='1'></Coefficient></Coefficients></SupportVectorMachine>");
   double sum = 0.1 * 0.7;
   sum += 0 * 3.0;
-  EXPECT_EQ(*svmscore::ParseNumber(Score(parts.Text(), {{"x", "0.7"}, {"y", "3"}})), sum + 0.9);
-}
+  EXPECT_EQ(Predict(parts.Text(), At("0.7", "3")), sum + 0.9);
 
-TEST(CoefficientForm, IsRefusedWhereItSaysLessThanTheScore) {
-  Parts parts;
-  parts.model += R"( svmRepresentation="Coefficients")";
-  EXPECT_EQ(Refusal(parts.Text()).GetErrorCode(), code::kBadContent);
-  parts.machines = R"(<SupportVectorMachine><Coefficients>)"
-                   R"(<Coefficient value="1"/></Coefficients></SupportVectorMachine>)";
-  EXPECT_EQ(Refusal(parts.Text()).GetErrorCode(), code::kLengthsDiffer);
+  parts.machines = Replaced(parts.machines, "<Coefficient/>", "");
+  EXPECT_EQ(Refusal(parts.Text()), "260251 at element Coefficients, line 7");
   parts.kernel = "<RadialBasisKernelType/>";
-  EXPECT_EQ(Refusal(parts.Text()).GetErrorCode(), code::kUnsupported);
+  EXPECT_EQ(Refusal(parts.Text()), "260304 at element SupportVectorMachineModel, line 3");
   // A translator says that there is no kernel.
   parts.kernel = "";
-  parts.positions = R"(<FieldRef field="x"/>)";
-  parts.vectors = R"(<VectorInstance id="a"><Array>1</Array></VectorInstance>)";
-  EXPECT_EQ(Read(parts.Text()).Steps(), "dense-array 1, coefficient-form 1");
+  parts.machines =
+      Replaced(parts.machines, "</Coefficients>", "<Coefficient value='1'/></Coefficients>");
+  EXPECT_EQ(Read(parts.Text()).Steps(), "coefficient-form 1");
 }
 
 TEST(Kernel, ParametersOfMinusOneAreNotTakenForAbsent) {
   Parts parts;
-  parts.kernel = R"(<PolynomialKernelType gamma="-1.0" coef0="-1" degree="2"/>)";
+  parts.kernel = "<PolynomialKernelType gamma='-1.0' coef0='-1' degree='2'/>";
   EXPECT_EQ(Read(parts.Text()).Steps(), "kernel-minus-one 2");
   const double to_a = 0.25 * 2;
-  const double expected = 2 * (-to_a - 1) * (-to_a - 1) - 3 + 0.5;
-  EXPECT_NEAR(*svmscore::ParseNumber(Score(parts.Text(), {{"x", "2"}, {"y", "0"}})), expected,
-              1e-14);
-  parts.kernel = R"(<RadialBasisKernelType gamma="2" coef0="-1" degree="-1"/>)";
+  EXPECT_NEAR(Predict(parts.Text(), At("2", "0")), 2 * (-to_a - 1) * (-to_a - 1) - 3 + 0.5, 1e-14);
+  parts.kernel = "<RadialBasisKernelType gamma='2' coef0='-1' degree='-1'/>";
   EXPECT_EQ(Read(parts.Text()).Steps(), "attribute-ignored 2");
 }
 

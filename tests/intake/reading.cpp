@@ -1,10 +1,11 @@
 #include "tests/intake/reading.h"
 
 #include <memory>
-#include <regex>
 
 #include <gtest/gtest.h>
 
+#include "host/message_codes.h"
+#include "host/number_text.h"
 #include "host/pmml/loader.h"
 #include "host/score_case_record.h"
 #include "host/score_result.h"
@@ -16,6 +17,7 @@ namespace {
 using MCZandor_850::InputCaseRecord;
 using MCZandor_850::ScoreModel;
 using MCZandor_850::ScoreResult;
+using MCZandor_850::SSException;
 using svmscore::ToUtf8;
 using xercesc::DOMNode;
 
@@ -25,7 +27,7 @@ void Write(const DOMNode* node, std::string& out) {
   const xercesc::DOMNamedNodeMap* attributes = node->getAttributes();
   for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
     const DOMNode* attribute = attributes->item(i);
-    out += ' ' + ToUtf8(attribute->getNodeName()) + "=\"" + ToUtf8(attribute->getNodeValue()) + '"';
+    out += ' ' + ToUtf8(attribute->getNodeName()) + "='" + ToUtf8(attribute->getNodeValue()) + '\'';
   }
   out += '>';
   for (const DOMNode* child = node->getFirstChild(); child != nullptr;
@@ -40,31 +42,56 @@ void Write(const DOMNode* node, std::string& out) {
   out += "</" + name + '>';
 }
 
+std::string CodeAndPlace(const SSException& error) {
+  const std::string text = std::to_string(error.GetErrorCode());
+  const bool of_step = error.GetErrorCode() == svmscore::code::kNeedsIntake;
+  return text + (of_step ? ' ' + error.GetMessageParts().at(0) : "") + " at " + error.GetPlace();
+}
+
 }  // namespace
+
+std::string Version(char major, char minor) {
+  return std::string("version='") + major + '.' + minor + "' xmlns='http://www.dmg.org/PMML-" +
+         major + '_' + minor + '\'';
+}
+
+std::string Field(const std::string& name, const std::string& optype, const std::string& type,
+                  const std::string& values) {
+  return "<DataField name='" + name + "' optype='" + optype + "' dataType='" + type + "'>" +
+         values + "</DataField>";
+}
+
+std::string Sigmoid(const std::string& response, const std::string& other, int a, int b) {
+  return "<Extension extender='svmscore'><ResponseCategory response='" + response +
+         "' nonResponse='" + other + "'/><ProbabilityParameters A='" + std::to_string(a) + "' B='" +
+         std::to_string(b) + "'/></Extension>";
+}
 
 std::string Parts::Machine(const std::string& attributes) {
   return "<SupportVectorMachine " + attributes +
-         R"(><SupportVectors><SupportVector vectorId="a"/><SupportVector vectorId="b"/>)"
-         R"(</SupportVectors><Coefficients absoluteValue="0.5"><Coefficient value="2"/>)"
-         R"(<Coefficient value="-3"/></Coefficients></SupportVectorMachine>)";
+         "><SupportVectors><SupportVector vectorId='a'/><SupportVector vectorId='b'/>"
+         "</SupportVectors><Coefficients absoluteValue='0.5'><Coefficient value='2'/>"
+         "<Coefficient value='-3'/></Coefficients></SupportVectorMachine>";
+}
+
+std::string Parts::Machine(const std::string& category, const std::string& alternate) {
+  return Machine("targetCategory='" + category + "' alternateTargetCategory='" + alternate + '\'');
 }
 
 void Parts::Classify() {
-  target = R"(<DataField name="t" optype="categorical" dataType="string">)"
-           R"(<Value value="yes"/><Value value="no"/></DataField>)";
-  model = R"(functionName="classification")";
-  machines = Machine(R"(targetCategory="yes" alternateTargetCategory="no")");
+  Classify({"yes", "no"});
+  machines = Machine("yes", "no");
+}
+
+void Parts::Classify(const std::vector<std::string>& categories, const std::string& type) {
+  std::string values;
+  for (const std::string& category : categories) values += "<Value value='" + category + "'/>";
+  target = Field("t", "categorical", type, values);
+  model = "functionName='classification'";
 }
 
 std::string Parts::Text() const {
-  std::string name;
-  if (root.find("xmlns=") == std::string::npos) {
-    std::smatch version;
-    const bool stated = std::regex_search(root, version, std::regex(R"re(="(\d)\.(\d))re"));
-    name = " xmlns=\"http://www.dmg.org/PMML-" +
-           (stated ? version[1].str() + '_' + version[2].str() : "4_4") + '"';
-  }
-  return "<PMML " + root + name + ">\n<Header/><DataDictionary>" + fields + target +
+  return "<PMML " + root + ">\n<Header/><DataDictionary>" + fields + target +
          "</DataDictionary>\n" + global + "<SupportVectorMachineModel " + model +
          ">\n<MiningSchema>" + schema + "</MiningSchema>" + local + kernel +
          "<VectorDictionary>\n<VectorFields>" + positions + "</VectorFields>\n" + vectors +
@@ -100,22 +127,32 @@ std::string Reading::Show(const std::string& name, std::size_t n) const {
 Reading Read(const std::string& text, svmscore::IntakeMode mode) {
   Reading reading{svmscore::PmmlDocument::FromText(text, "test.pmml"), {}};
   reading.steps = svmscore::MakeReadable(reading.document, mode);
+  for (const auto& step : svmscore::MakeReadable(reading.document, mode)) {
+    EXPECT_FALSE(step.changes) << "not readable after one reading: " << step.name;
+  }
   return reading;
 }
 
-MCZandor_850::SSException Refusal(const std::string& text, svmscore::IntakeMode mode) {
+std::string Refusal(const std::string& text, svmscore::IntakeMode mode) {
   auto document = svmscore::PmmlDocument::FromText(text, "test.pmml");
   try {
     svmscore::MakeReadable(document, mode);
-  } catch (MCZandor_850::SSException& error) {
+  } catch (SSException& error) {
     document.Locate(error);
-    return error;
+    return CodeAndPlace(error);
   }
-  ADD_FAILURE() << "not refused: " << text;
-  return MCZandor_850::SSException(nullptr);
+  return "not refused";
 }
 
-std::string Score(const std::string& text, Case inputs) {
+Case At(const std::string& x, const std::string& y) {
+  return {{"x", x}, {"y", y}};
+}
+
+double Predict(const std::string& text, const Case& inputs) {
+  return svmscore::ParseNumber(Score(text, inputs)).value();
+}
+
+std::string Score(const std::string& text, const Case& inputs) try {
   static const svmscore::Plugin plugin(SVMSCORE_PLUGIN_FILE);
   const svmscore::LoadedModel loaded =
       svmscore::LoadModel(plugin, svmscore::PmmlDocument::FromText(text, "test.pmml"));
@@ -124,7 +161,7 @@ std::string Score(const std::string& text, Case inputs) {
   record.Clear();
   for (const auto& [name, value] : inputs) {
     for (std::size_t i = 0; i < record.Size(); ++i) {
-      if (record.Variable(i).GetName() == name) record.SetText(i, value);
+      if (record.Variable(i).GetName() == name && !value.empty()) record.SetText(i, value);
     }
   }
   if (record.HasInvalid()) return "status 90027";
@@ -133,6 +170,8 @@ std::string Score(const std::string& text, Case inputs) {
   const std::unique_ptr<ScoreResult> result(made);
   if (status.IsError()) return "status " + std::to_string(status.GetErrorCode());
   return result->GetPrediction()->GetText();
+} catch (const SSException& error) {
+  return CodeAndPlace(error);
 }
 
 }  // namespace svmscore_test

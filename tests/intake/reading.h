@@ -2,7 +2,6 @@
 #ifndef TESTS_INTAKE_READING_H_
 #define TESTS_INTAKE_READING_H_
 
-#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,35 +11,44 @@
 
 namespace svmscore_test {
 
+std::string Field(const std::string& name, const std::string& optype = "continuous",
+                  const std::string& type = "double", const std::string& values = "");
+// The attributes of a root, with the namespace of the version.
+std::string Version(char major, char minor);
+
 // A regression over the numbers x and y: one linear machine with the vectors a and b, the
 // coefficients 2 and -3 and the absolute value 0.5. Tests replace the parts that they are about.
 struct Parts {
-  std::string root = R"(version="4.4")";  // without a namespace it gets that of its version
-  std::string fields = R"(<DataField name="x" optype="continuous" dataType="double"/>)"
-                       R"(<DataField name="y" optype="continuous" dataType="double"/>)"
-                       R"(<DataField name="colour" optype="categorical" dataType="string"/>)";
-  std::string target = R"(<DataField name="t" optype="continuous" dataType="double"/>)";
+  std::string root = Version('4', '4');
+  std::string fields = Field("x") + Field("y") + Field("colour", "categorical", "string");
+  std::string target = Field("t");
   std::string global;  // between the dictionary and the model
-  std::string model = R"(functionName="regression")";
+  std::string model = "functionName='regression'";
   std::string schema =
-      R"(<MiningField name="x"/><MiningField name="y"/><MiningField name="colour"/>)"
-      R"(<MiningField name="t" usageType="target"/>)";
+      "<MiningField name='x'/><MiningField name='y'/><MiningField name='colour'/>"
+      "<MiningField name='t' usageType='target'/>";
   std::string local;  // between the schema and the kernel
   std::string kernel = "<LinearKernelType/>";
-  std::string positions = R"(<FieldRef field="x"/><FieldRef field="y"/>)";
+  std::string positions = "<FieldRef field='x'/><FieldRef field='y'/>";
   std::string vectors =
-      R"(<VectorInstance id="a"><REAL-SparseArray n="2"><Indices>1 2</Indices>)"
-      R"(<REAL-Entries>0.25 -1.5</REAL-Entries></REAL-SparseArray></VectorInstance>)"
-      R"(<VectorInstance id="b"><REAL-SparseArray n="2"><Indices>2</Indices>)"
-      R"(<REAL-Entries>0.1</REAL-Entries></REAL-SparseArray></VectorInstance>)";
+      "<VectorInstance id='a'><REAL-SparseArray n='2'><Indices>1 2</Indices>"
+      "<REAL-Entries>0.25 -1.5</REAL-Entries></REAL-SparseArray></VectorInstance>"
+      "<VectorInstance id='b'><REAL-SparseArray n='2'><Indices>2</Indices>"
+      "<REAL-Entries>0.1</REAL-Entries></REAL-SparseArray></VectorInstance>";
   std::string machines = Machine("");
 
   // A machine over both vectors.
   static std::string Machine(const std::string& attributes);
-  // Makes it a classification into yes and no.
+  // One that decides between two categories.
+  static std::string Machine(const std::string& category, const std::string& alternate);
+  // Makes it a classification into yes and no, or by a target of other categories.
   void Classify();
+  void Classify(const std::vector<std::string>& categories, const std::string& type = "string");
   std::string Text() const;
 };
+
+// A Machine's extension that gives it probabilities.
+std::string Sigmoid(const std::string& response, const std::string& other, int a, int b);
 
 // Replaces every `from`; there must be some.
 std::string Replaced(std::string text, const std::string& from, const std::string& to);
@@ -56,16 +64,21 @@ struct Reading {
   std::string Show(const std::string& name, std::size_t n = 0) const;
 };
 
+// What was made readable is readable: that a second reading changes nothing is checked.
 Reading Read(const std::string& text, svmscore::IntakeMode mode = svmscore::IntakeMode::kRefuse);
-// The exception in which reading ends, its place in words.
-MCZandor_850::SSException Refusal(const std::string& text,
-                                  svmscore::IntakeMode mode = svmscore::IntakeMode::kRefuse);
+// In which reading ends: code and place, like "260153 at element Array, line 6"; for a step that
+// the strict mode refuses also its name, like "260307 dense-array at element Array, line 6".
+std::string Refusal(const std::string& text,
+                    svmscore::IntakeMode mode = svmscore::IntakeMode::kRefuse);
 
-// Inputs by name; an input that is left out is missing.
-using Case = std::initializer_list<std::pair<std::string, std::string>>;
+// Inputs by name; an input that is left out or empty is missing.
+using Case = std::vector<std::pair<std::string, std::string>>;
+Case At(const std::string& x, const std::string& y);
 // The prediction of the loaded document, a number in its shortest exact form; for a case that
-// cannot be scored the status, like "status 90027".
-std::string Score(const std::string& text, Case inputs);
+// cannot be scored the status, like "status 90027"; for a document that is refused, its refusal.
+std::string Score(const std::string& text, const Case& inputs);
+// The same for a document that predicts a number.
+double Predict(const std::string& text, const Case& inputs);
 
 }  // namespace svmscore_test
 

@@ -1,153 +1,165 @@
 // Targets, their categories, and models that have none.
 #include <gtest/gtest.h>
 
-#include "host/message_codes.h"
 #include "tests/intake/reading.h"
 
 namespace svmscore_test {
 namespace {
 
-namespace code = svmscore::code;
-
 // 2 * (0.25 x - 1.5 y) - 3 * 0.1 y + 0.5: above 0 for x = 4, below for x = -4.
-const Case kAbove = {{"x", "4"}, {"y", "0"}};
-const Case kBelow = {{"x", "-4"}, {"y", "0"}};
+const Case kAbove = At("4", "0");
+const Case kBelow = At("-4", "0");
 
 TEST(Labels, AreComparedInTheTargetsType) {
   Parts parts;
-  parts.Classify();
-  parts.target = R"(<DataField name="t" optype="categorical" dataType="integer">)"
-                 R"(<Value value="1"/><Value value="2"/></DataField>)";
-  parts.machines = Parts::Machine(R"(targetCategory="1.0" alternateTargetCategory="02")");
+  parts.Classify({"1", "2"}, "integer");
+  parts.machines = Parts::Machine("1.0", "02");
   EXPECT_EQ(Read(parts.Text()).Steps(), "category-spelling 2");
   EXPECT_EQ(Score(parts.Text(), kAbove), "2");
   EXPECT_EQ(Score(parts.Text(), kBelow), "1");
-  // Texts are compared as they are.
-  parts.target = R"(<DataField name="t" optype="categorical" dataType="string">)"
-                 R"(<Value value="1"/><Value value="2"/></DataField>)";
-  EXPECT_EQ(Read(parts.Text()).Steps(), "");
+  parts.Classify({"1", "2"});
+  EXPECT_EQ(Read(parts.Text()).Steps(), "") << "texts are compared as they are";
 }
 
 TEST(Labels, TheOtherOfTwoIsUnderstood) {
   Parts parts;
   parts.Classify();
-  parts.machines = Parts::Machine(R"(targetCategory="no")");
+  parts.machines = Parts::Machine("targetCategory='no'");
   EXPECT_EQ(Read(parts.Text()).Steps(), "second-category 1");
   EXPECT_EQ(Score(parts.Text(), kAbove), "yes");
   EXPECT_EQ(Score(parts.Text(), kBelow), "no");
-  parts.machines = Parts::Machine(R"(targetCategory="maybe")");
+  parts.machines = Parts::Machine("targetCategory='maybe'");
   EXPECT_EQ(Read(parts.Text()).Steps(), "");
 }
 
 TEST(Categories, ComeFromTheMachinesWhereTheTargetListsNone) {
   Parts parts;
   parts.Classify();
-  parts.target = R"(<DataField name="t" optype="continuous" dataType="double">)"
-                 R"(<Value value="-9" property="missing"/></DataField>)";
-  parts.machines = Parts::Machine(R"(targetCategory="1" alternateTargetCategory="0.0")");
+  parts.target = Field("t", "continuous", "double", "<Value value='-9' property='missing'/>");
+  parts.machines = Parts::Machine("1", "0.0");
   const Reading reading = Read(parts.Text());
   EXPECT_EQ(reading.Steps(), "target-categorical 1, target-categories 1");
   EXPECT_EQ(reading.Show("DataField", 3),
-            R"(<DataField dataType="double" name="t" optype="categorical">)"
-            R"(<Value property="missing" value="-9"></Value><Value value="1"></Value>)"
-            R"(<Value value="0.0"></Value></DataField>)");
+            "<DataField dataType='double' name='t' optype='categorical'>"
+            "<Value property='missing' value='-9'></Value><Value value='1'></Value>"
+            "<Value value='0.0'></Value></DataField>");
   EXPECT_EQ(Score(parts.Text(), kAbove), "0.0");
-}
 
-TEST(Categories, OfEqualValueAreOne) {
-  Parts parts;
-  parts.Classify();
-  parts.target = R"(<DataField name="t" optype="categorical" dataType="integer"/>)";
-  parts.model += R"( classificationMethod="OneAgainstOne")";
-  parts.machines = Parts::Machine(R"(targetCategory="1" alternateTargetCategory="2")") +
-                   Parts::Machine(R"(targetCategory="1.0" alternateTargetCategory="3")") +
-                   Parts::Machine(R"(targetCategory="2.0" alternateTargetCategory="3.0")");
+  // Those of equal value are one.
+  parts.Classify({}, "integer");
+  parts.model += " classificationMethod='OneAgainstOne'";
+  parts.machines =
+      Parts::Machine("1", "2") + Parts::Machine("1.0", "3") + Parts::Machine("2.0", "3.0");
   EXPECT_EQ(Read(parts.Text()).Steps(), "target-categories 1, category-spelling 3");
   EXPECT_EQ(Score(parts.Text(), kAbove), "3");
-}
 
-TEST(Categories, OfTheTargetElementCount) {
-  Parts parts;
+  // The Target element may list them.
   parts.Classify();
-  parts.target = R"(<DataField name="t" optype="categorical" dataType="string"/>)";
-  parts.local = R"(<Targets><Target field="t"><TargetValue value="no"/>)"
-                R"(<TargetValue value="yes"/></Target></Targets>)";
+  parts.target = Field("t", "categorical", "string");
+  parts.local =
+      "<Targets><Target field='t'><TargetValue value='no'/><TargetValue value='yes'/>"
+      "</Target></Targets>";
   EXPECT_EQ(Read(parts.Text()).Steps(), "");
   EXPECT_EQ(Score(parts.Text(), kAbove), "no");
+}
+
+// Machines whose probabilities stand in another order, or are those of the other category.
+TEST(Pairs, OfProbabilitiesGetTheTargetsOrder) {
+  Parts parts;
+  parts.Classify({"a", "b", "c"});
+  parts.model += " classificationMethod='OneAgainstOne'";
+  const auto machine = [](const std::string& alternate, const std::string& sigmoid) {
+    return Replaced(Parts::Machine("a", alternate), "<SupportVectors>",
+                    sigmoid + "<SupportVectors>");
+  };
+  const auto text = [&parts](const std::string& machines) {
+    parts.machines = machines;
+    return parts.Text();
+  };
+  const std::string ab = machine("b", Sigmoid("a", "b", 1, -2));
+  const std::string ac = machine("c", Sigmoid("a", "c", -1, 3));
+  const std::string ca = machine("c", Sigmoid("c", "a", 1, -3));
+  const std::string bc = machine("c", Sigmoid("b", "c", 2, 1));
+  const Reading ordered = Read(text(ab + ac + bc));
+  EXPECT_EQ(ordered.Steps(), "");
+  for (const std::string& machines : {bc + ab + ac, ab + ca + bc, ca + bc + ab}) {
+    const Reading reading = Read(text(machines));
+    EXPECT_EQ(reading.Steps(), "pairs-ordered 1");
+    EXPECT_EQ(reading.Show("SupportVectorMachineModel"), ordered.Show("SupportVectorMachineModel"));
+  }
+  EXPECT_EQ(Read(text(ab + ac + ac)).Steps(), "pairs-unordered 1");
+  EXPECT_EQ(Refusal(text(ab + ac + ac), svmscore::IntakeMode::kStrict),
+            "260313 at element SupportVectorMachine, line 7");
 }
 
 TEST(Target, IsAddedToARegressionThatNamesNone) {
   Parts parts;
   const std::string expected = Score(parts.Text(), kAbove);
-  parts.target = R"(<DataField name="prediction" optype="continuous" dataType="double"/>)";
-  parts.schema = R"(<MiningField name="x"/><MiningField name="y"/>)";
+  parts.target = Field("prediction");
+  parts.schema = "<MiningField name='x'/><MiningField name='y'/>";
   const Reading reading = Read(parts.Text());
   EXPECT_EQ(reading.Steps(), "target-added 1");
   EXPECT_EQ(reading.Show("MiningField", 2),
-            R"x(<MiningField name="prediction (2)" usageType="target"></MiningField>)x");
+            "<MiningField name='prediction (2)' usageType='target'></MiningField>");
   EXPECT_EQ(Score(parts.Text(), kAbove), expected);
 }
 
-// Wraps the model of a document in an AnomalyDetectionModel.
-std::string Wrapped(const Parts& parts, const std::string& attributes, const std::string& content) {
-  std::string text = parts.Text();
-  text.insert(text.find("<SupportVectorMachineModel"),
-              "<AnomalyDetectionModel functionName=\"regression\" " + attributes + '>' + content);
-  text.insert(text.find("</PMML>"), "</AnomalyDetectionModel>");
-  return text;
+// The document with something put before its model, and something behind it.
+std::string Around(const Parts& parts, const std::string& before, const std::string& behind) {
+  return Replaced(
+      Replaced(parts.Text(), "<SupportVectorMachineModel", before + "<SupportVectorMachineModel"),
+      "</PMML>", behind + "</PMML>");
+}
+
+std::string Anomaly(const Parts& parts, const std::string& type, const std::string& content) {
+  return Around(
+      parts,
+      "<AnomalyDetectionModel functionName='regression' algorithmType='" + type + "'>" + content,
+      "</AnomalyDetectionModel>");
 }
 
 TEST(AnomalyDetection, IsLiftedWithWhatSurroundsIt) {
   Parts parts;
-  parts.schema = R"(<MiningField name="x" invalidValueTreatment="asIs"/><MiningField name="y"/>)";
-  parts.local = R"(<Output><OutputField name="raw"/><OutputField name="score"/></Output>)";
+  parts.schema = "<MiningField name='x' invalidValueTreatment='asIs'/><MiningField name='y'/>";
+  parts.local = "<Output><OutputField name='raw'/><OutputField name='score'/></Output>";
   const std::string text =
-      Wrapped(parts, R"(algorithmType="ocsvm")",
-              R"(<MiningSchema><MiningField name="y" missingValueReplacement="2"/>)"
-              R"(<MiningField name="x"/><MiningField name="colour"/></MiningSchema>)"
-              R"(<Output><OutputField name="score" feature="predictedValue"/></Output>)");
+      Anomaly(parts, "ocsvm",
+              "<MiningSchema><MiningField name='y' missingValueReplacement='2'/>"
+              "<MiningField name='x'/><MiningField name='colour'/></MiningSchema>"
+              "<Output><OutputField name='score' feature='predictedValue'/></Output>");
   const Reading reading = Read(text);
   EXPECT_EQ(reading.Steps(), "anomaly-detection-lifted 1, target-added 1");
   EXPECT_EQ(reading.Show("AnomalyDetectionModel"), "");
   EXPECT_EQ(reading.Show("Output"),
-            R"(<Output><OutputField name="raw"></OutputField>)"
-            R"(<OutputField feature="predictedValue" name="score"></OutputField></Output>)");
+            "<Output><OutputField name='raw'></OutputField>"
+            "<OutputField feature='predictedValue' name='score'></OutputField></Output>");
   EXPECT_EQ(reading.Show("MiningSchema"),
-            R"(<MiningSchema><MiningField invalidValueTreatment="asIs" name="x"></MiningField>)"
-            R"(<MiningField missingValueReplacement="2" name="y"></MiningField>)"
-            R"(<MiningField name="colour"></MiningField>)"
-            R"(<MiningField name="prediction" usageType="target"></MiningField></MiningSchema>)");
-  EXPECT_EQ(Score(text, {{"x", "1"}}), Score(Parts().Text(), {{"x", "1"}, {"y", "2"}}));
+            "<MiningSchema><MiningField invalidValueTreatment='asIs' name='x'></MiningField>"
+            "<MiningField missingValueReplacement='2' name='y'></MiningField>"
+            "<MiningField name='colour'></MiningField>"
+            "<MiningField name='prediction' usageType='target'></MiningField></MiningSchema>");
+  EXPECT_EQ(Score(text, {{"x", "1"}}), Score(Parts().Text(), At("1", "2")));
 }
 
-TEST(AnomalyDetection, OfAnotherMeaningIsRefused) {
-  const Parts parts;
-  EXPECT_EQ(Refusal(Wrapped(parts, R"(algorithmType="iforest")", "")).GetErrorCode(),
-            code::kUnsupported);
+TEST(Model, InsideOneOfAnotherMeaningIsRefused) {
+  EXPECT_EQ(Refusal(Anomaly({}, "iforest", "")), "260304 at element AnomalyDetectionModel, line 3");
   Parts treated;
-  treated.schema = R"(<MiningField name="x" missingValueReplacement="1"/>)";
-  EXPECT_EQ(Refusal(Wrapped(treated, R"(algorithmType="ocsvm")",
-                            R"(<MiningSchema><MiningField name="x" missingValueReplacement="2"/>)"
-                            R"(</MiningSchema>)"))
-                .GetErrorCode(),
-            code::kUnsupported);
-  std::string nested = parts.Text();
-  nested.insert(nested.find("<SupportVectorMachineModel"), "<MiningModel><Segmentation><Segment>");
-  nested.insert(nested.find("</PMML>"), "</Segment></Segmentation></MiningModel>");
-  const auto error = Refusal(nested);
-  EXPECT_EQ(error.GetErrorCode(), code::kUnsupported);
-  EXPECT_EQ(error.GetPlace(), "element MiningModel, line 3");
+  treated.schema = "<MiningField name='x' missingValueReplacement='1'/>";
+  EXPECT_EQ(Refusal(Anomaly(treated, "ocsvm",
+                            "<MiningSchema><MiningField name='x' missingValueReplacement='2'/>"
+                            "</MiningSchema>")),
+            "260304 at element AnomalyDetectionModel, line 3");
+  EXPECT_EQ(Refusal(Around({}, "<MiningModel><Segmentation><Segment>",
+                           "</Segment></Segmentation></MiningModel>")),
+            "260304 at element MiningModel, line 3");
 }
 
 TEST(Model, TheFirstOfSeveralIsScored) {
-  Parts parts;
-  std::string text = parts.Text();
-  text.insert(text.find("<SupportVectorMachineModel"), "<TreeModel/>");
-  text.insert(text.find("</PMML>"), "<SupportVectorMachineModel/>");
+  const std::string text = Around({}, "<TreeModel/>", "<SupportVectorMachineModel/>");
   const Reading reading = Read(text);
   EXPECT_EQ(reading.Steps(), "several-models 2");
   EXPECT_FALSE(reading.steps[0].changes);
-  EXPECT_EQ(Score(text, kAbove), Score(parts.Text(), kAbove));
+  EXPECT_EQ(Score(text, kAbove), Score(Parts().Text(), kAbove));
 }
 
 }  // namespace

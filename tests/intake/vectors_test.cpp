@@ -2,127 +2,102 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/message_codes.h"
-#include "host/number_text.h"
 #include "tests/intake/reading.h"
 
 namespace svmscore_test {
 namespace {
 
-namespace code = svmscore::code;
 using svmscore::IntakeMode;
-
-std::string Vectors(const std::string& first, const std::string& second = {}) {
-  const std::string b = R"(<REAL-SparseArray n="2"><Indices>2</Indices>)"
-                        R"(<REAL-Entries>0.1</REAL-Entries></REAL-SparseArray>)";
-  return R"(<VectorInstance id="a">)" + first + R"(</VectorInstance><VectorInstance id="b">)" +
-         (second.empty() ? b : second) + "</VectorInstance>";
-}
 
 std::string Sparse(const std::string& attributes, const std::string& indices,
                    const std::string& entries) {
-  return "<REAL-SparseArray " + attributes + "><Indices>" + indices + "</Indices><REAL-Entries>" +
+  return "<REAL-SparseArray" + attributes + "><Indices>" + indices + "</Indices><REAL-Entries>" +
          entries + "</REAL-Entries></REAL-SparseArray>";
 }
 
-std::string With(const std::string& first, const std::string& second = {}) {
+// The document with other vectors than (0.25, -1.5) and (0, 0.1).
+Parts With(const std::string& first, const std::string& second = Sparse(" n='2'", "2", "0.1")) {
   Parts parts;
-  parts.vectors = Vectors(first, second);
-  return parts.Text();
+  parts.vectors = "<VectorInstance id='a'>" + first + "</VectorInstance><VectorInstance id='b'>" +
+                  second + "</VectorInstance>";
+  return parts;
 }
 
-TEST(Vectors, DenseArraysKeepTheirNumbersAsWritten) {
-  const Reading reading = Read(With(R"(<Array type="real" n="2">  0.250
-      -15e-1 </Array>)",
-                                    "<REAL-ARRAY>0 <![CDATA[0.1]]></REAL-ARRAY>"));
-  EXPECT_EQ(reading.Steps(), "dense-array 2");
-  EXPECT_EQ(reading.steps[0].element, "Array");
-  EXPECT_EQ(reading.steps[0].line, 6);
-  EXPECT_EQ(reading.Show("REAL-SparseArray", 0),
-            "<REAL-SparseArray n=\"2\"><Indices>1 2 </Indices><REAL-Entries>  0.250\n"
-            "      -15e-1 </REAL-Entries></REAL-SparseArray>");
-  EXPECT_EQ(reading.Show("REAL-SparseArray", 1),
-            "<REAL-SparseArray><Indices>1 2 </Indices><REAL-Entries>0 0.1</REAL-Entries>"
-            "</REAL-SparseArray>");
+TEST(Vectors, KeepTheirNumbersAsWritten) {
+  const Reading dense = Read(With("<Array type='real' n='2'>  0.250\n      -15e-1 </Array>",
+                                  "<REAL-ARRAY>0 <![CDATA[0.1]]></REAL-ARRAY>")
+                                 .Text());
+  EXPECT_EQ(dense.Steps(), "dense-array 2");
+  EXPECT_EQ(dense.steps[0].element, "Array");
+  EXPECT_EQ(dense.steps[0].line, 6);
+  EXPECT_EQ(dense.Show("REAL-SparseArray", 0), Sparse(" n='2'", "1 2 ", "  0.250\n      -15e-1 "));
+  EXPECT_EQ(dense.Show("REAL-SparseArray", 1), Sparse("", "1 2 ", "0 0.1"));
+  const Reading whole =
+      Read(With("<INT-SparseArray defaultValue='7'><Indices/><INT-Entries/></INT-SparseArray>",
+                "<Array type='int'>3 -4</Array>")
+               .Text());
+  EXPECT_EQ(whole.Steps(), "integer-sparse-array 1, default-value 1, dense-array 1");
+  EXPECT_EQ(whole.Show("REAL-SparseArray"), Sparse(" defaultValue='7'", "1 2 ", "7 7 "));
 }
 
 // 2 * (0.25 x - 1.5 y) - 3 * (0.1 y) + 0.5, in every notation of the two vectors.
 TEST(Vectors, AllNotationsScoreTheSameBits) {
-  const std::string expected = Score(Parts().Text(), {{"x", "0.7"}, {"y", "-1.1"}});
-  const std::string b = "<Array type=\"real\">0 0.1</Array>";
-  for (const std::string& document :
-       {With("<Array type=\"real\">0.25 -1.5</Array>", b),
-        With("<REAL-SparseArray><Indices>2 1</Indices><REAL-Entries>-1.5 0.25</REAL-Entries>"
-             "</REAL-SparseArray>",
-             b),
-        With("<REAL-SparseArray defaultValue=\"0.25\"><Indices>2</Indices>"
-             "<Entries>-1.5</Entries></REAL-SparseArray>",
-             b),
-        With("<REAL-SparseArray n='2' defaultValue='-1.5'><Indices>1</Indices>"
-             "<REAL-Entries>0.25</REAL-Entries></REAL-SparseArray>",
-             b)}) {
-    EXPECT_EQ(Score(document, {{"x", "0.7"}, {"y", "-1.1"}}), expected) << document;
+  const double expected = Predict(Parts().Text(), At("0.7", "-1.1"));
+  for (const std::string& first :
+       {std::string("<Array>0.25 -1.5</Array>"), Sparse("", "2 1", "-1.5 0.25"),
+        std::string("<REAL-SparseArray defaultValue='0.25'><Indices>2</Indices>"
+                    "<Entries>-1.5</Entries></REAL-SparseArray>"),
+        Sparse(" n='2' defaultValue='-1.5'", "1", "0.25")}) {
+    EXPECT_EQ(Predict(With(first).Text(), At("0.7", "-1.1")), expected) << first;
   }
-  EXPECT_NEAR(*svmscore::ParseNumber(expected), 2 * (0.25 * 0.7 + 1.5 * 1.1) + 0.3 * 1.1 + 0.5,
-              1e-15);
-}
-
-TEST(Vectors, WholeNumbersAndDefaultsFillSparseArrays) {
-  const Reading reading =
-      Read(With("<INT-SparseArray defaultValue=\"7\"><Indices/><INT-Entries/></INT-SparseArray>",
-                "<Array type=\"int\">3 -4</Array>"));
-  EXPECT_EQ(reading.Steps(), "integer-sparse-array 1, default-value 1, dense-array 1");
-  EXPECT_EQ(reading.Show("REAL-SparseArray"),
-            "<REAL-SparseArray defaultValue=\"7\"><Indices>1 2 </Indices><REAL-Entries>7 7 "
-            "</REAL-Entries></REAL-SparseArray>");
+  EXPECT_NEAR(expected, 2 * (0.25 * 0.7 + 1.5 * 1.1) + 0.3 * 1.1 + 0.5, 1e-15);
 }
 
 // A vector without entries would be dropped with its coefficient; it is the origin.
 TEST(Vectors, TheOriginIsAVector) {
-  Parts parts;
-  parts.kernel = R"(<RadialBasisKernelType gamma="1"/>)";
-  parts.vectors = Vectors("<Array>0 0</Array>", "<Array>0 0</Array>");
-  const std::string expected = Score(parts.Text(), {{"x", "1"}, {"y", "0"}});
-  EXPECT_EQ(expected, svmscore_test::Score(parts.Text(), {{"x", "0"}, {"y", "-1"}}));
-  for (const char* origin : {"<REAL-SparseArray/>", "<REAL-SparseArray n='2'/>",
-                             "<REAL-SparseArray n='2'><Indices/><REAL-Entries/></REAL-SparseArray>",
-                             "<REAL-SparseArray><Indices> </Indices><Entries/>"
-                             "</REAL-SparseArray>"}) {
-    parts.vectors = Vectors(origin, origin);
-    EXPECT_EQ(Score(parts.Text(), {{"x", "1"}, {"y", "0"}}), expected) << origin;
+  const auto score = [](const std::string& vector, const Case& inputs) {
+    Parts parts = With(vector, vector);
+    parts.kernel = "<RadialBasisKernelType gamma='1'/>";
+    return Score(parts.Text(), inputs);
+  };
+  const std::string expected = score("<Array>0 0</Array>", At("1", "0"));
+  EXPECT_EQ(score("<Array>0 0</Array>", At("0", "-1")), expected);
+  for (const std::string& origin :
+       {std::string("<REAL-SparseArray/>"), std::string("<REAL-SparseArray n='2'/>"),
+        Sparse(" n='2'", "", ""),
+        std::string("<REAL-SparseArray><Indices> </Indices><Entries/></REAL-SparseArray>")}) {
+    EXPECT_EQ(score(origin, At("1", "0")), expected) << origin;
   }
 }
 
 TEST(Vectors, WhatIsNoVectorOfTheModelIsRefusedByPlace) {
-  const struct {
-    std::string vector;
-    int code;
-    std::string place;
-  } cases[] = {
-      {"<Array>1 2 3</Array>", code::kBadContent, "element Array, line 6"},
-      {"<Array n='3'>1 2</Array>", code::kBadContent, "element Array, line 6"},
-      {"<Array n='2'>1</Array>", code::kBadContent, "element Array, line 6"},
-      {"<Array n='two'>1 2</Array>", code::kBadValue, "element Array, line 6"},
-      {"<Array>1 2,5</Array>", code::kBadValue, "element Array, line 6"},
-      {"<Array>1 0x10</Array>", code::kBadValue, "element Array, line 6"},
-      {"<Array>1 inf</Array>", code::kBadValue, "element Array, line 6"},
-      {"<Array>1 1e</Array>", code::kBadValue, "element Array, line 6"},
-      {"<Array type='string'>\"1\" 2</Array>", code::kBadValue, "element Array, line 6"},
-      {Sparse("", "2 2", "1 1"), code::kBadContent, "element Indices, line 6"},
-      {Sparse("", "2 1 2", "1 1 1"), code::kBadContent, "element Indices, line 6"},
-      {Sparse("defaultValue='none'", "1", "1"), code::kBadValue,
-       "element REAL-SparseArray, line 6"},
-      {Sparse("defaultValue='1'", "0", "1"), code::kBadContent, "element Indices, line 6"},
+  const std::pair<std::string, std::string> cases[] = {
+      {"<Array>1 2 3</Array>", "260313 at element Array"},
+      {"<Array n='3'>1 2</Array>", "260313 at element Array"},
+      {"<Array n='2'>1</Array>", "260313 at element Array"},
+      {"<Array n='two'>1 2</Array>", "260153 at element Array"},
+      {"<Array>1 2,5</Array>", "260153 at element Array"},
+      {"<Array>1 0x10</Array>", "260153 at element Array"},
+      {"<Array>1 inf</Array>", "260153 at element Array"},
+      {"<Array>1 1e</Array>", "260153 at element Array"},
+      {"<Array type='string'>1 2</Array>", "260153 at element Array"},
+      {Sparse("", "2 1 2", "1 1 1"), "260313 at element Indices"},
+      {Sparse(" defaultValue='none'", "1", "1"), "260153 at element REAL-SparseArray"},
+      {Sparse(" defaultValue='1'", "0", "1"), "260313 at element Indices"},
       {"<REAL-SparseArray defaultValue='1'><Entries>1 2</Entries></REAL-SparseArray>",
-       code::kChildMissing, "element REAL-SparseArray, line 6"},
+       "260115 at element REAL-SparseArray"},
   };
-  for (const auto& [vector, code, place] : cases) {
-    const auto error = Refusal(With(vector));
-    EXPECT_EQ(error.GetErrorCode(), code) << vector << ": " << error.what();
-    EXPECT_EQ(error.GetPlace(), place) << vector;
-    for (const auto& step : Read(With(vector), IntakeMode::kTolerate).steps) {
+  for (const auto& [vector, refusal] : cases) {
+    const std::string text = With(vector).Text();
+    EXPECT_EQ(Refusal(text), refusal + ", line 6") << vector;
+    for (const auto& step : Read(text, IntakeMode::kTolerate).steps) {
       EXPECT_FALSE(step.changes) << vector;
     }
+  }
+  for (const char* number : {"+.5", "5.", "-1E-3", "1e+2", "INF", "-INF", "NaN", "007"}) {
+    EXPECT_EQ(Read(With("<Array>1 " + std::string(number) + "</Array>").Text()).Steps(),
+              "dense-array 1")
+        << number;
   }
 }
 
@@ -137,48 +112,35 @@ TEST(Vectors, WhatATranslatorReadsInItsOwnWayIsToldAndScored) {
     std::string vector;
     std::string steps;
     double prediction;
-    int code;  // in the strict mode
+    std::string code;  // in the strict mode
   } cases[] = {
-      {Sparse("n='3'", "1 2", "0.25 -1.5"), "array-length 1", kWhole, code::kBadContent},
-      {Sparse("n='-1'", "1 2", "0.25 -1.5"), "array-length 1", kWhole, code::kBadContent},
-      {Sparse("", "1.9 2x", "0.25 -1.5"), "unreadable-number 2", kWhole, code::kBadValue},
-      {Sparse("", "1 2", "0.25 -1.5,0"), "unreadable-number 1", kWhole, code::kBadValue},
-      {Sparse("", "1 2", "0.25 none"), "unreadable-number 1", kFirstEntryOnly, code::kBadValue},
-      {Sparse("", "0 1 7", "9 0.25 9"), "index-outside 2", kFirstEntryOnly, code::kBadContent},
+      {Sparse(" n='3'", "1 2", "0.25 -1.5"), "array-length 1", kWhole, "260313"},
+      {Sparse("", "1.9 2x", "0.25 -1.5"), "unreadable-number 2", kWhole, "260153"},
+      {Sparse("", "1 2", "0.25 -1.5,0"), "unreadable-number 1", kWhole, "260153"},
+      {Sparse("", "1 2", "0.25 none"), "unreadable-number 1", kFirstEntryOnly, "260153"},
+      {Sparse("", "0 1 7", "9 0.25 9"), "index-outside 2", kFirstEntryOnly, "260313"},
       {Sparse("", "1 4294967298", "0.25 9"), "unreadable-number 1, index-outside 1",
-       kFirstEntryOnly, code::kBadValue},
+       kFirstEntryOnly, "260153"},
       {Sparse("", "one 1", "9 0.25"), "unreadable-number 1, index-outside 1", kFirstEntryOnly,
-       code::kBadValue},
+       "260153"},
       {"<REAL-SparseArray n='2'><Entries>1 2</Entries></REAL-SparseArray>",
-       "entries-without-indices 1", kZero, code::kChildMissing},
-      {"<REAL-SparseArray n='1'/>", "array-length 1", kZero, code::kBadContent},
-      {"<REAL-SparseArray n='2000000000'/>", "surplus-zeros 1", kZero, code::kNeedsIntake},
+       "entries-without-indices 1", kZero, "260115"},
+      {"<REAL-SparseArray n='1'/>", "array-length 1", kZero, "260313"},
+      {"<REAL-SparseArray n='2000000000'/>", "surplus-zeros 1", kZero, "260307 surplus-zeros"},
       {"<REAL-SparseArray><Entries>1 2</Entries></REAL-SparseArray>", "vector-without-values 1",
-       kDropped, code::kChildMissing},
-      {"<REAL-SparseArray n='0'/>", "vector-without-values 1", kDropped, code::kChildMissing},
-      {"", "vector-without-values 1", kDropped, code::kChildMissing},
-      {"<Array>1 2</Array>" + Sparse("", "1 2", "0.25 -1.5"), "two-arrays 1", kWhole,
-       code::kBadContent},
+       kDropped, "260115"},
+      {"", "vector-without-values 1", kDropped, "260115"},
+      {"<Array>1 2</Array>" + Sparse("", "1 2", "0.25 -1.5"), "two-arrays 1", kWhole, "260313"},
   };
   for (const auto& [vector, steps, prediction, code] : cases) {
-    Parts parts;
-    parts.kernel = R"(<PolynomialKernelType gamma="1" coef0="1" degree="1"/>)";
-    parts.vectors = Vectors(vector);
+    Parts parts = With(vector);
+    parts.kernel = "<PolynomialKernelType gamma='1' coef0='1' degree='1'/>";
     EXPECT_EQ(Read(parts.Text()).Steps(), steps) << vector;
     EXPECT_EQ(Read(parts.Text(), IntakeMode::kTolerate).Steps(), steps) << vector;
-    EXPECT_NEAR(*svmscore::ParseNumber(Score(parts.Text(), {{"x", "1"}, {"y", "2"}})), prediction,
-                1e-12)
+    EXPECT_NEAR(Predict(parts.Text(), At("1", "2")), prediction, 1e-12) << vector;
+    EXPECT_THAT(Refusal(parts.Text(), IntakeMode::kStrict),
+                testing::AllOf(testing::StartsWith(code), testing::EndsWith(", line 6")))
         << vector;
-    const auto error = Refusal(parts.Text(), IntakeMode::kStrict);
-    EXPECT_EQ(error.GetErrorCode(), code) << vector << error.what();
-    EXPECT_THAT(error.GetPlace(), testing::EndsWith(", line 6")) << vector;
-  }
-}
-
-TEST(Vectors, NumbersOfTheStandardAreTaken) {
-  for (const char* number : {"+.5", "5.", "-1E-3", "1e+2", "INF", "-INF", "NaN", "007"}) {
-    EXPECT_EQ(Read(With("<Array>1 " + std::string(number) + "</Array>")).Steps(), "dense-array 1")
-        << number;
   }
 }
 
