@@ -30,9 +30,13 @@ class NotedVar : public ScoreDictVar {
   bool& gone_;
 };
 
-TEST(BaseModel, OwnsADictionaryMadeForIt) {
+TEST(BaseModel, OwnsADictionaryUnlessTheCallerKeepsIt) {
+  bool kept_gone = false;
+  BaseDictionary kept;
+  kept.AddVar(std::make_unique<NotedVar>("x", kept_gone));
   bool gone = false;
   {
+    PlainModel().SetScoreDictionary(&kept, false);
     PlainModel model;
     auto* dictionary = new BaseDictionary;
     dictionary->AddVar(std::make_unique<NotedVar>("x", gone));
@@ -41,14 +45,7 @@ TEST(BaseModel, OwnsADictionaryMadeForIt) {
     EXPECT_FALSE(gone);
   }
   EXPECT_TRUE(gone);
-}
-
-TEST(BaseModel, BorrowsADictionaryThatTheCallerKeeps) {
-  bool gone = false;
-  BaseDictionary dictionary;
-  dictionary.AddVar(std::make_unique<NotedVar>("x", gone));
-  { PlainModel().SetScoreDictionary(&dictionary, false); }
-  EXPECT_FALSE(gone);
+  EXPECT_FALSE(kept_gone);
 }
 
 TEST(BaseModel, SharesADictionaryWithItsTranslator) {
@@ -73,11 +70,16 @@ TEST(BaseModel, SharesADictionaryWithItsTranslator) {
 TEST(BaseModel, TheTargetIsTheFirstVariableThatHasTheRole) {
   PlainModel model;
   auto* dictionary = new BaseDictionary;
-  for (const char* name : {"a", "b"}) {
-    dictionary->AddVar(
-        std::make_unique<ScoreDictVar>(name, svmscore::OpType::kContinuous, svmscore::FieldType{}));
-  }
   model.SetScoreDictionary(dictionary);
+  const auto add = [dictionary](const char* name) {
+    return dictionary->AddVar(
+        std::make_unique<ScoreDictVar>(name, svmscore::OpType::kContinuous, svmscore::FieldType{}));
+  };
+  EXPECT_TRUE(add("a") && add("b"));
+  EXPECT_FALSE(add("a")) << "a name twice";
+  EXPECT_EQ(dictionary->GetVariables().size(), 2U);
+  dictionary->FindVar("a")->SetHiddenByDerived(true);
+  EXPECT_EQ(dictionary->GetVariables(true).size(), 1U);
   EXPECT_EQ(model.GetTargetVar(), nullptr);
   model.SetVarRole("a", ScoreModel::kTargetRole);
   model.SetVarRole("b", ScoreModel::kTargetRole);
@@ -85,18 +87,6 @@ TEST(BaseModel, TheTargetIsTheFirstVariableThatHasTheRole) {
   EXPECT_EQ(model.GetVarRole("b"), ScoreModel::kTargetRole);
   EXPECT_EQ(model.GetVarRole("c"), ScoreModel::kOtherRole);
   EXPECT_EQ(model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
-}
-
-TEST(BaseDictionary, RefusesANameTwice) {
-  BaseDictionary dictionary;
-  const svmscore::FieldType type;
-  EXPECT_TRUE(
-      dictionary.AddVar(std::make_unique<ScoreDictVar>("x", svmscore::OpType::kContinuous, type)));
-  EXPECT_FALSE(
-      dictionary.AddVar(std::make_unique<ScoreDictVar>("x", svmscore::OpType::kContinuous, type)));
-  EXPECT_EQ(dictionary.GetVariables().size(), 1U);
-  dictionary.FindVar("x")->SetHiddenByDerived(true);
-  EXPECT_TRUE(dictionary.GetVariables(true).empty());
 }
 
 }  // namespace

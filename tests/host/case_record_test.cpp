@@ -9,6 +9,8 @@ namespace {
 
 using svmscore::DataType;
 using svmscore::OpType;
+using Invalid = FieldTreatment::Invalid;
+using Outliers = FieldTreatment::Outliers;
 
 struct Field {
   explicit Field(OpType op = OpType::kContinuous, DataType type = DataType::kDouble)
@@ -19,41 +21,37 @@ struct Field {
     stats->SetMissingReplacement(&value);
     var.SetVarStats(stats);
   }
-
-  // What becomes of a cell, and the number or text that models see of it ("" for missing).
-  std::string Read(const char* cell, InputState expected, bool replace = true) {
+  // What models see of a cell: its number or text, or that it is missing or invalid.
+  std::string Read(const char* cell, bool replace = true) {
+    var.SetTreatment(treatment);
     InputCaseRecord record({&var}, true, replace);
-    EXPECT_EQ(record.SetText(0, cell), expected) << cell;
-    EXPECT_EQ(record.HasInvalid(), expected == InputState::kInvalid);
+    const InputState state = record.SetText(0, cell);
+    EXPECT_EQ(record.HasInvalid(), state == InputState::kInvalid);
+    if (state == InputState::kInvalid) return "invalid";
     const ScoreValue* value = record.GetValue(0);
-    return value == nullptr ? "" : value->GetText();
+    EXPECT_EQ(state == InputState::kMissing, value == nullptr);
+    return value == nullptr ? "missing" : value->GetText();
   }
 
   ScoreDictVar var;
+  FieldTreatment treatment;
 };
 
 TEST(InputCaseRecord, TellsMissingFromInvalidFromValid) {
   Field field;
   field.var.DeclareInterval({0.0, 100.0, true, true});
   field.var.DeclareMissing("-999");
-  field.var.DeclareInvalid("50");
-  EXPECT_EQ(field.Read("100", InputState::kPresent), "100");
-  EXPECT_EQ(field.Read("-999.0", InputState::kMissing), "");
-  field.Read("100.5", InputState::kInvalid);
-  field.Read("50", InputState::kInvalid);
-  field.Read("abc", InputState::kInvalid);
-  field.Read("1e999", InputState::kInvalid);
-  field.Read("NaN", InputState::kInvalid);
-}
-
-TEST(InputCaseRecord, ADeclaredMissingTextOnANumberFieldIsMissing) {
-  Field field;
   field.var.DeclareMissing("N/A");
-  field.Read("N/A", InputState::kMissing);
-  field.Read("NaN", InputState::kInvalid);
+  field.var.DeclareInvalid("50");
+  EXPECT_EQ(field.Read("100"), "100");
+  EXPECT_EQ(field.Read("-999.0"), "missing");
+  EXPECT_EQ(field.Read("N/A"), "missing");
+  for (const char* cell : {"100.5", "50", "abc", "1e999", "NaN"}) {
+    EXPECT_EQ(field.Read(cell), "invalid") << cell;
+  }
   field.var.DeclareMissing("NaN");
-  field.Read("NaN", InputState::kMissing);
-  field.Read("INF", InputState::kInvalid);
+  EXPECT_EQ(field.Read("NaN"), "missing");
+  EXPECT_EQ(field.Read("INF"), "invalid");
 }
 
 TEST(InputCaseRecord, TellsIntegersApartThatAreOneDouble) {
@@ -61,36 +59,31 @@ TEST(InputCaseRecord, TellsIntegersApartThatAreOneDouble) {
   const char* odd = "9007199254740993";
   Field field(OpType::kCategorical, DataType::kInteger);
   field.var.DeclareCategory(odd, "");
-  field.Read(even, InputState::kInvalid);
-  EXPECT_EQ(field.Read(odd, InputState::kPresent), odd);
+  EXPECT_EQ(field.Read(even), "invalid");
+  EXPECT_EQ(field.Read(odd), odd);
   field.var.DeclareCategory(even, "");
   EXPECT_EQ(field.var.GetCategoryIndexOfText(odd), 0);
   EXPECT_EQ(field.var.GetCategoryIndexOfText(even), 1);
   EXPECT_FALSE(field.var.GetCategories()[0]->IsEqual(field.var.GetCategories()[1]));
   field.var.DeclareMissing("9223372036854775807");
-  field.Read("9223372036854775806", InputState::kInvalid);
-  field.Read("9223372036854775807", InputState::kMissing);
+  EXPECT_EQ(field.Read("9223372036854775806"), "invalid");
+  EXPECT_EQ(field.Read("9223372036854775807"), "missing");
 }
 
 TEST(InputCaseRecord, ListedValuesCloseTheSetAndCompareByType) {
   Field numbers(OpType::kCategorical, DataType::kInteger);
   numbers.var.DeclareCategory("1", "");
-  numbers.Read("1.0", InputState::kPresent);
-  numbers.Read("2", InputState::kInvalid);
+  EXPECT_EQ(numbers.Read("1.0"), "1");
+  EXPECT_EQ(numbers.Read("2"), "invalid");
   Field texts(OpType::kCategorical, DataType::kString);
-  texts.Read("anything", InputState::kPresent);
+  // One that is learnt later does not close the set.
+  texts.var.AddCategory(StringValue("a"), "a");
+  texts.var.AddCategory(StringValue("a"), "a");
+  EXPECT_EQ(texts.var.GetCategoryCount(), 1);
+  EXPECT_TRUE(texts.var.DeclaresNoValues());
+  EXPECT_EQ(texts.Read("anything"), "anything");
   texts.var.DeclareCategory("1", "one");
-  texts.Read("1.0", InputState::kInvalid);
-  EXPECT_EQ(texts.var.GetCategoryDisplay(0), "one");
-}
-
-TEST(InputCaseRecord, ACategoryLearntLaterDoesNotCloseTheSet) {
-  Field field(OpType::kCategorical, DataType::kString);
-  field.var.AddCategory(StringValue("a"), "a");
-  field.var.AddCategory(StringValue("a"), "a");
-  EXPECT_EQ(field.var.GetCategoryCount(), 1);
-  EXPECT_TRUE(field.var.DeclaresNoValues());
-  field.Read("b", InputState::kPresent);
+  EXPECT_EQ(texts.Read("1.0"), "invalid");
 }
 
 TEST(InputCaseRecord, ReplacesMissingOnlyWhereAsked) {
@@ -98,74 +91,56 @@ TEST(InputCaseRecord, ReplacesMissingOnlyWhereAsked) {
   field.var.DeclareInterval({0.0, 1.0, true, true});
   field.ReplaceMissing(NumericValue(20.0));  // outside the interval, and taken all the same
   field.var.DeclareMissing("-1");
-  EXPECT_EQ(field.Read("-1", InputState::kPresent), "20");
-  EXPECT_EQ(field.Read("-1", InputState::kMissing, false), "");
+  EXPECT_EQ(field.Read("-1"), "20");
+  EXPECT_EQ(field.Read("-1", false), "missing");
   InputCaseRecord fresh({&field.var}, true, true);
   EXPECT_EQ(fresh.GetValue(0)->GetDouble(), 20.0);
   EXPECT_FALSE(field.var.IsMissingValue(fresh.GetValue(0)));
   EXPECT_TRUE(field.var.IsValidValue(fresh.GetValue(0)));
+  field.treatment.missing_is_invalid = true;
+  EXPECT_EQ(field.Read("-1"), "invalid");
+  fresh.Clear();
+  EXPECT_TRUE(fresh.HasInvalid());
+  fresh.SetNumber(0, 0.5);
+  EXPECT_FALSE(fresh.HasInvalid());
 }
 
 TEST(InputCaseRecord, TreatsInvalidValuesAsDeclared) {
   Field field(OpType::kCategorical, DataType::kString);
   field.var.DeclareCategory("ok", "");
   field.ReplaceMissing(StringValue("replacement"));
-  FieldTreatment treatment;
-  treatment.invalid = FieldTreatment::Invalid::kAsMissing;
-  field.var.SetTreatment(treatment);
-  EXPECT_EQ(field.Read("odd", InputState::kPresent), "replacement");
-  treatment.invalid = FieldTreatment::Invalid::kAsIs;
-  field.var.SetTreatment(treatment);
-  EXPECT_EQ(field.Read("odd", InputState::kPresent), "odd");
-  treatment.invalid = FieldTreatment::Invalid::kAsValue;
-  treatment.invalid_replacement = std::make_shared<StringValue>("other");
-  field.var.SetTreatment(treatment);
-  EXPECT_EQ(field.Read("odd", InputState::kPresent), "other");
-}
-
-TEST(InputCaseRecord, AnUnreadableNumberTakenAsItIsHasNoReplacement) {
-  Field field;
-  field.ReplaceMissing(NumericValue(1.0));
-  FieldTreatment treatment;
-  treatment.invalid = FieldTreatment::Invalid::kAsIs;
-  field.var.SetTreatment(treatment);
-  EXPECT_EQ(field.Read("abc", InputState::kMissing), "");
+  field.treatment.invalid = Invalid::kAsMissing;
+  EXPECT_EQ(field.Read("odd"), "replacement");
+  field.treatment.invalid = Invalid::kAsIs;
+  EXPECT_EQ(field.Read("odd"), "odd");
+  field.treatment.invalid = Invalid::kAsValue;
+  field.treatment.invalid_replacement = std::make_shared<StringValue>("other");
+  EXPECT_EQ(field.Read("odd"), "other");
+  // What is no number is nothing to take as it is, and nothing to replace.
+  Field number;
+  number.ReplaceMissing(NumericValue(1.0));
+  number.treatment.invalid = Invalid::kAsIs;
+  EXPECT_EQ(number.Read("abc"), "missing");
 }
 
 TEST(InputCaseRecord, TreatsOutliersAfterValidity) {
   Field field;
-  FieldTreatment treatment;
-  treatment.outliers = FieldTreatment::Outliers::kAsExtreme;
-  treatment.low = 0.0;
-  treatment.high = 200.0;
-  field.var.SetTreatment(treatment);
-  EXPECT_EQ(field.Read("260", InputState::kPresent), "200");
-  EXPECT_EQ(field.Read("200", InputState::kPresent), "200");
+  field.treatment.outliers = Outliers::kAsExtreme;
+  field.treatment.low = 0.0;
+  field.treatment.high = 200.0;
+  EXPECT_EQ(field.Read("260"), "200");
+  EXPECT_EQ(field.Read("200"), "200");
   field.var.DeclareInterval({0.0, 250.0, true, true});
-  field.Read("260", InputState::kInvalid);
-  treatment.outliers = FieldTreatment::Outliers::kAsMissing;
-  field.var.SetTreatment(treatment);
-  field.Read("-0.5", InputState::kInvalid);
-  field.Read("240", InputState::kMissing);
-}
-
-TEST(InputCaseRecord, AMissingValueMayMakeTheCaseInvalid) {
-  Field field;
-  field.ReplaceMissing(NumericValue(1.0));
-  FieldTreatment treatment;
-  treatment.missing_is_invalid = true;
-  field.var.SetTreatment(treatment);
-  InputCaseRecord record({&field.var}, true, true);
-  EXPECT_TRUE(record.HasInvalid());
-  record.SetNumber(0, 5.0);
-  EXPECT_FALSE(record.HasInvalid());
+  EXPECT_EQ(field.Read("260"), "invalid");
+  field.treatment.outliers = Outliers::kAsMissing;
+  EXPECT_EQ(field.Read("-0.5"), "invalid");
+  EXPECT_EQ(field.Read("240"), "missing");
 }
 
 TEST(InputCaseRecord, ReadsByPositionOrByName) {
   Field field;
   InputCaseRecord by_name({&field.var}, false, true);
   by_name.SetNumber(0, 3.0);
-  EXPECT_FALSE(by_name.IsIndexedByPosition());
   EXPECT_EQ(by_name.GetPosition("f"), -1);
   EXPECT_EQ(by_name.GetValueOf(field.var)->GetDouble(), 3.0);
   InputCaseRecord by_position({&field.var}, true, true);

@@ -36,24 +36,19 @@ class Dictionary {
   ScoreDictionary* dictionary_;
 };
 
-int CodeOf(const std::string& fields, const std::string& schema = "") {
-  try {
-    Dictionary dictionary(fields, schema);
-  } catch (const SSException& error) {
-    return error.GetErrorCode();
-  }
-  return 0;
+std::string DataField(const std::string& name, const std::string& optype, const std::string& type,
+                      const std::string& content = "") {
+  return "<DataField name='" + name + "' optype='" + optype + "' dataType='" + type + "'>" +
+         content + "</DataField>";
 }
 
-const char* const kX = "<DataField name='x' optype='continuous' dataType='double'/>";
-
 TEST(ParseDictionary, GivesVariablesTheirCodes) {
-  Dictionary d(
-      "<DataField name='c' optype='categorical' dataType='string'><Value value='b'/>"
-      "<Value value='a' displayValue='Alpha'/><Value value='?' property='missing'/></DataField>"
-      "<DataField name='d' optype='ordinal' dataType='date'/>"
-      "<DataField name='n' optype='categorical' dataType='integer'><Value value='1'/>"
-      "<Value value='01'/></DataField><DataField name='t' optype='continuous'/>");
+  Dictionary d(DataField("c", "categorical", "string",
+                         "<Value value='b'/><Value value='a' displayValue='Alpha'/>"
+                         "<Value value='?' property='missing'/>") +
+               DataField("d", "ordinal", "date") +
+               DataField("n", "categorical", "integer", "<Value value='1'/><Value value='01'/>") +
+               "<DataField name='t' optype='continuous'/>");
   EXPECT_EQ(d["c"].GetTypeCode(), 3);
   EXPECT_EQ(d["c"].GetCategoryCount(), 2);
   EXPECT_EQ(d["c"].GetStorageType(), 1);
@@ -70,45 +65,49 @@ TEST(ParseDictionary, GivesVariablesTheirCodes) {
 }
 
 TEST(ParseDictionary, RefusesWhatTheStandardDoesNotKnow) {
-  EXPECT_EQ(CodeOf("<DataField optype='continuous' dataType='double'/>"), code::kAttributeMissing);
-  EXPECT_EQ(CodeOf("<DataField name='x' dataType='double'/>"), code::kAttributeMissing);
-  EXPECT_EQ(CodeOf("<DataField name='x' optype='odd' dataType='double'/>"), code::kBadValue);
-  EXPECT_EQ(CodeOf("<DataField name='x' optype='continuous' dataType='odd'/>"), code::kBadValue);
-  EXPECT_EQ(CodeOf(std::string(kX) + kX), code::kDuplicateName);
-  EXPECT_EQ(CodeOf("<DataField name='x' optype='categorical' dataType='integer'>"
-                   "<Value value='a'/></DataField>"),
-            code::kBadValue);
-  EXPECT_EQ(CodeOf("<DataField name='x' optype='continuous' dataType='double'>"
-                   "<Interval closure='closedOpen' leftMargin='2' rightMargin='1'/></DataField>"),
-            code::kBadContent);
-  EXPECT_EQ(CodeOf("<DataField name='x' optype='continuous' dataType='double'>"
-                   "<Interval closure='openOpen'/></DataField>"),
-            code::kBadContent);
-  EXPECT_EQ(CodeOf(kX,
-                   "<MiningField name='x' outliers='asExtremeValues' lowValue='5' "
-                   "highValue='1'/>"),
-            code::kBadContent);
-  EXPECT_EQ(CodeOf(kX, "<MiningField name='x' outliers='asExtremeValues'/>"),
-            code::kAttributeMissing);
-  const std::string bad_replacement = "<MiningField name='x' missingValueReplacement='abc'/>";
-  EXPECT_EQ(
-      CodeOf("<DataField name='x' optype='categorical' dataType='boolean'/>", bad_replacement),
-      code::kBadValue);
-  EXPECT_EQ(CodeOf(kX, bad_replacement), 0) << "the translator's to read";
-  EXPECT_EQ(CodeOf(kX, "<MiningField name='x' invalidValueTreatment='asValue'/>"),
-            code::kAttributeMissing);
-  EXPECT_EQ(CodeOf(kX, "<MiningField name='other' outliers='odd'/>"), 0);
+  const std::string x = DataField("x", "continuous", "double");
+  const struct {
+    std::string fields;
+    std::string schema;
+    int code;
+  } cases[] = {
+      {"<DataField optype='continuous' dataType='double'/>", "", code::kAttributeMissing},
+      {"<DataField name='x' dataType='double'/>", "", code::kAttributeMissing},
+      {DataField("x", "odd", "double"), "", code::kBadValue},
+      {DataField("x", "continuous", "odd"), "", code::kBadValue},
+      {x + x, "", code::kDuplicateName},
+      {DataField("x", "categorical", "integer", "<Value value='a'/>"), "", code::kBadValue},
+      {DataField("x", "continuous", "double",
+                 "<Interval closure='closedOpen' leftMargin='2' rightMargin='1'/>"),
+       "", code::kBadContent},
+      {DataField("x", "continuous", "double", "<Interval closure='openOpen'/>"), "",
+       code::kBadContent},
+      {x, "name='x' outliers='asExtremeValues' lowValue='5' highValue='1'", code::kBadContent},
+      {x, "name='x' outliers='asExtremeValues'", code::kAttributeMissing},
+      {DataField("x", "categorical", "boolean"), "name='x' missingValueReplacement='abc'",
+       code::kBadValue},
+      {x, "name='x' missingValueReplacement='abc'", 0},  // the translator's to read
+      {x, "name='x' invalidValueTreatment='asValue'", code::kAttributeMissing},
+      {x, "name='other' outliers='odd'", 0},
+  };
+  for (const auto& [fields, schema, code] : cases) {
+    int refused = 0;
+    try {
+      Dictionary dictionary(fields, schema.empty() ? "" : "<MiningField " + schema + "/>");
+    } catch (const SSException& error) {
+      refused = error.GetErrorCode();
+    }
+    EXPECT_EQ(refused, code) << fields << schema;
+  }
 }
 
 TEST(ParseDictionary, AppliesTheMiningSchema) {
-  Dictionary d(
-      "<DataField name='x' optype='continuous' dataType='double'/>"
-      "<DataField name='z' optype='continuous' dataType='double'/>"
-      "<DataField name='b' optype='categorical' dataType='boolean'/>",
-      "<MiningField name='z' outliers='asMissingValues' highValue='1'/>"
-      "<MiningField name='x' optype='categorical' outliers='asMissingValues' "
-      "lowValue='1' invalidValueTreatment='asMissing'/>"
-      "<MiningField name='b' missingValueReplacement='true'/>");
+  Dictionary d(DataField("x", "continuous", "double") + DataField("z", "continuous", "double") +
+                   DataField("b", "categorical", "boolean"),
+               "<MiningField name='z' outliers='asMissingValues' highValue='1'/>"
+               "<MiningField name='x' optype='categorical' outliers='asMissingValues' "
+               "lowValue='1' invalidValueTreatment='asMissing'/>"
+               "<MiningField name='b' missingValueReplacement='true'/>");
   EXPECT_EQ(d["x"].GetTypeCode(), 3);
   EXPECT_EQ(d["x"].GetTreatment().low, 1.0);
   EXPECT_EQ(d["z"].GetTreatment().outliers, FieldTreatment::Outliers::kAsMissing);
@@ -120,7 +119,7 @@ TEST(ParseDictionary, AppliesTheMiningSchema) {
 }
 
 TEST(HandleTargets, TeachesCategoriesAndDisplayTexts) {
-  Dictionary d("<DataField name='y' optype='categorical' dataType='string'/>", "",
+  Dictionary d(DataField("y", "categorical", "string"), "",
                "<Target field='y'><TargetValue value='no' displayValue='No!'/>"
                "<TargetValue value='yes'/></Target><Target field='other'/>");
   EXPECT_EQ(d["y"].GetCategoryCount(), 2);

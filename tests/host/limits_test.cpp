@@ -39,60 +39,45 @@ std::string Refusal(const std::string& text, const Limits& limits = {}) {
 }
 
 TEST(Limits, LetThroughWhatTheySayAndNoMore) {
-  struct Case {
+  const auto table = [](std::size_t rows) {
+    return "<InlineTable>" + Repeat("<row/>\n", rows) + "</InlineTable>";
+  };
+  const struct {
     Limit limit;
     std::string fits;
     std::string exceeds;
     std::string place;
+  } cases[] = {
+      {&Limits::element_depth, "<a><b><c/><c/><c/></b></a>", "<a><b><c>\n<d/></c></b></a>",
+       "element d, line 2"},
+      {&Limits::attribute_length, "<a b='123' c='123'/>", "<p:a xmlns:p='u' b='1234'/>",
+       "element a, line 1"},
+      {&Limits::attributes, "<a b='1=2' c ='' d= \"\"><b e=''/>f=''</a>",
+       "<a b='' c='' d='' e=''/>", "line 1"},
+      {&Limits::attributes,
+       "<a><!-- <b c='' d=''> e='' f='' -->\n<![CDATA[<b c='' d=''e='']]]></a>",
+       "<?a <b c='' d=''?>\n<a b='!--' c='\">' d='' e=''/>", "line 2"},
+      {&Limits::attributes, "<!DOCTYPE a [<!ENTITY x '<b b=\"\"/>'>]><a>&x;</a>",
+       "<!DOCTYPE a [<!ENTITY x '&#60;b b&#61;&#34;&#34; c=\"\" d=\"\" e=\"\"/>'>]><a>&x;</a>",
+       "line 1"},
+      {&Limits::element_names, "<a><b/><c/><c/></a>", "<a><b/><c/><d/></a>", "element d, line 1"},
+      {&Limits::vectors, "<a>" + Repeat("<VectorInstance/>", 3) + "</a>",
+       "<a>" + Repeat("<VectorInstance/>", 4) + "</a>", "element VectorInstance, line 1"},
+      {&Limits::table_rows, "<a>" + table(3) + table(3) + "</a>", table(4), "element row, line 4"},
   };
-  const std::string empty = "<a b=''/>";
-  const auto table = [](std::size_t rows) {
-    return "<InlineTable>" + Repeat("<row/>\n", rows) + "</InlineTable>";
-  };
-  for (const Case& c : std::vector<Case>{
-           {&Limits::element_depth, "<a><b><c/><c/><c/></b></a>", "<a><b><c>\n<d/></c></b></a>",
-            " (element d, line 2)"},
-           {&Limits::attribute_length, "<a b='123' c='123'/>", "<p:a xmlns:p='u' b='1234'/>",
-            " (element a, line 1)"},
-           {&Limits::attributes, "<a b='1=2' c ='' d= \"\"><b e=''/>f=''</a>",
-            "<a b='' c='' d='' e=''/>", " (line 1)"},
-           {&Limits::attributes,
-            "<a><!-- <b c='' d=''> e='' f='' -->\n<![CDATA[<b c='' d=''e='']]]></a>",
-            "<?a <b c='' d=''?>\n<a b='!--' c='\">' d='' e=''/>", " (line 2)"},
-           {&Limits::attributes, "<!DOCTYPE a [<!ENTITY x '<b b=\"\"/>'>]><a>&x;</a>",
-            "<!DOCTYPE a [<!ENTITY x '&#60;b b&#61;&#34;&#34; c=\"\" d=\"\" e=\"\"/>'>]><a>&x;</a>",
-            " (line 1)"},
-           {&Limits::element_names, "<a><b/><c/><c/></a>", "<a><b/><c/><d/></a>",
-            " (element d, line 1)"},
-           {&Limits::attribute_names, "<a b='' c='' xmlns=''><d b='' c='' xmlns='u'/></a>",
-            "<a b='' c='' xmlns:c='u'><d d=''/></a>", " (element d, line 1)"},
-           {&Limits::namespaces, "<a xmlns='u' xmlns:b='u'><b xmlns:c='u'/><b xmlns:c='u'/></a>",
-            "<a xmlns='u' xmlns:b='u'><b xmlns:c='u'><c xmlns:d='u'/></b></a>",
-            " (element c, line 1)"},
-           {&Limits::namespaces, "<a><b xmlns='1'/><b xmlns='2'/><b xmlns='3'/></a>",
-            "<a><b xmlns='1'/><b xmlns='2'/><b xmlns='3'/><b xmlns='4'/></a>",
-            " (element b, line 1)"},
-           {&Limits::declarations,
-            "<!DOCTYPE a [<!ENTITY x 'y'><!ENTITY z 'y'><!ELEMENT a ANY>]><a/>",
-            "<!DOCTYPE a [<!ENTITY x 'y'><!NOTATION z SYSTEM 'y'><!ELEMENT a ANY>\n"
-            "<!ELEMENT b ANY>]><a/>",
-            " (line 2)"},
-           {&Limits::vectors, "<a>" + Repeat("<VectorInstance/>", 3) + "</a>",
-            "<a>" + Repeat("<VectorInstance/>", 4) + "</a>", " (element VectorInstance, line 1)"},
-           {&Limits::table_rows, "<a>" + table(3) + table(3) + "</a>", table(4),
-            " (element row, line 4)"},
-       }) {
-    Limits limits;
-    limits.*c.limit = 3;
-    EXPECT_EQ(Refusal(c.fits, limits), "");
-    EXPECT_EQ(Refusal(c.exceeds, limits), std::string("260318 ") + LimitNameOf(c.limit).about +
-                                              " exceeds the limit of 3" + c.place);
-    EXPECT_EQ(Refusal(c.exceeds), "");
-  }
   Limits limits;
-  limits.document_size = empty.size();
-  EXPECT_EQ(Refusal(empty, limits), "");
-  EXPECT_THAT(Refusal(empty + ' ', limits), testing::StartsWith("260318 the size of the document"));
+  for (const auto& [limit, fits, exceeds, place] : cases) {
+    limits = {};
+    limits.*limit = 3;
+    EXPECT_EQ(Refusal(fits, limits), "");
+    EXPECT_EQ(Refusal(exceeds, limits), std::string("260318 ") + LimitNameOf(limit).about +
+                                            " exceeds the limit of 3 (" + place + ')');
+    EXPECT_EQ(Refusal(exceeds), "");
+  }
+  limits = {};
+  limits.document_size = 4;
+  EXPECT_EQ(Refusal("<a/>", limits), "");
+  EXPECT_THAT(Refusal("<a/> ", limits), testing::StartsWith("260318 the size of the document"));
 }
 
 TEST(Limits, RefuseTenMillionLevelsWithoutGoingThere) {
@@ -207,28 +192,27 @@ TEST(Outside, IsNeverOpenedNorAsked) {
   ASSERT_TRUE(trap.Sprung()) << "the trap must notice an open file";
   trap.Connect();
   ASSERT_TRUE(trap.Sprung()) << "the trap must notice a connection";
-  struct Case {
+  const std::string schema = "<a xmlns:s='http://www.w3.org/2001/XMLSchema-instance' s:";
+  const struct {
     std::string before;  // what stands around the target
     std::string after;
     std::string code;  // empty: it is read, for what it points at is nobody's concern
+  } cases[] = {
+      {"<!DOCTYPE a [<!ENTITY x SYSTEM '", "'>]><a>&x;</a>", "260303"},
+      {"<!DOCTYPE a [<!ENTITY x PUBLIC 'p' '", "'>]><a b='&x;'/>", "260302"},
+      {"<!DOCTYPE a [<!ENTITY % x SYSTEM '", "'>%x;]><a/>", "260303"},
+      {"<!DOCTYPE a [<!ENTITY x SYSTEM '", "' NDATA n>]><a/>", ""},
+      {"<!DOCTYPE a SYSTEM '", "'><a/>", ""},
+      {"<!DOCTYPE a PUBLIC 'p' '", "' [<!ENTITY y 'z'>]><a>&y;</a>", ""},
+      {"<a xmlns:i='http://www.w3.org/2001/XInclude'><i:include href='", "'/></a>", ""},
+      {schema + "schemaLocation='u ", "' xmlns='u'/>", ""},
+      {schema + "noNamespaceSchemaLocation='", "'/>", ""},
+      {"<?xml-stylesheet href='", "'?><a/>", ""},
   };
-  for (const Case& c : std::vector<Case>{
-           {"<!DOCTYPE a [<!ENTITY x SYSTEM '", "'>]><a>&x;</a>", "260303"},
-           {"<!DOCTYPE a [<!ENTITY x PUBLIC 'p' '", "'>]><a b='&x;'/>", "260302"},
-           {"<!DOCTYPE a [<!ENTITY % x SYSTEM '", "'>%x;]><a/>", "260303"},
-           {"<!DOCTYPE a [<!ENTITY x SYSTEM '", "' NDATA n>]><a/>", ""},
-           {"<!DOCTYPE a SYSTEM '", "'><a/>", ""},
-           {"<!DOCTYPE a PUBLIC 'p' '", "' [<!ENTITY y 'z'>]><a>&y;</a>", ""},
-           {"<a xmlns:i='http://www.w3.org/2001/XInclude'><i:include href='", "'/></a>", ""},
-           {"<a xmlns:s='http://www.w3.org/2001/XMLSchema-instance' s:schemaLocation='u ",
-            "' xmlns='u'/>", ""},
-           {"<a xmlns:s='http://www.w3.org/2001/XMLSchema-instance' s:noNamespaceSchemaLocation='",
-            "'/>", ""},
-           {"<?xml-stylesheet href='", "'?><a/>", ""},
-       }) {
+  for (const auto& [before, after, code] : cases) {
     for (const std::string& target : trap.Targets()) {
-      EXPECT_EQ(Refusal(c.before + target + c.after).substr(0, 6), c.code) << c.before << target;
-      EXPECT_FALSE(trap.Sprung()) << c.before << target;
+      EXPECT_EQ(Refusal(before + target + after).substr(0, 6), code) << before << target;
+      EXPECT_FALSE(trap.Sprung()) << before << target;
     }
   }
 }
