@@ -43,30 +43,30 @@ TEST(DictionariesTest, UsageTypesBecomeRoles) {
 }
 
 TEST(DictionariesTest, ReplacementsKeepTheStorageOfTheirVariable) {
-  Reading none(Classification());
-  EXPECT_EQ(none.model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
-  EXPECT_EQ(none.Var("x").GetMissingReplacement(), nullptr);
-
-  Reading text(Edit(Classification(), "Field name=\"color\" u",
-                    "Field name='color' missingValueReplacement='007' u"));
-  EXPECT_EQ(text.model.GetMissingValuePolicy(), ScoreModel::kReplaceMissing);
-  ASSERT_NE(text.Var("color").GetMissingReplacement(), nullptr);
-  EXPECT_FALSE(text.Var("color").GetMissingReplacement()->IsNumeric());
-  EXPECT_EQ(text.Var("color").GetMissingReplacement()->GetText(), "007");
-
-  Reading number(
-      Edit(Classification(), "Field name=\"x\"/", "Field name='x' missingValueReplacement='2.5'/"));
-  ASSERT_NE(number.Var("x").GetMissingReplacement(), nullptr);
-  EXPECT_EQ(number.Var("x").GetMissingReplacement()->GetDouble(), 2.5);
-
-  Reading mean(Edit(Edit(Classification(), "dataType=\"double\"", "dataType='integer'"),
-                    "Field name=\"x\"/", "Field name='x' missingValueReplacement='2.5'/"));
-  ASSERT_NE(mean.Var("x").GetMissingReplacement(), nullptr);
-  EXPECT_EQ(mean.Var("x").GetMissingReplacement()->GetDouble(), 2.5);
-
-  Reading date(Edit(Edit(Classification(), "dataType=\"double\"", "dataType='date'"),
-                    "Field name=\"x\"/", "Field name='x' missingValueReplacement='2020-01-01'/"));
-  EXPECT_EQ(date.model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
+  const struct {
+    const char* type;  // of x
+    const char* field;
+    const char* replacement;
+    const char* text;  // what replaces missing values, if anything
+    bool numeric;
+  } cases[] = {
+      {"double", "x", "", nullptr, true},         {"double", "color", "007", "007", false},
+      {"double", "x", "2.5", "2.5", true},        {"integer", "x", "2.5", "2.5", true},
+      {"date", "x", "2020-01-01", nullptr, true},
+  };
+  for (const auto& [type, field, replacement, text, numeric] : cases) {
+    const std::string name = std::string("Field name=\"") + field + "\"";
+    const Reading reading(Edit(
+        Edit(Classification(), "dataType=\"double\"", std::string("dataType='") + type + "'"),
+        "g" + name, std::string("g") + name + " missingValueReplacement='" + replacement + "'"));
+    EXPECT_EQ(reading.model.GetMissingValuePolicy(),
+              text != nullptr ? ScoreModel::kReplaceMissing : ScoreModel::kPredictMissing);
+    const auto* value = reading.Var(field).GetMissingReplacement();
+    ASSERT_EQ(value != nullptr, text != nullptr) << type << replacement;
+    if (text == nullptr) continue;
+    EXPECT_EQ(value->IsNumeric(), numeric);
+    EXPECT_EQ(value->GetText(), text);
+  }
 }
 
 TEST(DictionariesTest, TransformationsDependOnTheVersionAndTheirPlace) {
@@ -93,18 +93,13 @@ TEST(DictionariesTest, AnIndicatorTeachesItsVariableACategory) {
   Reading learnt(document);
   EXPECT_EQ(learnt.Var("color").GetCategoryIndexOfText("red"), 0);
 
-  Reading listed(Edit(document, "name=\"color\" optype=\"categorical\" dataType=\"string\"/",
-                      "name='color' optype='categorical' dataType='string'>"
-                      "<Value value='blue'/></DataField"));
+  // A list stays what it is, also where another variable has none.
+  Reading listed(Edit(Edit(document, "name=\"color\" optype=\"categorical\" dataType=\"string\"/",
+                           "name='color' optype='categorical' dataType='string'>"
+                           "<Value value='blue'/></DataField"),
+                      "</DataDictionary>",
+                      "<DataField name='shape' optype='categorical' dataType='string'/>$&"));
   EXPECT_EQ(listed.Var("color").GetCategoryCount(), 1);
-
-  // That another variable declares none changes nothing for one that does.
-  Reading mixed(Edit(Edit(document, "name=\"color\" optype=\"categorical\" dataType=\"string\"/",
-                          "name='color' optype='categorical' dataType='string'>"
-                          "<Value value='blue'/></DataField"),
-                     "</DataDictionary>",
-                     "<DataField name='shape' optype='categorical' dataType='string'/>$&"));
-  EXPECT_EQ(mixed.Var("color").GetCategoryCount(), 1);
 
   auto* dictionary = learnt.model.GetDictionary();
   auto* derived = learnt.model.GetTransformationDictionary();
@@ -122,20 +117,6 @@ TEST(DictionariesTest, TheFirstApplicationGivesTheVersion) {
   EXPECT_EQ(two.model.GetVersionInfo()->GetVersion(), "7.5");
   Reading none(Edit(Classification(), " version=\"7.5\"", ""));
   EXPECT_EQ(none.model.GetVersionInfo(), nullptr);
-}
-
-TEST(DictionariesTest, TargetsWithoutADictionaryAreIgnored) {
-  const auto document = svmscore::PmmlDocument::FromText(
-      Edit(Edit(Classification(), "<DataDictionary>.*</DataDictionary>", ""), "</MiningSchema>",
-           "$&<Targets><Target field='cls' optype='broken'/></Targets>"),
-      "test.pmml");
-  MCZandor_850::SVMTranslator translator;
-  try {
-    translator.ParseFromTree(document.Dom(), "UTF-8");
-    FAIL() << "translated";
-  } catch (const MCZandor_850::SSException& error) {
-    EXPECT_EQ(error.GetErrorCode(), 260221);
-  }
 }
 
 }  // namespace

@@ -31,7 +31,10 @@ TEST_P(FailureTest, IsThrownAndTheTranslatorGoesOn) {
   } catch (const SSException& error) {
     EXPECT_EQ(error.GetErrorCode(), row.code);
     EXPECT_EQ(error.GetMessageParts(), row.parts);
-    EXPECT_NE(error.GetElement(), nullptr);
+    ASSERT_NE(error.GetElement(), nullptr);
+    if (row.name == std::string("DeviationNoNumber")) {
+      EXPECT_TRUE(SVMTranslator::IsEqual(error.GetElement()->getTagName(), "StandardDeviation"));
+    }
   }
   const auto good = svmscore::PmmlDocument::FromText(row.base(), "good.pmml");
   std::unique_ptr<MCZandor_850::ScoreModel> model(translator.ParseFromTree(good.Dom(), "UTF-8"));
@@ -58,20 +61,6 @@ const Failure kSeveralFaults[] = {
 INSTANTIATE_TEST_SUITE_P(SeveralFaults, FailureTest, testing::ValuesIn(kSeveralFaults),
                          [](const auto& row) { return row.param.name; });
 
-TEST(FailuresTest, AnUnreadableDeviationNamesItsText) {
-  const auto bad = svmscore::PmmlDocument::FromText(Edit(Regression(), "0\\.35", "wide"), "bad");
-  SVMTranslator translator;
-  try {
-    std::unique_ptr<MCZandor_850::ScoreModel> model(translator.ParseFromTree(bad.Dom(), "UTF-8"));
-    FAIL() << "translated";
-  } catch (const SSException& error) {
-    EXPECT_EQ(error.GetErrorCode(), 260153);
-    EXPECT_EQ(error.GetMessageParts().at(0), "wide");
-    ASSERT_NE(error.GetElement(), nullptr);
-    EXPECT_TRUE(SVMTranslator::IsEqual(error.GetElement()->getTagName(), "StandardDeviation"));
-  }
-}
-
 TEST(FailuresTest, TheLogHoldsEveryBeginningAndEveryEndWithoutFailure) {
   const std::string path = testing::TempDir() + "svmscore_translator_test.log";
   std::remove(path.c_str());
@@ -80,18 +69,13 @@ TEST(FailuresTest, TheLogHoldsEveryBeginningAndEveryEndWithoutFailure) {
   log.SetLevel(1);
   SVMTranslator translator;
   translator.ParseFromTree(static_cast<xercesc::DOMDocument*>(nullptr), "UTF-8");
-  const auto good = svmscore::PmmlDocument::FromText(Classification(), "good.pmml");
-  const std::unique_ptr<MCZandor_850::ScoreModel> model(
-      translator.ParseFromTree(good.Dom(), "UTF-8"));
   const auto bad = svmscore::PmmlDocument::FromText("<PMML/>", "bad.pmml");
   EXPECT_THROW(translator.ParseFromTree(bad.Dom(), "UTF-8"), SSException);
   log.SetLevel(0);
   std::ifstream file(path);
   std::string words;
   for (std::string line; std::getline(file, line);) words += line.substr(line.rfind(' ') + 1) + ' ';
-  EXPECT_EQ(words,
-            "Enter:ParseFromTree Exit:ParseFromTree Enter:ParseFromTree Exit:ParseFromTree "
-            "Enter:ParseFromTree ");
+  EXPECT_EQ(words, "Enter:ParseFromTree Exit:ParseFromTree Enter:ParseFromTree ");
 }
 
 TEST(TranslatorTest, SlotOrder) {
