@@ -29,7 +29,7 @@ Parts Deciding(char major, char minor, const std::string& model, const std::stri
 TEST(OldTwoClassForm, GivesWayToTheNewerRule) {
   const std::string second = "alternateBinaryTargetCategory='no'";
   const std::string quarter = " threshold='0.25'";
-  const std::string newer = "alternate-on-model 1";
+  const std::string newer = "alternate-on-model";
   const struct {
     const char* version;
     std::string model;
@@ -39,7 +39,7 @@ TEST(OldTwoClassForm, GivesWayToTheNewerRule) {
     std::string larger;
     std::string decided;
   } cases[] = {
-      {"3.2", second, "", "two-class-rounding 1", "0.49999999999999994", "0.5", "no yes"},
+      {"3.2", second, "", "two-class-rounding", "0.49999999999999994", "0.5", "no yes"},
       {"3.1", second + quarter, quarter, newer, "0.2", "0.25", "yes no"},
       {"3.1", second + " maxWins='false'", quarter, newer, "0.2", "0.25", "yes no"},
       {"3.2", Replaced(second, "no", "maybe"), " alternateTargetCategory='no'", "", "-1", "1",
@@ -55,7 +55,7 @@ TEST(OldTwoClassForm, GivesWayToTheNewerRule) {
   }
   const std::string machine = Identity("targetCategory='yes'");
   EXPECT_EQ(Refusal(Deciding('3', '2', second, machine + machine).Text()),
-            "260304 at element SupportVectorMachineModel, line 3");
+            "260304 SupportVectorMachineModel:3");
 }
 
 // Three classes, one machine a pair: f(a,b) = x, f(b,c) = x, and a third.
@@ -73,7 +73,7 @@ TEST(Method, IsInferredWhereEveryPairHasItsMachine) {
   const std::string last = "targetCategory='a' alternateTargetCategory='c'";
   for (const bool linear : {false, true}) {
     EXPECT_EQ(Read(with(last, "", linear)).Steps(),
-              std::string(linear ? "coefficient-form 3, " : "") + "method-inferred 1");
+              std::string(linear ? "coefficient-form 3, " : "") + "method-inferred");
     // Not below 0: b, c and c have the votes.
     EXPECT_EQ(Score(with(last, "", linear), At("1", "0")), "c");
     EXPECT_EQ(Score(with(last, "", linear), At("-1", "0")), "a");
@@ -89,13 +89,13 @@ TEST(Method, IsInferredWhereEveryPairHasItsMachine) {
 TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
   Parts parts;
   parts.model += " svmRepresentation='Coefficients'";
-  EXPECT_EQ(Refusal(parts.Text()), "260313 at element SupportVectors, line 7");
+  EXPECT_EQ(Refusal(parts.Text()), "260313 SupportVectors:7");
   parts.vectors = Replaced(parts.vectors, "id='a'", "id='machine 1'");
   parts.machines =
       "<SupportVectorMachine><Coefficients absoluteValue='0.9'>"
       "<Coefficient value='0.1'/><Coefficient/></Coefficients></SupportVectorMachine>";
   const Reading reading = Read(parts.Text());
-  EXPECT_EQ(reading.Steps(), "coefficient-form 1");
+  EXPECT_EQ(reading.Steps(), "coefficient-form");
   EXPECT_EQ(reading.Show("SupportVectorMachine"),
             "<SupportVectorMachine><SupportVectors><SupportVector vectorId='machine 2'>"
             "</SupportVector></SupportVectors><Coefficients absoluteValue='0.9'>"
@@ -105,14 +105,14 @@ TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
   EXPECT_EQ(Predict(parts.Text(), At("0.7", "3")), sum + 0.9);
 
   parts.machines = Replaced(parts.machines, "<Coefficient/>", "");
-  EXPECT_EQ(Refusal(parts.Text()), "260251 at element Coefficients, line 7");
+  EXPECT_EQ(Refusal(parts.Text()), "260251 Coefficients:7");
   parts.kernel = "<RadialBasisKernelType/>";
-  EXPECT_EQ(Refusal(parts.Text()), "260304 at element SupportVectorMachineModel, line 3");
+  EXPECT_EQ(Refusal(parts.Text()), "260304 SupportVectorMachineModel:3");
   // A translator says that there is no kernel.
   parts.kernel = "";
   parts.machines =
       Replaced(parts.machines, "</Coefficients>", "<Coefficient value='1'/></Coefficients>");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "coefficient-form 1");
+  EXPECT_EQ(Read(parts.Text()).Steps(), "coefficient-form");
 }
 
 TEST(Kernel, ParametersOfMinusOneAreNotTakenForAbsent) {

@@ -43,9 +43,10 @@ void Write(const DOMNode* node, std::string& out) {
 }
 
 std::string CodeAndPlace(const SSException& error) {
-  const std::string text = std::to_string(error.GetErrorCode());
+  const std::string text = std::to_string(error.GetErrorCode()) + ' ';
   const bool of_step = error.GetErrorCode() == svmscore::code::kNeedsIntake;
-  return text + (of_step ? ' ' + error.GetMessageParts().at(0) : "") + " at " + error.GetPlace();
+  return text + (of_step ? error.GetMessageParts().at(0) + ' ' : "") +
+         Replaced(Replaced(error.GetPlace(), "element ", ""), ", line ", ":");
 }
 
 }  // namespace
@@ -110,7 +111,8 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 std::string Reading::Steps() const {
   std::string text;
   for (const svmscore::IntakeStep& step : steps) {
-    text += (text.empty() ? "" : ", ") + step.name + ' ' + std::to_string(step.count);
+    text += (text.empty() ? "" : ", ") + step.name;
+    if (step.count != 1) text += ' ' + std::to_string(step.count);
   }
   return text;
 }

@@ -57,7 +57,7 @@ struct Reading {
   svmscore::PmmlDocument document;
   std::vector<svmscore::IntakeStep> steps;
 
-  // Like "dense-array 2, zero-vector 1": the steps in order with their counts.
+  // Like "dense-array 2, zero-vector": the steps in order, with their counts where not 1.
   std::string Steps() const;
   // The n-th element of that name as XML text without white space between elements; attributes by
   // name.
@@ -66,8 +66,8 @@ struct Reading {
 
 // What was made readable is readable: that a second reading changes nothing is checked.
 Reading Read(const std::string& text, svmscore::IntakeMode mode = svmscore::IntakeMode::kRefuse);
-// In which reading ends: code and place, like "260153 at element Array, line 6"; for a step that
-// the strict mode refuses also its name, like "260307 dense-array at element Array, line 6".
+// In which reading ends: code, element and line, like "260153 Array:6"; for a step that the
+// strict mode refuses also its name, like "260307 dense-array Array:6".
 std::string Refusal(const std::string& text,
                     svmscore::IntakeMode mode = svmscore::IntakeMode::kRefuse);
 

@@ -25,7 +25,7 @@ TEST(Labels, TheOtherOfTwoIsUnderstood) {
   Parts parts;
   parts.Classify();
   parts.machines = Parts::Machine("targetCategory='no'");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "second-category 1");
+  EXPECT_EQ(Read(parts.Text()).Steps(), "second-category");
   EXPECT_EQ(Score(parts.Text(), kAbove), "yes");
   EXPECT_EQ(Score(parts.Text(), kBelow), "no");
   parts.machines = Parts::Machine("targetCategory='maybe'");
@@ -38,7 +38,7 @@ TEST(Categories, ComeFromTheMachinesWhereTheTargetListsNone) {
   parts.target = Field("t", "continuous", "double", "<Value value='-9' property='missing'/>");
   parts.machines = Parts::Machine("1", "0.0");
   const Reading reading = Read(parts.Text());
-  EXPECT_EQ(reading.Steps(), "target-categorical 1, target-categories 1");
+  EXPECT_EQ(reading.Steps(), "target-categorical, target-categories");
   EXPECT_EQ(reading.Show("DataField", 3),
             "<DataField dataType='double' name='t' optype='categorical'>"
             "<Value property='missing' value='-9'></Value><Value value='1'></Value>"
@@ -50,7 +50,7 @@ TEST(Categories, ComeFromTheMachinesWhereTheTargetListsNone) {
   parts.model += " classificationMethod='OneAgainstOne'";
   parts.machines =
       Parts::Machine("1", "2") + Parts::Machine("1.0", "3") + Parts::Machine("2.0", "3.0");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "target-categories 1, category-spelling 3");
+  EXPECT_EQ(Read(parts.Text()).Steps(), "target-categories, category-spelling 3");
   EXPECT_EQ(Score(parts.Text(), kAbove), "3");
 
   // The Target element may list them.
@@ -84,12 +84,12 @@ TEST(Pairs, OfProbabilitiesGetTheTargetsOrder) {
   EXPECT_EQ(ordered.Steps(), "");
   for (const std::string& machines : {bc + ab + ac, ab + ca + bc, ca + bc + ab}) {
     const Reading reading = Read(text(machines));
-    EXPECT_EQ(reading.Steps(), "pairs-ordered 1");
+    EXPECT_EQ(reading.Steps(), "pairs-ordered");
     EXPECT_EQ(reading.Show("SupportVectorMachineModel"), ordered.Show("SupportVectorMachineModel"));
   }
-  EXPECT_EQ(Read(text(ab + ac + ac)).Steps(), "pairs-unordered 1");
+  EXPECT_EQ(Read(text(ab + ac + ac)).Steps(), "pairs-unordered");
   EXPECT_EQ(Refusal(text(ab + ac + ac), svmscore::IntakeMode::kStrict),
-            "260313 at element SupportVectorMachine, line 7");
+            "260313 SupportVectorMachine:7");
 }
 
 TEST(Target, IsAddedToARegressionThatNamesNone) {
@@ -98,7 +98,7 @@ TEST(Target, IsAddedToARegressionThatNamesNone) {
   parts.target = Field("prediction");
   parts.schema = "<MiningField name='x'/><MiningField name='y'/>";
   const Reading reading = Read(parts.Text());
-  EXPECT_EQ(reading.Steps(), "target-added 1");
+  EXPECT_EQ(reading.Steps(), "target-added");
   EXPECT_EQ(reading.Show("MiningField", 2),
             "<MiningField name='prediction (2)' usageType='target'></MiningField>");
   EXPECT_EQ(Score(parts.Text(), kAbove), expected);
@@ -128,7 +128,7 @@ TEST(AnomalyDetection, IsLiftedWithWhatSurroundsIt) {
               "<MiningField name='x'/><MiningField name='colour'/></MiningSchema>"
               "<Output><OutputField name='score' feature='predictedValue'/></Output>");
   const Reading reading = Read(text);
-  EXPECT_EQ(reading.Steps(), "anomaly-detection-lifted 1, target-added 1");
+  EXPECT_EQ(reading.Steps(), "anomaly-detection-lifted, target-added");
   EXPECT_EQ(reading.Show("AnomalyDetectionModel"), "");
   EXPECT_EQ(reading.Show("Output"),
             "<Output><OutputField name='raw'></OutputField>"
@@ -142,16 +142,16 @@ TEST(AnomalyDetection, IsLiftedWithWhatSurroundsIt) {
 }
 
 TEST(Model, InsideOneOfAnotherMeaningIsRefused) {
-  EXPECT_EQ(Refusal(Anomaly({}, "iforest", "")), "260304 at element AnomalyDetectionModel, line 3");
+  EXPECT_EQ(Refusal(Anomaly({}, "iforest", "")), "260304 AnomalyDetectionModel:3");
   Parts treated;
   treated.schema = "<MiningField name='x' missingValueReplacement='1'/>";
   EXPECT_EQ(Refusal(Anomaly(treated, "ocsvm",
                             "<MiningSchema><MiningField name='x' missingValueReplacement='2'/>"
                             "</MiningSchema>")),
-            "260304 at element AnomalyDetectionModel, line 3");
+            "260304 AnomalyDetectionModel:3");
   EXPECT_EQ(Refusal(Around({}, "<MiningModel><Segmentation><Segment>",
                            "</Segment></Segmentation></MiningModel>")),
-            "260304 at element MiningModel, line 3");
+            "260304 MiningModel:3");
 }
 
 TEST(Model, TheFirstOfSeveralIsScored) {
