@@ -43,30 +43,27 @@ TEST(DictionariesTest, UsageTypesBecomeRoles) {
 }
 
 TEST(DictionariesTest, ReplacementsKeepTheStorageOfTheirVariable) {
-  const struct {
-    const char* type;  // of x
-    const char* field;
-    const char* replacement;
-    const char* text;  // what replaces missing values, if anything
-    bool numeric;
-  } cases[] = {
-      {"double", "x", "", nullptr, true},         {"double", "color", "007", "007", false},
-      {"double", "x", "2.5", "2.5", true},        {"integer", "x", "2.5", "2.5", true},
-      {"date", "x", "2020-01-01", nullptr, true},
+  const auto read = [](const std::string& type, const std::string& field,
+                       const std::string& replacement) {
+    return std::make_unique<Reading>(
+        Edit(Edit(Classification(), "dataType=\"double\"", "dataType='" + type + "'"),
+             "gField name=\"" + field + "\"", "$& missingValueReplacement='" + replacement + "'"));
   };
-  for (const auto& [type, field, replacement, text, numeric] : cases) {
-    const std::string name = std::string("Field name=\"") + field + "\"";
-    const Reading reading(Edit(
-        Edit(Classification(), "dataType=\"double\"", std::string("dataType='") + type + "'"),
-        "g" + name, std::string("g") + name + " missingValueReplacement='" + replacement + "'"));
-    EXPECT_EQ(reading.model.GetMissingValuePolicy(),
-              text != nullptr ? ScoreModel::kReplaceMissing : ScoreModel::kPredictMissing);
-    const auto* value = reading.Var(field).GetMissingReplacement();
-    ASSERT_EQ(value != nullptr, text != nullptr) << type << replacement;
-    if (text == nullptr) continue;
-    EXPECT_EQ(value->IsNumeric(), numeric);
-    EXPECT_EQ(value->GetText(), text);
+  const Reading none(Classification());
+  EXPECT_EQ(none.model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
+  EXPECT_EQ(none.Var("x").GetMissingReplacement(), nullptr);
+  const auto text = read("double", "color", "007");
+  EXPECT_EQ(text->model.GetMissingValuePolicy(), ScoreModel::kReplaceMissing);
+  ASSERT_NE(text->Var("color").GetMissingReplacement(), nullptr);
+  EXPECT_FALSE(text->Var("color").GetMissingReplacement()->IsNumeric());
+  EXPECT_EQ(text->Var("color").GetMissingReplacement()->GetText(), "007");
+  for (const char* type : {"double", "integer"}) {
+    const auto number = read(type, "x", "2.5");
+    ASSERT_NE(number->Var("x").GetMissingReplacement(), nullptr);
+    EXPECT_EQ(number->Var("x").GetMissingReplacement()->GetDouble(), 2.5);
   }
+  EXPECT_EQ(read("date", "x", "2020-01-01")->model.GetMissingValuePolicy(),
+            ScoreModel::kPredictMissing);
 }
 
 TEST(DictionariesTest, TransformationsDependOnTheVersionAndTheirPlace) {

@@ -50,28 +50,5 @@ TEST(OwnershipTest, ADictionaryThatCannotBeReadLeavesNone) {
   EXPECT_EQ(code_of(translator, Classification()), 0);
 }
 
-TEST(OwnershipTest, ManyInstancesAndMachines) {
-  constexpr int kCount = 20000;
-  std::string instances;
-  std::string vectors;
-  std::string coefficients;
-  for (int i = 0; i < kCount; ++i) {
-    const std::string number = std::to_string(i);
-    instances += "<VectorInstance id='v" + number +
-                 "'><REAL-SparseArray><Indices>1 2</Indices><REAL-Entries>" + number +
-                 " 1</REAL-Entries></REAL-SparseArray></VectorInstance>";
-    vectors += "<SupportVector vectorId='v" + number + "'/>";
-    coefficients += "<Coefficient value='" + number + "'/>";
-  }
-  std::string text = Classification();
-  text.insert(text.find("</VectorDictionary>"), instances);
-  text.insert(text.find("</SupportVectors>"), vectors);
-  text.insert(text.find("</Coefficients>"), coefficients);
-  Reading reading(text);
-  ASSERT_EQ(reading.Machine().coefficients.size(), kCount + 2u);
-  EXPECT_EQ(reading.Machine().coefficients.back(), kCount - 1);
-  EXPECT_EQ(reading.Machine().support_vectors.back()->values.front(), kCount - 1);
-}
-
 }  // namespace
 }  // namespace svmscore_test
