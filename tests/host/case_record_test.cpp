@@ -137,12 +137,8 @@ TEST(InputCaseRecord, TreatsOutliersAfterValidity) {
   EXPECT_EQ(field.Read("240"), "missing");
 }
 
-TEST(InputCaseRecord, ReadsByPositionOrByName) {
+TEST(InputCaseRecord, ReadsByPosition) {
   Field field;
-  InputCaseRecord by_name({&field.var}, false, true);
-  by_name.SetNumber(0, 3.0);
-  EXPECT_EQ(by_name.GetPosition("f"), -1);
-  EXPECT_EQ(by_name.GetValueOf(field.var)->GetDouble(), 3.0);
   InputCaseRecord by_position({&field.var}, true, true);
   by_position.SetNumber(0, 4.0);
   EXPECT_EQ(by_position.GetValueOf(field.var), nullptr);  // no position yet

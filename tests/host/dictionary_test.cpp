@@ -14,25 +14,20 @@ namespace code = svmscore::code;
 // A document of these fields and this mining schema, as a dictionary.
 class Dictionary {
  public:
-  explicit Dictionary(const std::string& fields, const std::string& schema = "",
-                      const std::string& targets = "")
+  explicit Dictionary(const std::string& fields, const std::string& schema = "")
       : document_(svmscore::PmmlDocument::FromText(
             "<PMML>\n<DataDictionary>" + fields +
                 "</DataDictionary>\n<SupportVectorMachineModel><MiningSchema>" + schema +
-                "</MiningSchema><Targets>" + targets +
-                "</Targets></SupportVectorMachineModel></PMML>",
-            "t")),
-        translator_("") {
+                "</MiningSchema></SupportVectorMachineModel></PMML>",
+            "t")) {
     auto* root = document_.Dom()->getDocumentElement();
     dictionary_ = translator_.ParseDictionary(svmscore::FindChild(root, "DataDictionary"), true);
-    translator_.HandleTargets(
-        svmscore::FindChild(svmscore::FindModelElement(document_.Dom()), "Targets"), dictionary_);
   }
   ScoreDictVar& operator[](const char* name) { return *dictionary_->FindVar(name); }
 
  private:
   svmscore::PmmlDocument document_;
-  PMMLTranslator translator_;
+  PMMLTranslator translator_{""};
   ScoreDictionary* dictionary_;
 };
 
@@ -116,15 +111,6 @@ TEST(ParseDictionary, AppliesTheMiningSchema) {
   EXPECT_EQ(d["x"].GetTreatment().invalid, FieldTreatment::Invalid::kAsMissing);
   ASSERT_NE(d["b"].GetMissingReplacement(), nullptr);
   EXPECT_EQ(d["b"].GetMissingReplacement()->GetDouble(), 1.0);
-}
-
-TEST(HandleTargets, TeachesCategoriesAndDisplayTexts) {
-  Dictionary d(DataField("y", "categorical", "string"), "",
-               "<Target field='y'><TargetValue value='no' displayValue='No!'/>"
-               "<TargetValue value='yes'/></Target><Target field='other'/>");
-  EXPECT_EQ(d["y"].GetCategoryCount(), 2);
-  EXPECT_EQ(d["y"].GetCategoryDisplay(0), "No!");
-  EXPECT_EQ(d["y"].GetCategoryDisplay(1), "yes");
 }
 
 }  // namespace

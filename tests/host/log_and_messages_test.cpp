@@ -13,18 +13,15 @@ namespace {
 
 namespace code = svmscore::code;
 
-TEST(SSException, FillsItsSentenceAndSaysWhatToDo) {
+TEST(SSException, SaysWhatToDoAndWhere) {
   SSException error(gErrorFormater);
-  error.PutErrorMessage(code::kChildMissing, "VectorDictionary",
-                        std::string("SupportVectorMachineModel"));
-  EXPECT_STREQ(error.what(),
-               "element VectorDictionary is missing in element SupportVectorMachineModel");
+  error.PutErrorMessage(code::kChildMissing, "VectorDictionary", std::string("PMML"));
   EXPECT_FALSE(error.GetRemedy().empty());
   error.SetPlace("line 3");
   const SSException copy = error;
   error.SetPlace("line 4");
-  EXPECT_TRUE(std::string(copy.what()).ends_with("SupportVectorMachineModel (line 3)"));
-  EXPECT_TRUE(std::string(error.what()).ends_with("SupportVectorMachineModel (line 4)"));
+  EXPECT_STREQ(copy.what(), "element VectorDictionary is missing in element PMML (line 3)");
+  EXPECT_STREQ(error.what(), "element VectorDictionary is missing in element PMML (line 4)");
 }
 
 TEST(SSException, SurvivesUnknownCodesAndMissingParts) {
