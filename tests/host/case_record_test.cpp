@@ -91,6 +91,7 @@ TEST(InputCaseRecord, ReplacesMissingOnlyWhereAsked) {
   field.var.DeclareInterval({0.0, 1.0, true, true});
   field.ReplaceMissing(NumericValue(20.0));  // outside the interval, and taken all the same
   field.var.DeclareMissing("-1");
+  field.var.DeclareMissing("20");
   EXPECT_EQ(field.Read("-1"), "20");
   EXPECT_EQ(field.Read("-1", false), "missing");
   InputCaseRecord fresh({&field.var}, true, true);

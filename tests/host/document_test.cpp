@@ -14,7 +14,7 @@ namespace {
 using MCZandor_850::SSException;
 using testing::StartsWith;
 
-// Code and place with which reading fails.
+// Code, place and sentence with which reading fails.
 template <typename Read>
 std::string Failure(Read read) {
   try {

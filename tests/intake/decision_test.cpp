@@ -40,8 +40,9 @@ TEST(OldTwoClassForm, GivesWayToTheNewerRule) {
     std::string decided;
   } cases[] = {
       {"3.2", second, "", "two-class-rounding", "0.49999999999999994", "0.5", "no yes"},
-      {"3.1", second + quarter, quarter, newer, "0.2", "0.25", "yes no"},
-      {"3.1", second + " maxWins='false'", quarter, newer, "0.2", "0.25", "yes no"},
+      {"3.1", second + quarter, "", newer, "0.2", "0.25", "yes no"},
+      {"3.1", second, quarter, newer, "0.2", "0.25", "yes no"},
+      {"3.1", second + " maxWins='false'", "", newer, "-0.1", "0", "yes no"},
       {"3.2", Replaced(second, "no", "maybe"), " alternateTargetCategory='no'", "", "-1", "1",
        "yes no"},
       {"4.2", second, "", newer, "-0.1", "0", "yes no"},

@@ -62,7 +62,7 @@ TEST(Version, IsTakenFromAttributeOrNamespace) {
   } cases[] = {
       {Version('3', '2'), "", "3.2"},
       {"version='4.2.1' xmlns='http://www.dmg.org/PMML-4_2'", "", "4.2.1"},
-      {"version='4.3' xmlns='http://www.dmg.org/PMML-4_4'", "version-disagreement", "4.3"},
+      {"version='3.2' xmlns='http://www.dmg.org/PMML-4_4'", "version-disagreement", "3.2"},
       {"xmlns='https://www.dmg.org/PMML-3_1'", "version-from-namespace", "3.1"},
       {"version='next' xmlns='http://www.dmg.org/PMML-4_0'", "version-from-namespace", "4.0"},
       {"version='' xmlns=''", "namespace-missing, version-assumed", "4.4"},

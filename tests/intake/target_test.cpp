@@ -24,10 +24,12 @@ TEST(Labels, AreComparedInTheTargetsType) {
 TEST(Labels, TheOtherOfTwoIsUnderstood) {
   Parts parts;
   parts.Classify();
-  parts.machines = Parts::Machine("targetCategory='no'");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "second-category");
-  EXPECT_EQ(Score(parts.Text(), kAbove), "yes");
-  EXPECT_EQ(Score(parts.Text(), kBelow), "no");
+  for (const auto& [named, other] : {std::pair("yes", "no"), std::pair("no", "yes")}) {
+    parts.machines = Parts::Machine("targetCategory='" + std::string(named) + '\'');
+    EXPECT_EQ(Read(parts.Text()).Steps(), "second-category");
+    EXPECT_EQ(Score(parts.Text(), kAbove), other);
+    EXPECT_EQ(Score(parts.Text(), kBelow), named);
+  }
   parts.machines = Parts::Machine("targetCategory='maybe'");
   EXPECT_EQ(Read(parts.Text()).Steps(), "");
 }
@@ -50,7 +52,11 @@ TEST(Categories, ComeFromTheMachinesWhereTheTargetListsNone) {
   parts.model += " classificationMethod='OneAgainstOne'";
   parts.machines =
       Parts::Machine("1", "2") + Parts::Machine("1.0", "3") + Parts::Machine("2.0", "3.0");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "target-categories, category-spelling 3");
+  const Reading equal = Read(parts.Text());
+  EXPECT_EQ(equal.Steps(), "target-categories, category-spelling 3");
+  EXPECT_EQ(equal.Show("DataField", 3),
+            "<DataField dataType='integer' name='t' optype='categorical'><Value value='1'></Value>"
+            "<Value value='2'></Value><Value value='3'></Value></DataField>");
   EXPECT_EQ(Score(parts.Text(), kAbove), "3");
 
   // The Target element may list them.

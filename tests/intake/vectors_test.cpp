@@ -1,4 +1,6 @@
 // Vectors in every form that the standard allows.
+#include <cmath>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -40,34 +42,30 @@ TEST(Vectors, KeepTheirNumbersAsWritten) {
   EXPECT_EQ(whole.Show("REAL-SparseArray"), Sparse(" defaultValue='7'", "1 2 ", "7 7 "));
 }
 
-// 2 * (0.25 x - 1.5 y) - 3 * (0.1 y) + 0.5, in every notation of the two vectors.
-TEST(Vectors, AllNotationsScoreTheSameBits) {
-  const double expected = Predict(Parts().Text(), At("0.7", "-1.1"));
-  for (const std::string& first :
-       {std::string("<Array>0.25 -1.5</Array>"), Sparse("", "2 1", "-1.5 0.25"),
-        std::string("<REAL-SparseArray defaultValue='0.25'><Indices>2</Indices>"
-                    "<Entries>-1.5</Entries></REAL-SparseArray>"),
-        Sparse(" n='2' defaultValue='-1.5'", "1", "0.25")}) {
-    EXPECT_EQ(Predict(With(first).Text(), At("0.7", "-1.1")), expected) << first;
-  }
-  EXPECT_NEAR(expected, 2 * (0.25 * 0.7 + 1.5 * 1.1) + 0.3 * 1.1 + 0.5, 1e-15);
-}
-
 // A vector without entries would be dropped with its coefficient; it is the origin.
-TEST(Vectors, TheOriginIsAVector) {
-  const auto score = [](const std::string& vector, const Case& inputs) {
-    Parts parts = With(vector, vector);
+TEST(Vectors, AllNotationsScoreTheSameBits) {
+  const auto score = [](const std::string& vector) {
+    Parts parts = With(vector);
     parts.kernel = "<RadialBasisKernelType gamma='1'/>";
-    return Score(parts.Text(), inputs);
+    return Predict(parts.Text(), At("0.7", "-1.1"));
   };
-  const std::string expected = score("<Array>0 0</Array>", At("1", "0"));
-  EXPECT_EQ(score("<Array>0 0</Array>", At("0", "-1")), expected);
-  for (const std::string& origin :
-       {std::string("<REAL-SparseArray/>"), std::string("<REAL-SparseArray n='2'/>"),
-        Sparse(" n='2'", "", ""),
-        std::string("<REAL-SparseArray><Indices> </Indices><Entries/></REAL-SparseArray>")}) {
-    EXPECT_EQ(score(origin, At("1", "0")), expected) << origin;
-  }
+  const std::string first = "<Array>0.25 -1.5</Array>";
+  const std::string origin = "<Array>0 0</Array>";
+  const std::pair<std::string, std::string> cases[] = {
+      {Sparse("", "1 2", "0.25 -1.5"), first},
+      {Sparse("", "2 1", "-1.5 0.25"), first},
+      {"<REAL-SparseArray defaultValue='0.25'><Indices>2</Indices><Entries>-1.5</Entries>"
+       "</REAL-SparseArray>",
+       first},
+      {Sparse(" n='2' defaultValue='-1.5'", "1", "0.25"), first},
+      {"<REAL-SparseArray/>", origin},
+      {"<REAL-SparseArray n='2'/>", origin},
+      {Sparse(" n='2'", "", ""), origin},
+      {"<REAL-SparseArray><Indices> </Indices><Entries/></REAL-SparseArray>", origin},
+  };
+  for (const auto& [vector, same] : cases) EXPECT_EQ(score(vector), score(same)) << vector;
+  // The squared distances of the point from both; the coefficient is 2.
+  EXPECT_NEAR(score(first) - score(origin), 2 * (std::exp(-0.3625) - std::exp(-1.7)), 1e-15);
 }
 
 TEST(Vectors, WhatIsNoVectorOfTheModelIsRefusedByPlace) {

@@ -5,7 +5,6 @@
 #include <climits>
 #include <memory>
 
-#include "svm/translator/splitter.h"
 #include "tests/translator/documents.h"
 #include "tests/translator/reading.h"
 
@@ -114,24 +113,11 @@ TEST(ReadingTest, SparseArraysAreRead) {
   }
 }
 
-TEST(ReadingTest, SplitterKeepsItsPlaceApart) {
-  char outer[] = "1;;2;";
-  std::vector<double> numbers;
-  EXPECT_EQ(MCZandor_850::SPLITTER_STR(outer, ";", numbers), 2);
-  EXPECT_EQ(MCZandor_850::SPLITTER_STR<double>(nullptr, ";", numbers), 0);
-  EXPECT_EQ(MCZandor_850::SPLITTER_STR<double>(outer, nullptr, numbers), 0);
-  EXPECT_THAT(numbers, ElementsAre(1, 2));
-}
-
 TEST(ReadingTest, MachineAttributesHaveDefaults) {
-  Reading plain(Classification());
-  EXPECT_EQ(plain.Machine().target_index, 0);
-  EXPECT_EQ(plain.Machine().alternate_target_index, 1);
-  EXPECT_EQ(plain.Machine().absolute_value, 0.125);
-
   Reading other(Edit(Edit(Classification(), " absoluteValue=\"0.125\"", ""),
                      "targetCategory=\"yes\"", "targetCategory='Yes' threshold='-0.5'"));
   EXPECT_EQ(other.Machine().target_index, 2);
+  EXPECT_EQ(other.Machine().alternate_target_index, 1);
   EXPECT_EQ(other.Machine().absolute_value, 0.0);
   EXPECT_EQ(other.Machine().threshold, -0.5);
 
@@ -140,6 +126,7 @@ TEST(ReadingTest, MachineAttributesHaveDefaults) {
   Reading extended(WithExtension(none, kProbability));
   EXPECT_EQ(extended.Machine().target_index, -1);
   EXPECT_EQ(extended.Machine().alternate_target_index, -1);
+  EXPECT_EQ(extended.Machine().absolute_value, 0.125);
 }
 
 TEST(ReadingTest, ExtensionsCountOnlyWhenComplete) {
