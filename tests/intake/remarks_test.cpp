@@ -33,6 +33,9 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
   } cases[] = {
       {"vectorId='b'", "vectorId='c'", "unknown-vector-id", "260313 SupportVector:7", -5.0},
       {"<SupportVector vectorId='b'/>", "", "unpaired-terms", "260251 Coefficients:7", -5.0},
+      {"<SupportVector vectorId='b'/>",
+       "<SupportVector vectorId='b'/><SupportVector vectorId='c'/>", "unpaired-terms",
+       "260251 Coefficients:7"},
       {"<Coefficient value='2'/>", "", "unpaired-terms", "260251 Coefficients:7", 8.75},
       {"id='b'", "id='a'", "duplicate-id, unknown-vector-id", "260310 VectorInstance:6", -5.0},
       {"id='b'", "id=''", "empty-id, unknown-vector-id", "260153 VectorInstance:6", -5.0},
