@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/app/edited.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
 
@@ -22,14 +23,7 @@ std::string Repeat(const std::string& text, int times) {
   return all;
 }
 
-// The model of line.pmml with one text in the place of another.
-std::string LineWith(const std::string& from, const std::string& to) {
-  std::string text = ReadFile(Data("line.pmml"));
-  return text.replace(text.find(from), from.size(), to);
-}
-
-const std::string kField = "<FieldRef field=\"x\"/>";
-const std::string kIndices = "<Indices>1</Indices><REAL-Entries>1</REAL-Entries>";
+const std::string kField = "<FieldRef field='x'/>";
 
 // Each of these would take gigabytes, or for ever.
 TEST(Limits, RefuseExpansionBombsInLittleMemory) {
@@ -66,48 +60,35 @@ TEST(Limits, RefuseExpansionBombsInLittleMemory) {
 
 TEST(Limits, LetHonestEntitiesThrough) {
   const TemporaryFolder folder;
-  const std::string model = folder.Write(
-      "model.pmml", "<!DOCTYPE PMML [<!ENTITY x 'x'><!ENTITY f '<FieldRef field=\"&x;\"/>'>]>" +
-                        LineWith(kField, "&f;").substr(ReadFile(Data("line.pmml")).find("<PMML")));
-  const Ran ran = RunProgram({"score", model, "--columns", "raw", "--prediction-only"}, "x\n1\n");
+  const std::string model = EditedFile(
+      folder, Data("line.pmml"),
+      {"<PMML",
+       "<!DOCTYPE PMML [<!ENTITY x 'x'><!ENTITY f '<FieldRef field=&#34;&x;&#34;/>'>]><PMML",
+       kField, "&f;"});
+  const Ran ran = RunProgram({"score", model, "--prediction-only"}, "x\n1\n");
   EXPECT_EQ(ran.out, "prediction,status\n2.1,0\n") << ran.err;
 }
 
 TEST(Limits, RefuseEntriesThatNoTextStandsFor) {
   const TemporaryFolder folder;
-  const std::string zeros =
-      "<VectorInstance id='z'><REAL-SparseArray n='2000000000'/></VectorInstance>";
-  const std::string zero = "<VectorInstance id='z'><REAL-SparseArray n='1'/></VectorInstance>";
-  struct Case {
-    std::string model;
-    std::string limit;  // that is just enough; empty where none is asked for
-    std::string name;
+  const auto score = [&folder](const Edits& edits, const std::string& limit) {
+    const std::string model = EditedFile(folder, Data("line.pmml"), edits);
+    Ran ran = RunProgram({"score", model, "--limit", limit}, "x\n1\n");
+    EXPECT_LT(ran.peak_kib, kMostKib);
+    return ran;
   };
   const std::string end = "</VectorDictionary>";
-  for (const Case& c : std::vector<Case>{
-           {LineWith(kField, ""), "", ""},
-           {LineWith(end, zeros + end), "", ""},
-           {LineWith(end, Repeat(zero, 3) + end), "3", "implied-entries"},
-           {LineWith(end, Repeat(zero, 3) + end), "4", "entries"},
-           {LineWith(kField, Repeat(kField, 4)), "", ""},
-       }) {
-    const std::string model = folder.Write("model.pmml", c.model);
-    const auto status = [&](const std::vector<std::string>& options) {
-      std::vector<std::string> command = {"score", model};
-      command.insert(command.end(), options.begin(), options.end());
-      const Ran ran = RunProgram(command, "x\n1\n");
-      EXPECT_LT(ran.peak_kib, kMostKib);
-      if (ran.status == 3) {
-        EXPECT_THAT(ran.err, HasSubstr("--limit " + c.name + "="));
-      }
-      return ran.status;
-    };
-    if (c.limit.empty()) {
-      EXPECT_EQ(status({}), 0);
-      continue;
-    }
-    EXPECT_EQ(status({"--limit", c.name + "=" + c.limit}), 0);
-    EXPECT_EQ(status({"--limit", c.name + "=" + std::to_string(std::stoi(c.limit) - 1)}), 3);
+  const std::string vector = "<VectorInstance id='z'><REAL-SparseArray n='";
+  const std::string zeros = vector + "2000000000'/></VectorInstance>" + end;
+  for (const Edits& harmless : {Edits{kField, ""}, {kField, Repeat(kField, 4)}, {end, zeros}}) {
+    EXPECT_EQ(score(harmless, "vectors=9").status, 0) << harmless[1];
+  }
+  const Edits more = {end, Repeat(vector + "1'/></VectorInstance>", 3) + end};
+  for (const auto& [limit, enough] : {std::pair{"implied-entries=", 3}, {"entries=", 4}}) {
+    EXPECT_EQ(score(more, limit + std::to_string(enough)).status, 0) << limit;
+    const Ran exceeds = score(more, limit + std::to_string(enough - 1));
+    EXPECT_EQ(exceeds.status, 3) << limit;
+    EXPECT_THAT(exceeds.err, HasSubstr(std::string("--limit ") + limit));
   }
 }
 
@@ -126,10 +107,9 @@ TEST(Limits, OfTablesNameTheLine) {
                 "file, raise the limit: --limit cell-length=NUMBER\n");
   EXPECT_THAT(score("columns=1").err, HasSubstr("line 1: the number of cells in a row"));
   EXPECT_THAT(score("row-length=8").err, HasSubstr("line 3: the length of a row in bytes"));
-  EXPECT_EQ(RunProgram({"verify", Data("line.pmml"), "--input", cases, "--expected", cases,
-                        "--limit", "columns=1"})
-                .status,
-            5);
+  const Ran verified = RunProgram(
+      {"verify", Data("line.pmml"), "--input", cases, "--expected", cases, "--limit", "columns=1"});
+  EXPECT_EQ(verified.status, 5);
   for (const char* endless : {"cat /dev/zero", "yes ,", "echo '\"'; yes", "yes x | tr '\\n' x"}) {
     const Ran ran = RunShell("(echo x; " + std::string(endless) + ") | \"$SVMSCORE\" score " +
                              Data("line.pmml"));
@@ -156,38 +136,31 @@ TEST(Limits, AreRaisedByNameAndNumber) {
 // Doctor says which checks it leaves out, and makes the others.
 TEST(Limits, LetDoctorLeaveOutWhatWouldTakeMore) {
   const TemporaryFolder folder;
-  const std::string model = folder.Write("model.pmml", LineWith(kField, Repeat(kField, 4)));
-  const auto doctor = [&model](const std::string& entries) {
-    return RunProgram({"doctor", model, "--limit", "entries=" + entries}).out;
+  const std::string model = EditedFile(folder, Data("line.pmml"), {kField, Repeat(kField, 4)});
+  const auto doctor = [&model](const std::string& limit) {
+    return RunProgram({"doctor", model, "--limit", limit}).out;
   };
-  const Ran scored = RunProgram({"score", model, "--limit", "entries=1"}, "x\n1\n");
-  EXPECT_EQ(scored.status, 0) << scored.err;
-  EXPECT_THAT(doctor("3"), HasSubstr("vectors-unexamined"));
-  EXPECT_THAT(doctor("4"), Not(HasSubstr("vectors-unexamined")));
+  EXPECT_EQ(RunProgram({"score", model, "--limit", "entries=1"}, "x\n1\n").status, 0);
+  EXPECT_THAT(doctor("entries=3"), HasSubstr("vectors-unexamined"));
+  EXPECT_THAT(doctor("entries=4"), Not(HasSubstr("vectors-unexamined")));
 }
 
 // As deep as documents may be, through every command, on the stacks that there are.
 TEST(Limits, LeaveRoomOnTheStackForWhatTheyLetThrough) {
   const TemporaryFolder folder;
   const std::string deep = Repeat("<a>", 1990) + Repeat("</a>", 1990);
-  const std::string sum = "<Apply function=\"+\"><Constant>1</Constant>";
-  std::string text = ReadFile(Data("line.pmml"));
-  const auto insert = [&text](const std::string& before, const std::string& what) {
-    text.insert(text.find(before), what);
-  };
-  insert("<LinearKernelType",
-         "<LocalTransformations><DerivedField name=\"d\" optype=\"continuous\" "
-         "dataType=\"double\">" +
-             Repeat(sum, 990) + kField + Repeat("</Apply>", 990) +
-             "</DerivedField></LocalTransformations>");
-  text.replace(text.rfind(kField), kField.size(), "<FieldRef field=\"d\"/>");
-  insert("</Header>", "<Extension>" + deep + "</Extension>");
-  insert("<LocalTransformations",
-         "<ModelVerification><VerificationFields><VerificationField "
-         "field=\"x\"/><VerificationField field=\"y\"/>"
-         "</VerificationFields><InlineTable><row><x>1</x><y>1982.1</y>" +
-             deep + "</row></InlineTable></ModelVerification>");
-  const std::string model = folder.Write("model.pmml", text);
+  const std::string model = EditedFile(
+      folder, Data("line.pmml"),
+      {kField, "<FieldRef field='d'/>", "</Header>", "<Extension>" + deep + "</Extension></Header>",
+       "<LinearKernelType/>",
+       "<ModelVerification><VerificationFields><VerificationField field='x'/>"
+       "<VerificationField "
+       "field='y'/></VerificationFields><InlineTable><row><x>1</x><y>1982.1</y>" +
+           deep +
+           "</row></InlineTable></ModelVerification><LocalTransformations><DerivedField name='d' "
+           "optype='continuous' dataType='double'>" +
+           Repeat("<Apply function='+'><Constant>1</Constant>", 990) + kField +
+           Repeat("</Apply>", 990) + "</DerivedField></LocalTransformations><LinearKernelType/>"});
   const Ran ran = RunProgram({"score", model, "--prediction-only", "--threads", "3"},
                              "x,y\n" + Repeat("1," + std::string(1000, 'y') + "\n", 1500));
   EXPECT_EQ(ran.status, 0) << ran.err;

@@ -66,8 +66,8 @@ Ran RunProgram(const std::vector<std::string>& arguments, const std::string& inp
   return Run(WithProgram(arguments), input);
 }
 
-Ran RunShell(const std::string& line) {
-  return Run({"bash", "-c", line}, {});
+Ran RunShell(const std::string& line, const std::string& input) {
+  return Run({"bash", "-c", line}, input);
 }
 
 std::string Data(const std::string& name) {

@@ -23,8 +23,8 @@ Ran WaitFor(pid_t program);
 
 // Runs the program with `input` on standard input.
 Ran RunProgram(const std::vector<std::string>& arguments, const std::string& input = {});
-// Runs a line of shell, in which "$SVMSCORE" is the program.
-Ran RunShell(const std::string& line);
+// The same with a line of shell, in which "$SVMSCORE" is the program.
+Ran RunShell(const std::string& line, const std::string& input = {});
 
 // The path of a file in tests/app/data.
 std::string Data(const std::string& name);
