@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "app/failure.h"
 #include "app/output_file.h"
 #include "app/row_format.h"
 #include "tests/app/temporary_folder.h"
@@ -37,71 +36,47 @@ TEST(CsvFormat, QuotesOnlyWhatNeedsIt) {
 
 TEST(JsonLinesFormat, IsJsonForEveryText) {
   const auto format = JsonLinesFormat({"a\"", "b", "c"});
-  const std::string texts[] = {"x", "\"\\/\b\f\n\r\t\x01\x7F",
-                               "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", std::string("a\0b", 3)};
-  for (const std::string& text : texts) {
+  for (const std::string& text : {std::string("\"\\/\b\f\n\r\t\x01\x7F a\0b", 14),
+                                  std::string("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80")}) {
     const auto json = nlohmann::json::parse(RowOf(*format, text, 1e-300));
     EXPECT_EQ(json["a\""], text);
     EXPECT_EQ(json["b"], 1e-300);
     EXPECT_TRUE(json["c"].is_null());
   }
-  EXPECT_TRUE(
-      nlohmann::json::parse(RowOf(*format, "", std::numeric_limits<double>::infinity()))["b"]
-          .is_null());
+  const std::string row = RowOf(*format, "", std::numeric_limits<double>::infinity());
+  EXPECT_TRUE(nlohmann::json::parse(row)["b"].is_null());
 }
 
 TEST(JsonLinesFormat, ReplacesBytesThatAreNotUtf8) {
-  const std::string texts[] = {"\xC3",
-                               "\x80",
-                               "\xC0\xAF",
-                               "\xE0\x9F\xBF",
-                               "\xED\xA0\x80",
-                               "\xF4\x90\x80\x80",
-                               "\xF0\x8F\xBF\xBF",
-                               "\xE2\x82"};
-  for (const std::string& text : texts) {
+  for (const char* text : {"\xC3", "\x80", "\xC0\xAF", "\xE0\x9F\xBF", "\xED\xA0\x80",
+                           "\xF4\x90\x80\x80", "\xF0\x8F\xBF\xBF", "\xE2\x82"}) {
     std::string out;
-    AppendJsonString(out, text + "z");
+    AppendJsonString(out, std::string(text) + "z");
     const std::string read = nlohmann::json::parse(out);
-    EXPECT_TRUE(read.starts_with("\xEF\xBF\xBD")) << out;
-    EXPECT_TRUE(read.ends_with("z")) << out;
+    EXPECT_TRUE(read.starts_with("\xEF\xBF\xBD") && read.ends_with("z")) << out;
   }
 }
 
 TEST(OutputFile, AppearsWithCommitAndNotBefore) {
   const TemporaryFolder folder;
   const std::string path = folder.Write("scores.csv", "earlier");
+  const std::string link = folder.Path("link.csv");
   fs::permissions(path, fs::perms(0640));
+  fs::create_symlink(path, link);
   {
     OutputFile abandoned(path);
     abandoned.Write("half");
-    EXPECT_EQ(folder.FileCount(), 2U);
+    EXPECT_EQ(folder.FileCount(), 3U);
   }
-  EXPECT_EQ(ReadFile(path), "earlier");
-  EXPECT_EQ(folder.FileCount(), 1U);
-  OutputFile output(path);
+  EXPECT_EQ(folder.FileCount(), 2U);
+  OutputFile output(link);
   output.Write("new");
   EXPECT_EQ(ReadFile(path), "earlier");
   output.Commit();
   EXPECT_EQ(ReadFile(path), "new");
+  EXPECT_TRUE(fs::is_symlink(link));
   EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
-  EXPECT_EQ(folder.FileCount(), 1U);
-}
-
-TEST(OutputFile, WritesThroughLinksAndIntoDevices) {
-  const TemporaryFolder folder;
-  const std::string target = folder.Write("target.csv", "");
-  fs::create_symlink(target, folder.Path("link.csv"));
-  OutputFile linked(folder.Path("link.csv"));
-  linked.Write("new");
-  linked.Commit();
-  EXPECT_EQ(ReadFile(target), "new");
-  EXPECT_TRUE(fs::is_symlink(folder.Path("link.csv")));
-
-  OutputFile full("/dev/full");
-  EXPECT_THROW(full.Write("x"), Failure);
-  EXPECT_TRUE(fs::is_character_file("/dev/full"));
-  EXPECT_THROW(OutputFile(folder.Path("none/scores.csv")), Failure);
+  EXPECT_EQ(folder.FileCount(), 2U);
 }
 
 }  // namespace
