@@ -2,14 +2,13 @@
 #ifndef TESTS_DOCTOR_PATIENTS_H_
 #define TESTS_DOCTOR_PATIENTS_H_
 
-#include <regex>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "app/finding.h"
+#include "tests/app/edited.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
 
@@ -19,30 +18,9 @@ inline std::string Example(const std::string& name) {
   return std::string(EXAMPLES_FOLDER "/") + name;
 }
 
-// A place of a document and what to write there; a pattern where `all` is set.
-struct Edit {
-  std::string from;
-  std::string to;
-  bool all = false;
-};
-
-inline std::string Edited(const std::string& path, const std::vector<Edit>& edits) {
-  std::string text = ReadFile(path);
-  for (const Edit& edit : edits) {
-    if (edit.all) {
-      text = std::regex_replace(text, std::regex(edit.from), edit.to);
-      continue;
-    }
-    const std::size_t at = text.find(edit.from);
-    EXPECT_NE(at, std::string::npos) << edit.from;
-    if (at != std::string::npos) text.replace(at, edit.from.size(), edit.to);
-  }
-  return text;
-}
-
 struct Diagnosis {
   int status = -1;
-  std::vector<std::string> findings;  // as "NAME at ELEMENT", in the order of the report
+  std::string findings;  // as "NAME at ELEMENT, NAME", in the order of the report
   nlohmann::json json;
 };
 
@@ -56,10 +34,10 @@ inline Diagnosis Diagnose(const std::string& document, const std::vector<std::st
   if (diagnosis.json.is_discarded()) return diagnosis;
   bool changes = false;
   for (const auto& finding : diagnosis.json["findings"]) {
-    const std::string name = finding["name"];
-    const bool placed = finding["element"].is_string();
-    diagnosis.findings.push_back(placed ? name + " at " + finding["element"].get<std::string>()
-                                        : name);
+    if (!diagnosis.findings.empty()) diagnosis.findings += ", ";
+    diagnosis.findings += finding["name"].get<std::string>();
+    const auto& element = finding["element"];
+    if (element.is_string()) diagnosis.findings += " at " + element.get<std::string>();
     changes = changes || finding["severity"] == "error";
   }
   EXPECT_EQ(ran.status, changes ? 1 : 0);
