@@ -1,10 +1,8 @@
 // From a case record to the input vector: missing and invalid values, categories, positions.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include "host/pmml/document.h"
@@ -45,20 +43,12 @@ struct Inputs {
   }
   ~Inputs() { delete result; }
 
-  MCStatus Fill(const ScoreCaseRecord& record) {
-    idx.clear();
-    val.clear();
-    bool flag = false;
-    return model->FillCaseRecord(result, &record, flag, idx, val);
-  }
-  long Score(const ScoreCaseRecord* record) {
-    return model->GetScore(record, result, false).GetErrorCode();
+  long Score(const ScoreCaseRecord& record) {
+    return model->GetScore(&record, result, false).GetErrorCode();
   }
 
   std::unique_ptr<SVMModel> model;
   ScoreResult* result = nullptr;
-  std::vector<int> idx;
-  std::vector<double> val;
 };
 
 MapRecord Case(double n, const char* c) {
@@ -67,49 +57,49 @@ MapRecord Case(double n, const char* c) {
   return record;
 }
 
-std::unique_ptr<VarStats> Replacement(std::unique_ptr<ScoreValue> value) {
-  auto stats = std::make_unique<VarStats>();
-  stats->SetMissingReplacement(value.get());
-  return stats;
+using Doubles = std::vector<double>;
+
+// The entries of a case, one for each field.
+Doubles Entries(SVMModel& model, const MapRecord& record, bool flag = false) {
+  ScoreResult* none = nullptr;
+  std::vector<int> idx;
+  Doubles val;
+  EXPECT_FALSE(model.FillCaseRecord(none, &record, flag, idx, val).IsError());
+  EXPECT_EQ(idx.size(), val.size());
+  for (std::size_t i = 0; i < idx.size(); ++i) EXPECT_EQ(idx[i], static_cast<int>(i));
+  return val;
 }
 
 TEST(CaseValues, EveryFieldGetsAnEntry) {
-  Inputs inputs(true);
-  EXPECT_FALSE(inputs.Fill(Case(0, "green")).IsError());
-  EXPECT_EQ(inputs.idx, (std::vector<int>{0, 1, 2, 3}));
-  EXPECT_EQ(inputs.val, (std::vector<double>{0, 1, 0, 0}));
-  EXPECT_FALSE(inputs.Fill(Case(2.5, "red")).IsError());
-  EXPECT_EQ(inputs.val, (std::vector<double>{2.5, 0, 0, 0}));
+  const Inputs inputs(true);
+  EXPECT_EQ(Entries(*inputs.model, Case(0, "green")), (Doubles{0, 1, 0, 0}));
+  EXPECT_EQ(Entries(*inputs.model, Case(2.5, "red")), (Doubles{2.5, 0, 0, 0}));
   // A value that is no category, let through, is not the category that is none either.
   FieldTreatment as_is;
   as_is.invalid = FieldTreatment::Invalid::kAsIs;
   inputs.model->GetDictionary()->FindVar("c")->SetTreatment(as_is);
-  EXPECT_FALSE(inputs.Fill(Case(2.5, "purple")).IsError());
-  EXPECT_EQ(inputs.val, (std::vector<double>{2.5, 0, 0, 0}));
+  EXPECT_EQ(Entries(*inputs.model, Case(2.5, "purple")), (Doubles{2.5, 0, 0, 0}));
 }
 
 TEST(CaseValues, TheFirstBadFieldDecides) {
   Inputs inputs(true);
-  MapRecord invalid_first({{"n", std::nan("")}});
-  EXPECT_EQ(inputs.Score(&invalid_first), 90027);
+  EXPECT_EQ(inputs.Score(MapRecord({{"n", kNaN}})), 90027);
   MapRecord missing_first({});
   missing_first.Set("c", std::make_unique<StringValue>("blue"));
-  EXPECT_EQ(inputs.Score(&missing_first), 90029);
-  EXPECT_EQ(inputs.Score(std::make_unique<MapRecord>(Case(1, "blue")).get()), 90027);
+  EXPECT_EQ(inputs.Score(missing_first), 90029);
+  EXPECT_EQ(inputs.Score(Case(1, "blue")), 90027);
   inputs.model->GetDictionary()->FindVar("n")->DeclareMissing("-99");
-  EXPECT_EQ(inputs.Score(std::make_unique<MapRecord>(Case(-99, "red")).get()), 90029);
+  EXPECT_EQ(inputs.Score(Case(-99, "red")), 90029);
 }
 
 TEST(CaseValues, NoRecordNoDataOrNoTargetCannotBeScored) {
   Inputs inputs(true);
-  EXPECT_EQ(inputs.Score(nullptr), 90029);
-  EXPECT_EQ(inputs.result, nullptr);
-  inputs.model->SetTargetVar(nullptr);
-  const MapRecord record = Case(1, "red");
-  EXPECT_EQ(inputs.Score(&record), 90029);
-  SVMModel bare;
   ScoreResult* result = nullptr;
-  EXPECT_EQ(bare.GetScore(&record, result, true).GetErrorCode(), 90029);
+  const MapRecord record = Case(1, "red");
+  EXPECT_EQ(inputs.model->GetScore(nullptr, result, false).GetErrorCode(), 90029);
+  EXPECT_EQ(SVMModel().GetScore(&record, result, true).GetErrorCode(), 90029);
+  inputs.model->SetTargetVar(nullptr);
+  EXPECT_EQ(inputs.model->GetScore(&record, result, false).GetErrorCode(), 90029);
   EXPECT_EQ(result, nullptr);
 }
 
@@ -117,18 +107,19 @@ TEST(CaseValues, ReplacementsAreWhatThePolicySays) {
   const MapRecord empty({});
   for (const auto policy : {ScoreModel::kReplaceMissing, ScoreModel::kPredictMissing}) {
     Inputs inputs(true, policy);
-    ScoreDictionary* dictionary = inputs.model->GetDictionary();
-    dictionary->FindVar("n")->SetVarStats(Replacement(std::make_unique<NumericValue>(7)).release());
-    dictionary->FindVar("c")->SetVarStats(
-        Replacement(std::make_unique<StringValue>("green")).release());
-    const long code = inputs.Score(&empty);
+    const auto replace = [&inputs](const char* name, const ScoreValue& value) {
+      auto* stats = new VarStats;
+      stats->SetMissingReplacement(&value);
+      inputs.model->GetDictionary()->FindVar(name)->SetVarStats(stats);
+    };
+    replace("n", NumericValue(7));
+    replace("c", StringValue("green"));
     if (policy == ScoreModel::kReplaceMissing) {
-      EXPECT_EQ(code, 0);
+      EXPECT_EQ(inputs.Score(empty), 0);
       EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), 7.0);
-      inputs.Fill(empty);
-      EXPECT_EQ(inputs.val, (std::vector<double>{7, 1, 0, 0}));
+      EXPECT_EQ(Entries(*inputs.model, empty), (Doubles{7, 1, 0, 0}));
     } else {
-      EXPECT_EQ(code, 90029);
+      EXPECT_EQ(inputs.Score(empty), 90029);
       EXPECT_TRUE(inputs.result->GetPrediction()->IsMissing());
     }
   }
@@ -137,76 +128,61 @@ TEST(CaseValues, ReplacementsAreWhatThePolicySays) {
 // The result keeps its value over failing and good cases in turn; a sanitizer run finds what leaks
 // or is deleted twice.
 TEST(CaseValues, MissingPredictionsOfRegressionBelongToTheResult) {
-  for (const auto policy : {ScoreModel::kReplaceMissing, ScoreModel::kPredictMissing}) {
-    Inputs inputs(true, policy);
-    const MapRecord empty({});
-    const MapRecord good = Case(3, "red");
-    for (int i = 0; i < 3; ++i) {
-      EXPECT_EQ(inputs.Score(&empty), 90029);
-      EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), NumericValue::GetSysmisValue());
-      EXPECT_EQ(inputs.Score(&good), 0);
-      EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), 3.0);
-    }
-  }
-  Inputs text_target(true);
-  text_target.model->GetDictionary()->FindVar("y")->SetOpType(svmscore::OpType::kCategorical);
   const MapRecord empty({});
   const MapRecord good = Case(3, "red");
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(text_target.Score(&empty), 90029);
-    EXPECT_FALSE(text_target.result->GetPrediction()->IsNumeric());
-    EXPECT_EQ(text_target.Score(&good), 0);
-    EXPECT_EQ(text_target.result->GetPrediction()->GetDouble(), 3.0);
+  for (const bool numeric : {true, false}) {
+    for (const auto policy : {ScoreModel::kReplaceMissing, ScoreModel::kPredictMissing}) {
+      Inputs inputs(true, policy);
+      ScoreDictVar* target = inputs.model->GetDictionary()->FindVar("y");
+      if (!numeric) target->SetOpType(svmscore::OpType::kCategorical);
+      for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(inputs.Score(empty), 90029);
+        EXPECT_EQ(inputs.result->GetPrediction()->IsNumeric(), numeric);
+        EXPECT_TRUE(inputs.result->GetPrediction()->IsMissing() || !numeric);
+        EXPECT_EQ(inputs.Score(good), 0);
+        EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), 3.0);
+      }
+    }
   }
 }
 
 TEST(CaseValues, MissingPredictionsOfClassificationBelongToTheModel) {
   Inputs inputs(false);
   const MapRecord empty({});
-  EXPECT_EQ(inputs.Score(&empty), 90029);
+  EXPECT_EQ(inputs.Score(empty), 90029);
   ScoreValue* first = inputs.result->GetPrediction();
   EXPECT_FALSE(first->IsNumeric());
   EXPECT_EQ(first->GetText(), "");
-  ScoreResult* other = new SVMClsResult(nullptr);
-  EXPECT_TRUE(inputs.model->GetScore(&empty, other, false).IsError());
-  EXPECT_EQ(other->GetPrediction(), first);
-  delete other;
+  SVMClsResult other(nullptr);
+  EXPECT_TRUE(Score(*inputs.model, empty, other).IsError());
+  EXPECT_EQ(other.GetPrediction(), first);
   inputs.model->GetDictionary()->FindVar("y")->SetOpType(svmscore::OpType::kContinuous);
-  EXPECT_EQ(inputs.Score(&empty), 90029);
+  EXPECT_EQ(inputs.Score(empty), 90029);
   EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), NumericValue::GetSysmisValue());
   Inputs failing(false, ScoreModel::kFailOnMissing);
-  EXPECT_EQ(failing.Score(&empty), 90029);
+  EXPECT_EQ(failing.Score(empty), 90029);
   EXPECT_EQ(failing.result->GetPrediction(), nullptr);
 }
 
 TEST(CaseValues, PositionsAreThoseOfTheFirstRecord) {
   Inputs inputs(true);
-  MapRecord first({{"other", 9}, {"n", 4}}, true);
-  first.Set("c", std::make_unique<StringValue>("red"));
-  EXPECT_EQ(inputs.Score(&first), 0);
-  EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), 4.0);
-  MapRecord swapped({{"n", 5}, {"other", 6}}, true);
-  swapped.Set("c", std::make_unique<StringValue>("red"));
-  EXPECT_EQ(inputs.Score(&swapped), 0);
-  EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), 6.0);
+  for (const auto& [first, second] : {std::pair{"other", "n"}, {"n", "other"}}) {
+    MapRecord record({{first, 9}, {second, 4}}, true);
+    record.Set("c", std::make_unique<StringValue>("red"));
+    EXPECT_EQ(inputs.Score(record), 0);
+    EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), 4.0);
+  }
 }
 
 // Inputs n and h, derived fields d = 10 n and h = 100 n; the vector fields are d and h.
 TEST(CaseValues, DerivedFieldsAndTheInputsTheyHide) {
+  const auto times = [](const std::string& name, const std::string& factor) {
+    return "<DerivedField optype='continuous' dataType='double' name='" + name +
+           "'><NormContinuous field='n'><LinearNorm orig='0' norm='0'/><LinearNorm norm='" +
+           factor + "' orig='1'/></NormContinuous></DerivedField>";
+  };
   const auto document = svmscore::PmmlDocument::FromText(
-      R"(<TransformationDictionary>
-           <DerivedField name="d" optype="continuous" dataType="double">
-             <NormContinuous field="n">
-               <LinearNorm orig="0" norm="0"/><LinearNorm orig="1" norm="10"/>
-             </NormContinuous>
-           </DerivedField>
-           <DerivedField name="h" optype="continuous" dataType="double">
-             <NormContinuous field="n">
-               <LinearNorm orig="0" norm="0"/><LinearNorm orig="1" norm="100"/>
-             </NormContinuous>
-           </DerivedField>
-         </TransformationDictionary>)",
-      "derived");
+      "<Transformations>" + times("d", "10") + times("h", "100") + "</Transformations>", "derived");
   for (const bool by_position : {false, true}) {
     auto dictionary = std::make_unique<BaseDictionary>();
     for (const char* name : {"y", "h", "n"}) dictionary->AddVar(NumberVar(name));
@@ -225,56 +201,38 @@ TEST(CaseValues, DerivedFieldsAndTheInputsTheyHide) {
     data->AddFieldRef("h", "");
     model.SetSupportVectorMachineModel(data);
 
+    SCOPED_TRACE(by_position);
     // The first value stands where a derived field's own position would point.
     const MapRecord record({{"h", 7}, {"n", 0.5}}, by_position);
     model.SetUpDictVarIndex(&record, false);
-    ScoreResult* none = nullptr;
-    for (bool flag : {false, true}) {
-      std::vector<int> idx;
-      std::vector<double> val;
-      EXPECT_FALSE(model.FillCaseRecord(none, &record, flag, idx, val).IsError());
-      EXPECT_EQ(val, (std::vector<double>{5, flag ? 50.0 : 7.0})) << by_position << flag;
-    }
+    EXPECT_EQ(Entries(model, record), (Doubles{5, 7}));
+    EXPECT_EQ(Entries(model, record, true), (Doubles{5, 50}));
     const MapRecord given({{"h", 7}, {"n", 0.5}, {"d", 6}}, by_position);
-    bool flag = false;
-    std::vector<int> idx;
-    std::vector<double> val;
-    EXPECT_FALSE(model.FillCaseRecord(none, &given, flag, idx, val).IsError());
-    EXPECT_EQ(val[0], by_position ? 5.0 : 6.0) << "a derived value that the case brings along";
+    EXPECT_EQ(Entries(model, given)[0], by_position ? 5.0 : 6.0)
+        << "a derived value that the case brings along";
   }
 }
 
 TEST(CaseValues, FieldsOfAnUnknownKindAreInvalid) {
-  auto dictionary = std::make_unique<BaseDictionary>();
-  dictionary->AddVar(NumberVar("y"));
-  dictionary->AddVar(NumberVar("n"));
-  auto data = std::make_unique<SVMModelData>();
-  data->AddFieldRef("n", "");
-  data->AddCategoricalPredictor("n", "1", 1);
-  data->GetVectorFieldTypes()[1] = static_cast<VectorFieldType>(2);
-  EchoMachine(*data, 0, -1, -1);
-  const auto model = Assemble(std::move(dictionary), std::move(data));
-  const MapRecord record({{"n", 1}});
-  ScoreResult* result = nullptr;
-  EXPECT_EQ(model->GetScore(&record, result, false).GetErrorCode(), 90027);
-  delete result;
+  Classifier classifier(2);
+  classifier.Add(0, 1);
+  classifier.data->AddCategoricalPredictor("x0", "1", 1);
+  classifier.data->GetVectorFieldTypes()[1] = static_cast<VectorFieldType>(2);
+  EXPECT_EQ(Decide(*classifier.Model(), {1}).code, 90027);
 }
 
 TEST(CaseValues, NothingThatThrowsLeavesGetScore) {
-  Inputs inputs(false);
-  const std::string log = testing::TempDir() + "svmscore_model_test.log";
-  std::remove(log.c_str());
-  ASSERT_TRUE(ScoringLog::GetInstance().SetFile(log));
-  ScoringLog::GetInstance().SetLevel(1);
-  const ThrowingRecord record;
-  MCStatus status;
-  EXPECT_NO_THROW(status = inputs.model->GetScore(&record, inputs.result, false));
-  ScoringLog::GetInstance().SetLevel(0);
-  EXPECT_TRUE(status.IsError());
-  EXPECT_EQ(status.GetErrorCode(), 90029);
-  std::ifstream file(log);
-  const std::string text((std::istreambuf_iterator<char>(file)), {});
-  EXPECT_NE(text.find("MCStatus error code is :90029\n"), std::string::npos) << text;
+  const std::string path = testing::TempDir() + "svmscore_model_test.log";
+  std::remove(path.c_str());
+  ScoringLog& log = ScoringLog::GetInstance();
+  ASSERT_TRUE(log.SetFile(path));
+  log.SetLevel(1);
+  EXPECT_EQ(Inputs(false).Score(ThrowingRecord()), 90029);
+  log.SetLevel(0);
+  std::string line;
+  std::ifstream file(path);
+  std::getline(file, line);
+  EXPECT_TRUE(line.ends_with("MCStatus error code is :90029")) << line;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <string>
 #include <utility>
 #include <vector>
@@ -108,15 +109,22 @@ inline std::unique_ptr<SVMModel> Assemble(std::unique_ptr<BaseDictionary> dictio
   return model;
 }
 
+// The first of "a", "b", ...
+inline std::vector<std::string> Letters(std::size_t count) {
+  std::vector<std::string> letters;
+  for (std::size_t i = 0; i < count; ++i) letters.emplace_back(1, static_cast<char>('a' + i));
+  return letters;
+}
+
 // A classification model whose machine m has the decision value of input x<m>, so that cases say
 // what the machines decide. Change `data` before Model() to make another.
 struct Classifier {
-  explicit Classifier(const std::vector<std::string>& categories)
-      : dictionary(std::make_unique<BaseDictionary>()), data(std::make_unique<SVMModelData>()) {
-    dictionary->AddVar(TextVar("y", categories));
+  // The target lists the first letters as its categories; the data count as many, but for 0.
+  explicit Classifier(std::size_t listed) {
+    dictionary->AddVar(TextVar("y", Letters(listed)));
     data->SetFunctionName(true);
     data->SetClassificationMethod(false);
-    data->SetCateNumOfTarget(static_cast<int>(categories.size()));
+    data->SetCateNumOfTarget(static_cast<int>(listed));
     data->SetMaxWins(true);
   }
   Machine* Add(int target, int alternate) {
@@ -126,10 +134,21 @@ struct Classifier {
     data->AddFieldRef(name, "");
     return EchoMachine(*data, static_cast<int>(field), target, alternate);
   }
+  // Makes the data count the categories, and adds a machine for each pair: (0,1), (0,2), ...,
+  // (1,2), ... The probability of a pair's first category is the logistic function of its decision
+  // value, and is used where `calibrated`.
+  Classifier& AddPairs(int categories, bool calibrated = false) {
+    data->SetCateNumOfTarget(categories);
+    data->SetVEMAExtension(calibrated);
+    for (int i = 0; i < categories; ++i) {
+      for (int j = i + 1; j < categories; ++j) Extend(Add(i, j), -1, 0, i, j);
+    }
+    return *this;
+  }
   std::unique_ptr<SVMModel> Model() { return Assemble(std::move(dictionary), std::move(data)); }
 
-  std::unique_ptr<BaseDictionary> dictionary;
-  std::unique_ptr<SVMModelData> data;
+  std::unique_ptr<BaseDictionary> dictionary = std::make_unique<BaseDictionary>();
+  std::unique_ptr<SVMModelData> data = std::make_unique<SVMModelData>();
 };
 
 inline MapRecord CaseOf(const std::vector<double>& decisions) {
@@ -142,29 +161,27 @@ inline MapRecord CaseOf(const std::vector<double>& decisions) {
 
 // What came of a classification, in plain types.
 struct Decided {
-  long code = 0;
+  long code;
   std::string category;  // empty where there is none
-  double confidence = -1;
+  double confidence;
   std::vector<double> percents;
 };
 
-inline Decided Read(MCStatus status, const ScoreResult* result) {
-  Decided decided;
-  decided.code = status.GetErrorCode();
-  if (const auto* cls = dynamic_cast<const SVMClsResult*>(result)) {
-    if (cls->GetPrediction() != nullptr) decided.category = cls->GetPrediction()->GetText();
-    decided.confidence = cls->GetConfidence();
-    for (const auto& entry : cls->GetAllValuePercent()) decided.percents.push_back(entry.second);
-  }
+inline Decided Read(MCStatus status, const SVMClsResult& result) {
+  Decided decided{status.GetErrorCode(), "", result.GetConfidence(), {}};
+  if (result.GetPrediction() != nullptr) decided.category = result.GetPrediction()->GetText();
+  for (const auto& entry : result.GetAllValuePercent()) decided.percents.push_back(entry.second);
   return decided;
 }
 
+inline MCStatus Score(SVMModel& model, const MapRecord& record, ScoreResult& result) {
+  ScoreResult* base = &result;
+  return model.GetScore(&record, base, false);
+}
+
 inline Decided Decide(SVMModel& model, const std::vector<double>& decisions) {
-  ScoreResult* result = nullptr;
-  const MCStatus status =
-      model.GetScore(std::make_unique<MapRecord>(CaseOf(decisions)).get(), result, false);
-  const std::unique_ptr<ScoreResult> owned(result);
-  return Read(status, result);
+  SVMClsResult result(model.GetTargetVar());
+  return Read(Score(model, CaseOf(decisions), result), result);
 }
 
 // The same past the checks on input values: NaN and infinities reach the machines.
@@ -172,8 +189,8 @@ inline Decided DecideUnchecked(SVMModel& model, const std::vector<double>& decis
   SVMClsResult result(model.GetTargetVar());
   ScoreResult* base = &result;
   std::vector<int> idx(decisions.size());
-  for (std::size_t i = 0; i < idx.size(); ++i) idx[i] = static_cast<int>(i);
-  return Read(model.ScoreSVMClsModel(idx, decisions, base), base);
+  std::iota(idx.begin(), idx.end(), 0);
+  return Read(model.ScoreSVMClsModel(idx, decisions, base), result);
 }
 
 }  // namespace svmscore_test

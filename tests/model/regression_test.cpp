@@ -6,64 +6,50 @@ namespace {
 
 using namespace svmscore_test;  // NOLINT
 
-struct Regression {
-  Regression(double std_dev, bool append, bool prediction_only = false) {
-    auto dictionary = std::make_unique<BaseDictionary>();
-    dictionary->AddVar(NumberVar("y"));
-    dictionary->AddVar(NumberVar("x0"));
-    auto data = std::make_unique<SVMModelData>();
-    data->AddFieldRef("x0", "");
-    data->SetAppendProbability(append);
-    Machine* machine = EchoMachine(*data, 0, -1, -1, 2);
-    machine->extension = new ST_MACHINEEXTENSION;
-    machine->extension->standard_deviation = std_dev;
-    model = Assemble(std::move(dictionary), std::move(data));
-    model->SetPredictionOnly(prediction_only);
-    ScoreResult* raw = nullptr;
-    const MapRecord record = CaseOf({8});
-    EXPECT_FALSE(model->GetScore(&record, raw, false).IsError());
-    result.reset(dynamic_cast<SVMRegResult*>(raw));
-  }
-  std::unique_ptr<SVMModel> model;
-  std::unique_ptr<SVMRegResult> result;
-};
-
-TEST(Regression, ValueDeviationAndInterval) {
-  const Regression one(1.0, true);
-  double lower = 0;
-  double upper = 0;
-  EXPECT_EQ(one.result->GetPrediction()->GetDouble(), 10.0);
-  EXPECT_EQ(one.result->GetStdDev(), 1.0);
-  ASSERT_TRUE(one.result->GetInterval(lower, upper));
-  EXPECT_EQ(lower, 10 - 2.99573227355399);
-  EXPECT_EQ(upper, 10 + 2.99573227355399);
-
-  const Regression not_asked_for(1.0, false);
-  EXPECT_EQ(not_asked_for.result->GetStdDev(), 0.0);
-  ASSERT_TRUE(not_asked_for.result->GetInterval(lower, upper));
-  EXPECT_EQ(lower, 10.0);
-  EXPECT_EQ(upper, 10.0);
+// The value of an input x0, plus 2.
+std::unique_ptr<SVMModel> Regression(double std_dev, bool append) {
+  auto dictionary = std::make_unique<BaseDictionary>();
+  dictionary->AddVar(NumberVar("y"));
+  dictionary->AddVar(NumberVar("x0"));
+  auto data = std::make_unique<SVMModelData>();
+  data->AddFieldRef("x0", "");
+  data->SetAppendProbability(append);
+  Extend(EchoMachine(*data, 0, -1, -1, 2), 0, 0)->standard_deviation = std_dev;
+  return Assemble(std::move(dictionary), std::move(data));
 }
 
-TEST(Regression, NoIntervalWithoutADeviation) {
-  double lower = 0;
-  double upper = 0;
-  const Regression missing(NumericValue::GetSysmisValue(), true);
-  EXPECT_EQ(missing.result->GetStdDev(), -1.0);
-  EXPECT_FALSE(missing.result->GetInterval(lower, upper));
-  const Regression prediction_only(1.0, true, true);
-  EXPECT_EQ(prediction_only.result->GetPrediction()->GetDouble(), 10.0);
-  EXPECT_EQ(prediction_only.result->GetStdDev(), -1.0);
-  EXPECT_FALSE(prediction_only.result->GetInterval(lower, upper));
+TEST(Regression, ValueDeviationAndInterval) {
+  const struct {
+    double std_dev;
+    bool append, prediction_only;
+    double expected, half_width;  // -1: none
+  } rows[] = {{1.0, true, false, 1.0, 2.99573227355399},
+              {1.0, false, false, 0.0, 0.0},
+              {NumericValue::GetSysmisValue(), true, false, -1.0, -1.0},
+              {1.0, true, true, -1.0, -1.0}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    const auto model = Regression(row.std_dev, row.append);
+    model->SetPredictionOnly(row.prediction_only);
+    SVMRegResult result(nullptr);
+    EXPECT_FALSE(Score(*model, CaseOf({8}), result).IsError());
+    EXPECT_EQ(result.GetPrediction()->GetDouble(), 10.0);
+    EXPECT_EQ(result.GetStdDev(), row.expected);
+    double lower = 0;
+    double upper = 0;
+    ASSERT_EQ(result.GetInterval(lower, upper), row.half_width >= 0);
+    if (row.half_width < 0) continue;
+    EXPECT_EQ(lower, 10 - row.half_width);
+    EXPECT_EQ(upper, 10 + row.half_width);
+  }
 }
 
 TEST(Regression, NeverWritesToACategory) {
-  const Regression regression(1.0, true);
   NumericValue category(3);
   SVMClsResult wrong(nullptr);
   wrong.SetPrediction(&category);
   ScoreResult* base = &wrong;
-  EXPECT_FALSE(regression.model->FillSVMRegResult(10, base).IsError());
+  EXPECT_FALSE(Regression(1.0, true)->FillSVMRegResult(10, base).IsError());
   EXPECT_EQ(category.GetDouble(), 3.0);
 }
 

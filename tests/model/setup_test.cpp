@@ -19,15 +19,14 @@ std::string Shown(const SVMModel& model) {
 TEST(SetUp, ModelTypeFollowsTheData) {
   SVMModel model;
   EXPECT_EQ(model.GetModelType(), 0);
-  model.SetSupportVectorMachineModel(new SVMModelData);
-  EXPECT_EQ(model.GetModelType(), 30);
-  auto* data = new SVMModelData;
-  data->SetFunctionName(true);
-  model.SetSupportVectorMachineModel(data);
-  EXPECT_EQ(model.GetModelType(), 29);
-  model.SetSupportVectorMachineModel(nullptr);
-  model.SetSupportVectorMachineModel(data);
-  EXPECT_EQ(model.GetModelType(), 29);
+  for (const bool classifies : {false, true}) {
+    auto* data = new SVMModelData;
+    data->SetFunctionName(classifies);
+    for (SVMModelData* given : {data, data, static_cast<SVMModelData*>(nullptr)}) {
+      model.SetSupportVectorMachineModel(given);
+      EXPECT_EQ(model.GetModelType(), classifies ? 29 : 30);
+    }
+  }
 }
 
 TEST(SetUp, KernelAndItsParametersFollowTheData) {
@@ -78,19 +77,19 @@ TEST(SetUp, DecisionValueIsSummedInOrder) {
 }
 
 TEST(SetUp, VariablesOfARole) {
-  Classifier classifier({"a", "b"});
+  using Variables = std::vector<ScoreDictVar*>;
+  Classifier classifier(2);
   classifier.Add(0, 1);
   const auto model = classifier.Model();
   EXPECT_EQ(model->GetVarsOfRole(ScoreModel::kActiveRole), nullptr);
-  model->SetVarRole(std::string("x0"), ScoreModel::kActiveRole);
-  const std::unique_ptr<BaseDictionary> active(model->GetVarsOfRole(ScoreModel::kActiveRole));
-  ASSERT_NE(active, nullptr);
-  EXPECT_EQ(active->GetVariables(),
-            std::vector<ScoreDictVar*>{model->GetDictionary()->FindVar("x0")});
-  const std::unique_ptr<BaseDictionary> target(model->GetVarsOfRole(ScoreModel::kTargetRole));
-  ASSERT_NE(target, nullptr);
-  EXPECT_NE(target->FindVar("y"), nullptr);
   EXPECT_EQ(SVMModel().GetVarsOfRole(ScoreModel::kTargetRole), nullptr);
+  model->SetVarRole(std::string("x0"), ScoreModel::kActiveRole);
+  for (const auto& [role, name] :
+       {std::pair{ScoreModel::kActiveRole, "x0"}, {ScoreModel::kTargetRole, "y"}}) {
+    const std::unique_ptr<BaseDictionary> found(model->GetVarsOfRole(role));
+    ASSERT_NE(found, nullptr) << name;
+    EXPECT_EQ(found->GetVariables(), Variables{model->GetDictionary()->FindVar(name)});
+  }
 }
 
 TEST(ModelDisplay, ByteForByte) {
@@ -99,38 +98,35 @@ TEST(ModelDisplay, ByteForByte) {
   EXPECT_EQ(Shown(SVMModel()), begin +
                                    "False.\nTarget variable: Target categories: "
                                    "End of SupportVectorMachineModel display.\n");
-  const auto model = Classifier({"A", "B"}).Model();
+  const auto model = Classifier(2).Model();
   model->SetPredictionOnly(true);
   EXPECT_EQ(Shown(*model), begin +
-                               "True.\nTarget variable: y\nTarget categories: AB"
+                               "True.\nTarget variable: y\nTarget categories: ab"
                                "End of SupportVectorMachineModel display.\n");
 }
 
+template <typename... Arguments>
+using Setter = void (ScoreModel::*)(Arguments...);
+template <typename Argument>
+using RoleGetter = ScoreModel::VarRole (ScoreModel::*)(Argument) const;
+
 TEST(SetUp, SlotOrder) {
-  EXPECT_EQ(SlotOf<void (ScoreModel::*)(ScoreDictionary*)>(&ScoreModel::SetScoreDictionary), 2u);
-  EXPECT_EQ(SlotOf(&ScoreModel::SetTransformationScoreDictionary), 3u);
-  EXPECT_EQ(SlotOf(&ScoreModel::SetResultScoreDictionary), 4u);
-  using Role = ScoreModel::VarRole;
-  EXPECT_EQ(SlotOf<void (ScoreModel::*)(const ScoreDictVar*, Role)>(&ScoreModel::SetVarRole), 5u);
-  EXPECT_EQ(SlotOf<void (ScoreModel::*)(const std::string&, Role)>(&ScoreModel::SetVarRole), 6u);
-  EXPECT_EQ(SlotOf(&ScoreModel::SetMissingValuePolicy), 7u);
-  EXPECT_EQ(SlotOf(&ScoreModel::SetVersionInfo), 8u);
-  EXPECT_EQ(SlotOf<Role (ScoreModel::*)(const ScoreDictVar*) const>(&ScoreModel::GetVarRole), 10u);
-  EXPECT_EQ(SlotOf<Role (ScoreModel::*)(const std::string&) const>(&ScoreModel::GetVarRole), 11u);
-  EXPECT_EQ(SlotOf(&ScoreModel::GetVersionInfo), 12u);
-  EXPECT_EQ(SlotOf(&ScoreModel::GetTargetVar), 14u);
-  EXPECT_EQ(SlotOf(&ScoreModel::GetDictionary), 15u);
-  EXPECT_EQ(SlotOf(&ScoreModel::GetTransformationDictionary), 16u);
-  EXPECT_EQ(SlotOf(&ScoreModel::GetResultDictionary), 17u);
-  EXPECT_EQ(SlotOf(&ScoreModel::GetMissingValuePolicy), 19u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetModelType), 20u);
-  EXPECT_EQ(SlotOf<void (ScoreModel::*)(ScoreDictionary*, bool)>(&ScoreModel::SetScoreDictionary),
-            23u);
-  EXPECT_EQ(SlotOf(&SVMModel::SetPredictionOnly), 9u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetVarsOfRole), 13u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetScore), 18u);
-  EXPECT_EQ(SlotOf(&SVMModel::GetPredictionOnly), 21u);
-  EXPECT_EQ(SlotOf(&SVMModel::Display), 22u);
+  using Host = ScoreModel;
+  const auto slots =
+      [](auto... functions) {
+        return std::vector{SlotOf(functions)...};
+      }(Setter<ScoreDictionary*>(&Host::SetScoreDictionary),
+        &Host::SetTransformationScoreDictionary, &Host::SetResultScoreDictionary,
+        Setter<const ScoreDictVar*, Host::VarRole>(&Host::SetVarRole),
+        Setter<const std::string&, Host::VarRole>(&Host::SetVarRole), &Host::SetMissingValuePolicy,
+        &Host::SetVersionInfo, &SVMModel::SetPredictionOnly,
+        RoleGetter<const ScoreDictVar*>(&Host::GetVarRole),
+        RoleGetter<const std::string&>(&Host::GetVarRole), &Host::GetVersionInfo,
+        &SVMModel::GetVarsOfRole, &Host::GetTargetVar, &Host::GetDictionary,
+        &Host::GetTransformationDictionary, &Host::GetResultDictionary, &SVMModel::GetScore,
+        &Host::GetMissingValuePolicy, &SVMModel::GetModelType, &SVMModel::GetPredictionOnly,
+        &SVMModel::Display, Setter<ScoreDictionary*, bool>(&Host::SetScoreDictionary));
+  for (std::size_t i = 0; i < slots.size(); ++i) EXPECT_EQ(slots[i], i + 2);
 }
 
 }  // namespace
