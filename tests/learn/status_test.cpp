@@ -12,7 +12,6 @@ TEST(LearnerStatus, SeverityAndEquality) {
   EXPECT_TRUE(MCStatus().IsOK());
   EXPECT_TRUE(MCStatus(5, true).IsWarning());
   EXPECT_TRUE(MCStatus(0, false).IsError());
-  EXPECT_EQ(MCStatus(), MCStatus());
   EXPECT_FALSE(MCStatus(5, true) == MCStatus(5, false));
   MCStatus status;
   status.SetScaleDatum(2, -0.0);
