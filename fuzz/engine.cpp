@@ -87,8 +87,7 @@ sample::Cases MakeCases(const sample::Model& model, Choices& choices) {
 void Compare(const sample::Model& model, const sample::Cases& cases, bool with_wide) {
   const std::vector<double> expected = ByDefinition(model, cases);
   const auto check = [&](const char* name, const packed::Operations* operations) {
-    const std::string difference =
-        EngineDifference(model, cases, expected, operations, sample::Nan::kAnyNan);
+    const std::string difference = EngineDifference(model, cases, expected, operations);
     Promise(difference.empty(), std::string(name) + " gives the plain bits: " + difference);
   };
   using packed::Isa;

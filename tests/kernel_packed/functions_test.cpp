@@ -25,16 +25,8 @@ class VectorFunctions : public LevelTest {
 // Uniform, of every size, and next to the ends of what the vector forms cover.
 std::vector<double> Arguments(double reach) {
   Random random(7);
-  std::vector<double> arguments = {0.0,
-                                   -0.0,
-                                   NAN,
-                                   -NAN,
-                                   INFINITY,
-                                   -INFINITY,
-                                   5e-324,
-                                   -5e-324,
-                                   std::numeric_limits<double>::max(),
-                                   -std::numeric_limits<double>::max()};
+  std::vector<double> arguments = {0.0, 5e-324, std::numeric_limits<double>::max(), INFINITY, NAN};
+  for (std::size_t i = 0; i < 5; ++i) arguments.push_back(-arguments[i]);
   for (int i = 0; i < 150000; ++i) arguments.push_back(random.Within(-reach, reach));
   for (int i = 0; i < 50000; ++i) {
     const double size = std::exp2(random.Within(-1074.0, 1023.0));
@@ -56,29 +48,27 @@ std::vector<double> Arguments(double reach) {
 }
 
 TEST_P(VectorFunctions, HaveTheBitsOfTheLibrary) {
-  std::vector<double> in = Arguments(760.0);
-  std::vector<double> expected(in.size());
-  std::vector<double> found(in.size());
-  const auto compare = [&](const char* name, auto&& library, auto&& vector) {
-    for (std::size_t i = 0; i < in.size(); ++i) expected[i] = library(in[i]);
-    vector();
-    EXPECT_EQ(sample::Difference(expected, found), "") << name;
+  const auto compare = [](const char* name, double reach, auto&& library, auto&& vector) {
+    const std::vector<double> in = Arguments(reach);
+    std::vector<double> expected;
+    for (const double x : in) expected.push_back(library(x));
+    std::vector<double> found(in.size());
+    vector(in.data(), found.data(), in.size());
+    EXPECT_EQ(sample::Difference(expected, found), "") << name << " to " << reach;
   };
   compare(
-      "exp", [](double x) { return std::exp(x); },
-      [&] { operations()->exp(in.data(), found.data(), in.size()); });
+      "exp", 760.0, [](double x) { return std::exp(x); }, operations()->exp);
   for (const double reach : {1.1, 25.0}) {
-    in = Arguments(reach);
     compare(
-        "tanh", [](double x) { return std::tanh(x); },
-        [&] { operations()->tanh(in.data(), found.data(), in.size()); });
+        "tanh", reach, [](double x) { return std::tanh(x); }, operations()->tanh);
   }
   for (int degree = 1; degree <= kMaxWholeDegree; ++degree) {
-    in = Arguments(std::exp2(65.0 / degree));
     const double real = degree;
-    compare(
-        "pow", [real](double x) { return std::pow(x, real); },
-        [&] { operations()->pow(in.data(), degree, found.data(), in.size()); });
+    const auto library = [real](double x) { return std::pow(x, real); };
+    const auto vector = [&](const double* in, double* out, std::size_t count) {
+      operations()->pow(in, degree, out, count);
+    };
+    compare("pow", std::exp2(65.0 / degree), library, vector);
   }
 }
 

@@ -10,6 +10,17 @@ namespace sample {
 using namespace MCSVM_700;
 using packed::KernelForm;
 
+namespace {
+
+std::unique_ptr<SVMKernelFunction> PlainKernel(const Model& m) {
+  if (m.form == KernelForm::kLinear) return std::make_unique<SVMKFLinear>();
+  if (m.form == KernelForm::kRadialBasis) return std::make_unique<SVMKFRBF>(m.gamma);
+  if (m.form == KernelForm::kSigmoid) return std::make_unique<SVMKFSigmoid>(m.gamma, m.coef0);
+  return std::make_unique<SVMKFPolynomial>(m.gamma, m.coef0, m.degree);
+}
+
+}  // namespace
+
 PackedInput Model::Input() const {
   PackedInput input;
   input.form = form;
@@ -88,21 +99,7 @@ Cases RandomCases(std::size_t fields, std::size_t count, double fill, Random& ra
 }
 
 std::vector<double> ByDefinition(const Model& model, const Cases& cases) {
-  std::unique_ptr<SVMKernelFunction> kernel;
-  switch (model.form) {
-    case KernelForm::kLinear:
-      kernel = std::make_unique<SVMKFLinear>();
-      break;
-    case KernelForm::kPolynomial:
-      kernel = std::make_unique<SVMKFPolynomial>(model.gamma, model.coef0, model.degree);
-      break;
-    case KernelForm::kRadialBasis:
-      kernel = std::make_unique<SVMKFRBF>(model.gamma);
-      break;
-    case KernelForm::kSigmoid:
-      kernel = std::make_unique<SVMKFSigmoid>(model.gamma, model.coef0);
-      break;
-  }
+  const auto kernel = PlainKernel(model);
   std::vector<int> all(model.fields);
   std::iota(all.begin(), all.end(), 0);
   std::vector<double> decisions(model.machines.size() * cases.count);
@@ -126,11 +123,11 @@ std::vector<double> ByDefinition(const Model& model, const Cases& cases) {
 
 std::string Difference(const std::vector<double>& expected, const std::vector<double>& found,
                        Nan nan) {
+  using Bits = std::uint64_t;
   for (std::size_t i = 0; i < expected.size(); ++i) {
-    if (nan == Nan::kAnyNan && expected[i] != expected[i] && found[i] != found[i]) continue;
-    if (std::bit_cast<std::uint64_t>(expected[i]) == std::bit_cast<std::uint64_t>(found[i])) {
-      continue;
-    }
+    const bool both_nan = expected[i] != expected[i] && found[i] != found[i];
+    if (both_nan && nan == Nan::kAnyNan) continue;
+    if (std::bit_cast<Bits>(expected[i]) == std::bit_cast<Bits>(found[i])) continue;
     std::ostringstream text;
     text << std::hexfloat << "value " << i << ": " << expected[i] << " became " << found[i];
     return text.str();
@@ -139,27 +136,27 @@ std::string Difference(const std::vector<double>& expected, const std::vector<do
 }
 
 std::string EngineDifference(const Model& model, const Cases& cases,
-                             const packed::Operations* operations, Nan nan) {
-  return EngineDifference(model, cases, ByDefinition(model, cases), operations, nan);
+                             const packed::Operations* operations) {
+  return EngineDifference(model, cases, ByDefinition(model, cases), operations);
 }
 
 std::string EngineDifference(const Model& model, const Cases& cases,
                              const std::vector<double>& expected,
-                             const packed::Operations* operations, Nan nan) {
+                             const packed::Operations* operations) {
   const PackedEngine engine(model.Input(), operations);
   if (operations != nullptr && engine.isa() != operations->isa) return "the engine went plain";
   PackedScratch scratch;
   std::vector<double> found(expected.size());
   engine.DecideMany(cases.columns.data(), cases.count, cases.count, scratch, found.data(),
                     cases.count);
-  const std::string many = Difference(expected, found, nan);
+  const std::string many = Difference(expected, found, Nan::kAnyNan);
   if (!many.empty()) return "many cases: " + many;
   std::vector<double> decisions(model.machines.size());
   for (std::size_t c = 0; c < cases.count; ++c) {
     engine.Decide(cases.Case(c).data(), scratch, decisions.data());
     for (std::size_t m = 0; m < decisions.size(); ++m) found[m * cases.count + c] = decisions[m];
   }
-  const std::string one = Difference(expected, found, nan);
+  const std::string one = Difference(expected, found, Nan::kAnyNan);
   return one.empty() ? "" : "one case: " + one;
 }
 
