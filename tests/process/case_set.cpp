@@ -1,12 +1,11 @@
 #include "tests/process/case_set.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <new>
 #include <string_view>
-#include <utility>
 
 #include "host/score_dict_var.h"
 
@@ -37,8 +36,8 @@ void Fill(InputCaseRecord& record, std::size_t number) {
   }
 }
 
-double Hash(std::string_view text) {
-  return static_cast<double>(std::hash<std::string_view>()(text));
+void Add(Answer& answer, std::initializer_list<double> numbers) {
+  for (const double number : numbers) answer.bits.push_back(std::bit_cast<std::uint64_t>(number));
 }
 
 }  // namespace
@@ -66,14 +65,6 @@ const svmscore::Plugin& ThePlugin() {
 
 svmscore::LoadedModel Load(const std::string& path) {
   return LoadModel(ThePlugin(), svmscore::PmmlDocument::FromFile(path));
-}
-
-bool Answer::operator==(const Answer& other) const {
-  return status == other.status &&
-         std::equal(numbers.begin(), numbers.end(), other.numbers.begin(), other.numbers.end(),
-                    [](double a, double b) {
-                      return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
-                    });
 }
 
 struct CaseSet::OneCase {
@@ -109,8 +100,16 @@ CaseSet::CaseSet(const svmscore::LoadedModel& loaded)
 CaseSet::~CaseSet() = default;
 
 void CaseSet::Score() {
+  for (const auto& one : cases_) {
+    MCZandor_850::ScoreResult* result = one->result.release();
+    try {
+      one->status = loaded_.model->GetScore(&one->record, result, false).GetErrorCode();
+    } catch (...) {
+      escaped_ = true;
+    }
+    one->result.reset(result);
+  }
   try {
-    ScoreAlone();
     ScoreTogether();
   } catch (...) {
     escaped_ = true;
@@ -128,24 +127,12 @@ void CaseSet::Score() {
   }
 }
 
-void CaseSet::ScoreAlone() {
-  for (const auto& one : cases_) {
-    MCZandor_850::ScoreResult* result = one->result.release();
-    try {
-      one->status = loaded_.model->GetScore(&one->record, result, false).GetErrorCode();
-    } catch (...) {
-      escaped_ = true;
-    }
-    one->result.reset(result);
-  }
-}
-
 void CaseSet::ScoreTogether() {
-  taken_ = 0;
+  std::size_t taken = 0;
   for (const auto& one : cases_) {
     one->batch_status =
-        batch_.ReadCase(one->record, false, entries_.data() + taken_, kCases).GetErrorCode();
-    if (one->batch_status == 0) one->place = taken_++;
+        batch_.ReadCase(one->record, false, entries_.data() + taken, kCases).GetErrorCode();
+    if (one->batch_status == 0) one->place = taken++;
   }
   svmscore::BatchResults results;
   results.status = status_.data();
@@ -153,7 +140,7 @@ void CaseSet::ScoreTogether() {
   results.value = value_.data();
   results.decisions = decisions_.data();
   results.stride = kCases;
-  batch_.ScoreBatch({entries_.data(), kCases, taken_}, results);
+  batch_.ScoreBatch({entries_.data(), kCases, taken}, results);
 }
 
 std::vector<Answer> CaseSet::Answers() const {
@@ -162,11 +149,12 @@ std::vector<Answer> CaseSet::Answers() const {
     Answer& alone = answers.emplace_back(Answer{one->status, {}});
     if (one->status != 0 || !one->evaluated) continue;
     const auto& outcome = one->outcome;
-    alone.numbers = {static_cast<double>(outcome.category), outcome.confidence, outcome.std_dev};
-    if (outcome.category < 0) alone.numbers.push_back(outcome.prediction.GetNumber());
+    Add(alone, {static_cast<double>(outcome.category), outcome.confidence, outcome.std_dev});
+    if (outcome.category < 0) Add(alone, {outcome.prediction.GetNumber()});
     for (std::size_t i = 0; i < loaded_.output->Fields().size(); ++i) {
       const auto& cell = one->outputs.Cell(i);
-      alone.numbers.push_back(cell.IsPresent() ? Hash(one->outputs.TextOf(cell)) : -1.0);
+      alone.bits.push_back(
+          cell.IsPresent() ? std::hash<std::string_view>()(one->outputs.TextOf(cell)) : 0);
     }
   }
   for (const auto& one : cases_) {
@@ -174,9 +162,9 @@ std::vector<Answer> CaseSet::Answers() const {
     const long status = one->batch_status != 0 ? one->batch_status : status_[place];
     Answer& together = answers.emplace_back(Answer{status, {}});
     if (status != 0) continue;
-    together.numbers = {static_cast<double>(category_[place]), value_[place]};
+    Add(together, {static_cast<double>(category_[place]), value_[place]});
     for (std::size_t m = 0; m < batch_.DecisionCount(); ++m) {
-      together.numbers.push_back(decisions_[m * kCases + place]);
+      Add(together, {decisions_[m * kCases + place]});
     }
   }
   return answers;

@@ -2,6 +2,7 @@
 #ifndef TESTS_PROCESS_CASE_SET_H_
 #define TESTS_PROCESS_CASE_SET_H_
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,12 +22,12 @@ const std::vector<std::string>& Documents();
 const svmscore::Plugin& ThePlugin();
 svmscore::LoadedModel Load(const std::string& path);
 
-// Whatever was worked out of one case: numbers, and hashes of texts. The same cases of the same
-// document have equal answers.
+// Whatever was worked out of one case: the bits of numbers, and hashes of texts. The same cases of
+// the same document have equal answers.
 struct Answer {
   long status = 0;
-  std::vector<double> numbers;
-  bool operator==(const Answer& other) const;  // to the last bit
+  std::vector<std::uint64_t> bits;  // empty where the case failed
+  bool operator==(const Answer& other) const = default;
 };
 
 // Some good cases, one with invalid values and one without any. One thread.
@@ -41,8 +42,7 @@ class CaseSet {
   // Scores each case alone, then those that a batch takes as a batch, then computes output fields.
   // Allocates nothing but what the product allocates.
   void Score();
-  // One answer for each case alone, then one for each in the batch. Empty numbers where the case
-  // failed.
+  // One answer for each case alone, then one for each in the batch.
   std::vector<Answer> Answers() const;
   // Whether scoring threw, which it must not, or output fields threw other than std::bad_alloc.
   bool Escaped() const { return escaped_; }
@@ -50,14 +50,12 @@ class CaseSet {
  private:
   struct OneCase;
 
-  void ScoreAlone();
   void ScoreTogether();
 
   const svmscore::LoadedModel& loaded_;
   svmscore::BatchModel& batch_;
   bool escaped_ = false;
   std::vector<std::unique_ptr<OneCase>> cases_;
-  std::size_t taken_ = 0;  // cases that the batch holds
   std::vector<double> entries_;
   std::vector<long> status_;
   std::vector<int> category_;

@@ -8,17 +8,13 @@
 
 namespace {
 
-std::string HalfByStream() {
-  std::ostringstream text;
-  text << 0.5;
-  return text.str();
-}
-
 TEST(DecimalPoint, IsTheOneThatTheRunIsMeantToHave) {
   const char* meant = std::getenv("SVMSCORE_TEST_DECIMAL_POINT");
   const std::string point = meant == nullptr ? "." : meant;
   EXPECT_EQ(std::localeconv()->decimal_point, point);
-  EXPECT_EQ(HalfByStream(), "0" + point + "5");
+  std::ostringstream half;
+  half << 0.5;
+  EXPECT_EQ(half.str(), "0" + point + "5");
 }
 
 }  // namespace

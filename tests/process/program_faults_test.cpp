@@ -67,11 +67,6 @@ Ended RunFailing(const std::vector<std::string>& arguments, const TemporaryFolde
   return ended;
 }
 
-// A path of the project, where it is one.
-std::string Full(const std::string& word) {
-  return word.find('/') == std::string::npos ? word : PROJECT_FOLDER "/" + word;
-}
-
 // Line by line; scoring may have given a case up.
 void ExpectSame(const std::string& got, const std::string& expected) {
   std::istringstream got_lines(got), expected_lines(expected);
@@ -91,7 +86,10 @@ TEST_P(ProgramFaults, EndWithAMessage) {
   setenv("SVMSCORE_PLUGIN", SVMSCORE_PLUGIN_FILE, 1);
   const TemporaryFolder folder;
   std::vector<std::string> arguments = {"svmscore"};
-  for (const std::string& word : GetParam()) arguments.push_back(Full(word));
+  for (const std::string& word : GetParam()) {
+    const bool is_path = word.find('/') != std::string::npos;
+    arguments.push_back(is_path ? PROJECT_FOLDER "/" + word : word);
+  }
   const std::string results = folder.Path("results.csv");
   const bool scores = arguments[1] == "score";
   if (scores) arguments.insert(arguments.end(), {"-o", results, "--threads", "2"});
