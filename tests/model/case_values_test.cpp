@@ -52,9 +52,7 @@ struct Inputs {
 };
 
 MapRecord Case(double n, const char* c) {
-  MapRecord record({{"n", n}});
-  record.Set("c", std::make_unique<StringValue>(c));
-  return record;
+  return MapRecord({{"n", n}, {"c", c}});
 }
 
 using Doubles = std::vector<double>;
@@ -84,9 +82,7 @@ TEST(CaseValues, EveryFieldGetsAnEntry) {
 TEST(CaseValues, TheFirstBadFieldDecides) {
   Inputs inputs(true);
   EXPECT_EQ(inputs.Score(MapRecord({{"n", kNaN}})), 90027);
-  MapRecord missing_first({});
-  missing_first.Set("c", std::make_unique<StringValue>("blue"));
-  EXPECT_EQ(inputs.Score(missing_first), 90029);
+  EXPECT_EQ(inputs.Score(MapRecord({MapRecord::Cell("c", "blue")})), 90029);
   EXPECT_EQ(inputs.Score(Case(1, "blue")), 90027);
   inputs.model->GetDictionary()->FindVar("n")->DeclareMissing("-99");
   EXPECT_EQ(inputs.Score(Case(-99, "red")), 90029);
@@ -167,9 +163,7 @@ TEST(CaseValues, MissingPredictionsOfClassificationBelongToTheModel) {
 TEST(CaseValues, PositionsAreThoseOfTheFirstRecord) {
   Inputs inputs(true);
   for (const auto& [first, second] : {std::pair{"other", "n"}, {"n", "other"}}) {
-    MapRecord record({{first, 9}, {second, 4}}, true);
-    record.Set("c", std::make_unique<StringValue>("red"));
-    EXPECT_EQ(inputs.Score(record), 0);
+    EXPECT_EQ(inputs.Score(MapRecord({{first, 9}, {second, 4}, {"c", "red"}}, true)), 0);
     EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), 4.0);
   }
 }

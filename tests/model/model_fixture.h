@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <cstddef>
-#include <map>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -30,34 +29,32 @@ inline std::string Numbered(std::string name, std::size_t number) {
 
 class MapRecord : public ScoreCaseRecord {
  public:
-  explicit MapRecord(std::vector<std::pair<std::string, double>> numbers, bool by_position = false)
-      : by_position_(by_position) {
-    for (const auto& [name, number] : numbers) {
-      Set(name, std::make_unique<NumericValue>(number));
-    }
-  }
-  // Null makes the value missing.
-  void Set(const std::string& name, std::unique_ptr<ScoreValue> value) {
-    positions_.emplace(name, static_cast<int>(values_.size()));
-    values_.emplace_back(std::move(value));
-  }
+  struct Cell {
+    Cell(std::string n, double v) : name(std::move(n)), value(new NumericValue(v)) {}
+    Cell(std::string n, const char* v) : name(std::move(n)), value(new StringValue(v)) {}
+    std::string name;
+    std::shared_ptr<const ScoreValue> value;
+  };
+  explicit MapRecord(std::vector<Cell> cells, bool by_position = false)
+      : cells_(std::move(cells)), by_position_(by_position) {}
   bool IsIndexedByPosition() const override { return by_position_; }
   int GetPosition(const std::string& name) const override {
-    const auto found = positions_.find(name);
-    return found == positions_.end() ? -1 : found->second;
+    for (std::size_t i = 0; i < cells_.size(); ++i) {
+      if (cells_[i].name == name) return static_cast<int>(i);
+    }
+    return -1;
   }
   const ScoreValue* GetValue(int position) const override {
-    if (position < 0 || static_cast<std::size_t>(position) >= values_.size()) return nullptr;
-    return values_[static_cast<std::size_t>(position)].get();
+    const auto at = static_cast<std::size_t>(position);
+    return at < cells_.size() ? cells_[at].value.get() : nullptr;
   }
   const ScoreValue* GetValue(const std::string& name) const override {
     return GetValue(GetPosition(name));
   }
 
  private:
+  std::vector<Cell> cells_;
   bool by_position_;
-  std::map<std::string, int> positions_;
-  std::vector<std::unique_ptr<ScoreValue>> values_;
 };
 
 inline std::unique_ptr<ScoreDictVar> NumberVar(const std::string& name) {
@@ -152,11 +149,9 @@ struct Classifier {
 };
 
 inline MapRecord CaseOf(const std::vector<double>& decisions) {
-  std::vector<std::pair<std::string, double>> numbers;
-  for (const double decision : decisions) {
-    numbers.emplace_back(Numbered("x", numbers.size()), decision);
-  }
-  return MapRecord(numbers);
+  std::vector<MapRecord::Cell> cells;
+  for (const double decision : decisions) cells.emplace_back(Numbered("x", cells.size()), decision);
+  return MapRecord(cells);
 }
 
 // What came of a classification, in plain types.
