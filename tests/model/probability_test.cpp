@@ -95,7 +95,9 @@ TEST(Pairwise, TheCountOfTheDataMayDifferFromTheTargetsList) {
 }
 
 TEST(BinaryProbability, OddNumbersAndExtensions) {
-  EXPECT_EQ(DecideUnchecked(*Classifier(2).AddPairs(2, true).Model(), {kNaN}).category, "b");
+  const auto plain = Classifier(2).AddPairs(2, true).Model();
+  EXPECT_EQ(Decide(*plain, {0}).category, "a") << "the response, where both are equal";
+  EXPECT_EQ(DecideUnchecked(*plain, {kNaN}).category, "b");
   const auto decide = [](int response, int non_response, double decision) {
     Classifier classifier(2);
     Extend(classifier.Add(0, 1), -1, 0, response, non_response);
