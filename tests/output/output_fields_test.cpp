@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/output/scoring.h"
-#include "tests/transform/allocation_count.h"
+#include "tests/process/failing_memory.h"
 #include "tests/transform/call_text.h"
 
 namespace svmscore_test {
@@ -170,9 +170,9 @@ TEST(OutputFields, NumbersCostNoAllocation) {
   svmscore::output::OutputScratch scratch(scoring.Plan(), true);
   const svmscore::output::Outcome outcome = scoring.Score(kFirst);
   scoring.Plan().Evaluate(outcome, record, scratch);
-  const long before = svmscore::transform::AllocationCount();
+  const long before = Allocations();
   for (int i = 0; i < 100; ++i) scoring.Plan().Evaluate(outcome, record, scratch);
-  EXPECT_EQ(svmscore::transform::AllocationCount() - before, 0);
+  EXPECT_EQ(Allocations() - before, 0);
 }
 
 }  // namespace

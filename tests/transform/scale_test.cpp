@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/transform/program.h"
-#include "tests/transform/allocation_count.h"
+#include "tests/process/failing_memory.h"
 #include "tests/transform/call_text.h"
 #include "tests/transform/fixture.h"
 
@@ -84,9 +84,9 @@ TEST(Scale, AllocatesNothingForNumbers) {
   const Program& program = loaded.Dictionary().GetProgram();
   Scratch scratch(program);
   program.Evaluate(*record, scratch);
-  const long before = AllocationCount();
+  const long before = svmscore_test::Allocations();
   for (int i = 0; i < 100; ++i) program.Evaluate(*record, scratch);
-  EXPECT_EQ(AllocationCount() - before, 0);
+  EXPECT_EQ(svmscore_test::Allocations() - before, 0);
   EXPECT_EQ(Show(scratch.Result(1)), "21");
   EXPECT_EQ(Show(scratch.Result(2)), "1");
 }
