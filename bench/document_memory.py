@@ -2,9 +2,9 @@
 """How much memory and time a document takes: document_memory.py SVMSCORE [MEGABYTES]
 
 Writes documents of several shapes, each of about that size (20 MB), has `describe` and `score` load
-them, and prints the peak of resident memory over the size of the document, as Markdown, and the seconds
-that `describe` took. What the program takes for a document of no size is left out. The last shapes are
-the hardest for the parser that the usual limits let through.
+them, and prints as Markdown the peak of resident memory over the size of the document, less what
+the program takes for a document of no size, and the seconds that `describe` took. The last shapes
+are as hard for the parser as the usual limits let them be.
 """
 import os
 import pathlib
@@ -100,13 +100,15 @@ SHAPES = {
     "the smallest attributes": lambda: model(header=repeat(
         lambda i: "<a b='' c='' d='' e='' f='' g='' h='' i='' j='' k='' l='' m=''/>")),
     "one text": lambda: model(header="x" * size),
-    "10,000 names of elements": lambda: model(header=repeat(lambda i: f"<a{i % 9900}/>")),
+    "50,000 names of elements": lambda: model(header=repeat(lambda i: f"<a{i % 49900}/>")),
     "10,000 names of attributes": lambda: model(header=repeat(lambda i: f"<a b{i % 9900}=''/>")),
     "10,000 prefixes": lambda: model(header=repeat(
         lambda i: f"<p{i % 9900}:a xmlns:p{i % 9900}='u{i % 990}'/>")),
     "elements 1,900 deep": lambda: model(header=nested("<a>", repeat(lambda i: "<b/>"))),
     "elements 1,900 deep, 990 prefixes in force": lambda: model(header=nested(
         "<a xmlns:p{0}='u{0}'>", repeat(lambda i: "<b/>"))),
+    "the same with attributes": lambda: model(header=nested("<a xmlns:p{0}='u{0}'>", repeat(
+        lambda i: "<p0:b " + " ".join(f"p{j}:c=''" for j in range(12)) + "/>"))),
 }
 
 

@@ -1,6 +1,6 @@
-# Several source files as one, since most of the work of a compiler is reading headers. CMake's own way
-# of doing so names the files by their full paths, so that a compiler cache finds nothing again in
-# another folder; here they are named from the build folder.
+# Several source files as one, since most of the work of a compiler is reading headers. CMake's own
+# way of doing so names the files by their full paths, so that a compiler cache finds nothing again
+# in another folder; here they are named from the build folder.
 set(SVMSCORE_FILES_AT_A_TIME 1 CACHE STRING "source files that are compiled as one")
 
 # Every target of a folder and of those below it. A source with options of its own stays alone,
@@ -54,4 +54,5 @@ function(_svmscore_join target)
     math(EXPR first "${first} + ${SVMSCORE_FILES_AT_A_TIME}")
   endwhile()
   set_property(TARGET ${target} PROPERTY SOURCES ${kept})
+  set_property(TARGET ${target} PROPERTY UNITY_BUILD OFF)
 endfunction()

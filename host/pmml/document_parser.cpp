@@ -149,6 +149,7 @@ void DocumentParser::startAttList(const xercesc::DTDElementDecl& declaration) {
     RefuseAt(code::kUnsupported, "a declaration of attributes after one of an entity",
              fmt::format("line {}", getScanner()->getLocator()->getLineNumber()));
   }
+  CountDeclaration();
   XercesDOMParser::startAttList(declaration);
 }
 

@@ -1,6 +1,5 @@
 #include "host/transform/text_normalisation.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "host/transform/inline_table.h"
@@ -10,8 +9,11 @@ namespace {
 
 // A recursive step that has not settled by then never will, or not in time.
 constexpr int kMostRounds = 100;
-// No honest table makes a text so much longer than four times itself and its longest replacement.
-constexpr std::size_t kMostGrowth = std::size_t{1} << 12;
+// So much longer than four times its length no honest table makes a text.
+constexpr std::size_t kMostGrowth = std::size_t{1} << 16;
+// All rounds together go through that many bytes a row for each round and each byte of the text,
+// and of this many bytes more: a text that grows at every round is given up long before the last.
+constexpr std::size_t kShortText = std::size_t{1} << 12;
 
 // The text as a pattern that matches it and nothing else.
 std::string Quote(const std::string& text) {
@@ -49,7 +51,6 @@ void TextNormalisation::AddRow(const Element* row, const std::string& in, const 
   Row made;
   made.regex = regex;
   made.replacement = out;
-  longest_replacement_ = std::max(longest_replacement_, out.size());
   if (regex && !Pattern::IsReplacement(out)) {
     Refuse(row, "the replacement \"" + out +
                     "\" has a dollar sign that is neither doubled nor before a digit");
@@ -93,11 +94,15 @@ bool TextNormalisation::RunRow(const Row& row, std::string& text) const {
 }
 
 bool TextNormalisation::Run(std::string& text) const {
-  const std::size_t longest = 4 * (text.size() + longest_replacement_) + kMostGrowth;
+  const std::size_t longest = 4 * text.size() + kMostGrowth;
+  const std::size_t most_work = kMostRounds * rows_.size() * (text.size() + kShortText);
+  std::size_t work = 0;
   for (int round = 0; round < (recursive_ ? kMostRounds : 1); ++round) {
     const std::string before = text;
     for (const Row& row : rows_) {
       if (!RunRow(row, text) || text.size() > longest) return false;
+      work += text.size();
+      if (work > most_work) return false;
     }
     if (text == before) return true;
   }

@@ -35,7 +35,6 @@ class TextNormalisation {
   WordRules rules_;
   bool recursive_;
   std::vector<Row> rows_;
-  std::size_t longest_replacement_ = 0;
 };
 
 }  // namespace svmscore::transform

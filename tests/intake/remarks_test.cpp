@@ -76,7 +76,11 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
     ExpectRemarks(text, steps, refusal);
     EXPECT_NEAR(Predict(text, At("1", "2")), prediction, 1e-12);
   }
-  EXPECT_EQ(Read(Replaced(Parts().Text(), "value='-3'", "")).Steps(), "") << "no value is 0";
+  const std::string no_value = Replaced(Parts().Text(), "value='-3'", "");
+  EXPECT_EQ(Read(no_value).Steps(), "");
+  EXPECT_EQ(Predict(no_value, At("1", "2")),
+            Predict(Replaced(Parts().Text(), "value='-3'", "value='0'"), At("1", "2")));
+  EXPECT_NE(Predict(no_value, At("1", "2")), Predict(Parts().Text(), At("1", "2")));
 }
 
 TEST(Remarks, TellOfFractionsInPlaceOfMissingIntegers) {
@@ -109,7 +113,7 @@ TEST(Remarks, TellOfNamesThatAreUsedTwice) {
     double prediction;  // for (1, 2); with 10 for x it is -1.1
   } cases[] = {
       {ten, "", "derived-field-under-input", -5.6},
-      {"", ten, "derived-field-over-input, transformations-merged, derived-field-reached", -1.1},
+      {"", ten, "derived-field-over-input, derived-field-reached", -1.1},
       {ln, ten,
        "derived-field-over-input, function-name-taken, transformations-merged, "
        "derived-field-reached",
@@ -117,8 +121,11 @@ TEST(Remarks, TellOfNamesThatAreUsedTwice) {
   };
   for (const auto& [global, local, steps, prediction] : cases) {
     Parts parts;
-    parts.global = "<TransformationDictionary>" + global + "</TransformationDictionary>";
-    parts.local = "<LocalTransformations>" + local + "</LocalTransformations>";
+    const auto wrapped = [](const std::string& name, const std::string& content) {
+      return content.empty() ? "" : '<' + name + '>' + content + "</" + name + '>';
+    };
+    parts.global = wrapped("TransformationDictionary", global);
+    parts.local = wrapped("LocalTransformations", local);
     EXPECT_EQ(Read(parts.Text()).Steps(), steps);
     EXPECT_NEAR(Predict(parts.Text(), At("1", "2")), prediction, 1e-12);
     EXPECT_THAT(Refusal(parts.Text(), IntakeMode::kStrict), testing::StartsWith("260310 D"));

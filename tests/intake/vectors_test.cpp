@@ -113,6 +113,7 @@ TEST(Vectors, WhatATranslatorReadsInItsOwnWayIsToldAndScored) {
     std::string code;  // in the strict mode
   } cases[] = {
       {Sparse(" n='3'", "1 2", "0.25 -1.5"), "array-length", kWhole, "260313"},
+      {Sparse(" n='-1'", "1 2", "0.25 -1.5"), "array-length", kWhole, "260313"},
       {Sparse("", "1.9 2x", "0.25 -1.5"), "unreadable-number 2", kWhole, "260153"},
       {Sparse("", "1 2", "0.25 -1.5,0"), "unreadable-number", kWhole, "260153"},
       {Sparse("", "1 2", "0.25 none"), "unreadable-number", kFirstEntryOnly, "260153"},

@@ -28,6 +28,11 @@ struct Random {
     } else {
       classifier.AddPairs(categories, scheme == Scheme::kSigmoid || scheme == Scheme::kCoupled);
     }
+    while (data.GetVectorFields().size() < 5) {
+      const std::string name = Numbered("x", data.GetVectorFields().size());
+      classifier.dictionary->AddVar(NumberVar(name));
+      data.AddFieldRef(name, "");
+    }
     data.SetFunctionName(scheme != Scheme::kRegression);
     data.SetClassificationMethod(scheme == Scheme::kOneAgainstAll);
     data.SetAppendProbability(true);
@@ -132,7 +137,7 @@ void ExpectBatch(SVMModel& model, const std::vector<Columns>& cases) {
 
 TEST(Batch, HasTheBitsOfSingleCasesAndOfTheDefinition) {
   Random random;
-  for (const char* isa : {"plain", ""}) {
+  for (const char* isa : {"plain", "sse2", ""}) {
     setenv("SVMSCORE_ISA", isa, 1);
     for (const Scheme scheme : {Scheme::kRegression, Scheme::kBinary, Scheme::kSigmoid,
                                 Scheme::kVotes, Scheme::kCoupled, Scheme::kOneAgainstAll}) {
