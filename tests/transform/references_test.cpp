@@ -12,7 +12,7 @@
 namespace svmscore::transform {
 namespace {
 
-const std::string kX = DataField("x", "double");
+const std::string kFieldX = DataField("x", "double");
 const std::string kSchemaOfX = "<MiningField name='x'/>";
 
 std::string Derived(const std::string& name, const std::string& call) {
@@ -30,7 +30,7 @@ std::string Global(const std::string& fields) {
 TEST(References, ResolveInAnyOrder) {
   const std::string fields =
       Derived("d", "+(b, a)") + Derived("b", "*(a, 2)") + Derived("a", "+(x, 1)");
-  EXPECT_EQ(Loaded(Document(kX, fields)).DeriveEach("4"), "15");
+  EXPECT_EQ(Loaded(Document(kFieldX, fields)).DeriveEach("4"), "15");
 }
 
 TEST(References, InCirclesAreRefused) {
@@ -48,7 +48,7 @@ TEST(References, ComputeWhatIsNeededAndNothingElse) {
   const std::string output =
       "<Output><OutputField name='o'>" + CallToXml("+(shown, 1)") + "</OutputField></Output>";
   const Loaded loaded(ModelDocument(
-      kX + DataField("y", "double"),
+      kFieldX + DataField("y", "double"),
       kSchemaOfX + "</MiningSchema>" + output + "<MiningSchema><MiningField name='y'/>", local,
       "<FieldRef field='used'/>"));
   EXPECT_EQ(loaded.Derive("used", {{"x", "4"}}), "5");
@@ -61,7 +61,7 @@ TEST(References, ComputeWhatIsNeededAndNothingElse) {
 
 TEST(References, NeedTheFieldsOfTheMiningSchema) {
   const auto refusal = [&](const std::string& field) {
-    return Refusal(ModelDocument(kX + DataField("y", "double"), kSchemaOfX,
+    return Refusal(ModelDocument(kFieldX + DataField("y", "double"), kSchemaOfX,
                                  Local(Derived("a", "x") + Derived("b", "+(y, 1)")),
                                  "<FieldRef field='" + field + "'/>"));
   };
@@ -73,7 +73,7 @@ TEST(References, NeedTheFieldsOfTheMiningSchema) {
 TEST(References, FindLocalFieldsThenInputsThenGlobalOnes) {
   const std::string doubled = Derived("x", "*(x, 2)") + Derived("d", "+(x, 1)");
   const auto load = [&](const std::string& transformations) {
-    return Loaded(ModelDocument(kX + DataField("other", "double"), kSchemaOfX, transformations,
+    return Loaded(ModelDocument(kFieldX + DataField("other", "double"), kSchemaOfX, transformations,
                                 "<FieldRef field='d'/><FieldRef field='x'/>"));
   };
   const Loaded local = load(Local(doubled));
@@ -102,7 +102,7 @@ TEST(References, TellWhatAFieldEncodes) {
   const std::string map = "<MapValues outputColumn='o'><FieldColumnPair field='t' column='i'/>" +
                           Table("i;o", {"u;1", "v;2"}) + "</MapValues>";
   const Loaded loaded(
-      Document(DataField("t", "string") + kX,
+      Document(DataField("t", "string") + kFieldX,
                DerivedField("is_u", "double", "<NormDiscrete field='t' value='u'/>") +
                    DerivedField("number", "double", map) + Derived("plain", "x") +
                    Derived("sum", "+(x, plain)") + Derived("chained", "is_u")));
@@ -141,7 +141,7 @@ TEST(References, OrderDerivedOrdinalFields) {
 }
 
 TEST(DerivedRecord, IsReadByPositionAndByName) {
-  const Loaded loaded(Document(kX, Derived("b", "+(a, 1)") + Derived("a", "x")));
+  const Loaded loaded(Document(kFieldX, Derived("b", "+(a, 1)") + Derived("a", "x")));
   const auto record = loaded.Record({{"x", "4"}}, false);
   const auto derived = loaded.Dictionary().GetValuesForDerivedVars(record.get(), loaded.Inputs());
   EXPECT_EQ(Show(derived->GetValue(derived->GetPosition("b"))), "5");

@@ -37,40 +37,41 @@ void CheckAll(const std::vector<Bad>& table) {
   }
 }
 
-std::string Bin(const std::string& attributes, const std::string& value, const std::string& in) {
+std::string OneBin(const std::string& attributes, const std::string& value, const std::string& in) {
   return "<Discretize field='x'" + attributes + "><DiscretizeBin binValue='" + value + "'>" + in +
          "</DiscretizeBin></Discretize>";
 }
 
 TEST(Refusals, NamePlaceAndReason) {
   const std::string interval = "<Interval closure='openOpen' leftMargin='2' ";
-  CheckAll({{"", "260313 DerivedField", "no expression"},
-            {"<Constant>1</Constant><Constant>1</Constant>", "260313 Constant", "second"},
-            {"<Interval/>", "260304 Interval", "Interval in element DerivedField"},
-            {"<Magic/>", "260304 Magic", "element Magic"},
-            {"<FieldRef/>", "260120 FieldRef", "field"},
-            {"<FieldRef field='nowhere'/>", "260311 FieldRef", "nowhere"},
-            {"<FieldRef field='x' mapMissingTo='one'/>", "260313 FieldRef", "\"one\""},
-            {"<Constant dataType='date'>2023-02-30</Constant>", "260313 Constant", "2023-02-30"},
-            {"<Constant dataType='money'>1</Constant>", "260153 Constant", "money"},
-            {"<NormContinuous field='x'><LinearNorm orig='1' norm='0'/></NormContinuous>",
-             "260313 NormContinuous", "fewer than two"},
-            {"<NormContinuous field='x'><LinearNorm orig='1' norm='0'/>"
-             "<LinearNorm orig='1' norm='0'/></NormContinuous>",
-             "260313 LinearNorm", "not greater"},
-            {"<NormContinuous field='x'><LinearNorm orig='a' norm='0'/></NormContinuous>",
-             "260153 LinearNorm", "\"a\""},
-            {"<NormContinuous field='x' outliers='asIt'/>", "260153 NormContinuous", "asIt"},
-            {"<NormDiscrete field='x'/>", "260120 NormDiscrete", "value"},
-            {"<NormDiscrete field='x' value='1' method='thermometer'/>", "260304 NormDiscrete",
-             "thermometer"},
-            {Bin("", "1", ""), "260313 DiscretizeBin", "no Interval"},
-            {Bin("", "1", "<Interval closure='openOpen'/>"), "260313 Interval", "leftMargin"},
-            {Bin("", "1", interval + "rightMargin='1'/>"), "260313 Interval", "greater"},
-            {Bin("", "1", "<Interval closure='open' leftMargin='2'/>"), "260153 Interval", "open"},
-            {"<MapValues/>", "260120 MapValues", "outputColumn"},
-            {"<Apply function='abs' invalidValueTreatment='asValue'><FieldRef field='x'/></Apply>",
-             "260153 Apply", "asValue"}});
+  CheckAll(
+      {{"", "260313 DerivedField", "no expression"},
+       {"<Constant>1</Constant><Constant>1</Constant>", "260313 Constant", "second"},
+       {"<Interval/>", "260304 Interval", "Interval in element DerivedField"},
+       {"<Magic/>", "260304 Magic", "element Magic"},
+       {"<FieldRef/>", "260120 FieldRef", "field"},
+       {"<FieldRef field='nowhere'/>", "260311 FieldRef", "nowhere"},
+       {"<FieldRef field='x' mapMissingTo='one'/>", "260313 FieldRef", "\"one\""},
+       {"<Constant dataType='date'>2023-02-30</Constant>", "260313 Constant", "2023-02-30"},
+       {"<Constant dataType='money'>1</Constant>", "260153 Constant", "money"},
+       {"<NormContinuous field='x'><LinearNorm orig='1' norm='0'/></NormContinuous>",
+        "260313 NormContinuous", "fewer than two"},
+       {"<NormContinuous field='x'><LinearNorm orig='1' norm='0'/>"
+        "<LinearNorm orig='1' norm='0'/></NormContinuous>",
+        "260313 LinearNorm", "not greater"},
+       {"<NormContinuous field='x'><LinearNorm orig='a' norm='0'/></NormContinuous>",
+        "260153 LinearNorm", "\"a\""},
+       {"<NormContinuous field='x' outliers='asIt'/>", "260153 NormContinuous", "asIt"},
+       {"<NormDiscrete field='x'/>", "260120 NormDiscrete", "value"},
+       {"<NormDiscrete field='x' value='1' method='thermometer'/>", "260304 NormDiscrete",
+        "thermometer"},
+       {OneBin("", "1", ""), "260313 DiscretizeBin", "no Interval"},
+       {OneBin("", "1", "<Interval closure='openOpen'/>"), "260313 Interval", "leftMargin"},
+       {OneBin("", "1", interval + "rightMargin='1'/>"), "260313 Interval", "greater"},
+       {OneBin("", "1", "<Interval closure='open' leftMargin='2'/>"), "260153 Interval", "open"},
+       {"<MapValues/>", "260120 MapValues", "outputColumn"},
+       {"<Apply function='abs' invalidValueTreatment='asValue'><FieldRef field='x'/></Apply>",
+        "260153 Apply", "asValue"}});
 }
 
 TEST(Refusals, OfCallsNameTheFunctionOrItsArgument) {
@@ -101,10 +102,12 @@ TEST(Refusals, MeetTextsThatAreNotOfTheirType) {
   CheckAll(
       {{"<Constant>abc</Constant>", "260313 Constant", "\"abc\""},
        {"<Constant dataType='integer'>1.5</Constant>", "260313 Constant", "1.5"},
-       {Bin("", "abc", interval), "260313 DiscretizeBin",
+       {OneBin("", "abc", interval), "260313 DiscretizeBin",
         "binValue \"abc\" is not of the type double"},
-       {Bin(" dataType='integer'", "2.5", interval), "260313 DiscretizeBin", "of the type integer"},
-       {Bin(" dataType='date'", "2024-02-29", interval), "260313 DiscretizeBin", "the type double"},
+       {OneBin(" dataType='integer'", "2.5", interval), "260313 DiscretizeBin",
+        "of the type integer"},
+       {OneBin(" dataType='date'", "2024-02-29", interval), "260313 DiscretizeBin",
+        "the type double"},
        {"<Discretize field='x' defaultValue='z'/>", "260313 Discretize", "defaultValue"},
        {"<Discretize field='x' mapMissingTo='z'/>", "260313 Discretize", "mapMissingTo"},
        {map("", "x", "1;abc"), "260313 row", "the cell o \"abc\""},
