@@ -22,7 +22,9 @@ inline std::string Edited(std::string text, Edits edits) {
   for (std::size_t i = 0; i + 1 < edits.size(); i += 2) {
     const std::size_t at = text.find(edits[i]);
     if (edits[i].starts_with('*')) {
-      text = std::regex_replace(text, std::regex(edits[i].substr(1)), edits[i + 1]);
+      const std::regex pattern(edits[i].substr(1));
+      EXPECT_TRUE(std::regex_search(text, pattern)) << "nothing to change: " << edits[i];
+      text = std::regex_replace(text, pattern, edits[i + 1]);
     } else if (at == std::string::npos) {
       ADD_FAILURE() << "nothing to change: " << edits[i];
     } else {
