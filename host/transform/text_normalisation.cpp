@@ -13,7 +13,7 @@ constexpr int kMostRounds = 100;
 constexpr std::size_t kMostGrowth = std::size_t{1} << 16;
 // All rounds together go through that many bytes a row for each round and each byte of the text,
 // and of this many bytes more: a text that grows at every round is given up long before the last.
-constexpr std::size_t kShortText = std::size_t{1} << 12;
+constexpr std::size_t kShortText = std::size_t{1} << 9;
 
 // The text as a pattern that matches it and nothing else.
 std::string Quote(const std::string& text) {
