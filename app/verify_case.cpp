@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "host/score_status.h"
-#include "host/transform/program.h"
+#include "host/transformation_dictionary.h"
 
 namespace svmscore::app {
 namespace {
@@ -106,19 +106,12 @@ Value VerifyCase::Read(const Quantity& quantity) {
 }
 
 Value VerifyCase::Derived(int position) {
-  const auto& derived = *loaded_.model->GetTransformationDictionary();
   if (!derived_) {
-    derived_ = derived.GetValuesForDerivedVars(&record_, loaded_.model->GetDictionary());
+    const auto& program = loaded_.model->GetTransformationDictionary()->GetProgram();
+    derived_ = std::make_unique<transform::Scratch>(program);
+    program.Evaluate(record_, *derived_);
   }
-  const ScoreValue* value = derived_->GetValue(position);
-  if (value == nullptr || value->IsMissing()) return Value::Missing();
-  if (value->IsInvalid()) return Value::Invalid();
-  if (const auto* text = dynamic_cast<const MCZandor_850::StringValue*>(value)) {
-    return Value::Text(text->GetTextReference());
-  }
-  const FieldType type = derived.GetVariables()[static_cast<std::size_t>(position)]->GetFieldType();
-  if (type.data == DataType::kInteger) return Value::Double(value->GetDouble());
-  return Value::Of(value->GetDouble(), type);
+  return derived_->Slot(static_cast<std::size_t>(position));
 }
 
 std::string VerifyCase::TextOf(const Value& value) {

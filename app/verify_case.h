@@ -12,8 +12,8 @@
 #include "host/output/output_plan.h"
 #include "host/pmml/loader.h"
 #include "host/score_case_record.h"
+#include "host/transform/program.h"
 #include "host/transform/value.h"
-#include "host/transformation_dictionary.h"
 
 namespace svmscore::app {
 
@@ -82,7 +82,7 @@ class VerifyCase {
   output::OutputScratch scratch_;
   std::unordered_map<std::string, Place> inputs_;
   std::unique_ptr<MCZandor_850::ScoreResult> result_;
-  std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;
+  std::unique_ptr<transform::Scratch> derived_;  // of the last case; null until it is asked for
   output::Outcome outcome_;
 };
 
