@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include "app/doctor/checks.h"
-#include "app/failure.h"
 #include "app/verify_document.h"
 #include "host/ss_exception.h"
 
@@ -19,8 +18,6 @@ void CheckVerification(const LoadedModel& loaded, FindingList& findings) {
                              report.Disagreements(), report.Compared()));
   } catch (const MCZandor_850::SSException& error) {
     findings.Add("verification-unreadable", element, error.what());
-  } catch (const Failure& failure) {
-    findings.Add("verification-unreadable", element, failure.what());
   }
 }
 

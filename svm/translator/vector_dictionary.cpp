@@ -117,13 +117,8 @@ void SVMTranslator::ParseRealSparseArray(xercesc::DOMElement* array, DOMElemUtil
                                          std::vector<int>& indices, std::vector<double>& values) {
   if (array == nullptr || util == nullptr) return;
   const int size = util->GetAttributeToInt(array, tags::XML_ATT_SVM_N, false);
-  xercesc::DOMElement* indices_element = nullptr;
-  try {
-    indices_element = util->GetChildElemByName(array, tags::XML_ELE_SVM_INDICES, false);
-  } catch (const SSException&) {
-    svmscore::ThrowAt(array, code::kChildMissing, tags::XML_ELE_SVM_INDICES,
-                      tags::XML_ELE_SVM_REALSPARSEARRAY);
-  }
+  xercesc::DOMElement* indices_element =
+      util->GetChildElemByName(array, tags::XML_ELE_SVM_INDICES, false);
   if (indices_element == nullptr) {
     // An array without indices stands for explicit zeros.
     implied_entries_ += static_cast<std::uint64_t>(std::max(size, 0));
