@@ -78,7 +78,8 @@ TEST(BadInput, WrongArgumentsEndWithStatusTwo) {
         Arguments{"score", model, "--passthrough", "\"x"},
         Arguments{"score", model, "--format", "jsonl", "--passthrough", "status"},
         Arguments{"verify", model, "--expected", "x"}, Arguments{"verify", model, "--input", "x"},
-        Arguments{"verify", model, "--write", "x"},
+        Arguments{"verify", model, "--write", "x"}, Arguments{"verify", model, "--tolerance", "-1"},
+        Arguments{"verify", model, "--tolerance", "1,5"},
         Arguments{"verify", model, "--input", "x", "--expected", "y", "--write", "z"},
         Arguments{"doctor", model, "--input", "x"}}) {
     const Ran ran = RunProgram(arguments, "x,status\n1,2\n");

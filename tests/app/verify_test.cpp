@@ -81,6 +81,14 @@ TEST(Verify, RunsTheDocumentsRecords) {
         "<VerificationField field='rest' column='x1'/></VerificationFields>"},
        0,
        "fieldCount is 4, and there are 5\nrest is a derived field that nothing else needs"},
+      {{"<FieldRef field='x1'/><", "<FieldRef field='root'/><", "<PolynomialKernelType",
+        "<LocalTransformations><DerivedField name='root' optype='continuous' dataType='double'>"
+        "<Apply function='sqrt'><Apply function='-'><FieldRef field='x1'/><Constant>1.24"
+        "</Constant></Apply></Apply></DerivedField></LocalTransformations><PolynomialKernelType",
+        band, band + " column='none'", hat, "VerificationField field='root' column='y_hat'"},
+       1,
+       "root is a derived field: its values are compared\nrecord 1: root: expected 2.44125, got "
+       "nothing (status 90027)\nrecord 2: root: expected 1.4865625, got 0.6000000000000001 "},
       {{hat, "VerificationField field='z'"}, 3, "[260311]"},
       {{band, label, hat, hat + " column='none'"}, 3, "no record has a value to compare"},
       {{"*<ModelVerification[^]*</ModelVerification>", ""}, 3, "holds no verification records"},
@@ -122,14 +130,17 @@ TEST(Verify, ComparesWithExpectedColumns) {
        "record 1: y: expected 1, got 2.4412500000000006 (relative deviation 1.4, allowed 1e-09)\n"
        "record 2: y: expected 2, got 1.4865624999999998 (relative deviation 0.26, allowed 1e-09)\n"
        "3 cells compared, 2 disagree\n"},
-      {"y_hat\n1\n", 5, ""},
-      {"y_hat\n\n\n\n\n\n", 5, ""},
+      {"y_hat\n1\n", 5, "has 5 rows of cases, and "},
+      {"y_hat\n\n\n\n\n\n", 5, "every cell is empty"},
+      {"y_hat\n1\n1,2\n", 5, "expected.csv: line 3: a row of 2 where the header has 1 cells"},
+      {"", 5, "expected.csv: the file is empty"},
   };
   for (const auto& [expected, status, told, tolerance] : rows) {
     const Ran ran = RunProgram({"verify", kChain, "--input", cases, "--expected",
                                 folder.Write("expected.csv", expected), "--tolerance", tolerance});
     EXPECT_EQ(ran.status, status) << expected << ran.err;
-    EXPECT_EQ(ran.out, told) << expected;
+    EXPECT_EQ(ran.out, status == 5 ? "" : told) << expected;
+    EXPECT_THAT(ran.err, HasSubstr(status == 5 ? told : ""));
   }
 }
 
@@ -175,10 +186,26 @@ TEST(VerifyWrite, WritesEveryEncodingAndNamesThatAreNoElementNames) {
 
 TEST(VerifyWrite, LeavesNothingBehindWhenItCannot) {
   const TemporaryFolder folder;
-  for (const char* cases : {"x1\n\"a\x01\"\n", "x1\n"}) {
-    const Ran ran = RunProgram({"verify", kChain, "--input", folder.Write("cases.csv", cases),
-                                "--write", folder.Path("new.pmml")});
-    EXPECT_EQ(ran.status, 5) << cases;
+  const std::string size = std::to_string(ReadFile(kChain).size());
+  const struct {
+    std::string model, cases;
+    int status;
+    std::string told, limit = "9999";
+  } rows[] = {
+      {kChain, "x1\n\"a\x01\"\n", 5, "a character that XML cannot hold"},
+      {kChain, "x1\n", 5, "has no case"},
+      {kChain, "x1\n1\n2\n3\n4\n", 3, "new.pmml: [260318] ", size},
+      {folder.Path("none.pmml"), "x1\n1\n", 3, "none.pmml: [260301] "},
+      // A table's cells are read without the line ends around them.
+      {Data("../../output/data/grades.pmml"), "size,colour,grade\n2.5,red,\"A\n\"\n", 6,
+       "new.pmml: not written, for the new records are not confirmed:\nrecord 1: class: expected "},
+  };
+  for (const auto& [model, cases, status, told, limit] : rows) {
+    const Ran ran =
+        RunProgram({"verify", model, "--input", folder.Write("cases.csv", cases), "--write",
+                    folder.Path("new.pmml"), "--limit", "document-size=" + limit});
+    EXPECT_EQ(ran.status, status) << cases;
+    EXPECT_THAT(ran.err, HasSubstr(told)) << cases;
     EXPECT_EQ(folder.FileCount(), 1U);
   }
 }
