@@ -11,6 +11,7 @@
 namespace svmscore::app {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
@@ -131,6 +132,25 @@ TEST(Score, TellsOfAnOutputFieldNamedLikeAnAddedColumn) {
   EXPECT_EQ(json.status, 2);
   EXPECT_THAT(json.err, HasSubstr("rename the field, or choose --columns raw"));
   EXPECT_EQ(Score(model + " --format jsonl --columns raw", "x\n1\n").status, 0);
+}
+
+TEST(Score, TellsOfEmptyOutputFieldsAndOfUnlistedDecisions) {
+  const TemporaryFolder folder;
+  const std::string model =
+      EditedFile(folder, Data("line.pmml"),
+                 {"<LinearKernelType/>",
+                  "<Output><OutputField name='p' feature='probability'/><OutputField name='d' "
+                  "feature='decision'><Decisions><Decision value='1'/></Decisions><FieldRef "
+                  "field='x'/></OutputField></Output><LinearKernelType/>"});
+  const std::string log = folder.Path("log");
+  const Ran ran = Score(model + " --log " + log, "x\n1\n");
+  EXPECT_THAT(ran.err, StartsWith("svmscore: " + model +
+                                  ": line 13, OutputField: output field p "
+                                  "stays empty: a regression has no probabilities\n"));
+  EXPECT_THAT(ReadFile(log), EndsWith("no probabilities\n"));
+  EXPECT_EQ(Score(model + " --log " + log, "x\n2\n1\n3\n").out, "p,d,status\n,2,0\n,1,0\n,3,0\n");
+  EXPECT_THAT(ReadFile(log), EndsWith("no probabilities\nsvmscore log: Output field d has a value "
+                                      "that is none of its decisions\n"));
 }
 
 TEST(Score, PercentagesBelongToTheirCategoriesWhicheverResponds) {

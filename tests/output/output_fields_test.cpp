@@ -35,13 +35,15 @@ const Case kFirst = {{"x1", "0.7"}, {"x2", "0.3"}};  // y is 2.44125
 TEST(OutputFields, TypesConvertBeforeLaterFieldsSeeThem) {
   Scoring scoring(
       Chain("<OutputField name='whole' dataType='integer'/>"
-            "<OutputField name='text' datatype='xs:string' feature='predictedValue'/>" +
-            Derive("twice", "*(whole, 2)") +
+            "<OutputField name='text' optype='ordinal' datatype='xs:string' "
+            "feature='predictedValue'><Value value='9.25'/><Value value='10'/></OutputField>" +
+            Derive("twice", "*(whole, 2)") + Derive("below", "lessThan(text, '10')") +
             "<OutputField name='shown' feature='predictedDisplayValue'/>"));
   scoring.Score({{"x1", "3"}, {"x2", "1"}});
   EXPECT_EQ(scoring.Text("whole"), "9");
   EXPECT_EQ(scoring.Text("text"), "9.25");
   EXPECT_EQ(scoring.Number("twice"), 18.0);
+  EXPECT_EQ(scoring.Text("below"), "true");
   EXPECT_EQ(scoring.Text("shown"), "9.25");
 }
 

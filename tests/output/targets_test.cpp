@@ -65,7 +65,11 @@ TEST(Targets, TheOneForTheModelsTargetIsChosen) {
 
 TEST(Targets, ANegativeFactorTurnsTheIntervalRound) {
   Scoring plain(Line(""));
-  Scoring scaled(Line(OnlyTarget(R"(max="1" rescaleFactor="-2" rescaleConstant="3")")));
+  Scoring scaled(Line(R"(<Output><OutputField name="s" feature="standardDeviation"/>
+    <OutputField name="l" feature="confidenceIntervalLower"/>
+    <OutputField name="u" feature="confidenceIntervalUpper"/></Output><Targets>
+    <Target max="1" rescaleFactor="-2" rescaleConstant="3"><TargetValue defaultValue="7.5"/>
+    </Target></Targets>)"));
   const Outcome raw = plain.Score({{"x", "4"}});
   const Outcome outcome = scaled.Score({{"x", "4"}});
   EXPECT_EQ(outcome.prediction.GetNumber(), 1.0);
@@ -74,6 +78,11 @@ TEST(Targets, ANegativeFactorTurnsTheIntervalRound) {
   ASSERT_TRUE(outcome.has_interval);
   EXPECT_EQ(outcome.lower, raw.upper * -2 + 3);
   EXPECT_EQ(outcome.upper, raw.lower * -2 + 3);
+  const std::pair<const char*, double> cells[] = {
+      {"s", outcome.std_dev}, {"l", outcome.lower}, {"u", outcome.upper}};
+  for (const auto& [field, number] : cells) EXPECT_EQ(scaled.Number(field), number) << field;
+  EXPECT_EQ(scaled.Score({}).ending, Ending::kPredictedByDefault);
+  for (const auto& [field, number] : cells) EXPECT_FALSE(scaled.Number(field)) << field;
 }
 
 TEST(Targets, ADefaultValueIsPredictedAsItStands) {
@@ -109,6 +118,16 @@ TEST(Targets, TheLargestPriorIsPredictedWhereInputsAreMissing) {
   scoring.Score({{"temp", "30"}, {"load", "85"}});
   EXPECT_EQ(scoring.Text("text"), "Run");
   EXPECT_FALSE(scoring.Number("p"));
+}
+
+// Neither the first nor the last; of equal ones the first.
+TEST(Targets, TheLargestOfThreePriorsIsFound) {
+  const std::string grades = Edit(Document("grades.pmml"), " missingValueReplacement=.2.5.", "");
+  Scoring scoring(Edit(grades, "<LocalTransformations>", R"(<Targets><Target>
+    <TargetValue value="low" priorProbability="0.2"/>
+    <TargetValue value="mid" priorProbability="0.4"/>
+    <TargetValue value="high" priorProbability="0.4"/></Target></Targets>$&)"));
+  EXPECT_EQ(scoring.Score({{"colour", "red"}, {"grade", "A"}}).prediction.GetText(), "mid");
 }
 
 TEST(Targets, ValuesThatMeanNothingAreRefused) {
