@@ -58,10 +58,39 @@ const Patient kReading[] = {
       "field='grade'/><VerificationField field='size'/><VerificationField "
       "field='y'/></VerificationFields><InlineTable><row><age>25</age><sex>Male</sex><grade>B</"
       "grade><size>0.5</size><y>no</y></row></InlineTable></ModelVerification>"}},
+    {"verification-unreadable at ModelVerification",
+     {"</SupportVectorMachine>", "</SupportVectorMachine><ModelVerification/>"}},
 };
 INSTANTIATE_TEST_SUITE_P(Reading, Doctor, testing::ValuesIn(kReading));
 
+// Another expression for the derived field `band`, and other constants that it is compared with.
+Edits Band(const std::string& expression, const std::string& constants) {
+  return {"*<Discretize[^]*</Discretize>",
+          expression,
+          "'equal'",
+          "'isIn'",
+          "*<Constant dataType='string'>young</Constant>",
+          constants};
+}
+
+const std::string kAll =
+    "<Constant>a</Constant><Constant>b</Constant><Constant>c</Constant><Constant>d</Constant>";
+const std::string kBins =
+    "<Discretize field='age' defaultValue='c' mapMissingTo='d'><DiscretizeBin binValue='a'>"
+    "<Interval closure='openOpen' rightMargin='9'/></DiscretizeBin><DiscretizeBin binValue='b'>"
+    "<Interval closure='openOpen' leftMargin='9'/></DiscretizeBin></Discretize>";
+const std::string kTable =
+    "<MapValues outputColumn='o' defaultValue='c' mapMissingTo='d'><FieldColumnPair field='sex' "
+    "column='i'/><InlineTable><row><i>Male</i><o>a</o></row><row><i>Female</i><o>b</o></row>"
+    "</InlineTable></MapValues>";
+
 const Patient kFields[] = {
+    {"", Band("<Constant>a</Constant>", "<Constant>a</Constant>")},
+    {"unlisted-category at Constant", Band("<Constant>a</Constant>", "<Constant>b</Constant>")},
+    {"", Band(kBins, kAll)},
+    {"unlisted-category at Constant", Band(kBins, kAll + "<Constant>e</Constant>")},
+    {"", Band(kTable, kAll)},
+    {"unlisted-category at Constant", Band(kTable, kAll + "<Constant>e</Constant>")},
     {"unlisted-category at Constant", {">young</Constant>", ">Young</Constant>"}},
     {"unmapped-category at MapValues, unlisted-table-key at row", {"<g>A</g>", "<g>a</g>"}},
     {"unmapped-category at MapValues", {"<n>2</n>", ""}},
@@ -89,6 +118,12 @@ const Patient kFields[] = {
 INSTANTIATE_TEST_SUITE_P(Fields, Doctor, testing::ValuesIn(kFields));
 
 const Patient kVectorsAndKernels[] = {
+    {"refused at Array, vector-length at Array, vector-dropped at VectorInstance",
+     {"numberOfVectors='3'", "", "</VectorDictionary>",
+      "<VectorInstance id='d'><Array>1 2 3 4</Array></VectorInstance></VectorDictionary>"}},
+    {"refused at Array, vector-dropped at VectorInstance",
+     {"numberOfVectors='3'", "", "</VectorDictionary>",
+      "<VectorInstance id='d'><Array n='6'>1 2 3 4 5</Array></VectorInstance></VectorDictionary>"}},
     {"refused at REAL-Entries, vector-length at REAL-SparseArray",
      {"<Indices>1 3 5<", "<Indices>1 3<"}},
     {"unused-vector at VectorInstance",
