@@ -107,6 +107,7 @@ TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
 
   parts.machines = Replaced(parts.machines, "<Coefficient/>", "");
   EXPECT_EQ(Refusal(parts.Text()), "260251 Coefficients:7");
+  EXPECT_EQ(Refusal(Replaced(parts.Text(), "'0.1'", "'0.1 2'")), "260153 Coefficient:7");
   parts.kernel = "<RadialBasisKernelType/>";
   EXPECT_EQ(Refusal(parts.Text()), "260304 SupportVectorMachineModel:3");
   // A translator says that there is no kernel.

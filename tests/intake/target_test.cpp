@@ -127,18 +127,30 @@ std::string Anomaly(const Parts& parts, const std::string& type, const std::stri
 TEST(AnomalyDetection, IsLiftedWithWhatSurroundsIt) {
   Parts parts;
   parts.schema = "<MiningField name='x' invalidValueTreatment='asIs'/><MiningField name='y'/>";
-  parts.local = "<Output><OutputField name='raw'/><OutputField name='score'/></Output>";
-  const std::string text =
-      Anomaly(parts, "ocsvm",
-              "<MiningSchema><MiningField name='y' missingValueReplacement='2'/>"
-              "<MiningField name='x'/><MiningField name='colour'/></MiningSchema>"
-              "<Output><OutputField name='score' feature='predictedValue'/></Output>");
+  const std::string derived =
+      "<LocalTransformations><DerivedField name='inner' optype='continuous' dataType='double'>"
+      "<FieldRef field='x'/></DerivedField></LocalTransformations>";
+  parts.local = "<Output><OutputField name='raw'/><OutputField name='score'/></Output>" + derived +
+                "<ModelVerification recordCount='1'/>";
+  const std::string text = Anomaly(
+      parts, "ocsvm",
+      Replaced(derived, "inner", "outer") +
+          "<ModelVerification recordCount='2'/>"
+          "<MiningSchema><MiningField name='y' missingValueReplacement='2'/>"
+          "<MiningField name='x'/><MiningField name='colour'/></MiningSchema>"
+          "<Output><OutputField name='score' feature='predictedValue'/></Output><Targets/>");
   const Reading reading = Read(text);
   EXPECT_EQ(reading.Steps(), "anomaly-detection-lifted, target-added");
   EXPECT_EQ(reading.Show("AnomalyDetectionModel"), "");
   EXPECT_EQ(reading.Show("Output"),
             "<Output><OutputField name='raw'></OutputField>"
             "<OutputField feature='predictedValue' name='score'></OutputField></Output>");
+  EXPECT_EQ(reading.Show("ModelVerification"),
+            "<ModelVerification recordCount='2'></ModelVerification>");
+  EXPECT_EQ(reading.Show("ModelVerification", 1), "");
+  EXPECT_EQ(reading.Show("Targets"), "<Targets></Targets>");
+  const std::string both = reading.Show("LocalTransformations");
+  EXPECT_LT(both.find("'inner'"), both.find("'outer'"));
   EXPECT_EQ(reading.Show("MiningSchema"),
             "<MiningSchema><MiningField invalidValueTreatment='asIs' name='x'></MiningField>"
             "<MiningField missingValueReplacement='2' name='y'></MiningField>"
@@ -155,6 +167,8 @@ TEST(Model, InsideOneOfAnotherMeaningIsRefused) {
                             "<MiningSchema><MiningField name='x' missingValueReplacement='2'/>"
                             "</MiningSchema>")),
             "260304 AnomalyDetectionModel:3");
+  treated.local = "<Targets/>";
+  EXPECT_EQ(Refusal(Anomaly(treated, "ocsvm", "<Targets/>")), "260304 AnomalyDetectionModel:3");
   EXPECT_EQ(Refusal(Around({}, "<MiningModel><Segmentation><Segment>",
                            "</Segment></Segmentation></MiningModel>")),
             "260304 MiningModel:3");
