@@ -160,6 +160,17 @@ TEST(Batch, HasTheBitsOfSingleCasesAndOfTheDefinition) {
   unsetenv("SVMSCORE_ISA");
 }
 
+// Data that change after the set-up are no longer what the packed engine holds.
+TEST(Batch, HasTheBitsOfSingleCasesWithoutTheEngine) {
+  Classifier classifier(3);
+  for (const int target : {0, 1}) classifier.Add(target, -1);
+  SVMModelData& data = *classifier.data;
+  data.SetClassificationMethod(true);
+  const auto model = classifier.Model();
+  EchoMachine(data, 0, 2, -1, 0.1);
+  ExpectBatch(*model, {{0.1, 0.2}, {-0.3, 0.7}, {-0.0, 1e200}});
+}
+
 TEST(Batch, TellsWhichCasesCannotBeScored) {
   const auto model = Classifier(3).AddPairs(3).Model();
   double entries[3];
@@ -178,6 +189,18 @@ TEST(Batch, UnwantedColumnsAreLeftOut) {
   results.status = status.data();
   Classifier(3).AddPairs(3, true).Model()->ScoreBatch({entries, 2, 2}, results);
   EXPECT_EQ(status, std::vector<long>(2, 0));
+  // The status is wanted: no data, no target, a coefficient without a vector.
+  SVMModel without_data;
+  SVMModel without_target;
+  without_target.SetSupportVectorMachineModel(new SVMModelData);
+  Classifier broken(3);
+  broken.AddPairs(3).data->GetSupportVectorMachines()[1]->coefficients.push_back(1.0);
+  const auto without_vector = broken.Model();
+  for (SVMModel* model : {&without_data, &without_target, without_vector.get()}) {
+    status.assign(2, -1);
+    model->ScoreBatch({entries, 2, 2}, results);
+    EXPECT_EQ(status, std::vector<long>(2, 90029));
+  }
 }
 
 }  // namespace
