@@ -16,12 +16,14 @@ const char* const kFields =
     "<DataField name='m' optype='continuous' dataType='double'/>"
     "<DataField name='bad' optype='continuous' dataType='double'/>"
     "<DataField name='level' optype='ordinal' dataType='string'>"
-    "<Value value='low'/><Value value='mid'/><Value value='high'/></DataField>";
+    "<Value value='low'/><Value value='mid'/><Value value='high'/></DataField>"
+    "<DataField name='stage' optype='ordinal' dataType='double'>"
+    "<Value value='3'/><Value value='0.5'/><Value value='1'/></DataField>";
 
-// The field `bad` is invalid, `level` is high and `m` missing.
+// The field `bad` is invalid, `level` is high, `stage` is 0.5 and `m` missing.
 std::string Evaluate(const std::string& call) {
   return Loaded(Document(kFields, DerivedField("d", "string", CallToXml(call))))
-      .Derive("d", {{"bad", "no number"}, {"level", "high"}});
+      .Derive("d", {{"bad", "no number"}, {"level", "high"}, {"stage", "0.5"}});
 }
 
 // Each row reads "CALL = RESULT". Results are compared as texts, or as numbers within `error`,
@@ -64,7 +66,8 @@ TEST(Functions, RoundAndAggregateExactly) {
          "threshold(3, 3) = 0", "threshold(4, 3) = 1"});
   Check({"pow(0, 0) = 1", "avg(2, missing, 4) = 3", "median(7, 1, 4, 10) = 5.5",
          "median(7, missing, 1, 4) = 4", "sum(missing, missing) = missing",
-         "min(7, 1, missing, 4) = 1", "+(7, missing) = missing", "if(false, 1) = missing"});
+         "min(7, 1, missing, 4) = 1", "min('10', '9') = 9", "max('9', 8, '10') = 10",
+         "+(7, missing) = missing", "if(false, 1) = missing"});
 }
 
 TEST(Functions, KeepIntegersWhileTheyFit) {
@@ -91,8 +94,8 @@ TEST(Functions, AreInvalidOutsideTheirDomain) {
        {"dateDaysSinceYear(time'10:00:00', 1960)",
         "dateDaysSinceYear(concat('2024-02-', '30'), 1960)",
         "dateSecondsSinceMidnight(date'2024-01-01')", "+(date'2024-01-01', 1)",
-        "min(date'2024-01-01', 4)", "+('two', 1)", "+(bad, 1)", "avg(bad, 1)", "and(false, bad)",
-        "matches('aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaab', '(a+)+$')",
+        "min(date'2024-01-01', 4)", "+('two', 1)", "min(1, 'two')", "+(bad, 1)", "avg(bad, 1)",
+        "and(false, bad)", "matches('aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaab', '(a+)+$')",
         "matches('x', concat('(', 'x'))"}) {
     EXPECT_EQ(Evaluate(call), "invalid") << call;
   }
@@ -141,7 +144,12 @@ TEST(Functions, CompareAcrossTypes) {
 TEST(Functions, CompareOrdinalFieldsByTheirOrder) {
   Check({"lessThan(level, 'mid') = false", "greaterThan(level, 'mid') = true",
          "lessThan('low', level) = true", "greaterThan(level, 'none') = missing",
-         "equal(level, 'high') = true"});
+         "equal(level, 'high') = true", "greaterThan(level, 2) = missing"});
+  // The values of a field of numbers, 3 before 0.5 before 1, also where a text spells them.
+  Check({"lessThan(stage, 1) = true", "lessThan(3, stage) = true",
+         "greaterThan(stage, '3.0') = true", "lessOrEqual(stage, '5e-1') = true",
+         "lessThan(stage, '1') = true", "lessThan(stage, '2') = missing",
+         "lessThan(stage, 'low') = missing"});
 }
 
 TEST(Functions, ChooseLazily) {
@@ -188,6 +196,8 @@ TEST(Functions, FormatNumbersAndDates) {
          "formatDatetime(dateTime'2024-02-04T00:05:09', '%A %a %e. %B') = Sunday Sun  4. February",
          "formatDatetime(dateTime'2024-02-04T00:05:09', '%b %I:%M:%S %p %%') = Feb 12:05:09 AM %",
          "formatDatetime(date'2004-08-20', '%m/%d/%y') = 08/20/04",
+         "formatDatetime(dateTime'2024-01-04T15:04:05', '%C %h %D %F %I %R %T') = 20 Jan 01/04/24 "
+         "2024-01-04 03 15:04 15:04:05",
          "formatDatetime(time'15:04:05', '%H%M%S') = 150405",
          "formatDatetime(dateDaysSince[1960]'15796', '%Y-%m-%d %j %H') = 2003-04-01 091 00",
          "formatDatetime(date'1969-12-31', '%j %a %y') = 365 Wed 69"});
