@@ -20,6 +20,8 @@ namespace {
 constexpr std::size_t kChunkCells = std::size_t{64} * 1024;
 constexpr std::size_t kLeastRows = 32;
 constexpr std::size_t kMostRows = 512;
+// The rows of a chunk that follows one whose output grew long.
+constexpr std::size_t kFewRows = 4;
 
 // The status of a case that the model is not asked about, logged as the model would.
 long RefuseInvalid() {
@@ -76,22 +78,33 @@ void CaseScorer::FixPositions() {
 }
 
 void CaseScorer::Score(CaseBlock& block) {
+  block.error.reset();
+  block.read_on.clear();
+  block.reader.emplace(block.rows.text.data(), block.rows.text.size(), block.rows.first_line,
+                       plan_.limits);
+  GoOn(block);
+}
+
+void CaseScorer::GoOn(CaseBlock& block) {
   block.out.clear();
   block.tally = {};
-  block.error.reset();
-  CsvRows rows(block.rows.text.data(), block.rows.text.size(), block.rows.first_line, plan_.limits);
-  bool more = true;
-  while (more) {
+  block.done = false;
+  while (!block.done && block.out.size() < plan_.long_output) {
     rows_.clear();
     cells_.clear();
     if (batch_ != nullptr) batch_->Clear();
-    try {
-      more = ReadChunk(rows);
-    } catch (const CsvError& error) {
-      block.error = error;
-      more = false;
+    if (!block.read_on.empty()) {
+      TakeChunk(block);
+    } else {
+      try {
+        if (!ReadChunk(*block.reader)) block.reader.reset();
+      } catch (const CsvError& error) {
+        block.error = error;
+        block.reader.reset();
+      }
     }
     WriteChunk(block);
+    block.done = !block.reader && block.read_on.empty();
   }
 }
 
@@ -106,16 +119,26 @@ bool CaseScorer::ReadChunk(CsvRows& rows) {
                                        : fmt::format("a row of {}", row_cells_.size()),
                                  plan_.columns.width));
     }
-    ReadRow();
+    AddRow(row_cells_.data());
   }
   return true;
 }
 
-void CaseScorer::ReadRow() {
-  cells_.insert(cells_.end(), row_cells_.begin(), row_cells_.end());
+// Long rows of output are scored in small chunks, for what follows the first long one is scored
+// anew.
+void CaseScorer::TakeChunk(CaseBlock& block) {
+  const std::size_t width = plan_.columns.width;
+  const std::size_t rows = std::min(block.read_on.size() / width, kFewRows);
+  for (std::size_t r = 0; r < rows; ++r) AddRow(block.read_on.data() + r * width);
+  const auto first = block.read_on.begin();
+  block.read_on.erase(first, first + static_cast<std::ptrdiff_t>(rows * width));
+}
+
+void CaseScorer::AddRow(const std::string_view* cells) {
+  cells_.insert(cells_.end(), cells, cells + plan_.columns.width);
   Row row;
   if (batch_ != nullptr) {
-    SetCells(row_cells_.data());
+    SetCells(cells);
     row.place = batch_->Size();
     row.status = record_.HasInvalid() ? RefuseInvalid() : batch_->Add(record_).GetErrorCode();
   }
@@ -147,6 +170,10 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
       plan_.results[i]->Write(scored, cell);
     }
     format.EndRow(block.out);
+    if (block.out.size() >= plan_.long_output) {
+      block.read_on.insert(block.read_on.begin(), CellsOf(r + 1), CellsOf(rows_.size()));
+      return;
+    }
   }
 }
 

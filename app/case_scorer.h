@@ -32,6 +32,9 @@ struct ScoringPlan {
   ResultColumns results;
   std::unique_ptr<RowFormat> format;
   Limits limits;  // of the rows
+  // So much text is not held back for rows that follow: a thousand cases may be two bytes each to
+  // read and a megabyte each to write.
+  std::size_t long_output = std::size_t{16} << 20;
 };
 
 // How the cases of a run ended.
@@ -48,10 +51,14 @@ struct Tally {
 // A block on its way through the pipeline.
 struct CaseBlock {
   RowBlock rows;
-  std::string out;
-  Tally tally;
-  std::optional<CsvError> error;  // what is wrong with the row after those of `out`
+  std::string out;                // of the rows that are scored and not written yet
+  Tally tally;                    // of the rows of `out`
+  std::optional<CsvError> error;  // what is wrong with the row after the last one
   std::uint64_t bytes_read = 0;   // of the input, up to this block or a little further
+  bool done = true;               // `out` ends with the last row
+
+  std::optional<CsvRows> reader;          // where reading stands
+  std::vector<std::string_view> read_on;  // [rows][width]: read already, not scored yet
 };
 
 // Used by one thread. Takes the rows of a block in chunks: reads a chunk, lets the model score it
@@ -63,8 +70,10 @@ class CaseScorer {
   CaseScorer(const CaseScorer&) = delete;
   CaseScorer& operator=(const CaseScorer&) = delete;
 
-  // Scores the rows of the block up to the first broken one.
+  // Scores the rows of the block up to the first broken one, or until `out` is long: then `done` is
+  // false, and once `out` is written, GoOn scores further, by any scorer of the plan.
   void Score(CaseBlock& block);
+  void GoOn(CaseBlock& block);
   // Shows the model a case without values: it fixes the positions of its variables in records on
   // the first case that it sees, which must not happen on several threads at once.
   void FixPositions();
@@ -78,7 +87,9 @@ class CaseScorer {
 
   // Reads rows until the chunk is full; false at the end of the rows.
   bool ReadChunk(CsvRows& rows);
-  void ReadRow();
+  // Takes rows that are read already.
+  void TakeChunk(CaseBlock& block);
+  void AddRow(const std::string_view* cells);
   void WriteChunk(CaseBlock& block);
   // The cells of a row of the chunk.
   const std::string_view* CellsOf(std::size_t row) const {

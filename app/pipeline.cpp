@@ -130,13 +130,23 @@ class Run {
   }
 
   void Write(CaseBlock& block) {
-    output_.Write(block.out);
-    total_.Add(block.tally);
-    NoteCasesWritten(total_.cases);
+    WriteOut(block);
+    if (!block.done) input_.ShrinkBlocks();
+    // What the block's turn in the other threads was too short for; memory stays bounded this way.
+    while (!block.done) {
+      scorers_.local()->GoOn(block);
+      WriteOut(block);
+    }
     if (block.error) throw BrokenRow(input_name_, *block.error);
     progress_.Show(total_.cases, block.bytes_read);
     KeepWithinBounds(block.rows.text);
     KeepWithinBounds(block.out);
+  }
+
+  void WriteOut(const CaseBlock& block) {
+    output_.Write(block.out);
+    total_.Add(block.tally);
+    NoteCasesWritten(total_.cases);
   }
 
   RowBlocks& input_;

@@ -2,6 +2,7 @@
 #ifndef APP_ROW_BLOCKS_H_
 #define APP_ROW_BLOCKS_H_
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -31,10 +32,16 @@ class RowBlocks {
   // The next rows; false at the end. Throws a Failure(kInputError) for an unreadable input and a
   // CsvError for a row that exceeds its limit, as one without end does.
   bool Next(RowBlock& block);
+  // Halves the blocks that follow; on any thread.
+  void ShrinkBlocks() {
+    if (block_bytes_ > kLeastBlock) block_bytes_ = block_bytes_ / 2;
+  }
   // Bytes read so far.
   std::uint64_t BytesRead() const { return bytes_read_; }
 
  private:
+  static constexpr std::size_t kLeastBlock = 4096;
+
   // Where the scan of the text in hand stands.
   struct Scan {
     std::size_t done = 0;                         // bytes looked at
@@ -53,7 +60,7 @@ class RowBlocks {
 
   InputFile& input_;
   Limits limits_;
-  std::size_t block_bytes_;
+  std::atomic<std::size_t> block_bytes_;
   std::string buffer_;
   std::string text_;
   Scan scan_;

@@ -35,9 +35,11 @@ Written Run(const ScoringPlan& plan, app::RowBlocks& input) {
   scorer.FixPositions();
   app::CaseBlock block;
   while (written.error_line == 0 && input.Next(block.rows)) {
-    scorer.Score(block);
-    written.text += block.out;
-    written.cases += block.tally.cases;
+    for (scorer.Score(block);; scorer.GoOn(block)) {
+      written.text += block.out;
+      written.cases += block.tally.cases;
+      if (block.done) break;
+    }
     if (block.error) written.error_line = block.error->Line();
   }
   return written;
@@ -45,7 +47,8 @@ Written Run(const ScoringPlan& plan, app::RowBlocks& input) {
 
 // Nothing where the table is refused as a whole.
 std::optional<Written> Score(const LoadedModel& loaded, const MemoryFile& table,
-                             const RunOptions& options, std::size_t block_bytes) {
+                             const RunOptions& options, std::size_t block_bytes,
+                             std::size_t long_output) {
   try {
     app::InputFile file(table.Path());
     app::RowBlocks input(file, {}, block_bytes);
@@ -53,7 +56,9 @@ std::optional<Written> Score(const LoadedModel& loaded, const MemoryFile& table,
     if (!input.ReadHeader(header)) return std::nullopt;
     std::vector<std::string_view> names;
     CsvRows(header.text.data(), header.text.size(), header.first_line).Next(names);
-    return Run(PlanOf(loaded, names, options), input);
+    ScoringPlan plan = PlanOf(loaded, names, options);
+    plan.long_output = long_output;
+    return Run(plan, input);
   } catch (const CsvError&) {
   } catch (const app::Failure&) {
   }
@@ -91,10 +96,11 @@ const LoadedModel& TheModel() {
   return loaded;
 }
 
-void CheckTable(const std::string& text, const RunOptions& options, std::size_t block_bytes) {
+void CheckTable(const std::string& text, const RunOptions& options, std::size_t block_bytes,
+                std::size_t long_output) {
   const MemoryFile table(text);
-  const std::optional<Written> whole = Score(TheModel(), table, options, 1U << 18U);
-  const std::optional<Written> pieces = Score(TheModel(), table, options, block_bytes);
+  const std::optional<Written> whole = Score(TheModel(), table, options, 1U << 18U, 1U << 24U);
+  const std::optional<Written> pieces = Score(TheModel(), table, options, block_bytes, long_output);
   Promise(whole.has_value() == pieces.has_value(), "a table is refused whatever the blocks");
   if (!whole) return;
   Promise(whole->text == pieces->text && whole->error_line == pieces->error_line,
@@ -128,7 +134,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     options.copied.emplace_back(choices.Pick(kCopied));
   }
   const std::size_t block_bytes = 1 + choices.Below(64);
+  const std::size_t long_output = choices.Half() ? 1U << 24U : 1 + choices.Below(200);
   const std::uint8_t* table = line_end == data + size ? line_end : line_end + 1;
-  CheckTable({table, data + size}, options, block_bytes);
+  CheckTable({table, data + size}, options, block_bytes, long_output);
   return 0;
 }

@@ -105,7 +105,7 @@ InputState InputCaseRecord::SetText(std::size_t position, std::string_view text)
   if (number) {
     slot.number->SetKey(*number);
   } else {
-    slot.number->SetInvalid(std::string(text));
+    slot.number->SetInvalid(text);
   }
   return Treat(slot, *slot.number);
 }
@@ -122,7 +122,11 @@ InputState InputCaseRecord::SetNumber(std::size_t position, double number) {
 }
 
 InputState InputCaseRecord::SetMissing(std::size_t position) {
-  return TreatMissing(slots_[position]);
+  // A long text of the last case is not kept.
+  Slot& slot = slots_[position];
+  if (slot.text != nullptr) slot.text->SetInvalid();
+  slot.number->SetInvalid({});
+  return TreatMissing(slot);
 }
 
 int InputCaseRecord::GetPosition(const std::string& name) const {

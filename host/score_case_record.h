@@ -41,7 +41,7 @@ enum class InputState { kPresent, kMissing, kInvalid };
 // A record that a program fills case by case. Setting a value applies the variable's
 // declarations and treatment (missing and invalid values, outliers, replacements), so that
 // models and derived fields see the treated values only. No allocation after the first cases,
-// save for texts longer than any before.
+// save for texts longer than any before, and those over a kilobyte.
 class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
  public:
   // Holds a value for each of `variables`, which must outlive it, in their order. With

@@ -150,7 +150,7 @@ std::unique_ptr<ScoreValue> ScoreDictVar::ValueFromText(std::string_view text) c
   const auto number = svmscore::KeyFromFieldText(text, type_);
   if (number) return std::make_unique<NumericValue>(*number, std::string(text));
   auto value = std::make_unique<NumericValue>(NumericValue::GetSysmisValue());
-  value->SetInvalid(std::string(text));
+  value->SetInvalid(text);
   return value;
 }
 

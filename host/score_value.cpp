@@ -2,11 +2,24 @@
 
 #include <cmath>
 #include <limits>
+#include <string_view>
 #include <utility>
 
 #include "host/number_text.h"
 
 namespace MCZandor_850 {
+namespace {
+
+constexpr std::size_t kSmallText = 1024;
+
+// Keeps the buffer, unless that would keep far more than the text needs: values live as long as a
+// table is read, one for every column and thread.
+void Assign(std::string& kept, std::string_view text) {
+  if (kept.capacity() > kSmallText && text.size() < kept.capacity() / 4) std::string().swap(kept);
+  kept.assign(text);
+}
+
+}  // namespace
 
 ScoreValue::~ScoreValue() = default;
 
@@ -30,14 +43,14 @@ void NumericValue::SetKey(const svmscore::NumberKey& key) {
   value_ = key.number;
   rest_ = key.rest;
   invalid_ = false;
-  text_.clear();
+  Assign(text_, {});
 }
 
-void NumericValue::SetInvalid(std::string text) {
+void NumericValue::SetInvalid(std::string_view text) {
   value_ = std::numeric_limits<double>::quiet_NaN();
   rest_ = 0;
   invalid_ = true;
-  text_ = std::move(text);
+  Assign(text_, text);
 }
 
 bool NumericValue::IsMissing() const {
@@ -66,12 +79,13 @@ StringValue::StringValue(const char* text) : text_(text == nullptr ? "" : text) 
 StringValue::StringValue(const std::string& text) : text_(text) {}
 
 void StringValue::SetText(const char* text, std::size_t size) {
-  text_.assign(text, size);
+  Assign(text_, {text, size});
   invalid_ = false;
 }
 
 void StringValue::SetInvalid() {
   invalid_ = true;
+  Assign(text_, {});
 }
 
 double StringValue::GetDouble() const {

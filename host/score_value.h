@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "host/api.h"
 #include "host/number_key.h"
@@ -48,7 +49,7 @@ class SVMSCORE_HOST_API NumericValue : public ScoreValue {
   void SetDoubleValue(double value);
   void SetKey(const svmscore::NumberKey& key);
   // Makes the value invalid; `text` is what was given.
-  void SetInvalid(std::string text);
+  void SetInvalid(std::string_view text);
 
   bool IsNumeric() const override { return true; }
   bool IsMissing() const override;
@@ -72,8 +73,9 @@ class SVMSCORE_HOST_API StringValue : public ScoreValue {
   explicit StringValue(const char* text);
   explicit StringValue(const std::string& text);
 
-  // Keeps the buffer of the earlier text where it is large enough.
+  // Keeps the buffer of the earlier text where it is large enough, but not far too large.
   void SetText(const char* text, std::size_t size);
+  // Forgets the text.
   void SetInvalid();
 
   const std::string& GetTextReference() const { return text_; }

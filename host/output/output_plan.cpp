@@ -65,9 +65,15 @@ long OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
   }
   const transform::Frame frame{slots, scratch.arena_};
   long status = outcome.status;
+  std::size_t texts = 0;
   for (std::size_t i = 0; i < fields_.size(); ++i) {
     Value value = Compute(i, outcome, frame);
     if (fields_[i].type) value = transform::Convert(value, *fields_[i].type, scratch.arena_);
+    if (value.IsPresent() && value.IsText()) {
+      // A row of them is written in one go.
+      texts += value.GetText().size();
+      if (texts > transform::Arena::kMostBytes) value = Value::Invalid();
+    }
     if (value.IsInvalid() && status == 0) status = MCScore::kInvalidValue;
     slots[i] = value.IsPresent() ? value : Value::Missing();
     if (!steps_[i].decisions.empty() && value.IsPresent()) TellDecision(i, value);

@@ -12,6 +12,7 @@ constexpr std::size_t kLargestChunk = std::size_t{1} << 20;
 
 char* Arena::Allocate(std::size_t size) {
   size = (size + 7) & ~std::size_t{7};
+  taken_ += size;
   while (chunk_ < chunks_.size()) {
     Chunk& chunk = chunks_[chunk_];
     if (chunk.size - used_ >= size) {

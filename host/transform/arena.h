@@ -15,10 +15,17 @@ namespace svmscore::transform {
 // Addresses are stable until Reset, also when the arena is moved. One thread at a time.
 class SVMSCORE_HOST_API Arena {
  public:
+  // What the texts that are made for one case may come to: a few expressions that double a text
+  // would fill any memory. Who makes a text asks HasRoomFor; a value that does not fit is invalid.
+  static constexpr std::size_t kMostBytes = std::size_t{64} << 20;
+
   // Aligned to 8 bytes.
   char* Allocate(std::size_t size);
   std::string_view Copy(std::string_view text);
-  void Reset() { chunk_ = used_ = 0; }
+  bool HasRoomFor(std::size_t size) const {
+    return taken_ <= kMostBytes && size <= kMostBytes - taken_;
+  }
+  void Reset() { chunk_ = used_ = taken_ = 0; }
 
  private:
   struct Chunk {
@@ -28,6 +35,7 @@ class SVMSCORE_HOST_API Arena {
   std::vector<Chunk> chunks_;
   std::size_t chunk_ = 0;  // the chunk in use
   std::size_t used_ = 0;   // bytes of it that are taken
+  std::size_t taken_ = 0;  // bytes handed out since Reset
 };
 
 }  // namespace svmscore::transform

@@ -103,7 +103,8 @@ Value FormatWith(const NumberPattern& pattern, const Value& value, Arena& arena)
     if (!real) return Value::Invalid();
     number = fmt::sprintf(pattern.conversion, *real);
   }
-  return Value::Text(arena.Copy(pattern.before + number + pattern.after));
+  const std::string text = pattern.before + number + pattern.after;
+  return arena.HasRoomFor(text.size()) ? Value::Text(arena.Copy(text)) : Value::Invalid();
 }
 
 Value FormatNumberBy(const Arguments& in) {
@@ -237,7 +238,8 @@ Value FormatDatetime(const Arguments& in) {
         result += DatePart(letter, *moment->day);
         return true;
       });
-  return done ? Value::Text(in.arena.Copy(result)) : Value::Invalid();
+  if (!done || !in.arena.HasRoomFor(result.size())) return Value::Invalid();
+  return Value::Text(in.arena.Copy(result));
 }
 
 constexpr std::array kFunctions = {

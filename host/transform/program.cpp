@@ -22,7 +22,10 @@ Scratch::Scratch(const Program& program)
 Scratch::~Scratch() = default;
 
 const ScoreValue* Scratch::Holder::Hold(const Value& value, FieldType type) {
-  if (value.IsMissing()) return nullptr;
+  if (value.IsMissing()) {
+    if (text) text->SetInvalid();
+    return nullptr;
+  }
   if (type.data == DataType::kString) {
     if (!text) text = std::make_unique<StringValue>("");
     if (value.IsPresent()) {
@@ -60,12 +63,18 @@ void Program::Evaluate(const ScoreCaseRecord& record, Scratch& scratch) const {
     slots[input.slot] = ReadInput(record, *input.var, scratch.arena_);
   }
   const Frame frame{slots, scratch.arena_};
+  std::size_t texts = 0;
   for (std::size_t i = 0; i < steps_.size(); ++i) {
     const Step& step = steps_[i];
     const auto slot = static_cast<std::size_t>(step.slot);
     const Value value = expressions_[slot]->Evaluate(frame);
     if (step.type.data == DataType::kInteger) TellRounding(i, value);
     slots[slot] = Convert(value, step.type, scratch.arena_);
+    if (slots[slot].IsPresent() && slots[slot].IsText()) {
+      // Every holder has a text of its own.
+      texts += slots[slot].GetText().size();
+      if (texts > Arena::kMostBytes) slots[slot] = Value::Invalid();
+    }
     scratch.results_[slot] = scratch.holders_[i].Hold(slots[slot], step.type);
   }
 }

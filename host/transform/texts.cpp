@@ -11,7 +11,7 @@ namespace svmscore::transform {
 namespace {
 
 Value Kept(const std::string& text, Arena& arena) {
-  return Value::Text(arena.Copy(text));
+  return arena.HasRoomFor(text.size()) ? Value::Text(arena.Copy(text)) : Value::Invalid();
 }
 
 Value UpperCaseOf(const Arguments& in) {
@@ -51,6 +51,7 @@ Value Concatenate(const Arguments& in) {
     parts[i] = TextOf(in[i], in.arena);
     size += parts[i].size();
   }
+  if (!in.arena.HasRoomFor(size)) return Value::Invalid();
   char* joined = in.arena.Allocate(size);
   char* end = joined;
   for (std::size_t i = 0; i < in.size(); ++i) end += parts[i].copy(end, parts[i].size());
