@@ -1,0 +1,63 @@
+// Models that take no batches.
+#include "app/case_scorer.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "host/base_model.h"
+#include "host/pmml/loader.h"
+#include "host/pmml/plugin.h"
+
+namespace svmscore::app {
+namespace {
+
+using MCZandor_850::ScoreModel;
+
+// Another model as one that scores single cases only.
+class SingleCases : public MCZandor_850::BaseModel {
+ public:
+  explicit SingleCases(ScoreModel& model) : model_(model) {}
+  void SetPredictionOnly(bool) override {}
+  MCZandor_850::BaseDictionary* GetVarsOfRole(VarRole) const override { return nullptr; }
+  MCScore::MCStatus GetScore(const MCZandor_850::ScoreCaseRecord* record,
+                             MCZandor_850::ScoreResult*& result, bool flag) override {
+    return model_.GetScore(record, result, flag);
+  }
+  int GetModelType() const override { return model_.GetModelType(); }
+  bool GetPredictionOnly() const override { return false; }
+  void Display(std::ostream&) const override {}
+
+ private:
+  ScoreModel& model_;
+};
+
+std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const std::string& rows) {
+  ScoringPlan plan;
+  plan.model = &model;
+  plan.columns = MatchColumns({"width", "height", "colour"}, loaded, {}, "cases");
+  plan.replace_missing = true;
+  plan.output = loaded.output.get();
+  plan.results = MakeColumns(model, *loaded.output, ColumnChoice::kAll, plan.columns, false, {});
+  plan.format = CsvFormat({});
+  CaseScorer scorer(plan);
+  scorer.FixPositions();
+  CaseBlock block;
+  block.rows.text = rows;
+  scorer.Score(block);
+  return block.out;
+}
+
+TEST(CaseScorer, ScoresCaseByCaseWhatABatchGives) {
+  const LoadedModel loaded =
+      LoadModel(Plugin(SVMSCORE_PLUGIN_FILE), PmmlDocument::FromFile(DATA_FOLDER "/three.pmml"));
+  SingleCases single(*loaded.model);
+  // Replaced, missing, invalid, and both.
+  const std::string rows = "1,2,blue\n1,1,\n,1,red\n1,1,green\n,one,red\n-1,-1,red\n";
+  const std::string scores = ScoredRows(loaded, single, rows);
+  EXPECT_EQ(scores, ScoredRows(loaded, *loaded.model, rows));
+  EXPECT_NE(scores.find("90029\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace svmscore::app
