@@ -1,6 +1,7 @@
 // Models that take no batches.
 #include "app/case_scorer.h"
 
+#include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -32,7 +33,9 @@ class SingleCases : public MCZandor_850::BaseModel {
   ScoreModel& model_;
 };
 
-std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const std::string& rows) {
+// Scored until as much as `long_output` waits, and then on.
+std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const std::string& rows,
+                       std::size_t long_output = 1U << 20U) {
   ScoringPlan plan;
   plan.model = &model;
   plan.columns = MatchColumns({"width", "height", "colour"}, loaded, {}, "cases");
@@ -44,8 +47,19 @@ std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const std::
   scorer.FixPositions();
   CaseBlock block;
   block.rows.text = rows;
-  scorer.Score(block);
-  return block.out;
+  plan.long_output = long_output;
+  std::string all;
+  std::uint64_t cases = 0;
+  for (scorer.Score(block);; scorer.GoOn(block)) {
+    // Only the last row of a piece may be beyond.
+    EXPECT_LT(block.out.rfind('\n', block.out.size() - 2) + 1, long_output + 1);
+    all += block.out;
+    cases += block.tally.cases;
+    if (block.done) break;
+  }
+  EXPECT_EQ(cases, static_cast<std::uint64_t>(std::count(all.begin(), all.end(), '\n')));
+  EXPECT_TRUE(block.error);
+  return all;
 }
 
 TEST(CaseScorer, ScoresCaseByCaseWhatABatchGives) {
@@ -53,10 +67,15 @@ TEST(CaseScorer, ScoresCaseByCaseWhatABatchGives) {
       LoadModel(Plugin(SVMSCORE_PLUGIN_FILE), PmmlDocument::FromFile(DATA_FOLDER "/three.pmml"));
   SingleCases single(*loaded.model);
   // Replaced, missing, invalid, and both.
-  const std::string rows = "1,2,blue\n1,1,\n,1,red\n1,1,green\n,one,red\n-1,-1,red\n";
+  const std::string rows =
+      "1,2,blue\n1,1,\n,1,red\n1,1,\"green\"\"\"\n,one,red\n-1,-1,red\ntoo short\n";
   const std::string scores = ScoredRows(loaded, single, rows);
   EXPECT_EQ(scores, ScoredRows(loaded, *loaded.model, rows));
   EXPECT_NE(scores.find("90029\n"), std::string::npos);
+  // No row is lost, made twice or changed where output is written in pieces.
+  for (std::size_t long_output = 1; long_output < scores.size() + 2; ++long_output) {
+    EXPECT_EQ(ScoredRows(loaded, *loaded.model, rows, long_output), scores) << long_output;
+  }
 }
 
 }  // namespace

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/app/edited.h"
 #include "tests/app/run_program.h"
+#include "tests/app/temporary_folder.h"
 
 namespace svmscore::app {
 namespace {
@@ -14,6 +16,22 @@ TEST(Memory, StaysBelowTwoHundredMegabytesForInputsOfAnySize) {
       RunShell("(echo x,note; yes '" + row + "' | head -n 300000) | \"$SVMSCORE\" score " +
                Data("line.pmml") + " --threads 8 --passthrough note | wc -l");
   EXPECT_EQ(ran.out, "300001\n") << ran.err;
+  EXPECT_LT(ran.peak_kib, 200L << 10U);
+}
+
+// Rows of two bytes become rows of ten thousand: 400 MB that must not wait for each other.
+TEST(Memory, StaysBelowTwoHundredMegabytesForOutputsOfAnySize) {
+  const TemporaryFolder folder;
+  const std::string model = folder.Write(
+      "model.pmml",
+      Edited("line.pmml", {{"</MiningSchema>",
+                            "</MiningSchema><Output><OutputField name='long' "
+                            "feature='transformedValue' dataType='string' "
+                            "optype='categorical'><Constant>" +
+                                std::string(10000, 'c') + "</Constant></OutputField></Output>"}}));
+  const Ran ran = RunShell("(echo x; yes 1 | head -n 40000) | \"$SVMSCORE\" score " + model +
+                           " --threads 8 | wc -l");
+  EXPECT_EQ(ran.out, "40001\n") << ran.err;
   EXPECT_LT(ran.peak_kib, 200L << 10U);
 }
 

@@ -162,5 +162,18 @@ TEST(ScoreValue, EqualityKeepsNumbersAndTextsApart) {
   EXPECT_EQ(StringValue("2.5").GetDouble(), 2.5);
 }
 
+TEST(ScoreValue, LongTextsGoWithTheirCase) {
+  const std::string megabyte(1U << 20U, 'm');
+  StringValue text("");
+  const auto held = [&] { return text.GetTextReference().capacity(); };
+  text.SetText(megabyte.data(), megabyte.size());
+  text.SetText("a", 1);
+  EXPECT_EQ(text.GetText(), "a");
+  EXPECT_LT(held(), 2048U);
+  text.SetText(megabyte.data(), megabyte.size());
+  text.SetInvalid();
+  EXPECT_LT(held(), 2048U);
+}
+
 }  // namespace
 }  // namespace MCZandor_850

@@ -47,6 +47,18 @@ TEST(OutputFields, TypesConvertBeforeLaterFieldsSeeThem) {
   EXPECT_EQ(scoring.Text("shown"), "9.25");
 }
 
+TEST(OutputFields, HoldTextsOfACaseToSixtyFourMebibytes) {
+  std::string fields = Derive("o0", "'" + std::string(1000, 'o') + "'");
+  for (int i = 1; i <= 15; ++i) {
+    const std::string before = "o" + std::to_string(i - 1);
+    fields += Derive("o" + std::to_string(i), "concat(" + before + ", " + before + ")");
+  }
+  Scoring scoring(Chain(fields + Derive("copy", "o15")));
+  EXPECT_EQ(scoring.Score(kFirst).status, MCScore::kInvalidValue);
+  EXPECT_EQ(scoring.Text("o15").size(), 32768000U);
+  EXPECT_EQ(scoring.Text("copy"), "");
+}
+
 TEST(OutputFields, ExpressionsNameInputsDerivedFieldsAndTheTarget) {
   const std::string doubled =
       "<LocalTransformations><DerivedField name='doubled' optype='continuous' dataType='double'>" +
@@ -131,7 +143,7 @@ TEST(OutputFields, FeaturesThatNoSuchModelComputesAreMissingAndTold) {
                             "<OutputField name='f' feature='x-odd'/>")),
             6U);
   Scoring scoring(Chain("<OutputField name='a' feature='reasonCode' dataType='string'/>"));
-  EXPECT_EQ(scoring.Score(kFirst).status, 0);
+  EXPECT_EQ(scoring.Score(kFirst).status, MCScore::kInvalidValue);
   EXPECT_EQ(scoring.Text("a"), "");
   // Before 4.2 a field without a feature had no value.
   EXPECT_EQ(NoteCount(Edit(Chain("<OutputField name='a'/>"), "4.4", "4.1")), 1U);

@@ -139,6 +139,26 @@ TEST(FieldRef, MapsMissingValuesInTheFieldsType) {
   EXPECT_EQ(text.Derive("d", {{"x", ""}}), "");
 }
 
+TEST(DerivedFields, HoldTextsOfACaseToSixtyFourMebibytes) {
+  std::string fields = DerivedField("d0", "string", "<FieldRef field='x'/>");
+  const auto field = [](int i) { return "d" + std::to_string(i); };
+  for (int i = 1; i <= 40; ++i) {
+    const std::string before = field(i - 1);
+    fields += DerivedField(field(i), "string", CallToXml("concat(" + before + ", " + before + ")"));
+  }
+  // Copies count as well.
+  for (int i = 0; i < 4; ++i) {
+    fields += DerivedField("copy" + std::to_string(i), "string", "<FieldRef field='d14'/>");
+  }
+  const Loaded loaded(Document(DataField("x", "string"), fields));
+  const Case kilobyte = {{"x", std::string(1000, 'x')}};
+  EXPECT_EQ(loaded.Derive("d14", kilobyte).size(), 16384000U);
+  EXPECT_EQ(loaded.Derive("d15", kilobyte).size(), 32768000U);
+  EXPECT_EQ(loaded.Derive("d40", kilobyte), "invalid");
+  EXPECT_EQ(loaded.Derive("copy3", kilobyte), "invalid");
+  EXPECT_EQ(loaded.Derive("d10", {{"x", "y"}}), std::string(1024, 'y'));
+}
+
 TEST(DerivedFields, TellValuesTakenAsTheyAre) {
   const std::string field =
       DerivedField("d", "string", CallToXml("concat(x, isValid(x), isNotValid(x))"));
