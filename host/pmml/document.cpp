@@ -18,9 +18,9 @@
 #include <xercesc/util/XMLUni.hpp>
 
 #include "host/message_codes.h"
-#include "host/pmml/attribute_count.h"
 #include "host/pmml/document_memory.h"
 #include "host/pmml/document_parser.h"
+#include "host/pmml/raw_scan.h"
 #include "host/transcoder.h"
 
 namespace svmscore {
@@ -33,9 +33,26 @@ using xercesc::DOMNode;
 // What the parser calls a document that it reads; places are told by line and column.
 constexpr const XMLCh* kSystemId = u"document";
 
-[[noreturn]] void RefuseAttributes(const Limits& limits, const AttributeCount& count) {
-  SSException error = BeyondLimit(limits, &Limits::attributes);
-  error.SetPlace(fmt::format("line {}", count.Line()));
+void CheckScan(const Limits& limits, const RawScan& scan) {
+  if (scan.Found() == RawScan::Problem::kNone) return;
+  SSException error(MCZandor_850::gErrorFormater);
+  if (scan.Found() == RawScan::Problem::kNul) {
+    error.PutErrorMessage(code::kNotWellFormed, "a NUL character");
+  } else {
+    error =
+        BeyondLimit(limits, scan.Found() == RawScan::Problem::kAttributes ? &Limits::attributes
+                                                                          : &Limits::declarations);
+  }
+  error.SetPlace(fmt::format("line {}", scan.Line()));
+  throw error;
+}
+
+// After all was read.
+void CheckEnd(const RawScan& scan) {
+  if (!scan.EndsInsideCharacter()) return;
+  SSException error(MCZandor_850::gErrorFormater);
+  error.PutErrorMessage(code::kNotWellFormed, "it ends inside a character");
+  error.SetPlace(fmt::format("line {}", scan.Line()));
   throw error;
 }
 
@@ -49,7 +66,7 @@ class StreamSource : public xercesc::InputSource {
         stream_(stream),
         name_(name),
         limits_(limits),
-        attributes_(limits.attributes) {}
+        scan_(limits) {}
 
   xercesc::BinInputStream* makeStream() const override {
     return new (getMemoryManager()) Bytes(*this);
@@ -58,11 +75,12 @@ class StreamSource : public xercesc::InputSource {
 
   void Check() const {
     if (read_ > limits_.document_size) throw BeyondLimit(limits_, &Limits::document_size);
-    if (attributes_.IsBeyond()) RefuseAttributes(limits_, attributes_);
+    CheckScan(limits_, scan_);
     if (!stream_.bad()) return;
     ThrowAt(nullptr, code::kFileUnreadable, name_,
             error_ == 0 ? "the stream failed" : std::strerror(error_));
   }
+  const RawScan& Scan() const { return scan_; }
 
  private:
   class Bytes : public xercesc::BinInputStream {
@@ -82,15 +100,16 @@ class StreamSource : public xercesc::InputSource {
     if (stream_.bad()) error_ = errno;
     const auto count = static_cast<XMLSize_t>(stream_.gcount());
     read_ += count;
-    attributes_.Read(to, count);
-    return read_ > limits_.document_size || attributes_.IsBeyond() ? 0 : count;
+    scan_.Read(to, count);
+    const bool refused = read_ > limits_.document_size || scan_.Found() != RawScan::Problem::kNone;
+    return refused ? 0 : count;
   }
 
   std::istream& stream_;
   const std::string& name_;
   const Limits& limits_;
   mutable std::uint64_t read_ = 0;
-  mutable AttributeCount attributes_;
+  mutable RawScan scan_;
   mutable int error_ = 0;
 };
 
@@ -180,6 +199,7 @@ PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& n
     throw;
   }
   source.Check();
+  CheckEnd(source.Scan());
   parsed->Take(parser);
   return PmmlDocument(std::move(parsed));
 } catch (const xercesc::OutOfMemoryException&) {
@@ -190,14 +210,15 @@ PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& 
                                     const Limits& limits) try {
   StartXerces();
   if (text.size() > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
-  AttributeCount attributes(limits.attributes);
-  attributes.Read(text.data(), text.size());
-  if (attributes.IsBeyond()) RefuseAttributes(limits, attributes);
+  RawScan scan(limits);
+  scan.Read(text.data(), text.size());
+  CheckScan(limits, scan);
   auto parsed = std::make_unique<Parsed>(name, limits);
   const std::uint64_t size = text.size();
   DocumentParser parser(&parsed->memory, parsed->limits, size);
   parser.Parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(text.data()),
                                           text.size(), kSystemId, false, &parsed->memory));
+  CheckEnd(scan);
   parsed->Take(parser);
   return PmmlDocument(std::move(parsed));
 } catch (const xercesc::OutOfMemoryException&) {

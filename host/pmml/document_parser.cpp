@@ -12,7 +12,7 @@
 #include <xercesc/validators/DTD/DTDEntityDecl.hpp>
 
 #include "host/message_codes.h"
-#include "host/pmml/attribute_count.h"
+#include "host/pmml/raw_scan.h"
 #include "host/transcoder.h"
 
 namespace svmscore {
@@ -104,6 +104,9 @@ void DocumentParser::doctypeDecl(const xercesc::DTDElementDecl& declaration,
                                  const XMLCh* const public_id, const XMLCh* const system_id,
                                  const bool has_internal, const bool has_external) {
   has_doctype_ = true;
+  // An entity that is declared nowhere might be declared in what is not read. The parser would
+  // leave it out without a word then; so that it does not, nothing more is taken to exist.
+  getScanner()->setHasNoDTD(true);
   XercesDOMParser::doctypeDecl(declaration, public_id, system_id, has_internal, has_external);
 }
 
@@ -120,9 +123,9 @@ void DocumentParser::entityDecl(const xercesc::DTDEntityDecl& entity, const bool
   }
   has_entities_ = true;
   // An entity's text may spell markup that the document's own bytes do not show.
-  AttributeCount attributes(limits_.attributes);
-  attributes.Read(entity.getValue(), entity.getValueLen());
-  if (attributes.IsBeyond()) RefuseBeyond(&Limits::attributes);
+  RawScan scan(limits_);
+  scan.Read(entity.getValue(), entity.getValueLen());
+  if (scan.Found() == RawScan::Problem::kAttributes) RefuseBeyond(&Limits::attributes);
   longest_entity_ = std::max<std::uint64_t>(longest_entity_, entity.getValueLen());
   XercesDOMParser::entityDecl(entity, is_parameter, is_ignored);
 }

@@ -2,6 +2,7 @@
 #ifndef HOST_TRANSFORM_DEFINITIONS_H_
 #define HOST_TRANSFORM_DEFINITIONS_H_
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -58,6 +59,10 @@ class SVMSCORE_HOST_API Definitions {
   // through others, is refused at `caller`, which is an expression `depth` levels in.
   std::shared_ptr<const UserFunction> Find(const std::string& name, const Element* caller,
                                            int depth);
+  // Counts a call; false where all of them have become too many.
+  bool Admit(const UserFunction& function) {
+    return (called_ += function.Size()) <= kMostCalledInAll;
+  }
 
  private:
   struct Definition {
@@ -69,6 +74,7 @@ class SVMSCORE_HOST_API Definitions {
 
   std::unordered_map<std::string, Definition> definitions_;
   std::vector<std::string> order_;
+  std::int64_t called_ = 0;
 };
 
 }  // namespace svmscore::transform

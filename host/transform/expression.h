@@ -3,6 +3,7 @@
 #define HOST_TRANSFORM_EXPRESSION_H_
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,6 +29,8 @@ struct Frame {
 // A call of a defined function may come to this many expressions: functions that call others twice
 // double the work with every level.
 inline constexpr int kMostCalled = 1000000;
+// And all calls of a document together to this many: some tenths of a second for a case.
+inline constexpr std::int64_t kMostCalledInAll = 4000000;
 
 // Immutable once the field or function that it belongs to is compiled, and then safe for any number
 // of threads. Evaluation throws nothing but std::bad_alloc.

@@ -22,13 +22,12 @@ TEST(Memory, StaysBelowTwoHundredMegabytesForInputsOfAnySize) {
 // Rows of two bytes become rows of ten thousand: 400 MB that must not wait for each other.
 TEST(Memory, StaysBelowTwoHundredMegabytesForOutputsOfAnySize) {
   const TemporaryFolder folder;
-  const std::string model = folder.Write(
-      "model.pmml",
-      Edited("line.pmml", {{"</MiningSchema>",
-                            "</MiningSchema><Output><OutputField name='long' "
-                            "feature='transformedValue' dataType='string' "
-                            "optype='categorical'><Constant>" +
-                                std::string(10000, 'c') + "</Constant></OutputField></Output>"}}));
+  const std::string field =
+      "<Output><OutputField name='long' feature='transformedValue' dataType='string' "
+      "optype='categorical'><Constant>" +
+      std::string(10000, 'c') + "</Constant></OutputField></Output>";
+  const std::string model =
+      EditedFile(folder, Data("line.pmml"), {"</MiningSchema>", "</MiningSchema>" + field});
   const Ran ran = RunShell("(echo x; yes 1 | head -n 40000) | \"$SVMSCORE\" score " + model +
                            " --threads 8 | wc -l");
   EXPECT_EQ(ran.out, "40001\n") << ran.err;

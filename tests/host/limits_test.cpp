@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include <arpa/inet.h>
+#include <iconv.h>
 #include <sys/inotify.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -38,6 +39,19 @@ std::string Refusal(const std::string& text, const Limits& limits = {}) {
   }
 }
 
+std::string InEbcdic(std::string text) {
+  text = "<?xml version='1.0' encoding='IBM037'?>" + text;
+  std::string bytes(text.size(), ' ');
+  const iconv_t converter = iconv_open("IBM037", "UTF-8");
+  char* from = text.data();
+  char* to = bytes.data();
+  std::size_t left = text.size();
+  std::size_t room = bytes.size();
+  EXPECT_EQ(iconv(converter, &from, &left, &to, &room), 0U);
+  iconv_close(converter);
+  return bytes;
+}
+
 TEST(Limits, LetThroughWhatTheySayAndNoMore) {
   const auto table = [](std::size_t rows) {
     return "<InlineTable>" + Repeat("<row/>\n", rows) + "</InlineTable>";
@@ -60,6 +74,8 @@ TEST(Limits, LetThroughWhatTheySayAndNoMore) {
       {&Limits::attributes, "<!DOCTYPE a [<!ENTITY x '<b b=\"\"/>'>]><a>&x;</a>",
        "<!DOCTYPE a [<!ENTITY x '&#60;b b&#61;&#34;&#34; c=\"\" d=\"\" e=\"\"/>'>]><a>&x;</a>",
        "line 1"},
+      {&Limits::attributes, InEbcdic("<a b='x' c ='' d= \"\"><!-- ' --> e='' f=''</a>"),
+       InEbcdic("<a>'\n<!-- ' --><b c='' d =\"=''\" e='' f= ''/></a>"), "line 2"},
       {&Limits::element_names, "<a><b/><c/><c/></a>", "<a><b/><c/><d/></a>", "element d, line 1"},
       {&Limits::attribute_names, "<a b='' c='' xmlns=''><d b='' c='' xmlns='u'/></a>",
        "<a b='' c='' xmlns:c='u'><d d=''/></a>", "element d, line 1"},
@@ -70,6 +86,12 @@ TEST(Limits, LetThroughWhatTheySayAndNoMore) {
       {&Limits::declarations, "<!DOCTYPE a [<!ENTITY x 'y'><!ENTITY z 'y'><!ELEMENT a ANY>]><a/>",
        "<!DOCTYPE a [<!ENTITY x 'y'><!NOTATION z SYSTEM 'y'><!ELEMENT a ANY>\n"
        "<!ELEMENT b ANY>]><a/>",
+       "line 2"},
+      {&Limits::declarations,
+       "<!DOCTYPE a [<!--" + Repeat("(", 50) + "--><!ENTITY b '" + Repeat("|", 50) +
+           "'><!ELEMENT a (b" + Repeat("|b", 29) + ")>]><a/>",
+       "<!DOCTYPE a [<!ELEMENT a (b" + Repeat(",b", 15) + ")>\n<!ATTLIST a b (c" +
+           Repeat("|c", 14) + ")\n'(|('>]><a/>",
        "line 2"},
       {&Limits::vectors, "<a>" + Repeat("<VectorInstance/>", 3) + "</a>",
        "<a>" + Repeat("<VectorInstance/>", 4) + "</a>", "element VectorInstance, line 1"},
@@ -206,6 +228,9 @@ TEST(Outside, IsNeverOpenedNorAsked) {
     std::string after;
     std::string code;  // empty: it is read, for what it points at is nobody's concern
   } cases[] = {
+      {"<!DOCTYPE a SYSTEM '", "'><a>&x;</a>", "260302"},
+      {"<!DOCTYPE a SYSTEM '", "'><a b='&x;'/>", "260302"},
+      {"<!DOCTYPE a PUBLIC 'p' '", "' [<!ENTITY y 'z'>]><a>&y;<b/>&x;<b/></a>", "260302"},
       {"<!DOCTYPE a [<!ENTITY x SYSTEM '", "'>]><a>&x;</a>", "260303"},
       {"<!DOCTYPE a [<!ENTITY x PUBLIC 'p' '", "'>]><a b='&x;'/>", "260302"},
       {"<!DOCTYPE a [<!ENTITY % x SYSTEM '", "'>%x;]><a/>", "260303"},
