@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace svmscore::app {
 
@@ -23,12 +24,15 @@ enum ExitStatus : int {
 // status.
 class Failure : public std::runtime_error {
  public:
-  Failure(ExitStatus status, const std::string& message)
-      : std::runtime_error(message), status_(status) {}
+  // `message` is one line, whatever it holds. `lines` follow it, and are printable already.
+  Failure(ExitStatus status, const std::string& message, std::string lines = {})
+      : std::runtime_error(message), status_(status), lines_(std::move(lines)) {}
   ExitStatus Status() const { return status_; }
+  const std::string& Lines() const { return lines_; }
 
  private:
   ExitStatus status_;
+  std::string lines_;
 };
 
 }  // namespace svmscore::app

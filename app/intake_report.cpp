@@ -4,24 +4,27 @@
 
 #include "app/messages.h"
 #include "host/pmml/elements.h"
+#include "host/printable.h"
 
 namespace svmscore::app {
 
 std::string SentenceOf(const IntakeStep& step) {
   const std::string place = step.line > 0 ? fmt::format("line {}, ", step.line) : "";
   const std::string more = step.count > 1 ? fmt::format(" ({} places)", step.count) : "";
-  return fmt::format("{}{}: {}{}", place, step.element, step.consequence, more);
+  return fmt::format("{}{}: {}{}", place, Shortened(step.element, kLongestInsert), step.consequence,
+                     more);
 }
 
 void TellIntake(const std::string& path, const LoadedModel& loaded) {
   for (const IntakeStep& step : loaded.intake) {
-    Tell(fmt::format("svmscore: {}: {}\n", path, SentenceOf(step)));
+    Tell(fmt::format("{}: {}", path, SentenceOf(step)));
   }
   if (loaded.output == nullptr) return;
   for (const output::Note& note : loaded.output->Notes()) {
     const long line = loaded.document.LineOf(note.element);
     const std::string place = line > 0 ? fmt::format("line {}, ", line) : "";
-    Tell(fmt::format("svmscore: {}: {}{}: {}\n", path, place, NameOf(note.element), note.text));
+    Tell(fmt::format("{}: {}{}: {}", path, place, Shortened(NameOf(note.element), kLongestInsert),
+                     note.text));
   }
 }
 

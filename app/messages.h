@@ -2,15 +2,19 @@
 #ifndef APP_MESSAGES_H_
 #define APP_MESSAGES_H_
 
-#include <cstdio>
 #include <string>
+#include <string_view>
 
 namespace svmscore::app {
 
 // A message that cannot be written, for the disk is full or nobody reads it, ends no run.
-inline void Tell(const std::string& text) {
-  std::fputs(text.c_str(), stderr);
-}
+
+// Writes "svmscore: " and the message as one line, as Printable() spells it: names of a document
+// or a table neither end the line nor steer the terminal.
+void Tell(std::string_view message) noexcept;
+// Writes what the program has put together itself: lines that are printable already, and what
+// moves the cursor.
+void TellAsItIs(const std::string& text) noexcept;
 
 }  // namespace svmscore::app
 

@@ -3,11 +3,11 @@
 #include <map>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include "app/intake_report.h"
 #include "app/model_summary.h"
 #include "host/number_text.h"
+#include "host/printable.h"
 
 namespace svmscore::app {
 namespace {
@@ -24,7 +24,17 @@ std::string Counted(std::size_t count, const std::string& what) {
 }
 
 void Line(Text out, std::string_view label, std::string_view content) {
-  fmt::format_to(out, "{:<14}{}\n", label, content);
+  fmt::format_to(out, "{:<14}{}\n", label, Printable(content, kAnyLength));
+}
+
+std::string Brief(const std::string& text) {
+  return Shortened(text, kLongestInsert);
+}
+
+std::string Listed(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + Brief(name);
+  return list;
 }
 
 // Characters, so that columns of a table align for names beyond ASCII.
@@ -33,8 +43,11 @@ std::size_t WidthOf(const std::string& text) {
       text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) >> 6U) != 2; }));
 }
 
-void Write(Text out, const Table& table) {
+void Write(Text out, Table table) {
   std::vector<std::size_t> widths(table.front().size());
+  for (auto& row : table) {
+    for (std::string& cell : row) cell = Printable(cell, kLongestInsert);
+  }
   for (const auto& row : table) {
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], WidthOf(row[i]));
   }
@@ -119,18 +132,23 @@ void WriteMachines(Text out, const ModelSummary& summary) {
 void WriteIntake(Text out, const ModelSummary& summary) {
   if (summary.intake.empty()) return;
   fmt::format_to(out, "\nHow the document is read\n");
-  for (const IntakeStep& step : summary.intake) fmt::format_to(out, "  {}\n", SentenceOf(step));
+  for (const IntakeStep& step : summary.intake) {
+    fmt::format_to(out, "  {}\n", Printable(SentenceOf(step)));
+  }
 }
 
 void WriteLeftOut(Text out, const ModelSummary& summary) {
   fmt::format_to(out, "\nWhat the translator leaves out\n");
-  if (summary.refused) fmt::format_to(out, "  score refuses this model: {}\n", *summary.refused);
+  if (summary.refused) {
+    fmt::format_to(out, "  score refuses this model: {}\n", Printable(*summary.refused));
+  }
   if (summary.left_out.empty()) fmt::format_to(out, "  nothing\n");
   std::map<std::string_view, std::size_t> met;
   for (const Finding& finding : summary.left_out) {
     if (++met[finding.Name()] > kShownFindings) continue;
     const std::string place = finding.line > 0 ? fmt::format("line {}, ", finding.line) : "";
-    fmt::format_to(out, "  {}{}: {}\n", place, finding.element, finding.what);
+    fmt::format_to(out, "  {}{}: {}\n", place, Printable(finding.element, kLongestInsert),
+                   Printable(finding.what));
   }
   for (const auto& [kind, count] : met) {
     if (count <= kShownFindings) continue;
@@ -143,14 +161,14 @@ void WriteLeftOut(Text out, const ModelSummary& summary) {
 std::string TextOf(const ModelSummary& summary) {
   std::string text;
   const Text out(text);
-  Line(out, "Document", fmt::format("{}, PMML {}", summary.file, summary.pmml_version));
-  if (!summary.producer.empty()) Line(out, "Producer", summary.producer);
-  if (!summary.model_name.empty()) Line(out, "Model", summary.model_name);
+  Line(out, "Document", fmt::format("{}, PMML {}", summary.file, Brief(summary.pmml_version)));
+  if (!summary.producer.empty()) Line(out, "Producer", Brief(summary.producer));
+  if (!summary.model_name.empty()) Line(out, "Model", Brief(summary.model_name));
   Line(out, "Method", MethodSentence(summary));
   Line(out, "Percentages", PercentagesSentence(summary));
   Line(out, "Target",
-       fmt::format("{} ({}){}{}", summary.target, summary.target_type,
-                   summary.categories.empty() ? "" : ": ", fmt::join(summary.categories, ", ")));
+       fmt::format("{} ({}){}{}", Brief(summary.target), summary.target_type,
+                   summary.categories.empty() ? "" : ": ", Listed(summary.categories)));
   Line(out, "Kernel", KernelSentence(summary));
   Line(out, "Counts",
        fmt::format("{}, {}, {}, {}, {}, {}", Counted(summary.inputs.size(), "input"),
@@ -159,7 +177,7 @@ std::string TextOf(const ModelSummary& summary) {
                    Counted(summary.vectors, "vector"), Counted(summary.machines.size(), "machine"),
                    Counted(summary.terms, "term")));
   if (!summary.output_fields.empty()) {
-    Line(out, "Output", fmt::format("{}", fmt::join(summary.output_fields, ", ")));
+    Line(out, "Output", Listed(summary.output_fields));
   }
   Line(out, "Missing value", fmt::format("policy {}", summary.missing_policy));
   WriteInputs(out, summary);

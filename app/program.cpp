@@ -2,7 +2,6 @@
 
 #include <array>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -26,8 +25,7 @@ namespace svmscore::app {
 namespace {
 
 int Complain(ExitStatus status, const char* what) {
-  // Memory may have run out: nothing is put together.
-  if (*what != '\0') std::fprintf(stderr, "svmscore: %s\n", what);
+  if (*what != '\0') Tell(what);
   return status;
 }
 
@@ -68,7 +66,7 @@ int ParseAndRun(int argc, char** argv) {
     return std::cout.flush() ? status : kOutputError;
   } catch (const CLI::ParseError& error) {
     Complain(kUsageError, error.what());
-    Tell("Run svmscore --help for what it takes.\n");
+    TellAsItIs("Run svmscore --help for what it takes.\n");
     return kUsageError;
   }
   for (std::size_t i = 0; i < commands.size(); ++i) {
@@ -98,7 +96,9 @@ int RunProgram(int argc, char** argv) {
   try {
     return ParseAndRun(argc, argv);
   } catch (const Failure& failure) {
-    return Complain(failure.Status(), failure.what());
+    Complain(failure.Status(), failure.what());
+    TellAsItIs(failure.Lines());
+    return failure.Status();
   } catch (const xercesc::OutOfMemoryException&) {  // commands edit documents too
     return Complain(kInternalError, "out of memory");
   } catch (const std::bad_alloc&) {

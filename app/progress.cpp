@@ -39,14 +39,14 @@ void Progress::Show(std::uint64_t cases, std::uint64_t bytes_read) {
     line += fmt::format(", {:.0f}% of the input",
                         100.0 * static_cast<double>(read) / static_cast<double>(input_size_));
   }
-  Tell(kEraseLine + line);
+  TellAsItIs(kEraseLine + line);
   shown_ = true;
 }
 
 void Progress::Close(const Tally& tally) {
   EraseLine();
-  Tell(fmt::format("svmscore: {} cases, {} scored, {} missing, {} invalid, {:.3f} seconds\n",
-                   tally.cases, tally.scored, tally.missing, tally.invalid, SecondsSince(start_)));
+  Tell(fmt::format("{} cases, {} scored, {} missing, {} invalid, {:.3f} seconds", tally.cases,
+                   tally.scored, tally.missing, tally.invalid, SecondsSince(start_)));
 }
 
 double Progress::SecondsSince(Clock::time_point start) const {
@@ -54,7 +54,7 @@ double Progress::SecondsSince(Clock::time_point start) const {
 }
 
 void Progress::EraseLine() {
-  if (shown_) Tell(kEraseLine);
+  if (shown_) TellAsItIs(kEraseLine);
   shown_ = false;
 }
 

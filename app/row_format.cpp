@@ -5,8 +5,8 @@
 #include <cmath>
 #include <utility>
 
-#include "app/utf8.h"
 #include "host/number_text.h"
+#include "host/utf8.h"
 
 namespace svmscore::app {
 namespace {

@@ -96,7 +96,7 @@ std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copie
                  : "the document declares an output field of the name of a column that is always "
                    "added; rename the field, or choose --columns raw");
       if (json) throw Failure(kUsageError, text);
-      Tell(fmt::format("svmscore: {}\n", text));
+      Tell(text);
     }
     names.push_back(name);
   }

@@ -9,7 +9,7 @@
 #include <fmt/format.h>
 
 #include "app/failure.h"
-#include "app/utf8.h"
+#include "host/utf8.h"
 
 namespace svmscore::app {
 namespace {
@@ -30,11 +30,7 @@ std::string Escape(std::string_view text) {
   std::string escaped;
   while (!text.empty()) {
     const std::size_t size = Utf8SequenceSize(text);
-    const auto lead = static_cast<unsigned char>(text.front());
-    char32_t character = size <= 1 ? lead : lead & (0xFFU >> (size + 1));
-    for (std::size_t i = 1; i < size; ++i) {
-      character = (character << 6U) | (static_cast<unsigned char>(text[i]) & 0x3FU);
-    }
+    const std::uint32_t character = size == 0 ? 0 : Utf8Character(text.substr(0, size));
     const bool blank = character == '\t' || character == '\n' || character == '\r';
     if (size == 0 || (character < 0x20 && !blank) || character == 0xFFFE || character == 0xFFFF) {
       throw Failure(kInputError, "the cases hold a character that XML cannot hold");
@@ -44,7 +40,7 @@ std::string Escape(std::string_view text) {
     if (plain) {
       escaped += text.front();
     } else {
-      escaped += fmt::format("&#x{:X};", static_cast<std::uint32_t>(character));
+      escaped += fmt::format("&#x{:X};", character);
     }
     text.remove_prefix(size);
   }

@@ -29,9 +29,9 @@ void CheckWritten(const std::string& document, const std::string& name, const Li
       LoadModel(Plugin(plugin), PmmlDocument::FromText(document, name, limits));
   const VerifyReport report = VerifyDocument(written);
   if (report.Disagreements() > 0) {
-    throw Failure(kOutputError, fmt::format("{}: not written, for the new records are not "
-                                            "confirmed:\n{}",
-                                            name, report.Text()));
+    throw Failure(kOutputError,
+                  fmt::format("{}: not written, for the new records are not confirmed:", name),
+                  report.Text());
   }
 }
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "host/printable.h"
+
 namespace svmscore::app {
 namespace {
 
@@ -18,7 +20,7 @@ std::string Distance(const output::Judgement& judgement, const output::Allowance
 }  // namespace
 
 void VerifyReport::Remark(std::string_view text) {
-  remarks_ += fmt::format("{}\n", text);
+  remarks_ += Printable(text) + '\n';
 }
 
 void VerifyReport::Compare(std::size_t record, const Quantity& quantity, std::string_view expected,
@@ -37,8 +39,9 @@ void VerifyReport::Compare(std::size_t record, const Quantity& quantity, std::st
   } else if (scored.Status() != 0) {
     got += fmt::format(" (status {})", scored.Status());
   }
-  lines_ +=
-      fmt::format("record {}: {}: expected {}, got {}\n", record, quantity.name, expected, got);
+  lines_ += Printable(fmt::format("record {}: {}: expected {}, got {}", record,
+                                  Shortened(quantity.name, kLongestInsert), expected, got)) +
+            '\n';
 }
 
 std::string VerifyReport::Text() const {

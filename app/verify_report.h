@@ -22,7 +22,7 @@ class VerifyReport {
 
   std::size_t Compared() const { return compared_; }
   std::size_t Disagreements() const { return disagreements_; }
-  // The remarks, one line for each disagreement, and the summary.
+  // The remarks, one line for each disagreement, and the summary; all printable.
   std::string Text() const;
 
  private:

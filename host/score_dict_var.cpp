@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/field_text.h"
+#include "host/printable.h"
 
 namespace MCZandor_850 {
 
@@ -142,7 +143,7 @@ bool ScoreDictVar::TakesEveryNumber() const {
 }
 
 void ScoreDictVar::Display(std::ostream& os) const {
-  os << name_ << '\n';
+  os << svmscore::Printable(name_, svmscore::kLongestInsert) << '\n';
 }
 
 std::unique_ptr<ScoreValue> ScoreDictVar::ValueFromText(std::string_view text) const {

@@ -2,7 +2,28 @@
 
 #include <utility>
 
+#include "host/printable.h"
+
 namespace MCZandor_850 {
+
+namespace {
+
+// A name or a value may fill a document; a sentence shows as much of it as one can read.
+std::vector<std::string> Inserts(const std::vector<std::string>& parts) {
+  std::vector<std::string> inserts;
+  inserts.reserve(parts.size());
+  for (const std::string& part : parts) {
+    inserts.push_back(svmscore::Shortened(part, svmscore::kLongestInsert));
+  }
+  return inserts;
+}
+
+std::string ShownPlace(const std::string& place) {
+  if (place.empty()) return {};
+  return " (" + svmscore::Shortened(place, svmscore::kLongestInsert) + ")";
+}
+
+}  // namespace
 
 SSException::SSException(ScoreContext::IErrorFormater* formater) : formater_(formater) {}
 SSException::SSException(const SSException&) = default;
@@ -14,7 +35,7 @@ void SSException::SetMessage(int code, std::vector<std::string> parts) {
   parts_ = std::move(parts);
   place_.clear();
   if (formater_ != nullptr) {
-    text_ = formater_->Sentence(code_, parts_);
+    text_ = formater_->Sentence(code_, Inserts(parts_));
     return;
   }
   text_ = std::to_string(code_);
@@ -22,15 +43,14 @@ void SSException::SetMessage(int code, std::vector<std::string> parts) {
 }
 
 void SSException::SetPlace(std::string place) {
-  const std::size_t sentence = text_.size() - (place_.empty() ? 0 : place_.size() + 3);
-  text_.resize(sentence);
+  text_.resize(text_.size() - ShownPlace(place_).size());
   element_ = nullptr;
   place_ = std::move(place);
-  if (!place_.empty()) text_ += " (" + place_ + ")";
+  text_ += ShownPlace(place_);
 }
 
 std::string SSException::GetRemedy() const {
-  return formater_ == nullptr ? std::string() : formater_->Remedy(code_, parts_);
+  return formater_ == nullptr ? std::string() : formater_->Remedy(code_, Inserts(parts_));
 }
 
 }  // namespace MCZandor_850

@@ -6,6 +6,8 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "host/printable.h"
+
 namespace svmscore::app {
 namespace {
 
@@ -30,14 +32,15 @@ std::string Summary(const std::vector<Finding>& findings) {
 
 std::string PlaceOf(const Finding& finding) {
   if (finding.element.empty()) return {};
-  if (finding.line == 0) return ", " + finding.element;
-  return fmt::format(", line {}, {}", finding.line, finding.element);
+  const std::string element = Printable(finding.element, kLongestInsert);
+  if (finding.line == 0) return ", " + element;
+  return fmt::format(", line {}, {}", finding.line, element);
 }
 
 }  // namespace
 
 std::string ReportText(const std::string& file, const std::vector<Finding>& findings) {
-  std::string text = fmt::format("{}: {}\n", file, Summary(findings));
+  std::string text = fmt::format("{}: {}\n", Printable(file), Summary(findings));
   std::map<std::string_view, std::size_t> kinds;
   for (const Finding& finding : findings) ++kinds[finding.Name()];
   std::map<std::string_view, std::size_t> met;
@@ -45,7 +48,7 @@ std::string ReportText(const std::string& file, const std::vector<Finding>& find
     const std::size_t count = ++met[finding.Name()];
     if (count > kShown) continue;
     text += fmt::format("\n{} {}{}\n  {}\n", SeverityName(finding.kind->severity), finding.Name(),
-                        PlaceOf(finding), finding.what);
+                        PlaceOf(finding), Printable(finding.what));
     if (count == 1) {
       text += fmt::format("  Consequence: {}.\n  Remedy: {}.\n", finding.kind->consequence,
                           finding.kind->remedy);

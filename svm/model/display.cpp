@@ -1,5 +1,6 @@
 #include <ostream>
 
+#include "host/printable.h"
 #include "svm/model/model.h"
 
 namespace MCZandor_850 {
@@ -13,7 +14,9 @@ void SVMModel::Display(std::ostream& os) const {
   os << "Target variable: ";
   if (target_var_ != nullptr) target_var_->Display(os);
   os << "Target categories: ";
-  for (const std::string& name : target_category_names_) os << name;
+  for (const std::string& name : target_category_names_) {
+    os << svmscore::Printable(name, svmscore::kLongestInsert);
+  }
   os << "End of SupportVectorMachineModel display." << std::endl;
 }
 

@@ -1,6 +1,7 @@
 // What the program cannot use, or does not read as it is written: exit statuses, messages, and
 // nothing half-written.
 #include <algorithm>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 
 #include <fmt/format.h>
 
+#include "host/printable.h"
 #include "tests/app/edited.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
@@ -20,6 +22,14 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
+
+void ExpectPrintableLines(const std::string& text) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_EQ(line, Printable(line));
+    EXPECT_LT(line.size(), 5000U);
+  }
+}
 
 TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
   const std::string header = "width,height,colour\n";
@@ -122,6 +132,53 @@ TEST(BadModel, TellTheModelTheCodeThePlaceAndWhatToDo) {
   }
   EXPECT_THAT(RunProgram({"score", folder.Path("none.pmml")}).err, HasSubstr("[260301] "));
   EXPECT_EQ(RunProgram({"score", Data("line.pmml"), "--plugin", model}).status, 3);
+}
+
+// Texts of a document that are told neither end a line nor steer a terminal, nor go on for pages.
+TEST(BadModel, ItsTextsStayWithinTheirLines) {
+  const std::string field = "<FieldRef field='x";
+  const std::string version = "xml version='1.0'";
+  const std::string version_1_1 = "xml version='1.1'";
+  const std::string name(300000, 'a');
+  const struct {
+    Edits edits;
+    std::string told;
+  } rows[] = {
+      {{field, "<FieldRef field='se&#10;svmscore: all good"}, "se\\nsvmscore: all good"},
+      {{field, "<FieldRef field='\xC2\x9B;2J&#x202E;\xC3\xA9"}, "\\u009B;2J\\u202E\xC3\xA9"},
+      {{version, version_1_1, field, "<FieldRef field='&#x1B;[31m"}, "\\x1B[31m"},
+      {{field, "<FieldRef field='\xC3\x02"}, "invalid byte '\\x02'"},
+      {{field, "<FieldRef field='" + name}, "aa\u2026aa"},
+      {{field, "<" + name + " field='x"}, "aa\u2026aa"},
+  };
+  for (const auto& [edits, told] : rows) {
+    const TemporaryFolder folder;
+    const std::string model = EditedFile(folder, Data("line.pmml"), edits);
+    for (const char* command : {"score", "describe", "verify", "doctor"}) {
+      const Ran ran = RunProgram({command, model}, "x\n1\n");
+      EXPECT_THAT(ran.out + ran.err, HasSubstr(told)) << command;
+      ExpectPrintableLines(ran.out);
+      ExpectPrintableLines(ran.err);
+    }
+  }
+}
+
+TEST(BadModel, NamesStayWithinTheLinesOfReports) {
+  const TemporaryFolder folder;
+  const std::string name = "x&#10;0 cells&#x9B;";
+  const std::string model = EditedFile(folder, Data("line.pmml"),
+                                       {"*='x'", "='" + name + "'", "*='y'", "='y" + name + "'"});
+  const std::string cases = folder.Write("cases.csv", "\"x\n0 cells\xC2\x9B\"\n1\n");
+  const std::string expected = folder.Write("expected.csv", "\"z\n\x1B\"\n1\n");
+  for (const auto& [command, lines] : {std::pair{"describe", 24}, {"verify", 3}, {"doctor", 6}}) {
+    std::vector<std::string> arguments = {command, model};
+    if (lines != 24) arguments.insert(arguments.end(), {"--input", cases, "--expected", expected});
+    if (lines == 24) arguments.push_back("--dump");
+    const Ran ran = RunProgram(arguments);
+    EXPECT_THAT(ran.out, HasSubstr("x\\n0 cells\\u009B")) << ran.err;
+    EXPECT_EQ(std::count(ran.out.begin(), ran.out.end(), '\n'), lines) << ran.out;
+    ExpectPrintableLines(ran.out);
+  }
 }
 
 TEST(BadModel, WhatIsReadInAnotherWayIsALineForEachKindAndRefusedWhenStrict) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "host/message_codes.h"
+#include "host/printable.h"
 #include "host/scoring_log.h"
 #include "host/ss_exception.h"
 
@@ -33,6 +34,38 @@ TEST(SSException, SurvivesUnknownCodesAndMissingParts) {
   SSException bare(nullptr);
   bare.PutErrorMessage(260115, "a", "b");
   EXPECT_STREQ(bare.what(), "260115 a b");
+}
+
+TEST(SSException, ShowsTheBeginningAndTheEndOfLongTexts) {
+  SSException error(gErrorFormater);
+  const std::string name(100000, 'a');
+  error.PutErrorMessage(code::kChildMissing, name, name);
+  error.SetPlace("element " + name + ", line 3");
+  EXPECT_LT(std::string(error.what()).size(), 2000U);
+  error.SetPlace("line 4");
+  EXPECT_TRUE(std::string(error.what()).ends_with("a (line 4)"));
+  EXPECT_EQ(error.GetMessageParts()[0], name);
+}
+
+TEST(Printable, SpellsWhatIsNoPartOfALine) {
+  const struct {
+    std::string text, printable;
+    std::size_t longest = svmscore::kAnyLength;
+  } rows[] = {
+      {"\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \\n", "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \\n"},
+      {"a\nb\r\t\x1B[0m\x7F", "a\\nb\\r\\t\\x1B[0m\\x7F"},
+      {std::string("\0", 1), "\\x00"},
+      {"\xC2\x80\xC2\x9F\xC2\xA0", "\\u0080\\u009F\xC2\xA0"},
+      {"\xE2\x80\x8D\xE2\x80\x8E\xE2\x80\xA8\xE2\x80\xAE\xE2\x80\xAF",
+       "\xE2\x80\x8D\\u200E\\u2028\\u202E\xE2\x80\xAF"},
+      {"\xE2\x81\xA5\xE2\x81\xA6\xE2\x81\xA9\xD8\x9C", "\xE2\x81\xA5\\u2066\\u2069\\u061C"},
+      {"\x9B\xC3(\xED\xA0\x80", "\\x9B\\xC3(\\xED\\xA0\\x80"},
+      {"0123456789abc", "012345\u2026bc", 8},
+      {"\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9\u00E9", "\u00E9\u00E9\u00E9\u00E9\u2026\u00E9", 12},
+  };
+  for (const auto& [text, printable, longest] : rows) {
+    EXPECT_EQ(svmscore::Printable(text, longest), printable);
+  }
 }
 
 TEST(ScoringLog, WritesLinesUpToItsLevel) {

@@ -1,11 +1,12 @@
-// Telling UTF-8 from other bytes.
-#ifndef APP_UTF8_H_
-#define APP_UTF8_H_
+// Telling UTF-8 from other bytes, and reading it.
+#ifndef HOST_UTF8_H_
+#define HOST_UTF8_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
-namespace svmscore::app {
+namespace svmscore {
 
 // The number of bytes of the character that `text` begins with; 0 where these bytes are not UTF-8
 // (overlong forms and surrogates included). REQUIRES: text is not empty.
@@ -24,6 +25,18 @@ inline std::size_t Utf8SequenceSize(std::string_view text) {
   return wrong ? 0 : size;
 }
 
-}  // namespace svmscore::app
+// The character that `sequence` is.
+// REQUIRES: Utf8SequenceSize(sequence) == sequence.size().
+inline std::uint32_t Utf8Character(std::string_view sequence) {
+  const auto lead = static_cast<unsigned char>(sequence[0]);
+  const std::size_t size = sequence.size();
+  std::uint32_t character = size == 1 ? lead : lead & (0xFFU >> (size + 1));
+  for (std::size_t i = 1; i < size; ++i) {
+    character = (character << 6U) | (static_cast<unsigned char>(sequence[i]) & 0x3FU);
+  }
+  return character;
+}
 
-#endif  // APP_UTF8_H_
+}  // namespace svmscore
+
+#endif  // HOST_UTF8_H_
