@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "app/file_option.h"
 #include "app/limit_option.h"
 #include "app/model_file.h"
 #include "app/model_summary.h"
@@ -12,13 +13,13 @@ namespace svmscore::app {
 CLI::App* DescribeCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand(
       "describe", "Tell what a model is, and what is not used of its document");
-  app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
+  AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
   app->add_flag("--json", json_, "write JSON");
   app->add_flag("--dump", dump_, "add the model's own listing of all it holds");
   app->add_flag("--strict-document", strict_document_,
                 "tell why score --strict-document refuses the model, where it does");
   AddLimitOption(*app, limits_);
-  app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
+  AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
   return app;
 }
 

@@ -6,10 +6,14 @@
 #include <exception>
 #include <iostream>
 #include <new>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <CLI/CLI.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 
@@ -43,6 +47,16 @@ int Complain(ExitStatus status, const char* what) {
   std::abort();
 }
 
+// The option library says only that a command is lacking where it does not know one.
+std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = program.remaining();
+  if (!program.get_subcommands().empty() || unknown.empty()) return error.what();
+  std::vector<std::string> names;
+  for (const CLI::App* command : program.get_subcommands({})) names.push_back(command->get_name());
+  return fmt::format("there is no command \"{}\"; the commands are {}", unknown.front(),
+                     fmt::join(names, ", "));
+}
+
 int ParseAndRun(int argc, char** argv) {
   CLI::App program("Scores support vector machine models written in PMML.", "svmscore");
   program.set_version_flag("--version", "svmscore " SVMSCORE_VERSION);
@@ -65,7 +79,7 @@ int ParseAndRun(int argc, char** argv) {
     const int status = program.exit(asked);
     return std::cout.flush() ? status : kOutputError;
   } catch (const CLI::ParseError& error) {
-    Complain(kUsageError, error.what());
+    Complain(kUsageError, UsageText(program, error).c_str());
     TellAsItIs("Run svmscore --help for what it takes.\n");
     return kUsageError;
   }

@@ -9,6 +9,7 @@
 #include "app/case_columns.h"
 #include "app/csv_row.h"
 #include "app/ending_signals.h"
+#include "app/file_option.h"
 #include "app/input_file.h"
 #include "app/intake_report.h"
 #include "app/limit_option.h"
@@ -107,11 +108,11 @@ std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copie
 
 CLI::App* ScoreCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand("score", "Score the cases of a CSV file with a model");
-  app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
-  app->add_option("CASES", cases_, "CSV file with a header; - is standard input")
+  AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
+  AddFileOption(*app, "CASES", cases_, "CSV file with a header; - is standard input")
       ->capture_default_str();
-  app->add_option("-o,--output", output_,
-                  "write to this file, which appears when it is complete; - is standard output");
+  AddFileOption(*app, "-o,--output", output_,
+                "write to this file, which appears when it is complete; - is standard output");
   app->add_option("--format", format_, "csv, or jsonl for one JSON object a line")
       ->check(CLI::IsMember({"csv", "jsonl"}))
       ->capture_default_str();
@@ -141,9 +142,9 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
                 "refuse a model whose document is not scored as it is written");
   app->add_option("--threads", threads_, "number of threads; default: all cores")
       ->check(CLI::Range(1, kMostThreads));
-  app->add_option("--log", log_, "append a trace to this file");
+  AddFileOption(*app, "--log", log_, "append a trace to this file");
   AddLimitOption(*app, limits_);
-  app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
+  AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
   return app;
 }
 

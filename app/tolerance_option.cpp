@@ -1,5 +1,6 @@
 #include "app/tolerance_option.h"
 
+#include <cmath>
 #include <optional>
 #include <string>
 
@@ -11,8 +12,8 @@ void AddToleranceOption(CLI::App& app, double& tolerance) {
   // The option library's own numbers are read by the process's locale.
   const auto set = [&tolerance](const std::string& text) {
     const std::optional<double> number = ParseNumber(text);
-    if (!number || !(*number >= 0.0)) {
-      throw CLI::ValidationError("--tolerance", text + " is no number from 0 up");
+    if (!number || !std::isfinite(*number) || *number < 0.0) {
+      throw CLI::ValidationError("--tolerance", text + " is no finite number from 0 up");
     }
     tolerance = *number;
   };

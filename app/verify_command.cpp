@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "app/file_option.h"
 #include "app/intake_report.h"
 #include "app/limit_option.h"
 #include "app/model_file.h"
@@ -49,20 +50,20 @@ void KeepText(DocumentSource& source) {
 CLI::App* VerifyCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand(
       "verify", "Check a model against its own verification records, or against expected scores");
-  app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
-  app->add_option("--input", input_, "CSV file with cases; - is standard input");
-  app->add_option("--expected", expected_, "CSV file with what the cases should score");
+  AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
+  AddFileOption(*app, "--input", input_, "CSV file with cases; - is standard input");
+  AddFileOption(*app, "--expected", expected_, "CSV file with what the cases should score");
   AddToleranceOption(*app, tolerance_);
-  app->add_option("--write", write_,
-                  "write the document anew to this file, with verification records made from the "
-                  "cases of --input");
+  AddFileOption(*app, "--write", write_,
+                "write the document anew to this file, with verification records made from the "
+                "cases of --input");
   app->add_option("--missing-token", missing_tokens_,
                   "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
       ->allow_extra_args(false);
   app->add_flag("--strict-document", strict_document_,
                 "refuse a model whose document is not scored as it is written");
   AddLimitOption(*app, limits_);
-  app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
+  AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
   app->footer(
       "Exit status: 0 all agrees; 1 something disagrees; 2 usage; 3 the model cannot be "
       "used, or has\nno verification records; 5 the files cannot be read or do not fit; 6 "
@@ -81,6 +82,7 @@ void VerifyCommand::CheckArguments() const {
   if (!cases && !input_.empty()) {
     throw Failure(kUsageError, "--input needs --expected or --write");
   }
+  RefuseSharedInput(input_, expected_);
 }
 
 ExitStatus VerifyCommand::Run() {

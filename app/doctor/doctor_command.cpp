@@ -8,6 +8,7 @@
 #include "app/doctor/examination.h"
 #include "app/doctor/report.h"
 #include "app/failure.h"
+#include "app/file_option.h"
 #include "app/limit_option.h"
 #include "app/model_file.h"
 #include "app/output_file.h"
@@ -19,11 +20,11 @@ namespace svmscore::app {
 CLI::App* DoctorCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand(
       "doctor", "Read a model as a suspicious expert would, and tell what is wrong with it");
-  app->add_option("MODEL", model_, "PMML file of a support vector machine model")->required();
+  AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
   CLI::Option* input =
-      app->add_option("--input", input_, "CSV file with cases; - is standard input");
+      AddFileOption(*app, "--input", input_, "CSV file with cases; - is standard input");
   CLI::Option* expected =
-      app->add_option("--expected", expected_, "CSV file with what the cases should score");
+      AddFileOption(*app, "--expected", expected_, "CSV file with what the cases should score");
   input->needs(expected);
   expected->needs(input);
   AddToleranceOption(*app, tolerance_);
@@ -32,7 +33,7 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
       ->allow_extra_args(false);
   app->add_flag("--json", json_, "write JSON");
   AddLimitOption(*app, limits_);
-  app->add_option("--plugin", plugin_, "use this plug-in instead of the installed one");
+  AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
   app->footer(
       "Exit status: 0 no finding changes scores; 1 some finding does; 2 usage; 3 the file cannot "
       "be "
@@ -42,6 +43,7 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
 }
 
 ExitStatus DoctorCommand::Run() {
+  RefuseSharedInput(input_, expected_);
   const Plugin plugin = LoadPlugin(plugin_);
   DocumentSource source(model_, limits_);
   const OpenedDocument opened = OpenDocument(plugin, source);

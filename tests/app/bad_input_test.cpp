@@ -81,15 +81,32 @@ TEST(BadInput, WrongArgumentsEndWithStatusTwo) {
   using Arguments = std::vector<std::string>;
   const std::string model = Data("line.pmml");
   for (const Arguments& arguments :
-       {Arguments{}, Arguments{"scoore"}, Arguments{"score"}, Arguments{"describe"},
-        Arguments{"doctor"}, Arguments{"score", model, "--nothing"},
-        Arguments{"score", model, "--threads", "0"}, Arguments{"score", model, "--columns", "some"},
+       {Arguments{},
+        Arguments{"scoore"},
+        Arguments{"score"},
+        Arguments{"describe"},
+        Arguments{"doctor"},
+        Arguments{"score", model, "--nothing"},
+        Arguments{"score", model, "--threads", "0"},
+        Arguments{"score", model, "--columns", "some"},
         Arguments{"score", model, "--missing-policy", "guess"},
         Arguments{"score", model, "--passthrough", "\"x"},
         Arguments{"score", model, "--format", "jsonl", "--passthrough", "status"},
-        Arguments{"verify", model, "--expected", "x"}, Arguments{"verify", model, "--input", "x"},
-        Arguments{"verify", model, "--write", "x"}, Arguments{"verify", model, "--tolerance", "-1"},
+        Arguments{"verify", model, "--expected", "x"},
+        Arguments{"verify", model, "--input", "x"},
+        Arguments{"verify", model, "--write", "x"},
+        Arguments{"verify", model, "--tolerance", "-1"},
         Arguments{"verify", model, "--tolerance", "1,5"},
+        Arguments{"verify", model, "--tolerance", "1e999"},
+        Arguments{"describe", ""},
+        Arguments{"score", model, ""},
+        Arguments{"score", model, "-o", ""},
+        Arguments{"score", model, "--log", ""},
+        Arguments{"score", model, "--plugin", ""},
+        Arguments{"verify", model, "--write", ""},
+        Arguments{"verify", model, "--input", "", "--expected", ""},
+        Arguments{"verify", model, "--input", "-", "--expected", "-"},
+        Arguments{"doctor", model, "--input", "-", "--expected", "-"},
         Arguments{"verify", model, "--input", "x", "--expected", "y", "--write", "z"},
         Arguments{"doctor", model, "--input", "x"}}) {
     const Ran ran = RunProgram(arguments, "x,status\n1,2\n");
@@ -97,6 +114,10 @@ TEST(BadInput, WrongArgumentsEndWithStatusTwo) {
     EXPECT_EQ(ran.out, "");
     EXPECT_THAT(ran.err, StartsWith("svmscore: "));
   }
+  EXPECT_THAT(RunProgram({"scoore"}).err,
+              StartsWith("svmscore: there is no command \"scoore\"; the commands are score, "));
+  EXPECT_THAT(RunProgram({"verify", model, "--write", ""}).err,
+              HasSubstr("--write: the name of a file is empty\n"));
 }
 
 TEST(BadModel, EndWithStatusThreeAndTheTranslatorsCode) {
