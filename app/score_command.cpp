@@ -1,6 +1,7 @@
 #include "app/score_command.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 #include <fmt/format.h>
@@ -21,6 +22,7 @@
 #include "app/result_columns.h"
 #include "app/row_blocks.h"
 #include "app/row_format.h"
+#include "app/system_error.h"
 #include "host/scoring_log.h"
 
 namespace svmscore::app {
@@ -57,11 +59,21 @@ std::vector<std::string> NamesIn(const std::vector<std::string>& lists) {
   return names;
 }
 
+Failure LogFailure(const std::string& path, int error) {
+  return {kOutputError, fmt::format("cannot write the log {}: {}", path, ErrorText(error))};
+}
+
 void StartLog(const std::string& path) {
   if (path.empty()) return;
   ScoringLog& log = ScoringLog::GetInstance();
-  if (!log.SetFile(path)) throw Failure(kOutputError, fmt::format("cannot write the log {}", path));
+  if (!log.SetFile(path)) throw LogFailure(path, errno);
   log.SetLevel(std::max(1, log.GetLevel()));
+}
+
+// The scores are as good as ever without the log, so that ends no run before its time.
+void CheckLog(const std::string& path) {
+  const int error = ScoringLog::GetInstance().WriteError();
+  if (!path.empty() && error != 0) throw LogFailure(path, error);
 }
 
 CaseColumns ReadColumns(RowBlocks& input, const Limits& limits, const LoadedModel& loaded,
@@ -189,6 +201,7 @@ ExitStatus ScoreCommand::Run() {
   const Tally tally = ScoreAll(plan, input, file.Name(), output, progress, threads);
   output.Commit();
   progress.Close(tally);
+  CheckLog(log_);
   return strict_ && tally.scored < tally.cases ? kSomeCaseFailed : kDone;
 }
 

@@ -1,7 +1,11 @@
 #include "host/scoring_log.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdlib>
+#include <new>
+
+#include "host/printable.h"
 
 namespace MCZandor_850 {
 
@@ -29,8 +33,15 @@ void ScoringLog::TraceText(int level, const char* format, ...) noexcept {
   va_end(arguments);
   const std::lock_guard<std::mutex> lock(mutex_);
   std::FILE* out = file_ != nullptr ? file_ : stderr;
-  std::fprintf(out, "svmscore log: %s\n", line);
-  std::fflush(out);
+  bool written = false;
+  errno = 0;
+  try {
+    written = std::fprintf(out, "svmscore log: %s\n", svmscore::Printable(line).c_str()) >= 0 &&
+              std::fflush(out) == 0;
+  } catch (const std::bad_alloc&) {
+    errno = ENOMEM;
+  }
+  if (!written && file_ != nullptr && WriteError() == 0) write_error_ = errno != 0 ? errno : EIO;
 }
 
 bool ScoringLog::SetFile(const std::string& path) {
@@ -39,6 +50,7 @@ bool ScoringLog::SetFile(const std::string& path) {
   const std::lock_guard<std::mutex> lock(mutex_);
   if (file_ != nullptr) std::fclose(file_);
   file_ = file;
+  write_error_ = 0;
   return true;
 }
 

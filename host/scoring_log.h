@@ -17,8 +17,8 @@ class SVMSCORE_HOST_API ScoringLog {
  public:
   static ScoringLog& GetInstance();
 
-  // Writes one line by a printf format. Costs one atomic read while the log is silent. Never
-  // throws; an overlong line is cut at 2,000 bytes.
+  // Writes one line by a printf format, as Printable() spells it. Costs one atomic read while the
+  // log is silent. Never throws; an overlong line is cut at 2,000 bytes.
   void TraceText(int level, const char* format, ...) noexcept __attribute__((format(printf, 3, 4)));
 
   // Level 0 is silence.
@@ -26,12 +26,15 @@ class SVMSCORE_HOST_API ScoringLog {
   int GetLevel() const { return level_.load(std::memory_order_relaxed); }
   // Appends to `path` from now on; false (and nothing changes) when it cannot be opened.
   bool SetFile(const std::string& path);
+  // The system's number for the first failure to write to that file; 0 where there was none.
+  int WriteError() const { return write_error_.load(std::memory_order_relaxed); }
 
  private:
   ScoringLog();
   ~ScoringLog();
 
   std::atomic<int> level_{0};
+  std::atomic<int> write_error_{0};
   std::mutex mutex_;
   std::FILE* file_ = nullptr;  // null: standard error
 };

@@ -48,6 +48,17 @@ TEST(Faults, OutputsThatCannotBeWrittenEndWithStatusSixAndLeaveNoFile) {
   }
 }
 
+TEST(Faults, ALogThatCannotBeWrittenIsToldAfterTheScores) {
+  const TemporaryFolder folder;
+  const std::string cases = folder.Write("cases.csv", "x\n1\n");
+  const Ran ran = RunShell(kScore + cases + " --log /dev/full -o " + folder.Path("out"));
+  EXPECT_EQ(ran.status, 6);
+  EXPECT_THAT(ran.err, testing::EndsWith(
+                           " seconds\nsvmscore: cannot write the log /dev/full: No space left on "
+                           "device\n"));
+  EXPECT_EQ(folder.FileCount(), 2U);
+}
+
 TEST(Faults, AClosedPipeEndsTheRunQuietly) {
   const Ran ran = RunShell(kManyCases + "{ " + kScore + "; echo \"status $?\" >&2; } | head -n 1");
   EXPECT_EQ(ran.err, "status 6\n");

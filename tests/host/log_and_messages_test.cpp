@@ -77,6 +77,7 @@ TEST(ScoringLog, WritesLinesUpToItsLevel) {
   log.TraceText(1, "Enter:%s", "here");
   log.TraceText(2, "not this");
   log.TraceText(1, "%s", std::string(5000, 'x').c_str());
+  log.TraceText(1, "%s", "a\nb");
   log.SetLevel(0);
   log.TraceText(1, "nor this");
   std::ifstream file(path);
@@ -85,6 +86,8 @@ TEST(ScoringLog, WritesLinesUpToItsLevel) {
   EXPECT_EQ(line, "svmscore log: Enter:here");
   ASSERT_TRUE(std::getline(file, line));
   EXPECT_LT(line.size(), 2100U);
+  ASSERT_TRUE(std::getline(file, line));
+  EXPECT_EQ(line, "svmscore log: a\\nb");
   EXPECT_FALSE(std::getline(file, line));
   EXPECT_FALSE(log.SetFile("/no/such/folder/log"));
   std::remove(path.c_str());
