@@ -129,7 +129,7 @@ TEST_P(Signals, SayHowFarTheRunCameAndLeaveNoFile) {
     // More was taken in than the program can hold unwritten, so some of it is written.
     EXPECT_EQ(folder.FileCount(), to_file ? 2U : 1U);
     kill(program, signal_number);
-    EXPECT_EQ(WaitFor(program).status, 128 + signal_number);
+    EXPECT_EQ(WaitFor(program, 30).status, 128 + signal_number);
     close(feed);
     EXPECT_EQ(folder.FileCount(), 1U);
     EXPECT_THAT(ReadFile(streams.Path("err")),
@@ -141,8 +141,11 @@ TEST_P(Signals, SayHowFarTheRunCameAndLeaveNoFile) {
 
 INSTANTIATE_TEST_SUITE_P(All, Signals,
                          testing::Values(std::pair{SIGINT, "SIGINT"}, std::pair{SIGTERM, "SIGTERM"},
-                                         std::pair{SIGHUP, "SIGHUP"},
-                                         std::pair{SIGXCPU, "SIGXCPU"}));
+                                         std::pair{SIGHUP, "SIGHUP"}, std::pair{SIGQUIT, "SIGQUIT"},
+                                         std::pair{SIGXCPU, "SIGXCPU"},
+                                         std::pair{SIGALRM, "SIGALRM"},
+                                         std::pair{SIGUSR1, "SIGUSR1"},
+                                         std::pair{SIGUSR2, "SIGUSR2"}));
 
 TEST(Faults, AnIgnoredSignalStaysIgnored) {
   const TemporaryFolder folder;

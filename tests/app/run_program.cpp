@@ -20,7 +20,9 @@ pid_t Start(std::vector<std::string> command, const std::string& in, const std::
   if (child < 0) throw std::runtime_error("cannot fork");
   if (child > 0) return child;
   // Whoever started the tests may ignore these.
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) std::signal(number, SIG_DFL);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGALRM, SIGUSR1, SIGUSR2}) {
+    std::signal(number, SIG_DFL);
+  }
   const bool redirected = std::freopen(in.c_str(), "r", stdin) != nullptr &&
                           std::freopen(out.c_str(), "w", stdout) != nullptr &&
                           std::freopen(err.c_str(), "w", stderr) != nullptr;
@@ -54,9 +56,18 @@ pid_t StartProgram(const std::vector<std::string>& arguments, const std::string&
   return Start(WithProgram(arguments), in, out, err);
 }
 
-Ran WaitFor(pid_t program) {
+Ran WaitFor(pid_t program, int seconds) {
   int status = 0;
   struct rusage usage {};
+  constexpr int kLooksASecond = 200;
+  for (int looks = seconds * kLooksASecond; looks > 0; --looks) {
+    // Once it has ended, it waits to be asked.
+    siginfo_t ended{};
+    waitid(P_PID, static_cast<id_t>(program), &ended, WEXITED | WNOHANG | WNOWAIT);
+    if (ended.si_pid == program) break;
+    if (looks == 1) kill(program, SIGKILL);
+    usleep(1000000 / kLooksASecond);
+  }
   wait4(program, &status, 0, &usage);
   return {
       WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), {}, {}, usage.ru_maxrss};
