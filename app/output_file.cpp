@@ -2,7 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,6 +17,8 @@
 namespace svmscore::app {
 namespace {
 
+namespace fs = std::filesystem;
+
 // The mode of a file that open() would create.
 mode_t CreationMode() {
   const mode_t mask = umask(0);
@@ -24,12 +26,19 @@ mode_t CreationMode() {
   return 0666 & ~mask;
 }
 
-// A link is followed, so that the file behind it is replaced and the link stays.
+// The system itself refuses longer chains of links.
+constexpr int kMostLinks = 40;
+
+// A link is followed, so that the file behind it is replaced, or made, and the link stays.
 std::string FollowLinks(const std::string& path) {
-  char* resolved = realpath(path.c_str(), nullptr);
-  std::string target = resolved == nullptr ? path : resolved;
-  std::free(resolved);
-  return target;
+  fs::path target = path;
+  for (int links = 0; links < kMostLinks; ++links) {
+    std::error_code no_link;
+    const fs::path next = fs::read_symlink(target, no_link);
+    if (no_link) break;
+    target = target.parent_path() / next;
+  }
+  return target.string();
 }
 
 }  // namespace

@@ -79,5 +79,18 @@ TEST(OutputFile, AppearsWithCommitAndNotBefore) {
   EXPECT_EQ(folder.FileCount(), 2U);
 }
 
+TEST(OutputFile, AppearsWhereALinkPointsToWithoutAFile) {
+  const TemporaryFolder folder;
+  fs::create_directory(folder.Path("there"));
+  fs::create_symlink("second.csv", folder.Path("first.csv"));
+  fs::create_symlink("there/scores.csv", folder.Path("second.csv"));
+  OutputFile output(folder.Path("first.csv"));
+  output.Write("new");
+  output.Commit();
+  EXPECT_EQ(ReadFile(folder.Path("there/scores.csv")), "new");
+  EXPECT_TRUE(fs::is_symlink(folder.Path("first.csv")));
+  EXPECT_TRUE(fs::is_symlink(folder.Path("second.csv")));
+}
+
 }  // namespace
 }  // namespace svmscore::app
