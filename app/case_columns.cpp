@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "app/csv_row.h"
 #include "app/failure.h"
 
 namespace svmscore::app {
@@ -20,7 +21,7 @@ constexpr std::size_t kListedNames = 10;
 class Header {
  public:
   Header(const std::vector<std::string_view>& names, const std::string& input_name)
-      : input_name_(input_name) {
+      : input_name_(input_name), hint_(LineEndHint(names)) {
     for (std::size_t i = 0; i < names.size(); ++i) {
       const std::string name(names[i]);
       if (!positions_.emplace(name, i).second) repeated_.insert(name);
@@ -48,14 +49,15 @@ class Header {
         "\"{}\"",
         fmt::join(missing.begin(), missing.begin() + static_cast<std::ptrdiff_t>(shown), "\", \""));
     if (shown < missing.size()) list += fmt::format(" and {} more", missing.size() - shown);
-    throw Failure(kInputError,
-                  fmt::format("{}: the header lacks {}, {}", input_name_, list, wanted_by));
+    throw Failure(kInputError, fmt::format("{}: the header lacks {}, {}{}", input_name_, list,
+                                           wanted_by, hint_));
   }
 
  private:
   const std::string& input_name_;
   std::unordered_map<std::string, std::size_t> positions_;
   std::unordered_set<std::string> repeated_;
+  const char* hint_;
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 #ifndef APP_CSV_ROW_H_
 #define APP_CSV_ROW_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 #include <string>
@@ -51,6 +52,16 @@ class CsvRows {
   long row_line_;
   Limits limits_;
 };
+
+// What to add to a message about a column that a header lacks: with line ends of CR alone, a whole
+// file is one header. Empty where it does not look so.
+template <typename Names>
+const char* LineEndHint(const Names& header) {
+  const bool found = std::any_of(header.begin(), header.end(), [](std::string_view name) {
+    return name.find('\r') != name.npos && name.find('\n') == name.npos;
+  });
+  return found ? "; do the lines end with CR alone? They must end with LF or CRLF" : "";
+}
 
 }  // namespace svmscore::app
 

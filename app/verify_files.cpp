@@ -8,6 +8,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "app/csv_row.h"
 #include "app/failure.h"
 
 namespace svmscore::app {
@@ -54,8 +55,8 @@ void RemarkLeftOut(const VerifyTable& expected, const ExpectedColumns& compared,
 void RequireInputs(const LoadedModel& loaded, const VerifyTable& cases) {
   for (const auto* var : loaded.needed) {
     if (cases.FindColumn(var->GetName()) >= 0) continue;
-    throw Failure(kInputError, fmt::format("{}: the header lacks \"{}\", which the model needs",
-                                           cases.name, var->GetName()));
+    throw Failure(kInputError, fmt::format("{}: the header lacks \"{}\", which the model needs{}",
+                                           cases.name, var->GetName(), LineEndHint(cases.header)));
   }
 }
 

@@ -43,6 +43,10 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
       {"", empty},
       {"\xEF\xBB\xBF", empty},
       {"colour,Width\n1,2\n", "the header lacks \"width\", \"height\", which the model needs"},
+      {"width,height,colour\r1,1,red\r",
+       "the header lacks \"colour\", which the model needs; do the lines end with CR alone? They "
+       "must "
+       "end with LF or CRLF"},
       {"width,height,colour,width\n", "the header names the column \"width\" twice"},
       {header + "1,1,red\n1,1\n", "line 3: a row of 2 where the header has 3 cells"},
       {header + "1,1,\"r\n\"\n1,1,red,\n", "line 4: a row of 4 where the header has 3 cells"},
