@@ -32,7 +32,7 @@ std::string WithoutValues(const Element* instance) {
 VectorIndex::VectorIndex(const Element* model) {
   const Element* dictionary = FindChild(model, "VectorDictionary");
   for (const Element* field : ChildElements(FindChild(dictionary, "VectorFields"))) {
-    const std::string name = NameOf(field);
+    const std::string name = svmscore::NameOf(field);
     if (name == "FieldRef" || name == "CategoricalPredictor") fields_.push_back(field);
   }
   for (const Element* element : Children(dictionary, "VectorInstance")) {
