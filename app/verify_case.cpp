@@ -1,6 +1,7 @@
 #include "app/verify_case.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "host/score_status.h"
 #include "host/transformation_dictionary.h"
@@ -24,11 +25,9 @@ bool ReplacesMissing(const LoadedModel& loaded) {
 // Everything that is or may be an input, each variable once.
 std::vector<const ScoreDictVar*> InputsOf(const LoadedModel& loaded) {
   std::vector<const ScoreDictVar*> inputs = loaded.active;
+  const std::unordered_set<const ScoreDictVar*> active(inputs.begin(), inputs.end());
   std::copy_if(loaded.needed.begin(), loaded.needed.end(), std::back_inserter(inputs),
-               [&loaded](const ScoreDictVar* var) {
-                 return std::find(loaded.active.begin(), loaded.active.end(), var) ==
-                        loaded.active.end();
-               });
+               [&active](const ScoreDictVar* var) { return !active.contains(var); });
   return inputs;
 }
 
@@ -43,10 +42,18 @@ VerifyCase::VerifyCase(const LoadedModel& loaded)
       record_(InputsOf(loaded), true, ReplacesMissing(loaded)),
       scratch_(*loaded.output, ReplacesMissing(loaded)) {
   for (std::size_t i = 0; i < record_.Size(); ++i) {
-    inputs_.emplace(record_.Variable(i).GetName(), Place{false, i});
+    inputs_.emplace(record_.Variable(i).GetName(), Input{false, i});
   }
   for (std::size_t i = 0; i < scratch_.Extras().Size(); ++i) {
-    inputs_.emplace(scratch_.Extras().Variable(i).GetName(), Place{true, i});
+    inputs_.emplace(scratch_.Extras().Variable(i).GetName(), Input{true, i});
+  }
+  // The first of a name counts.
+  const auto& fields = loaded.output->Fields();
+  for (std::size_t i = 0; i < fields.size(); ++i) outputs_.emplace(fields[i].name, i);
+  const auto* dictionary = loaded.model->GetTransformationDictionary();
+  if (dictionary == nullptr) return;
+  for (const auto& step : dictionary->GetProgram().Steps()) {
+    derived_slots_.emplace(step.name, step.slot);
   }
 }
 
@@ -57,13 +64,17 @@ void VerifyCase::Clear() {
   scratch_.Extras().Clear();
 }
 
-void VerifyCase::Set(const std::string& name, std::string_view text) {
-  const Place& place = inputs_.at(name);
-  InputCaseRecord& record = place.extra ? scratch_.Extras() : record_;
-  if (text.empty() && record.Variable(place.position).GetStorageType() == 0) {
-    record.SetMissing(place.position);
+std::optional<VerifyCase::Input> VerifyCase::FindInput(const std::string& name) const {
+  const auto found = inputs_.find(name);
+  return found == inputs_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void VerifyCase::Set(const Input& input, std::string_view text) {
+  InputCaseRecord& record = input.extra ? scratch_.Extras() : record_;
+  if (text.empty() && record.Variable(input.position).GetStorageType() == 0) {
+    record.SetMissing(input.position);
   } else {
-    record.SetText(place.position, text);
+    record.SetText(input.position, text);
   }
 }
 
@@ -127,20 +138,14 @@ Quantity VerifyCase::FromField(std::size_t field) const {
 }
 
 std::optional<Quantity> VerifyCase::FindOutputField(const std::string& name) const {
-  const auto& fields = loaded_.output->Fields();
-  for (std::size_t i = 0; i < fields.size(); ++i) {
-    if (fields[i].name == name) return FromField(i);
-  }
-  return std::nullopt;
+  const auto found = outputs_.find(name);
+  return found == outputs_.end() ? std::nullopt : std::optional(FromField(found->second));
 }
 
 std::optional<Quantity> VerifyCase::FindDerived(const std::string& name) const {
-  const auto* dictionary = loaded_.model->GetTransformationDictionary();
-  if (dictionary == nullptr) return std::nullopt;
-  for (const auto& step : dictionary->GetProgram().Steps()) {
-    if (step.name == name) return Quantity{name, Kind::kDerived, step.slot, false};
-  }
-  return std::nullopt;
+  const auto found = derived_slots_.find(name);
+  if (found == derived_slots_.end()) return std::nullopt;
+  return Quantity{name, Kind::kDerived, found->second, false};
 }
 
 std::optional<Quantity> VerifyCase::FindPlainColumn(const std::string& name) const {

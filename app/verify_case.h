@@ -39,18 +39,25 @@ struct Quantity {
 // Used by one thread. The model must outlive it.
 class VerifyCase {
  public:
+  // Where a case keeps the value of an input.
+  struct Input {
+    bool extra;
+    std::size_t position;
+  };
+
   explicit VerifyCase(const LoadedModel& loaded);
   ~VerifyCase();
   VerifyCase(const VerifyCase&) = delete;
   VerifyCase& operator=(const VerifyCase&) = delete;
 
-  // True for the fields that a case can give a value: the model's inputs, and what output fields
+  // The fields that a case can give a value: the model's inputs, and what output fields
   // read beside them.
+  std::optional<Input> FindInput(const std::string& name) const;
   bool IsInput(const std::string& name) const { return inputs_.contains(name); }
   // Makes every input missing.
   void Clear();
-  // REQUIRES: IsInput(name). An empty text is a missing number or an empty text.
-  void Set(const std::string& name, std::string_view text);
+  // An empty text is a missing number or an empty text.
+  void Set(const Input& input, std::string_view text);
   void Score();
 
   long Status() const { return outcome_.status; }
@@ -69,18 +76,15 @@ class VerifyCase {
   std::vector<Quantity> Results() const;
 
  private:
-  struct Place {
-    bool extra;
-    std::size_t position;
-  };
-
   Quantity FromField(std::size_t field) const;
   transform::Value Derived(int position);
 
   const LoadedModel& loaded_;
   MCZandor_850::InputCaseRecord record_;
   output::OutputScratch scratch_;
-  std::unordered_map<std::string, Place> inputs_;
+  std::unordered_map<std::string, Input> inputs_;
+  std::unordered_map<std::string, std::size_t> outputs_;  // by name
+  std::unordered_map<std::string, int> derived_slots_;    // by name
   std::unique_ptr<MCZandor_850::ScoreResult> result_;
   std::unique_ptr<transform::Scratch> derived_;  // of the last case; null until it is asked for
   output::Outcome outcome_;

@@ -18,7 +18,7 @@
 namespace svmscore::app {
 namespace {
 
-void Print(const std::string& text) {
+void Print(std::string_view text) {
   OutputFile output("-");
   output.Write(text);
 }
@@ -96,7 +96,7 @@ ExitStatus VerifyCommand::Run() {
   VerifyReport report;
   try {
     if (expected_.empty()) {
-      report = VerifyDocument(loaded);
+      report = VerifyDocument(loaded, Print);
     } else {
       const VerifyTable cases = ReadVerifyTable(input_, limits_);
       report = VerifyFiles(loaded, cases, ReadVerifyTable(expected_, limits_), tolerance_,

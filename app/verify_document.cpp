@@ -1,7 +1,10 @@
 #include "app/verify_document.h"
 
 #include <algorithm>
+#include <optional>
+#include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -16,17 +19,19 @@ namespace {
 using output::Verification;
 using output::VerificationColumn;
 
-struct Roles {
-  std::vector<std::pair<std::size_t, std::string>> inputs;  // columns and the fields they fill
-  std::vector<std::pair<std::size_t, Quantity>> expected;   // columns and what they expect
+// What a column of the records is for: either, both or neither.
+struct Role {
+  std::optional<VerifyCase::Input> input;
+  std::optional<Quantity> expected;
 };
 
-bool IsInMiningSchema(const LoadedModel& loaded, const std::string& name) {
+std::unordered_set<std::string> NamesInMiningSchema(const LoadedModel& loaded) {
+  std::unordered_set<std::string> names;
   const auto* schema = FindChild(FindModelElement(loaded.document.Dom()), "MiningSchema");
   for (const auto* field : Children(schema, "MiningField")) {
-    if (FindAttribute(field, "name") == name) return true;
+    if (auto name = FindAttribute(field, "name")) names.insert(*std::move(name));
   }
-  return false;
+  return names;
 }
 
 bool IsDerived(const LoadedModel& loaded, const std::string& name) {
@@ -34,9 +39,11 @@ bool IsDerived(const LoadedModel& loaded, const std::string& name) {
   return derived != nullptr && derived->FindVar(name) != nullptr;
 }
 
-Roles RolesOf(const LoadedModel& loaded, const Verification& verification, const VerifyCase& scored,
-              VerifyReport& report) {
-  Roles roles;
+// One a column.
+std::vector<Role> RolesOf(const LoadedModel& loaded, const Verification& verification,
+                          const VerifyCase& scored, VerifyReport& report) {
+  std::vector<Role> roles(verification.columns.size());
+  const std::unordered_set<std::string> schema = NamesInMiningSchema(loaded);
   const Quantity prediction = scored.Prediction();
   const bool outputs =
       std::any_of(verification.columns.begin(), verification.columns.end(),
@@ -48,43 +55,45 @@ Roles RolesOf(const LoadedModel& loaded, const Verification& verification, const
     const VerificationColumn& column = verification.columns[i];
     const std::string& name = column.field;
     const bool target = name == prediction.name;
-    if (scored.IsInput(name)) roles.inputs.emplace_back(i, name);
-    if (scored.IsInput(name) && !target) continue;
+    roles[i].input = scored.FindInput(name);
+    if (roles[i].input && !target) continue;
     if (auto output = scored.FindOutputField(name)) {
-      roles.expected.emplace_back(i, *std::move(output));
+      roles[i].expected = std::move(output);
     } else if (target) {
-      if (!outputs) roles.expected.emplace_back(i, prediction);
+      if (!outputs) roles[i].expected = prediction;
     } else if (auto derived = scored.FindDerived(name)) {
       report.Remark(fmt::format("{} is a derived field: its values are compared", name));
-      roles.expected.emplace_back(i, *std::move(derived));
+      roles[i].expected = std::move(derived);
     } else if (IsDerived(loaded, name)) {
       report.Remark(fmt::format(
           "{} is a derived field that nothing else needs: it is not computed, and not compared",
           name));
-    } else if (!IsInMiningSchema(loaded, name)) {
+    } else if (!schema.contains(name)) {
       ThrowAt(column.element, code::kUnknownField, name, "VerificationField");
     }
   }
   return roles;
 }
 
-void Run(const Verification& verification, const Roles& roles, VerifyCase& scored,
+void Run(const Verification& verification, const std::vector<Role>& roles, VerifyCase& scored,
          VerifyReport& report) {
-  for (std::size_t record = 0; record < verification.records.size(); ++record) {
-    const auto& cells = verification.records[record].cells;
+  std::size_t record = 0;
+  output::ForEachRecord(verification, [&](transform::Cells cells) {
+    ++record;
     scored.Clear();
-    for (const auto& [column, name] : roles.inputs) {
-      if (cells[column]) scored.Set(name, *cells[column]);
+    for (const auto& [column, text] : cells) {
+      if (roles[column].input) scored.Set(*roles[column].input, text);
     }
     scored.Score();
-    for (const auto& [column, quantity] : roles.expected) {
-      report.Compare(record + 1, quantity, cells[column].value_or(""),
-                     verification.columns[column].allowance, scored);
+    for (const auto& [column, text] : cells) {
+      if (!roles[column].expected) continue;
+      report.Compare(record, *roles[column].expected, text, verification.columns[column].allowance,
+                     scored);
     }
-  }
+  });
 }
 
-VerifyReport Verify(const LoadedModel& loaded) {
+VerifyReport Verify(const LoadedModel& loaded, VerifyReport::Sink sink) {
   const auto verification = output::ReadVerification(loaded.document.Dom());
   if (!verification) {
     throw Failure(kModelError,
@@ -94,9 +103,9 @@ VerifyReport Verify(const LoadedModel& loaded) {
                               loaded.document.Name()));
   }
   VerifyCase scored(loaded);
-  VerifyReport report;
+  VerifyReport report(std::move(sink));
   for (const output::Note& note : verification->notes) report.Remark(note.text);
-  const Roles roles = RolesOf(loaded, *verification, scored, report);
+  const std::vector<Role> roles = RolesOf(loaded, *verification, scored, report);
   Run(*verification, roles, scored, report);
   if (report.Compared() == 0) {
     ThrowAt(verification->element, code::kBadContent, "no record has a value to compare",
@@ -107,9 +116,9 @@ VerifyReport Verify(const LoadedModel& loaded) {
 
 }  // namespace
 
-VerifyReport VerifyDocument(const LoadedModel& loaded) {
+VerifyReport VerifyDocument(const LoadedModel& loaded, VerifyReport::Sink sink) {
   try {
-    return Verify(loaded);
+    return Verify(loaded, std::move(sink));
   } catch (MCZandor_850::SSException& error) {
     loaded.document.Locate(error);
     throw;

@@ -11,7 +11,8 @@ namespace svmscore::app {
 // verifies none of them, the target's column is. Throws a Failure(kModelError) for a document
 // without records, and an SSException, its place in words, for records that cannot be read and
 // where there is nothing to compare.
-VerifyReport VerifyDocument(const LoadedModel& loaded);
+// The report's lines go to `sink`, or are kept.
+VerifyReport VerifyDocument(const LoadedModel& loaded, VerifyReport::Sink sink = {});
 
 }  // namespace svmscore::app
 

@@ -66,9 +66,10 @@ void SetInputs(const VerifyTable& cases, const std::vector<std::string>& row,
                const MissingTokens& missing, VerifyCase& scored) {
   scored.Clear();
   for (std::size_t i = 0; i < row.size(); ++i) {
-    if (row[i].empty() || !scored.IsInput(cases.header[i])) continue;
+    const auto input = scored.FindInput(cases.header[i]);
+    if (row[i].empty() || !input) continue;
     if (std::find(missing.begin(), missing.end(), row[i]) != missing.end()) continue;
-    scored.Set(cases.header[i], row[i]);
+    scored.Set(*input, row[i]);
   }
 }
 

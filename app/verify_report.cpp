@@ -7,6 +7,8 @@
 namespace svmscore::app {
 namespace {
 
+constexpr std::size_t kHandedOn = std::size_t{1} << 16;
+
 // What a disagreement looks like beside its two values.
 std::string Distance(const output::Judgement& judgement, const output::Allowance& allowance) {
   if (judgement.near_zero) {
@@ -35,13 +37,20 @@ void VerifyReport::Compare(std::size_t record, const Quantity& quantity, std::st
   ++disagreements_;
   std::string got = "nothing";
   if (actual.IsPresent()) {
-    got = scored.TextOf(actual) + (quantity.is_label ? "" : Distance(judgement, allowed));
+    got = Shortened(scored.TextOf(actual), kLongestInsert) +
+          (quantity.is_label ? "" : Distance(judgement, allowed));
   } else if (scored.Status() != 0) {
     got += fmt::format(" (status {})", scored.Status());
   }
   lines_ += Printable(fmt::format("record {}: {}: expected {}, got {}", record,
-                                  Shortened(quantity.name, kLongestInsert), expected, got)) +
+                                  Shortened(quantity.name, kLongestInsert),
+                                  Shortened(expected, kLongestInsert), got)) +
             '\n';
+  if (!sink_ || lines_.size() < kHandedOn) return;
+  sink_(remarks_);
+  sink_(lines_);
+  remarks_.clear();
+  lines_.clear();
 }
 
 std::string VerifyReport::Text() const {

@@ -3,8 +3,10 @@
 #define APP_VERIFY_REPORT_H_
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "app/verify_case.h"
 #include "host/output/verification.h"
@@ -13,7 +15,15 @@ namespace svmscore::app {
 
 class VerifyReport {
  public:
-  // A remark that stands before everything else.
+  // Takes the report piece by piece.
+  using Sink = std::function<void(std::string_view)>;
+
+  // Keeps the whole report.
+  VerifyReport() = default;
+  // Hands on what has been said whenever it is more than a little.
+  explicit VerifyReport(Sink sink) : sink_(std::move(sink)) {}
+
+  // A remark that stands before everything else. With a sink, REQUIRES: nothing is compared yet.
   void Remark(std::string_view text);
   // Compares the value that `scored` has for `quantity` with the expected text. `record` is the
   // number of the case, from 1. An empty text expects nothing.
@@ -22,10 +32,12 @@ class VerifyReport {
 
   std::size_t Compared() const { return compared_; }
   std::size_t Disagreements() const { return disagreements_; }
-  // The remarks, one line for each disagreement, and the summary; all printable.
+  // The remarks, one line for each disagreement, and the summary; all printable, and without what
+  // the sink has.
   std::string Text() const;
 
  private:
+  Sink sink_;
   std::string remarks_;
   std::string lines_;
   std::size_t compared_ = 0;

@@ -1,11 +1,15 @@
 // Categories that fields and targets lack.
-#include <algorithm>
+#include <set>
+#include <unordered_set>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include "app/doctor/checks.h"
 #include "app/doctor/field_graph.h"
+#include "host/ss_exception.h"
 #include "host/transcoder.h"
+#include "host/transform/inline_table.h"
 
 namespace svmscore::app {
 namespace {
@@ -31,7 +35,7 @@ class CategoryChecks {
 
  private:
   // What the field can be; worked out once a field.
-  const std::optional<ValueSet>& ValuesOf(const std::string& field) {
+  const FieldGraph::Values& ValuesOf(const std::string& field) {
     const auto [found, is_new] = values_.try_emplace(field);
     if (is_new) found->second = graph_.ValuesOf(field);
     return found->second;
@@ -83,57 +87,84 @@ class CategoryChecks {
     }
   }
 
+  // A field that a table is searched for, and what the table's column has for it.
+  struct Key {
+    std::string field;
+    const ValueSet& set;
+    ValueSet mapped;  // those of the set that have a result
+    const Element* first_unlisted = nullptr;
+    std::vector<std::string> unlisted;
+  };
+
   void CheckTable(const Element* map_values) {
     const Element* table = FindChild(map_values, "InlineTable");
     // A table that stands elsewhere is refused when the document is loaded.
     if (FindChild(map_values, "TableLocator") != nullptr) return;
+    std::vector<Key> keys;
+    std::vector<std::string> columns;
+    std::set<std::pair<std::string, std::string>> pairs;
     for (const Element* pair : Children(map_values, "FieldColumnPair")) {
       const std::string field = AttributeText(pair, "field");
       const auto& set = ValuesOf(field);
-      if (set) CheckColumn(map_values, table, field, AttributeText(pair, "column"), *set);
+      const std::string column = AttributeText(pair, "column");
+      if (!set || !pairs.emplace(field, column).second) continue;
+      keys.push_back({field, *set, ValueSet(set->IsNumeric()), nullptr, {}});
+      columns.push_back(column);
     }
+    columns.push_back(AttributeText(map_values, "outputColumn"));
+    try {
+      if (table != nullptr) ReadKeys(table, columns, keys);
+    } catch (const MCZandor_850::SSException&) {
+      return;  // the document is refused for it
+    }
+    const bool has_default = FindAttribute(map_values, "defaultValue").has_value();
+    for (const Key& key : keys) Report(map_values, has_default, key);
   }
 
-  void CheckColumn(const Element* map_values, const Element* table, const std::string& field,
-                   const std::string& column, const ValueSet& set) {
-    const std::string output = AttributeText(map_values, "outputColumn");
-    ValueSet mapped{set.numeric, {}};
-    const Element* first = nullptr;
-    std::vector<std::string> unlisted;
-    for (const Element* row : Children(table, "row")) {
-      const auto key = CellOf(row, column);
-      if (!key) continue;
-      if (CellOf(row, output)) mapped.Add(*key);
-      if (!set.Holds(*key)) {
-        if (unlisted.empty()) first = row;
-        unlisted.push_back(fmt::format("\"{}\"", *key));
+  static void ReadKeys(const Element* table, const std::vector<std::string>& columns,
+                       std::vector<Key>& keys) {
+    transform::ForEachRow(table, columns, 0, [&](const Element* row, transform::Cells cells) {
+      const bool has_result = transform::TextOf(cells, keys.size()).has_value();
+      for (const transform::Cell& cell : cells) {
+        if (cell.column == keys.size()) break;
+        Key& key = keys[cell.column];
+        const std::string text(cell.text);
+        if (!key.set.Holds(text)) {
+          if (key.unlisted.empty()) key.first_unlisted = row;
+          key.unlisted.push_back(fmt::format("\"{}\"", text));
+        } else if (has_result) {
+          key.mapped.Add(text);
+        }
       }
+    });
+  }
+
+  void Report(const Element* map_values, bool has_default, const Key& key) {
+    if (!key.unlisted.empty()) {
+      findings_.Add("unlisted-table-key", key.first_unlisted,
+                    fmt::format("\"{}\" has no category {}", key.field, Listed(key.unlisted)));
     }
-    if (!unlisted.empty()) {
-      findings_.Add("unlisted-table-key", first,
-                    fmt::format("\"{}\" has no category {}", field, Listed(unlisted)));
-    }
-    if (FindAttribute(map_values, "defaultValue")) return;
-    for (const std::string& value : set.values) {
-      if (mapped.Holds(value)) continue;
-      findings_.Add("unmapped-category", map_values,
-                    fmt::format("the table gives nothing for \"{}\" of \"{}\", and has no default",
-                                value, field));
-    }
+    const std::size_t unmapped = key.set.Size() - key.mapped.Size();
+    if (has_default || unmapped == 0) return;
+    std::vector<std::string> names = key.set.Without(key.mapped, kMostListed);
+    for (std::string& name : names) name = fmt::format("\"{}\"", name);
+    findings_.Add("unmapped-category", map_values,
+                  fmt::format("the table gives nothing for {} of \"{}\", and has no default",
+                              Listed(names, unmapped - names.size()), key.field));
   }
 
   void CheckTargetCategories() {
     const auto& machines = examined_.numbers.machines;
     if (!examined_.document.classification || machines.empty()) return;
+    std::unordered_set<std::string> named;
+    for (const MachineNumbers& machine : machines) {
+      const Element* response =
+          FindChild(FindChild(machine.element, "Extension"), "ResponseCategory");
+      named.insert({machine.target, machine.alternate, AttributeText(response, "response"),
+                    AttributeText(response, "nonResponse")});
+    }
     for (const std::string& category : examined_.document.categories) {
-      const bool named = std::any_of(machines.begin(), machines.end(), [&](const auto& machine) {
-        const Element* response =
-            FindChild(FindChild(machine.element, "Extension"), "ResponseCategory");
-        return machine.target == category || machine.alternate == category ||
-               AttributeText(response, "response") == category ||
-               AttributeText(response, "nonResponse") == category;
-      });
-      if (named) continue;
+      if (named.contains(category)) continue;
       findings_.Add("category-never-predicted", graph_.DataField(examined_.document.target),
                     fmt::format("no machine names the category \"{}\"", category));
     }
@@ -142,7 +173,7 @@ class CategoryChecks {
   const Examined& examined_;
   FindingList& findings_;
   FieldGraph graph_;
-  std::unordered_map<std::string, std::optional<ValueSet>> values_;
+  std::unordered_map<std::string, FieldGraph::Values> values_;
 };
 
 }  // namespace

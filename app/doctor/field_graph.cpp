@@ -4,7 +4,9 @@
 #include <array>
 
 #include "host/number_text.h"
+#include "host/ss_exception.h"
 #include "host/transcoder.h"
+#include "host/transform/inline_table.h"
 
 namespace svmscore::app {
 namespace {
@@ -58,29 +60,33 @@ void AddAttribute(const Element* element, const char* attribute, ValueSet& set) 
 }  // namespace
 
 std::string ValueSet::Key(const std::string& value) const {
-  const auto number = numeric ? ParseNumber(value) : std::nullopt;
+  const auto number = numeric_ ? ParseNumber(value) : std::nullopt;
   return number ? FormatNumber(*number) : value;
 }
 
-std::string ValueSet::Similar(const std::string& value) const {
-  const std::string folded = Folded(value);
-  for (const std::string& held : values) {
-    if (Folded(held) == folded) return held;
-  }
-  return {};
+void ValueSet::Add(const std::string& value) {
+  std::string key = Key(value);
+  if (!HoldsKey(key)) values_.insert(std::move(key));
 }
 
-std::optional<std::string> CellOf(const Element* row, const std::string& column) {
-  for (const Element* cell : ChildElements(row)) {
-    const std::string name = NameOf(cell);
-    if (name != column && name.substr(name.rfind(':') + 1) != column) continue;
-    const std::string text = ElementText(cell);
-    if (text.find('\n') == std::string::npos) return text;
-    const std::size_t begin = text.find_first_not_of(kBlanks);
-    if (begin == std::string::npos) return std::string();
-    return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
+std::string ValueSet::Similar(const std::string& value) const {
+  if (folded_.empty()) {
+    for (const std::string& held : values_) folded_.emplace(Folded(held), held);
   }
-  return std::nullopt;
+  const auto found = folded_.find(Folded(value));
+  if (found != folded_.end()) return found->second;
+  return base_ == nullptr ? std::string() : base_->Similar(value);
+}
+
+std::vector<std::string> ValueSet::Without(const ValueSet& other, std::size_t count) const {
+  std::vector<std::string> found;
+  for (const ValueSet* set = this; set != nullptr; set = set->base_.get()) {
+    for (const std::string& value : set->values_) {
+      if (found.size() == count) return found;
+      if (!other.Holds(value)) found.push_back(value);
+    }
+  }
+  return found;
 }
 
 FieldGraph::FieldGraph(const Inspected& inspected) : inspected_(inspected) {
@@ -137,50 +143,67 @@ std::unordered_set<std::string> FieldGraph::Needed(bool outputs) const {
   return needed;
 }
 
-std::optional<ValueSet> FieldGraph::ValuesOf(const std::string& name) const {
-  return Values(name, 0);
+FieldGraph::Values FieldGraph::ValuesOf(const std::string& name) const {
+  return ValuesAt(name, 0);
 }
 
-std::optional<ValueSet> FieldGraph::Values(const std::string& name, int depth) const {
-  if (depth > kDeepest) return std::nullopt;
+FieldGraph::Values FieldGraph::ValuesAt(const std::string& name, int depth) const {
+  if (depth > kDeepest) return nullptr;
   const Element* derived = Derived(name);
+  const Element* field = DataField(name);
   // One that hides an input of its own name may give anything.
-  if (derived != nullptr && DataField(name) != nullptr) return std::nullopt;
-  return derived != nullptr ? Computed(derived, depth) : Declared(name);
+  if (derived != nullptr && field != nullptr) return nullptr;
+  if (derived != nullptr) return Computed(derived, depth);
+  if (field == nullptr) return nullptr;
+  const auto [known, is_new] = listed_.try_emplace(field);
+  if (is_new) known->second = Declared(name);
+  return known->second;
 }
 
-std::optional<ValueSet> FieldGraph::Declared(const std::string& name) const {
+FieldGraph::Values FieldGraph::Declared(const std::string& name) const {
   const Element* field = DataField(name);
-  if (field == nullptr || FindChild(field, "Interval") != nullptr) return std::nullopt;
+  if (FindChild(field, "Interval") != nullptr) return nullptr;
   // Values of other types have several spellings.
-  if (!IsNumeric(field) && AttributeText(field, "dataType") != "string") return std::nullopt;
-  ValueSet set{IsNumeric(field), {}};
+  if (!IsNumeric(field) && AttributeText(field, "dataType") != "string") return nullptr;
+  auto set = std::make_shared<ValueSet>(IsNumeric(field));
   bool listed = false;
   for (const Element* value : Children(field, "Value")) {
     const std::string property = AttributeText(value, "property");
     if (!property.empty() && property != "valid") continue;
     listed = true;
-    AddAttribute(value, "value", set);
+    AddAttribute(value, "value", *set);
   }
-  if (!listed) return std::nullopt;
+  if (!listed) return nullptr;
   const Element* mining = MiningField(name);
-  if (AttributeText(mining, "invalidValueTreatment") == "asIs") return std::nullopt;
-  AddAttribute(mining, "missingValueReplacement", set);
-  AddAttribute(mining, "invalidValueReplacement", set);
+  if (AttributeText(mining, "invalidValueTreatment") == "asIs") return nullptr;
+  AddAttribute(mining, "missingValueReplacement", *set);
+  AddAttribute(mining, "invalidValueReplacement", *set);
   return set;
 }
 
-std::optional<ValueSet> FieldGraph::Computed(const Element* derived, int depth) const {
+FieldGraph::Values FieldGraph::Computed(const Element* derived, int depth) const {
   const Element* expression = ExpressionOf(derived);
-  if (expression == nullptr) return std::nullopt;
-  const std::string kind = svmscore::NameOf(expression);
-  std::optional<ValueSet> set = ValueSet{IsNumeric(derived), {}};
-  if (kind == "FieldRef") {
-    const std::string source = AttributeText(expression, "field");
-    set = Values(source, depth + 1);
+  if (expression == nullptr) return nullptr;
+  if (svmscore::NameOf(expression) == "FieldRef") {
+    const Values source = ValuesAt(AttributeText(expression, "field"), depth + 1);
     // Text that becomes a number, or a number that becomes text, may change its spelling.
-    if (set && set->numeric != IsNumeric(derived)) return std::nullopt;
-  } else if (kind == "Constant") {
+    if (source == nullptr || source->IsNumeric() != IsNumeric(derived)) return nullptr;
+    if (!FindAttribute(expression, "mapMissingTo")) return source;
+    auto set = std::make_shared<ValueSet>(source);
+    AddAttribute(expression, "mapMissingTo", *set);
+    return set;
+  }
+  const auto [known, is_new] = listed_.try_emplace(derived);
+  if (is_new) known->second = FromExpression(derived, expression);
+  return known->second;
+}
+
+// What an expression other than a reference gives.
+FieldGraph::Values FieldGraph::FromExpression(const Element* derived,
+                                              const Element* expression) const {
+  const std::string kind = svmscore::NameOf(expression);
+  auto set = std::make_shared<ValueSet>(IsNumeric(derived));
+  if (kind == "Constant") {
     set->Add(ElementText(expression));
   } else if (kind == "NormDiscrete") {
     set->Add("0");
@@ -191,18 +214,21 @@ std::optional<ValueSet> FieldGraph::Computed(const Element* derived, int depth) 
     }
     AddAttribute(expression, "defaultValue", *set);
   } else if (kind == "MapValues") {
-    const std::string column = AttributeText(expression, "outputColumn");
-    bool any = false;
-    for (const Element* row : Children(FindChild(expression, "InlineTable"), "row")) {
-      any = true;
-      if (const auto cell = CellOf(row, column)) set->Add(*cell);
+    const Element* table = FindChild(expression, "InlineTable");
+    if (FindChild(table, "row") == nullptr) return nullptr;
+    try {
+      transform::ForEachRow(table, {AttributeText(expression, "outputColumn")}, 0,
+                            [&set](const Element*, transform::Cells cells) {
+                              if (!cells.empty()) set->Add(std::string(cells[0].text));
+                            });
+    } catch (const MCZandor_850::SSException&) {
+      return nullptr;  // the document is refused for the table
     }
-    if (!any) return std::nullopt;
     AddAttribute(expression, "defaultValue", *set);
   } else {
-    return std::nullopt;
+    return nullptr;
   }
-  if (set) AddAttribute(expression, "mapMissingTo", *set);
+  AddAttribute(expression, "mapMissingTo", *set);
   return set;
 }
 

@@ -3,11 +3,13 @@
 #ifndef APP_DOCTOR_FIELD_GRAPH_H_
 #define APP_DOCTOR_FIELD_GRAPH_H_
 
-#include <optional>
+#include <cstddef>
+#include <memory>
 #include <set>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "app/elements.h"
@@ -16,21 +18,40 @@
 namespace svmscore::app {
 
 // Values compare as texts, and as numbers where they are numbers of a field that holds such.
-struct ValueSet {
-  bool numeric = false;
-  std::set<std::string> values;
+class ValueSet {
+ public:
+  explicit ValueSet(bool numeric) : numeric_(numeric) {}
+  // What `base` holds, without a copy of it, and what is added.
+  explicit ValueSet(std::shared_ptr<const ValueSet> base)
+      : numeric_(base->numeric_), base_(std::move(base)) {}
 
-  void Add(const std::string& value) { values.insert(Key(value)); }
-  bool Holds(const std::string& value) const { return values.contains(Key(value)); }
+  bool IsNumeric() const { return numeric_; }
+  std::size_t Size() const { return values_.size() + (base_ == nullptr ? 0 : base_->Size()); }
+  void Add(const std::string& value);
+  bool Holds(const std::string& value) const { return HoldsKey(Key(value)); }
   // One that differs from `value` in case or in blanks around it only; empty without one.
   std::string Similar(const std::string& value) const;
+  // At most `count` values that `other` does not hold.
+  std::vector<std::string> Without(const ValueSet& other, std::size_t count) const;
 
  private:
   std::string Key(const std::string& value) const;
+  bool HoldsKey(const std::string& key) const {
+    return values_.contains(key) || (base_ != nullptr && base_->HoldsKey(key));
+  }
+
+  bool numeric_;
+  std::shared_ptr<const ValueSet> base_;  // may be null; has none of `values_`
+  std::set<std::string> values_;
+  // Those of `values_` by what they have in common with similar ones; made when it is asked for.
+  mutable std::unordered_map<std::string, std::string> folded_;
 };
 
+// Used by one thread.
 class FieldGraph {
  public:
+  using Values = std::shared_ptr<const ValueSet>;
+
   explicit FieldGraph(const Inspected& inspected);
 
   const Element* DataField(const std::string& name) const { return Find(data_, name); }
@@ -45,15 +66,17 @@ class FieldGraph {
   // those too that output fields and verification records name.
   std::unordered_set<std::string> Needed(bool outputs) const;
   // What the field can be, where that is a closed set: the values that it lists, and those that
-  // replace others; or what its expression gives. Nothing where anything may come.
-  std::optional<ValueSet> ValuesOf(const std::string& name) const;
+  // replace others; or what its expression gives. Null where anything may come. Fields that only
+  // pass values on share them.
+  Values ValuesOf(const std::string& name) const;
 
  private:
   using Elements = std::unordered_map<std::string, const Element*>;
   static const Element* Find(const Elements& elements, const std::string& name);
-  std::optional<ValueSet> Declared(const std::string& name) const;
-  std::optional<ValueSet> Computed(const Element* derived, int depth) const;
-  std::optional<ValueSet> Values(const std::string& name, int depth) const;
+  Values Declared(const std::string& name) const;
+  Values Computed(const Element* derived, int depth) const;
+  Values FromExpression(const Element* derived, const Element* expression) const;
+  Values ValuesAt(const std::string& name, int depth) const;
 
   const Inspected& inspected_;
   Elements data_;
@@ -61,11 +84,9 @@ class FieldGraph {
   Elements schema_;
   std::vector<const Element*> all_derived_;
   std::vector<const Element*> all_mining_;
+  // What elements list, once it was asked for.
+  mutable std::unordered_map<const Element*, Values> listed_;
 };
-
-// The text of a cell of a row of an InlineTable, whose element may have a prefix; nothing where the
-// row lacks it.
-std::optional<std::string> CellOf(const Element* row, const std::string& column);
 
 // Calls `visit` for every element below `element`, in document order.
 template <typename Visit>

@@ -139,13 +139,14 @@ bool FormPairs(const ModelNumbers& numbers) {
   return names.size() > 2 && pairs.size() == names.size() * (names.size() - 1) / 2;
 }
 
-std::string Listed(const std::vector<std::string>& names) {
-  constexpr std::size_t kShown = 8;
+std::string Listed(const std::vector<std::string>& names, std::size_t more) {
+  const std::size_t shown = std::min(names.size(), kMostListed);
   std::string text;
-  for (std::size_t i = 0; i < std::min(names.size(), kShown); ++i) {
+  for (std::size_t i = 0; i < shown; ++i) {
     text += (i == 0 ? "" : ", ") + names[i];
   }
-  if (names.size() > kShown) text += fmt::format(" and {} more", names.size() - kShown);
+  more += names.size() - shown;
+  if (more > 0) text += fmt::format(" and {} more", more);
   return text;
 }
 

@@ -56,8 +56,10 @@ ModelNumbers ReadNumbers(const Inspected& inspected);
 // Whether the machines are one for each pair of the categories that they name, three at least.
 bool FormPairs(const ModelNumbers& numbers);
 
-// The names in words: at most eight, and how many more there are.
-std::string Listed(const std::vector<std::string>& names);
+// The names in words: no more than these, and how many more there are, with `more` beside those
+// that are given.
+inline constexpr std::size_t kMostListed = 8;
+std::string Listed(const std::vector<std::string>& names, std::size_t more = 0);
 
 }  // namespace svmscore::app
 

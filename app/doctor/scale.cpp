@@ -134,9 +134,11 @@ void CheckReach(const Examined& examined, FindingList& findings) {
   for (std::size_t i = 0; i < positions.size(); ++i) {
     const std::string name = AttributeText(positions[i], "field");
     if (IsIndicator(graph, positions[i])) {
-      auto values = graph.ValuesOf(name).value_or(ValueSet{true, {"0", "1"}});
-      if (MostDoNotFit(numbers, i,
-                       [&values](double value) { return values.Holds(FormatNumber(value)); })) {
+      const auto values = graph.ValuesOf(name);
+      if (MostDoNotFit(numbers, i, [&values](double value) {
+            return values == nullptr ? value == 0.0 || value == 1.0
+                                     : values->Holds(FormatNumber(value));
+          })) {
         findings.Add("indicator-not-0-or-1", positions[i],
                      fmt::format("most vectors hold other numbers at {}", numbers.fields[i]));
       }

@@ -7,7 +7,6 @@
 #include "host/pmml/elements.h"
 #include "host/ss_exception.h"
 #include "host/transform/conversion.h"
-#include "host/transform/inline_table.h"
 
 namespace svmscore::output {
 namespace {
@@ -57,7 +56,6 @@ std::optional<Verification> ReadVerification(const xercesc::DOMDocument* documen
   if (fields == nullptr) {
     ThrowAt(read.element, code::kChildMissing, "VerificationFields", "ModelVerification");
   }
-  std::vector<std::string> names;
   for (const DOMElement* element : Children(fields, "VerificationField")) {
     VerificationColumn column;
     column.element = element;
@@ -66,19 +64,25 @@ std::optional<Verification> ReadVerification(const xercesc::DOMDocument* documen
     column.allowance.precision = AllowanceFrom(element, "precision", column.allowance.precision);
     column.allowance.zero_threshold =
         AllowanceFrom(element, "zeroThreshold", column.allowance.zero_threshold);
-    names.push_back(column.column);
     read.columns.push_back(std::move(column));
   }
-  const DOMElement* table = transform::InlineTableOf(read.element);
-  if (table == nullptr) {
+  read.table = transform::InlineTableOf(read.element);
+  if (read.table == nullptr) {
     ThrowAt(read.element, code::kChildMissing, "InlineTable", "ModelVerification");
   }
-  transform::ForEachRow(table, names, 0, [&read](const DOMElement* row, transform::Cells cells) {
-    read.records.push_back({row, {cells.begin(), cells.end()}});
-  });
-  CheckCount(read.element, "recordCount", read.records.size(), read.notes);
+  std::size_t records = 0;
+  ForEachRecord(read, [&records](transform::Cells) { ++records; });
+  CheckCount(read.element, "recordCount", records, read.notes);
   CheckCount(read.element, "fieldCount", read.columns.size(), read.notes);
   return read;
+}
+
+void ForEachRecord(const Verification& verification,
+                   const std::function<void(transform::Cells)>& visit) {
+  std::vector<std::string> names;
+  for (const VerificationColumn& column : verification.columns) names.push_back(column.column);
+  transform::ForEachRow(verification.table, names, 0,
+                        [&visit](const DOMElement*, transform::Cells cells) { visit(cells); });
 }
 
 Judgement Judge(std::string_view expected, const Value& actual, const Allowance& allowance) {

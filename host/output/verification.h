@@ -2,6 +2,7 @@
 #ifndef HOST_OUTPUT_VERIFICATION_H_
 #define HOST_OUTPUT_VERIFICATION_H_
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 #include "host/api.h"
 #include "host/field_types.h"
 #include "host/output/note.h"
+#include "host/transform/inline_table.h"
 #include "host/transform/value.h"
 
 namespace svmscore::output {
@@ -27,15 +29,10 @@ struct VerificationColumn {
   Allowance allowance;
 };
 
-struct VerificationRecord {
-  const xercesc::DOMElement* row = nullptr;
-  std::vector<std::optional<std::string>> cells;  // one a column; nothing for an absent one
-};
-
 struct Verification {
   const xercesc::DOMElement* element = nullptr;
+  const xercesc::DOMElement* table = nullptr;
   std::vector<VerificationColumn> columns;
-  std::vector<VerificationRecord> records;
   std::vector<Note> notes;  // counts that are not those of the content
 };
 
@@ -43,6 +40,11 @@ struct Verification {
 // one that cannot be read.
 SVMSCORE_HOST_API std::optional<Verification> ReadVerification(
     const xercesc::DOMDocument* document);
+
+// Calls `visit` for every record in document order, with the cells that it has. Their columns are
+// positions among those of `verification`; texts live as long as the call.
+SVMSCORE_HOST_API void ForEachRecord(const Verification& verification,
+                                     const std::function<void(transform::Cells)>& visit);
 
 // How an actual value compares with an expected one.
 struct Judgement {

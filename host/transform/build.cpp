@@ -149,7 +149,7 @@ void Builder::AddEncodedValues(const Derived& derived, TransformVar& var) const 
     if (IsNamed(next, "FieldColumnPair")) return;  // one key of several encodes no value
   }
   ForEachRow(table, {RequiredAttribute(pair, "column")}, 0, [&](const Element*, Cells cells) {
-    if (cells[0]) var.AddEncodedValue(source.ValueFromText(*cells[0]));
+    if (!cells.empty()) var.AddEncodedValue(source.ValueFromText(cells[0].text));
   });
 }
 

@@ -58,7 +58,7 @@ Field Context::FieldOf(const Element* element, const char* attribute) const {
   return *field;
 }
 
-Value Context::Fixed(const Element* at, const std::string& what, const std::string& text,
+Value Context::Fixed(const Element* at, const std::string& what, std::string_view text,
                      FieldType type, Arena& pool) const {
   const Value value = FromDocument(text, type, pool);
   CheckFixed(at, what, text, value, type);
@@ -68,13 +68,14 @@ Value Context::Fixed(const Element* at, const std::string& what, const std::stri
   return converted;
 }
 
-void CheckFixed(const Element* at, const std::string& what, const std::string& text,
+void CheckFixed(const Element* at, const std::string& what, std::string_view text,
                 const Value& value, FieldType type) {
   if (!value.IsInvalid() || text.find_first_not_of(" \t\r\n") == std::string::npos) return;
-  Refuse(at, what + " \"" + text + "\" is not of the type " + std::string(DataTypeName(type.data)));
+  Refuse(at, what + " \"" + std::string(text) + "\" is not of the type " +
+                 std::string(DataTypeName(type.data)));
 }
 
-void CheckMoment(const Element* at, const std::string& what, const std::string& text,
+void CheckMoment(const Element* at, const std::string& what, std::string_view text,
                  std::optional<FieldType> type) {
   if (!type || type->data < DataType::kDate) return;
   Arena pool;

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "host/transform/expression.h"
 
@@ -30,7 +31,7 @@ struct Context {
                                       std::optional<FieldType> result = std::nullopt) const;
   // The value that `text` spells by `type`, converted to the target. A text that cannot be both is
   // refused at `at`, where `what` says what the text is; a blank one is an invalid value.
-  Value Fixed(const Element* at, const std::string& what, const std::string& text, FieldType type,
+  Value Fixed(const Element* at, const std::string& what, std::string_view text, FieldType type,
               Arena& pool) const;
   // The field that an attribute of `element` names; 260311 where there is none.
   Field FieldOf(const Element* element, const char* attribute) const;
@@ -48,12 +49,12 @@ Compiled CompileTextIndex(const Element* element, const Context& context);
 Compiled CompileApply(const Element* element, const Context& context);
 
 // Refuses a value that the document fixes and that `type` cannot hold, unless its text is blank.
-void CheckFixed(const Element* at, const std::string& what, const std::string& text,
+void CheckFixed(const Element* at, const std::string& what, std::string_view text,
                 const Value& value, FieldType type);
 
 // Refuses a text that values of a date or time are compared with, and that spells no moment. Texts
 // for other types may be equal to nothing.
-void CheckMoment(const Element* at, const std::string& what, const std::string& text,
+void CheckMoment(const Element* at, const std::string& what, std::string_view text,
                  std::optional<FieldType> type);
 
 // Refuses an expression that nests too deeply.

@@ -1,6 +1,7 @@
 #include "host/transform/inline_table.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "host/transcoder.h"
 
@@ -8,19 +9,13 @@ namespace svmscore::transform {
 namespace {
 
 using Wide = std::basic_string<XMLCh>;
+using WideView = std::basic_string_view<XMLCh>;
 
-struct Column {
-  Wide name;
-  Wide local;
-  bool found = false;
-};
-
-Column MakeColumn(const std::string& name) {
-  Wide wide = ToUtf16(name);
-  const std::size_t colon = wide.rfind(u':');
-  Wide local = colon == Wide::npos ? wide : wide.substr(colon + 1);
-  return {std::move(wide), std::move(local), false};
-}
+// What a cell costs whoever keeps it, beside its text.
+constexpr std::size_t kCellCost = 32;
+// Cells may be taken so much more often than once, on the whole, and so much more in any table.
+constexpr std::size_t kMostShares = 4;
+constexpr std::size_t kFreeShares = std::size_t{1} << 22;
 
 std::string CellText(const Element* cell) {
   std::string text = ElementText(cell);
@@ -31,42 +26,123 @@ std::string CellText(const Element* cell) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
-// The cell of a column: by its whole name first, then by the part after the prefix.
-const Element* FindCell(const Element* row, const Column& column) {
-  const Element* by_local_name = nullptr;
-  for (const Element* cell = FirstChild(row); cell != nullptr; cell = NextSibling(cell)) {
-    if (column.name == cell->getTagName()) return cell;
-    const XMLCh* local = cell->getLocalName();
-    if (by_local_name == nullptr && local != nullptr && column.local == local) {
-      by_local_name = cell;
+// Finds the cells of one row after another.
+class RowReader {
+ public:
+  explicit RowReader(const std::vector<std::string>& columns)
+      : columns_(columns.size()), found_(columns.size()) {
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+      const Wide name = ToUtf16(columns[i]);
+      const std::size_t colon = name.rfind(u':');
+      wholes_[name].columns.push_back(i);
+      locals_[colon == Wide::npos ? name : name.substr(colon + 1)].columns.push_back(i);
     }
   }
-  return by_local_name;
-}
+
+  // Valid until the next row.
+  Cells Read(const Element* row) {
+    ++row_;
+    texts_.clear();
+    taken_.clear();
+    for (const Element* cell = FirstChild(row); cell != nullptr; cell = NextSibling(cell)) {
+      std::optional<std::size_t> text;
+      Offer(wholes_, cell->getTagName(), cell, text, true);
+      if (cell->getLocalName() != nullptr) {
+        Offer(locals_, cell->getLocalName(), cell, text, false);
+      }
+    }
+    Count(row);
+    std::sort(taken_.begin(), taken_.end());
+    cells_.clear();
+    for (const std::size_t column : taken_) {
+      cells_.push_back({column, texts_[columns_[column].text]});
+      found_[column] = true;
+    }
+    return cells_;
+  }
+
+  // Whether any row had a cell of the column.
+  bool Found(std::size_t column) const { return found_[column]; }
+
+ private:
+  // The columns of one name.
+  struct Named {
+    std::vector<std::size_t> columns;
+    std::size_t row = 0;  // the last one that has a cell of the name
+  };
+  struct Column {
+    std::size_t row = 0;  // the last one that has a cell of the column
+    std::size_t text = 0;
+  };
+  struct Hash {
+    using is_transparent = void;
+    std::size_t operator()(WideView text) const { return std::hash<WideView>()(text); }
+  };
+  using Names = std::unordered_map<Wide, Named, Hash, std::equal_to<>>;
+
+  // Gives the cell to the columns of its name, unless the row had one of that name. The whole name
+  // comes before the part after the prefix.
+  void Offer(Names& names, const XMLCh* name, const Element* cell, std::optional<std::size_t>& text,
+             bool whole) {
+    const auto found = names.find(WideView(name));
+    if (found == names.end() || found->second.row == row_) return;
+    found->second.row = row_;
+    for (const std::size_t i : found->second.columns) {
+      Column& column = columns_[i];
+      if (column.row == row_ && !whole) continue;
+      if (column.row != row_) taken_.push_back(i);
+      if (!text) {
+        text = texts_.size();
+        texts_.push_back(CellText(cell));
+      }
+      column = {row_, *text};
+    }
+  }
+
+  // Many columns of one cell would make much of a small document.
+  void Count(const Element* row) {
+    for (const std::string& text : texts_) once_ += kCellCost + text.size();
+    for (const std::size_t column : taken_) {
+      all_ += kCellCost + texts_[columns_[column].text].size();
+    }
+    if (all_ > (1 + kMostShares) * once_ + kFreeShares) {
+      Refuse(row, "too many columns take the same cells");
+    }
+  }
+
+  Names wholes_;
+  Names locals_;
+  std::size_t row_ = 0;  // from 1
+  std::vector<Column> columns_;
+  std::vector<std::size_t> taken_;  // the columns that the row has
+  std::vector<std::string> texts_;  // of the row, each cell once
+  std::vector<Cell> cells_;
+  std::vector<bool> found_;
+  std::size_t once_ = 0;  // the cost of the cells that are taken
+  std::size_t all_ = 0;   // the same, each as often as it is taken
+};
 
 }  // namespace
 
+std::optional<std::string_view> TextOf(Cells cells, std::size_t column) {
+  const auto found =
+      std::lower_bound(cells.begin(), cells.end(), column,
+                       [](const Cell& cell, std::size_t sought) { return cell.column < sought; });
+  if (found == cells.end() || found->column != column) return std::nullopt;
+  return found->text;
+}
+
 void ForEachRow(const Element* table, const std::vector<std::string>& columns, std::size_t required,
                 const RowVisitor& visit) {
-  std::vector<Column> wanted;
-  wanted.reserve(columns.size());
-  for (const std::string& name : columns) wanted.push_back(MakeColumn(name));
-  std::vector<std::optional<std::string>> cells(columns.size());
+  RowReader reader(columns);
   bool empty = true;
   for (const Element* row = FirstChild(table); row != nullptr; row = NextSibling(row)) {
     if (!IsNamed(row, "row")) RefuseKind(row);
     empty = false;
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-      const Element* cell = FindCell(row, wanted[i]);
-      cells[i].reset();
-      if (cell == nullptr) continue;
-      cells[i] = CellText(cell);
-      wanted[i].found = true;
-    }
-    visit(row, cells);
+    visit(row, reader.Read(row));
   }
   for (std::size_t i = 0; i < required && !empty; ++i) {
-    if (!wanted[i].found) Refuse(table, "no row has the column " + columns[i]);
+    if (!reader.Found(i)) Refuse(table, "no row has the column " + columns[i]);
   }
 }
 

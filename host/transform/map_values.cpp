@@ -1,5 +1,6 @@
 // MapValues: a row of a table is found by the values of one or several fields, and one of its cells
 // is the result.
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -33,7 +34,8 @@ class MapValues : public Expression {
   bool AddRow(Cells keys, const Value& output) {
     row_.clear();
     for (std::size_t i = 0; i < keys_.size(); ++i) {
-      const int id = keys[i] ? keys_[i].column.Add(*keys[i]) : -1;
+      const bool given = i < keys.size() && keys[i].column == i;
+      const int id = given ? keys_[i].column.Add(keys[i].text) : -1;
       if (id < 0) return true;
       row_.push_back(id);
     }
@@ -75,7 +77,7 @@ class Results {
         pool_(pool) {}
 
   Value Read(const Element* at, const std::string& what,
-             const std::optional<std::string>& text) const {
+             std::optional<std::string_view> text) const {
     return text ? context_.Fixed(at, what, *text, type_, pool_) : Value::Missing();
   }
 
@@ -90,25 +92,35 @@ struct Columns {
   std::vector<std::optional<FieldType>> fields;  // the types of the keys' fields
 };
 
+std::string ListOf(Cells keys) {
+  constexpr std::size_t kShown = 10;
+  std::string list;
+  for (const Cell& key : keys.first(std::min(keys.size(), kShown))) {
+    list += (list.empty() ? "" : ", ") + std::string(key.text);
+  }
+  if (keys.size() > kShown) list += " and " + std::to_string(keys.size() - kShown) + " more";
+  return list;
+}
+
 void AddRows(const Element* table, const Columns& columns, const Results& results, MapValues& map) {
-  const std::size_t keys = columns.fields.size();
-  const std::string& output = columns.names.back();
+  const std::size_t output = columns.fields.size();
+  std::vector<std::string> what;
+  for (const std::string& name : columns.names) what.push_back("the cell " + name);
   bool told = false;
   ForEachRow(table, columns.names, columns.names.size(), [&](const Element* row, Cells cells) {
-    for (std::size_t i = 0; i < keys; ++i) {
-      if (cells[i]) CheckMoment(row, "the cell " + columns.names[i], *cells[i], columns.fields[i]);
+    const auto result = TextOf(cells, output);
+    const Cells keys = cells.first(cells.size() - (result ? 1 : 0));
+    for (const Cell& key : keys) {
+      CheckMoment(row, what[key.column], key.text, columns.fields[key.column]);
     }
-    if (!map.AddRow(cells.first(keys), results.Read(row, "the cell " + output, cells[keys]))) {
-      std::string key;
-      for (const auto& cell : cells.first(keys)) {
-        key += (key.empty() ? "" : ", ") + cell.value_or("");
-      }
-      Refuse(row, "there are two rows of the key " + key);
+    if (!map.AddRow(keys, results.Read(row, what[output], result))) {
+      Refuse(row, "there are two rows of the key " + ListOf(keys));
     }
-    if (cells[keys] || told) return;
+    if (result || told) return;
     told = true;
     MCZandor_850::ScoringLog::GetInstance().TraceText(
-        1, "A row of MapValues has no cell %s: its result is missing", output.c_str());
+        1, "A row of MapValues has no cell %s: its result is missing",
+        columns.names.back().c_str());
   });
 }
 

@@ -27,7 +27,7 @@ std::string Quote(const std::string& text) {
   return quoted;
 }
 
-bool IsTrue(const std::optional<std::string>& cell) {
+bool IsTrue(const std::optional<std::string_view>& cell) {
   return cell == "true" || cell == "1";
 }
 
@@ -41,8 +41,10 @@ TextNormalisation::TextNormalisation(const Element* element, const WordRules& in
                                             Attribute(element, "outField").value_or("stem"),
                                             Attribute(element, "regexField").value_or("regex")};
   ForEachRow(table, columns, 2, [this](const Element* row, Cells cells) {
-    if (!cells[0] || cells[0]->empty()) Refuse(row, "there is no text to replace");
-    AddRow(row, *cells[0], cells[1].value_or(""), IsTrue(cells[2]));
+    const auto in = TextOf(cells, 0);
+    if (!in || in->empty()) Refuse(row, "there is no text to replace");
+    AddRow(row, std::string(*in), std::string(TextOf(cells, 1).value_or("")),
+           IsTrue(TextOf(cells, 2)));
   });
 }
 

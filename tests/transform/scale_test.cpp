@@ -5,6 +5,7 @@
 #include <ctime>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "host/transform/program.h"
@@ -64,6 +65,50 @@ TEST(Scale, LooksUpTablesByHash) {
   Scratch scratch(program);
   for (int i = 0; i < 200000; ++i) program.Evaluate(*record, scratch);
   EXPECT_LT(Seconds() - start, 20.0);
+}
+
+// A row for each of 20000 key columns, and one cell in each row.
+TEST(Scale, ReadsTablesByTheCellsThatAreThere) {
+  std::string pairs;
+  std::string rows;
+  for (int i = 0; i < 20000; ++i) {
+    const std::string column = "c" + std::to_string(i);
+    pairs += "<FieldColumnPair field='x' column='" + column + "'/>";
+    rows += "<row><" + column + ">1</" + column + "><o>1</o></row>";
+  }
+  const double start = Seconds();
+  const Loaded loaded(
+      Document(DataField("x", "integer"),
+               DerivedField("d", "double",
+                            "<MapValues outputColumn='o'>" + pairs + "<InlineTable>" + rows +
+                                "</InlineTable></MapValues>")));
+  EXPECT_EQ(loaded.DeriveEach("1"), "missing");
+  EXPECT_LT(Seconds() - start, 10.0);  // a search of each row for each column takes half a minute
+}
+
+// Small tables would become large ones.
+TEST(Scale, RefusesCellsThatManyColumnsTake) {
+  const auto refusal = [](int columns, bool prefixed, std::size_t size) {
+    std::string pairs;
+    for (int i = 0; i < columns; ++i) {
+      const std::string prefix = prefixed ? "p" + std::to_string(i) + ":" : "";
+      pairs += "<FieldColumnPair field='x' column='" + prefix + "i'/>";
+    }
+    std::vector<std::string> rows;
+    for (int i = 0; i < 100; ++i) rows.push_back(std::to_string(i) + std::string(size, 'x') + ";1");
+    return Refusal(
+        Document(DataField("x", "string"), DerivedField("d", "double",
+                                                        "<MapValues outputColumn='o'>" + pairs +
+                                                            Table("i;o", rows) + "</MapValues>")));
+  };
+  EXPECT_EQ(refusal(4, false, 20000), "");
+  EXPECT_EQ(refusal(400, true, 10), "");
+  for (const auto& [columns, prefixed, size] :
+       {std::tuple{4000, false, 0}, {4000, true, 0}, {400, false, 2000}}) {
+    EXPECT_EQ(refusal(columns, prefixed, static_cast<std::size_t>(size)).substr(0, 78),
+              "260313 at element row, line 5: too many columns take the same cells in element")
+        << columns;
+  }
 }
 
 TEST(Scale, AllocatesNothingForNumbers) {
