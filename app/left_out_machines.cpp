@@ -1,5 +1,7 @@
 // Machines: terms that are lost, values that are defaults, and extensions that do not count.
 #include <algorithm>
+#include <string>
+#include <unordered_set>
 
 #include <fmt/format.h>
 
@@ -14,6 +16,8 @@ using output::IsCompleteExtension;
 using output::MachineExtension;
 using output::Percentages;
 using output::Scheme;
+
+using Names = std::unordered_set<std::string>;
 
 void CheckTerms(const Inspected& inspected, const Element* machine, FindingList& findings) {
   const MachineTerms terms = TermsOf(machine, inspected.vectors);
@@ -48,7 +52,8 @@ void CheckTerms(const Inspected& inspected, const Element* machine, FindingList&
   }
 }
 
-void CheckAttributes(const Inspected& inspected, const Element* machine, FindingList& findings) {
+void CheckAttributes(const Inspected& inspected, const Names& categories, const Element* machine,
+                     FindingList& findings) {
   const auto threshold = FindAttribute(machine, "threshold");
   if (threshold && !ParseNumber(*threshold)) {
     findings.Add(
@@ -66,8 +71,7 @@ void CheckAttributes(const Inspected& inspected, const Element* machine, Finding
   if (!inspected.classification) return;
   for (const char* name : {"targetCategory", "alternateTargetCategory"}) {
     const std::string text = AttributeText(machine, name);
-    const auto& known = inspected.categories;
-    if (text.empty() || std::find(known.begin(), known.end(), text) != known.end()) continue;
+    if (text.empty() || categories.contains(text)) continue;
     findings.Add("unknown-category", machine,
                  fmt::format("{} \"{}\" is no category of the target: a vote for it counts for "
                              "nothing",
@@ -94,7 +98,8 @@ void CheckCounts(const Inspected& inspected, const Element* machine, FindingList
 }
 
 // Returns true for a machine whose extension counts.
-bool CheckExtension(const Inspected& inspected, const Element* machine, FindingList& findings) {
+bool CheckExtension(const Inspected& inspected, const Names& categories, const Element* machine,
+                    FindingList& findings) {
   const Element* extension = MachineExtension(machine);
   const std::vector<const Element*> all = ChildElements(machine, "Extension");
   for (std::size_t i = 1; i < all.size(); ++i) {
@@ -113,10 +118,9 @@ bool CheckExtension(const Inspected& inspected, const Element* machine, FindingL
   }
   const Element* pair = FindChild(extension, "ResponseCategory");
   for (const char* name : {"response", "nonResponse"}) {
-    const auto& known = inspected.categories;
     if (!inspected.classification) break;
     const std::string text = AttributeText(pair, name);
-    if (std::find(known.begin(), known.end(), text) != known.end()) continue;
+    if (categories.contains(text)) continue;
     findings.Add("unknown-category", pair,
                  fmt::format("{} \"{}\" is no category of the target: it can never be predicted",
                              name, text));
@@ -149,9 +153,8 @@ void CheckPairs(const Inspected& inspected, const std::vector<const Element*>& m
   const Scheme scheme = output::SchemeOf(inspected.model, categories.size());
   if (categories.size() < 3 || scheme.percentages != Percentages::kProbabilities) return;
   std::size_t m = 0;
-  for (std::size_t i = 0; i < categories.size(); ++i) {
-    for (std::size_t j = i + 1; j < categories.size(); ++j, ++m) {
-      if (m >= machines.size()) continue;
+  for (std::size_t i = 0; i < categories.size() && m < machines.size(); ++i) {
+    for (std::size_t j = i + 1; j < categories.size() && m < machines.size(); ++j, ++m) {
       const Element* pair = FindChild(MachineExtension(machines[m]), "ResponseCategory");
       const std::string response = AttributeText(pair, "response");
       const std::string non_response = AttributeText(pair, "nonResponse");
@@ -163,11 +166,12 @@ void CheckPairs(const Inspected& inspected, const std::vector<const Element*>& m
                                response, non_response, categories[i], categories[j]));
     }
   }
-  if (machines.size() == m) return;
+  const std::size_t pairs = categories.size() * (categories.size() - 1) / 2;
+  if (machines.size() == pairs) return;
   findings.Add("machine-count", inspected.model,
                fmt::format("it has {} machines for the {} pairs of its categories: the "
                            "probabilities are not those of its machines",
-                           machines.size(), m));
+                           machines.size(), pairs));
 }
 
 void CheckMethod(const Inspected& inspected, const std::vector<const Element*>& machines,
@@ -205,12 +209,13 @@ void CheckMethod(const Inspected& inspected, const std::vector<const Element*>& 
 void CheckMachines(const Inspected& inspected, FindingList& findings) {
   const std::vector<const Element*> machines =
       ChildElements(inspected.model, "SupportVectorMachine");
+  const Names categories(inspected.categories.begin(), inspected.categories.end());
   std::size_t extended = 0;
   for (const Element* machine : machines) {
-    CheckAttributes(inspected, machine, findings);
+    CheckAttributes(inspected, categories, machine, findings);
     CheckCounts(inspected, machine, findings);
     CheckTerms(inspected, machine, findings);
-    if (CheckExtension(inspected, machine, findings)) ++extended;
+    if (CheckExtension(inspected, categories, machine, findings)) ++extended;
   }
   if (!inspected.classification) return;
   CheckMethod(inspected, machines, extended, findings);

@@ -84,9 +84,30 @@ double SVMTranslator::GetCoefficientAtt(xercesc::DOMElement* coefficient, DOMEle
   return NumberOr(0.0, coefficient, util, tags::XML_ATT_VALUE, true);
 }
 
+SVMTranslator::CategoryIndex::CategoryIndex(SVMTranslator* translator,
+                                            const std::vector<const ScoreValue*>& categories)
+    : translator_(translator), categories_(&categories) {
+  for (std::size_t i = 0; i < categories.size(); ++i) {
+    if (categories[i] != nullptr) positions_.emplace(categories[i]->GetText(), static_cast<int>(i));
+  }
+  translator_->category_index_ = this;
+}
+
+SVMTranslator::CategoryIndex::~CategoryIndex() {
+  translator_->category_index_ = nullptr;
+}
+
+int SVMTranslator::CategoryIndex::PositionOf(const std::string& text) const {
+  const auto found = positions_.find(text);
+  return found == positions_.end() ? static_cast<int>(categories_->size()) : found->second;
+}
+
 int SVMTranslator::GetIndexOfTargetCate(const std::vector<const ScoreValue*>& categories,
                                         const std::string& text) const {
   if (categories.empty() || text.empty()) return 0;
+  if (category_index_ != nullptr && category_index_->Categories() == &categories) {
+    return category_index_->PositionOf(text);
+  }
   for (std::size_t i = 0; i < categories.size(); ++i) {
     if (categories[i] != nullptr && categories[i]->GetText() == text) return static_cast<int>(i);
   }

@@ -74,6 +74,7 @@ void SVMTranslator::ParseSupportVectorMachine(unsigned long machines,
   const bool target_required = IsRequireOfTagCate(data);
   const bool alternate_required = IsRequireOfAlternateTagCate(data);
   const std::vector<const ScoreValue*>& categories = model->GetTargetCategories();
+  const CategoryIndex index(this, categories);
   xercesc::DOMNodeList* list = GetElementsByTagName(model_element, tags::XML_ELE_SVM_SVM);
   // The model goes by what its last machine says.
   bool has_extension = false;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "host/dom_elem_utility.h"
@@ -135,6 +136,24 @@ class SVMTranslator : public PMMLTranslator {
   // empty list or text.
   int GetIndexOfTargetCate(const std::vector<const ScoreValue*>& categories,
                            const std::string& text) const;
+  // Until this object goes, a look-up of one of these categories takes constant time. One at a
+  // time.
+  class CategoryIndex {
+   public:
+    CategoryIndex(SVMTranslator* translator, const std::vector<const ScoreValue*>& categories);
+    ~CategoryIndex();
+    CategoryIndex(const CategoryIndex&) = delete;
+    CategoryIndex& operator=(const CategoryIndex&) = delete;
+
+    const std::vector<const ScoreValue*>* Categories() const { return categories_; }
+    // That of the first category with the text, or the number of categories.
+    int PositionOf(const std::string& text) const;
+
+   private:
+    SVMTranslator* translator_;
+    const std::vector<const ScoreValue*>* categories_;
+    std::unordered_map<std::string, int> positions_;
+  };
 
   // extension.cpp: what the producer's extension adds to a machine.
   // Null unless the machine's first Extension is the vendor's.
@@ -160,6 +179,7 @@ class SVMTranslator : public PMMLTranslator {
  private:
   // Of the last document that had one. Kept alive by the base, whatever becomes of the model.
   ScoreDictionary* data_dictionary_ = nullptr;
+  const CategoryIndex* category_index_ = nullptr;  // while machines are read
   // Of the vectors that were read since the vector dictionary began.
   std::uint64_t entries_ = 0;
   std::uint64_t implied_entries_ = 0;
