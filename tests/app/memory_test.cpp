@@ -1,5 +1,8 @@
-// A large input goes through in little memory.
+// Large inputs go through in little memory, and large documents in a time that they are worth.
+#include <algorithm>
 #include <string>
+
+#include <sys/resource.h>
 
 #include <gtest/gtest.h>
 
@@ -32,6 +35,95 @@ TEST(Memory, StaysBelowTwoHundredMegabytesForOutputsOfAnySize) {
                            " --threads 8 | wc -l");
   EXPECT_EQ(ran.out, "40001\n") << ran.err;
   EXPECT_LT(ran.peak_kib, 200L << 10U);
+}
+
+// 1500 fields and 6000 records of one or two cells; and a field whose name is half a megabyte.
+TEST(Memory, StaysBelowTwoHundredMegabytesForRecordsThatAreMostlyEmpty) {
+  const TemporaryFolder folder;
+  std::string outputs;
+  std::string fields = "<VerificationField field='x'/>";
+  for (int i = 0; i < 1500; ++i) {
+    const std::string name = "o" + std::to_string(i);
+    const std::string whole = i == 0 ? std::string(500000, 'o') : name;
+    outputs += "<OutputField name='" + whole + "' feature='predictedValue'/>";
+    fields += "<VerificationField field='" + whole + "' column='" + name + "'/>";
+  }
+  std::string records;
+  for (int i = 0; i < 6000; ++i) {
+    const std::string column = "o" + std::to_string(i < 3000 ? i % 1500 : 0);
+    records += "<row><x>1</x><" + column + ">2</" + column + "></row>";
+  }
+  const std::string model = EditedFile(
+      folder, Data("line.pmml"),
+      {"</MiningSchema>", "</MiningSchema><Output>" + outputs + "</Output>",
+       "</SupportVectorMachine>\n",
+       "</SupportVectorMachine><ModelVerification><VerificationFields>" + fields +
+           "</VerificationFields><InlineTable>" + records + "</InlineTable></ModelVerification>"});
+  const Ran verified = RunProgram({"verify", model});
+  EXPECT_EQ(std::count(verified.out.begin(), verified.out.end(), '\n'), 6001) << verified.err;
+  EXPECT_EQ(verified.out.substr(verified.out.rfind('\n', verified.out.size() - 2)),
+            "\n6000 cells compared, 6000 disagree\n");
+  EXPECT_EQ(verified.out.substr(0, 16), "record 1: oooooo");
+  const Ran examined = RunProgram({"doctor", model});
+  EXPECT_EQ(examined.status, 1) << examined.err;
+  for (const Ran* ran : {&verified, &examined}) EXPECT_LT(ran->peak_kib, 200L << 10U);
+}
+
+// 3000 fields that pass on what another one can be, which is 3000 values.
+TEST(Memory, StaysBelowTwoHundredMegabytesForFieldsOfManyValues) {
+  const TemporaryFolder folder;
+  std::string values;
+  std::string fields;
+  for (int i = 0; i < 3000; ++i) {
+    const std::string name = "d" + std::to_string(i);
+    values += "<Value value='" + name + "'/>";
+    fields += "<DerivedField name='" + name +
+              "' optype='categorical' dataType='string'><FieldRef field='c' mapMissingTo='none'/>"
+              "</DerivedField><DerivedField name='n" +
+              name + "' optype='continuous' dataType='double'><NormDiscrete field='" + name +
+              "' value='D7'/></DerivedField>";
+  }
+  const std::string model =
+      EditedFile(folder, Data("line.pmml"),
+                 {"numberOfFields='2'", "", "</DataDictionary>",
+                  "<DataField name='c' optype='categorical' dataType='string'>" + values +
+                      "</DataField></DataDictionary>",
+                  "<MiningField name='x'/>", "<MiningField name='x'/><MiningField name='c'/>",
+                  "</MiningSchema>",
+                  "</MiningSchema><LocalTransformations>" + fields + "</LocalTransformations>"});
+  const Ran ran = RunProgram({"doctor", model});
+  EXPECT_NE(ran.out.find("\"D7\" is no category of \"d0\", \"d7\" is"), std::string::npos)
+      << ran.err;
+  EXPECT_LT(ran.peak_kib, 200L << 10U);
+}
+
+// As many machines as categories: searching the ones for each of the others takes half a minute.
+TEST(Time, OfDoctorIsNotThatOfCategoriesTimesMachines) {
+  const TemporaryFolder folder;
+  std::string categories;
+  std::string machines;
+  for (int i = 0; i < 40000; ++i) {
+    const std::string name = "c" + std::to_string(i);
+    categories += "<Value value='" + name + "'/>";
+    machines += "<SupportVectorMachine targetCategory='" + name +
+                "'><SupportVectors><SupportVector vectorId='v'/></SupportVectors><Coefficients>"
+                "<Coefficient value='1'/></Coefficients></SupportVectorMachine>";
+  }
+  const std::string model =
+      EditedFile(folder, Data("line.pmml"),
+                 {"*<SupportVectorMachine>[^]*</SupportVectorMachine>", machines,
+                  "name='y' optype='continuous' dataType='double'/>",
+                  "name='y' optype='categorical' dataType='string'>" + categories + "</DataField>",
+                  "'regression'", "'classification' classificationMethod='OneAgainstAll'"});
+  const auto seconds = [] {
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec);
+  };
+  const double start = seconds();
+  const Ran ran = RunProgram({"doctor", model});
+  EXPECT_LT(seconds() - start, 10.0);
+  EXPECT_NE(ran.out.find("no-absolute-value"), std::string::npos) << ran.err;
 }
 
 }  // namespace
