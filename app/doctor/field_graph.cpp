@@ -185,7 +185,7 @@ FieldGraph::Values FieldGraph::Computed(const Element* derived, int depth) const
   const Element* expression = ExpressionOf(derived);
   if (expression == nullptr) return nullptr;
   if (svmscore::NameOf(expression) == "FieldRef") {
-    const Values source = ValuesAt(AttributeText(expression, "field"), depth + 1);
+    Values source = ValuesAt(AttributeText(expression, "field"), depth + 1);
     // Text that becomes a number, or a number that becomes text, may change its spelling.
     if (source == nullptr || source->IsNumeric() != IsNumeric(derived)) return nullptr;
     if (!FindAttribute(expression, "mapMissingTo")) return source;
