@@ -20,8 +20,6 @@ namespace {
 constexpr std::size_t kChunkCells = std::size_t{64} * 1024;
 constexpr std::size_t kLeastRows = 32;
 constexpr std::size_t kMostRows = 512;
-// The rows of a chunk that follows one whose output grew long.
-constexpr std::size_t kFewRows = 4;
 
 // The status of a case that the model is not asked about, logged as the model would.
 long RefuseInvalid() {
@@ -79,9 +77,10 @@ void CaseScorer::FixPositions() {
 
 void CaseScorer::Score(CaseBlock& block) {
   block.error.reset();
-  block.read_on.clear();
-  block.reader.emplace(block.rows.text.data(), block.rows.text.size(), block.rows.first_line,
-                       plan_.limits);
+  rows_.clear();
+  written_ = 0;
+  reader_.emplace(block.rows.text.data(), block.rows.text.size(), block.rows.first_line,
+                  plan_.limits);
   GoOn(block);
 }
 
@@ -90,22 +89,24 @@ void CaseScorer::GoOn(CaseBlock& block) {
   block.tally = {};
   block.done = false;
   while (!block.done && block.out.size() < plan_.long_output) {
-    rows_.clear();
-    cells_.clear();
-    if (batch_ != nullptr) batch_->Clear();
-    if (!block.read_on.empty()) {
-      TakeChunk(block);
-    } else {
-      try {
-        if (!ReadChunk(*block.reader)) block.reader.reset();
-      } catch (const CsvError& error) {
-        block.error = error;
-        block.reader.reset();
-      }
-    }
+    if (written_ == rows_.size()) ScoreChunk(block);
     WriteChunk(block);
-    block.done = !block.reader && block.read_on.empty();
+    block.done = !reader_ && written_ == rows_.size();
   }
+}
+
+void CaseScorer::ScoreChunk(CaseBlock& block) {
+  rows_.clear();
+  cells_.clear();
+  written_ = 0;
+  if (batch_ != nullptr) batch_->Clear();
+  try {
+    if (!ReadChunk(*reader_)) reader_.reset();
+  } catch (const CsvError& error) {
+    block.error = error;
+    reader_.reset();
+  }
+  if (batch_ != nullptr) batch_->Score();
 }
 
 bool CaseScorer::ReadChunk(CsvRows& rows) {
@@ -119,26 +120,16 @@ bool CaseScorer::ReadChunk(CsvRows& rows) {
                                        : fmt::format("a row of {}", row_cells_.size()),
                                  plan_.columns.width));
     }
-    AddRow(row_cells_.data());
+    ReadRow();
   }
   return true;
 }
 
-// Long rows of output are scored in small chunks, for what follows the first long one is scored
-// anew.
-void CaseScorer::TakeChunk(CaseBlock& block) {
-  const std::size_t width = plan_.columns.width;
-  const std::size_t rows = std::min(block.read_on.size() / width, kFewRows);
-  for (std::size_t r = 0; r < rows; ++r) AddRow(block.read_on.data() + r * width);
-  const auto first = block.read_on.begin();
-  block.read_on.erase(first, first + static_cast<std::ptrdiff_t>(rows * width));
-}
-
-void CaseScorer::AddRow(const std::string_view* cells) {
-  cells_.insert(cells_.end(), cells, cells + plan_.columns.width);
+void CaseScorer::ReadRow() {
+  cells_.insert(cells_.end(), row_cells_.begin(), row_cells_.end());
   Row row;
   if (batch_ != nullptr) {
-    SetCells(cells);
+    SetCells(row_cells_.data());
     row.place = batch_->Size();
     row.status = record_.HasInvalid() ? RefuseInvalid() : batch_->Add(record_).GetErrorCode();
   }
@@ -146,12 +137,12 @@ void CaseScorer::AddRow(const std::string_view* cells) {
 }
 
 void CaseScorer::WriteChunk(CaseBlock& block) {
-  if (batch_ != nullptr) batch_->Score();
   const RowFormat& format = *plan_.format;
   CellWriter cell(format, block.out);
   const bool sets_record =
       batch_ == nullptr || (plan_.computes_output && plan_.output->ReadsCases());
-  for (std::size_t r = 0; r < rows_.size(); ++r) {
+  while (written_ < rows_.size() && block.out.size() < plan_.long_output) {
+    const std::size_t r = written_++;
     const std::string_view* cells = CellsOf(r);
     if (sets_record) SetCells(cells);
     output::Outcome outcome = OutcomeOf(rows_[r]);
@@ -170,10 +161,6 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
       plan_.results[i]->Write(scored, cell);
     }
     format.EndRow(block.out);
-    if (block.out.size() >= plan_.long_output) {
-      block.read_on.insert(block.read_on.begin(), CellsOf(r + 1), CellsOf(rows_.size()));
-      return;
-    }
   }
 }
 

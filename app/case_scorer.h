@@ -56,9 +56,6 @@ struct CaseBlock {
   std::optional<CsvError> error;  // what is wrong with the row after the last one
   std::uint64_t bytes_read = 0;   // of the input, up to this block or a little further
   bool done = true;               // `out` ends with the last row
-
-  std::optional<CsvRows> reader;          // where reading stands
-  std::vector<std::string_view> read_on;  // [rows][width]: read already, not scored yet
 };
 
 // Used by one thread. Takes the rows of a block in chunks: reads a chunk, lets the model score it
@@ -71,7 +68,8 @@ class CaseScorer {
   CaseScorer& operator=(const CaseScorer&) = delete;
 
   // Scores the rows of the block up to the first broken one, or until `out` is long: then `done` is
-  // false, and once `out` is written, GoOn scores further, by any scorer of the plan.
+  // false, and once `out` is written, GoOn of the same scorer, on any thread, goes on with a new
+  // one.
   void Score(CaseBlock& block);
   void GoOn(CaseBlock& block);
   // Shows the model a case without values: it fixes the positions of its variables in records on
@@ -85,11 +83,12 @@ class CaseScorer {
     std::size_t place = 0;
   };
 
+  // Makes the next rows the chunk, and lets the model score it.
+  void ScoreChunk(CaseBlock& block);
   // Reads rows until the chunk is full; false at the end of the rows.
   bool ReadChunk(CsvRows& rows);
-  // Takes rows that are read already.
-  void TakeChunk(CaseBlock& block);
-  void AddRow(const std::string_view* cells);
+  void ReadRow();
+  // Writes rows of the chunk until they end or `out` is long.
   void WriteChunk(CaseBlock& block);
   // The cells of a row of the chunk.
   const std::string_view* CellsOf(std::size_t row) const {
@@ -111,6 +110,8 @@ class CaseScorer {
   std::vector<std::string_view> row_cells_;
   std::vector<std::string_view> cells_;  // [rows][width]
   std::vector<Row> rows_;
+  std::size_t written_ = 0;        // rows of the chunk
+  std::optional<CsvRows> reader_;  // of the block at hand; nothing after its last row
 };
 
 }  // namespace svmscore::app

@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <exception>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -25,16 +27,21 @@ void KeepWithinBounds(std::string& buffer) {
   if (buffer.capacity() > kKeptBytes) std::string().swap(buffer);
 }
 
+struct BlockInWork : CaseBlock {
+  // The one that goes on with a block whose output grew long; its thread takes a new one then.
+  std::unique_ptr<CaseScorer> scorer;
+};
+
 // The blocks of a run. Blocks leave the pipeline in the order in which they entered it, and there
 // are never more inside than this holds: the next one is always free.
 class BlockRing {
  public:
   explicit BlockRing(std::size_t size) : blocks_(size) {}
   std::size_t Size() const { return blocks_.size(); }
-  CaseBlock& Next() { return blocks_[next_++ % blocks_.size()]; }
+  BlockInWork& Next() { return blocks_[next_++ % blocks_.size()]; }
 
  private:
-  std::vector<CaseBlock> blocks_;
+  std::vector<BlockInWork> blocks_;
   std::size_t next_ = 0;
 };
 
@@ -64,11 +71,11 @@ class Run {
  public:
   Run(const ScoringPlan& plan, RowBlocks& input, const std::string& input_name, OutputFile& output,
       Progress& progress, int threads)
-      : input_(input),
+      : plan_(plan),
+        input_(input),
         input_name_(input_name),
         output_(output),
         progress_(progress),
-        scorers_([&plan] { return std::make_unique<CaseScorer>(plan); }),
         ring_(static_cast<std::size_t>(threads) + kSpareBlocks) {}
 
   // What the threads have used is given up after their last turn.
@@ -79,24 +86,25 @@ class Run {
   Tally Score() {
     {
       const HandOver::Turn turn(hand_over_);
-      scorers_.local()->FixPositions();
+      ThreadsScorer()->FixPositions();
     }
-    const auto read = tbb::make_filter<void, CaseBlock*>(tbb::filter_mode::serial_in_order,
-                                                         [this](tbb::flow_control& flow) {
-                                                           const HandOver::Turn turn(hand_over_);
-                                                           return Read(flow);
-                                                         });
-    const auto score = tbb::make_filter<CaseBlock*, CaseBlock*>(
-        tbb::filter_mode::parallel, [this](CaseBlock* block) {
+    const auto read = tbb::make_filter<void, BlockInWork*>(tbb::filter_mode::serial_in_order,
+                                                           [this](tbb::flow_control& flow) {
+                                                             const HandOver::Turn turn(hand_over_);
+                                                             return Read(flow);
+                                                           });
+    const auto score = tbb::make_filter<BlockInWork*, BlockInWork*>(
+        tbb::filter_mode::parallel, [this](BlockInWork* block) {
           const HandOver::Turn turn(hand_over_);
-          scorers_.local()->Score(*block);
+          ThreadsScorer()->Score(*block);
+          if (!block->done) block->scorer = std::move(scorers_.local());
           return block;
         });
-    const auto write = tbb::make_filter<CaseBlock*, void>(tbb::filter_mode::serial_in_order,
-                                                          [this](CaseBlock* block) {
-                                                            const HandOver::Turn turn(hand_over_);
-                                                            Write(*block);
-                                                          });
+    const auto write = tbb::make_filter<BlockInWork*, void>(tbb::filter_mode::serial_in_order,
+                                                            [this](BlockInWork* block) {
+                                                              const HandOver::Turn turn(hand_over_);
+                                                              Write(*block);
+                                                            });
     tbb::parallel_pipeline(ring_.Size(), read & score & write);
     const HandOver::Turn turn(hand_over_);
     if (read_failure_) std::rethrow_exception(read_failure_);
@@ -109,8 +117,8 @@ class Run {
 
   // A failure is kept until the blocks before it are written: what a run writes does not depend on
   // the number of threads.
-  CaseBlock* Read(tbb::flow_control& flow) {
-    CaseBlock& block = ring_.Next();
+  BlockInWork* Read(tbb::flow_control& flow) {
+    BlockInWork& block = ring_.Next();
     try {
       if (!input_.Next(block.rows)) {
         flow.stop();
@@ -129,18 +137,24 @@ class Run {
     return &block;
   }
 
-  void Write(CaseBlock& block) {
+  void Write(BlockInWork& block) {
     WriteOut(block);
     if (!block.done) input_.ShrinkBlocks();
-    // What the block's turn in the other threads was too short for; memory stays bounded this way.
     while (!block.done) {
-      scorers_.local()->GoOn(block);
+      block.scorer->GoOn(block);
       WriteOut(block);
     }
+    block.scorer.reset();
     if (block.error) throw BrokenRow(input_name_, *block.error);
     progress_.Show(total_.cases, block.bytes_read);
     KeepWithinBounds(block.rows.text);
     KeepWithinBounds(block.out);
+  }
+
+  std::unique_ptr<CaseScorer>& ThreadsScorer() {
+    std::unique_ptr<CaseScorer>& scorer = scorers_.local();
+    if (scorer == nullptr) scorer = std::make_unique<CaseScorer>(plan_);
+    return scorer;
   }
 
   void WriteOut(const CaseBlock& block) {
@@ -149,6 +163,7 @@ class Run {
     NoteCasesWritten(total_.cases);
   }
 
+  const ScoringPlan& plan_;
   RowBlocks& input_;
   const std::string& input_name_;
   OutputFile& output_;

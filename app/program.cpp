@@ -50,7 +50,9 @@ int Complain(ExitStatus status, const char* what) {
 // The option library says only that a command is lacking where it does not know one.
 std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = program.remaining();
-  if (!program.get_subcommands().empty() || unknown.empty()) return error.what();
+  if (!program.get_subcommands().empty() || unknown.empty() || unknown.front().starts_with('-')) {
+    return error.what();
+  }
   std::vector<std::string> names;
   for (const CLI::App* command : program.get_subcommands({})) names.push_back(command->get_name());
   return fmt::format("there is no command \"{}\"; the commands are {}", unknown.front(),

@@ -90,8 +90,8 @@ class CategoryChecks {
   // A field that a table is searched for, and what the table's column has for it.
   struct Key {
     std::string field;
-    const ValueSet& set;
-    ValueSet mapped;  // those of the set that have a result
+    FieldGraph::Values set;  // null: not known, or looked at already
+    ValueSet mapped;         // those of the set that have a result
     const Element* first_unlisted = nullptr;
     std::vector<std::string> unlisted;
   };
@@ -107,8 +107,9 @@ class CategoryChecks {
       const std::string field = AttributeText(pair, "field");
       const auto& set = ValuesOf(field);
       const std::string column = AttributeText(pair, "column");
-      if (!set || !pairs.emplace(field, column).second) continue;
-      keys.push_back({field, *set, ValueSet(set->IsNumeric()), nullptr, {}});
+      const bool is_new = pairs.emplace(field, column).second;
+      keys.push_back(
+          {field, is_new ? set : nullptr, ValueSet(set && set->IsNumeric()), nullptr, {}});
       columns.push_back(column);
     }
     columns.push_back(AttributeText(map_values, "outputColumn"));
@@ -118,7 +119,9 @@ class CategoryChecks {
       return;  // the document is refused for it
     }
     const bool has_default = FindAttribute(map_values, "defaultValue").has_value();
-    for (const Key& key : keys) Report(map_values, has_default, key);
+    for (const Key& key : keys) {
+      if (key.set != nullptr) Report(map_values, has_default, key);
+    }
   }
 
   static void ReadKeys(const Element* table, const std::vector<std::string>& columns,
@@ -128,8 +131,9 @@ class CategoryChecks {
       for (const transform::Cell& cell : cells) {
         if (cell.column == keys.size()) break;
         Key& key = keys[cell.column];
+        if (key.set == nullptr) continue;
         const std::string text(cell.text);
-        if (!key.set.Holds(text)) {
+        if (!key.set->Holds(text)) {
           if (key.unlisted.empty()) key.first_unlisted = row;
           key.unlisted.push_back(fmt::format("\"{}\"", text));
         } else if (has_result) {
@@ -144,9 +148,9 @@ class CategoryChecks {
       findings_.Add("unlisted-table-key", key.first_unlisted,
                     fmt::format("\"{}\" has no category {}", key.field, Listed(key.unlisted)));
     }
-    const std::size_t unmapped = key.set.Size() - key.mapped.Size();
+    const std::size_t unmapped = key.set->Size() - key.mapped.Size();
     if (has_default || unmapped == 0) return;
-    std::vector<std::string> names = key.set.Without(key.mapped, kMostListed);
+    std::vector<std::string> names = key.set->Without(key.mapped, kMostListed);
     for (std::string& name : names) name = fmt::format("\"{}\"", name);
     findings_.Add("unmapped-category", map_values,
                   fmt::format("the table gives nothing for {} of \"{}\", and has no default",

@@ -117,6 +117,12 @@ void OutputReader::ReadField(const Element* element) {
   CheckReach(element, field);
   if (expression != nullptr) {
     step.expression = transform::CompileExpression(expression, *this, definitions_, field.type);
+    computed_ += step.expression->Size();
+    if (computed_ > transform::kMostComputed) {
+      transform::Refuse(element, "the output fields up to this one come to more than " +
+                                     std::to_string(transform::kMostComputed) +
+                                     " expressions for a case");
+    }
   }
   if (field.type) {
     for (transform::Value& decision : step.decisions) {

@@ -50,6 +50,7 @@ class OutputReader : public transform::Scope {
   const Element* model_element_;
   OutputPlan& plan_;
   transform::Definitions definitions_;
+  std::int64_t computed_ = 0;  // expressions, for a case
   std::unordered_set<std::string> schema_;
   std::unordered_map<std::string, std::size_t> positions_;  // of all output fields
   std::vector<transform::Field> known_;  // the output fields read so far, for later ones

@@ -37,7 +37,8 @@ void CheckScan(const Limits& limits, const RawScan& scan) {
   if (scan.Found() == RawScan::Problem::kNone) return;
   SSException error(MCZandor_850::gErrorFormater);
   if (scan.Found() == RawScan::Problem::kNul) {
-    error.PutErrorMessage(code::kNotWellFormed, "a NUL character");
+    error.PutErrorMessage(code::kNotWellFormed,
+                          "a NUL character; is it XML in the encoding that it declares?");
   } else {
     error =
         BeyondLimit(limits, scan.Found() == RawScan::Problem::kAttributes ? &Limits::attributes

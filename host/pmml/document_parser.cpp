@@ -126,6 +126,7 @@ void DocumentParser::entityDecl(const xercesc::DTDEntityDecl& entity, const bool
   RawScan scan(limits_);
   scan.Read(entity.getValue(), entity.getValueLen());
   if (scan.Found() == RawScan::Problem::kAttributes) RefuseBeyond(&Limits::attributes);
+  if (scan.Found() == RawScan::Problem::kDeclarations) RefuseBeyond(&Limits::declarations);
   longest_entity_ = std::max<std::uint64_t>(longest_entity_, entity.getValueLen());
   XercesDOMParser::entityDecl(entity, is_parameter, is_ignored);
 }

@@ -100,14 +100,15 @@ void RawScan::Take(char32_t c) {
 // In a tag or a declaration, outside of quotation marks.
 void RawScan::TakeMarkup(char32_t c) {
   const bool declares = state_ == State::kDeclaration;
-  if (c == U'>') {
+  if (c == U'>' || (declares && c == U'[')) {
     state_ = State::kText;
   } else if (c == U'"' || c == U'\'') {
     around_ = state_;
     state_ = State::kValue;
     quote_ = c;
     if (!declares) CountAttribute();
-  } else if (declares && (c == U'|' || c == U',' || c == U'(') && ++listed_ > most_listed_) {
+  } else if (declares && lists_ && (c == U'|' || c == U',' || c == U'(') &&
+             ++listed_ > most_listed_) {
     problem_ = Problem::kDeclarations;
   }
 }
@@ -167,7 +168,8 @@ void RawScan::TakeOpened(char32_t c) {
   }
   beginning_[matched_++] = c < 0x80 ? static_cast<char>(c) : '?';
   const std::string_view seen(beginning_, matched_);
-  if (seen == kElement || seen == kAttributes) {
+  lists_ = seen == kElement || seen == kAttributes;
+  if (lists_) {
     state_ = State::kDeclaration;
     return;
   }
@@ -179,8 +181,9 @@ void RawScan::TakeOpened(char32_t c) {
     matched_ = 0;
     return;
   }
-  state_ =
-      State::kText;  // another declaration: it may hold tags in quotation marks, which are none yet
+  // Another declaration: what its quotation marks hold is no markup yet.
+  state_ = State::kDeclaration;
+  TakeMarkup(c);
 }
 
 }  // namespace svmscore

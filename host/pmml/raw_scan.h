@@ -28,7 +28,9 @@ class RawScan {
   enum class Problem { kNone, kAttributes, kDeclarations, kNul };
 
   explicit RawScan(const Limits& limits)
-      : most_attributes_(limits.attributes), most_listed_(10 * limits.declarations) {}
+      : most_attributes_(limits.attributes),
+        most_listed_(limits.declarations > UINT64_MAX / 10 ? UINT64_MAX
+                                                           : 10 * limits.declarations) {}
 
   // The next bytes of the document.
   void Read(const void* bytes, std::size_t size);
@@ -56,6 +58,7 @@ class RawScan {
   std::uint64_t most_listed_;
   std::uint64_t attributes_ = 0;  // of the tag at hand
   std::uint64_t listed_ = 0;      // in all declarations
+  bool lists_ = false;            // the declaration at hand is one that lists names
   std::uint64_t line_ = 1;
   Problem problem_ = Problem::kNone;
   State state_ = State::kText;

@@ -241,10 +241,6 @@ std::unique_ptr<Application> CompileCall(const Element* element, const Context& 
     Refuse(element, "a call of the function " + name + " comes to more than " +
                         std::to_string(kMostCalled) + " expressions");
   }
-  if (!context.definitions.Admit(*function)) {
-    Refuse(element, "the calls of functions up to this one come to more than " +
-                        std::to_string(kMostCalledInAll) + " expressions");
-  }
   const auto type = function->Type();
   auto call = std::make_unique<DefinedCall>(element, std::move(function), std::move(operands));
   if (type) call->CheckReplacements(element, *type);

@@ -259,11 +259,17 @@ std::unique_ptr<TransformationDictionary> Builder::Build() {
 
   std::vector<Program::Step> steps;
   std::vector<bool> read(inputs_.size(), false);
+  std::int64_t computed = 0;
   for (const int at : sequence) {
     const auto position = static_cast<std::size_t>(at);
     if (!needed[position]) continue;
     const Derived& derived = derived_[position];
     CheckInputs(derived);
+    computed += expressions_[position]->Size();
+    if (computed > kMostComputed) {
+      Refuse(derived.element, "the fields up to this one come to more than " +
+                                  std::to_string(kMostComputed) + " expressions for a case");
+    }
     for (const int index : derived.inputs) read[static_cast<std::size_t>(index)] = true;
     steps.push_back({at, derived.type, derived.name});
   }

@@ -2,7 +2,6 @@
 #ifndef HOST_TRANSFORM_DEFINITIONS_H_
 #define HOST_TRANSFORM_DEFINITIONS_H_
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <span>
@@ -59,11 +58,6 @@ class SVMSCORE_HOST_API Definitions {
   // through others, is refused at `caller`, which is an expression `depth` levels in.
   std::shared_ptr<const UserFunction> Find(const std::string& name, const Element* caller,
                                            int depth);
-  // Counts a call; false where all of them have become too many.
-  bool Admit(const UserFunction& function) {
-    return (called_ += function.Size()) <= kMostCalledInAll;
-  }
-
  private:
   struct Definition {
     const Element* element;
@@ -74,7 +68,6 @@ class SVMSCORE_HOST_API Definitions {
 
   std::unordered_map<std::string, Definition> definitions_;
   std::vector<std::string> order_;
-  std::int64_t called_ = 0;
 };
 
 }  // namespace svmscore::transform

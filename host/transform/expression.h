@@ -29,8 +29,9 @@ struct Frame {
 // A call of a defined function may come to this many expressions: functions that call others twice
 // double the work with every level.
 inline constexpr int kMostCalled = 1000000;
-// And all calls of a document together to this many: some tenths of a second for a case.
-inline constexpr std::int64_t kMostCalledInAll = 4000000;
+// The derived fields that a model needs, and its output fields, each come to this many for a case,
+// calls of functions counted in: about a second.
+inline constexpr std::int64_t kMostComputed = 10000000;
 
 // Immutable once the field or function that it belongs to is compiled, and then safe for any number
 // of threads. Evaluation throws nothing but std::bad_alloc.

@@ -74,6 +74,10 @@ TEST(Limits, LetThroughWhatTheySayAndNoMore) {
       {&Limits::attributes, "<!DOCTYPE a [<!ENTITY x '<b b=\"\"/>'>]><a>&x;</a>",
        "<!DOCTYPE a [<!ENTITY x '&#60;b b&#61;&#34;&#34; c=\"\" d=\"\" e=\"\"/>'>]><a>&x;</a>",
        "line 1"},
+      {&Limits::attributes, "<!DOCTYPE a [<!ENTITY x '<!ELEMENT ><b c='>]><a/>",
+       "<!DOCTYPE a SYSTEM 'b\"' [<!ENTITY x '<!ELEMENT '><!ENTITY y \"<b c='\">]>\n"
+       "<a b=\"\" c=\"\" d=\"\" e=\"\"/>",
+       "line 2"},
       {&Limits::attributes, InEbcdic("<a b='x' c ='' d= \"\"><!-- ' --> e='' f=''</a>"),
        InEbcdic("<a>'\n<!-- ' --><b c='' d =\"=''\" e='' f= ''/></a>"), "line 2"},
       {&Limits::element_names, "<a><b/><c/><c/></a>", "<a><b/><c/><d/></a>", "element d, line 1"},
@@ -106,6 +110,9 @@ TEST(Limits, LetThroughWhatTheySayAndNoMore) {
                                             " exceeds the limit of 3 (" + place + ')');
     EXPECT_EQ(Refusal(exceeds), "");
   }
+  limits = {};
+  limits.declarations = UINT64_MAX;
+  EXPECT_EQ(Refusal("<!DOCTYPE a [<!ELEMENT a (b|c)>]><a/>", limits), "");
   limits = {};
   limits.document_size = 4;
   EXPECT_EQ(Refusal("<a/>", limits), "");

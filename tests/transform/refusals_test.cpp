@@ -179,18 +179,18 @@ TEST(Refusals, BoundWhatCallsComeTo) {
   EXPECT_EQ(doubling(10), "");
   EXPECT_THAT(doubling(30), ::testing::AllOf(StartsWith("260313 at element Apply, line 22"),
                                              HasSubstr("the function f17 comes to more than")));
-  // Each of these calls is none too large.
+  // None of these calls is too large.
   std::string functions = Define(0, "+(p, p)");
   for (int i = 1; i < 14; ++i) {
     const std::string inner = "f" + std::to_string(i - 1) + "(p)";
     functions += Define(i, "+(" + inner + ", " + inner + ")");
   }
   std::string fields;
-  for (int i = 0; i < 200; ++i) {
+  for (int i = 0; i < 500; ++i) {
     fields += DerivedField("d" + std::to_string(i), "double", CallToXml("f13(1)"));
   }
   EXPECT_THAT(Refusal(Document("", functions + fields)),
-              HasSubstr("up to this one come to more than 4000000 expressions"));
+              HasSubstr("up to this one come to more than 10000000 expressions"));
 }
 
 TEST(Refusals, BoundTheNesting) {
