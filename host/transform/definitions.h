@@ -58,6 +58,7 @@ class SVMSCORE_HOST_API Definitions {
   // through others, is refused at `caller`, which is an expression `depth` levels in.
   std::shared_ptr<const UserFunction> Find(const std::string& name, const Element* caller,
                                            int depth);
+
  private:
   struct Definition {
     const Element* element;
