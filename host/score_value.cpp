@@ -16,7 +16,11 @@ constexpr std::size_t kSmallText = 1024;
 // table is read, one for every column and thread.
 void Assign(std::string& kept, std::string_view text) {
   if (kept.capacity() > kSmallText && text.size() < kept.capacity() / 4) std::string().swap(kept);
-  kept.assign(text);
+  if (text.empty()) {
+    kept.clear();  // what every number comes to; assigning nothing takes a call
+  } else {
+    kept.assign(text);
+  }
 }
 
 }  // namespace

@@ -117,14 +117,17 @@ TEST(Score, WritesWhatIsAskedFor) {
   }
 }
 
+std::string LineWithOutput(const TemporaryFolder& folder, const std::string& fields) {
+  return EditedFile(folder, Data("line.pmml"),
+                    {"<LinearKernelType/>", "<Output>" + fields + "</Output><LinearKernelType/>"});
+}
+
 TEST(Score, TellsOfAnOutputFieldNamedLikeAnAddedColumn) {
   const TemporaryFolder folder;
   const std::string model =
-      EditedFile(folder, Data("line.pmml"),
-                 {"<LinearKernelType/>",
-                  "<Output><OutputField name='status' optype='categorical' dataType='string' "
-                  "feature='transformedValue'><Constant>5</Constant></OutputField></Output>"
-                  "<LinearKernelType/>"});
+      LineWithOutput(folder,
+                     "<OutputField name='status' optype='categorical' dataType='string' "
+                     "feature='transformedValue'><Constant>5</Constant></OutputField>");
   const Ran csv = Score(model, "x\n1\n");
   EXPECT_EQ(csv.out, "status,status\n5,0\n");
   EXPECT_THAT(csv.err, HasSubstr("two columns \"status\": the document declares"));
@@ -137,11 +140,10 @@ TEST(Score, TellsOfAnOutputFieldNamedLikeAnAddedColumn) {
 TEST(Score, TellsOfEmptyOutputFieldsAndOfUnlistedDecisions) {
   const TemporaryFolder folder;
   const std::string model =
-      EditedFile(folder, Data("line.pmml"),
-                 {"<LinearKernelType/>",
-                  "<Output><OutputField name='p' feature='probability'/><OutputField name='d' "
-                  "feature='decision'><Decisions><Decision value='1'/></Decisions><FieldRef "
-                  "field='x'/></OutputField></Output><LinearKernelType/>"});
+      LineWithOutput(folder,
+                     "<OutputField name='p' feature='probability'/><OutputField name='d' "
+                     "feature='decision'><Decisions><Decision value='1'/></Decisions><FieldRef "
+                     "field='x'/></OutputField>");
   const std::string log = folder.Path("log");
   const Ran ran = Score(model + " --log " + log, "x\n1\n");
   EXPECT_THAT(ran.err, StartsWith("svmscore: " + model +
