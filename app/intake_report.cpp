@@ -8,11 +8,20 @@
 
 namespace svmscore::app {
 
+std::string ConsequenceOf(const IntakeStep& step) {
+  const bool details = !step.detail.empty();
+  std::string text = step.consequence;
+  if (details) text += ": " + step.detail;
+  if (step.count > 1) {
+    text += fmt::format(" ({}{} places)", details ? "the first of " : "", step.count);
+  }
+  return text;
+}
+
 std::string SentenceOf(const IntakeStep& step) {
   const std::string place = step.line > 0 ? fmt::format("line {}, ", step.line) : "";
-  const std::string more = step.count > 1 ? fmt::format(" ({} places)", step.count) : "";
-  return fmt::format("{}{}: {}{}", place, Shortened(step.element, kLongestInsert), step.consequence,
-                     more);
+  return fmt::format("{}{}: {}", place, Shortened(step.element, kLongestInsert),
+                     ConsequenceOf(step));
 }
 
 void TellIntake(const std::string& path, const LoadedModel& loaded) {

@@ -8,7 +8,10 @@
 
 namespace svmscore::app {
 
-// Where a step was first taken, what it means, and how often it was taken.
+// What a step means, what it was first about, and how often it was taken.
+std::string ConsequenceOf(const IntakeStep& step);
+
+// The same after the place where it was first taken.
 std::string SentenceOf(const IntakeStep& step);
 
 // Writes a line to standard error for each kind of step, and for each target or output field that

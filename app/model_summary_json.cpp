@@ -51,7 +51,8 @@ Json IntakeOf(const ModelSummary& summary) {
                      {"element", step.element},
                      {"line", step.line > 0 ? Json(step.line) : Json()},
                      {"count", step.count},
-                     {"consequence", step.consequence}});
+                     {"consequence", step.consequence},
+                     {"detail", TextOrNull(step.detail)}});
   }
   return steps;
 }

@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "app/doctor/checks.h"
+#include "app/intake_report.h"
 #include "app/left_out.h"
 
 namespace svmscore::app {
@@ -31,9 +32,8 @@ void CheckIntake(const std::vector<IntakeStep>& intake, FindingList& findings) {
              finding.kind->severity != Severity::kNote;
     });
     if (told && !step.changes) continue;
-    const std::string more = step.count > 1 ? fmt::format(" ({} places)", step.count) : "";
     findings.Add(Finding{kind, step.element, step.line,
-                         fmt::format("{}: {}{}", step.name, step.consequence, more)});
+                         fmt::format("{}: {}", step.name, ConsequenceOf(step))});
   }
 }
 

@@ -16,6 +16,7 @@ namespace svmscore {
 struct SVMSCORE_HOST_API IntakeStep {
   std::string name;         // stable, in small letters with hyphens
   std::string consequence;  // one sentence
+  std::string detail;       // of a remark: what the strict mode throws at the first place, or empty
   std::string element;      // the name of the first element concerned
   long line = 0;            // of that element; 0 where the file does not hold it
   std::size_t count = 0;    // how many places

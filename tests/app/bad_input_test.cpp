@@ -219,7 +219,8 @@ TEST(BadModel, WhatIsReadInAnotherWayIsALineForEachKindAndRefusedWhenStrict) {
   EXPECT_EQ(ran.out, RunProgram({"score", Data("line.pmml")}, "x\n1\n").out);
   const std::string told =
       ": line 20, SupportVector: a support vector that names no vector is left "
-      "out, together with its coefficient (2 places)\n";
+      "out, together with its coefficient: the vectorId \"u\", which no VectorInstance has, in "
+      "element SupportVector (the first of 2 places)\n";
   EXPECT_THAT(ran.err, HasSubstr("svmscore: " + model + told));
   EXPECT_THAT(ran.err, HasSubstr("svmscore: " + model + ": line 21, Coefficient: a threshold, "));
   EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), 3) << ran.err;

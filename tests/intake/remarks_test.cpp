@@ -9,12 +9,17 @@ namespace {
 
 using svmscore::IntakeMode;
 
-// Nothing is changed, in no mode, and the strict one refuses.
+// Nothing is changed, in no mode, and the strict one refuses with what the first remark says.
 void ExpectRemarks(const std::string& text, const std::string& steps, const std::string& refusal) {
   for (const IntakeMode mode : {IntakeMode::kRefuse, IntakeMode::kTolerate}) {
     const Reading reading = Read(text, mode);
     EXPECT_EQ(reading.Steps(), steps);
     for (const auto& step : reading.steps) EXPECT_FALSE(step.changes) << step.name;
+    try {
+      Read(text, IntakeMode::kStrict);
+    } catch (const MCZandor_850::SSException& error) {
+      EXPECT_EQ(reading.steps.front().detail, error.what());
+    }
   }
   EXPECT_EQ(Refusal(text, IntakeMode::kStrict), refusal);
 }

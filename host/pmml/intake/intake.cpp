@@ -22,13 +22,16 @@ bool Intake::IsClassification() const {
          tags::XML_VAL_SVM_CLASSIFICATION;
 }
 
-void Intake::Count(const StepKind& kind, const DOMElement* at, bool changes) {
+IntakeStep& Intake::Count(const StepKind& kind, const DOMElement* at, bool changes) {
   const auto [found, is_new] = step_of_.try_emplace(kind.name, steps_.size());
   if (is_new) {
     document_.FixLines();
-    steps_.push_back({kind.name, kind.consequence, NameOf(at), document_.LineOf(at), 0, changes});
+    steps_.push_back(
+        {kind.name, kind.consequence, {}, NameOf(at), document_.LineOf(at), 0, changes});
   }
-  ++steps_[found->second].count;
+  IntakeStep& step = steps_[found->second];
+  ++step.count;
+  return step;
 }
 
 void Intake::Change(const StepKind& kind, const DOMElement* at) {
@@ -36,10 +39,6 @@ void Intake::Change(const StepKind& kind, const DOMElement* at) {
     ThrowAt(at, code::kNeedsIntake, kind.name, kind.consequence);
   }
   Count(kind, at, true);
-}
-
-void Intake::Remark(const StepKind& kind, const DOMElement* at) {
-  Count(kind, at, false);
 }
 
 }  // namespace intake

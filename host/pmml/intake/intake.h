@@ -42,13 +42,17 @@ class Intake {
   // Call before each change: counts it, and throws in strict mode.
   void Change(const StepKind& kind, const DOMElement* at);
   // Counts a remark, in every mode.
-  void Remark(const StepKind& kind, const DOMElement* at);
+  void Remark(const StepKind& kind, const DOMElement* at) { Count(kind, at, false); }
   // Counts a remark on what a translator drops, or reads as something else than is written; in
   // strict mode throws the code instead.
   template <typename... Parts>
   void Doubt(const StepKind& kind, const DOMElement* at, int code, const Parts&... parts) {
     if (mode_ == IntakeMode::kStrict) ThrowAt(at, code, parts...);
-    Remark(kind, at);
+    IntakeStep& step = Count(kind, at, false);
+    if (step.count > 1) return;
+    MCZandor_850::SSException told(MCZandor_850::gErrorFormater);
+    told.PutErrorMessage(code, parts...);
+    step.detail = told.what();
   }
 
   // Throws, except in tolerant mode, where the caller leaves the element as it is. For what is not
@@ -61,7 +65,7 @@ class Intake {
   std::vector<IntakeStep> TakeSteps() { return std::move(steps_); }
 
  private:
-  void Count(const StepKind& kind, const DOMElement* at, bool changes);
+  IntakeStep& Count(const StepKind& kind, const DOMElement* at, bool changes);
 
   PmmlDocument& document_;
   IntakeMode mode_;
