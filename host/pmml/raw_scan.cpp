@@ -11,6 +11,22 @@ constexpr std::string_view kCdata = "![CDATA[";
 constexpr std::string_view kElement = "!ELEMENT";
 constexpr std::string_view kAttributes = "!ATTLIST";
 
+// In EBCDIC, whose code pages all have the Latin letters, the digits and some signs in one place.
+constexpr std::string_view kEbcdicDoctype = "\xC4\xD6\xC3\xE3\xE8\xD7\xC5";
+
+// Whether a name may end at the character: a parenthesis opens, a comma, or what differs between
+// the code pages, as the bar does.
+bool MaySeparateInEbcdic(unsigned char c) {
+  constexpr std::string_view kSigns =
+      "\x40\x4B\x4C\x4E\x50\x5C\x5D\x5E\x60\x61\x6C\x6D\x6E\x6F\x7A\x7D\x7E\x7F";
+  if (c < 0x40 || kSigns.find(static_cast<char>(c)) != std::string_view::npos) return false;
+  const unsigned row = c >> 4U;
+  const unsigned first = row == 0xF ? 0 : row == 0xA || row == 0xE ? 2 : 1;
+  const unsigned column = c & 0xFU;
+  const bool letter_or_digit = row >= 8 && row != 0xB && column >= first && column <= 9;
+  return !letter_or_digit;
+}
+
 }  // namespace
 
 void RawScan::DetectUnits(const unsigned char* bytes, std::size_t size) {
@@ -127,6 +143,13 @@ void RawScan::TakeEbcdic(unsigned char c) {
   constexpr unsigned char kReturn = 0x0D;
   constexpr unsigned char kTab = 0x05;
   constexpr unsigned char kBlank = 0x40;
+  if (lists_) {
+    if (MaySeparateInEbcdic(c) && ++listed_ > most_listed_) problem_ = Problem::kDeclarations;
+  } else if (static_cast<char>(c) == kEbcdicDoctype[matched_]) {
+    lists_ = ++matched_ == kEbcdicDoctype.size();
+  } else {
+    matched_ = static_cast<char>(c) == kEbcdicDoctype[0] ? 1 : 0;
+  }
   switch (c) {
     case 0:
       problem_ = Problem::kNul;

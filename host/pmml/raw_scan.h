@@ -21,8 +21,9 @@ namespace svmscore {
 // which the parser would take the document for ended.
 //
 // Takes encodings in which ASCII characters are their bytes, alone or in units of two or four. In
-// EBCDIC it knows the characters that are the same in all its code pages, and counts the attributes
-// by those: a value never holds a "<".
+// EBCDIC it knows the characters that are the same in all its code pages, and counts by those:
+// attributes, for a value never holds a "<", and after DOCTYPE whatever may separate names,
+// wherever it stands.
 class RawScan {
  public:
   enum class Problem { kNone, kAttributes, kDeclarations, kNul };
@@ -58,14 +59,14 @@ class RawScan {
   std::uint64_t most_listed_;
   std::uint64_t attributes_ = 0;  // of the tag at hand
   std::uint64_t listed_ = 0;      // in all declarations
-  bool lists_ = false;            // the declaration at hand is one that lists names
+  bool lists_ = false;  // the declaration at hand is one that lists names; in EBCDIC, one was seen
   std::uint64_t line_ = 1;
   Problem problem_ = Problem::kNone;
   State state_ = State::kText;
   State around_ = State::kTag;  // what the value at hand stands in
   char32_t quote_ = 0;
   std::string_view section_end_;  // of the section at hand
-  std::size_t matched_ = 0;       // of its end, or of its beginning while it is not known
+  std::size_t matched_ = 0;       // of its end, or of its beginning; in EBCDIC, of DOCTYPE
   char beginning_[8] = {};
   // Bytes of a unit, and which of them comes first; 0 while that is not known.
   std::size_t unit_ = 0;

@@ -97,6 +97,14 @@ TEST(Limits, LetThroughWhatTheySayAndNoMore) {
        "<!DOCTYPE a [<!ELEMENT a (b" + Repeat(",b", 15) + ")>\n<!ATTLIST a b (c" +
            Repeat("|c", 14) + ")\n'(|('>]><a/>",
        "line 2"},
+      {&Limits::declarations,
+       InEbcdic("<a>" + Repeat("(", 50) +
+                "<!--DOCTYP DDOCTYPE--><b>AIJRSZaijrsz09 .+&amp;*);-/%_>?:"
+                "</b>" +
+                Repeat("|", 30) + "</a>"),
+       InEbcdic("<!DOCTYPE a [<!ELEMENT a (b" + Repeat(",b", 14) + ")>\n<!ATTLIST a b (c" +
+                Repeat("|c", 14) + ") 'c'>]><a/>"),
+       "line 2"},
       {&Limits::vectors, "<a>" + Repeat("<VectorInstance/>", 3) + "</a>",
        "<a>" + Repeat("<VectorInstance/>", 4) + "</a>", "element VectorInstance, line 1"},
       {&Limits::table_rows, "<a>" + table(3) + table(3) + "</a>", table(4), "element row, line 4"},
