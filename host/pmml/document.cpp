@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <istream>
@@ -36,9 +37,12 @@ constexpr const XMLCh* kSystemId = u"document";
 void CheckScan(const Limits& limits, const RawScan& scan) {
   if (scan.Found() == RawScan::Problem::kNone) return;
   SSException error(MCZandor_850::gErrorFormater);
-  if (scan.Found() == RawScan::Problem::kNul) {
-    error.PutErrorMessage(code::kNotWellFormed,
-                          "a NUL character; is it XML in the encoding that it declares?");
+  if (scan.Found() == RawScan::Problem::kControl) {
+    error.PutErrorMessage(
+        code::kNotWellFormed,
+        "a control character as NUL; is it XML in the encoding that it declares?");
+  } else if (scan.Found() == RawScan::Problem::kEncoding) {
+    error.PutErrorMessage(code::kNotWellFormed, scan.EncodingProblem());
   } else {
     error =
         BeyondLimit(limits, scan.Found() == RawScan::Problem::kAttributes ? &Limits::attributes
@@ -75,6 +79,7 @@ class StreamSource : public xercesc::InputSource {
   const std::uint64_t& BytesRead() const { return read_; }
 
   void Check() const {
+    if (failed_) std::rethrow_exception(failed_);
     if (read_ > limits_.document_size) throw BeyondLimit(limits_, &Limits::document_size);
     CheckScan(limits_, scan_);
     if (!stream_.bad()) return;
@@ -101,7 +106,12 @@ class StreamSource : public xercesc::InputSource {
     if (stream_.bad()) error_ = errno;
     const auto count = static_cast<XMLSize_t>(stream_.gcount());
     read_ += count;
-    scan_.Read(to, count);
+    try {
+      scan_.Read(to, count);
+    } catch (...) {
+      failed_ = std::current_exception();
+      return 0;
+    }
     const bool refused = read_ > limits_.document_size || scan_.Found() != RawScan::Problem::kNone;
     return refused ? 0 : count;
   }
@@ -112,6 +122,7 @@ class StreamSource : public xercesc::InputSource {
   mutable std::uint64_t read_ = 0;
   mutable RawScan scan_;
   mutable int error_ = 0;
+  mutable std::exception_ptr failed_;
 };
 
 // The library's own handler ends the process.

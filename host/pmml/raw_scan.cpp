@@ -11,52 +11,59 @@ constexpr std::string_view kCdata = "![CDATA[";
 constexpr std::string_view kElement = "!ELEMENT";
 constexpr std::string_view kAttributes = "!ATTLIST";
 
-// In EBCDIC, whose code pages all have the Latin letters, the digits and some signs in one place.
-constexpr std::string_view kEbcdicDoctype = "\xC4\xD6\xC3\xE3\xE8\xD7\xC5";
+// The signs of markup where characters are not exactly their bytes.
+struct Signs {
+  unsigned char less, equals, quote, apostrophe;
+  unsigned char line_ends[2];
+  std::string_view blanks;  // but for ends of lines
+  std::string_view doctype;
+};
 
-// Whether a name may end at the character: a parenthesis opens, a comma, or what differs between
-// the code pages, as the bar does.
-bool MaySeparateInEbcdic(unsigned char c) {
-  constexpr std::string_view kSigns =
-      "\x40\x4B\x4C\x4E\x50\x5C\x5D\x5E\x60\x61\x6C\x6D\x6E\x6F\x7A\x7D\x7E\x7F";
-  if (c < 0x40 || kSigns.find(static_cast<char>(c)) != std::string_view::npos) return false;
-  const unsigned row = c >> 4U;
-  const unsigned first = row == 0xF ? 0 : row == 0xA || row == 0xE ? 2 : 1;
-  const unsigned column = c & 0xFU;
-  const bool letter_or_digit = row >= 8 && row != 0xB && column >= first && column <= 9;
-  return !letter_or_digit;
+constexpr Signs kAscii = {'<', '=', '"', '\'', {'\n', '\n'}, "\t\r ", "DOCTYPE"};
+constexpr Signs kEbcdic = {
+    0x4C, 0x7E, 0x7F, 0x7D, {0x15, 0x25}, "\x05\x0D\x40", "\xC4\xD6\xC3\xE3\xE8\xD7\xC5"};
+
+// Whether a name may end at the character: a parenthesis opens, a comma, a bar; in EBCDIC whatever
+// differs between the code pages, as the bar does.
+bool MaySeparate(unsigned char c, bool ebcdic) {
+  if (!ebcdic) return c == '(' || c == ',' || c == '|';
+  return c == 0x4D || c == 0x6B || (c >= 0x40 && !IsSharedInEbcdic(static_cast<char>(c)));
+}
+
+// Whether other characters may follow until it is shifted back.
+bool MayShift(unsigned char c, bool ebcdic) {
+  if (ebcdic) return c == 0x0E || c == 0x0F || c == 0;
+  return c < 0x20 && c != '\t' && c != '\r' && c != '\n';
 }
 
 }  // namespace
 
-void RawScan::DetectUnits(const unsigned char* bytes, std::size_t size) {
-  unit_ = 1;
-  if (size < 4) return;
-  const unsigned char* b = bytes;
-  if (b[0] == 0x4C && b[1] == 0x6F) {  // "<?" in EBCDIC
-    ebcdic_ = true;
+void RawScan::Read(const void* bytes, std::size_t size) {
+  if (decided_) return ReadDecided(bytes, size);
+  waiting_.append(static_cast<const char*>(bytes), size);
+  if (!IsBeginning(waiting_)) return;
+  decided_ = true;
+  encoding_ = EncodingOf(waiting_);
+  if (!encoding_.problem.empty()) {
+    problem_ = Problem::kEncoding;
     return;
   }
-  const bool zero_first = b[0] == 0;
-  if ((zero_first && b[1] == 0) || (b[0] != 0 && b[1] == 0 && b[2] == 0) ||
-      (b[0] == 0xFF && b[1] == 0xFE && b[2] == 0 && b[3] == 0)) {
-    unit_ = 4;
-    big_endian_ = zero_first;
-  } else if (zero_first || b[1] == 0 || (b[0] == 0xFE && b[1] == 0xFF) ||
-             (b[0] == 0xFF && b[1] == 0xFE)) {
-    unit_ = 2;
-    big_endian_ = zero_first || b[0] == 0xFE;
-  }
+  ReadDecided(waiting_.data(), waiting_.size());
+  waiting_ = {};
 }
 
-void RawScan::Read(const void* bytes, std::size_t size) {
+void RawScan::ReadDecided(const void* bytes, std::size_t size) {
   const auto* at = static_cast<const unsigned char*>(bytes);
   const auto* const end = at + size;
-  if (unit_ == 0 && size > 0) DetectUnits(at, size);
-  const auto* zero = unit_ == 1 && size > 0 ? std::memchr(bytes, 0, size) : nullptr;
+  if (!encoding_.exact) {
+    while (at != end && problem_ == Problem::kNone) TakeCoarsely(*at++);
+    return;
+  }
+  const std::size_t unit = encoding_.unit;
+  const auto* zero = unit == 1 && size > 0 ? std::memchr(bytes, 0, size) : nullptr;
   const auto* const stop = zero == nullptr ? end : static_cast<const unsigned char*>(zero) + 1;
   while (at != stop && problem_ == Problem::kNone) {
-    if (unit_ == 1 && state_ == State::kText && !ebcdic_) {
+    if (unit == 1 && state_ == State::kText) {
       // Most of a document is text.
       const auto* tag = static_cast<const unsigned char*>(
           std::memchr(at, '<', static_cast<std::size_t>(stop - at)));
@@ -66,13 +73,9 @@ void RawScan::Read(const void* bytes, std::size_t size) {
       if (at == stop) return;
     }
     const char32_t byte = *at++;
-    if (ebcdic_) {
-      TakeEbcdic(static_cast<unsigned char>(byte));
-      continue;
-    }
-    const std::size_t shift = 8 * (big_endian_ ? unit_ - 1 - taken_ : taken_);
+    const std::size_t shift = 8 * (encoding_.big_endian ? unit - 1 - taken_ : taken_);
     partial_ |= byte << shift;
-    if (++taken_ < unit_) continue;
+    if (++taken_ < unit) continue;
     Take(partial_);
     taken_ = 0;
     partial_ = 0;
@@ -85,7 +88,7 @@ void RawScan::Read(const XMLCh* text, std::size_t size) {
 
 void RawScan::Take(char32_t c) {
   if (c == U'\n') ++line_;
-  if (c == 0) problem_ = Problem::kNul;
+  if (c == 0) problem_ = Problem::kControl;
   switch (state_) {
     case State::kText:
       if (c != U'<') return;
@@ -133,49 +136,28 @@ void RawScan::CountAttribute() {
   if (++attributes_ > most_attributes_) problem_ = Problem::kAttributes;
 }
 
-void RawScan::TakeEbcdic(unsigned char c) {
-  constexpr unsigned char kLess = 0x4C;
-  constexpr unsigned char kEquals = 0x7E;
-  constexpr unsigned char kQuote = 0x7F;
-  constexpr unsigned char kApostrophe = 0x7D;
-  constexpr unsigned char kNewLine = 0x15;
-  constexpr unsigned char kLineFeed = 0x25;
-  constexpr unsigned char kReturn = 0x0D;
-  constexpr unsigned char kTab = 0x05;
-  constexpr unsigned char kBlank = 0x40;
+void RawScan::TakeCoarsely(unsigned char c) {
+  const bool ebcdic = encoding_.ebcdic;
+  const Signs& signs = ebcdic ? kEbcdic : kAscii;
+  if (MayShift(c, ebcdic)) problem_ = Problem::kControl;
   if (lists_) {
-    if (MaySeparateInEbcdic(c) && ++listed_ > most_listed_) problem_ = Problem::kDeclarations;
-  } else if (static_cast<char>(c) == kEbcdicDoctype[matched_]) {
-    lists_ = ++matched_ == kEbcdicDoctype.size();
+    if (MaySeparate(c, ebcdic) && ++listed_ > most_listed_) problem_ = Problem::kDeclarations;
+  } else if (static_cast<char>(c) == signs.doctype[matched_]) {
+    lists_ = ++matched_ == signs.doctype.size();
   } else {
-    matched_ = static_cast<char>(c) == kEbcdicDoctype[0] ? 1 : 0;
+    matched_ = static_cast<char>(c) == signs.doctype[0] ? 1 : 0;
   }
-  switch (c) {
-    case 0:
-      problem_ = Problem::kNul;
-      return;
-    case kLess:
-      attributes_ = 0;
-      break;
-    case kEquals:
-      after_equals_ = true;
-      return;
-    case kNewLine:
-    case kLineFeed:
-      ++line_;
-      return;
-    case kReturn:
-    case kTab:
-    case kBlank:
-      return;
-    case kQuote:
-    case kApostrophe:
-      if (after_equals_) CountAttribute();
-      break;
-    default:
-      break;
+  if (c == signs.line_ends[0] || c == signs.line_ends[1]) {
+    ++line_;
+  } else if (c == signs.less) {
+    attributes_ = 0;
+    after_equals_ = false;
+  } else if (c == signs.equals) {
+    after_equals_ = true;
+  } else if (signs.blanks.find(static_cast<char>(c)) == std::string_view::npos) {
+    if (after_equals_ && (c == signs.quote || c == signs.apostrophe)) CountAttribute();
+    after_equals_ = false;
   }
-  after_equals_ = false;
 }
 
 // What follows a "<".

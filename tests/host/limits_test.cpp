@@ -7,7 +7,6 @@
 #include <sstream>
 
 #include <arpa/inet.h>
-#include <iconv.h>
 #include <sys/inotify.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -17,6 +16,7 @@
 
 #include "host/message_codes.h"
 #include "host/pmml/document.h"
+#include "tests/host/encoded_text.h"
 
 namespace svmscore {
 namespace {
@@ -37,19 +37,6 @@ std::string Refusal(const std::string& text, const Limits& limits = {}) {
   } catch (const SSException& error) {
     return std::to_string(error.GetErrorCode()) + ' ' + error.what();
   }
-}
-
-std::string InEbcdic(std::string text) {
-  text = "<?xml version='1.0' encoding='IBM037'?>" + text;
-  std::string bytes(text.size(), ' ');
-  const iconv_t converter = iconv_open("IBM037", "UTF-8");
-  char* from = text.data();
-  char* to = bytes.data();
-  std::size_t left = text.size();
-  std::size_t room = bytes.size();
-  EXPECT_EQ(iconv(converter, &from, &left, &to, &room), 0U);
-  iconv_close(converter);
-  return bytes;
 }
 
 TEST(Limits, LetThroughWhatTheySayAndNoMore) {
@@ -78,8 +65,8 @@ TEST(Limits, LetThroughWhatTheySayAndNoMore) {
        "<!DOCTYPE a SYSTEM 'b\"' [<!ENTITY x '<!ELEMENT '><!ENTITY y \"<b c='\">]>\n"
        "<a b=\"\" c=\"\" d=\"\" e=\"\"/>",
        "line 2"},
-      {&Limits::attributes, InEbcdic("<a b='x' c ='' d= \"\"><!-- ' --> e='' f=''</a>"),
-       InEbcdic("<a>'\n<!-- ' --><b c='' d =\"=''\" e='' f= ''/></a>"), "line 2"},
+      {&Limits::attributes, InEncoding("IBM037", "<a b='x' c ='' d= \"\"><!-- ' --> e='' f=''</a>"),
+       InEncoding("IBM037", "<a>'\n<!-- ' --><b c='' d =\"=''\" e='' f= ''/></a>"), "line 2"},
       {&Limits::element_names, "<a><b/><c/><c/></a>", "<a><b/><c/><d/></a>", "element d, line 1"},
       {&Limits::attribute_names, "<a b='' c='' xmlns=''><d b='' c='' xmlns='u'/></a>",
        "<a b='' c='' xmlns:c='u'><d d=''/></a>", "element d, line 1"},
@@ -98,12 +85,16 @@ TEST(Limits, LetThroughWhatTheySayAndNoMore) {
            Repeat("|c", 14) + ")\n'(|('>]><a/>",
        "line 2"},
       {&Limits::declarations,
-       InEbcdic("<a>" + Repeat("(", 50) +
-                "<!--DOCTYP DDOCTYPE--><b>AIJRSZaijrsz09 .+&amp;*);-/%_>?:"
-                "</b>" +
-                Repeat("|", 30) + "</a>"),
-       InEbcdic("<!DOCTYPE a [<!ELEMENT a (b" + Repeat(",b", 14) + ")>\n<!ATTLIST a b (c" +
-                Repeat("|c", 14) + ") 'c'>]><a/>"),
+       InEncoding("IBM037", "<a>" + Repeat("(", 50) +
+                                "<!--DOCTYP DDOCTYPE--><b>AIJRSZaijrsz09 .+&amp;*);-/%_>?:"
+                                "</b>" +
+                                Repeat("|", 30) + "</a>"),
+       InEncoding("IBM037", "<!DOCTYPE a [<!ELEMENT a (b" + Repeat(",b", 14) +
+                                ")>\n<!ATTLIST a b (c" + Repeat("|c", 14) + ") 'c'>]><a/>"),
+       "line 2"},
+      {&Limits::attributes,
+       InEncoding("Shift_JIS", "<a b='\u2010' c='' d=''><![CDATA[='' \u2010]]></a>"),
+       InEncoding("Shift_JIS", "<a><![CDATA[\u2010]><b '>]]>\n<c d='' e='' f='' g=''/></a>"),
        "line 2"},
       {&Limits::vectors, "<a>" + Repeat("<VectorInstance/>", 3) + "</a>",
        "<a>" + Repeat("<VectorInstance/>", 4) + "</a>", "element VectorInstance, line 1"},
