@@ -38,6 +38,9 @@ BOMBS = {
     "a long entity many times in an attribute": (LONG, f"<a b='{MANY}'/>"),
     "a long default on many elements": (f"<!ATTLIST c b CDATA '{'b' * 200000}'>",
                                         "<a>" + "<c/>" * 20000 + "</a>"),
+    "a thousand empty defaults on many elements": (
+        "<!ATTLIST c " + " ".join(f"a{i} CDATA ''" for i in range(1000)) + ">",
+        "<a>" + "<c/>" * 1000 + "</a>"),
     "a content model of a million parentheses": ("<!ELEMENT a " + "(" * 1000000, ""),
     "a content model of a million names": (f"<!ELEMENT a (b{'|b' * 1000000})>", "<a/>"),
 }

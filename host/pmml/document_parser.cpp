@@ -21,8 +21,9 @@ namespace {
 using MCZandor_850::SSException;
 using WideView = std::basic_string_view<XMLCh>;
 
-// What an expansion counts at least, in UTF-16 units.
+// What an expansion counts at least, and a default besides its text, in UTF-16 units.
 constexpr std::uint64_t kLeastExpansion = 250;
+constexpr std::uint64_t kDefault = 500;
 
 [[noreturn]] void RefuseAt(int code, const std::string& what, const std::string& place) {
   SSException error(MCZandor_850::gErrorFormater);
@@ -80,7 +81,8 @@ void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
   for (XMLSize_t i = 0; i < count; ++i) {
     const std::size_t length = WideView(attributes.elementAt(i)->getValue()).size();
     if (length > limits_.attribute_length) RefuseBeyond(&Limits::attribute_length, name);
-    Deliver(length);
+    // An attribute by default takes memory also where it is empty.
+    Deliver(length + (attributes.elementAt(i)->getSpecified() ? 0 : kDefault));
   }
   CheckElement(name);
   XercesDOMParser::startElement(declaration, url, prefix, attributes, count, empty, root);

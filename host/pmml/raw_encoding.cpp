@@ -169,6 +169,7 @@ RawEncoding EncodingOf(std::string_view bytes) {
     return encoding;
   }
   const std::string declared = DeclaredEncoding(text);
+  encoding.utf8 = declared.empty() && encoding.exact && encoding.unit == 1;
   if (declared.empty()) return encoding;
   std::string name = declared;
   std::transform(name.begin(), name.end(), name.begin(),
@@ -186,6 +187,7 @@ RawEncoding EncodingOf(std::string_view bytes) {
                                           : ", low bytes first");
     return encoding;
   }
+  encoding.utf8 = encoding.unit == 1 && exact && name.starts_with("UTF");
   if (encoding.unit > 1 || exact) return encoding;
   encoding.exact = false;
   if (ProbeSigns(declared, encoding.ebcdic) == Probe::kHidden) {

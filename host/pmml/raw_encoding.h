@@ -14,6 +14,7 @@ struct RawEncoding {
   bool big_endian = false;
   // Units of a byte: where the signs of markup lie.
   bool ebcdic = false;
+  bool utf8 = false;
   // Whether each ASCII character is its unit, and such a unit never part of another character.
   // Otherwise that holds for < = " ' and for letters, digits and blanks, in a document without
   // control characters.

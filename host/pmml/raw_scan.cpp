@@ -52,7 +52,21 @@ void RawScan::Read(const void* bytes, std::size_t size) {
   waiting_ = {};
 }
 
+bool RawScan::EndsInsideCharacter() const {
+  for (std::size_t length = 1; length <= tail_.size(); ++length) {
+    const auto c = static_cast<unsigned char>(tail_[tail_.size() - length]);
+    if (c < 0x80) break;
+    if (c >= 0xC0) return length < (c >= 0xF0 ? 4U : c >= 0xE0 ? 3U : 2U);
+  }
+  return taken_ != 0;
+}
+
 void RawScan::ReadDecided(const void* bytes, std::size_t size) {
+  if (encoding_.utf8) {
+    tail_.append(static_cast<const char*>(bytes) + size - std::min<std::size_t>(size, 3),
+                 std::min<std::size_t>(size, 3));
+    tail_.erase(0, tail_.size() - std::min<std::size_t>(tail_.size(), 3));
+  }
   const auto* at = static_cast<const unsigned char*>(bytes);
   const auto* const end = at + size;
   if (!encoding_.exact) {

@@ -44,8 +44,8 @@ class RawScan {
   std::uint64_t Line() const { return line_; }
   // Of the encoding.
   const std::string& EncodingProblem() const { return encoding_.problem; }
-  // Whether what was read ends inside a unit.
-  bool EndsInsideCharacter() const { return taken_ != 0; }
+  // Whether what was read ends inside a unit, or inside a character of UTF-8.
+  bool EndsInsideCharacter() const;
 
  private:
   enum class State { kText, kOpened, kTag, kDeclaration, kValue, kSection };
@@ -76,6 +76,7 @@ class RawScan {
   std::string waiting_;
   RawEncoding encoding_;
   bool after_equals_ = false;
+  std::string tail_;       // of UTF-8, the last three bytes
   std::size_t taken_ = 0;  // bytes of a unit that ends in the next call
   char32_t partial_ = 0;
 };

@@ -39,6 +39,8 @@ TEST(Limits, RefuseExpansionBombsInLittleMemory) {
   const std::string big(200000, 'b');
   const std::string entity = "<!ENTITY b '" + big + "'>";
   const std::string many = Repeat("&b;", 20000);
+  std::string defaults;
+  for (int i = 0; i < 1000; ++i) defaults += " a" + std::to_string(i) + " CDATA ''";
   const TemporaryFolder folder;
   for (const auto& [declared, root, code] : std::vector<std::array<std::string, 3>>{
            {first + laughs, "<a>&a29;</a>", "260318"},
@@ -48,6 +50,7 @@ TEST(Limits, RefuseExpansionBombsInLittleMemory) {
            {entity, "<a>" + many + "</a>", "260318"},
            {entity, "<a b='" + many + "'/>", "260318"},
            {"<!ATTLIST c b CDATA '" + big + "'>", "<a>" + Repeat("<c/>", 20000) + "</a>", "260318"},
+           {"<!ATTLIST c" + defaults + ">", "<a>" + Repeat("<c/>", 1000) + "</a>", "260318"},
            {"<!ELEMENT a " + Repeat("(", 1000000), "", "260318"},
        }) {
     const std::string bomb = "<!DOCTYPE a [" + declared + "]>" + root;

@@ -30,9 +30,9 @@ TEST(PmmlDocument, SaysWhereItCannotBeRead) {
     return Failure([&text] { PmmlDocument::FromText(text, "test.pmml"); });
   };
   EXPECT_THAT(of_text("<PMML>\n<a>\n</b></PMML>"), StartsWith("260302 at line 3, column 3: "));
-  for (const std::string& text :
-       {std::string(), std::string("\xff\xfe\x01"), std::string("<a>\0</a>", 8),
-        std::string("<a/>\0<b", 7), std::string("<\0a\0/\0>\0\n", 9)}) {
+  for (const std::string& text : {std::string(), std::string("\xff\xfe\x01"),
+                                  std::string("<a>\0</a>", 8), std::string("<a/>\xe2\x82"),
+                                  std::string("<a/>\0<b", 7), std::string("<\0a\0/\0>\0\n", 9)}) {
     EXPECT_THAT(of_text(text), StartsWith("260302 at "));
     EXPECT_THAT(Failure([&text] {
                   std::istringstream stream(text);

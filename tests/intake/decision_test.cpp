@@ -79,10 +79,12 @@ TEST(Method, IsInferredWhereEveryPairHasItsMachine) {
     EXPECT_EQ(Score(with(last, "", linear), At("1", "0")), "c");
     EXPECT_EQ(Score(with(last, "", linear), At("-1", "0")), "a");
   }
-  for (const char* third : {"targetCategory='b' alternateTargetCategory='a'", "targetCategory='c'",
-                            "targetCategory='c' alternateTargetCategory='d'"}) {
+  for (const char* third :
+       {"targetCategory='b' alternateTargetCategory='a'", "targetCategory='c'"}) {
     EXPECT_EQ(Read(with(third)).Steps(), "") << third;
   }
+  EXPECT_EQ(Read(with("targetCategory='c' alternateTargetCategory='d'")).Steps(),
+            "machine-category-unknown");
   EXPECT_EQ(Read(with(last, " classificationMethod='OneAgainstAll'")).Steps(), "");
 }
 

@@ -88,6 +88,54 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
   EXPECT_NE(Predict(no_value, At("1", "2")), Predict(Parts().Text(), At("1", "2")));
 }
 
+TEST(Remarks, TellOfNumbersThatAreNoneToComputeWith) {
+  const std::string kernel = "<LinearKernelType/>";
+  const std::string machine = "<SupportVectorMachine ";
+  const std::string support = "<SupportVectors>";
+  const auto extended = [&support](const std::string& content) {
+    return "<Extension extender='svmscore'>" + content + "</Extension>" + support;
+  };
+  const std::string finite = "number-not-finite";
+  const struct {
+    std::string pattern;
+    std::string replacement;
+    std::string steps;
+    std::string refusal;
+  } cases[] = {
+      {"value='2'", "value='-INF'", finite, "260153 Coefficient:7"},
+      {"absoluteValue='0.5'", "absoluteValue=' 1e999 '", finite, "260153 Coefficients:7"},
+      {machine, machine + "threshold='NaN' ", finite, "260153 SupportVectorMachine:7"},
+      {kernel, "<RadialBasisKernelType gamma='NaN'/>", finite, "260153 RadialBasisKernelType:4"},
+      {kernel, "<Targets><Target field='t' rescaleFactor='INF'/></Targets>" + kernel, finite,
+       "260153 Target:4"},
+      {">0.1<", ">1e0400<", finite, "260313 REAL-Entries:6"},
+      {">0.1<", ">" + std::string(400, '9') + "<", finite, "260313 REAL-Entries:6"},
+      {"<REAL-Entries>0.25 -1.5", "<REAL-Entries>0x1 NaN", finite + ", unreadable-number",
+       "260313 REAL-Entries:6"},
+      {">0.1<", ">0.<b>1</b><", "element-in-text", "260313 b:6"},
+      {support, extended("<StandardDeviation>-2</StandardDeviation>"), "deviation-negative",
+       "260313 StandardDeviation:7"},
+      {support, extended("<StandardDeviation>INF</StandardDeviation>"), finite,
+       "260313 StandardDeviation:7"},
+      {support, extended(""), "extension-unused", "260114 Extension:7"},
+  };
+  for (const auto& [pattern, replacement, steps, refusal] : cases) {
+    SCOPED_TRACE(replacement);
+    ExpectRemarks(Replaced(Parts().Text(), pattern, replacement), steps, refusal);
+  }
+  Parts parts;
+  parts.Classify();
+  const auto with = [&](const std::string& a) {
+    return Replaced(parts.Text(), support,
+                    extended("<ResponseCategory response='yes' nonResponse='no'/>"
+                             "<ProbabilityParameters A='" +
+                             a + "' B='0'/>"));
+  };
+  ExpectRemarks(with("NaN"), finite, "260153 ProbabilityParameters:7");
+  ExpectRemarks(with("x"), "extension-unused", "260114 Extension:7");
+  EXPECT_EQ(Read(with("-2")).Steps(), "");
+}
+
 TEST(Remarks, TellOfFractionsInPlaceOfMissingIntegers) {
   const auto with = [](const std::string& replacement) {
     Parts parts;

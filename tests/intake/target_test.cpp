@@ -18,7 +18,8 @@ TEST(Labels, AreComparedInTheTargetsType) {
   EXPECT_EQ(Score(parts.Text(), kAbove), "2");
   EXPECT_EQ(Score(parts.Text(), kBelow), "1");
   parts.Classify({"1", "2"});
-  EXPECT_EQ(Read(parts.Text()).Steps(), "") << "texts are compared as they are";
+  EXPECT_EQ(Read(parts.Text()).Steps(), "machine-category-unknown 2")
+      << "texts are compared as they are";
 }
 
 TEST(Labels, TheOtherOfTwoIsUnderstood) {
@@ -31,7 +32,8 @@ TEST(Labels, TheOtherOfTwoIsUnderstood) {
     EXPECT_EQ(Score(parts.Text(), kBelow), named);
   }
   parts.machines = Parts::Machine("targetCategory='maybe'");
-  EXPECT_EQ(Read(parts.Text()).Steps(), "");
+  EXPECT_EQ(Read(parts.Text()).Steps(), "machine-category-unknown");
+  EXPECT_EQ(Refusal(parts.Text(), svmscore::IntakeMode::kStrict), "260153 SupportVectorMachine:7");
 }
 
 TEST(Categories, ComeFromTheMachinesWhereTheTargetListsNone) {

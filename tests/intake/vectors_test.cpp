@@ -92,7 +92,7 @@ TEST(Vectors, WhatIsNoVectorOfTheModelIsRefusedByPlace) {
       EXPECT_FALSE(step.changes) << vector;
     }
   }
-  for (const char* number : {"+.5", "5.", "-1E-3", "1e+2", "INF", "-INF", "NaN", "007"}) {
+  for (const char* number : {"+.5", "5.", "-1E-3", "1e+2", "1e-400", "1e+0300", "007"}) {
     EXPECT_EQ(Read(With("<Array>1 " + std::string(number) + "</Array>").Text()).Steps(),
               "dense-array")
         << number;

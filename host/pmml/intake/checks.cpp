@@ -2,9 +2,11 @@
 // as their defaults, without a word. Whoever wants scores is told.
 #include <unordered_set>
 
+#include "host/output/scheme.h"
 #include "host/pmml/elements.h"
 #include "host/pmml/intake/edit.h"
 #include "host/pmml/intake/steps.h"
+#include "host/pmml/intake/target.h"
 #include "host/tags.h"
 
 namespace svmscore::intake {
@@ -23,6 +25,10 @@ constexpr StepKind kUnknownId{
 constexpr StepKind kUnpaired{
     "unpaired-terms",
     "a machine has more support vectors than coefficients, or fewer: the surplus is left out"};
+
+constexpr StepKind kExtension{
+    "extension-unused",
+    "an Extension that lacks what its machine needs gives it no probabilities, or no interval"};
 
 void CheckNumber(Intake& intake, const DOMElement* element, const XMLCh* name) {
   WideView text = AttributeView(element, name);
@@ -55,6 +61,10 @@ std::unordered_set<WideView> CheckInstances(Intake& intake) {
 void CheckMachine(Intake& intake, const DOMElement* machine,
                   const std::unordered_set<WideView>& ids) {
   CheckNumber(intake, machine, u"threshold");
+  const DOMElement* extension = VendorExtension(machine);
+  if (extension != nullptr && !output::IsCompleteExtension(extension, intake.IsClassification())) {
+    intake.Doubt(kExtension, extension, code::kLacksChildren, NameOf(extension));
+  }
   const DOMElement* support = FindChild(machine, tags::XML_ELE_SVM_SUPPORTVECTORS);
   const DOMElement* coefficients = FindChild(machine, tags::XML_ELE_SVM_COEFFICIENTS);
   if (support == nullptr || coefficients == nullptr) return;

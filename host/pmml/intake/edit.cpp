@@ -29,8 +29,10 @@ const XMLCh* SkipDigits(const XMLCh* at, const XMLCh* end) {
   return at;
 }
 
-// The end of the decimal number that begins at `at`; null where none does.
-const XMLCh* NumberEnd(const XMLCh* at, const XMLCh* end) {
+// The end of the decimal number that begins at `at`; null where none does. Sets `large` where it
+// may be beyond the range.
+const XMLCh* NumberEnd(const XMLCh* at, const XMLCh* end, bool& large) {
+  const XMLCh* const begin = at;
   if (at != end && (*at == u'+' || *at == u'-')) ++at;
   const XMLCh* point = SkipDigits(at, end);
   bool has_digits = point != at;
@@ -40,10 +42,12 @@ const XMLCh* NumberEnd(const XMLCh* at, const XMLCh* end) {
     has_digits = has_digits || at != point + 1;
   }
   if (!has_digits) return nullptr;
+  if (at - begin >= 300) large = true;
   if (at == end || (*at != u'e' && *at != u'E')) return at;
   ++at;
   if (at != end && (*at == u'+' || *at == u'-')) ++at;
   const XMLCh* exponent = SkipDigits(at, end);
+  if (exponent - at >= 3) large = true;
   return exponent == at ? nullptr : exponent;
 }
 
@@ -95,21 +99,23 @@ WideView NextWord(WideView& text) {
 }
 
 bool IsNumber(WideView word) {
-  return NumberEnd(word.data(), word.data() + word.size()) == word.data() + word.size() ||
-         IsSpecialNumber(word);
+  const XMLCh* const end = word.data() + word.size();
+  bool large = false;
+  return NumberEnd(word.data(), end, large) == end || IsSpecialNumber(word);
 }
 
-std::optional<std::size_t> CountNumbers(WideView text, WideView& offender) {
+std::optional<std::size_t> CountNumbers(WideView text, WideView& offender, bool& large) {
   const XMLCh* at = text.data();
   const XMLCh* const end = at + text.size();
   for (std::size_t count = 0;; ++count) {
     while (at != end && IsBlank(*at)) ++at;
     if (at == end) return count;
-    const XMLCh* after = NumberEnd(at, end);
+    const XMLCh* after = NumberEnd(at, end, large);
     if (after == nullptr || (after != end && !IsBlank(*after))) {
       WideView rest(at, static_cast<std::size_t>(end - at));
       offender = NextWord(rest);
       if (!IsSpecialNumber(offender)) return std::nullopt;
+      large = true;
       after = at + offender.size();
     }
     at = after;

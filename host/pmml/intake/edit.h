@@ -26,8 +26,8 @@ WideView NextWord(WideView& text);
 // Whether the whole word is a number of the XML double grammar.
 bool IsNumber(WideView word);
 // How many words the text has, all of them such numbers; else nothing, and the first other word in
-// `offender`.
-std::optional<std::size_t> CountNumbers(WideView text, WideView& offender);
+// `offender`. Sets `large` where one of them may not be finite.
+std::optional<std::size_t> CountNumbers(WideView text, WideView& offender, bool& large);
 std::string Narrow(WideView text);
 
 // The element after `element` in document order, below `root`; null at the end. With `skip` the

@@ -74,6 +74,7 @@ std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) tr
   intake::MatchLabels(intake);
   intake::OrderPairs(intake);
   intake::CheckMachines(intake);
+  intake::CheckFiniteNumbers(intake);
   return intake.TakeSteps();
 } catch (const xercesc::OutOfMemoryException&) {
   throw std::bad_alloc();

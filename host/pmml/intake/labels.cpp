@@ -16,6 +16,9 @@ namespace tags = MCZandor_850::PMMLModelTags;
 constexpr StepKind kSpelling{
     "category-spelling",
     "a category that a machine spells differently is taken as the target's equal value"};
+constexpr StepKind kUnknown{
+    "machine-category-unknown",
+    "a vote for a category that the target does not have counts for nothing"};
 constexpr StepKind kSecond{
     "second-category",
     "a machine that names one of the target's two categories decides between both"};
@@ -75,7 +78,12 @@ void MatchLabels(Intake& intake) {
     ++machines;
     for (const LabelPlace& place : LabelsOf(machine)) {
       const auto found = category_of.find(keys.Of(place.label));
-      if (found == category_of.end() || found->second == place.label) continue;
+      if (found == category_of.end()) {
+        intake.Doubt(kUnknown, place.element, code::kBadValue, place.label, place.attribute,
+                     NameOf(place.element));
+        continue;
+      }
+      if (found->second == place.label) continue;
       intake.Change(kSpelling, place.element);
       SetAttribute(place.element, place.attribute, found->second);
     }

@@ -72,6 +72,10 @@ void MatchLabels(Intake& intake);
 // pairs.cpp: machines with probabilities stand in the order of the pairs of categories.
 void OrderPairs(Intake& intake);
 
+// finite.cpp: remarks on numbers of machines, kernels and targets that are none to compute with.
+// Changes nothing.
+void CheckFiniteNumbers(Intake& intake);
+
 // checks.cpp: remarks on what machines lose in silence. Changes nothing.
 void CheckMachines(Intake& intake);
 

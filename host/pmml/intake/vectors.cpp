@@ -3,6 +3,7 @@
 #include "host/pmml/intake/vectors.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include <fmt/format.h>
@@ -10,6 +11,7 @@
 #include "host/limits.h"
 #include "host/number_text.h"
 #include "host/pmml/elements.h"
+#include "host/pmml/intake/finite.h"
 #include "host/pmml/intake/steps.h"
 #include "host/tags.h"
 #include "host/transcoder.h"
@@ -126,7 +128,10 @@ void VectorReader::ReadDense(DOMElement* array) {
                           NameOf(array));
   }
   WideView offender;
-  const auto count = CountNumbers(TextView(array, joined_), offender);
+  bool large = false;
+  const WideView text = TextView(array, joined_);
+  const auto count = CountNumbers(text, offender, large);
+  if (large) CheckFiniteWords(intake_, array, text);
   if (!count) return intake_.Refuse(array, code::kBadValue, Narrow(offender));
   if (*count != fields_) return RefuseLength(array, std::to_string(*count));
   intake_.Change(kDense, array);
@@ -249,7 +254,7 @@ int VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
   if (ParseInteger(slow) != read) intake_.Doubt(kNoNumber, list, code::kBadValue, slow);
   if (IsOutside(read)) {
     intake_.Doubt(kOutside, list, code::kBadContent,
-                  fmt::format("the index {} for {} vector fields", read, fields_),
+                  fmt::format("the index {} for {} vector fields", slow, fields_),
                   tags::XML_ELE_SVM_INDICES);
   }
   return read;
@@ -274,7 +279,10 @@ void VectorReader::ReadIndices(const DOMElement* list) {
 std::size_t VectorReader::CountEntries(const DOMElement* list) {
   const WideView text = TextView(list, joined_);
   WideView offender;
-  if (const auto count = CountNumbers(text, offender)) return *count;
+  bool large = false;
+  const auto count = CountNumbers(text, offender, large);
+  if (large || !count) CheckFiniteWords(intake_, list, text);
+  if (count) return *count;
   intake_.Doubt(kNoNumber, list, code::kBadValue, Narrow(offender));
   return CountWords(text);
 }
@@ -294,8 +302,11 @@ bool VectorReader::RefusesIndices(const DOMElement* list, bool fills_gaps) const
   std::sort(sorted.begin(), sorted.end());
   const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
   if (twice == sorted.end()) return false;
-  intake_.Refuse(list, code::kBadContent, fmt::format("the index {} twice", *twice),
-                 tags::XML_ELE_SVM_INDICES);
+  const bool beyond = *twice == std::numeric_limits<int>::max();
+  intake_.Refuse(
+      list, code::kBadContent,
+      beyond ? "two indices beyond the range" : fmt::format("the index {} twice", *twice),
+      tags::XML_ELE_SVM_INDICES);
   return true;
 }
 

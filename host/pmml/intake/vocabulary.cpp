@@ -24,6 +24,9 @@ constexpr StepKind kAttribute{"attribute-ignored",
 constexpr StepKind kRepeated{
     "element-repeated", "of an element that its parent holds once at most, only the first is read"};
 
+constexpr StepKind kInText{"element-in-text",
+                           "the text of an element inside numbers is read as a part of them"};
+
 constexpr StepKind kWord{
     "attribute-value-ignored",
     "an attribute whose value is none that it may have counts as if it were not there"};
@@ -32,7 +35,7 @@ struct Definition {
   const char* name;
   const char* attributes;
   // Those that may come more than once carry a star; % stands for any expression, and a lone ? for
-  // whatever comes.
+  // whatever comes; a lone ! for a text that takes in the texts of elements.
   const char* children = "";
 };
 
@@ -103,7 +106,16 @@ constexpr std::array kDefinitions = {
     Definition{"VectorInstance", "id",
                "Array REAL-ARRAY NUM-ARRAY INT-ARRAY REAL-Array INT-Array REAL-SparseArray "
                "INT-SparseArray"},
-    Definition{"Array", "type n"},
+    Definition{"Array", "type n", "!"},
+    Definition{"REAL-ARRAY", "type n", "!"},
+    Definition{"NUM-ARRAY", "type n", "!"},
+    Definition{"INT-ARRAY", "type n", "!"},
+    Definition{"REAL-Array", "type n", "!"},
+    Definition{"INT-Array", "type n", "!"},
+    Definition{"Indices", "", "!"},
+    Definition{"REAL-Entries", "", "!"},
+    Definition{"INT-Entries", "", "!"},
+    Definition{"Entries", "", "!"},
     Definition{"REAL-SparseArray", "n defaultValue", "Indices REAL-Entries INT-Entries Entries"},
     Definition{"INT-SparseArray", "n defaultValue", "Indices REAL-Entries INT-Entries Entries"},
     Definition{"SupportVectorMachine", "targetCategory alternateTargetCategory threshold",
@@ -145,6 +157,7 @@ struct Entry {
   std::vector<WideText> attributes;
   std::vector<Child> children;
   bool open = false;
+  bool text = false;
   std::vector<std::pair<WideText, std::vector<WideText>>> words;  // by attribute
 };
 
@@ -164,6 +177,7 @@ Entry EntryOf(const Definition& definition) {
     entry.attributes.push_back(ToUtf16(word));
   }
   entry.open = std::string_view(definition.children) == "?";
+  entry.text = std::string_view(definition.children) == "!";
   for (std::string& word : WordsOf(definition.children)) {
     if (word == "%") {
       for (const char* name : kExpressions) entry.children.push_back({ToUtf16(name), true});
@@ -250,7 +264,12 @@ class Vocabulary {
         last = name;
       }
       if (found == entry.children.end()) {
-        if (!IsPassedOver(element, name)) TellUnknown(child, element);
+        if (entry.text) {
+          intake_.Doubt(kInText, child, code::kBadContent, "element " + NameOf(child),
+                        NameOf(element));
+        } else if (!IsPassedOver(element, name)) {
+          TellUnknown(child, element);
+        }
       } else if (const auto at = static_cast<std::size_t>(found - entry.children.begin());
                  seen[at] && !found->repeats) {
         intake_.Doubt(kRepeated, child, code::kBadContent, "a second " + NameOf(child),
