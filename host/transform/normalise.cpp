@@ -1,5 +1,6 @@
 // NormContinuous and NormDiscrete.
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <vector>
 
@@ -17,6 +18,20 @@ struct Point {
 };
 
 enum class Outliers { kAsIs, kAsMissing, kAsExtreme };
+
+// Computed with halves where a difference of numbers this far apart would overflow.
+double OnLine(const Point& left, const Point& right, double x) {
+  double run = right.orig - left.orig;
+  double way = x - left.orig;
+  if (!std::isfinite(run) || !std::isfinite(way)) {
+    run = right.orig / 2 - left.orig / 2;
+    way = x / 2 - left.orig / 2;
+  }
+  const double part = way / run;
+  const double rise = right.norm - left.norm;
+  if (std::isfinite(rise)) return left.norm + part * rise;
+  return 2 * (left.norm / 2 + part * (right.norm / 2 - left.norm / 2));
+}
 
 // Piecewise linear: y = b + (x - a) / (c - a) * (d - b) on the segment from (a, b) to (c, d), in
 // this order of operations. Beyond the ends the first and the last segment go on, where the
@@ -45,10 +60,7 @@ class NormContinuous : public Expression {
     const auto after =
         std::upper_bound(points_.begin() + 1, points_.end() - 1, x,
                          [](double left, const Point& point) { return left < point.orig; });
-    const Point& left = *(after - 1);
-    const Point& right = *after;
-    return Value::Double(left.norm +
-                         (x - left.orig) / (right.orig - left.orig) * (right.norm - left.norm));
+    return Value::Result(OnLine(*(after - 1), *after, x));
   }
 
  private:

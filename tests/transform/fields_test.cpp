@@ -45,6 +45,20 @@ TEST(NormContinuous, DividesThenMultipliesThenAdds) {
   }
 }
 
+TEST(NormContinuous, GoesBetweenPointsThatAreFarApart) {
+  const auto run = [](const std::string& points) {
+    return Over(DataField("x", "double"), "double",
+                "<NormContinuous field='x'>" + points + "</NormContinuous>")
+        .DeriveEach("-1e308 0 0.5e308 1e308 1.5e308");
+  };
+  EXPECT_EQ(run("<LinearNorm orig='-1e308' norm='0'/><LinearNorm orig='1e308' norm='1'/>"),
+            "0 0.5 0.75 1 1.25");
+  EXPECT_EQ(run("<LinearNorm orig='-1e308' norm='-1e308'/><LinearNorm orig='1e308' norm='1e308'/>"),
+            "-1e+308 0 5e+307 1e+308 1.5e+308");
+  EXPECT_EQ(run("<LinearNorm orig='0' norm='0'/><LinearNorm orig='1' norm='2'/>"),
+            "invalid 0 1e+308 invalid invalid");
+}
+
 TEST(NormContinuous, ReadsNumbersOutOfTexts) {
   EXPECT_EQ(Over(DataField("x", "string"), "double",
                  "<NormContinuous field='x'><LinearNorm orig='0' norm='0'/>"
