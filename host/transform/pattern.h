@@ -10,10 +10,12 @@
 #include <string_view>
 #include <vector>
 
+#include "host/transform/work.h"
+
 namespace svmscore::transform {
 
-// Immutable; any number of threads. The work for one match is limited, so that no text keeps a
-// thread for long: beyond the limit, and for texts that are not UTF-8, there is no answer.
+// Immutable; any number of threads. A search spends work, so that no text keeps a thread for long:
+// when there is none left, and for texts that are not UTF-8, there is no answer.
 class Pattern {
  public:
   // Null where the text is no pattern; `error`, where given, then says why.
@@ -24,28 +26,30 @@ class Pattern {
   Pattern& operator=(const Pattern&) = delete;
 
   // True where some part of the text matches.
-  std::optional<bool> Matches(std::string_view text) const;
+  std::optional<bool> Matches(std::string_view text, Work& work) const;
 
   // The matches of at least one character, from left to right, none reaching into another.
   struct Match {
     std::size_t begin;
     std::size_t end;
   };
-  std::optional<std::vector<Match>> FindAll(std::string_view text) const;
+  std::optional<std::vector<Match>> FindAll(std::string_view text, Work& work) const;
   // Every match replaced: $1 to $9 stand for groups, $$ for a dollar sign.
-  std::optional<std::string> Replace(std::string_view text, std::string_view replacement) const;
+  std::optional<std::string> Replace(std::string_view text, std::string_view replacement,
+                                     Work& work) const;
   // Every match replaced by the text as it stands.
-  std::optional<std::string> ReplaceLiteral(std::string_view text,
-                                            std::string_view replacement) const;
+  std::optional<std::string> ReplaceLiteral(std::string_view text, std::string_view replacement,
+                                            Work& work) const;
 
   // False where a dollar sign of the replacement stands before neither a digit nor another one.
   static bool IsReplacement(std::string_view replacement);
 
  private:
   struct Code;
+  class Search;
   explicit Pattern(std::unique_ptr<Code> code);
   std::optional<std::string> Substitute(std::string_view text, std::string_view replacement,
-                                        std::uint32_t options) const;
+                                        std::uint32_t options, Work& work) const;
 
   std::unique_ptr<Code> code_;
 };

@@ -41,7 +41,8 @@ class TextIndex : public Expression {
     const Value* fixed = term_->Fixed();
     if (fixed != nullptr && fixed->IsPresent()) {
       Arena pool;
-      fixed_term_ = rules_.Split(TextOf(*fixed, pool));
+      Work work;
+      fixed_term_ = rules_.Split(TextOf(*fixed, pool), work);
     }
   }
 
@@ -51,14 +52,17 @@ class TextIndex : public Expression {
     if (value.IsMissing() || (!fixed_term_ && term.IsMissing())) return Value::Missing();
     if (value.IsInvalid() || term.IsInvalid()) return Value::Invalid();
     std::string text(TextOf(value, frame.arena));
+    Work work;
     for (const TextNormalisation& step : normalisations_) {
-      if (!step.Run(text)) return Value::Invalid();
+      if (!step.Run(text, work)) return Value::Invalid();
     }
-    const auto words = rules_.Split(text);
+    const auto words = rules_.Split(text, work);
     if (!words) return Value::Invalid();
-    if (fixed_term_) return Weigh(*words, Count(*words, *fixed_term_));
-    const auto term_words = rules_.Split(TextOf(term, frame.arena));
-    return term_words ? Weigh(*words, Count(*words, *term_words)) : Value::Invalid();
+    const auto term_words =
+        fixed_term_ ? std::nullopt : rules_.Split(TextOf(term, frame.arena), work);
+    if (!fixed_term_ && !term_words) return Value::Invalid();
+    const auto count = Count(*words, fixed_term_ ? *fixed_term_ : *term_words, work);
+    return count ? Weigh(*words, *count) : Value::Invalid();
   }
 
  private:
@@ -86,15 +90,18 @@ class TextIndex : public Expression {
     best_hits_ = hits == "bestHits";
   }
 
-  std::size_t Count(const Words& text, const Words& term) const {
+  // Nothing where the work is spent.
+  std::optional<std::size_t> Count(const Words& text, const Words& term, Work& work) const {
     std::size_t count = 0;
     int best = rules_.MostEdits();
     if (term.empty()) return 0;
+    if (best == 0) return Occurrences(text, term, work);
     for (std::size_t at = 0; at + term.size() <= text.size(); ++at) {
-      const int edits = EditsAt(text, at, term, best);
-      if (edits > best) continue;
-      if (best_hits_ && edits < best) {
-        best = edits;
+      const auto edits = EditsAt(text, at, term, best, work);
+      if (!edits) return std::nullopt;
+      if (*edits > best) continue;
+      if (best_hits_ && *edits < best) {
+        best = *edits;
         count = 0;
       }
       ++count;

@@ -57,7 +57,10 @@ void TextNormalisation::AddRow(const Element* row, const std::string& in, const 
     Refuse(row, "the replacement \"" + out +
                     "\" has a dollar sign that is neither doubled nor before a digit");
   }
-  if (!regex && rules_.MostEdits() > 0) made.words = rules_.Split(in).value_or(Words());
+  if (!regex && rules_.MostEdits() > 0) {
+    Work work;
+    made.words = rules_.Split(in, work).value_or(Words());
+  }
   std::string error;
   made.pattern = Pattern::Compile(regex ? in : Quote(in), rules_.IgnoresCase(), &error);
   if (made.pattern == nullptr) {
@@ -66,13 +69,15 @@ void TextNormalisation::AddRow(const Element* row, const std::string& in, const 
   rows_.push_back(std::move(made));
 }
 
-bool TextNormalisation::ReplaceWords(const Row& row, std::string& text) const {
-  const auto words = rules_.Split(text);
+bool TextNormalisation::ReplaceWords(const Row& row, std::string& text, Work& work) const {
+  const auto words = rules_.Split(text, work);
   if (!words) return false;
   std::string result;
   std::size_t copied = 0;
   for (std::size_t at = 0; at + row.words.size() <= words->size();) {
-    if (EditsAt(*words, at, row.words, rules_.MostEdits()) > rules_.MostEdits()) {
+    const auto edits = EditsAt(*words, at, row.words, rules_.MostEdits(), work);
+    if (!edits) return false;
+    if (*edits > rules_.MostEdits()) {
       ++at;
       continue;
     }
@@ -86,25 +91,25 @@ bool TextNormalisation::ReplaceWords(const Row& row, std::string& text) const {
   return true;
 }
 
-bool TextNormalisation::RunRow(const Row& row, std::string& text) const {
-  if (!row.words.empty()) return ReplaceWords(row, text);
-  auto replaced = row.regex ? row.pattern->Replace(text, row.replacement)
-                            : row.pattern->ReplaceLiteral(text, row.replacement);
+bool TextNormalisation::RunRow(const Row& row, std::string& text, Work& work) const {
+  if (!row.words.empty()) return ReplaceWords(row, text, work);
+  auto replaced = row.regex ? row.pattern->Replace(text, row.replacement, work)
+                            : row.pattern->ReplaceLiteral(text, row.replacement, work);
   if (!replaced) return false;
   text = *std::move(replaced);
   return true;
 }
 
-bool TextNormalisation::Run(std::string& text) const {
+bool TextNormalisation::Run(std::string& text, Work& work) const {
   const std::size_t longest = 4 * text.size() + kMostGrowth;
-  const std::size_t most_work = kMostRounds * rows_.size() * (text.size() + kShortText);
-  std::size_t work = 0;
+  const std::size_t most_bytes = kMostRounds * rows_.size() * (text.size() + kShortText);
+  std::size_t bytes = 0;
   for (int round = 0; round < (recursive_ ? kMostRounds : 1); ++round) {
     const std::string before = text;
     for (const Row& row : rows_) {
-      if (!RunRow(row, text) || text.size() > longest) return false;
-      work += text.size();
-      if (work > most_work) return false;
+      if (!RunRow(row, text, work) || text.size() > longest) return false;
+      bytes += text.size();
+      if (bytes > most_bytes) return false;
     }
     if (text == before) return true;
   }

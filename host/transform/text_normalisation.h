@@ -17,8 +17,8 @@ class TextNormalisation {
   TextNormalisation(const Element* element, const WordRules& inherited);
 
   // Replaces every occurrence of each row's text in `text`, row by row; with recursive="true" again
-  // and again until nothing changes. False where that takes too much work, or has no end.
-  bool Run(std::string& text) const;
+  // and again until nothing changes. False where the work is spent, or there seems to be no end.
+  bool Run(std::string& text, Work& work) const;
 
  private:
   struct Row {
@@ -28,9 +28,9 @@ class TextNormalisation {
     std::string replacement;
   };
   void AddRow(const Element* row, const std::string& in, const std::string& out, bool regex);
-  bool RunRow(const Row& row, std::string& text) const;
+  bool RunRow(const Row& row, std::string& text, Work& work) const;
   // Replaces sequences of words that few enough edits would make the row's.
-  bool ReplaceWords(const Row& row, std::string& text) const;
+  bool ReplaceWords(const Row& row, std::string& text, Work& work) const;
 
   WordRules rules_;
   bool recursive_;

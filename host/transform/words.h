@@ -11,6 +11,7 @@
 
 #include "host/transform/dom.h"
 #include "host/transform/pattern.h"
+#include "host/transform/work.h"
 
 namespace svmscore::transform {
 
@@ -23,12 +24,18 @@ struct Word {
 using Words = std::vector<Word>;
 
 // The number of insertions, deletions and replacements of characters that make one word the other;
-// any number above `most` stands for more than that.
-int EditDistance(std::u32string_view left, std::u32string_view right, int most);
+// any number above `most` stands for more than that. Nothing where the work is spent.
+std::optional<int> EditDistance(std::u32string_view left, std::u32string_view right, int most,
+                                Work& work);
 
 // The edits that make the words of `text` from `at` on those of `term`; more than `most` where it
-// takes more. REQUIRES: text holds that many words.
-int EditsAt(const Words& text, std::size_t at, const Words& term, int most);
+// takes more, and nothing where the work is spent. REQUIRES: text holds that many words.
+std::optional<int> EditsAt(const Words& text, std::size_t at, const Words& term, int most,
+                           Work& work);
+
+// How often the term stands in the text word by word; occurrences may reach into each other.
+// Nothing where the work is spent. REQUIRES: the term is not empty.
+std::optional<std::size_t> Occurrences(const Words& text, const Words& term, Work& work);
 
 // How a text is taken apart and compared: the attributes that TextIndex and its normalisation steps
 // share.
@@ -38,8 +45,8 @@ class WordRules {
   // What the element does not say is as in `inherited`.
   WordRules(const Element* element, const WordRules* inherited);
 
-  // Nothing where the text is not UTF-8 or its separators take too much work to find.
-  std::optional<Words> Split(std::string_view text) const;
+  // Nothing where the text is not UTF-8 or the work is spent.
+  std::optional<Words> Split(std::string_view text, Work& work) const;
   int MostEdits() const { return most_edits_; }
   bool IgnoresCase() const { return !case_sensitive_; }
 

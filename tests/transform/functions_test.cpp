@@ -176,6 +176,42 @@ TEST(Functions, MatchAndReplaceByExpressions) {
          "replace('aaa', 'b*', '-') = -a-a-a-"});
 }
 
+// A class counts by the length that it is written at, so that few steps spend the work.
+TEST(Functions, GiveUpOnSearchesThatTakeTooMuchWork) {
+  const auto run = [](const std::string& call, const std::string& text) {
+    return Loaded(Document(DataField("t", "string"), DerivedField("d", "string", CallToXml(call))))
+        .Derive("d", {{"t", text}});
+  };
+  const std::string letters(50000, 'a');
+  const std::string few = letters.substr(0, 5000);
+  const std::string wide = "[" + letters.substr(0, 2000) + "]";
+  EXPECT_EQ(run("matches(t, '[a-z]*[0-9]')", letters), "invalid") << "a step over many characters";
+  EXPECT_EQ(run("matches(t, '" + wide + "{4000,}[0-9]')", few), "invalid") << "a step that fails";
+  EXPECT_EQ(run("matches(t, '(a*)\\1[0-9]')", few), "invalid") << "back references";
+  EXPECT_EQ(run("replace(t, 'a(?=" + wide + "*+)', 'b')", few), "invalid") << "many matches";
+  // Long texts as such are none of these.
+  EXPECT_EQ(run("matches(t, '[a-z]+[0-9]')", few + "1"), "true");
+  std::string words;
+  for (int i = 0; i < 20000; ++i) words += "some word ";
+  EXPECT_EQ(run("stringLength(replace(t, '[a-z]*e +', ''))", words), "100000");
+}
+
+// Too long to be compiled with a meter: lists of words go, the rest is refused.
+TEST(Functions, SearchForLongLists) {
+  std::string list = "x1";
+  for (int i = 0; i < 3000; ++i) list += "|w" + std::to_string(i);
+  EXPECT_EQ(Evaluate("matches('w2999', '^(?:" + list + ")$')"), "true");
+  const std::string searched(1000000, 'w');
+  EXPECT_EQ(Loaded(Document(DataField("t", "string"),
+                            DerivedField("d", "string", CallToXml("matches(t, '" + list + "')"))))
+                .Derive("d", {{"t", searched}}),
+            "invalid");
+  EXPECT_EQ(Refusal(Document("", DerivedField("d", "string",
+                                              CallToXml("matches('', '" + list + "|a*')"))))
+                .substr(0, 6),
+            "260313");
+}
+
 TEST(Functions, CountDaysAndSeconds) {
   Check({"dateDaysSinceYear(date'2024-02-29', 1960) = 23435",
          "dateDaysSinceYear(date'1959-12-30', 1960) = -2",

@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -20,6 +23,14 @@ std::string Compute(const std::string& index, const Case& values) {
   return Loaded(Document(DataField("t", "string") + DataField("term", "string"),
                          DerivedField("d", "double", index)))
       .Derive("d", values);
+}
+
+// The index of the text t for the term in the field `term`.
+Loaded ByField(const std::string& attributes) {
+  return Loaded(Document(DataField("t", "string") + DataField("term", "string"),
+                         DerivedField("d", "double",
+                                      "<TextIndex textField='t' " + attributes +
+                                          "><FieldRef field='term'/></TextIndex>")));
 }
 
 struct Count {
@@ -50,9 +61,8 @@ TEST(TextIndex, CountsTheTermsWords) {
 TEST(TextIndex, TellsMissingFromEmptyTexts) {
   EXPECT_EQ(Compute(Index("", "a"), {}), "missing");
   EXPECT_EQ(Compute(Index("", "a"), {{"t", ""}}), "0");
-  const std::string by_field = "<TextIndex textField='t'><FieldRef field='term'/></TextIndex>";
-  EXPECT_EQ(Compute(by_field, {{"t", "a b a"}}), "missing");
-  EXPECT_EQ(Compute(by_field, {{"t", "a b a"}, {"term", "a"}}), "2");
+  EXPECT_EQ(ByField("").Derive("d", {{"t", "a b a"}}), "missing");
+  EXPECT_EQ(ByField("").Derive("d", {{"t", "a b a"}, {"term", "a"}}), "2");
 }
 
 TEST(TextIndex, WeighsCounts) {
@@ -73,6 +83,68 @@ TEST(TextIndex, AllowsEdits) {
          {best, "brawn fox", text, "2"},
          {"maxLevenshteinDistance='3'", "kitten", "sitting", "1"},
          {"maxLevenshteinDistance='2'", "kitten", "sitting", "0"}});
+}
+
+std::size_t FullDistance(const std::string& left, const std::string& right) {
+  std::vector<std::vector<std::size_t>> rows(left.size() + 1,
+                                             std::vector<std::size_t>(right.size() + 1));
+  for (std::size_t i = 0; i <= left.size(); ++i) {
+    for (std::size_t j = 0; j <= right.size(); ++j) {
+      if (i == 0 || j == 0) {
+        rows[i][j] = i + j;
+        continue;
+      }
+      rows[i][j] = std::min({rows[i - 1][j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1),
+                             rows[i - 1][j] + 1, rows[i][j - 1] + 1});
+    }
+  }
+  return rows.back().back();
+}
+
+TEST(TextIndex, CountsLikeTheSimplestSearches) {
+  std::mt19937 random(7);
+  const auto letters = [&random](std::size_t most, const std::string& between) {
+    std::string text = "a";
+    for (std::size_t i = random() % most; i > 0; --i) text += between + "ab"[random() % 2];
+    return text;
+  };
+  for (std::size_t most = 1; most <= 6; ++most) {
+    const Loaded loaded = ByField("maxLevenshteinDistance='" + std::to_string(most) + "'");
+    for (int i = 0; i < 100; ++i) {
+      const std::string word = letters(12, "");
+      const std::string term = letters(12, "");
+      EXPECT_EQ(loaded.Derive("d", {{"t", word}, {"term", term}}),
+                FullDistance(word, term) <= most ? "1" : "0")
+          << word << " and " << term << " within " << most;
+    }
+  }
+  const Loaded exact = ByField("");
+  for (int i = 0; i < 200; ++i) {
+    const std::string text = letters(40, " ");
+    const std::string term = letters(6, " ");
+    int count = 0;
+    for (std::size_t at = text.find(term); at != std::string::npos; at = text.find(term, at + 1)) {
+      ++count;
+    }
+    EXPECT_EQ(exact.Derive("d", {{"t", text}, {"term", term}}), std::to_string(count))
+        << term << " in " << text;
+  }
+}
+
+TEST(TextIndex, GivesUpOnTooMuchWork) {
+  const std::string letters(20000, 'a');
+  EXPECT_EQ(ByField("maxLevenshteinDistance='20000'")
+                .Derive("d", {{"t", letters}, {"term", "b" + letters}}),
+            "invalid");
+  std::string text;
+  for (int i = 0; i < 20000; ++i) text += "a ";
+  const Loaded near = ByField("maxLevenshteinDistance='1'");
+  EXPECT_EQ(near.Derive("d", {{"t", text}, {"term", text.substr(0, 20000)}}), "invalid");
+  EXPECT_EQ(near.Derive("d", {{"t", text}, {"term", "a b"}}), "19999");
+  const std::string wide = "[" + letters.substr(0, 2000) + "]";
+  EXPECT_EQ(ByField("wordSeparatorCharacterRE='" + wide + "*[0-9]'")
+                .Derive("d", {{"t", letters}, {"term", "a"}}),
+            "invalid");
 }
 
 // A step of normalisation; the cells of a row are the text, what replaces it and, for a regular
@@ -114,6 +186,13 @@ TEST(TextIndex, GivesUpOnStepsWithoutEnd) {
       << "a rotation";
   EXPECT_EQ(Compute(Index("", "b", Step("recursive='true'", {"aa;a", "a;b"})), {{"t", "aaaaaaaa"}}),
             "0");
+  std::vector<std::string> chain;
+  for (int i = 0; i < 3000; ++i) {
+    chain.push_back("w" + std::to_string(i) + ";w" + std::to_string(i + 1));
+  }
+  std::string words;
+  for (int i = 0; i < 3000; ++i) words += "w0 ";
+  EXPECT_EQ(Compute(Index("", "w1", Step("recursive='true'", chain)), {{"t", words}}), "invalid");
 }
 
 TEST(TextIndex, RefusesWhatItCannotDo) {
