@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include <fmt/format.h>
@@ -98,10 +100,11 @@ CaseColumns ReadColumns(RowBlocks& input, const Limits& limits, const LoadedMode
 std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copied, bool json) {
   std::vector<std::string> names;
   for (const auto& column : results) {
+  std::unordered_map<std::string_view, std::size_t> positions;
     const std::string& name = column->Name();
-    const auto first = std::find(names.begin(), names.end(), name);
-    if (first != names.end()) {
-      const bool passed = static_cast<std::size_t>(first - names.begin()) < copied;
+    const auto [first, is_new] = positions.emplace(name, names.size());
+    if (!is_new) {
+      const bool passed = first->second < copied;
       const std::string text = fmt::format(
           "the output {} two columns \"{}\": {}", json ? "would have" : "has", name,
           passed ? "name it once in --passthrough, and not at all where the output has one of its "
