@@ -1,8 +1,11 @@
 #include "app/output_file.h"
 
 #include <cerrno>
+#include <charconv>
+#include <climits>
 #include <cstdio>
 #include <filesystem>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,6 +15,7 @@
 
 #include "app/ending_signals.h"
 #include "app/failure.h"
+#include "app/named_file.h"
 #include "app/system_error.h"
 
 namespace svmscore::app {
@@ -26,22 +30,56 @@ mode_t CreationMode() {
   return 0666 & ~mask;
 }
 
-// The system itself refuses longer chains of links.
-constexpr int kMostLinks = 40;
+int CopyOf(int descriptor) {
+  return fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+}
 
-// A link is followed, so that the file behind it is replaced, or made, and the link stays.
-std::string FollowLinks(const std::string& path) {
-  fs::path target = path;
-  for (int links = 0; links < kMostLinks; ++links) {
-    std::error_code no_link;
-    const fs::path next = fs::read_symlink(target, no_link);
-    if (no_link) break;
-    target = target.parent_path() / next;
+// A copy of the descriptor of this process, which goes on where that stands; of another process,
+// its file at its end. Negative, and errno, where that fails.
+int OpenDescriptor(const fs::path& path) {
+  std::error_code unknown;
+  if (!fs::equivalent(path.parent_path(), "/proc/self/fd", unknown)) {
+    return open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
   }
-  return target.string();
+  const std::string name = path.filename().string();
+  int number = -1;
+  std::from_chars(name.data(), name.data() + name.size(), number);
+  return CopyOf(number);
+}
+
+// Standard output or standard error where that is the file, and can be written; else -1.
+int StreamAt(const struct stat& file) {
+  for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) {
+    struct stat about {};
+    if (fstat(stream, &about) != 0 || about.st_dev != file.st_dev || about.st_ino != file.st_ino) {
+      continue;
+    }
+    if ((fcntl(stream, F_GETFL) & O_ACCMODE) != O_RDONLY) return stream;
+  }
+  return -1;
+}
+
+// What the unfinished file is called: the name, shortened by whole characters where the system
+// would not take the longer one.
+std::string PatternFor(const fs::path& target) {
+  constexpr std::string_view kSuffix = ".unfinished-XXXXXX";
+  std::string name = target.filename().string();
+  if (name.size() > NAME_MAX - kSuffix.size()) {
+    std::size_t kept = NAME_MAX - kSuffix.size();
+    while (kept > 0 && (static_cast<unsigned char>(name[kept]) & 0xC0U) == 0x80U) --kept;
+    name.resize(kept);
+  }
+  return (target.parent_path() / name.append(kSuffix)).string();
 }
 
 }  // namespace
+
+bool IsWrittenInPlace(const std::string& path) {
+  if (path == "-" || IsDescriptor(FollowLinks(path))) return true;
+  struct stat about {};
+  if (stat(path.c_str(), &about) != 0) return false;
+  return !S_ISREG(about.st_mode) || StreamAt(about) >= 0;
+}
 
 OutputFile::OutputFile(const std::string& path) : name_(path) {
   if (path == "-") {
@@ -52,13 +90,18 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
   struct stat about {};
   const bool exists = stat(path.c_str(), &about) == 0;
   if (!exists && errno != ENOENT) Fail(errno);
-  if (exists && !S_ISREG(about.st_mode)) {
-    descriptor_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  const fs::path target = FollowLinks(path);
+  const int stream = exists ? StreamAt(about) : -1;
+  const bool is_descriptor = IsDescriptor(target);
+  if (is_descriptor || stream >= 0 || (exists && !S_ISREG(about.st_mode))) {
+    descriptor_ = is_descriptor ? OpenDescriptor(target)
+                  : stream >= 0 ? CopyOf(stream)
+                                : open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (descriptor_ < 0) Fail(errno);
     return;
   }
   if (exists && access(path.c_str(), W_OK) != 0) Fail(errno);
-  target_ = FollowLinks(path);
+  target_ = target.string();
   OpenTemporary();
   fchmod(descriptor_, exists ? about.st_mode & 07777 : CreationMode());
 }
@@ -66,7 +109,7 @@ OutputFile::OutputFile(const std::string& path) : name_(path) {
 void OutputFile::OpenTemporary() {
   HandleEndingSignals();
   const HoldEndingSignals hold;
-  std::string pattern = target_ + ".unfinished-XXXXXX";
+  std::string pattern = PatternFor(target_);
   descriptor_ = mkostemp(pattern.data(), O_CLOEXEC);
   if (descriptor_ < 0) Fail(errno);
   temporary_ = pattern;

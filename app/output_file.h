@@ -12,8 +12,11 @@ namespace svmscore::app {
 //
 // A regular file is written under another name in the same folder and takes its own name in
 // Commit; until then an earlier file of that name stays as it was. When this object goes without
-// Commit, or SIGINT, SIGTERM, SIGHUP or SIGQUIT ends the process, the unfinished file is removed.
-// One such object at a time.
+// Commit, or an ending signal ends the process, the unfinished file is removed. One such object at
+// a time.
+//
+// A path that means a descriptor of this process, as /dev/stdout and /dev/fd/3 do, and the file
+// that standard output or standard error is at anyway, are written where the descriptor stands.
 class OutputFile {
  public:
   // "-" is standard output.
@@ -36,6 +39,9 @@ class OutputFile {
   std::string temporary_;  // the unfinished file; empty where there is none
   int descriptor_ = -1;
 };
+
+// False where an output of this name becomes a file of its own that appears when it is complete.
+bool IsWrittenInPlace(const std::string& path);
 
 }  // namespace svmscore::app
 

@@ -18,6 +18,7 @@
 #include "app/limit_option.h"
 #include "app/messages.h"
 #include "app/model_file.h"
+#include "app/named_file.h"
 #include "app/output_file.h"
 #include "app/pipeline.h"
 #include "app/progress.h"
@@ -99,8 +100,8 @@ CaseColumns ReadColumns(RowBlocks& input, const Limits& limits, const LoadedMode
 // a name must not be given twice; in CSV a second one is told.
 std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copied, bool json) {
   std::vector<std::string> names;
-  for (const auto& column : results) {
   std::unordered_map<std::string_view, std::size_t> positions;
+  for (const auto& column : results) {
     const std::string& name = column->Name();
     const auto [first, is_new] = positions.emplace(name, names.size());
     if (!is_new) {
@@ -163,7 +164,35 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
   return app;
 }
 
+// Nothing is opened for writing that would be lost by it.
+void ScoreCommand::CheckFiles() const {
+  const auto refuse = [](const std::string& what) {
+    throw Failure(kUsageError, what + "; name another file");
+  };
+  const NamedFile model{model_, Stream::kNeither};
+  const NamedFile cases{cases_, Stream::kInput};
+  const NamedFile output{output_, Stream::kOutput};
+  if (IsSameFile(output, model)) {
+    refuse(fmt::format("the output is the model, {}, and would take its place", model_));
+  }
+  if (IsWrittenInPlace(output_) && IsSameFile(output, cases)) {
+    refuse("the output is the file of the cases, which would be read and written at once");
+  }
+  if (log_.empty()) return;
+  const NamedFile log{log_, Stream::kNeither};
+  if (IsSameFile(log, model)) {
+    refuse(fmt::format("--log names the model, {}, and would be appended to it", model_));
+  }
+  if (IsSameFile(log, cases)) {
+    refuse(fmt::format("--log names the file of the cases, {}, which would never end", log_));
+  }
+  if (IsSameFile(log, output)) {
+    refuse(fmt::format("--log names the output, {}, and one would overwrite the other", log_));
+  }
+}
+
 ExitStatus ScoreCommand::Run() {
+  CheckFiles();
   StartLog(log_);
   const std::vector<std::string> copied = NamesIn(passthrough_);
   DocumentSource source(model_, limits_);

@@ -16,6 +16,8 @@ class ScoreCommand : public Command {
   ExitStatus Run() override;
 
  private:
+  void CheckFiles() const;
+
   std::string model_;
   std::string cases_ = "-";
   std::string output_ = "-";

@@ -65,6 +65,60 @@ TEST(Faults, AClosedPipeEndsTheRunQuietly) {
   EXPECT_EQ(ran.out, "prediction,stddev,ci_lower,ci_upper,status\n");
 }
 
+// A file that a stream stands at goes on there: what was in it stays, and what comes later follows.
+TEST(Faults, AnOutputThatIsAnOpenStreamIsWrittenWhereThatStands) {
+  const TemporaryFolder folder;
+  folder.Write("cases.csv", "x\n1\n");
+  const std::string rows =
+      "prediction,stddev,ci_lower,ci_upper,status\n2.1,0.5,0.6021338632230051,3.597866136776995,"
+      "0\n";
+  for (const char* redirected :
+       {"-o /dev/stdout >> all", "-o /proc/self/fd/1 >> all", "-o link >> all", "-o all >> all",
+        "-o hard >> all", "-o /dev/fd/7 7>> all", "-o /proc/$$/fd/7",
+        "-o /dev/stderr --log log 2>> all"}) {
+    const Ran ran =
+        RunShell("cd " + folder.Path(".") +
+                 "; rm -f all hard; printf 'earlier\\n' > all; ln all hard; ln -sf "
+                 "/dev/stdout link; exec 7>> all; { " +
+                 kScore + "cases.csv " + redirected + "; } 2> err; echo later >> all; cat err >&2");
+    const std::string all = ReadFile(folder.Path("all"));
+    EXPECT_TRUE(all.starts_with("earlier\n" + rows) && all.ends_with("later\n"))
+        << redirected << all << ran.err;
+  }
+  EXPECT_EQ(
+      RunShell("{ " + kScore + folder.Path("cases.csv") + " -o /dev/stdout; echo later; }").out,
+      rows + "later\n");
+}
+
+TEST(Faults, AFileIsNotReadAndWrittenAtOnce) {
+  const TemporaryFolder folder;
+  const std::string model = folder.Write("model", ReadFile(Data("line.pmml")));
+  const std::string cases = folder.Write("cases", "x\n1\n");
+  for (const auto& [rest, message] : std::vector<std::pair<std::string, std::string>>{
+           {"cases --log cases", "--log names the file of the cases, cases, which would never end"},
+           {"--log ./link < cases", "--log names the file of the"},
+           {"cases --log model", "--log names the model, model, and would be appended to it"},
+           {"cases --log new -o ./new", "--log names the output, new, and one would overwrite"},
+           {"cases --log new > new", "--log names the output, new, and one would overwrite"},
+           {"cases -o model", "the output is the model, model, and would take its place"},
+           {"cases >> cases", "the output is the file of the cases"},
+           {"cases -o /dev/stdout >> cases", "the output is the file of the cases"},
+       }) {
+    const Ran ran = RunShell("cd " + folder.Path("") +
+                             "; ln -sf cases link; timeout 60 \"$SVMSCORE\" score model " + rest);
+    EXPECT_EQ(ran.status, 2) << rest;
+    EXPECT_THAT(ran.err, HasSubstr(message));
+    EXPECT_THAT(ran.err, HasSubstr("; name another file\n"));
+    EXPECT_EQ(ReadFile(model), ReadFile(Data("line.pmml")));
+    EXPECT_EQ(ReadFile(cases), "x\n1\n");
+  }
+  // What is read to its end before it is replaced, and devices, lose nothing.
+  const Ran ran = RunShell("cd " + folder.Path("") + "; " + kScore +
+                           "cases -o /dev/null --log /dev/null; " + kScore + "cases -o cases");
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  EXPECT_THAT(ReadFile(cases), HasSubstr("prediction"));
+}
+
 // Messages that nobody can read neither end a run nor find their way into its output.
 TEST(Faults, AnUnusableStandardErrorChangesNothing) {
   const TemporaryFolder folder;

@@ -92,5 +92,24 @@ TEST(OutputFile, AppearsWhereALinkPointsToWithoutAFile) {
   EXPECT_TRUE(fs::is_symlink(folder.Path("second.csv")));
 }
 
+TEST(OutputFile, TakesEveryNameThatAFileCanHave) {
+  const TemporaryFolder folder;
+  std::string wide;
+  while (wide.size() < 254) wide += "\xC3\xA9";
+  for (const std::string& name : {std::string(255, 'n'), wide, "n" + wide, std::string(238, 'n')}) {
+    const std::string path = folder.Path(name);
+    OutputFile output(path);
+    for (const auto& file : fs::directory_iterator(folder.Path("."))) {
+      const std::string unfinished = file.path().filename().string();
+      const std::size_t end = unfinished.find(".unfinished-");
+      EXPECT_EQ(end + 18, unfinished.size());
+      EXPECT_TRUE(name.starts_with(unfinished.substr(0, end)));
+      EXPECT_TRUE(end > 235 && (name[end] & 0xC0) != 0x80) << end;
+    }
+    output.Commit();
+    EXPECT_TRUE(fs::remove(path));
+  }
+}
+
 }  // namespace
 }  // namespace svmscore::app
