@@ -9,9 +9,10 @@
 
 namespace svmscore::app {
 
-// From now on SIGINT, SIGTERM, SIGHUP and SIGQUIT remove the unfinished file and say on standard
-// error how many cases were written, before they end the process as they always do. One that is
-// ignored, as under nohup, stays so.
+// From now on the signals that end a process and tell of no fault in it, SIGINT, SIGTERM and the
+// real-time ones among them, remove the unfinished file and say on standard error how many cases
+// were written, before they end the process as they always do. One that is ignored, as under nohup,
+// or handled by somebody else, stays so.
 void HandleEndingSignals();
 
 // The file to remove; empty for none.

@@ -159,6 +159,18 @@ TEST(Faults, InputsThatEndEarlyAreRefused) {
   }
 }
 
+// Writes rows into a pipe: more than the program can hold unwritten, so that some of them are
+// written afterwards.
+void Feed(int pipe) {
+  std::string rows = "x,unused\n";
+  while (rows.size() < 2U << 20U) rows += "1," + std::string(60, '-') + '\n';
+  for (std::size_t done = 0; done < rows.size();) {
+    const ssize_t count = write(pipe, rows.data() + done, rows.size() - done);
+    ASSERT_GT(count, 0);
+    done += static_cast<std::size_t>(count);
+  }
+}
+
 class Signals : public testing::TestWithParam<std::pair<int, const char*>> {};
 
 // Rows flow, the output grows, and then the signal comes.
@@ -173,14 +185,7 @@ TEST_P(Signals, SayHowFarTheRunCameAndLeaveNoFile) {
                                         to_file ? folder.Path("scores.csv") : "-"},
                                        "/dev/null", streams.Path("out"), streams.Path("err"));
     const int feed = open(cases.c_str(), O_WRONLY);
-    std::string rows = "x,unused\n";
-    while (rows.size() < 2U << 20U) rows += "1," + std::string(60, '-') + '\n';
-    for (std::size_t done = 0; done < rows.size();) {
-      const ssize_t count = write(feed, rows.data() + done, rows.size() - done);
-      ASSERT_GT(count, 0);
-      done += static_cast<std::size_t>(count);
-    }
-    // More was taken in than the program can hold unwritten, so some of it is written.
+    Feed(feed);
     EXPECT_EQ(folder.FileCount(), to_file ? 2U : 1U);
     kill(program, signal_number);
     EXPECT_EQ(WaitFor(program, 30).status, 128 + signal_number);
@@ -193,13 +198,33 @@ TEST_P(Signals, SayHowFarTheRunCameAndLeaveNoFile) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Signals,
-                         testing::Values(std::pair{SIGINT, "SIGINT"}, std::pair{SIGTERM, "SIGTERM"},
-                                         std::pair{SIGHUP, "SIGHUP"}, std::pair{SIGQUIT, "SIGQUIT"},
-                                         std::pair{SIGXCPU, "SIGXCPU"},
-                                         std::pair{SIGALRM, "SIGALRM"},
-                                         std::pair{SIGUSR1, "SIGUSR1"},
-                                         std::pair{SIGUSR2, "SIGUSR2"}));
+INSTANTIATE_TEST_SUITE_P(
+    All, Signals,
+    testing::Values(std::pair{SIGINT, "SIGINT"}, std::pair{SIGTERM, "SIGTERM"},
+                    std::pair{SIGHUP, "SIGHUP"}, std::pair{SIGQUIT, "SIGQUIT"},
+                    std::pair{SIGXCPU, "SIGXCPU"}, std::pair{SIGALRM, "SIGALRM"},
+                    std::pair{SIGUSR1, "SIGUSR1"}, std::pair{SIGUSR2, "SIGUSR2"},
+                    std::pair{SIGPROF, "SIGPROF"}, std::pair{SIGPWR, "SIGPWR"},
+                    std::pair{SIGRTMIN, "SIGRTMIN"}, std::pair{SIGRTMAX, "SIGRTMIN[+]30"}));
+
+TEST(Faults, AStandardErrorThatNobodyReadsHoldsUpNoEnd) {
+  const TemporaryFolder folder;
+  const std::string cases = folder.Path("cases");
+  const std::string full = folder.Path("full");
+  ASSERT_EQ(mkfifo(cases.c_str(), 0600) + mkfifo(full.c_str(), 0600), 0);
+  const int pipe = open(full.c_str(), O_RDWR | O_NONBLOCK);
+  while (write(pipe, "x", 1) == 1) {
+  }
+  const pid_t program = StartProgram({"score", Data("line.pmml"), cases, "-o", folder.Path("out")},
+                                     "/dev/null", folder.Path("none"), full);
+  const int feed = open(cases.c_str(), O_WRONLY);
+  Feed(feed);
+  kill(program, SIGTERM);
+  EXPECT_EQ(WaitFor(program, 30).status, 128 + SIGTERM);
+  close(feed);
+  close(pipe);
+  EXPECT_EQ(folder.FileCount(), 3U);
+}
 
 TEST(Faults, AnIgnoredSignalStaysIgnored) {
   const TemporaryFolder folder;

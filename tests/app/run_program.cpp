@@ -20,9 +20,7 @@ pid_t Start(std::vector<std::string> command, const std::string& in, const std::
   if (child < 0) throw std::runtime_error("cannot fork");
   if (child > 0) return child;
   // Whoever started the tests may ignore these.
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU, SIGALRM, SIGUSR1, SIGUSR2}) {
-    std::signal(number, SIG_DFL);
-  }
+  for (int number = 1; number <= SIGRTMAX; ++number) std::signal(number, SIG_DFL);
   const bool redirected = std::freopen(in.c_str(), "r", stdin) != nullptr &&
                           std::freopen(out.c_str(), "w", stdout) != nullptr &&
                           std::freopen(err.c_str(), "w", stderr) != nullptr;
