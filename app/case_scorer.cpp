@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include <fmt/format.h>
-
 #include "host/score_status.h"
 #include "host/scoring_log.h"
 
@@ -113,12 +111,7 @@ bool CaseScorer::ReadChunk(CsvRows& rows) {
   while (rows_.size() < chunk_rows_) {
     if (!rows.Next(row_cells_)) return false;
     if (row_cells_.size() != plan_.columns.width) {
-      const bool empty = row_cells_.size() == 1 && row_cells_[0].empty();
-      throw CsvError(rows.RowLine(),
-                     fmt::format("{} where the header has {} cells",
-                                 empty ? std::string("an empty line")
-                                       : fmt::format("a row of {}", row_cells_.size()),
-                                 plan_.columns.width));
+      throw WrongWidth(rows.RowLine(), row_cells_, plan_.columns.width);
     }
     ReadRow();
   }

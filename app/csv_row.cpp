@@ -5,6 +5,8 @@
 
 #include <emmintrin.h>
 
+#include <fmt/format.h>
+
 #include "app/limit_option.h"
 
 namespace svmscore::app {
@@ -28,6 +30,13 @@ char* FindSpecial(char* next, char* end) {
 }
 
 }  // namespace
+
+CsvError WrongWidth(long line, const std::vector<std::string_view>& cells, std::size_t width) {
+  const bool empty = cells.size() == 1 && cells[0].empty();
+  return {line,
+          fmt::format("{} where the header has {} cells",
+                      empty ? "an empty line" : fmt::format("a row of {}", cells.size()), width)};
+}
 
 bool CsvRows::Next(std::vector<std::string_view>& cells) {
   cells.clear();

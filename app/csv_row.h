@@ -53,6 +53,9 @@ class CsvRows {
   Limits limits_;
 };
 
+// For a row that has not as many cells as its header.
+CsvError WrongWidth(long line, const std::vector<std::string_view>& cells, std::size_t width);
+
 // What to add to a message about a column that a header lacks: with line ends of CR alone, a whole
 // file is one header. Empty where it does not look so.
 template <typename Names>

@@ -98,9 +98,11 @@ std::vector<Column> ScoreCases(const LoadedModel& loaded, const VerifyTable& cas
     results.push_back({quantity.name, {}, false, {}});
     quantities.push_back(std::move(quantity));
   }
+  bool any_scored = false;
   for (const std::vector<std::string>& row : cases.rows) {
     SetInputs(cases, row, missing, scored);
     scored.Score();
+    any_scored = any_scored || scored.Status() == 0;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
       const std::string& cell = row[cells[i]];
       const bool given =
@@ -115,6 +117,11 @@ std::vector<Column> ScoreCases(const LoadedModel& loaded, const VerifyTable& cas
                                                    : std::nullopt);
     }
   }
+  if (!any_scored) {
+    throw Failure(kInputError, fmt::format("{}: no case is scored, so that records would have "
+                                           "nothing to compare; svmscore score gives the reasons",
+                                           cases.name));
+  }
   inputs.insert(inputs.end(), results.begin(), results.end());
   return inputs;
 }
@@ -123,6 +130,7 @@ std::vector<Column> ScoreCases(const LoadedModel& loaded, const VerifyTable& cas
 
 std::string VerificationBlock(const LoadedModel& loaded, const VerifyTable& cases,
                               const MissingTokens& missing, const std::string& prefix) {
+  RequireInputs(loaded, cases);
   std::vector<Column> columns = ScoreCases(loaded, cases, missing);
   std::erase_if(columns, [](const Column& column) { return column.IsEmpty(); });
   NameElements(columns);

@@ -12,7 +12,8 @@ namespace svmscore::app {
 
 // A ModelVerification element, in ASCII: the inputs of the cases, and what the model makes of them.
 // `prefix` stands before the names of its elements: empty, or a namespace prefix and a colon.
-// Throws a Failure(kInputError) for a text that XML cannot hold.
+// Throws a Failure(kInputError) for a text that XML cannot hold, for cases none of which gets a
+// score, and as RequireInputs does.
 std::string VerificationBlock(const LoadedModel& loaded, const VerifyTable& cases,
                               const MissingTokens& missing, const std::string& prefix);
 
@@ -23,7 +24,7 @@ struct BlockPlace {
   std::string prefix;   // of the element names around
 };
 // `document` are the bytes of a document that holds a model. Throws a Failure(kModelError) where
-// the encoding is one that this program does not write.
+// the encoding is one that this program does not write, and where the place is within an entity.
 BlockPlace FindBlockPlace(const std::string& document, const std::string& name);
 
 // The document with the block; every other byte stays as it is.

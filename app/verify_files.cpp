@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include "app/csv_row.h"
+#include "app/case_columns.h"
 #include "app/failure.h"
 
 namespace svmscore::app {
@@ -52,15 +52,12 @@ void RemarkLeftOut(const VerifyTable& expected, const ExpectedColumns& compared,
   }
 }
 
-void RequireInputs(const LoadedModel& loaded, const VerifyTable& cases) {
-  for (const auto* var : loaded.needed) {
-    if (cases.FindColumn(var->GetName()) >= 0) continue;
-    throw Failure(kInputError, fmt::format("{}: the header lacks \"{}\", which the model needs{}",
-                                           cases.name, var->GetName(), LineEndHint(cases.header)));
-  }
-}
-
 }  // namespace
+
+void RequireInputs(const LoadedModel& loaded, const VerifyTable& cases) {
+  const std::vector<std::string_view> header(cases.header.begin(), cases.header.end());
+  MatchColumns(header, loaded, {}, cases.name);
+}
 
 void SetInputs(const VerifyTable& cases, const std::vector<std::string>& row,
                const MissingTokens& missing, VerifyCase& scored) {

@@ -30,10 +30,14 @@ struct ExpectedReadings {
   std::vector<ExpectedColumns> all;  // one where the columns are known by name
 };
 
+// Throws a Failure(kInputError) for cases that do not fit the model: a column that it needs is not
+// there, or one that it reads is named twice.
+void RequireInputs(const LoadedModel& loaded, const VerifyTable& cases);
+
 // The ways to read `expected`. Columns mean the values of their names: output fields, or the
 // columns that the program writes. Where none of the names is known, the first column means the
 // prediction, or one of the output fields that are made from it: one reading each. Throws a
-// Failure(kInputError) for files that do not fit together or lack a column that the model needs.
+// Failure(kInputError) for files that do not fit together, and as RequireInputs does.
 ExpectedReadings ReadingsOf(const LoadedModel& loaded, const VerifyTable& cases,
                             const VerifyTable& expected);
 

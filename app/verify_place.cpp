@@ -51,7 +51,8 @@ std::string Widen(std::string_view ascii, Width width) {
   return wide;
 }
 
-// Notes where the children of the first model stand.
+// Notes where the children of the first model stand. Within an entity the parser counts from the
+// entity's beginning, and there is no place for a block.
 class PlaceFinder : public xercesc::DefaultHandler {
  public:
   PlaceFinder(const xercesc::SAX2XMLReader& reader, std::string_view document, std::string tag)
@@ -66,17 +67,21 @@ class PlaceFinder : public xercesc::DefaultHandler {
       const std::string whole = ToUtf8(name);
       place_.prefix = whole.substr(0, whole.size() - local.size());
     }
-    if (IsChild() && local == "ModelVerification") {
+    if (IsRecords(local)) {
       // No tag holds another sign of this kind.
       place_.begin = document_.rfind(tag_, Offset() - 1);
     }
   }
 
   void endElement(const XMLCh*, const XMLCh* local_name, const XMLCh*) override {
-    if (IsChild()) {
-      const std::string local = ToUtf8(local_name);
-      if (local == "SupportVectorMachine") machines_end_ = Offset();
-      if (local == "ModelVerification") place_.end = Offset();
+    const std::string local = IsChild() ? ToUtf8(local_name) : "";
+    const std::string entity = entities_.empty() ? "" : entities_.front();
+    if (IsRecords(local)) {
+      place_.end = Offset();
+      entity_of_records_ = entity;
+    } else if (local == "SupportVectorMachine") {
+      machines_end_ = Offset();
+      entity_of_machines_ = entity;
     }
     if (depth_ == model_depth_) {
       model_depth_ = 0;
@@ -85,6 +90,13 @@ class PlaceFinder : public xercesc::DefaultHandler {
     --depth_;
   }
 
+  void startEntity(const XMLCh* name) override { entities_.push_back(ToUtf8(name)); }
+  void endEntity(const XMLCh*) override { entities_.pop_back(); }
+
+  // The entity of the document that the place is in; empty where it is in the document itself.
+  const std::string& Entity() const {
+    return place_.end > 0 ? entity_of_records_ : entity_of_machines_;
+  }
   BlockPlace Place() const {
     if (place_.end > 0) return place_;
     return {machines_end_, machines_end_, place_.prefix};
@@ -92,6 +104,10 @@ class PlaceFinder : public xercesc::DefaultHandler {
 
  private:
   bool IsChild() const { return model_depth_ > 0 && depth_ == model_depth_ + 1; }
+  // Readers take the first.
+  bool IsRecords(const std::string& local) const {
+    return IsChild() && local == "ModelVerification" && place_.end == 0;
+  }
   // Just after the tag that was read last.
   std::size_t Offset() const {
     return MarkSize(document_) + static_cast<std::size_t>(reader_.getSrcOffset());
@@ -105,6 +121,9 @@ class PlaceFinder : public xercesc::DefaultHandler {
   bool left_ = false;
   std::size_t machines_end_ = 0;
   BlockPlace place_;
+  std::vector<std::string> entities_;  // that the parser is in
+  std::string entity_of_machines_;
+  std::string entity_of_records_;
 };
 
 }  // namespace
@@ -125,8 +144,16 @@ BlockPlace FindBlockPlace(const std::string& document, const std::string& name) 
   reader->setFeature(xercesc::XMLUni::fgXercesDisableDefaultEntityResolution, true);
   PlaceFinder finder(*reader, document, Widen("<", width));
   reader->setContentHandler(&finder);
+  reader->setLexicalHandler(&finder);
   reader->parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(document.data()),
                                            document.size(), "document"));
+  if (!finder.Entity().empty()) {
+    throw Failure(
+        kModelError,
+        fmt::format("{}: records cannot be put into it, for the model's elements come out "
+                    "of the entity \"{}\"; write them in its place",
+                    name, finder.Entity()));
+  }
   return finder.Place();
 }
 

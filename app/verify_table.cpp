@@ -18,8 +18,7 @@ void AddRows(RowBlock& block, const Limits& limits, VerifyTable& table) {
   CsvRows rows(block.text.data(), block.text.size(), block.first_line, limits);
   while (rows.Next(cells)) {
     if (cells.size() != table.header.size()) {
-      throw CsvError(rows.RowLine(), fmt::format("a row of {} where the header has {} cells",
-                                                 cells.size(), table.header.size()));
+      throw WrongWidth(rows.RowLine(), cells, table.header.size());
     }
     table.rows.emplace_back(cells.begin(), cells.end());
   }

@@ -1,5 +1,6 @@
 // svmscore verify, and the columns that documents name.
 #include <string>
+#include <tuple>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -144,6 +145,25 @@ TEST(Verify, ComparesWithExpectedColumns) {
   }
 }
 
+TEST(Verify, RefusesTheCasesThatScoreRefuses) {
+  const TemporaryFolder folder;
+  const std::string expected = folder.Write("expected.csv", "prediction\n2\n");
+  for (const char* text : {"x1,x2,x1\n1,1,2\n", "X1,x2\n1,1\n", "x1,x2\n1,1\n\n"}) {
+    const std::string cases = folder.Write("cases.csv", text);
+    const std::string told = RunProgram({"score", kChain, cases}).err;
+    for (const auto& [command, option, file] : {std::tuple{"verify", "--expected", expected},
+                                                {"doctor", "--expected", expected},
+                                                {"verify", "--write", folder.Path("new.pmml")}}) {
+      const Ran ran = RunProgram({command, kChain, "--input", cases, option, file});
+      EXPECT_EQ(ran.status, 5) << command << option;
+      EXPECT_THAT(ran.err, HasSubstr("the header "));
+      EXPECT_THAT(told, testing::EndsWith(ran.err));
+      EXPECT_EQ(ran.out, "");
+    }
+  }
+  EXPECT_EQ(folder.FileCount(), 2U);
+}
+
 // What `document` becomes when records are made from `cases`, and how many of their cells agree.
 std::string Written(const TemporaryFolder& folder, const std::string& document,
                     const std::string& cases, const std::string& cells) {
@@ -167,6 +187,11 @@ TEST(VerifyWrite, PutsRecordsInAndLeavesTheRestAsItIs) {
   // Once more: the block is replaced, not added.
   EXPECT_EQ(Written(folder, written, "size,colour,grade\n1.5,red,A\n,blue,\"<&>\"\n", "2"),
             written);
+  // Of two blocks the one that is read.
+  const std::string twice =
+      Edited(written, {"</ModelVerification>", "</ModelVerification><ModelVerification/>"});
+  EXPECT_THAT(Written(folder, twice, "size,colour,grade\n1.5,red,A\n", "1"),
+              HasSubstr("</ModelVerification><ModelVerification/>"));
 }
 
 TEST(VerifyWrite, WritesEveryEncodingAndNamesThatAreNoElementNames) {
@@ -186,15 +211,26 @@ TEST(VerifyWrite, WritesEveryEncodingAndNamesThatAreNoElementNames) {
 
 TEST(VerifyWrite, LeavesNothingBehindWhenItCannot) {
   const TemporaryFolder folder;
-  const std::string size = std::to_string(ReadFile(kChain).size());
+  const std::string chain = ReadFile(kChain);
+  const std::string size = std::to_string(chain.size());
+  const TemporaryFolder entities;
+  const std::size_t block = chain.find("<ModelVerification");
+  const std::size_t end = chain.find("</SupportVectorMachineModel>");
+  std::string within = chain.substr(0, block) + "&m;" + chain.substr(end);
+  within.insert(within.find("<PMML"),
+                "<!DOCTYPE PMML [<!ENTITY m '" + chain.substr(block, end - block) + "'>]>");
   const struct {
     std::string model, cases;
     int status;
     std::string told, limit = "9999";
   } rows[] = {
-      {kChain, "x1\n\"a\x01\"\n", 5, "a character that XML cannot hold"},
+      {kChain, "x1,x2\n1,\n\"a\x01\",\n", 5, "a character that XML cannot hold"},
       {kChain, "x1\n", 5, "has no case"},
-      {kChain, "x1\n1\n2\n3\n4\n", 3, "new.pmml: [260318] ", size},
+      {kChain, "x1,x2\nNA,\nabc,\n", 5, "cases.csv: no case is scored"},
+      {entities.Write("chain.pmml", within), "x1,x2\n1,\n", 3,
+       "chain.pmml: records cannot be put into it, for the model's elements come out of the entity "
+       "\"m\""},
+      {kChain, "x1,x2\n1,\n2,\n3,\n4,\n", 3, "new.pmml: [260318] ", size},
       {folder.Path("none.pmml"), "x1\n1\n", 3, "none.pmml: [260301] "},
       // A table's cells are read without the line ends around them.
       {Data("../../output/data/grades.pmml"), "size,colour,grade\n2.5,red,\"A\n\"\n", 6,
