@@ -40,8 +40,10 @@ Judgement JudgeNumbers(double expected, double actual, const Allowance& allowanc
   const bool zeros =
       size <= allowance.zero_threshold && std::fabs(actual) <= allowance.zero_threshold;
   const bool close = std::isfinite(size) && distance <= allowance.precision * size;
-  judgement.agrees = actual == expected || zeros || close;
-  judgement.deviation = actual == expected ? 0.0 : distance / size;
+  const bool equal = actual == expected || (std::isnan(actual) && std::isnan(expected));
+  judgement.agrees = equal || zeros || close;
+  const double deviation = equal ? 0.0 : distance / size;
+  if (!std::isnan(deviation)) judgement.deviation = deviation;
   judgement.near_zero = !judgement.agrees && size <= allowance.zero_threshold;
   return judgement;
 }

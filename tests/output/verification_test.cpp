@@ -29,7 +29,9 @@ TEST(Judge, NumbersAgreeWithinAShareOfTheExpectedOne) {
   EXPECT_FALSE(Agrees("INF", 1e308));
   EXPECT_FALSE(Agrees("4", INFINITY));
   EXPECT_FALSE(Agrees("4", NAN));
-  EXPECT_FALSE(Agrees("NaN", NAN));
+  EXPECT_TRUE(Agrees("NaN", NAN));
+  EXPECT_FALSE(Agrees("NaN", 4));
+  EXPECT_FALSE(Judge("4", Value::Double(NAN), {}).deviation);
   EXPECT_FALSE(Agrees("four", 4));
 }
 
