@@ -1,5 +1,6 @@
 #include "app/pipeline.h"
 
+#include <algorithm>
 #include <atomic>
 #include <exception>
 #include <memory>
@@ -9,6 +10,7 @@
 #include <fmt/format.h>
 #include <oneapi/tbb/enumerable_thread_specific.h>
 #include <oneapi/tbb/global_control.h>
+#include <oneapi/tbb/info.h>
 #include <oneapi/tbb/parallel_pipeline.h>
 #include <oneapi/tbb/task_arena.h>
 
@@ -22,6 +24,9 @@ namespace tbb = oneapi::tbb;
 
 // A buffer that a huge row has grown is not kept beyond this.
 constexpr std::size_t kKeptBytes = 2U << 20U;
+
+// Threads beyond this for each core gain nothing, and every one holds a block.
+constexpr int kMostOfACore = 4;
 
 void KeepWithinBounds(std::string& buffer) {
   if (buffer.capacity() > kKeptBytes) std::string().swap(buffer);
@@ -183,12 +188,13 @@ Failure BrokenRow(const std::string& input_name, const CsvError& error) {
 
 Tally ScoreAll(const ScoringPlan& plan, RowBlocks& input, const std::string& input_name,
                OutputFile& output, Progress& progress, int threads) {
+  const int workers = std::min(threads, kMostOfACore * tbb::info::default_concurrency());
   // Allows more threads than cores where they are asked for.
   const tbb::global_control limit(tbb::global_control::max_allowed_parallelism,
-                                  static_cast<std::size_t>(threads));
-  tbb::task_arena arena(threads);
+                                  static_cast<std::size_t>(workers));
+  tbb::task_arena arena(workers);
   Tally total;
-  arena.execute([&] { total = Run(plan, input, input_name, output, progress, threads).Score(); });
+  arena.execute([&] { total = Run(plan, input, input_name, output, progress, workers).Score(); });
   return total;
 }
 
