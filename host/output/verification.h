@@ -55,8 +55,8 @@ struct Judgement {
 
 // `expected` is a text of a document or file, read by the type of the actual value. Numbers agree
 // where both are within the zero threshold, or where |actual - expected| <= precision * |expected|.
-// Anything else agrees where it is equal. NaN agrees with NaN. A missing or
-// invalid value agrees with nothing.
+// Anything else agrees where it is equal, and NaN with NaN. A missing or invalid value agrees with
+// nothing.
 SVMSCORE_HOST_API Judgement Judge(std::string_view expected, const transform::Value& actual,
                                   const Allowance& allowance);
 
