@@ -54,9 +54,8 @@ bool IsList(std::string_view text) {
         return false;
       }
       ++i;
-    } else if (rest[0] == '*' || rest[0] == '+' || rest[0] == '{') {
-      return false;
-    } else if (rest.substr(0, 2) == "(?" && rest.substr(0, 3) != "(?:") {
+    } else if (rest[0] == '*' || rest[0] == '+' || rest[0] == '{' ||
+               (rest.starts_with("(?") && !rest.starts_with("(?:"))) {
       return false;
     }
   }
