@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <new>
 
 namespace svmscore::transform {
 namespace {
@@ -47,11 +48,12 @@ PatternItems::PatternItems(const pcre2_code* code, std::string_view text)
       referenced_(Info<std::uint32_t>(code, PCRE2_INFO_BACKREFMAX)),
       items_(1),
       item_at_(text.size() + 1) {
-  pcre2_callout_enumerate(code, &PatternItems::Add, this);
+  if (pcre2_callout_enumerate(code, &PatternItems::Add, this) != 0) throw std::bad_alloc();
   text_ = {};
 }
 
-int PatternItems::Add(pcre2_callout_enumerate_block* block, void* self) {
+// No exception goes through the library.
+int PatternItems::Add(pcre2_callout_enumerate_block* block, void* self) try {
   auto& items = *static_cast<PatternItems*>(self);
   std::uint32_t& place = items.item_at_[block->pattern_position];
   if (place != 0) return 0;  // the item of a repeated group comes again
@@ -72,6 +74,8 @@ int PatternItems::Add(pcre2_callout_enumerate_block* block, void* self) {
   item.least = LeastTimes(text);
   item.back_reference = IsBackReference(text);
   return 0;
+} catch (const std::bad_alloc&) {
+  return 1;
 }
 
 std::size_t PatternMeter::Cost(const pcre2_callout_block& block) {
