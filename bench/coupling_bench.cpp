@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/score_value.h"
+#include "host/model/score_value.h"
 #include "svm/model/model.h"
 #include "svm/model/model_data.h"
 

@@ -9,8 +9,8 @@
 #include <xercesc/parsers/XercesDOMParser.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 
-#include "host/pmml/loader.h"
-#include "host/pmml/plugin.h"
+#include "host/load/loader.h"
+#include "host/load/plugin.h"
 
 namespace {
 

@@ -23,10 +23,10 @@
 
 #include <unistd.h>
 
-#include "host/batch_model.h"
-#include "host/pmml/loader.h"
-#include "host/pmml/plugin.h"
-#include "host/score_case_record.h"
+#include "host/model/batch_model.h"
+#include "host/load/loader.h"
+#include "host/load/plugin.h"
+#include "host/model/score_case_record.h"
 
 namespace {
 

@@ -5,21 +5,22 @@
 #include <utility>
 #include <vector>
 
+#include "app/table/read_table.h"
 #include "fuzz/grammar.h"
 #include "fuzz/memory_file.h"
 #include "fuzz/promise.h"
 #include "fuzz/scoring.h"
-#include "host/number_text.h"
+#include "host/text/number_text.h"
 
 namespace svmscore::fuzz {
 namespace {
 
-using app::VerifyTable;
+using tools::TextTable;
 
 // Explaining scores tries many changed models on every case.
 constexpr std::size_t kMostExplained = 8;
 
-VerifyTable Scores(const LoadedModel& loaded, const VerifyTable& cases, Choices& choices) {
+TextTable Scores(const LoadedModel& loaded, const TextTable& cases, Choices& choices) {
   RunOptions options;
   if (choices.Half()) options.columns = app::ColumnChoice::kComputed;
   const app::ScoringPlan plan = PlanOf(loaded, {cases.header.begin(), cases.header.end()}, options);
@@ -31,10 +32,10 @@ VerifyTable Scores(const LoadedModel& loaded, const VerifyTable& cases, Choices&
   Rows header(1);
   for (const auto& column : plan.results) header[0].push_back(column->Name());
   const MemoryFile file(CsvOf(header) + block.out);
-  return app::ReadVerifyTable(file.Path(), {});
+  return app::ReadTable(file.Path(), {});
 }
 
-void Spoil(VerifyTable& scores, Choices& choices) {
+void Spoil(TextTable& scores, Choices& choices) {
   const double scale = choices.Half() ? -1.0 : OddNumber(choices);
   const double offset = choices.Half() ? 0.0 : OddNumber(choices);
   const std::size_t column = choices.Below(scores.header.size());
@@ -53,14 +54,14 @@ void Spoil(VerifyTable& scores, Choices& choices) {
 
 }  // namespace
 
-app::CaseFiles MakeCaseFiles(const LoadedModel& loaded, Choices& choices) {
-  VerifyTable cases;
+tools::CaseFiles MakeCaseFiles(const LoadedModel& loaded, Choices& choices) {
+  TextTable cases;
   cases.name = "cases";
   cases.header = NamesFor(loaded);
   cases.rows = MakeRows(loaded, cases.header, 1 + choices.Below(kMostExplained), choices);
   // Of a model without inputs a row is empty, which is no row of a table.
   if (cases.header.empty()) cases.rows.clear();
-  VerifyTable scores = Scores(loaded, cases, choices);
+  TextTable scores = Scores(loaded, cases, choices);
   if (!choices.Rarely()) Spoil(scores, choices);
   return {std::move(cases), std::move(scores), {"NA"}, choices.Half() ? 1e-9 : 0.25};
 }

@@ -4,12 +4,12 @@
 
 #include "fuzz/grammar.h"
 #include "fuzz/promise.h"
-#include "host/pmml/document.h"
-#include "host/pmml/elements.h"
-#include "host/score_case_record.h"
-#include "host/ss_exception.h"
-#include "host/transformation_dictionary.h"
-#include "host/translator.h"
+#include "host/model/score_case_record.h"
+#include "host/model/ss_exception.h"
+#include "host/transform/transformation_dictionary.h"
+#include "host/translate/translator.h"
+#include "host/xml/document.h"
+#include "host/xml/elements.h"
 
 namespace svmscore::fuzz {
 namespace {

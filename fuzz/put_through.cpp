@@ -3,17 +3,18 @@
 #include <optional>
 #include <sstream>
 
-#include "app/doctor/examination.h"
+#include "app/describe/summary_output.h"
 #include "app/doctor/report.h"
-#include "app/failure.h"
-#include "app/intake_report.h"
-#include "app/model_summary.h"
+#include "app/load/intake_report.h"
 #include "fuzz/expected_scores.h"
 #include "fuzz/memory_file.h"
 #include "fuzz/promise.h"
 #include "fuzz/scoring.h"
-#include "host/pmml/loader.h"
-#include "host/ss_exception.h"
+#include "host/load/loader.h"
+#include "host/model/ss_exception.h"
+#include "tools/base/bad_input.h"
+#include "tools/doctor/examination.h"
+#include "tools/findings/intake_text.h"
 
 namespace svmscore::fuzz {
 namespace {
@@ -23,10 +24,10 @@ using MCZandor_850::SSException;
 constexpr const char* kName = "model.pmml";
 
 void Describe(const LoadedModel& loaded) {
-  const app::ModelSummary summary = app::Summarise(loaded);
+  const tools::ModelSummary summary = tools::Summarise(loaded);
   Promise(!app::TextOf(summary).empty() && !app::JsonOf(summary).empty(), "a summary tells");
   for (const IntakeStep& step : loaded.intake) {
-    Promise(!app::SentenceOf(step).empty(), "a step of the intake is told");
+    Promise(!tools::SentenceOf(step).empty(), "a step of the intake is told");
   }
   std::ostringstream listing;
   loaded.model->Display(listing);
@@ -49,18 +50,18 @@ void Score(const std::string& document, Choices& choices) {
 }
 
 // With scores to explain where there are any.
-void Examine(const app::OpenedDocument& opened, app::DocumentSource& source,
+void Examine(const tools::OpenedDocument& opened, tools::DocumentSource& source,
              const std::string& document, Choices& choices) {
-  std::optional<app::CaseFiles> files;
-  if (app::IsScored(opened) && choices.Half()) {
+  std::optional<tools::CaseFiles> files;
+  if (tools::IsScored(opened) && choices.Half()) {
     files = MakeCaseFiles(LoadAgain(document, LoadChecks::kRefuse), choices);
   }
-  std::vector<app::Finding> findings;
+  std::vector<tools::Finding> findings;
   try {
-    findings = app::Examine(opened, ThePlugin(), source, files);
-  } catch (const app::Failure& failure) {
-    Promise(files.has_value() && failure.Status() == app::kInputError, "scores that do not fit");
-    findings = app::Examine(opened, ThePlugin(), source, std::nullopt);
+    findings = tools::Examine(opened, ThePlugin(), source, files);
+  } catch (const tools::BadCases&) {
+    Promise(files.has_value(), "scores that do not fit");
+    findings = tools::Examine(opened, ThePlugin(), source, std::nullopt);
   }
   Promise(!app::ReportText(kName, findings).empty() && !app::ReportJson(kName, findings).empty(),
           "a report tells");
@@ -70,14 +71,14 @@ void Examine(const app::OpenedDocument& opened, app::DocumentSource& source,
 
 void PutThrough(const std::string& document, Choices& choices) {
   const MemoryFile file(document);
-  app::DocumentSource source(file.Path(), {});
-  const app::OpenedDocument opened = app::OpenDocument(ThePlugin(), source);
+  tools::DocumentSource source(file.Path(), {});
+  const tools::OpenedDocument opened = tools::OpenDocument(ThePlugin(), source);
   if (opened.refused) Promise(!opened.refused->what.empty(), "a refusal says why");
   Promise(opened.IsRead() || opened.refused, "a document is read or refused");
   if (!opened.IsRead()) return;
   Examine(opened, source, document, choices);
   if (opened.loaded) Describe(*opened.loaded);
-  if (app::IsScored(opened)) Score(document, choices);
+  if (tools::IsScored(opened)) Score(document, choices);
 }
 
 }  // namespace svmscore::fuzz

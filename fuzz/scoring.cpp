@@ -7,9 +7,9 @@
 #include <set>
 #include <utility>
 
-#include "app/case_batch.h"
+#include "app/score/case_batch.h"
 #include "fuzz/promise.h"
-#include "host/score_status.h"
+#include "host/model/score_status.h"
 
 namespace svmscore::fuzz {
 namespace {
@@ -117,7 +117,7 @@ ScoringPlan PlanOf(const LoadedModel& loaded, const std::vector<std::string_view
                    const RunOptions& options) {
   ScoringPlan plan;
   plan.model = loaded.model.get();
-  plan.columns = app::MatchColumns(header, loaded, options.copied, "cases");
+  plan.columns = tools::MatchColumns(header, loaded, options.copied, "cases");
   plan.missing_tokens = options.missing_tokens;
   plan.replace_missing = loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
   plan.output = loaded.output.get();

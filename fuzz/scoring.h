@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "app/case_scorer.h"
+#include "app/score/case_scorer.h"
 #include "fuzz/choices.h"
-#include "host/pmml/loader.h"
-#include "host/pmml/plugin.h"
+#include "host/load/loader.h"
+#include "host/load/plugin.h"
 
 namespace svmscore::fuzz {
 

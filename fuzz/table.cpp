@@ -7,12 +7,13 @@
 
 #include <nlohmann/json.hpp>
 
-#include "app/failure.h"
-#include "app/input_file.h"
-#include "app/row_blocks.h"
+#include "app/base/failure.h"
+#include "app/files/input_file.h"
+#include "app/table/row_blocks.h"
 #include "fuzz/memory_file.h"
 #include "fuzz/promise.h"
 #include "fuzz/scoring.h"
+#include "tools/base/bad_input.h"
 
 namespace svmscore::fuzz {
 namespace {
@@ -61,6 +62,7 @@ std::optional<Written> Score(const LoadedModel& loaded, const MemoryFile& table,
     return Run(plan, input);
   } catch (const CsvError&) {
   } catch (const app::Failure&) {
+  } catch (const tools::BadCases&) {
   }
   return std::nullopt;
 }

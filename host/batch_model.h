@@ -1,65 +1,7 @@
-// Scoring many cases at once.
+// Moved: programs that include it from here get it from its room.
 #ifndef HOST_BATCH_MODEL_H_
 #define HOST_BATCH_MODEL_H_
 
-#include <cstddef>
-#include <utility>
-
-#include "host/api.h"
-#include "host/score_case_record.h"
-#include "host/score_status.h"
-
-namespace svmscore {
-
-// Cases as the numbers that a model makes of them: entry e of case c is entries[e * stride + c].
-struct BatchCases {
-  const double* entries = nullptr;  // [EntryCount()][stride]
-  std::size_t stride = 0;           // at least `count`
-  std::size_t count = 0;
-};
-
-// What becomes of the cases: columns that the caller owns. A null column is not wanted, and one
-// that the model's kind does not compute is filled with its "none". Categories are positions among
-// the categories of the target.
-struct BatchResults {
-  long* status = nullptr;        // [count]; 0, or the code of the case's failure. Never null.
-  int* category = nullptr;       // [count]; -1: none
-  double* value = nullptr;       // [count]; a regression's, in units of its target
-  double* confidence = nullptr;  // [count]; -1.0: none
-  // [categories][stride]: of category k and case c, percents[k * stride + c]; -1.0: none
-  double* percents = nullptr;
-  double* std_dev = nullptr;     // [count]; -1.0: none
-  bool* has_interval = nullptr;  // [count]
-  double* lower = nullptr;       // [count]; written where there is an interval
-  double* upper = nullptr;       // [count]; likewise
-  double* decisions = nullptr;   // [DecisionCount()][stride]: decision m of case c
-  std::size_t stride = 0;        // of percents and decisions; at least `count`
-};
-
-// A model that scores blocks of cases faster than one case after another. A ScoreModel may be one
-// besides: ask by dynamic_cast. What GetScore yields for a case, this yields to the last bit, for
-// any number of cases at a time, in the rounding mode to nearest. The rules on threads are those of
-// ScoreModel: the model's first case is shown to GetScore, alone; then any number of threads may
-// call. A case that fails leaves the line in the log that GetScore writes.
-class SVMSCORE_HOST_API BatchModel {
- public:
-  virtual ~BatchModel();
-
-  // Numbers that a case comes down to, and decision values that a case gets.
-  virtual std::size_t EntryCount() const = 0;
-  virtual std::size_t DecisionCount() const = 0;
-  // The categories that a decision value decides between; -1 for none.
-  virtual std::pair<int, int> DecisionCategories(std::size_t decision) const = 0;
-
-  // Works out the entries of one case, with `flag` as for GetScore. An error is the status of the
-  // case, which then must not become part of a batch; some entries may have been written. Never
-  // throws.
-  virtual MCScore::MCStatus ReadCase(const MCZandor_850::ScoreCaseRecord& record, bool flag,
-                                     double* entries, std::size_t stride) = 0;
-  // Scores cases that ReadCase has accepted. Never throws: where memory runs out every case fails.
-  virtual void ScoreBatch(const BatchCases& cases, const BatchResults& results) = 0;
-};
-
-}  // namespace svmscore
+#include "host/model/batch_model.h"
 
 #endif  // HOST_BATCH_MODEL_H_

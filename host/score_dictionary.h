@@ -1,51 +1,7 @@
-// Sets of variables, looked up by name.
+// Moved: programs that include it from here get it from its room.
 #ifndef HOST_SCORE_DICTIONARY_H_
 #define HOST_SCORE_DICTIONARY_H_
 
-#include <memory>
-#include <string>
-#include <unordered_map>
-#include <vector>
-
-#include "host/api.h"
-#include "host/score_dict_var.h"
-
-namespace MCZandor_850 {
-
-// The interface through which models and translators read a dictionary. A dictionary made by a
-// translator is shared between that translator and the model that it is handed to, and lives as
-// long as either; one that the caller made with `new` belongs to the model that it is handed to.
-class SVMSCORE_HOST_API ScoreDictionary : public std::enable_shared_from_this<ScoreDictionary> {
- public:
-  virtual ~ScoreDictionary();
-
-  // Null where the dictionary has no variable of that name. Constant time.
-  virtual ScoreDictVar* FindVar(const std::string& name) const = 0;
-  // In the order in which they were added. With `without_hidden`, those that a derived field of the
-  // same name hides are left out.
-  virtual std::vector<ScoreDictVar*> GetVariables(bool without_hidden = false) const = 0;
-};
-
-class SVMSCORE_HOST_API BaseDictionary : public ScoreDictionary {
- public:
-  BaseDictionary();
-  ~BaseDictionary() override;
-
-  // Takes ownership of a variable; false (and the variable is deleted) when its name is taken.
-  bool AddVar(std::unique_ptr<ScoreDictVar> var);
-  // Adds a variable that someone else owns, under `name`; it must outlive the dictionary. False
-  // when the name is taken.
-  bool AddVar(const std::string& name, const ScoreDictVar* var);
-
-  ScoreDictVar* FindVar(const std::string& name) const override;
-  std::vector<ScoreDictVar*> GetVariables(bool without_hidden = false) const override;
-
- private:
-  std::vector<std::unique_ptr<ScoreDictVar>> owned_;
-  std::vector<ScoreDictVar*> in_order_;
-  std::unordered_map<std::string, ScoreDictVar*> by_name_;
-};
-
-}  // namespace MCZandor_850
+#include "host/model/score_dictionary.h"
 
 #endif  // HOST_SCORE_DICTIONARY_H_

@@ -1,64 +1,7 @@
-// What scoring one case yields, as hosts read it.
+// Moved: programs that include it from here get it from its room.
 #ifndef HOST_SCORE_RESULT_H_
 #define HOST_SCORE_RESULT_H_
 
-#include <utility>
-#include <vector>
-
-#include "host/api.h"
-#include "host/score_dict_var.h"
-#include "host/score_value.h"
-
-namespace MCZandor_850 {
-
-// Kinds of result that a host can tell apart.
-enum ScoreResultType { kSVMClassificationResult = 18, kSVMRegressionResult = 19 };
-
-// A result belongs to the caller of GetScore, which may hand it back for the next case of the same
-// model. One thread at a time.
-class SVMSCORE_HOST_API ScoreResult {
- public:
-  virtual ~ScoreResult() {}
-
-  // Who owns the value is said by the derived class.
-  virtual void SetPrediction(ScoreValue* value) = 0;
-  // Null where there is none. It must not be deleted by the caller.
-  virtual ScoreValue* GetPrediction() const = 0;
-  virtual const ScoreDictVar* GetTarget() const = 0;
-  virtual void SetConfidence(double confidence) = 0;
-  // -1.0 where there is none.
-  virtual double GetConfidence() const = 0;
-  virtual ScoreResultType GetScoreResultType() const = 0;
-};
-
-class SVMSCORE_HOST_API ScoreClsResult : public ScoreResult {
- public:
-  ~ScoreClsResult() override {}
-
-  // Adds a category with its share or probability (0 to 1). The value is borrowed.
-  virtual bool AddValuePercent(ScoreValue* value, double percent) = 0;
-  // -1.0 for a category that has none.
-  virtual double GetPercent(const ScoreValue* value) const = 0;
-  virtual const std::vector<std::pair<ScoreValue*, double>>& GetAllValuePercent() const = 0;
-};
-
-class SVMSCORE_HOST_API ScoreRegResult : public ScoreResult {
- public:
-  ~ScoreRegResult() override {}
-
-  virtual void SetStdDev(double std_dev) = 0;
-  // -1.0 where there is none.
-  virtual double GetStdDev() const = 0;
-};
-
-// A result that can hold an interval around its prediction; found by dynamic_cast.
-class SVMSCORE_HOST_API ScoreIntervalResult {
- public:
-  virtual ~ScoreIntervalResult() {}
-  // The bounds, in units of the target; false (and nothing written) where none was computed.
-  virtual bool GetInterval(double& lower, double& upper) const = 0;
-};
-
-}  // namespace MCZandor_850
+#include "host/model/score_result.h"
 
 #endif  // HOST_SCORE_RESULT_H_

@@ -1,28 +1,7 @@
-// What is known of a variable beyond its declaration: the value that replaces a missing one.
+// Moved: programs that include it from here get it from its room.
 #ifndef HOST_VAR_STATS_H_
 #define HOST_VAR_STATS_H_
 
-#include <memory>
-
-#include "host/api.h"
-#include "host/score_value.h"
-
-namespace MCZandor_850 {
-
-class SVMSCORE_HOST_API VarStats {
- public:
-  VarStats();
-  ~VarStats();
-
-  // Keeps a copy of its own; null takes the replacement away.
-  void SetMissingReplacement(const ScoreValue* value);
-  // Null where there is none. Owned by this record.
-  const ScoreValue* GetMissingReplacement() const { return replacement_.get(); }
-
- private:
-  std::unique_ptr<ScoreValue> replacement_;
-};
-
-}  // namespace MCZandor_850
+#include "host/model/var_stats.h"
 
 #endif  // HOST_VAR_STATS_H_

@@ -1,29 +1,7 @@
-// The version of the program that wrote a document.
+// Moved: programs that include it from here get it from its room.
 #ifndef HOST_VERSION_INFO_H_
 #define HOST_VERSION_INFO_H_
 
-#include <string>
-
-#include "host/api.h"
-
-namespace MCZandor_850 {
-
-class SVMSCORE_HOST_API ScoreVersionInfo {
- public:
-  virtual ~ScoreVersionInfo();
-  virtual const std::string& GetVersion() const = 0;
-};
-
-class SVMSCORE_HOST_API VersionInfo : public ScoreVersionInfo {
- public:
-  explicit VersionInfo(const std::string& version);
-  ~VersionInfo() override;
-  const std::string& GetVersion() const override { return version_; }
-
- private:
-  std::string version_;
-};
-
-}  // namespace MCZandor_850
+#include "host/model/version_info.h"
 
 #endif  // HOST_VERSION_INFO_H_

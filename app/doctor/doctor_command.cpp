@@ -5,15 +5,15 @@
 
 #include <fmt/format.h>
 
-#include "app/doctor/examination.h"
+#include "app/base/failure.h"
 #include "app/doctor/report.h"
-#include "app/failure.h"
-#include "app/file_option.h"
-#include "app/limit_option.h"
-#include "app/model_file.h"
-#include "app/output_file.h"
-#include "app/tolerance_option.h"
-#include "app/verify_table.h"
+#include "app/files/output_file.h"
+#include "app/load/model_file.h"
+#include "app/options/file_option.h"
+#include "app/options/limit_option.h"
+#include "app/options/tolerance_option.h"
+#include "app/table/read_table.h"
+#include "tools/doctor/examination.h"
 
 namespace svmscore::app {
 
@@ -45,23 +45,24 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
 ExitStatus DoctorCommand::Run() {
   RefuseSharedInput(input_, expected_);
   const Plugin plugin = LoadPlugin(plugin_);
-  DocumentSource source(model_, limits_);
-  const OpenedDocument opened = OpenDocument(plugin, source);
+  tools::DocumentSource source(model_, limits_);
+  const tools::OpenedDocument opened = tools::OpenDocument(plugin, source);
   if (!opened.IsRead()) {
     if (json_) OutputFile("-").Write(ReportJson(model_, {*opened.refused}));
     throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->what));
   }
-  std::optional<CaseFiles> files;
-  if (!input_.empty() && IsScored(opened)) {
+  std::optional<tools::CaseFiles> files;
+  if (!input_.empty() && tools::IsScored(opened)) {
     if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
-    files.emplace(CaseFiles{ReadVerifyTable(input_, limits_), ReadVerifyTable(expected_, limits_),
-                            missing_tokens_, tolerance_});
+    files.emplace(tools::CaseFiles{ReadTable(input_, limits_), ReadTable(expected_, limits_),
+                                   missing_tokens_, tolerance_});
   }
-  const std::vector<Finding> found = Examine(opened, plugin, source, files);
+  const std::vector<tools::Finding> found = tools::Examine(opened, plugin, source, files);
   OutputFile output("-");
   output.Write(json_ ? ReportJson(model_, found) : ReportText(model_, found));
-  const bool changes = std::any_of(found.begin(), found.end(),
-                                   [](const Finding& finding) { return finding.ChangesScores(); });
+  const bool changes = std::any_of(found.begin(), found.end(), [](const tools::Finding& finding) {
+    return finding.ChangesScores();
+  });
   return changes ? kDisagrees : kDone;
 }
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "app/command.h"
-#include "host/limits.h"
+#include "app/options/command.h"
+#include "host/xml/limits.h"
 
 namespace svmscore::app {
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "host/model/score_status.h"
+#include "host/model/scoring_log.h"
 #include "host/output/output_reader.h"
-#include "host/score_status.h"
-#include "host/scoring_log.h"
-#include "host/transform/conversion.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::output {
 

@@ -8,15 +8,15 @@
 #include <string>
 #include <vector>
 
-#include "host/api.h"
+#include "host/text/api.h"
+#include "host/model/score_case_record.h"
+#include "host/model/score_model.h"
 #include "host/output/note.h"
 #include "host/output/target_rules.h"
-#include "host/score_case_record.h"
-#include "host/score_model.h"
-#include "host/transform/arena.h"
 #include "host/transform/expression.h"
 #include "host/transform/program.h"
-#include "host/transform/value.h"
+#include "host/transform/value/arena.h"
+#include "host/transform/value/value.h"
 
 namespace svmscore::output {
 

@@ -6,18 +6,16 @@
 #include <string_view>
 #include <utility>
 
-#include "host/message_codes.h"
-#include "host/number_text.h"
-#include "host/pmml/elements.h"
-#include "host/ss_exception.h"
-#include "host/tags.h"
-#include "host/transform/conversion.h"
-#include "host/transformation_dictionary.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
+#include "host/text/number_text.h"
+#include "host/transform/transformation_dictionary.h"
+#include "host/transform/value/conversion.h"
+#include "host/xml/attributes.h"
 
 namespace svmscore::output {
 namespace {
 
-namespace tags = MCZandor_850::PMMLModelTags;
 using MCZandor_850::ScoreDictVar;
 using MCZandor_850::ScoreModel;
 using transform::Field;
@@ -64,7 +62,7 @@ constexpr std::array kFeatures = {
 
 // True for documents of versions before 4.2, whose features have no default.
 bool IsBefore42(const DOMElement* root) {
-  const std::string version = FindAttribute(root, tags::XML_ATT_VERSION).value_or("");
+  const std::string version = FindAttribute(root, "version").value_or("");
   const std::size_t point = version.find('.');
   const double major = ParseNumber(version.substr(0, point)).value_or(9.0);
   if (major != 4.0 || point == std::string::npos) return major < 4.0;
@@ -80,9 +78,9 @@ OutputReader::OutputReader(const ScoreModel& model, const xercesc::DOMDocument* 
       model_element_(FindModelElement(document)),
       plan_(plan) {
   plan_.slot_count_ = 1;
-  const Element* schema = FindChild(model_element_, tags::XML_ELE_MININGSCHEMA);
-  for (const Element* field : Children(schema, tags::XML_ELE_MININGFIELD)) {
-    schema_.insert(FindAttribute(field, tags::XML_ATT_MININGFIELD_NAME).value_or(""));
+  const Element* schema = FindChild(model_element_, "MiningSchema");
+  for (const Element* field : Children(schema, "MiningField")) {
+    schema_.insert(FindAttribute(field, "name").value_or(""));
   }
 }
 
@@ -90,10 +88,10 @@ void OutputReader::Read() {
   const Element* output = FindChild(model_element_, "Output");
   if (output == nullptr) return;
   std::vector<const Element*> elements;
-  for (const Element* element = transform::FirstChild(output); element != nullptr;
-       element = transform::NextSibling(element)) {
-    if (!transform::IsNamed(element, kField)) transform::RefuseKind(element);
-    const std::string name = RequireAttribute(element, tags::XML_ATT_NAME);
+  for (const Element* element = FirstContent(output); element != nullptr;
+       element = NextContent(element)) {
+    if (!IsNamed(element, kField)) RefuseKind(element);
+    const std::string name = RequireAttribute(element, "name");
     if (!positions_.emplace(name, elements.size()).second) {
       ThrowAt(element, code::kDuplicateName, name, kField);
     }
@@ -109,8 +107,8 @@ void OutputReader::ReadField(const Element* element) {
   current_ = element;
   OutputField field;
   OutputPlan::Step step;
-  field.name = RequireAttribute(element, tags::XML_ATT_NAME);
-  field.is_final = transform::FlagAttribute(element, "isFinalResult", true);
+  field.name = RequireAttribute(element, "name");
+  field.is_final = FindFlag(element, "isFinalResult", true);
   const Element* expression = FindExpression(element, step);
   ReadFeature(element, expression != nullptr, field, step);
   field.type = TypeOf(element, field);
@@ -119,16 +117,15 @@ void OutputReader::ReadField(const Element* element) {
     step.expression = transform::CompileExpression(expression, *this, definitions_, field.type);
     computed_ += step.expression->Size();
     if (computed_ > transform::kMostComputed) {
-      transform::Refuse(element, "the output fields up to this one come to more than " +
-                                     std::to_string(transform::kMostComputed) +
-                                     " expressions for a case");
+      RefuseContent(element, "the output fields up to this one come to more than " +
+                                 std::to_string(transform::kMostComputed) +
+                                 " expressions for a case");
     }
   }
   if (field.type) {
     for (transform::Value& decision : step.decisions) {
       decision = transform::Convert(decision, *field.type, plan_.pool_);
-      if (!decision.IsPresent())
-        transform::Refuse(element, "a decision is not of the field's type");
+      if (!decision.IsPresent()) RefuseContent(element, "a decision is not of the field's type");
     }
   }
   ReadOrder(element, field);
@@ -140,18 +137,17 @@ void OutputReader::ReadField(const Element* element) {
 const OutputReader::Element* OutputReader::FindExpression(const Element* element,
                                                           OutputPlan::Step& step) {
   const Element* found = nullptr;
-  for (const Element* child = transform::FirstChild(element); child != nullptr;
-       child = transform::NextSibling(child)) {
-    if (transform::IsNamed(child, "Value")) continue;
-    if (transform::IsNamed(child, "Decisions")) {
+  for (const Element* child = FirstContent(element); child != nullptr; child = NextContent(child)) {
+    if (IsNamed(child, "Value")) continue;
+    if (IsNamed(child, "Decisions")) {
       for (const Element* decision : Children(child, "Decision")) {
-        const std::string text = RequireAttribute(decision, tags::XML_ATT_VALUE);
+        const std::string text = RequireAttribute(decision, "value");
         step.decisions.push_back(transform::Value::Text(plan_.pool_.Copy(text)));
       }
       continue;
     }
-    if (!transform::IsExpression(child)) transform::RefuseKind(child);
-    if (found != nullptr) transform::Refuse(child, "there is a second expression");
+    if (!transform::IsExpression(child)) RefuseKind(child);
+    if (found != nullptr) RefuseContent(child, "there is a second expression");
     found = child;
   }
   return found;
@@ -178,7 +174,7 @@ void OutputReader::ReadFeature(const Element* element, bool has_expression, Outp
   }
   field.feature = named->feature;
   if (field.feature == Feature::kExpression) {
-    if (!has_expression) transform::Refuse(element, "there is no expression");
+    if (!has_expression) RefuseContent(element, "there is no expression");
     return;
   }
   if (has_expression) {
@@ -212,7 +208,7 @@ void OutputReader::ReadCategory(const Element* element, OutputField& field,
     LeaveEmpty(element, field, "a regression has no probabilities");
     return;
   }
-  if (const auto value = FindAttribute(element, tags::XML_ATT_VALUE)) {
+  if (const auto value = FindAttribute(element, "value")) {
     step.category = plan_.targets_.Target().GetCategoryIndexOfText(*value);
     if (step.category < 0) {
       LeaveEmpty(element, field, "the target has no category " + *value);
@@ -262,12 +258,12 @@ std::optional<FieldType> OutputReader::TypeOf(const Element* element,
 // An ordinal field's values have the order of its Value children, or of the target's.
 void OutputReader::ReadOrder(const Element* element, const OutputField& field) {
   Field known{static_cast<int>(known_.size()), field.type, false, nullptr};
-  const auto op_type = transform::OpTypeAttribute(element, "optype");
+  const auto op_type = FindOpType(element, "optype");
   known.ordinal = op_type == OpType::kOrdinal;
-  if (known.ordinal && transform::ChildNamed(element, "Value") != nullptr) {
+  if (known.ordinal && FindChild(element, "Value") != nullptr) {
     ScoreDictVar listed(field.name, *op_type, field.type.value_or(FieldType{DataType::kString}));
     for (const Element* value : Children(element, "Value")) {
-      const std::string text = RequireAttribute(value, tags::XML_ATT_VALUE);
+      const std::string text = RequireAttribute(value, "value");
       listed.AddCategory(*listed.ValueFromText(text), text);
     }
     known.order = std::make_shared<const ValueOrder>(listed);
@@ -300,9 +296,9 @@ std::optional<Field> OutputReader::Find(const std::string& name) {
   }
   if (input != nullptr) return FieldOfInput(*input);
   if (output != positions_.end()) {
-    const std::string field = RequireAttribute(current_, tags::XML_ATT_NAME);
-    transform::Refuse(
-        current_, output->second == known_.size()
+    const std::string field = RequireAttribute(current_, "name");
+    RefuseContent(current_,
+                  output->second == known_.size()
                       ? "output field " + field + " refers to itself"
                       : "output field " + field + " refers to " + name + ", which stands after it");
   }

@@ -3,14 +3,12 @@
 #include <optional>
 #include <string>
 
-#include "host/number_text.h"
-#include "host/pmml/elements.h"
-#include "host/tags.h"
+#include "host/text/number_text.h"
+#include "host/xml/attributes.h"
 
 namespace svmscore::output {
 namespace {
 
-namespace tags = MCZandor_850::PMMLModelTags;
 using xercesc::DOMElement;
 
 std::string Text(const DOMElement* element, const std::string& attribute) {
@@ -25,39 +23,34 @@ bool HasNumber(const DOMElement* element, const std::string& attribute) {
 }  // namespace
 
 const DOMElement* MachineExtension(const DOMElement* machine) {
-  const DOMElement* extension = FindChild(machine, tags::XML_ELE_EXTENSION);
-  const bool own =
-      Text(extension, tags::XML_ATT_EXTENSION_EXTENDER) == tags::XML_VAL_EXTENSION_EXTENDER;
+  const DOMElement* extension = FindChild(machine, "Extension");
+  const bool own = Text(extension, "extender") == "svmscore";
   return own ? extension : nullptr;
 }
 
 bool IsCompleteExtension(const DOMElement* extension, bool classification) {
   if (!classification) {
-    return FindChild(extension, tags::XML_ELE_SVM_STANDARDDEVIATION) != nullptr;
+    return FindChild(extension, "StandardDeviation") != nullptr;
   }
-  const DOMElement* pair = FindChild(extension, tags::XML_ELE_SVM_RESPONSECATEGORY);
-  const DOMElement* sigmoid = FindChild(extension, tags::XML_ELE_SVM_PROBABILITYPARAM);
-  return !Text(pair, tags::XML_ATT_SVM_RESPONSE).empty() &&
-         !Text(pair, tags::XML_ATT_SVM_NONRESPONSE).empty() &&
-         HasNumber(sigmoid, tags::XML_ATT_SVM_PARAMA) &&
-         HasNumber(sigmoid, tags::XML_ATT_SVM_PARAMB);
+  const DOMElement* pair = FindChild(extension, "ResponseCategory");
+  const DOMElement* sigmoid = FindChild(extension, "ProbabilityParameters");
+  return !Text(pair, "response").empty() && !Text(pair, "nonResponse").empty() &&
+         HasNumber(sigmoid, "A") && HasNumber(sigmoid, "B");
 }
 
 Scheme SchemeOf(const DOMElement* model, std::size_t categories) {
   Scheme scheme;
-  const bool classification =
-      Text(model, tags::XML_ATT_MINING_FUNCTIONNAME) == tags::XML_VAL_SVM_CLASSIFICATION;
+  const bool classification = Text(model, "functionName") == "classification";
   // The last machine decides for the model whether the extension counts.
   const DOMElement* last = nullptr;
-  for (const DOMElement* machine : Children(model, tags::XML_ELE_SVM_SVM)) last = machine;
+  for (const DOMElement* machine : Children(model, "SupportVectorMachine")) last = machine;
   const bool extended =
       last != nullptr && IsCompleteExtension(MachineExtension(last), classification);
   if (!classification) {
     scheme.interval = extended;
     return scheme;
   }
-  const bool one_against_one =
-      Text(model, tags::XML_ATT_SVM_CLASSMETHOLD) == tags::XML_ATT_SVM_ONEAGAINSTONE;
+  const bool one_against_one = Text(model, "classificationMethod") == "OneAgainstOne";
   if (extended) {
     scheme.percentages = Percentages::kProbabilities;
     scheme.method = categories == 2 ? Method::kBinary : Method::kOneAgainstOne;

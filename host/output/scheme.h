@@ -6,7 +6,7 @@
 
 #include <xercesc/dom/DOM.hpp>
 
-#include "host/api.h"
+#include "host/text/api.h"
 
 namespace svmscore::output {
 

@@ -3,16 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/message_codes.h"
-#include "host/pmml/elements.h"
-#include "host/ss_exception.h"
-#include "host/tags.h"
-#include "host/transform/conversion.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
+#include "host/transform/value/conversion.h"
+#include "host/xml/attributes.h"
 
 namespace svmscore::output {
 namespace {
 
-namespace tags = MCZandor_850::PMMLModelTags;
 using MCZandor_850::ScoreClsResult;
 using MCZandor_850::ScoreIntervalResult;
 using MCZandor_850::ScoreModel;
@@ -32,7 +30,7 @@ const DOMElement* FindTarget(const DOMElement* model, const std::string& target,
                              std::vector<Note>& notes) {
   const DOMElement* nameless = nullptr;
   std::vector<const DOMElement*> all;
-  for (const DOMElement* element : Children(FindChild(model, tags::XML_ELE_TARGETS), "Target")) {
+  for (const DOMElement* element : Children(FindChild(model, "Targets"), "Target")) {
     const auto field = FindAttribute(element, "field");
     if (field == target) return element;
     if (!field && nameless == nullptr) nameless = element;
@@ -52,7 +50,7 @@ TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* do
                          std::vector<Note>& notes)
     : model_(&model), target_(model.GetTargetVar()) {
   const DOMElement* model_element = FindModelElement(document);
-  if (target_ == nullptr) ThrowAt(model_element, code::kNoTarget, tags::XML_ELE_MININGSCHEMA);
+  if (target_ == nullptr) ThrowAt(model_element, code::kNoTarget, "MiningSchema");
   scheme_ = SchemeOf(model_element, target_->GetCategories().size());
   const DOMElement* element =
       FindTarget(model_element, target_->GetName(), model.GetDictionary(), notes);
@@ -153,9 +151,8 @@ void TargetRules::FindResponse(const DOMElement* model_element) {
   if (scheme_.method != Method::kBinary || scheme_.percentages != Percentages::kProbabilities) {
     return;
   }
-  const DOMElement* extension = MachineExtension(FindChild(model_element, tags::XML_ELE_SVM_SVM));
-  const auto response = FindAttribute(FindChild(extension, tags::XML_ELE_SVM_RESPONSECATEGORY),
-                                      tags::XML_ATT_SVM_RESPONSE);
+  const DOMElement* extension = MachineExtension(FindChild(model_element, "SupportVectorMachine"));
+  const auto response = FindAttribute(FindChild(extension, "ResponseCategory"), "response");
   second_responds_ = response && target_->GetCategoryIndexOfText(*response) == 1;
 }
 

@@ -6,15 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "host/api.h"
-#include "host/batch_model.h"
+#include "host/text/api.h"
+#include "host/model/batch_model.h"
+#include "host/model/score_model.h"
+#include "host/model/score_result.h"
+#include "host/model/score_status.h"
 #include "host/output/note.h"
 #include "host/output/scheme.h"
-#include "host/score_model.h"
-#include "host/score_result.h"
-#include "host/score_status.h"
-#include "host/transform/arena.h"
-#include "host/transform/value.h"
+#include "host/transform/value/arena.h"
+#include "host/transform/value/value.h"
 
 namespace svmscore::output {
 

@@ -2,11 +2,11 @@
 
 #include <cmath>
 
-#include "host/message_codes.h"
-#include "host/number_text.h"
-#include "host/pmml/elements.h"
-#include "host/ss_exception.h"
-#include "host/transform/conversion.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
+#include "host/text/number_text.h"
+#include "host/transform/value/conversion.h"
+#include "host/xml/attributes.h"
 
 namespace svmscore::output {
 namespace {

@@ -8,11 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "host/api.h"
-#include "host/field_types.h"
+#include "host/text/api.h"
 #include "host/output/note.h"
-#include "host/transform/inline_table.h"
-#include "host/transform/value.h"
+#include "host/text/field_types.h"
+#include "host/transform/table/inline_table.h"
+#include "host/transform/value/value.h"
 
 namespace svmscore::output {
 

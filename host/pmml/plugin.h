@@ -1,31 +1,7 @@
-// The plug-in: found, loaded, and asked for translators.
+// Moved: programs that include it from here get it from its room.
 #ifndef HOST_PMML_PLUGIN_H_
 #define HOST_PMML_PLUGIN_H_
 
-#include <memory>
-#include <string>
-
-#include "host/api.h"
-#include "host/translator.h"
-
-namespace svmscore {
-
-class SVMSCORE_HOST_API Plugin {
- public:
-  // Loads the shared library at `path`, or, for an empty path, the one that the environment
-  // variable SVMSCORE_PLUGIN names or that lies beside this library (or in its folder svmscore). It
-  // stays loaded for the life of the process, so that models may outlive this object. Throws an
-  // SSException (260305).
-  explicit Plugin(const std::string& path = {});
-
-  std::unique_ptr<MCZandor_850::BaseTranslator> GiveTranslator() const;
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-  MCZandor_850::GiveMyTranslatorFunction give_translator_ = nullptr;
-};
-
-}  // namespace svmscore
+#include "host/load/plugin.h"
 
 #endif  // HOST_PMML_PLUGIN_H_

@@ -3,12 +3,12 @@
 #include <utility>
 #include <vector>
 
-#include "host/message_codes.h"
-#include "host/ss_exception.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
 #include "host/transform/compile.h"
-#include "host/transform/conversion.h"
 #include "host/transform/definitions.h"
-#include "host/transform/functions.h"
+#include "host/transform/functions/functions.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -24,16 +24,16 @@ class Treatment {
   enum class Invalid { kReturn, kAsIs, kAsMissing };
 
   explicit Treatment(const Element* element) {
-    map_missing_to_text_ = Attribute(element, "mapMissingTo");
-    default_text_ = Attribute(element, "defaultValue");
+    map_missing_to_text_ = FindAttribute(element, "mapMissingTo");
+    default_text_ = FindAttribute(element, "defaultValue");
     const std::string invalid =
-        Attribute(element, "invalidValueTreatment").value_or("returnInvalid");
+        FindAttribute(element, "invalidValueTreatment").value_or("returnInvalid");
     if (invalid == "asIs") {
       invalid_ = Invalid::kAsIs;
     } else if (invalid == "asMissing") {
       invalid_ = Invalid::kAsMissing;
     } else if (invalid != "returnInvalid") {
-      ThrowAt(element, code::kBadValue, invalid, "invalidValueTreatment", LocalName(element));
+      ThrowAt(element, code::kBadValue, invalid, "invalidValueTreatment", NameOf(element));
     }
   }
 
@@ -220,9 +220,9 @@ void CheckCount(const Element* element, const std::string& name, std::size_t giv
 }
 
 std::unique_ptr<Application> CompileCall(const Element* element, const Context& context) {
-  const std::string name = RequiredAttribute(element, "function");
+  const std::string name = RequireAttribute(element, "function");
   Operands operands;
-  for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
+  for (const Element* child = FirstContent(element); child != nullptr; child = NextContent(child)) {
     operands.push_back(context.Compile(child));
   }
   const std::size_t given = operands.size();
@@ -238,8 +238,8 @@ std::unique_ptr<Application> CompileCall(const Element* element, const Context& 
   if (function == nullptr) ThrowAt(element, code::kUnknownFunction, name);
   CheckCount(element, name, given, function->Parameters().size(), function->Parameters().size());
   if (function->Size() > kMostCalled) {
-    Refuse(element, "a call of the function " + name + " comes to more than " +
-                        std::to_string(kMostCalled) + " expressions");
+    RefuseContent(element, "a call of the function " + name + " comes to more than " +
+                               std::to_string(kMostCalled) + " expressions");
   }
   const auto type = function->Type();
   auto call = std::make_unique<DefinedCall>(element, std::move(function), std::move(operands));

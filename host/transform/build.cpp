@@ -6,16 +6,15 @@
 #include <utility>
 #include <vector>
 
-#include "host/message_codes.h"
-#include "host/scoring_log.h"
-#include "host/ss_exception.h"
-#include "host/transform/conversion.h"
+#include "host/model/message_codes.h"
+#include "host/model/scoring_log.h"
+#include "host/model/ss_exception.h"
 #include "host/transform/definitions.h"
 #include "host/transform/fields.h"
-#include "host/transform/inline_table.h"
 #include "host/transform/order.h"
 #include "host/transform/program.h"
-#include "host/translator.h"
+#include "host/transform/table/inline_table.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -98,25 +97,25 @@ class Builder : public Scope {
 void Builder::Declare(const Element* element) {
   Derived derived;
   derived.element = element;
-  derived.name = RequiredAttribute(element, "name");
-  const auto op_type = OpTypeAttribute(element, "optype");
-  auto type = TypeAttribute(element, "dataType");
+  derived.name = RequireAttribute(element, "name");
+  const auto op_type = FindOpType(element, "optype");
+  auto type = FindDataType(element, "dataType");
   if (!type) {
-    if (!op_type) ThrowAt(element, code::kAttributeMissing, "dataType", LocalName(element));
+    if (!op_type) ThrowAt(element, code::kAttributeMissing, "dataType", NameOf(element));
     type = FieldType{*op_type == OpType::kContinuous ? DataType::kDouble : DataType::kString, 0};
   }
   derived.type = *type;
   derived.op_type = op_type.value_or(UsualOpType(type->data));
   derived.expression = OnlyExpression(element, "Value");
   if (!positions_.emplace(derived.name, static_cast<int>(derived_.size())).second) {
-    ThrowAt(element, code::kDuplicateName, derived.name, LocalName(element));
+    ThrowAt(element, code::kDuplicateName, derived.name, NameOf(element));
   }
   derived_.push_back(std::move(derived));
 }
 
 void Builder::Collect() {
-  for (const Element* child = FirstChild(container_); child != nullptr;
-       child = NextSibling(child)) {
+  for (const Element* child = FirstContent(container_); child != nullptr;
+       child = NextContent(child)) {
     if (IsNamed(child, "DerivedField")) {
       Declare(child);
     } else if (!IsNamed(child, "DefineFunction")) {
@@ -138,17 +137,17 @@ std::unique_ptr<TransformVar> Builder::MakeVar(Derived& derived) {
 void Builder::AddEncodedValues(const Derived& derived, TransformVar& var) const {
   const ScoreDictVar& source = *inputs_[static_cast<std::size_t>(derived.inputs[0])];
   if (IsNamed(derived.expression, "NormDiscrete")) {
-    var.AddEncodedValue(source.ValueFromText(RequiredAttribute(derived.expression, "value")));
+    var.AddEncodedValue(source.ValueFromText(RequireAttribute(derived.expression, "value")));
     return;
   }
   if (!IsNamed(derived.expression, "MapValues")) return;
-  const Element* table = ChildNamed(derived.expression, "InlineTable");
-  const Element* pair = ChildNamed(derived.expression, "FieldColumnPair");
+  const Element* table = FindChild(derived.expression, "InlineTable");
+  const Element* pair = FindChild(derived.expression, "FieldColumnPair");
   if (table == nullptr || pair == nullptr) return;
-  for (const Element* next = NextSibling(pair); next != nullptr; next = NextSibling(next)) {
+  for (const Element* next = NextContent(pair); next != nullptr; next = NextContent(next)) {
     if (IsNamed(next, "FieldColumnPair")) return;  // one key of several encodes no value
   }
-  ForEachRow(table, {RequiredAttribute(pair, "column")}, 0, [&](const Element*, Cells cells) {
+  ForEachRow(table, {RequireAttribute(pair, "column")}, 0, [&](const Element*, Cells cells) {
     if (!cells.empty()) var.AddEncodedValue(source.ValueFromText(cells[0].text));
   });
 }
@@ -194,12 +193,12 @@ void Builder::Compile() {
   definitions.CompileAll();
   // The order of an ordinal field's values must be known wherever it is used.
   for (Derived& derived : derived_) {
-    const Element* value = ChildNamed(derived.element, "Value");
+    const Element* value = FindChild(derived.element, "Value");
     if (value == nullptr || derived.op_type != OpType::kOrdinal) continue;
     ScoreDictVar listed(derived.name, derived.op_type, derived.type);
-    for (; value != nullptr; value = NextSibling(value)) {
+    for (; value != nullptr; value = NextContent(value)) {
       if (!IsNamed(value, "Value")) continue;
-      const std::string text = RequiredAttribute(value, "value");
+      const std::string text = RequireAttribute(value, "value");
       listed.AddCategory(*listed.ValueFromText(text), text);
     }
     derived.order = std::make_shared<const ValueOrder>(listed);
@@ -246,8 +245,8 @@ void Builder::CheckInputs(const Derived& derived) const {
   for (const int index : derived.inputs) {
     const std::string& name = inputs_[static_cast<std::size_t>(index)]->GetName();
     if (demand_.schema.contains(name)) continue;
-    Refuse(derived.element, "field " + name + ", from which " + derived.name +
-                                " is computed, is not in the model's MiningSchema: refused");
+    RefuseContent(derived.element, "field " + name + ", from which " + derived.name +
+                                       " is computed, is not in the model's MiningSchema: refused");
   }
 }
 
@@ -267,8 +266,8 @@ std::unique_ptr<TransformationDictionary> Builder::Build() {
     CheckInputs(derived);
     computed += expressions_[position]->Size();
     if (computed > kMostComputed) {
-      Refuse(derived.element, "the fields up to this one come to more than " +
-                                  std::to_string(kMostComputed) + " expressions for a case");
+      RefuseContent(derived.element, "the fields up to this one come to more than " +
+                                         std::to_string(kMostComputed) + " expressions for a case");
     }
     for (const int index : derived.inputs) read[static_cast<std::size_t>(index)] = true;
     steps.push_back({at, derived.type, derived.name});
@@ -305,7 +304,7 @@ std::unique_ptr<TransformationDictionary> Builder::Build() {
 bool IsLocal(const Element* derived_field) {
   const auto* parent = static_cast<const Element*>(derived_field->getParentNode());
   return IsNamed(parent, "LocalTransformations") ||
-         Attribute(derived_field, "x-scope").value_or("") == "local";
+         FindAttribute(derived_field, "x-scope").value_or("") == "local";
 }
 
 std::unique_ptr<TransformationDictionary> BuildDictionary(const Element* container,
@@ -314,13 +313,3 @@ std::unique_ptr<TransformationDictionary> BuildDictionary(const Element* contain
 }
 
 }  // namespace svmscore::transform
-
-namespace MCZandor_850 {
-
-TransformationDictionary* PMMLTranslator::HandleTransformationDictionary(
-    xercesc::DOMElement* element, const ScoreDictionary* dictionary) {
-  if (element == nullptr) return nullptr;
-  return svmscore::transform::BuildDictionary(element, dictionary).release();
-}
-
-}  // namespace MCZandor_850

@@ -6,9 +6,9 @@
 #include <string>
 #include <unordered_set>
 
-#include "host/score_dictionary.h"
-#include "host/transform/dom.h"
-#include "host/transformation_dictionary.h"
+#include "host/model/score_dictionary.h"
+#include "host/transform/transformation_dictionary.h"
+#include "host/xml/attributes.h"
 
 namespace svmscore::transform {
 

@@ -4,9 +4,9 @@
 #include <array>
 #include <string_view>
 
-#include "host/message_codes.h"
-#include "host/ss_exception.h"
-#include "host/transform/conversion.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -52,9 +52,9 @@ Compiled Context::Compile(const Element* element, std::optional<FieldType> resul
 }
 
 Field Context::FieldOf(const Element* element, const char* attribute) const {
-  const std::string name = RequiredAttribute(element, attribute);
+  const std::string name = RequireAttribute(element, attribute);
   const auto field = scope.Find(name);
-  if (!field) ThrowAt(element, code::kUnknownField, name, LocalName(element));
+  if (!field) ThrowAt(element, code::kUnknownField, name, NameOf(element));
   return *field;
 }
 
@@ -71,8 +71,8 @@ Value Context::Fixed(const Element* at, const std::string& what, std::string_vie
 void CheckFixed(const Element* at, const std::string& what, std::string_view text,
                 const Value& value, FieldType type) {
   if (!value.IsInvalid() || text.find_first_not_of(" \t\r\n") == std::string::npos) return;
-  Refuse(at, what + " \"" + std::string(text) + "\" is not of the type " +
-                 std::string(DataTypeName(type.data)));
+  RefuseContent(at, what + " \"" + std::string(text) + "\" is not of the type " +
+                        std::string(DataTypeName(type.data)));
 }
 
 void CheckMoment(const Element* at, const std::string& what, std::string_view text,
@@ -85,7 +85,7 @@ void CheckMoment(const Element* at, const std::string& what, std::string_view te
 
 void CheckDepth(const Element* element, int depth) {
   if (depth <= kDeepest) return;
-  Refuse(element, "expressions nest more than " + std::to_string(kDeepest) + " deep");
+  RefuseContent(element, "expressions nest more than " + std::to_string(kDeepest) + " deep");
 }
 
 Compiled CompileExpression(const Element* element, Scope& scope, Definitions& definitions,
@@ -95,13 +95,13 @@ Compiled CompileExpression(const Element* element, Scope& scope, Definitions& de
 
 const Element* OnlyExpression(const Element* parent, const std::string& other) {
   const Element* found = nullptr;
-  for (const Element* child = FirstChild(parent); child != nullptr; child = NextSibling(child)) {
+  for (const Element* child = FirstContent(parent); child != nullptr; child = NextContent(child)) {
     if (!other.empty() && IsNamed(child, other)) continue;
     if (!IsExpression(child)) RefuseKind(child);
-    if (found != nullptr) Refuse(child, "there is a second expression");
+    if (found != nullptr) RefuseContent(child, "there is a second expression");
     found = child;
   }
-  if (found == nullptr) Refuse(parent, "there is no expression");
+  if (found == nullptr) RefuseContent(parent, "there is no expression");
   return found;
 }
 

@@ -1,9 +1,9 @@
 // Constant and FieldRef.
 #include <utility>
 
-#include "host/transcoder.h"
 #include "host/transform/compile.h"
-#include "host/transform/conversion.h"
+#include "host/transform/value/conversion.h"
+#include "host/xml/transcoder.h"
 
 namespace svmscore::transform {
 namespace {
@@ -65,8 +65,8 @@ class MappedFieldRef : public Expression {
 }  // namespace
 
 Compiled CompileConstant(const Element* element, const Context& context) {
-  const auto type = TypeAttribute(element, "dataType");
-  const bool missing = FlagAttribute(element, "missing", false);
+  const auto type = FindDataType(element, "dataType");
+  const bool missing = FindFlag(element, "missing", false);
   const std::string text = ElementText(element);
   auto constant = std::make_unique<Constant>(text, type, missing);
   if (type) CheckFixed(element, "the constant", text, *constant->Fixed(), *type);
@@ -79,11 +79,11 @@ Compiled CompileConstant(const Element* element, const Context& context) {
 
 Compiled CompileFieldRef(const Element* element, const Context& context) {
   const Field field = context.FieldOf(element, "field");
-  const auto map_missing_to = Attribute(element, "mapMissingTo");
+  const auto map_missing_to = FindAttribute(element, "mapMissingTo");
   if (!map_missing_to) return std::make_unique<FieldRef>(field);
   auto mapped = std::make_unique<MappedFieldRef>(field, *map_missing_to);
   if (mapped->MapMissingTo().IsInvalid()) {
-    Refuse(element, "mapMissingTo \"" + *map_missing_to + "\" is not of the field's type");
+    RefuseContent(element, "mapMissingTo \"" + *map_missing_to + "\" is not of the field's type");
   }
   return mapped;
 }

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "host/message_codes.h"
-#include "host/ss_exception.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
 #include "host/transform/compile.h"
-#include "host/transform/conversion.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -18,7 +18,7 @@ class ParameterScope : public Scope {
     field.slot = static_cast<int>(fields_.size());
     field.type = type;
     if (!fields_.emplace(name, std::move(field)).second) {
-      ThrowAt(element, code::kDuplicateName, name, LocalName(element));
+      ThrowAt(element, code::kDuplicateName, name, NameOf(element));
     }
   }
   std::optional<Field> Find(const std::string& name) override {
@@ -50,11 +50,12 @@ Definitions::~Definitions() = default;
 
 void Definitions::AddFrom(const Element* container) {
   if (container == nullptr) return;
-  for (const Element* child = FirstChild(container); child != nullptr; child = NextSibling(child)) {
+  for (const Element* child = FirstContent(container); child != nullptr;
+       child = NextContent(child)) {
     if (!IsNamed(child, "DefineFunction")) continue;
-    const std::string name = RequiredAttribute(child, "name");
+    const std::string name = RequireAttribute(child, "name");
     if (!definitions_.emplace(name, Definition{child, nullptr}).second) {
-      ThrowAt(child, code::kDuplicateName, name, LocalName(child));
+      ThrowAt(child, code::kDuplicateName, name, NameOf(child));
     }
     order_.push_back(name);
   }
@@ -62,7 +63,7 @@ void Definitions::AddFrom(const Element* container) {
 
 void Definitions::AddFrom(const xercesc::DOMDocument* document) {
   const Element* root = document == nullptr ? nullptr : document->getDocumentElement();
-  if (root != nullptr) AddFrom(ChildNamed(root, "TransformationDictionary"));
+  if (root != nullptr) AddFrom(FindChild(root, "TransformationDictionary"));
 }
 
 void Definitions::CompileAll() {
@@ -77,7 +78,7 @@ std::shared_ptr<const UserFunction> Definitions::Find(const std::string& name,
   if (found == definitions_.end()) return nullptr;
   Definition& definition = found->second;
   if (definition.function == nullptr) {
-    if (definition.in_work) Refuse(caller, "function " + name + " calls itself");
+    if (definition.in_work) RefuseContent(caller, "function " + name + " calls itself");
     Compile(definition, depth);
   }
   return definition.function;
@@ -86,15 +87,15 @@ std::shared_ptr<const UserFunction> Definitions::Find(const std::string& name,
 void Definitions::Compile(Definition& definition, int depth) {
   const Element* element = definition.element;
   definition.in_work = true;
-  const auto result = TypeAttribute(element, "dataType");
+  const auto result = FindDataType(element, "dataType");
   ParameterScope scope;
   UserFunction::Types types;
-  for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
+  for (const Element* child = FirstContent(element); child != nullptr; child = NextContent(child)) {
     if (!IsNamed(child, "ParameterField")) continue;
-    types.push_back(TypeAttribute(child, "dataType"));
-    scope.Add(child, RequiredAttribute(child, "name"), types.back());
+    types.push_back(FindDataType(child, "dataType"));
+    scope.Add(child, RequireAttribute(child, "name"), types.back());
   }
-  if (types.empty()) Refuse(element, "there is no ParameterField");
+  if (types.empty()) RefuseContent(element, "there is no ParameterField");
   const Context context{scope, *this, depth};
   auto body = context.Compile(OnlyExpression(element, "ParameterField"), result);
   definition.function = std::make_shared<UserFunction>(std::move(types), result, std::move(body));

@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/api.h"
+#include "host/text/api.h"
 #include "host/transform/expression.h"
 
 namespace svmscore::transform {

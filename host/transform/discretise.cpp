@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "host/transform/compile.h"
-#include "host/transform/conversion.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -32,18 +32,19 @@ class Discretize : public Expression {
   Discretize(const Element* element, const Field& field, FieldType type, const Context& context)
       : slot_(field.slot) {
     const auto read = [&](const Element* at, const char* attribute) {
-      const auto text = Attribute(at, attribute);
+      const auto text = FindAttribute(at, attribute);
       return text ? context.Fixed(at, attribute, *text, type, pool_) : Value::Missing();
     };
     map_missing_to_ = read(element, "mapMissingTo");
     default_ = read(element, "defaultValue");
-    for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
+    for (const Element* child = FirstContent(element); child != nullptr;
+         child = NextContent(child)) {
       if (!IsNamed(child, "DiscretizeBin")) RefuseKind(child);
-      RequiredAttribute(child, "binValue");
-      const Element* interval = FirstChild(child);
-      if (interval == nullptr) Refuse(child, "there is no Interval");
+      RequireAttribute(child, "binValue");
+      const Element* interval = FirstContent(child);
+      if (interval == nullptr) RefuseContent(child, "there is no Interval");
       if (!IsNamed(interval, "Interval")) RefuseKind(interval);
-      if (const Element* second = NextSibling(interval)) RefuseKind(second);
+      if (const Element* second = NextContent(interval)) RefuseKind(second);
       bins_.push_back({ReadInterval(interval), read(child, "binValue")});
     }
     ordered_ = AreOrdered(bins_);
@@ -89,7 +90,7 @@ class Discretize : public Expression {
 Compiled CompileDiscretize(const Element* element, const Context& context) {
   const Field field = context.FieldOf(element, "field");
   const FieldType type =
-      TypeAttribute(element, "dataType").value_or(FieldType{DataType::kString, 0});
+      FindDataType(element, "dataType").value_or(FieldType{DataType::kString, 0});
   return std::make_unique<Discretize>(element, field, type, context);
 }
 

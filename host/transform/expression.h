@@ -8,11 +8,11 @@
 #include <optional>
 #include <string>
 
-#include "host/api.h"
-#include "host/field_types.h"
-#include "host/transform/arena.h"
-#include "host/transform/dom.h"
-#include "host/transform/value.h"
+#include "host/text/api.h"
+#include "host/text/field_types.h"
+#include "host/transform/value/arena.h"
+#include "host/transform/value/value.h"
+#include "host/xml/attributes.h"
 
 namespace svmscore::transform {
 

@@ -1,6 +1,6 @@
 #include "host/transform/fields.h"
 
-#include "host/transform/conversion.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 

@@ -2,8 +2,8 @@
 #ifndef HOST_TRANSFORM_FIELDS_H_
 #define HOST_TRANSFORM_FIELDS_H_
 
-#include "host/score_case_record.h"
-#include "host/score_dict_var.h"
+#include "host/model/score_case_record.h"
+#include "host/model/score_dict_var.h"
 #include "host/transform/expression.h"
 
 namespace svmscore::transform {

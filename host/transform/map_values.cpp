@@ -4,11 +4,11 @@
 #include <utility>
 #include <vector>
 
-#include "host/scoring_log.h"
+#include "host/model/scoring_log.h"
 #include "host/transform/compile.h"
-#include "host/transform/conversion.h"
-#include "host/transform/inline_table.h"
-#include "host/transform/table_index.h"
+#include "host/transform/table/inline_table.h"
+#include "host/transform/table/table_index.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -72,7 +72,7 @@ class MapValues : public Expression {
 class Results {
  public:
   Results(const Element* element, const Context& context, Arena& pool)
-      : type_(TypeAttribute(element, "dataType").value_or(FieldType{DataType::kString, 0})),
+      : type_(FindDataType(element, "dataType").value_or(FieldType{DataType::kString, 0})),
         context_(context),
         pool_(pool) {}
 
@@ -114,7 +114,7 @@ void AddRows(const Element* table, const Columns& columns, const Results& result
       CheckMoment(row, what[key.column], key.text, columns.fields[key.column]);
     }
     if (!map.AddRow(keys, results.Read(row, what[output], result))) {
-      Refuse(row, "there are two rows of the key " + ListOf(keys));
+      RefuseContent(row, "there are two rows of the key " + ListOf(keys));
     }
     if (result || told) return;
     told = true;
@@ -127,24 +127,26 @@ void AddRows(const Element* table, const Columns& columns, const Results& result
 }  // namespace
 
 Compiled CompileMapValues(const Element* element, const Context& context) {
-  const std::string output = RequiredAttribute(element, "outputColumn");
+  const std::string output = RequireAttribute(element, "outputColumn");
   std::vector<Key> keys;
   Columns columns;
-  for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
+  for (const Element* child = FirstContent(element); child != nullptr; child = NextContent(child)) {
     if (IsNamed(child, "InlineTable") || IsNamed(child, "TableLocator")) continue;
     if (!IsNamed(child, "FieldColumnPair")) RefuseKind(child);
     const Field field = context.FieldOf(child, "field");
     keys.push_back({field.slot, KeyColumn(field.type)});
-    columns.names.push_back(RequiredAttribute(child, "column"));
+    columns.names.push_back(RequireAttribute(child, "column"));
     columns.fields.push_back(field.type);
   }
   columns.names.push_back(output);
   const Element* table = InlineTableOf(element);
-  if (table != nullptr && keys.empty()) Refuse(element, "there is a table, but no FieldColumnPair");
+  if (table != nullptr && keys.empty())
+    RefuseContent(element, "there is a table, but no FieldColumnPair");
   auto map = std::make_unique<MapValues>(std::move(keys));
   const Results results(element, context, map->Pool());
-  map->SetReplacements(results.Read(element, "mapMissingTo", Attribute(element, "mapMissingTo")),
-                       results.Read(element, "defaultValue", Attribute(element, "defaultValue")));
+  map->SetReplacements(
+      results.Read(element, "mapMissingTo", FindAttribute(element, "mapMissingTo")),
+      results.Read(element, "defaultValue", FindAttribute(element, "defaultValue")));
   if (table != nullptr) AddRows(table, columns, results, *map);
   return map;
 }

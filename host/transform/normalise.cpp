@@ -4,10 +4,10 @@
 #include <limits>
 #include <vector>
 
-#include "host/message_codes.h"
-#include "host/ss_exception.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
 #include "host/transform/compile.h"
-#include "host/transform/conversion.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -118,14 +118,14 @@ class Thermometer : public NormDiscrete {
 
 std::vector<Point> ReadPoints(const Element* element) {
   std::vector<Point> points;
-  for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
+  for (const Element* child = FirstContent(element); child != nullptr; child = NextContent(child)) {
     if (!IsNamed(child, "LinearNorm")) RefuseKind(child);
-    points.push_back({RequiredNumber(child, "orig"), RequiredNumber(child, "norm")});
+    points.push_back({RequireNumber(child, "orig"), RequireNumber(child, "norm")});
     if (points.size() > 1 && !(points[points.size() - 2].orig < points.back().orig)) {
-      Refuse(child, "orig is not greater than that of the point before it");
+      RefuseContent(child, "orig is not greater than that of the point before it");
     }
   }
-  if (points.size() < 2) Refuse(element, "there are fewer than two points");
+  if (points.size() < 2) RefuseContent(element, "there are fewer than two points");
   return points;
 }
 
@@ -133,37 +133,37 @@ std::vector<Point> ReadPoints(const Element* element) {
 
 Compiled CompileNormContinuous(const Element* element, const Context& context) {
   const Field field = context.FieldOf(element, "field");
-  const std::string outliers = Attribute(element, "outliers").value_or("asIs");
+  const std::string outliers = FindAttribute(element, "outliers").value_or("asIs");
   Outliers treatment = Outliers::kAsIs;
   if (outliers == "asMissingValues") {
     treatment = Outliers::kAsMissing;
   } else if (outliers == "asExtremeValues") {
     treatment = Outliers::kAsExtreme;
   } else if (outliers != "asIs") {
-    ThrowAt(element, code::kBadValue, outliers, "outliers", LocalName(element));
+    ThrowAt(element, code::kBadValue, outliers, "outliers", NameOf(element));
   }
   return std::make_unique<NormContinuous>(field, ReadPoints(element), treatment,
-                                          NumberAttribute(element, "mapMissingTo"));
+                                          FindNumber(element, "mapMissingTo"));
 }
 
 Compiled CompileNormDiscrete(const Element* element, const Context& context) {
   const Field field = context.FieldOf(element, "field");
-  const std::string value = RequiredAttribute(element, "value");
-  const auto map_missing_to = NumberAttribute(element, "mapMissingTo");
-  const std::string method = Attribute(element, "method").value_or("indicator");
-  if (const Element* child = FirstChild(element)) RefuseKind(child);
+  const std::string value = RequireAttribute(element, "value");
+  const auto map_missing_to = FindNumber(element, "mapMissingTo");
+  const std::string method = FindAttribute(element, "method").value_or("indicator");
+  if (const Element* child = FirstContent(element)) RefuseKind(child);
   CheckMoment(element, "value", value, field.type);
   if (method == "indicator") return std::make_unique<NormDiscrete>(field, value, map_missing_to);
   if (method != "thermometer") {
-    ThrowAt(element, code::kBadValue, method, "method", LocalName(element));
+    ThrowAt(element, code::kBadValue, method, "method", NameOf(element));
   }
   if (!field.ordinal) {
     ThrowAt(element, code::kUnsupported, "method thermometer on a field that is not ordinal",
-            LocalName(element));
+            NameOf(element));
   }
   Arena pool;
   if (field.order && field.order->RankOf(ForComparison(value, field.type, pool)) < 0) {
-    Refuse(element, "the field does not list the value " + value);
+    RefuseContent(element, "the field does not list the value " + value);
   }
   return std::make_unique<Thermometer>(field, value, map_missing_to);
 }

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <utility>
 
-#include "host/scoring_log.h"
-#include "host/transform/conversion.h"
+#include "host/model/scoring_log.h"
 #include "host/transform/fields.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "host/api.h"
-#include "host/score_case_record.h"
-#include "host/score_dict_var.h"
-#include "host/transform/arena.h"
+#include "host/text/api.h"
+#include "host/model/score_case_record.h"
+#include "host/model/score_dict_var.h"
 #include "host/transform/expression.h"
-#include "host/transform/value.h"
+#include "host/transform/value/arena.h"
+#include "host/transform/value/value.h"
 
 namespace svmscore::transform {
 

@@ -6,13 +6,13 @@
 #include <utility>
 #include <vector>
 
-#include "host/message_codes.h"
-#include "host/ss_exception.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
 #include "host/transform/compile.h"
-#include "host/transform/conversion.h"
+#include "host/transform/text/unicode.h"
+#include "host/transform/text/words.h"
 #include "host/transform/text_normalisation.h"
-#include "host/transform/unicode.h"
-#include "host/transform/words.h"
+#include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
 namespace {
@@ -35,7 +35,8 @@ class TextIndex : public Expression {
     Contain(term_->Size());
     ReadWeights(element);
     ReadHits(element);
-    for (const Element* child = FirstChild(element); child != nullptr; child = NextSibling(child)) {
+    for (const Element* child = FirstContent(element); child != nullptr;
+         child = NextContent(child)) {
       if (IsNamed(child, "TextIndexNormalization")) normalisations_.emplace_back(child, rules_);
     }
     const Value* fixed = term_->Fixed();
@@ -73,19 +74,19 @@ class TextIndex : public Expression {
         {"logarithmic", Weights::kLogarithmic},
         {"augmentedNormalizedTermFrequency", Weights::kAugmented},
     }};
-    const std::string name = Attribute(element, "localTermWeights").value_or("termFrequency");
+    const std::string name = FindAttribute(element, "localTermWeights").value_or("termFrequency");
     const auto* found = std::find_if(kNames.begin(), kNames.end(),
                                      [&](const auto& named) { return named.first == name; });
     if (found == kNames.end()) {
-      ThrowAt(element, code::kBadValue, name, "localTermWeights", LocalName(element));
+      ThrowAt(element, code::kBadValue, name, "localTermWeights", NameOf(element));
     }
     weights_ = found->second;
   }
 
   void ReadHits(const Element* element) {
-    const std::string hits = Attribute(element, "countHits").value_or("allHits");
+    const std::string hits = FindAttribute(element, "countHits").value_or("allHits");
     if (hits != "allHits" && hits != "bestHits") {
-      ThrowAt(element, code::kBadValue, hits, "countHits", LocalName(element));
+      ThrowAt(element, code::kBadValue, hits, "countHits", NameOf(element));
     }
     best_hits_ = hits == "bestHits";
   }

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "host/transform/inline_table.h"
+#include "host/transform/table/inline_table.h"
 
 namespace svmscore::transform {
 namespace {
@@ -34,15 +34,15 @@ bool IsTrue(const std::optional<std::string_view>& cell) {
 }  // namespace
 
 TextNormalisation::TextNormalisation(const Element* element, const WordRules& inherited)
-    : rules_(element, &inherited), recursive_(FlagAttribute(element, "recursive", false)) {
+    : rules_(element, &inherited), recursive_(FindFlag(element, "recursive", false)) {
   const Element* table = InlineTableOf(element);
-  if (table == nullptr) Refuse(element, "there is no InlineTable");
-  const std::vector<std::string> columns = {Attribute(element, "inField").value_or("string"),
-                                            Attribute(element, "outField").value_or("stem"),
-                                            Attribute(element, "regexField").value_or("regex")};
+  if (table == nullptr) RefuseContent(element, "there is no InlineTable");
+  const std::vector<std::string> columns = {FindAttribute(element, "inField").value_or("string"),
+                                            FindAttribute(element, "outField").value_or("stem"),
+                                            FindAttribute(element, "regexField").value_or("regex")};
   ForEachRow(table, columns, 2, [this](const Element* row, Cells cells) {
     const auto in = TextOf(cells, 0);
-    if (!in || in->empty()) Refuse(row, "there is no text to replace");
+    if (!in || in->empty()) RefuseContent(row, "there is no text to replace");
     AddRow(row, std::string(*in), std::string(TextOf(cells, 1).value_or("")),
            IsTrue(TextOf(cells, 2)));
   });
@@ -54,8 +54,8 @@ void TextNormalisation::AddRow(const Element* row, const std::string& in, const 
   made.regex = regex;
   made.replacement = out;
   if (regex && !Pattern::IsReplacement(out)) {
-    Refuse(row, "the replacement \"" + out +
-                    "\" has a dollar sign that is neither doubled nor before a digit");
+    RefuseContent(row, "the replacement \"" + out +
+                           "\" has a dollar sign that is neither doubled nor before a digit");
   }
   if (!regex && rules_.MostEdits() > 0) {
     Work work;
@@ -64,7 +64,7 @@ void TextNormalisation::AddRow(const Element* row, const std::string& in, const 
   std::string error;
   made.pattern = Pattern::Compile(regex ? in : Quote(in), rules_.IgnoresCase(), &error);
   if (made.pattern == nullptr) {
-    Refuse(row, "\"" + in + "\" is no regular expression (" + error + ")");
+    RefuseContent(row, "\"" + in + "\" is no regular expression (" + error + ")");
   }
   rows_.push_back(std::move(made));
 }

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "host/transform/dom.h"
-#include "host/transform/pattern.h"
-#include "host/transform/words.h"
+#include "host/transform/text/pattern.h"
+#include "host/transform/text/words.h"
+#include "host/xml/attributes.h"
 
 namespace svmscore::transform {
 

@@ -1,5 +1,5 @@
 // The only two functions that a host finds in the plug-in.
-#include "host/translator.h"
+#include "host/translate/translator.h"
 #include "svm/translator/translator.h"
 
 extern "C" {

@@ -2,7 +2,7 @@
 #ifndef SVM_LEARN_CANCEL_INFO_H_
 #define SVM_LEARN_CANCEL_INFO_H_
 
-#include "host/cancel_query.h"
+#include "host/model/cancel_query.h"
 
 namespace MCSVM_700 {
 

@@ -5,7 +5,7 @@
 #include <iosfwd>
 #include <vector>
 
-#include "host/cancel_query.h"
+#include "host/model/cancel_query.h"
 #include "math/symmetric_matrix.h"
 #include "svm/learn/cancel_info.h"
 #include "svm/learn/status.h"

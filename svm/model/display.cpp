@@ -1,6 +1,6 @@
 #include <ostream>
 
-#include "host/printable.h"
+#include "host/text/printable.h"
 #include "svm/model/model.h"
 
 namespace MCZandor_850 {

@@ -5,8 +5,8 @@
 #include <optional>
 #include <unordered_map>
 
-#include "host/message_codes.h"
-#include "host/ss_exception.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
 #include "svm/kernel/packed/operations.h"
 #include "svm/model/model.h"
 #include "svm/model/workspace.h"

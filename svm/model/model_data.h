@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "host/score_value.h"
+#include "host/model/score_value.h"
 #include "svm/export/constants.h"
 #include "svm/model/data_case.h"
 

@@ -1,8 +1,8 @@
 #include <cstddef>
 
-#include "host/score_case_record.h"
-#include "host/scoring_log.h"
-#include "host/transformation_dictionary.h"
+#include "host/model/score_case_record.h"
+#include "host/model/scoring_log.h"
+#include "host/transform/transformation_dictionary.h"
 #include "svm/model/model.h"
 #include "svm/result/cls_result.h"
 #include "svm/result/reg_result.h"

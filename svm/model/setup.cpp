@@ -1,8 +1,8 @@
 #include <cstddef>
 
-#include "host/score_case_record.h"
-#include "host/score_dictionary.h"
-#include "host/transformation_dictionary.h"
+#include "host/model/score_case_record.h"
+#include "host/model/score_dictionary.h"
+#include "host/transform/transformation_dictionary.h"
 #include "svm/model/model.h"
 
 namespace MCZandor_850 {

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/score_result.h"
+#include "host/model/score_result.h"
 
 namespace MCZandor_850 {
 

@@ -1,6 +1,6 @@
 #include "svm/result/reg_result.h"
 
-#include "host/score_value.h"
+#include "host/model/score_value.h"
 
 namespace MCZandor_850 {
 

@@ -2,7 +2,7 @@
 #ifndef SVM_RESULT_REG_RESULT_H_
 #define SVM_RESULT_REG_RESULT_H_
 
-#include "host/score_result.h"
+#include "host/model/score_result.h"
 
 namespace MCZandor_850 {
 

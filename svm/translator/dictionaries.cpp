@@ -1,9 +1,9 @@
 #include <memory>
 #include <string>
 
-#include "host/ss_exception.h"
-#include "host/tags.h"
-#include "host/var_stats.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/tags.h"
+#include "host/model/var_stats.h"
 #include "svm/translator/translator.h"
 
 namespace MCZandor_850 {

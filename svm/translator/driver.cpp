@@ -1,8 +1,8 @@
 #include <memory>
 
-#include "host/scoring_log.h"
-#include "host/ss_exception.h"
-#include "host/tags.h"
+#include "host/model/scoring_log.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/tags.h"
 #include "svm/export/messages.h"
 #include "svm/translator/translator.h"
 

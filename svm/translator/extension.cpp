@@ -2,9 +2,9 @@
 #include <string>
 #include <vector>
 
-#include "host/ss_exception.h"
-#include "host/tags.h"
-#include "host/transcoder.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/tags.h"
+#include "host/xml/transcoder.h"
 #include "svm/translator/translator.h"
 
 namespace MCZandor_850 {

@@ -2,9 +2,9 @@
 #include <string>
 #include <utility>
 
-#include "host/message_codes.h"
-#include "host/ss_exception.h"
-#include "host/tags.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/tags.h"
 #include "svm/translator/translator.h"
 
 namespace MCZandor_850 {

@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "host/number_text.h"
+#include "host/text/number_text.h"
 
 namespace MCZandor_850 {
 

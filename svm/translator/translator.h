@@ -7,8 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/dom_elem_utility.h"
-#include "host/translator.h"
+#include "host/translate/dom_elem_utility.h"
+#include "host/translate/translator.h"
 #include "svm/model/model.h"
 #include "svm/model/model_data.h"
 

@@ -3,11 +3,11 @@
 #include <utility>
 #include <vector>
 
-#include "host/limits.h"
-#include "host/message_codes.h"
-#include "host/ss_exception.h"
-#include "host/tags.h"
-#include "host/transcoder.h"
+#include "host/xml/limits.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/tags.h"
+#include "host/xml/transcoder.h"
 #include "svm/translator/splitter.h"
 #include "svm/translator/translator.h"
 

@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-#include "host/printable.h"
+#include "host/text/printable.h"
 #include "tests/app/edited.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"

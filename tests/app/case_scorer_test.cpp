@@ -1,14 +1,14 @@
 // Models that take no batches.
-#include "app/case_scorer.h"
+#include "app/score/case_scorer.h"
 
 #include <algorithm>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "host/base_model.h"
-#include "host/pmml/loader.h"
-#include "host/pmml/plugin.h"
+#include "host/load/loader.h"
+#include "host/load/plugin.h"
+#include "host/translate/base_model.h"
 
 namespace svmscore::app {
 namespace {
@@ -38,7 +38,7 @@ std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const std::
                        std::size_t long_output = 1U << 20U) {
   ScoringPlan plan;
   plan.model = &model;
-  plan.columns = MatchColumns({"width", "height", "colour"}, loaded, {}, "cases");
+  plan.columns = tools::MatchColumns({"width", "height", "colour"}, loaded, {}, "cases");
   plan.replace_missing = true;
   plan.output = loaded.output.get();
   plan.results = MakeColumns(model, *loaded.output, ColumnChoice::kAll, plan.columns, false, {});

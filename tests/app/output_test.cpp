@@ -6,8 +6,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "app/output_file.h"
-#include "app/row_format.h"
+#include "app/files/output_file.h"
+#include "app/score/row_format.h"
 #include "tests/app/temporary_folder.h"
 
 namespace svmscore::app {

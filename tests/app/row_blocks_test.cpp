@@ -1,5 +1,5 @@
 // Rows of CSV: their cells, and the same rows however the input is cut into blocks.
-#include "app/row_blocks.h"
+#include "app/table/row_blocks.h"
 
 #include <random>
 #include <string>
@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "app/csv_row.h"
-#include "app/input_file.h"
+#include "app/files/input_file.h"
+#include "app/table/csv_row.h"
 #include "tests/app/temporary_folder.h"
 
 namespace svmscore::app {

@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include "app/finding.h"
 #include "tests/app/temporary_folder.h"
+#include "tools/findings/finding.h"
 
-namespace svmscore::app {
+namespace svmscore::tools {
 namespace {
 
 TEST(Findings, HaveAPageEach) {
@@ -18,7 +18,7 @@ TEST(Findings, HaveAPageEach) {
     pages.insert(entry.path().stem());
   }
   EXPECT_EQ(pages.erase("README"), 1u);
-  const std::string index = ReadFile(folder / "README.md");
+  const std::string index = app::ReadFile(folder / "README.md");
   std::set<std::string> names;
   for (const FindingKind& kind : AllFindingKinds()) {
     const std::string name(kind.name);
@@ -31,4 +31,4 @@ TEST(Findings, HaveAPageEach) {
 }
 
 }  // namespace
-}  // namespace svmscore::app
+}  // namespace svmscore::tools

@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "host/pmml/document.h"
-#include "host/ss_exception.h"
-#include "host/translator.h"
+#include "host/model/ss_exception.h"
+#include "host/translate/translator.h"
+#include "host/xml/document.h"
 #include "svm/export/messages.h"
 
 namespace {

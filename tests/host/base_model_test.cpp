@@ -1,11 +1,11 @@
-#include "host/base_model.h"
+#include "host/translate/base_model.h"
 
 #include <gtest/gtest.h>
 
-#include "host/pmml/document.h"
-#include "host/pmml/elements.h"
-#include "host/transformation_dictionary.h"
-#include "host/translator.h"
+#include "host/transform/transformation_dictionary.h"
+#include "host/translate/translator.h"
+#include "host/xml/document.h"
+#include "host/xml/elements.h"
 
 namespace MCZandor_850 {
 namespace {

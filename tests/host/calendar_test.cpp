@@ -1,8 +1,8 @@
-#include "host/calendar.h"
+#include "host/text/calendar.h"
 
 #include <gtest/gtest.h>
 
-#include "host/field_text.h"
+#include "host/text/field_text.h"
 
 namespace svmscore {
 namespace {

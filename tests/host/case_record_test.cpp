@@ -1,4 +1,4 @@
-#include "host/score_case_record.h"
+#include "host/model/score_case_record.h"
 
 #include <cmath>
 

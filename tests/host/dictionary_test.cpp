@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "host/message_codes.h"
-#include "host/pmml/document.h"
-#include "host/pmml/elements.h"
-#include "host/ss_exception.h"
-#include "host/translator.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
+#include "host/translate/translator.h"
+#include "host/xml/document.h"
+#include "host/xml/elements.h"
 
 namespace MCZandor_850 {
 namespace {

@@ -1,12 +1,12 @@
-#include "host/pmml/document.h"
+#include "host/xml/document.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <xercesc/dom/DOM.hpp>
 
-#include "host/pmml/elements.h"
-#include "host/ss_exception.h"
-#include "host/transcoder.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/elements.h"
+#include "host/xml/transcoder.h"
 
 namespace svmscore {
 namespace {

@@ -1,11 +1,11 @@
-#include "host/dom_elem_utility.h"
+#include "host/translate/dom_elem_utility.h"
 
 #include <limits>
 
 #include <gtest/gtest.h>
 
-#include "host/pmml/document.h"
-#include "host/ss_exception.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/document.h"
 
 namespace MCZandor_850 {
 namespace {

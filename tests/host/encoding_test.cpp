@@ -4,9 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/pmml/document.h"
-#include "host/ss_exception.h"
-#include "host/transcoder.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/document.h"
+#include "host/xml/transcoder.h"
 #include "tests/host/encoded_text.h"
 
 namespace svmscore {

@@ -1,5 +1,5 @@
 // Documents that ask for too much, and documents that point at something outside.
-#include "host/limits.h"
+#include "host/xml/limits.h"
 
 #include <array>
 #include <cstdio>
@@ -14,8 +14,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/message_codes.h"
-#include "host/pmml/document.h"
+#include "host/model/message_codes.h"
+#include "host/xml/document.h"
 #include "tests/host/encoded_text.h"
 
 namespace svmscore {

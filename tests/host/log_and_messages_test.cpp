@@ -4,10 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include "host/message_codes.h"
-#include "host/printable.h"
-#include "host/scoring_log.h"
-#include "host/ss_exception.h"
+#include "host/model/message_codes.h"
+#include "host/model/scoring_log.h"
+#include "host/model/ss_exception.h"
+#include "host/text/printable.h"
 
 namespace MCZandor_850 {
 namespace {

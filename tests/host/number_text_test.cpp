@@ -1,4 +1,4 @@
-#include "host/number_text.h"
+#include "host/text/number_text.h"
 
 #include <bit>
 #include <cmath>

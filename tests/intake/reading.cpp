@@ -4,12 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include "host/message_codes.h"
-#include "host/number_text.h"
-#include "host/pmml/loader.h"
-#include "host/score_case_record.h"
-#include "host/score_result.h"
-#include "host/transcoder.h"
+#include "host/load/loader.h"
+#include "host/model/message_codes.h"
+#include "host/model/score_case_record.h"
+#include "host/model/score_result.h"
+#include "host/text/number_text.h"
+#include "host/xml/transcoder.h"
 
 namespace svmscore_test {
 namespace {

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "host/pmml/intake.h"
-#include "host/ss_exception.h"
+#include "host/intake/make_readable.h"
+#include "host/model/ss_exception.h"
 
 namespace svmscore_test {
 

@@ -5,10 +5,10 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "host/pmml/document.h"
-#include "host/scoring_log.h"
-#include "host/transformation_dictionary.h"
-#include "host/translator.h"
+#include "host/model/scoring_log.h"
+#include "host/transform/transformation_dictionary.h"
+#include "host/translate/translator.h"
+#include "host/xml/document.h"
 #include "tests/model/model_fixture.h"
 
 namespace {

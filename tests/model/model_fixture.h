@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/score_value.h"
+#include "host/model/score_value.h"
 #include "svm/model/model.h"
 #include "svm/model/model_data.h"
 #include "svm/result/cls_result.h"

@@ -13,11 +13,11 @@
 #include <utility>
 #include <vector>
 
+#include "host/load/loader.h"
+#include "host/load/plugin.h"
+#include "host/model/score_case_record.h"
+#include "host/model/ss_exception.h"
 #include "host/output/output_plan.h"
-#include "host/pmml/loader.h"
-#include "host/pmml/plugin.h"
-#include "host/score_case_record.h"
-#include "host/ss_exception.h"
 
 namespace svmscore_test {
 

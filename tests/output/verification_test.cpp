@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "host/model/ss_exception.h"
 #include "host/output/verification.h"
-#include "host/ss_exception.h"
 #include "tests/output/scoring.h"
 
 namespace svmscore_test {

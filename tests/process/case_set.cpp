@@ -7,7 +7,7 @@
 #include <new>
 #include <string_view>
 
-#include "host/score_dict_var.h"
+#include "host/model/score_dict_var.h"
 
 namespace svmscore_test {
 

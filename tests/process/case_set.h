@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "host/batch_model.h"
+#include "host/load/loader.h"
+#include "host/model/batch_model.h"
+#include "host/model/score_case_record.h"
+#include "host/model/score_result.h"
 #include "host/output/output_plan.h"
-#include "host/pmml/loader.h"
-#include "host/score_case_record.h"
-#include "host/score_result.h"
 
 namespace svmscore_test {
 

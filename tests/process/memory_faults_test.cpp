@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/score_status.h"
+#include "host/model/score_status.h"
 #include "tests/process/case_set.h"
 #include "tests/process/failing_memory.h"
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "app/program.h"
+#include "app/cli/program.h"
 #include "tests/app/temporary_folder.h"
 #include "tests/process/failing_memory.h"
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "host/score_value.h"
+#include "host/model/score_value.h"
 #include "svm/result/cls_result.h"
 #include "svm/result/reg_result.h"
 #include "tests/slot_order.h"

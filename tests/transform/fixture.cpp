@@ -2,8 +2,8 @@
 
 #include <sstream>
 
-#include "host/ss_exception.h"
-#include "host/transcoder.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/transcoder.h"
 
 namespace svmscore::transform {
 namespace {

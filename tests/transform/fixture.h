@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "host/pmml/document.h"
-#include "host/score_case_record.h"
-#include "host/transformation_dictionary.h"
-#include "host/translator.h"
+#include "host/model/score_case_record.h"
+#include "host/transform/transformation_dictionary.h"
+#include "host/translate/translator.h"
+#include "host/xml/document.h"
 
 namespace svmscore::transform {
 

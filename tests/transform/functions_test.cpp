@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/number_text.h"
+#include "host/text/number_text.h"
 #include "tests/transform/call_text.h"
 #include "tests/transform/fixture.h"
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/score_dict_var.h"
+#include "host/model/score_dict_var.h"
 #include "host/transform/program.h"
 #include "tests/transform/call_text.h"
 #include "tests/transform/fixture.h"

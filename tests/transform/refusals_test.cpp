@@ -152,12 +152,12 @@ TEST(Refusals, CoverFieldsAndContainers) {
               StartsWith("260304 at element Lag"));
 }
 
-TEST(Refusals, SpareExtensionsAndPrefixes) {
-  EXPECT_EQ(Refusal("<p:PMML xmlns:p='urn:p' version='4.4'><DataDictionary/>"
+TEST(Refusals, SpareExtensions) {
+  EXPECT_EQ(Refusal("<PMML version='4.4'><DataDictionary/>"
                     "<TransformationDictionary><Extension><Lag/></Extension><X-note/>"
-                    "<p:DerivedField name='d' optype='continuous' dataType='double' x-a='1'>"
-                    "<Extension/><p:Constant>1</p:Constant></p:DerivedField>"
-                    "</TransformationDictionary></p:PMML>"),
+                    "<DerivedField name='d' optype='continuous' dataType='double' x-a='1'>"
+                    "<Extension/><Constant>1</Constant></DerivedField>"
+                    "</TransformationDictionary></PMML>"),
             "");
 }
 

@@ -5,9 +5,9 @@
 #include <cstdio>
 #include <fstream>
 
-#include "host/pmml/document.h"
-#include "host/scoring_log.h"
-#include "host/ss_exception.h"
+#include "host/model/scoring_log.h"
+#include "host/model/ss_exception.h"
+#include "host/xml/document.h"
 #include "svm/translator/translator.h"
 #include "tests/slot_order.h"
 #include "tests/translator/failures.h"

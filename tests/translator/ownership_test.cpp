@@ -2,7 +2,7 @@
 // fuzz/ spoils documents at random.
 #include <gtest/gtest.h>
 
-#include "host/ss_exception.h"
+#include "host/model/ss_exception.h"
 #include "tests/translator/documents.h"
 #include "tests/translator/reading.h"
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/pmml/document.h"
+#include "host/xml/document.h"
 #include "svm/translator/translator.h"
 
 namespace svmscore_test {

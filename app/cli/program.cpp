@@ -1,0 +1,134 @@
+#include "app/cli/program.h"
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <CLI/CLI.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+
+#include "app/base/failure.h"
+#include "app/base/messages.h"
+#include "app/describe/describe_command.h"
+#include "app/doctor/doctor_command.h"
+#include "app/options/command.h"
+#include "app/score/score_command.h"
+#include "app/verify/verify_command.h"
+#include "tools/base/bad_input.h"
+
+namespace svmscore::app {
+namespace {
+
+int Complain(ExitStatus status, const char* what) {
+  if (*what != '\0') Tell(what);
+  return status;
+}
+
+// The JSON library allocates in a destructor: memory that runs out there reaches no handler.
+[[noreturn]] void OnTerminate() {
+  try {
+    if (const std::exception_ptr cause = std::current_exception()) std::rethrow_exception(cause);
+  } catch (const std::bad_alloc&) {
+    std::_Exit(Complain(kInternalError, "out of memory"));
+  } catch (const std::exception& error) {
+    Complain(kInternalError, error.what());
+  } catch (...) {
+    Complain(kInternalError, "internal error");
+  }
+  std::abort();
+}
+
+// The option library says only that a command is lacking where it does not know one.
+std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = program.remaining();
+  if (!program.get_subcommands().empty() || unknown.empty() || unknown.front().starts_with('-')) {
+    return error.what();
+  }
+  std::vector<std::string> names;
+  for (const CLI::App* command : program.get_subcommands({})) names.push_back(command->get_name());
+  return fmt::format("there is no command \"{}\"; the commands are {}", unknown.front(),
+                     fmt::join(names, ", "));
+}
+
+int ParseAndRun(int argc, char** argv) {
+  CLI::App program("Scores support vector machine models written in PMML.", "svmscore");
+  program.set_version_flag("--version", "svmscore " SVMSCORE_VERSION);
+  program.require_subcommand(1);
+  program.footer(
+      "Exit status: 0 done; 1 verify or doctor found something wrong; 2 usage; 3 the model cannot "
+      "be "
+      "used;\n4 some case failed under --strict; 5 the cases cannot be read; 6 the output cannot "
+      "be written.");
+  ScoreCommand score;
+  DescribeCommand describe;
+  VerifyCommand verify;
+  DoctorCommand doctor;
+  const std::array<Command*, 4> commands = {&score, &describe, &verify, &doctor};
+  std::array<CLI::App*, commands.size()> parsed{};
+  for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::Success& asked) {  // --help, --version
+    const int status = program.exit(asked);
+    return std::cout.flush() ? status : kOutputError;
+  } catch (const CLI::ParseError& error) {
+    Complain(kUsageError, UsageText(program, error).c_str());
+    TellAsItIs("Run svmscore --help for what it takes.\n");
+    return kUsageError;
+  }
+  for (std::size_t i = 0; i < commands.size(); ++i) {
+    if (parsed[i]->parsed()) return commands[i]->Run();
+  }
+  return kUsageError;
+}
+
+// A file that is opened where a standard stream was closed would take what is meant for the stream.
+// What is opened here instead fails on use, as the closed stream would.
+void OccupyStandardStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) < 0) {
+      open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
+
+}  // namespace
+
+int RunProgram(int argc, char** argv) {
+  // A closed pipe and a file that may not grow are outputs that cannot be written.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::set_terminate(OnTerminate);
+  std::signal(SIGXFSZ, SIG_IGN);
+  OccupyStandardStreams();
+  try {
+    return ParseAndRun(argc, argv);
+  } catch (const Failure& failure) {
+    Complain(failure.Status(), failure.what());
+    TellAsItIs(failure.Lines());
+    return failure.Status();
+  } catch (const tools::BadCases& error) {
+    return Complain(kInputError, error.what());
+  } catch (const tools::BadDocument& error) {
+    return Complain(kModelError, error.what());
+  } catch (const xercesc::OutOfMemoryException&) {  // commands edit documents too
+    return Complain(kInternalError, "out of memory");
+  } catch (const std::bad_alloc&) {
+    return Complain(kInternalError, "out of memory");
+  } catch (const std::exception& error) {
+    return Complain(kInternalError, error.what());
+  } catch (...) {  // the parser's own exceptions are none of the standard's
+    return Complain(kInternalError, "internal error");
+  }
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,28 @@
+// svmscore describe: what a model is, and what is not used of its document.
+#ifndef APP_DESCRIBE_DESCRIBE_COMMAND_H_
+#define APP_DESCRIBE_DESCRIBE_COMMAND_H_
+
+#include <string>
+
+#include "app/options/command.h"
+#include "host/xml/limits.h"
+
+namespace svmscore::app {
+
+class DescribeCommand : public Command {
+ public:
+  CLI::App* AddTo(CLI::App& program) override;
+  ExitStatus Run() override;
+
+ private:
+  std::string model_;
+  std::string plugin_;
+  Limits limits_;
+  bool json_ = false;
+  bool dump_ = false;
+  bool strict_document_ = false;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_DESCRIBE_DESCRIBE_COMMAND_H_

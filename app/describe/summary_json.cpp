@@ -1,0 +1,113 @@
+#include <cmath>
+
+#include <nlohmann/json.hpp>
+
+#include "app/describe/summary_output.h"
+#include "host/text/number_text.h"
+
+namespace svmscore::app {
+
+using output::Method;
+using tools::NameOf;
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// JSON has no spelling for what is not finite.
+Json NumberOf(double number) {
+  return std::isfinite(number) ? Json(number) : Json(FormatNumber(number));
+}
+
+Json TextOrNull(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
+}
+
+Json InputsOf(const tools::ModelSummary& summary) {
+  Json inputs = Json::array();
+  for (const tools::InputSummary& input : summary.inputs) {
+    inputs.push_back({{"name", input.name},
+                      {"optype", input.optype},
+                      {"dataType", input.type},
+                      {"needed", input.needed},
+                      {"replacement", input.replacement ? Json(*input.replacement) : Json()}});
+  }
+  return inputs;
+}
+
+Json MachinesOf(const tools::ModelSummary& summary) {
+  Json machines = Json::array();
+  for (const tools::MachineSummary& machine : summary.machines) {
+    machines.push_back({{"target", TextOrNull(machine.target)},
+                        {"alternate", TextOrNull(machine.alternate)},
+                        {"threshold", NumberOf(machine.threshold)},
+                        {"absoluteValue", NumberOf(machine.offset)},
+                        {"terms", machine.terms}});
+  }
+  return machines;
+}
+
+Json IntakeOf(const tools::ModelSummary& summary) {
+  Json steps = Json::array();
+  for (const IntakeStep& step : summary.intake) {
+    steps.push_back({{"name", step.name},
+                     {"changes", step.changes},
+                     {"element", step.element},
+                     {"line", step.line > 0 ? Json(step.line) : Json()},
+                     {"count", step.count},
+                     {"consequence", step.consequence},
+                     {"detail", TextOrNull(step.detail)}});
+  }
+  return steps;
+}
+
+Json LeftOutOf(const tools::ModelSummary& summary) {
+  Json findings = Json::array();
+  for (const tools::Finding& finding : summary.left_out) {
+    findings.push_back({{"kind", finding.Name()},
+                        {"element", finding.element},
+                        {"line", finding.line > 0 ? Json(finding.line) : Json()},
+                        {"consequence", finding.what}});
+  }
+  return findings;
+}
+
+}  // namespace
+
+std::string JsonOf(const tools::ModelSummary& summary) {
+  Json parameters = Json::object();
+  for (const auto& [name, value] : summary.parameters) parameters[name] = NumberOf(value);
+  const bool regression = summary.scheme.method == Method::kRegression;
+  const Json all = {{"file", summary.file},
+                    {"pmmlVersion", TextOrNull(summary.pmml_version)},
+                    {"producer", TextOrNull(summary.producer)},
+                    {"modelName", TextOrNull(summary.model_name)},
+                    {"function", regression ? "regression" : "classification"},
+                    {"method", NameOf(summary.scheme.method)},
+                    {"maxWins", summary.max_wins},
+                    {"threshold", NumberOf(summary.threshold)},
+                    {"percentages", NameOf(summary.scheme.percentages)},
+                    {"interval", summary.scheme.interval},
+                    {"kernel", {{"type", summary.kernel}, {"parameters", parameters}}},
+                    {"target",
+                     {{"name", summary.target},
+                      {"dataType", summary.target_type},
+                      {"categories", summary.categories}}},
+                    {"missingPolicy", summary.missing_policy},
+                    {"counts",
+                     {{"inputs", summary.inputs.size()},
+                      {"derivedFields", summary.derived_fields},
+                      {"vectorFields", summary.vector_fields},
+                      {"vectors", summary.vectors},
+                      {"machines", summary.machines.size()},
+                      {"terms", summary.terms}}},
+                    {"inputs", InputsOf(summary)},
+                    {"machines", MachinesOf(summary)},
+                    {"outputFields", summary.output_fields},
+                    {"refused", summary.refused ? Json(*summary.refused) : Json()},
+                    {"intake", IntakeOf(summary)},
+                    {"leftOut", LeftOutOf(summary)},
+                    {"display", summary.listing ? Json(*summary.listing) : Json()}};
+  return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace svmscore::app

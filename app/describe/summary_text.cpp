@@ -1,0 +1,195 @@
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+#include <fmt/format.h>
+
+#include "app/describe/summary_output.h"
+#include "host/text/number_text.h"
+#include "host/text/printable.h"
+#include "tools/findings/intake_text.h"
+
+namespace svmscore::app {
+
+using output::Method;
+using output::Percentages;
+using tools::NameOf;
+namespace {
+
+// Rows of a table, and findings of a kind, before the rest is only counted.
+constexpr std::size_t kShownMachines = 10;
+constexpr std::size_t kShownFindings = 5;
+
+using Text = std::back_insert_iterator<std::string>;
+using Table = std::vector<std::vector<std::string>>;
+
+std::string Counted(std::size_t count, const std::string& what) {
+  return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+void Line(Text out, std::string_view label, std::string_view content) {
+  fmt::format_to(out, "{:<14}{}\n", label, Printable(content, kAnyLength));
+}
+
+std::string Brief(const std::string& text) {
+  return Shortened(text, kLongestInsert);
+}
+
+std::string Listed(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + Brief(name);
+  return list;
+}
+
+// Characters, so that columns of a table align for names beyond ASCII.
+std::size_t WidthOf(const std::string& text) {
+  return static_cast<std::size_t>(std::count_if(
+      text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) >> 6U) != 2; }));
+}
+
+void Write(Text out, Table table) {
+  std::vector<std::size_t> widths(table.front().size());
+  for (auto& row : table) {
+    for (std::string& cell : row) cell = Printable(cell, kLongestInsert);
+  }
+  for (const auto& row : table) {
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], WidthOf(row[i]));
+  }
+  for (const auto& row : table) {
+    std::string line = " ";
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      line += " " + row[i] + std::string(widths[i] - WidthOf(row[i]) + 1, ' ');
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    fmt::format_to(out, "{}\n", line);
+  }
+}
+
+std::string MethodSentence(const tools::ModelSummary& summary) {
+  const char* side = summary.max_wins ? "above" : "below";
+  switch (summary.scheme.method) {
+    case Method::kRegression:
+      return "regression";
+    case Method::kBinary:
+      return summary.scheme.percentages == Percentages::kProbabilities
+                 ? "classification, two categories: the more probable one wins"
+                 : fmt::format(
+                       "classification, two categories: a decision value {} the threshold "
+                       "means the target category",
+                       side);
+    case Method::kOneAgainstOne:
+      return summary.scheme.percentages == Percentages::kProbabilities
+                 ? "classification, one-against-one: the most probable category wins"
+                 : fmt::format(
+                       "classification, one-against-one: a decision value {} the threshold "
+                       "is a vote for the target category",
+                       side);
+    case Method::kOneAgainstAll:
+      return fmt::format("classification, one-against-all: the {} decision value wins",
+                         summary.max_wins ? "largest" : "smallest");
+  }
+  return {};
+}
+
+std::string KernelSentence(const tools::ModelSummary& summary) {
+  std::string text = summary.kernel;
+  for (const auto& [name, value] : summary.parameters) {
+    text += fmt::format(", {} {}", name, FormatNumber(value));
+  }
+  return text;
+}
+
+std::string PercentagesSentence(const tools::ModelSummary& summary) {
+  if (summary.scheme.method == Method::kRegression) {
+    return summary.scheme.interval ? "standard deviation and 95% interval" : "no interval";
+  }
+  return NameOf(summary.scheme.percentages);
+}
+
+void WriteInputs(Text out, const tools::ModelSummary& summary) {
+  fmt::format_to(out, "\nInputs\n");
+  Table table = {{"name", "type", "needed", "replaces a missing value"}};
+  for (const tools::InputSummary& input : summary.inputs) {
+    table.push_back({input.name, input.optype + " " + input.type, input.needed ? "yes" : "no",
+                     input.replacement.value_or("-")});
+  }
+  Write(out, table);
+}
+
+void WriteMachines(Text out, const tools::ModelSummary& summary) {
+  fmt::format_to(out, "\nMachines\n");
+  Table table = {{"target category", "alternate", "threshold", "absolute value", "terms"}};
+  const std::size_t shown = std::min(summary.machines.size(), kShownMachines);
+  for (std::size_t i = 0; i < shown; ++i) {
+    const tools::MachineSummary& machine = summary.machines[i];
+    table.push_back({machine.target.empty() ? "-" : machine.target,
+                     machine.alternate.empty() ? "-" : machine.alternate,
+                     FormatNumber(machine.threshold), FormatNumber(machine.offset),
+                     std::to_string(machine.terms)});
+  }
+  Write(out, table);
+  if (shown < summary.machines.size()) {
+    fmt::format_to(out, "  and {} more\n", summary.machines.size() - shown);
+  }
+}
+
+void WriteIntake(Text out, const tools::ModelSummary& summary) {
+  if (summary.intake.empty()) return;
+  fmt::format_to(out, "\nHow the document is read\n");
+  for (const IntakeStep& step : summary.intake) {
+    fmt::format_to(out, "  {}\n", Printable(tools::SentenceOf(step)));
+  }
+}
+
+void WriteLeftOut(Text out, const tools::ModelSummary& summary) {
+  fmt::format_to(out, "\nWhat the translator leaves out\n");
+  if (summary.refused) {
+    fmt::format_to(out, "  score refuses this model: {}\n", Printable(*summary.refused));
+  }
+  if (summary.left_out.empty()) fmt::format_to(out, "  nothing\n");
+  std::map<std::string_view, std::size_t> met;
+  for (const tools::Finding& finding : summary.left_out) {
+    if (++met[finding.Name()] > kShownFindings) continue;
+    const std::string place = finding.line > 0 ? fmt::format("line {}, ", finding.line) : "";
+    fmt::format_to(out, "  {}{}: {}\n", place, Printable(finding.element, kLongestInsert),
+                   Printable(finding.what));
+  }
+  for (const auto& [kind, count] : met) {
+    if (count <= kShownFindings) continue;
+    fmt::format_to(out, "  and {} more of {}\n", count - kShownFindings, kind);
+  }
+}
+
+}  // namespace
+
+std::string TextOf(const tools::ModelSummary& summary) {
+  std::string text;
+  const Text out(text);
+  Line(out, "Document", fmt::format("{}, PMML {}", summary.file, Brief(summary.pmml_version)));
+  if (!summary.producer.empty()) Line(out, "Producer", Brief(summary.producer));
+  if (!summary.model_name.empty()) Line(out, "Model", Brief(summary.model_name));
+  Line(out, "Method", MethodSentence(summary));
+  Line(out, "Percentages", PercentagesSentence(summary));
+  Line(out, "Target",
+       fmt::format("{} ({}){}{}", Brief(summary.target), summary.target_type,
+                   summary.categories.empty() ? "" : ": ", Listed(summary.categories)));
+  Line(out, "Kernel", KernelSentence(summary));
+  Line(out, "Counts",
+       fmt::format("{}, {}, {}, {}, {}, {}", Counted(summary.inputs.size(), "input"),
+                   Counted(summary.derived_fields, "derived field"),
+                   Counted(summary.vector_fields, "vector field"),
+                   Counted(summary.vectors, "vector"), Counted(summary.machines.size(), "machine"),
+                   Counted(summary.terms, "term")));
+  if (!summary.output_fields.empty()) {
+    Line(out, "Output", Listed(summary.output_fields));
+  }
+  Line(out, "Missing value", fmt::format("policy {}", summary.missing_policy));
+  WriteInputs(out, summary);
+  WriteMachines(out, summary);
+  WriteIntake(out, summary);
+  WriteLeftOut(out, summary);
+  if (summary.listing) text += *summary.listing;
+  return text;
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,24 @@
+// The options that name files.
+#ifndef APP_OPTIONS_FILE_OPTION_H_
+#define APP_OPTIONS_FILE_OPTION_H_
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+namespace svmscore::app {
+
+inline constexpr const char* kModelHelp = "PMML file of a support vector machine model";
+inline constexpr const char* kPluginHelp = "use this plug-in instead of the installed one";
+
+// Adds an option, or an argument, that sets `path`; this must outlive the parsing. An empty name,
+// as a script gives whose variable is not set, is refused, and not taken for none.
+CLI::Option* AddFileOption(CLI::App& command, const std::string& name, std::string& path,
+                           const std::string& help);
+
+// Throws a Failure(kUsageError) where both files of cases are standard input.
+void RefuseSharedInput(const std::string& input, const std::string& expected);
+
+}  // namespace svmscore::app
+
+#endif  // APP_OPTIONS_FILE_OPTION_H_

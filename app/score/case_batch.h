@@ -1,0 +1,43 @@
+// Cases on their way through a model's batch interface.
+#ifndef APP_SCORE_CASE_BATCH_H_
+#define APP_SCORE_CASE_BATCH_H_
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "host/model/batch_model.h"
+
+namespace svmscore::app {
+
+// Holds cases up to a fixed number and what the model makes of them. Used by one thread.
+class CaseBatch {
+ public:
+  // `categories` of the model's target; `model` must outlive this object.
+  CaseBatch(BatchModel& model, std::size_t categories, std::size_t capacity);
+
+  void Clear() { count_ = 0; }
+  // Takes the case as the next one unless the status, which is the case's own, is an error.
+  // REQUIRES: fewer cases than the capacity are held.
+  MCScore::MCStatus Add(const MCZandor_850::ScoreCaseRecord& record);
+  void Score();
+
+  std::size_t Size() const { return count_; }
+  // Valid after Score, until the next.
+  const BatchResults& Results() const { return results_; }
+
+ private:
+  BatchModel& model_;
+  std::size_t stride_;
+  std::size_t count_ = 0;
+  std::vector<double> entries_;
+  std::vector<long> status_;
+  std::vector<int> category_;
+  std::vector<double> numbers_;  // the columns of doubles, one after the other
+  std::unique_ptr<bool[]> has_interval_;
+  BatchResults results_;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_SCORE_CASE_BATCH_H_

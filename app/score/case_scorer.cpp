@@ -1,0 +1,199 @@
+#include "app/score/case_scorer.h"
+
+#include <algorithm>
+
+#include "host/model/score_status.h"
+#include "host/model/scoring_log.h"
+
+namespace svmscore::app {
+
+using MCZandor_850::InputCaseRecord;
+using MCZandor_850::ScoreResult;
+
+namespace {
+
+// Cells of a chunk, or numbers that the model makes of them: few enough to stay in the cache from
+// reading to writing, enough rows for the model to score many at a time. Wide rows are taken in
+// smaller chunks.
+constexpr std::size_t kChunkCells = std::size_t{64} * 1024;
+constexpr std::size_t kLeastRows = 32;
+constexpr std::size_t kMostRows = 512;
+
+// The status of a case that the model is not asked about, logged as the model would.
+long RefuseInvalid() {
+  MCZandor_850::ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld",
+                                                    MCScore::kInvalidValue);
+  return MCScore::kInvalidValue;
+}
+
+}  // namespace
+
+void Tally::Count(long status) {
+  ++cases;
+  if (status == 0) {
+    ++scored;
+  } else if (status == MCScore::kInvalidValue) {
+    ++invalid;
+  } else {
+    ++missing;
+  }
+}
+
+void Tally::Add(const Tally& other) {
+  cases += other.cases;
+  scored += other.scored;
+  missing += other.missing;
+  invalid += other.invalid;
+}
+
+CaseScorer::CaseScorer(const ScoringPlan& plan)
+    : plan_(plan),
+      record_(plan.columns.variables, true, plan.replace_missing),
+      outputs_(*plan.output, plan.replace_missing) {
+  auto* model = dynamic_cast<BatchModel*>(plan.model);
+  std::size_t width = plan.columns.width;
+  if (model != nullptr) width = std::max(width, model->EntryCount() + model->DecisionCount());
+  chunk_rows_ = std::clamp(kChunkCells / std::max<std::size_t>(width, 1), kLeastRows, kMostRows);
+  if (model == nullptr) return;
+  const std::size_t categories = plan.output->Targets().Target().GetCategories().size();
+  batch_ = std::make_unique<CaseBatch>(*model, categories, chunk_rows_);
+}
+
+CaseScorer::~CaseScorer() = default;
+
+void CaseScorer::FixPositions() {
+  record_.Clear();
+  ScoreResult* result = nullptr;
+  // The log tells of the user's cases, and this is none of them.
+  MCZandor_850::ScoringLog& log = MCZandor_850::ScoringLog::GetInstance();
+  const int level = log.GetLevel();
+  log.SetLevel(0);
+  plan_.model->GetScore(&record_, result, false);
+  log.SetLevel(level);
+  result_.reset(result);
+}
+
+void CaseScorer::Score(CaseBlock& block) {
+  block.error.reset();
+  rows_.clear();
+  written_ = 0;
+  reader_.emplace(block.rows.text.data(), block.rows.text.size(), block.rows.first_line,
+                  plan_.limits);
+  GoOn(block);
+}
+
+void CaseScorer::GoOn(CaseBlock& block) {
+  block.out.clear();
+  block.tally = {};
+  block.done = false;
+  while (!block.done && block.out.size() < plan_.long_output) {
+    if (written_ == rows_.size()) ScoreChunk(block);
+    WriteChunk(block);
+    block.done = !reader_ && written_ == rows_.size();
+  }
+}
+
+void CaseScorer::ScoreChunk(CaseBlock& block) {
+  rows_.clear();
+  cells_.clear();
+  written_ = 0;
+  if (batch_ != nullptr) batch_->Clear();
+  try {
+    if (!ReadChunk(*reader_)) reader_.reset();
+  } catch (const CsvError& error) {
+    block.error = error;
+    reader_.reset();
+  }
+  if (batch_ != nullptr) batch_->Score();
+}
+
+bool CaseScorer::ReadChunk(CsvRows& rows) {
+  while (rows_.size() < chunk_rows_) {
+    if (!rows.Next(row_cells_)) return false;
+    if (row_cells_.size() != plan_.columns.width) {
+      throw WrongWidth(rows.RowLine(), row_cells_, plan_.columns.width);
+    }
+    ReadRow();
+  }
+  return true;
+}
+
+void CaseScorer::ReadRow() {
+  cells_.insert(cells_.end(), row_cells_.begin(), row_cells_.end());
+  Row row;
+  if (batch_ != nullptr) {
+    SetCells(row_cells_.data());
+    row.place = batch_->Size();
+    row.status = record_.HasInvalid() ? RefuseInvalid() : batch_->Add(record_).GetErrorCode();
+  }
+  rows_.push_back(row);
+}
+
+void CaseScorer::WriteChunk(CaseBlock& block) {
+  const RowFormat& format = *plan_.format;
+  CellWriter cell(format, block.out);
+  const bool sets_record =
+      batch_ == nullptr || (plan_.computes_output && plan_.output->ReadsCases());
+  while (written_ < rows_.size() && block.out.size() < plan_.long_output) {
+    const std::size_t r = written_++;
+    const std::string_view* cells = CellsOf(r);
+    if (sets_record) SetCells(cells);
+    output::Outcome outcome = OutcomeOf(rows_[r]);
+    if (plan_.computes_output) {
+      SetExtras(cells);
+      outcome.status = plan_.output->Evaluate(outcome, record_, outputs_);
+    }
+    block.tally.Count(outcome.status);
+    const bool decided = batch_ != nullptr && rows_[r].status == 0 &&
+                         batch_->Results().status[rows_[r].place] != MCScore::kCannotScore;
+    const ScoredCase scored{cells, outcome, outputs_,
+                            decided ? batch_->Results().decisions + rows_[r].place : nullptr,
+                            decided ? batch_->Results().stride : 0};
+    for (std::size_t i = 0; i < plan_.results.size(); ++i) {
+      format.Begin(block.out, i);
+      plan_.results[i]->Write(scored, cell);
+    }
+    format.EndRow(block.out);
+  }
+}
+
+output::Outcome CaseScorer::OutcomeOf(const Row& row) {
+  const output::TargetRules& targets = plan_.output->Targets();
+  if (batch_ != nullptr) {
+    if (row.status != 0) return targets.Finish({row.status, false}, nullptr);
+    return targets.Finish(batch_->Results(), row.place);
+  }
+  if (record_.HasInvalid()) return targets.Finish({RefuseInvalid(), false}, nullptr);
+  ScoreResult* result = result_.release();
+  const MCScore::MCStatus status = plan_.model->GetScore(&record_, result, false);
+  result_.reset(result);
+  return targets.Finish(status, result);
+}
+
+void CaseScorer::SetCells(const std::string_view* cells) {
+  const std::vector<std::size_t>& positions = plan_.columns.cells;
+  for (std::size_t i = 0; i < positions.size(); ++i) SetCell(record_, i, cells, positions[i]);
+}
+
+void CaseScorer::SetExtras(const std::string_view* cells) {
+  const std::vector<std::size_t>& positions = plan_.columns.extras;
+  for (std::size_t i = 0; i < positions.size(); ++i) {
+    SetCell(outputs_.Extras(), i, cells, positions[i]);
+  }
+}
+
+void CaseScorer::SetCell(InputCaseRecord& record, std::size_t position,
+                         const std::string_view* cells, std::size_t cell) {
+  if (cell == tools::kNoCell || IsMissing(cells[cell])) {
+    record.SetMissing(position);
+  } else {
+    record.SetText(position, cells[cell]);
+  }
+}
+
+bool CaseScorer::IsMissing(std::string_view cell) const {
+  return cell.empty() || std::find(plan_.missing_tokens.begin(), plan_.missing_tokens.end(),
+                                   cell) != plan_.missing_tokens.end();
+}
+
+}  // namespace svmscore::app

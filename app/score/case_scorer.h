@@ -1,0 +1,119 @@
+// From rows of text to rows of output: what one thread does with one block.
+#ifndef APP_SCORE_CASE_SCORER_H_
+#define APP_SCORE_CASE_SCORER_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/score/case_batch.h"
+#include "app/score/result_columns.h"
+#include "app/score/row_format.h"
+#include "app/table/csv_row.h"
+#include "app/table/row_blocks.h"
+#include "host/model/score_case_record.h"
+#include "host/model/score_model.h"
+#include "host/output/output_plan.h"
+#include "tools/base/case_columns.h"
+
+namespace svmscore::app {
+
+// All that the threads of a run share; set up before, and only read while they score.
+struct ScoringPlan {
+  MCZandor_850::ScoreModel* model = nullptr;
+  tools::CaseColumns columns;
+  std::vector<std::string> missing_tokens;  // cells that count as missing besides empty ones
+  bool replace_missing = false;
+  const output::OutputPlan* output = nullptr;
+  bool computes_output = false;  // the results hold columns of output fields
+  ResultColumns results;
+  std::unique_ptr<RowFormat> format;
+  Limits limits;  // of the rows
+  // So much text is not held back for rows that follow: a thousand cases may be two bytes each to
+  // read and a megabyte each to write.
+  std::size_t long_output = std::size_t{16} << 20;
+};
+
+// How the cases of a run ended.
+struct Tally {
+  std::uint64_t cases = 0;
+  std::uint64_t scored = 0;
+  std::uint64_t missing = 0;  // no prediction for lack of a value
+  std::uint64_t invalid = 0;  // an invalid value, or no decidable outcome
+
+  void Count(long status);
+  void Add(const Tally& other);
+};
+
+// A block on its way through the pipeline.
+struct CaseBlock {
+  RowBlock rows;
+  std::string out;                // of the rows that are scored and not written yet
+  Tally tally;                    // of the rows of `out`
+  std::optional<CsvError> error;  // what is wrong with the row after the last one
+  std::uint64_t bytes_read = 0;   // of the input, up to this block or a little further
+  bool done = true;               // `out` ends with the last row
+};
+
+// Used by one thread. Takes the rows of a block in chunks: reads a chunk, lets the model score it
+// as one batch, and writes it. A model that takes no batches scores case by case.
+class CaseScorer {
+ public:
+  explicit CaseScorer(const ScoringPlan& plan);
+  ~CaseScorer();
+  CaseScorer(const CaseScorer&) = delete;
+  CaseScorer& operator=(const CaseScorer&) = delete;
+
+  // Scores the rows of the block up to the first broken one, or until `out` is long: then `done` is
+  // false, and once `out` is written, GoOn of the same scorer, on any thread, goes on with a new
+  // one.
+  void Score(CaseBlock& block);
+  void GoOn(CaseBlock& block);
+  // Shows the model a case without values: it fixes the positions of its variables in records on
+  // the first case that it sees, which must not happen on several threads at once.
+  void FixPositions();
+
+ private:
+  // A row of the chunk: its place in the batch, or the status with which it stays outside.
+  struct Row {
+    long status = 0;
+    std::size_t place = 0;
+  };
+
+  // Makes the next rows the chunk, and lets the model score it.
+  void ScoreChunk(CaseBlock& block);
+  // Reads rows until the chunk is full; false at the end of the rows.
+  bool ReadChunk(CsvRows& rows);
+  void ReadRow();
+  // Writes rows of the chunk until they end or `out` is long.
+  void WriteChunk(CaseBlock& block);
+  // The cells of a row of the chunk.
+  const std::string_view* CellsOf(std::size_t row) const {
+    return cells_.data() + row * plan_.columns.width;
+  }
+  void SetCells(const std::string_view* cells);
+  void SetExtras(const std::string_view* cells);
+  void SetCell(MCZandor_850::InputCaseRecord& record, std::size_t position,
+               const std::string_view* cells, std::size_t cell);
+  output::Outcome OutcomeOf(const Row& row);
+  bool IsMissing(std::string_view cell) const;
+
+  const ScoringPlan& plan_;
+  MCZandor_850::InputCaseRecord record_;
+  output::OutputScratch outputs_;
+  std::unique_ptr<MCZandor_850::ScoreResult> result_;  // of a model that takes no batches
+  std::unique_ptr<CaseBatch> batch_;                   // null for such a model
+  std::size_t chunk_rows_;
+  std::vector<std::string_view> row_cells_;
+  std::vector<std::string_view> cells_;  // [rows][width]
+  std::vector<Row> rows_;
+  std::size_t written_ = 0;        // rows of the chunk
+  std::optional<CsvRows> reader_;  // of the block at hand; nothing after its last row
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_SCORE_CASE_SCORER_H_

@@ -1,0 +1,61 @@
+#include "app/score/progress.h"
+
+#include <algorithm>
+#include <string>
+
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "app/base/messages.h"
+
+namespace svmscore::app {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenLines(250);
+constexpr const char* kEraseLine = "\r\x1b[K";
+
+}  // namespace
+
+Progress::Progress(std::uint64_t input_size)
+    : input_size_(input_size),
+      terminal_(isatty(STDERR_FILENO) == 1),
+      start_(Clock::now()),
+      last_shown_(start_ - kBetweenLines) {}
+
+Progress::~Progress() {
+  EraseLine();
+}
+
+void Progress::Show(std::uint64_t cases, std::uint64_t bytes_read) {
+  if (!terminal_) return;
+  const Clock::time_point now = Clock::now();
+  if (now - last_shown_ < kBetweenLines) return;
+  last_shown_ = now;
+  std::string line = fmt::format("{} cases, {:.0f} cases/s", cases,
+                                 static_cast<double>(cases) / SecondsSince(start_));
+  if (input_size_ > 0) {
+    const std::uint64_t read = std::min(bytes_read, input_size_);
+    line += fmt::format(", {:.0f}% of the input",
+                        100.0 * static_cast<double>(read) / static_cast<double>(input_size_));
+  }
+  TellAsItIs(kEraseLine + line);
+  shown_ = true;
+}
+
+void Progress::Close(const Tally& tally) {
+  EraseLine();
+  Tell(fmt::format("{} cases, {} scored, {} missing, {} invalid, {:.3f} seconds", tally.cases,
+                   tally.scored, tally.missing, tally.invalid, SecondsSince(start_)));
+}
+
+double Progress::SecondsSince(Clock::time_point start) const {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+void Progress::EraseLine() {
+  if (shown_) TellAsItIs(kEraseLine);
+  shown_ = false;
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,42 @@
+// What the program tells of a run on standard error.
+#ifndef APP_SCORE_PROGRESS_H_
+#define APP_SCORE_PROGRESS_H_
+
+#include <chrono>
+#include <cstdint>
+
+#include "app/score/case_scorer.h"
+
+namespace svmscore::app {
+
+// Used by one thread.
+class Progress {
+ public:
+  // `input_size` in bytes; 0 where it is not known.
+  explicit Progress(std::uint64_t input_size);
+  // Takes an unfinished progress line away.
+  ~Progress();
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  // Rewrites the progress line now and then, where standard error is a terminal.
+  void Show(std::uint64_t cases, std::uint64_t bytes_read);
+  // Writes the closing line.
+  void Close(const Tally& tally);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  double SecondsSince(Clock::time_point start) const;
+  void EraseLine();
+
+  std::uint64_t input_size_;
+  bool terminal_;
+  bool shown_ = false;
+  Clock::time_point start_;
+  Clock::time_point last_shown_;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_SCORE_PROGRESS_H_

@@ -1,0 +1,262 @@
+#include "app/score/result_columns.h"
+
+#include <utility>
+
+#include "host/model/score_dict_var.h"
+#include "host/model/score_result.h"
+
+namespace svmscore::app {
+namespace {
+
+using MCZandor_850::ScoreClsResult;
+using MCZandor_850::ScoreModel;
+using MCZandor_850::ScoreValue;
+using output::Method;
+using output::Outcome;
+using output::Percentages;
+using output::TargetRules;
+using transform::Value;
+
+// What results hold in place of a confidence, percentage or deviation that was not computed.
+constexpr double kNotComputed = -1.0;
+
+void WriteComputed(double number, CellWriter& cell) {
+  if (number == kNotComputed) {
+    cell.Empty();
+  } else {
+    cell.Number(number);
+  }
+}
+
+class CopiedCell : public ResultColumn {
+ public:
+  CopiedCell(std::string name, std::size_t position)
+      : ResultColumn(std::move(name)), position_(position) {}
+  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+    const std::string_view text = scored.cells[position_];
+    if (text.empty()) {
+      cell.Empty();
+    } else {
+      cell.Text(text);
+    }
+  }
+
+ private:
+  std::size_t position_;
+};
+
+class Status : public ResultColumn {
+ public:
+  Status() : ResultColumn("status") {}
+  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+    cell.Whole(scored.outcome.status);
+  }
+};
+
+// A column whose cell is empty for a case without a prediction.
+class FromOutcome : public ResultColumn {
+ public:
+  using ResultColumn::ResultColumn;
+  void Write(const ScoredCase& scored, CellWriter& cell) const final {
+    if (scored.outcome.IsPredicted()) {
+      WriteOutcome(scored.outcome, cell);
+    } else {
+      cell.Empty();
+    }
+  }
+
+ private:
+  virtual void WriteOutcome(const Outcome& outcome, CellWriter& cell) const = 0;
+};
+
+class PredictedCategory : public FromOutcome {
+ public:
+  explicit PredictedCategory(const std::vector<const ScoreValue*>& categories)
+      : FromOutcome("prediction"), categories_(categories) {}
+
+ private:
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    if (outcome.category < 0) {
+      cell.Empty();
+    } else {
+      cell.Text(categories_[static_cast<std::size_t>(outcome.category)]->GetText());
+    }
+  }
+
+  const std::vector<const ScoreValue*>& categories_;
+};
+
+class PredictedNumber : public FromOutcome {
+ public:
+  PredictedNumber() : FromOutcome("prediction") {}
+
+ private:
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    if (outcome.prediction.IsPresent()) {
+      cell.Number(outcome.prediction.GetNumber());
+    } else {
+      cell.Empty();
+    }
+  }
+};
+
+class Confidence : public FromOutcome {
+ public:
+  Confidence() : FromOutcome("confidence") {}
+
+ private:
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    WriteComputed(outcome.confidence, cell);
+  }
+};
+
+class Probability : public FromOutcome {
+ public:
+  Probability(const ScoreValue& category, std::size_t index, const TargetRules& targets)
+      : FromOutcome("probability(" + category.GetText() + ")"), index_(index), targets_(targets) {}
+
+ private:
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    if (outcome.ending == Outcome::Ending::kPredicted) {
+      WriteComputed(targets_.PercentOf(outcome, index_), cell);
+    } else {
+      WriteComputed(targets_.ShareOf(outcome, static_cast<int>(index_)).value_or(kNotComputed),
+                    cell);
+    }
+  }
+
+  std::size_t index_;
+  const TargetRules& targets_;
+};
+
+// The decision value of a machine.
+class Decision : public ResultColumn {
+ public:
+  Decision(std::string name, std::size_t machine)
+      : ResultColumn(std::move(name)), machine_(machine) {}
+  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+    if (scored.decisions == nullptr) {
+      cell.Empty();
+    } else {
+      cell.Number(scored.decisions[machine_ * scored.decision_stride]);
+    }
+  }
+
+ private:
+  std::size_t machine_;
+};
+
+class StandardDeviation : public FromOutcome {
+ public:
+  StandardDeviation() : FromOutcome("stddev") {}
+
+ private:
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    WriteComputed(outcome.std_dev, cell);
+  }
+};
+
+class IntervalBound : public FromOutcome {
+ public:
+  enum Side { kLower, kUpper };
+  explicit IntervalBound(Side side)
+      : FromOutcome(side == kLower ? "ci_lower" : "ci_upper"), side_(side) {}
+
+ private:
+  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+    if (outcome.has_interval) {
+      cell.Number(side_ == kLower ? outcome.lower : outcome.upper);
+    } else {
+      cell.Empty();
+    }
+  }
+
+  Side side_;
+};
+
+// A column that the document declares.
+class OutputColumn : public ResultColumn {
+ public:
+  OutputColumn(std::string name, int field)
+      : ResultColumn(std::move(name)), field_(static_cast<std::size_t>(field)) {}
+
+  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+    const Value& value = scored.outputs.Cell(field_);
+    if (!value.IsPresent()) {
+      cell.Empty();
+    } else if (value.IsInteger()) {
+      cell.Whole(value.GetInteger());
+    } else if (value.Data() == DataType::kDouble || value.Data() == DataType::kFloat) {
+      cell.Number(value.GetNumber());
+    } else {
+      cell.Text(scored.outputs.TextOf(value));
+    }
+  }
+
+ private:
+  std::size_t field_;
+};
+
+template <typename Column, typename... Arguments>
+void Add(ResultColumns& columns, Arguments&&... arguments) {
+  columns.push_back(std::make_unique<Column>(std::forward<Arguments>(arguments)...));
+}
+
+void AddPlainColumns(const ScoreModel& model, const TargetRules& targets, bool all,
+                     ResultColumns& columns) {
+  const output::Scheme& scheme = targets.GetScheme();
+  const bool more = !model.GetPredictionOnly();
+  if (scheme.method == Method::kRegression) {
+    Add<PredictedNumber>(columns);
+    if (!all && !(more && scheme.interval)) return;
+    Add<StandardDeviation>(columns);
+    Add<IntervalBound>(columns, IntervalBound::kLower);
+    Add<IntervalBound>(columns, IntervalBound::kUpper);
+    return;
+  }
+  const auto& categories = targets.Target().GetCategories();
+  Add<PredictedCategory>(columns, categories);
+  if (!all && !(more && scheme.percentages != Percentages::kNone)) return;
+  Add<Confidence>(columns);
+  std::size_t index = 0;
+  for (const ScoreValue* category : categories) {
+    Add<Probability>(columns, *category, index++, targets);
+  }
+}
+
+std::string DecisionName(const TargetRules& targets, std::pair<int, int> decides) {
+  if (targets.GetScheme().method == Method::kRegression) return "decision";
+  const auto name = [&targets](int category) {
+    const auto& categories = targets.Target().GetCategories();
+    const auto position = static_cast<std::size_t>(category);
+    return category >= 0 && position < categories.size() ? categories[position]->GetText() : "";
+  };
+  if (decides.second < 0) return "decision(" + name(decides.first) + ")";
+  return "decision(" + name(decides.first) + "|" + name(decides.second) + ")";
+}
+
+}  // namespace
+
+ResultColumns MakeColumns(const ScoreModel& model, const output::OutputPlan& output,
+                          ColumnChoice choice, const tools::CaseColumns& columns, bool decisions,
+                          const std::vector<std::string>& copied_names) {
+  ResultColumns made;
+  for (std::size_t i = 0; i < columns.copied.size(); ++i) {
+    Add<CopiedCell>(made, copied_names[i], columns.copied[i]);
+  }
+  if (choice == ColumnChoice::kDocument && !output.Fields().empty()) {
+    for (const int field : output.FinalFields()) {
+      Add<OutputColumn>(made, output.Fields()[static_cast<std::size_t>(field)].name, field);
+    }
+  } else {
+    AddPlainColumns(model, output.Targets(), choice == ColumnChoice::kAll, made);
+  }
+  const auto* batch = decisions ? dynamic_cast<const BatchModel*>(&model) : nullptr;
+  for (std::size_t i = 0; batch != nullptr && i < batch->DecisionCount(); ++i) {
+    Add<Decision>(made, DecisionName(output.Targets(), batch->DecisionCategories(i)), i);
+  }
+  Add<Status>(made);
+  return made;
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,124 @@
+#include "app/score/row_format.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <utility>
+
+#include "host/text/number_text.h"
+#include "host/text/utf8.h"
+
+namespace svmscore::app {
+namespace {
+
+void AppendNumber(std::string& out, double number) {
+  std::array<char, kNumberTextSize> buffer;
+  out.append(buffer.data(), FormatNumber(buffer.data(), number));
+}
+
+void AppendWhole(std::string& out, long number) {
+  std::array<char, 24> buffer;
+  const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
+  out.append(buffer.data(), written.ptr);
+}
+
+class Csv : public RowFormat {
+ public:
+  explicit Csv(std::vector<std::string> names) : names_(std::move(names)) {}
+
+  void Header(std::string& out) const override {
+    for (std::size_t i = 0; i < names_.size(); ++i) {
+      Begin(out, i);
+      Text(out, names_[i]);
+    }
+    EndRow(out);
+  }
+  void Begin(std::string& out, std::size_t column) const override {
+    if (column > 0) out += ',';
+  }
+  void Empty(std::string&) const override {}
+  void Text(std::string& out, std::string_view text) const override {
+    if (text.find_first_of(",\"\r\n") == std::string_view::npos) {
+      out += text;
+      return;
+    }
+    out += '"';
+    for (const char c : text) {
+      if (c == '"') out += '"';
+      out += c;
+    }
+    out += '"';
+  }
+  void Number(std::string& out, double number) const override { AppendNumber(out, number); }
+  void Whole(std::string& out, long number) const override { AppendWhole(out, number); }
+  void EndRow(std::string& out) const override { out += '\n'; }
+
+ private:
+  std::vector<std::string> names_;
+};
+
+class JsonLines : public RowFormat {
+ public:
+  explicit JsonLines(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+      std::string key = keys_.empty() ? "{" : ",";
+      AppendJsonString(key, name);
+      keys_.push_back(key + ':');
+    }
+  }
+
+  void Header(std::string&) const override {}
+  void Begin(std::string& out, std::size_t column) const override { out += keys_[column]; }
+  void Empty(std::string& out) const override { out += "null"; }
+  void Text(std::string& out, std::string_view text) const override { AppendJsonString(out, text); }
+  void Number(std::string& out, double number) const override {
+    if (std::isfinite(number)) {
+      AppendNumber(out, number);
+    } else {
+      Empty(out);
+    }
+  }
+  void Whole(std::string& out, long number) const override { AppendWhole(out, number); }
+  void EndRow(std::string& out) const override { out += "}\n"; }
+
+ private:
+  std::vector<std::string> keys_;  // of every column: what stands before its value
+};
+
+}  // namespace
+
+std::unique_ptr<RowFormat> CsvFormat(std::vector<std::string> names) {
+  return std::make_unique<Csv>(std::move(names));
+}
+
+std::unique_ptr<RowFormat> JsonLinesFormat(const std::vector<std::string>& names) {
+  return std::make_unique<JsonLines>(names);
+}
+
+void AppendJsonString(std::string& out, std::string_view text) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  out += '"';
+  while (!text.empty()) {
+    const std::size_t size = Utf8SequenceSize(text);
+    if (size != 1) {
+      out += size == 0 ? "\xEF\xBF\xBD" : text.substr(0, size);
+      text.remove_prefix(size == 0 ? 1 : size);
+      continue;
+    }
+    const auto c = static_cast<unsigned char>(text.front());
+    if (c == '"' || c == '\\') {
+      out += '\\';
+      out += text.front();
+    } else if (c < 0x20) {
+      out += "\\u00";
+      out += kDigits[c >> 4U];
+      out += kDigits[c & 15U];
+    } else {
+      out += text.front();
+    }
+    text.remove_prefix(1);
+  }
+  out += '"';
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,241 @@
+#include "app/score/score_command.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include <fmt/format.h>
+#include <oneapi/tbb/info.h>
+
+#include "app/base/messages.h"
+#include "app/files/ending_signals.h"
+#include "app/files/input_file.h"
+#include "app/files/named_file.h"
+#include "app/files/output_file.h"
+#include "app/load/intake_report.h"
+#include "app/load/model_file.h"
+#include "app/options/file_option.h"
+#include "app/options/limit_option.h"
+#include "app/score/pipeline.h"
+#include "app/score/progress.h"
+#include "app/score/result_columns.h"
+#include "app/score/row_format.h"
+#include "app/table/csv_row.h"
+#include "app/table/row_blocks.h"
+#include "host/model/scoring_log.h"
+#include "tools/base/case_columns.h"
+#include "tools/base/error_text.h"
+
+namespace svmscore::app {
+namespace {
+
+using MCZandor_850::ScoreModel;
+using MCZandor_850::ScoringLog;
+
+constexpr int kMostThreads = 1024;
+
+void UsePolicy(ScoreModel& model, const std::string& policy) {
+  if (policy == "replace") model.SetMissingValuePolicy(ScoreModel::kReplaceMissing);
+  if (policy == "predict-missing") model.SetMissingValuePolicy(ScoreModel::kPredictMissing);
+  if (policy == "fail") model.SetMissingValuePolicy(ScoreModel::kFailOnMissing);
+}
+
+ColumnChoice ChoiceOf(const std::string& columns) {
+  if (columns == "auto") return ColumnChoice::kDocument;
+  return columns == "raw" ? ColumnChoice::kComputed : ColumnChoice::kAll;
+}
+
+// Names separated by commas, with the quoting of CSV for a name that holds one.
+std::vector<std::string> NamesIn(const std::vector<std::string>& lists) {
+  std::vector<std::string> names;
+  std::vector<std::string_view> cells;
+  for (std::string list : lists) {
+    try {
+      CsvRows rows(list.data(), list.size(), 1);
+      while (rows.Next(cells)) names.insert(names.end(), cells.begin(), cells.end());
+    } catch (const CsvError& error) {
+      throw Failure(kUsageError, fmt::format("--passthrough: {}", error.what()));
+    }
+  }
+  return names;
+}
+
+Failure LogFailure(const std::string& path, int error) {
+  return {kOutputError, fmt::format("cannot write the log {}: {}", path, tools::ErrorText(error))};
+}
+
+void StartLog(const std::string& path) {
+  if (path.empty()) return;
+  ScoringLog& log = ScoringLog::GetInstance();
+  if (!log.SetFile(path)) throw LogFailure(path, errno);
+  log.SetLevel(std::max(1, log.GetLevel()));
+}
+
+// The scores are as good as ever without the log, so that ends no run before its time.
+void CheckLog(const std::string& path) {
+  const int error = ScoringLog::GetInstance().WriteError();
+  if (!path.empty() && error != 0) throw LogFailure(path, error);
+}
+
+tools::CaseColumns ReadColumns(RowBlocks& input, const Limits& limits, const LoadedModel& loaded,
+                               const std::vector<std::string>& copied,
+                               const std::string& input_name) {
+  RowBlock header;
+  std::vector<std::string_view> names;
+  try {
+    if (!input.ReadHeader(header)) {
+      throw Failure(kInputError, fmt::format("{}: the input is empty; it needs at least a header "
+                                             "line with the names of the columns",
+                                             input_name));
+    }
+    CsvRows(header.text.data(), header.text.size(), header.first_line, limits).Next(names);
+  } catch (const CsvError& error) {
+    throw BrokenRow(input_name, error);
+  }
+  return tools::MatchColumns(names, loaded, copied, input_name);
+}
+
+// The names of the output's columns, of which the first `copied` are copied from the input. In JSON
+// a name must not be given twice; in CSV a second one is told.
+std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copied, bool json) {
+  std::vector<std::string> names;
+  std::unordered_map<std::string_view, std::size_t> positions;
+  for (const auto& column : results) {
+    const std::string& name = column->Name();
+    const auto [first, is_new] = positions.emplace(name, names.size());
+    if (!is_new) {
+      const bool passed = first->second < copied;
+      const std::string text = fmt::format(
+          "the output {} two columns \"{}\": {}", json ? "would have" : "has", name,
+          passed ? "name it once in --passthrough, and not at all where the output has one of its "
+                   "own"
+                 : "the document declares an output field of the name of a column that is always "
+                   "added; rename the field, or choose --columns raw");
+      if (json) throw Failure(kUsageError, text);
+      Tell(text);
+    }
+    names.push_back(name);
+  }
+  return names;
+}
+
+}  // namespace
+
+CLI::App* ScoreCommand::AddTo(CLI::App& program) {
+  CLI::App* app = program.add_subcommand("score", "Score the cases of a CSV file with a model");
+  AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
+  AddFileOption(*app, "CASES", cases_, "CSV file with a header; - is standard input")
+      ->capture_default_str();
+  AddFileOption(*app, "-o,--output", output_,
+                "write to this file, which appears when it is complete; - is standard output");
+  app->add_option("--format", format_, "csv, or jsonl for one JSON object a line")
+      ->check(CLI::IsMember({"csv", "jsonl"}))
+      ->capture_default_str();
+  app->add_option(
+         "--columns", columns_,
+         "auto: the document's output fields, or else what the model computes; raw: what the "
+         "model computes, under plain names; all: every column, under plain names")
+      ->check(CLI::IsMember({"auto", "all", "raw"}))
+      ->capture_default_str();
+  app->add_option("--passthrough", passthrough_,
+                  "names of input columns, separated by commas, to copy to the front")
+      ->allow_extra_args(false);
+  app->add_option("--missing-token", missing_tokens_,
+                  "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
+      ->allow_extra_args(false);
+  app->add_option("--missing-policy", policy_,
+                  "a case with a missing value: replace where the model says by what, "
+                  "predict-missing, or fail; default: what the model says")
+      ->check(CLI::IsMember({"replace", "predict-missing", "fail"}));
+  app->add_flag("--prediction-only", prediction_only_,
+                "compute no confidence, probabilities or interval");
+  app->add_flag("--decisions", decisions_,
+                "add each machine's decision value: decision(TARGET|ALTERNATE), decision for a "
+                "regression");
+  app->add_flag("--strict", strict_, "exit with status 4 if any case failed");
+  app->add_flag("--strict-document", strict_document_,
+                "refuse a model whose document is not scored as it is written");
+  app->add_option("--threads", threads_, "number of threads; default: all cores")
+      ->check(CLI::Range(1, kMostThreads));
+  AddFileOption(*app, "--log", log_, "append a trace to this file");
+  AddLimitOption(*app, limits_);
+  AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
+  return app;
+}
+
+// Nothing is opened for writing that would be lost by it.
+void ScoreCommand::CheckFiles() const {
+  const auto refuse = [](const std::string& what) {
+    throw Failure(kUsageError, what + "; name another file");
+  };
+  const NamedFile model{model_, Stream::kNeither};
+  const NamedFile cases{cases_, Stream::kInput};
+  const NamedFile output{output_, Stream::kOutput};
+  if (IsSameFile(output, model)) {
+    refuse(fmt::format("the output is the model, {}, and would take its place", model_));
+  }
+  if (IsWrittenInPlace(output_) && IsSameFile(output, cases)) {
+    refuse("the output is the file of the cases, which would be read and written at once");
+  }
+  if (log_.empty()) return;
+  const NamedFile log{log_, Stream::kNeither};
+  if (IsSameFile(log, model)) {
+    refuse(fmt::format("--log names the model, {}, and would be appended to it", model_));
+  }
+  if (IsSameFile(log, cases)) {
+    refuse(fmt::format("--log names the file of the cases, {}, which would never end", log_));
+  }
+  if (IsSameFile(log, output)) {
+    refuse(fmt::format("--log names the output, {}, and one would overwrite the other", log_));
+  }
+}
+
+ExitStatus ScoreCommand::Run() {
+  CheckFiles();
+  StartLog(log_);
+  const std::vector<std::string> copied = NamesIn(passthrough_);
+  tools::DocumentSource source(model_, limits_);
+  const LoadedModel loaded = LoadModelFile(source, plugin_, strict_document_);
+  TellIntake(model_, loaded);
+  ScoreModel& model = *loaded.model;
+  model.SetPredictionOnly(prediction_only_);
+  UsePolicy(model, policy_);
+
+  InputFile file(cases_);
+  RowBlocks input(file, limits_);
+  ScoringPlan plan;
+  plan.model = &model;
+  plan.limits = limits_;
+  plan.columns = ReadColumns(input, limits_, loaded, copied, file.Name());
+  plan.missing_tokens = missing_tokens_;
+  if (plan.missing_tokens.empty()) plan.missing_tokens = {"NA", "N/A"};
+  plan.replace_missing = model.GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
+  const ColumnChoice choice = ChoiceOf(columns_);
+  plan.output = loaded.output.get();
+  plan.computes_output = choice == ColumnChoice::kDocument && !loaded.output->Fields().empty();
+  if (decisions_ && dynamic_cast<BatchModel*>(&model) == nullptr) {
+    throw Failure(kUsageError, "--decisions: the plug-in's model does not give decision values");
+  }
+  plan.results = MakeColumns(model, *loaded.output, choice, plan.columns, decisions_, copied);
+  const bool json = format_ == "jsonl";
+  std::vector<std::string> names = NamesOf(plan.results, copied.size(), json);
+  plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
+
+  HandleEndingSignals();
+  NoteCasesWritten(0);
+  OutputFile output(output_);
+  Progress progress(file.Size());
+  std::string header;
+  plan.format->Header(header);
+  output.Write(header);
+  const int threads = threads_ > 0 ? threads_ : oneapi::tbb::info::default_concurrency();
+  const Tally tally = ScoreAll(plan, input, file.Name(), output, progress, threads);
+  output.Commit();
+  progress.Close(tally);
+  CheckLog(log_);
+  return strict_ && tally.scored < tally.cases ? kSomeCaseFailed : kDone;
+}
+
+}  // namespace svmscore::app

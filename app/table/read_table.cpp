@@ -1,0 +1,51 @@
+#include "app/table/read_table.h"
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+#include "app/base/failure.h"
+#include "app/files/input_file.h"
+#include "app/table/broken_row.h"
+#include "app/table/csv_row.h"
+#include "app/table/row_blocks.h"
+
+namespace svmscore::app {
+namespace {
+
+void AddRows(RowBlock& block, const Limits& limits, tools::TextTable& table) {
+  std::vector<std::string_view> cells;
+  CsvRows rows(block.text.data(), block.text.size(), block.first_line, limits);
+  while (rows.Next(cells)) {
+    if (cells.size() != table.header.size()) {
+      throw WrongWidth(rows.RowLine(), cells, table.header.size());
+    }
+    table.rows.emplace_back(cells.begin(), cells.end());
+  }
+}
+
+}  // namespace
+
+tools::TextTable ReadTable(const std::string& path, const Limits& limits) {
+  InputFile file(path);
+  RowBlocks blocks(file, limits);
+  RowBlock block;
+  tools::TextTable table;
+  table.name = file.Name();
+  try {
+    if (!blocks.ReadHeader(block)) {
+      throw Failure(kInputError, fmt::format("{}: the file is empty; it needs at least a header "
+                                             "line with the names of the columns",
+                                             table.name));
+    }
+    std::vector<std::string_view> names;
+    CsvRows(block.text.data(), block.text.size(), block.first_line, limits).Next(names);
+    table.header.assign(names.begin(), names.end());
+    while (blocks.Next(block)) AddRows(block, limits, table);
+  } catch (const CsvError& error) {
+    throw BrokenRow(table.name, error);
+  }
+  return table;
+}
+
+}  // namespace svmscore::app

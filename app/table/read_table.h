@@ -1,0 +1,17 @@
+// A CSV file as a whole.
+#ifndef APP_TABLE_READ_TABLE_H_
+#define APP_TABLE_READ_TABLE_H_
+
+#include <string>
+
+#include "host/xml/limits.h"
+#include "tools/base/text_table.h"
+
+namespace svmscore::app {
+
+// "-" is standard input. Throws a Failure(kInputError) for a file that cannot be read or is no CSV.
+tools::TextTable ReadTable(const std::string& path, const Limits& limits);
+
+}  // namespace svmscore::app
+
+#endif  // APP_TABLE_READ_TABLE_H_

@@ -1,0 +1,109 @@
+#include "app/table/row_blocks.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "app/options/limit_option.h"
+#include "app/table/csv_row.h"
+
+namespace svmscore::app {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace
+
+bool RowBlocks::ReadHeader(RowBlock& header) {
+  while (text_.size() < kByteOrderMark.size() && Fill()) {
+  }
+  if (text_.starts_with(kByteOrderMark)) text_.erase(0, kByteOrderMark.size());
+  ScanText();
+  while (scan_.first_row_end == 0 && Fill()) ScanText();
+  if (text_.empty()) return false;
+  CutAt(scan_.first_row_end == 0 ? text_.size() : scan_.first_row_end, header);
+  return true;
+}
+
+bool RowBlocks::Next(RowBlock& block) {
+  ScanText();
+  while ((text_.size() < block_bytes_ || scan_.row_end == 0) && Fill()) ScanText();
+  if (text_.empty()) return false;
+  CutAt(at_end_ ? text_.size() : scan_.row_end, block);
+  return true;
+}
+
+bool RowBlocks::Fill() {
+  if (at_end_) return false;
+  if (scan_.row_end == 0 && text_.size() > limits_.row_length) {
+    throw CsvError(
+        line_, "is a quoted cell never closed? " + BeyondTableLimit(limits_, &Limits::row_length));
+  }
+  buffer_.resize(block_bytes_);
+  const std::size_t count = input_.Read(buffer_.data(), buffer_.size());
+  text_.append(buffer_, 0, count);
+  bytes_read_ += count;
+  at_end_ = count == 0;
+  return !at_end_;
+}
+
+// Continues the scan to the end of the text.
+void RowBlocks::ScanText() {
+  const char* text = text_.data();
+  while (scan_.done < text_.size()) {
+    // NOLINTNEXTLINE(bugprone-not-null-terminated-result): the text may hold zeros
+    const void* found = std::memchr(text + scan_.done, '"', text_.size() - scan_.done);
+    const std::size_t quote =
+        found == nullptr ? text_.size()
+                         : static_cast<std::size_t>(static_cast<const char*>(found) - text);
+    if (!scan_.quoted) NoteRowEnds(scan_.done, quote);
+    scan_.done = quote;
+    if (quote == text_.size()) return;
+    ++scan_.done;
+    if (scan_.quoted) {
+      scan_.quoted = false;
+      scan_.just_closed = scan_.done;
+    } else {
+      // A mark right after a closing one is a doubled mark: the cell goes on. A mark elsewhere is
+      // broken quoting, which the parser of the row refuses.
+      scan_.quoted = quote == scan_.just_closed || OpensCell(quote);
+    }
+  }
+}
+
+void RowBlocks::NoteRowEnds(std::size_t from, std::size_t to) {
+  const char* text = text_.data();
+  if (scan_.first_row_end == 0) {
+    const void* first = std::memchr(text + from, '\n', to - from);
+    if (first == nullptr) return;
+    scan_.first_row_end = static_cast<std::size_t>(static_cast<const char*>(first) - text) + 1;
+  }
+  const void* last = memrchr(text + from, '\n', to - from);
+  if (last == nullptr) return;
+  scan_.row_end = static_cast<std::size_t>(static_cast<const char*>(last) - text) + 1;
+}
+
+bool RowBlocks::OpensCell(std::size_t quote) const {
+  return quote == 0 || text_[quote - 1] == ',' || text_[quote - 1] == '\n';
+}
+
+// Hands out the text before `end` and keeps the rest, whose scan goes on where it stood unless the
+// cut is before it.
+void RowBlocks::CutAt(std::size_t end, RowBlock& block) {
+  block.first_line = line_;
+  block.text.assign(text_, 0, end);
+  line_ += std::count(block.text.begin(), block.text.end(), '\n');
+  text_.erase(0, end);
+  if (end == scan_.row_end) {
+    scan_.done -= end;
+    scan_.row_end = 0;
+    scan_.first_row_end = 0;
+    scan_.just_closed = scan_.just_closed == std::string::npos || scan_.just_closed < end
+                            ? std::string::npos
+                            : scan_.just_closed - end;
+  } else {
+    scan_ = {};
+  }
+}
+
+}  // namespace svmscore::app

@@ -1,7 +1,0 @@
-// Marks what libsvmscore_host.so offers to other libraries.
-#ifndef HOST_API_H_
-#define HOST_API_H_
-
-#define SVMSCORE_HOST_API __attribute__((visibility("default")))
-
-#endif  // HOST_API_H_

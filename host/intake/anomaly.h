@@ -1,0 +1,16 @@
+// One-class models inside an AnomalyDetectionModel.
+#ifndef HOST_INTAKE_ANOMALY_H_
+#define HOST_INTAKE_ANOMALY_H_
+
+#include "host/intake/intake.h"
+
+namespace svmscore::intake {
+
+// Puts `inner` in the place of `outer`, with what `outer` says of fields, derived fields and
+// output. False where that cannot be done without changing the meaning; a reader that refuses
+// throws.
+bool LiftModel(Intake& intake, DOMElement* outer, DOMElement* inner);
+
+}  // namespace svmscore::intake
+
+#endif  // HOST_INTAKE_ANOMALY_H_

@@ -1,0 +1,38 @@
+// A translator counts children but lists descendants, so that a machine, a vector or a coefficient
+// inside an Extension would take the place of one of the model's own.
+#include "host/intake/steps.h"
+#include "host/xml/edit.h"
+#include "host/xml/elements.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kHidden{
+    "extension-content",
+    "elements inside an Extension that look like parts of the model are left out"};
+
+bool IsListed(WideView name) {
+  return name == u"SupportVectorMachine" || name == u"VectorInstance" || name == u"SupportVector" ||
+         name == u"Coefficient";
+}
+
+bool IsInside(const DOMNode* node, const DOMNode* ancestor) {
+  while (node != nullptr && node != ancestor) node = node->getParentNode();
+  return node != nullptr;
+}
+
+}  // namespace
+
+void HideExtensionContent(Intake& intake, const std::vector<DOMElement*>& extensions) {
+  for (DOMElement* extension : extensions) {
+    if (extension->getFirstChild() == nullptr || !IsInside(extension, intake.Model())) continue;
+    for (DOMElement* at = NextInTree(extension, extension, false); at != nullptr;
+         at = NextInTree(at, extension, false)) {
+      if (!IsListed(at->getNodeName())) continue;
+      intake.Change(kHidden, at);
+      Rename(at, "X-" + NameOf(at));
+    }
+  }
+}
+
+}  // namespace svmscore::intake

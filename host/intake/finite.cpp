@@ -1,0 +1,85 @@
+// A translator takes INF, NaN and numbers beyond the range as they are, and whatever is computed
+// from them says nothing about its case.
+#include "host/intake/finite.h"
+
+#include <array>
+#include <cmath>
+
+#include "host/intake/steps.h"
+#include "host/intake/target_categories.h"
+#include "host/text/number_text.h"
+#include "host/xml/elements.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kNotFinite{
+    "number-not-finite",
+    "a number is infinite, beyond the range of numbers, or NaN, and scores that it enters are no "
+    "results of the model"};
+constexpr StepKind kNegative{"deviation-negative",
+                             "a StandardDeviation below 0 turns the interval around; -1 leaves it "
+                             "out"};
+
+// Few words are looked at twice.
+bool IsFinite(WideView word) {
+  const std::size_t exponent = word.find_first_of(u"eE");
+  const bool large = exponent != WideView::npos && word.size() - exponent > 3;
+  const bool special = word.ends_with(u'N') || word.ends_with(u'F');
+  if (!large && !special && word.size() < 300) return true;
+  const std::optional<double> number = ParseNumber(Narrow(word));
+  return !number || std::isfinite(*number);
+}
+
+void Check(Intake& intake, const DOMElement* element, const char* name) {
+  const WideView text = AttributeView(element, name);
+  WideView rest = text;
+  if (text.data() == nullptr || IsFinite(NextWord(rest))) return;
+  intake.Doubt(kNotFinite, element, code::kBadValue, Narrow(text), name, NameOf(element));
+}
+
+void CheckExtension(Intake& intake, const DOMElement* extension) {
+  const DOMElement* sigmoid = FindChild(extension, "ProbabilityParameters");
+  for (const char* name : {"A", "B"}) Check(intake, sigmoid, name);
+  const DOMElement* deviation = FindChild(extension, "StandardDeviation");
+  if (deviation == nullptr) return;
+  WideText joined;
+  const WideView text = TextView(deviation, joined);
+  CheckFiniteWords(intake, deviation, text);
+  if (ParseNumber(Narrow(text)).value_or(0.0) < 0.0) {
+    intake.Doubt(kNegative, deviation, code::kBadContent, "a negative number", NameOf(deviation));
+  }
+}
+
+}  // namespace
+
+void CheckFiniteWords(Intake& intake, const DOMElement* element, WideView text) {
+  for (WideView word = NextWord(text); !word.empty(); word = NextWord(text)) {
+    if (IsFinite(word)) continue;
+    return intake.Doubt(kNotFinite, element, code::kBadContent, "the number " + Narrow(word),
+                        NameOf(element));
+  }
+}
+
+void CheckFiniteNumbers(Intake& intake) {
+  Check(intake, intake.Model(), "threshold");
+  for (const char* kind : {"PolynomialKernelType", "RadialBasisKernelType", "SigmoidKernelType"}) {
+    for (const char* name : {"gamma", "coef0", "degree"}) {
+      Check(intake, intake.ModelChild(kind), name);
+    }
+  }
+  for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
+    Check(intake, machine, "threshold");
+    const DOMElement* coefficients = FindChild(machine, "Coefficients");
+    Check(intake, coefficients, "absoluteValue");
+    for (const DOMElement* coefficient : Children(coefficients, "Coefficient")) {
+      Check(intake, coefficient, "value");
+    }
+    CheckExtension(intake, VendorExtension(machine));
+  }
+  for (const DOMElement* target : Children(intake.ModelChild("Targets"), "Target")) {
+    for (const char* name : {"rescaleConstant", "rescaleFactor"}) Check(intake, target, name);
+  }
+}
+
+}  // namespace svmscore::intake

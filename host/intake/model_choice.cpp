@@ -1,0 +1,52 @@
+// A document may hold no, one or several models; the first support vector machine is scored.
+#include "host/intake/anomaly.h"
+#include "host/intake/steps.h"
+#include "host/xml/edit.h"
+#include "host/xml/elements.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kSeveral{
+    "several-models",
+    "the document holds several models; the first SupportVectorMachineModel is scored"};
+
+bool HoldsMachine(DOMElement* model) {
+  for (DOMElement* at = NextInTree(model, model, false); at != nullptr;
+       at = NextInTree(at, model, NameOf(at) == "Extension")) {
+    if (NameOf(at) == "SupportVectorMachineModel") return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool IsModelName(const std::string& name) {
+  return name.ends_with("Model") || name == "NeuralNetwork" || name == "Scorecard";
+}
+
+void ChooseModel(Intake& intake) {
+  std::vector<DOMElement*> models;
+  for (DOMElement* child = FirstElement(intake.Root()); child != nullptr;
+       child = NextElement(child)) {
+    if (IsModelName(NameOf(child))) models.push_back(child);
+  }
+  intake.SetModel(FindChild(intake.Root(), "SupportVectorMachineModel"));
+  for (std::size_t i = 0; i < models.size() && intake.Model() == nullptr; ++i) {
+    DOMElement* inner = FindChild(models[i], "SupportVectorMachineModel");
+    if (inner != nullptr && NameOf(models[i]) == "AnomalyDetectionModel") {
+      if (LiftModel(intake, models[i], inner)) models[i] = inner;
+      intake.SetModel(FindChild(intake.Root(), "SupportVectorMachineModel"));
+    } else if (HoldsMachine(models[i])) {
+      intake.Refuse(models[i], code::kUnsupported, "a SupportVectorMachineModel inside",
+                    NameOf(models[i]));
+    }
+  }
+  // A translator says that there is no model.
+  if (intake.Model() == nullptr) return;
+  for (const DOMElement* model : models) {
+    if (model != intake.Model()) intake.Remark(kSeveral, model);
+  }
+}
+
+}  // namespace svmscore::intake

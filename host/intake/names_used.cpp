@@ -1,0 +1,58 @@
+// Names of derived fields and functions that mean something else already.
+#include <unordered_set>
+
+#include "host/intake/steps.h"
+#include "host/transform/functions/functions.h"
+#include "host/xml/edit.h"
+#include "host/xml/elements.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kOverInput{"derived-field-over-input",
+                              "a derived field has the name of an input and takes its place"};
+constexpr StepKind kUnderInput{
+    "derived-field-under-input",
+    "a derived field of the whole document has the name of an input of the model, and the input is "
+    "meant by it"};
+constexpr StepKind kBuiltIn{
+    "function-name-taken",
+    "a defined function has the name of a built-in one, and the built-in one is called"};
+
+std::unordered_set<std::string> NamesIn(const DOMElement* list, const std::string& kind) {
+  std::unordered_set<std::string> names;
+  for (const DOMElement* element : Children(list, kind)) {
+    names.insert(Narrow(AttributeView(element, "name")));
+  }
+  return names;
+}
+
+void CheckDerived(Intake& intake, const DOMElement* list, const StepKind& kind,
+                  const std::unordered_set<std::string>& inputs) {
+  for (const DOMElement* field : Children(list, "DerivedField")) {
+    const std::string name = Narrow(AttributeView(field, "name"));
+    if (inputs.contains(name)) intake.Doubt(kind, field, code::kDuplicateName, name, NameOf(field));
+  }
+}
+
+}  // namespace
+
+void CheckNamesUsed(Intake& intake) {
+  std::unordered_set<std::string> declared =
+      NamesIn(FindChild(intake.Root(), "DataDictionary"), "DataField");
+  const DOMElement* global = FindChild(intake.Root(), "TransformationDictionary");
+  CheckDerived(intake, intake.ModelChild("LocalTransformations"), kOverInput, declared);
+  // A data field that the model does not list is none of its inputs.
+  const DOMElement* schema = intake.ModelChild("MiningSchema");
+  const auto inputs = schema == nullptr ? declared : NamesIn(schema, "MiningField");
+  std::erase_if(declared, [&inputs](const std::string& name) { return inputs.contains(name); });
+  CheckDerived(intake, global, kUnderInput, inputs);
+  CheckDerived(intake, global, kOverInput, declared);
+  for (const DOMElement* function : Children(global, "DefineFunction")) {
+    const std::string name = Narrow(AttributeView(function, "name"));
+    if (name != "if" && transform::FindFunction(name) == nullptr) continue;
+    intake.Doubt(kBuiltIn, function, code::kDuplicateName, name, NameOf(function));
+  }
+}
+
+}  // namespace svmscore::intake

@@ -1,0 +1,120 @@
+// A linear machine may be given by one coefficient a field. That is a machine with one support
+// vector, the coefficients, which counts once: its kernel value is the same sum in the same order.
+#include <unordered_set>
+
+#include <fmt/format.h>
+
+#include "host/intake/steps.h"
+#include "host/intake/vectors.h"
+#include "host/xml/attributes.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr const char* kRepresentation = "svmRepresentation";
+
+constexpr StepKind kLinear{
+    "coefficient-form",
+    "a linear machine given by one coefficient a field is read as one support vector"};
+
+class LinearMachines {
+ public:
+  LinearMachines(Intake& intake, DOMElement* vectors, std::size_t fields)
+      : intake_(intake), vectors_(vectors), reader_(intake, fields), fields_(fields) {
+    for (DOMElement* instance : Children(vectors, "VectorInstance")) {
+      ids_.insert(Narrow(AttributeView(instance, "id")));
+    }
+  }
+
+  void Read(DOMElement* machine) {
+    DOMElement* support = FindChild(machine, "SupportVectors");
+    DOMElement* coefficients = FindChild(machine, "Coefficients");
+    // A translator says that the coefficients are missing.
+    if (coefficients == nullptr) return;
+    if (FindChild(support, "SupportVector") != nullptr) {
+      return intake_.Refuse(support, code::kBadContent,
+                            "support vectors beside svmRepresentation Coefficients",
+                            "SupportVectorMachine");
+    }
+    WideText entries;
+    if (!Gather(coefficients, entries)) return;
+    intake_.Change(kLinear, machine);
+    if (support != nullptr) Remove(support);
+    support = MakeElement(intake_.Dom(), "SupportVectors");
+    machine->insertBefore(support, coefficients);
+    SetAttribute(AddElement(support, "SupportVector"), "vectorId", AddInstance(entries));
+    while (DOMElement* coefficient = FindChild(coefficients, "Coefficient")) {
+      Remove(coefficient);
+    }
+    RemoveAttribute(coefficients, "numberOfCoefficients");
+    SetAttribute(AddElement(coefficients, "Coefficient"), "value", "1");
+  }
+
+ private:
+  // The coefficients as the text of a vector; false where they are none.
+  bool Gather(const DOMElement* coefficients, WideText& entries) {
+    std::size_t count = 0;
+    for (const DOMElement* coefficient : Children(coefficients, "Coefficient")) {
+      const WideView stated = AttributeView(coefficient, "value");
+      WideView rest = stated.data() == nullptr ? WideView(u"0") : stated;
+      const WideView word = NextWord(rest);
+      if (!IsNumber(word) || !NextWord(rest).empty()) {
+        intake_.Refuse(coefficient, code::kBadValue, Narrow(stated), "value", "Coefficient");
+        return false;
+      }
+      entries.append(word).push_back(u' ');
+      ++count;
+    }
+    if (count == fields_) return true;
+    intake_.Refuse(coefficients, code::kLengthsDiffer, std::to_string(count), "Coefficients",
+                   "SupportVectorMachine", std::to_string(fields_), "VectorFields",
+                   "VectorDictionary");
+    return false;
+  }
+
+  std::string AddInstance(const WideText& entries) {
+    std::string id;
+    do {
+      id = fmt::format("machine {}", ++machines_);
+    } while (!ids_.insert(id).second);
+    DOMElement* instance = AddElement(vectors_, "VectorInstance");
+    SetAttribute(instance, "id", id);
+    DOMElement* array = AddElement(instance, "REAL-SparseArray");
+    AddText(AddElement(array, "Indices"), reader_.AllIndices());
+    AddText(AddElement(array, "REAL-Entries"), entries);
+    return id;
+  }
+
+  Intake& intake_;
+  DOMElement* vectors_;
+  VectorReader reader_;
+  std::size_t fields_;
+  std::size_t machines_ = 0;
+  std::unordered_set<std::string> ids_;
+};
+
+}  // namespace
+
+void UseSupportVectors(Intake& intake) {
+  if (FindAttribute(intake.Model(), kRepresentation) != "Coefficients") return;
+  DOMElement* vectors = intake.ModelChild("VectorDictionary");
+  const std::size_t fields = CountVectorFields(intake);
+  if (fields == 0) return;
+  // A translator says that there is no kernel.
+  const bool has_other = intake.ModelChild("PolynomialKernelType") != nullptr ||
+                         intake.ModelChild("RadialBasisKernelType") != nullptr ||
+                         intake.ModelChild("SigmoidKernelType") != nullptr;
+  if (intake.ModelChild("LinearKernelType") == nullptr && has_other) {
+    return intake.Refuse(intake.Model(), code::kUnsupported,
+                         "svmRepresentation Coefficients without a LinearKernelType",
+                         "SupportVectorMachineModel");
+  }
+  LinearMachines machines(intake, vectors, fields);
+  for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
+    machines.Read(machine);
+  }
+  SetAttribute(intake.Model(), kRepresentation, "SupportVectors");
+  RemoveAttribute(vectors, "numberOfVectors");
+}
+
+}  // namespace svmscore::intake

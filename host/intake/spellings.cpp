@@ -1,0 +1,108 @@
+// Attributes in the one spelling that a translator understands.
+#include <optional>
+
+#include "host/intake/steps.h"
+#include "host/text/field_types.h"
+#include "host/xml/attributes.h"
+#include "host/xml/edit.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kBoolean{"boolean-spelling",
+                            "a boolean attribute of the model is read as true or false"};
+constexpr StepKind kMethod{"method-spelling", "the classification method is read in any case"};
+constexpr StepKind kDataType{"data-type-spelling",
+                             "data types written as XML Schema types are read as PMML types"};
+constexpr StepKind kMaxWins{"max-wins-assumed",
+                            "maxWins is neither true nor false, and counts as false"};
+constexpr StepKind kOtherMethod{
+    "method-assumed", "the classification method is not known, and OneAgainstAll is used"};
+
+// In small letters, without the white space around it.
+std::string Plain(std::string text) {
+  const std::size_t first = text.find_first_not_of(" \t\r\n");
+  if (first == std::string::npos) return {};
+  text = text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
+// A translator reads every text but "true" as false.
+void SpellMaxWins(Intake& intake) {
+  const std::string text = FindAttribute(intake.Model(), "maxWins").value_or("");
+  const std::string plain = Plain(text);
+  if (plain.empty() || plain == "false" || plain == "0" || text == "true") return;
+  if (plain != "true" && plain != "1") {
+    if (!intake.IsClassification()) return;
+    return intake.Doubt(kMaxWins, intake.Model(), code::kBadValue, text, "maxWins",
+                        "SupportVectorMachineModel");
+  }
+  intake.Change(kBoolean, intake.Model());
+  SetAttribute(intake.Model(), "maxWins", "true");
+}
+
+// A translator refuses "false" in any case, and takes every other text for true.
+void SpellIsScorable(Intake& intake) {
+  const std::string text = FindAttribute(intake.Model(), "isScorable").value_or("");
+  const std::string plain = Plain(text);
+  if (plain != "0" && (plain != "false" || text.size() == plain.size())) return;
+  intake.Change(kBoolean, intake.Model());
+  SetAttribute(intake.Model(), "isScorable", "false");
+}
+
+void SpellMethod(Intake& intake) {
+  const auto text = FindAttribute(intake.Model(), "classificationMethod");
+  if (!text) return;
+  for (const char* known : {"OneAgainstOne", "OneAgainstAll"}) {
+    if (*text == known) return;
+    if (Plain(*text) != Plain(known)) continue;
+    intake.Change(kMethod, intake.Model());
+    return SetAttribute(intake.Model(), "classificationMethod", known);
+  }
+  if (!intake.IsClassification()) return;
+  intake.Doubt(kOtherMethod, intake.Model(), code::kBadValue, *text, "classificationMethod",
+               "SupportVectorMachineModel");
+}
+
+// The PMML type of a type written as xs:double, or the text as it is.
+std::string PmmlType(const std::string& text) {
+  const std::size_t colon = text.find(':');
+  std::string local = colon == std::string::npos ? text : text.substr(colon + 1);
+  if (ParseDataType(local)) return local;
+  if (local == "decimal") return "double";
+  if (local == "int" || local == "long" || local == "short") return "integer";
+  return text;
+}
+
+void SpellDataType(Intake& intake, DOMElement* field) {
+  const WideView stated = AttributeView(field, "dataType");
+  const WideView other = AttributeView(field, "datatype");
+  const std::string text = Narrow(stated.data() != nullptr ? stated : other);
+  const std::string type = PmmlType(text);
+  if (text.empty() || (stated.data() != nullptr && type == text)) return;
+  intake.Change(kDataType, field);
+  SetAttribute(field, "dataType", type);
+}
+
+}  // namespace
+
+void UseKnownSpellings(Intake& intake) {
+  SpellMaxWins(intake);
+  SpellIsScorable(intake);
+  SpellMethod(intake);
+  const DOMElement* const holders[] = {FindChild(intake.Root(), "DataDictionary"),
+                                       FindChild(intake.Root(), "TransformationDictionary"),
+                                       intake.ModelChild("LocalTransformations"),
+                                       intake.ModelChild("Output")};
+  for (const DOMElement* holder : holders) {
+    for (DOMElement* field = FirstElement(const_cast<DOMElement*>(holder)); field != nullptr;
+         field = NextElement(field)) {
+      SpellDataType(intake, field);
+    }
+  }
+}
+
+}  // namespace svmscore::intake

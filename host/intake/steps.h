@@ -1,0 +1,84 @@
+// The steps of the intake, in the order in which they are taken. Each has a source file; each finds
+// out whether its document needs it, and does nothing where it does not.
+#ifndef HOST_INTAKE_STEPS_H_
+#define HOST_INTAKE_STEPS_H_
+
+#include <string>
+#include <vector>
+
+#include "host/intake/intake.h"
+
+namespace svmscore::intake {
+
+// names.cpp: elements with a prefix get plain names; contents of Extension and cells of tables keep
+// theirs. Returns the document's Extension elements, those inside others left out.
+std::vector<DOMElement*> UsePlainNames(Intake& intake);
+
+// version.cpp: the root's version can be told from its first character.
+void SettleVersion(Intake& intake);
+
+// model_choice.cpp: the model to score is chosen, and lifted out of an anomaly detection model.
+// Leaves the intake without a model where the document has none.
+void ChooseModel(Intake& intake);
+
+// Whether the element of that name under the root is a model.
+bool IsModelName(const std::string& name);
+
+// vocabulary.cpp: remarks on elements and attributes that nobody reads. Changes nothing.
+void CheckVocabulary(Intake& intake);
+
+// names_used.cpp: remarks on derived fields and functions whose names mean something else already.
+// Changes nothing.
+void CheckNamesUsed(Intake& intake);
+
+// targets.cpp: remarks on Target elements that are for no field, or for one that has its own.
+// Changes nothing.
+void CheckTargets(Intake& intake);
+
+// spellings.cpp: attributes in the one spelling that is understood.
+void UseKnownSpellings(Intake& intake);
+
+// schema.cpp: remarks on mining fields that are not read, or not as they are written. Changes
+// nothing.
+void CheckMiningSchema(Intake& intake);
+
+// extensions.cpp: what looks like a part of the model inside an Extension is none.
+void HideExtensionContent(Intake& intake, const std::vector<DOMElement*>& extensions);
+
+// transformations.cpp: one list of derived fields.
+void MergeTransformations(Intake& intake);
+
+// vector_fields.cpp: vector positions that a plain reference cannot express become derived fields.
+void ExpressVectorFields(Intake& intake);
+
+// vectors.cpp: every vector is a sparse array in ascending order.
+void UseSparseVectors(Intake& intake);
+
+// representation.cpp: machines given by one coefficient a field become support vectors.
+void UseSupportVectors(Intake& intake);
+
+// kernel.cpp: kernel parameters that would be taken for absent ones.
+void TellKernelNumbersFromAbsence(Intake& intake);
+
+// decision.cpp: the older way to name the second category, and vote layouts without a method.
+void UseOneDecisionRule(Intake& intake);
+
+// target.cpp: there is a target, and it lists the categories of a classification.
+void CompleteTarget(Intake& intake);
+
+// labels.cpp: machines spell categories as the target does, and name both of two.
+void MatchLabels(Intake& intake);
+
+// pairs.cpp: machines with probabilities stand in the order of the pairs of categories.
+void OrderPairs(Intake& intake);
+
+// finite.cpp: remarks on numbers of machines, kernels and targets that are none to compute with.
+// Changes nothing.
+void CheckFiniteNumbers(Intake& intake);
+
+// checks.cpp: remarks on what machines lose in silence. Changes nothing.
+void CheckMachines(Intake& intake);
+
+}  // namespace svmscore::intake
+
+#endif  // HOST_INTAKE_STEPS_H_

@@ -1,0 +1,132 @@
+// A translator needs a target, and for a classification its categories; documents may leave both to
+// be inferred.
+#include "host/intake/target_categories.h"
+
+#include <unordered_set>
+
+#include "host/intake/fields.h"
+#include "host/intake/steps.h"
+#include "host/text/field_text.h"
+#include "host/text/number_text.h"
+#include "host/xml/attributes.h"
+#include "host/xml/edit.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kNoTarget{"target-added",
+                             "the model names no target field; one is added to hold its result"};
+constexpr StepKind kNotCategorical{"target-categorical",
+                                   "the target of a classification is taken as categorical"};
+constexpr StepKind kCategories{
+    "target-categories",
+    "the target lists no categories; those that the machines name are taken, in that order"};
+
+bool NamesTarget(const DOMElement* mining_field) {
+  const std::string usage = FindAttribute(mining_field, "usageType").value_or("");
+  return usage == "predicted" || usage == "target";
+}
+
+DOMElement* FindNamed(const DOMElement* parent, const std::string& element,
+                      const std::string& attribute, const std::optional<std::string>& name) {
+  for (DOMElement* child : Children(parent, element)) {
+    if (FindAttribute(child, attribute) == name) return child;
+  }
+  return nullptr;
+}
+
+// A field for the result of a regression that names none, as those of one class do.
+void AddTarget(Intake& intake) {
+  DOMElement* schema = intake.ModelChild("MiningSchema");
+  DOMElement* dictionary = FindChild(intake.Root(), "DataDictionary");
+  if (schema == nullptr || dictionary == nullptr) return;
+  intake.Change(kNoTarget, schema);
+  const std::string name = Fields(intake).FreshName("prediction");
+  DOMElement* field = AddElement(dictionary, "DataField");
+  SetAttribute(field, "name", name);
+  SetAttribute(field, "optype", "continuous");
+  SetAttribute(field, "dataType", "double");
+  DOMElement* mining_field = AddElement(schema, "MiningField");
+  SetAttribute(mining_field, "name", name);
+  SetAttribute(mining_field, "usageType", "target");
+}
+
+// The last of the three elements that states an operation type decides.
+void MakeCategorical(Intake& intake, const Target& target) {
+  const DOMElement* deciding = nullptr;
+  for (const DOMElement* element : {target.data_field, target.mining_field, target.target}) {
+    if (AttributeView(element, "optype").data() != nullptr) deciding = element;
+  }
+  if (AttributeView(deciding, "optype") != u"continuous") return;
+  intake.Change(kNotCategorical, deciding);
+  if (AttributeView(target.data_field, "dataType").data() == nullptr) {
+    SetAttribute(target.data_field, "dataType", "double");
+  }
+  for (DOMElement* element : {target.data_field, target.mining_field, target.target}) {
+    if (AttributeView(element, "optype") == u"continuous") {
+      SetAttribute(element, "optype", "categorical");
+    }
+  }
+}
+
+void ListCategories(Intake& intake, const Target& target) {
+  if (!ListedCategories(target).empty()) return;
+  const LabelKeys keys(target.data_field);
+  std::unordered_set<std::string> known;
+  for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
+    for (const LabelPlace& place : LabelsOf(machine)) {
+      if (!known.insert(keys.Of(place.label)).second) continue;
+      if (known.size() == 1) intake.Change(kCategories, target.data_field);
+      SetAttribute(AddElement(target.data_field, "Value"), "value", place.label);
+    }
+  }
+}
+
+}  // namespace
+
+Target FindTarget(const Intake& intake) {
+  Target target;
+  const DOMElement* dictionary = FindChild(intake.Root(), "DataDictionary");
+  for (DOMElement* field : Children(intake.ModelChild("MiningSchema"), "MiningField")) {
+    if (!NamesTarget(field)) continue;
+    const auto name = FindAttribute(field, "name");
+    target.mining_field = field;
+    target.data_field = FindNamed(dictionary, "DataField", "name", name);
+    target.target = FindNamed(intake.ModelChild("Targets"), "Target", "field", name);
+    if (target.data_field != nullptr) break;
+  }
+  return target;
+}
+
+LabelKeys::LabelKeys(const DOMElement* data_field) {
+  const auto type = ParseDataType(FindAttribute(data_field, "dataType").value_or("string"));
+  if (type && IsNumberStored(type->data)) number_type_ = type;
+}
+
+std::string LabelKeys::Of(const std::string& label) const {
+  const auto number = number_type_ ? KeyFromFieldText(label, *number_type_) : std::nullopt;
+  if (!number) return label;
+  return number->rest == 0 ? FormatNumber(number->number) : std::to_string(WholeOf(*number));
+}
+
+std::vector<std::string> ListedCategories(const Target& target) {
+  std::vector<std::string> categories;
+  for (const DOMElement* value : Children(target.data_field, "Value")) {
+    if (IsValid(value)) categories.push_back(Narrow(AttributeView(value, "value")));
+  }
+  if (!categories.empty()) return categories;
+  for (const DOMElement* value : Children(target.target, "TargetValue")) {
+    if (auto text = FindAttribute(value, "value")) categories.push_back(*text);
+  }
+  return categories;
+}
+
+void CompleteTarget(Intake& intake) {
+  const Target target = FindTarget(intake);
+  if (target.mining_field == nullptr && !intake.IsClassification()) AddTarget(intake);
+  if (target.data_field == nullptr || !intake.IsClassification()) return;
+  MakeCategorical(intake, target);
+  ListCategories(intake, target);
+}
+
+}  // namespace svmscore::intake

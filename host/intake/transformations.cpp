@@ -1,0 +1,68 @@
+// A translator reads the document's derived fields or the model's, never both: here they become one
+// list.
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "host/intake/steps.h"
+#include "host/xml/attributes.h"
+#include "host/xml/edit.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr const char* kDerived = "DerivedField";
+
+constexpr StepKind kMerged{
+    "transformations-merged",
+    "the derived fields of the model are computed together with those of the document"};
+constexpr StepKind kHidden{
+    "derived-field-hidden",
+    "a derived field of the model takes the place of the document's one of the same name"};
+
+// Moves the content of `from` behind that of `to` and removes `from`.
+void Append(DOMElement* from, DOMElement* to) {
+  MoveChildren(from, to);
+  Remove(from);
+}
+
+// The holders of one name become one; null where there is none.
+DOMElement* OnlyOne(Intake& intake, DOMElement* parent, const std::string& name) {
+  DOMElement* first = FindChild(parent, name);
+  while (DOMElement* further = FindNext(first, name)) {
+    intake.Change(kMerged, further);
+    Append(further, first);
+  }
+  return first;
+}
+
+}  // namespace
+
+void MergeTransformations(Intake& intake) {
+  DOMElement* global = OnlyOne(intake, intake.Root(), "TransformationDictionary");
+  DOMElement* local = OnlyOne(intake, intake.Model(), "LocalTransformations");
+  if (global == nullptr || FindChild(local, kDerived) == nullptr) return;
+  intake.Change(kMerged, local);
+  std::unordered_map<std::string, DOMElement*> global_fields;
+  for (DOMElement* field : Children(global, kDerived)) {
+    if (const auto name = FindAttribute(field, "name")) global_fields[*name] = field;
+  }
+  std::unordered_set<std::string> declared;
+  for (const DOMElement* field :
+       Children(FindChild(intake.Root(), "DataDictionary"), "DataField")) {
+    declared.insert(FindAttribute(field, "name").value_or(""));
+  }
+  for (DOMElement* field : Children(local, kDerived)) {
+    const std::string name = FindAttribute(field, "name").value_or("");
+    // Among the document's own it would give way to the input.
+    if (declared.contains(name)) SetAttribute(field, "x-scope", "local");
+    const auto found = global_fields.find(name);
+    if (found == global_fields.end()) continue;
+    intake.Change(kHidden, field);
+    Remove(found->second);
+    global_fields.erase(found);
+  }
+  Append(local, global);
+}
+
+}  // namespace svmscore::intake

@@ -1,0 +1,145 @@
+// A translator takes a vector position from a field as it stands, or from one category as 1 or 0.
+// Everything else that a position may say becomes a derived field, to which the position refers.
+#include <cmath>
+#include <memory>
+
+#include "host/intake/fields.h"
+#include "host/intake/steps.h"
+#include "host/text/number_text.h"
+#include "host/xml/attributes.h"
+#include "host/xml/edit.h"
+#include "host/xml/transcoder.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kMapped{
+    "map-missing-to",
+    "the value that a vector position gives to missing inputs enters through a derived field"};
+constexpr StepKind kHiding{
+    "derived-field-reached",
+    "a vector position that names a derived field and an input alike is taken from the derived "
+    "field"};
+constexpr StepKind kWeighted{
+    "category-coefficient",
+    "a category with a coefficient other than 1 enters its vector position as that coefficient"};
+constexpr StepKind kUnlisted{
+    "category-unlisted",
+    "a category that its field does not list is compared with the input itself"};
+constexpr StepKind kNoPosition{
+    "vector-field-ignored",
+    "what is neither FieldRef nor CategoricalPredictor takes no position of the vectors"};
+
+constexpr StepKind kNoPositions{
+    "no-vector-fields",
+    "the vectors have no position, so no case is scored: every prediction stays empty"};
+
+class VectorPositions {
+ public:
+  explicit VectorPositions(Intake& intake) : intake_(intake) {}
+
+  // Whether any position has been met.
+  bool Any() const { return any_; }
+
+  void Express(DOMElement* position) {
+    const std::string kind = NameOf(position);
+    any_ = any_ || kind == "FieldRef" || kind == "CategoricalPredictor";
+    if (kind == "FieldRef") {
+      ExpressReference(position);
+    } else if (kind == "CategoricalPredictor") {
+      ExpressCategory(position);
+    } else if (kind != "Extension") {
+      intake_.Doubt(kNoPosition, position, code::kUnsupported, kind, "VectorFields");
+    }
+  }
+
+ private:
+  // Built for the first position.
+  Fields& Known() {
+    if (!fields_) fields_ = std::make_unique<Fields>(intake_);
+    return *fields_;
+  }
+
+  void ExpressReference(DOMElement* position) {
+    const std::string replacement = FindAttribute(position, "mapMissingTo").value_or("");
+    const std::string name = FindAttribute(position, "field").value_or("");
+    const DOMElement* hiding = Known().FindHiding(name);
+    if (hiding == nullptr && replacement.empty()) return;
+    const DOMElement* field = hiding != nullptr ? hiding : Known().Find(name);
+    if (field == nullptr) return;
+    intake_.Change(replacement.empty() ? kHiding : kMapped, position);
+    const std::string type = FindAttribute(field, "dataType").value_or("double");
+    const std::string derived =
+        Known().FreshName(replacement.empty() ? name : name + " or " + replacement);
+    DOMElement* expression = AddElement(
+        Known().AddDerived(derived, type == "string" ? "categorical" : "continuous", type),
+        "FieldRef");
+    SetAttribute(expression, "field", name);
+    if (!replacement.empty()) {
+      SetAttribute(expression, "mapMissingTo", replacement);
+    }
+    RemoveAttribute(position, "mapMissingTo");
+    SetAttribute(position, "field", derived);
+  }
+
+  void ExpressCategory(DOMElement* position) {
+    const auto name = FindAttribute(position, "name");
+    const auto value = FindAttribute(position, "value");
+    const auto coefficient = FindNumber(position, "coefficient");
+    // A translator says what is missing.
+    if (!name || !value || !coefficient) return;
+    const DOMElement* field = Known().Find(*name);
+    if (field == nullptr) return;
+    const bool listed = Known().Lists(field, *value);
+    const bool hidden = Known().FindHiding(*name) != nullptr;
+    if (listed && !hidden && *coefficient == 1.0) return;
+    if (!std::isfinite(*coefficient)) {
+      return intake_.Refuse(position, code::kBadValue, FormatNumber(*coefficient), "coefficient",
+                            "CategoricalPredictor");
+    }
+    intake_.Change(hidden ? kHiding : *coefficient == 1.0 ? kUnlisted : kWeighted, position);
+    const std::string derived = Known().FreshName(*name + '=' + *value);
+    DOMElement* parent = Known().AddDerived(derived, "continuous", "double");
+    if (*coefficient != 1.0) {
+      parent = AddElement(parent, "Apply");
+      SetAttribute(parent, "function", "*");
+    }
+    DOMElement* indicator = AddElement(parent, "NormDiscrete");
+    SetAttribute(indicator, "field", *name);
+    SetAttribute(indicator, "value", *value);
+    if (*coefficient != 1.0) {
+      DOMElement* constant = AddElement(parent, "Constant");
+      SetAttribute(constant, "dataType", "double");
+      AddText(constant, ToUtf16(FormatNumber(*coefficient)));
+    }
+    ReferTo(position, derived);
+  }
+
+  static void ReferTo(DOMElement* position, const std::string& derived) {
+    Rename(position, "FieldRef");
+    RemoveAttribute(position, "name");
+    RemoveAttribute(position, "value");
+    RemoveAttribute(position, "coefficient");
+    SetAttribute(position, "field", derived);
+  }
+
+  Intake& intake_;
+  std::unique_ptr<Fields> fields_;
+  bool any_ = false;
+};
+
+}  // namespace
+
+void ExpressVectorFields(Intake& intake) {
+  VectorPositions positions(intake);
+  DOMElement* list = FindChild(intake.ModelChild("VectorDictionary"), "VectorFields");
+  for (DOMElement* position = FirstElement(list); position != nullptr;
+       position = NextElement(position)) {
+    positions.Express(position);
+  }
+  if (list != nullptr && !positions.Any()) {
+    intake.Doubt(kNoPositions, list, code::kLacksChildren, "VectorFields");
+  }
+}
+
+}  // namespace svmscore::intake

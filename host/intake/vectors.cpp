@@ -1,0 +1,354 @@
+// A translator reads sparse arrays only, takes no notice of their length and default value, relies
+// on ascending indices, and reads of a text that is no number what it can.
+#include "host/intake/vectors.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "host/intake/finite.h"
+#include "host/intake/steps.h"
+#include "host/text/number_text.h"
+#include "host/xml/elements.h"
+#include "host/xml/limits.h"
+#include "host/xml/transcoder.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kDense{"dense-array", "vectors written in full are read as sparse arrays"};
+constexpr StepKind kIntegers{"integer-sparse-array",
+                             "sparse arrays of whole numbers are read as arrays of numbers"};
+constexpr StepKind kZeros{"zero-vector", "a sparse array without entries is a vector of zeros"};
+constexpr StepKind kDefault{"default-value",
+                            "positions that a sparse array does not list get its default value"};
+constexpr StepKind kUnordered{"unordered-indices", "the indices of a sparse array are sorted"};
+constexpr StepKind kSurplusZeros{
+    "surplus-zeros",
+    "a vector of zeros alone that is longer than the vector fields is cut to their number"};
+
+constexpr StepKind kBoth{"two-arrays",
+                         "of a dense and a sparse array of one vector the sparse one "
+                         "counts"};
+constexpr StepKind kNoValues{
+    "vector-without-values",
+    "a vector without values is left out, and with it the terms of machines that name it"};
+constexpr StepKind kNoIndices{
+    "entries-without-indices",
+    "the entries of a sparse array without Indices are not read: it is a vector of zeros"};
+constexpr StepKind kLength{
+    "array-length",
+    "the length n of a sparse array is not the number of vector fields, and does not count"};
+constexpr StepKind kNoNumber{
+    "unreadable-number",
+    "what is no number in a vector counts as the number that it begins with, or as 0, and an index "
+    "without its fraction"};
+constexpr StepKind kOutside{
+    "index-outside",
+    "an index stands for none of the vector fields: its value is compared with no input"};
+
+bool IsSparse(WideView name) {
+  return name == u"REAL-SparseArray" || name == u"INT-SparseArray";
+}
+
+bool IsDense(WideView name) {
+  return name == u"Array" || name == u"REAL-ARRAY" || name == u"NUM-ARRAY" ||
+         name == u"INT-ARRAY" || name == u"REAL-Array" || name == u"INT-Array";
+}
+
+void ReplaceText(DOMElement* element, const WideText& text) {
+  while (DOMNode* child = element->getFirstChild()) element->removeChild(child);
+  AddText(element, text);
+}
+
+std::string VectorOf(const std::string& length, std::size_t fields) {
+  return fmt::format("a vector of length {} for {} vector fields", length, fields);
+}
+
+std::size_t CountWords(WideView text) {
+  std::size_t count = 0;
+  while (!NextWord(text).empty()) ++count;
+  return count;
+}
+
+}  // namespace
+
+std::size_t CountVectorFields(const Intake& intake) {
+  std::size_t count = 0;
+  DOMElement* list = FindChild(intake.ModelChild("VectorDictionary"), "VectorFields");
+  for (DOMElement* position = FirstElement(list); position != nullptr;
+       position = NextElement(position)) {
+    const std::string kind = NameOf(position);
+    if (kind == "FieldRef" || kind == "CategoricalPredictor") ++count;
+  }
+  return count;
+}
+
+VectorReader::VectorReader(Intake& intake, std::size_t fields) : intake_(intake), fields_(fields) {
+  std::string text;
+  for (std::size_t i = 1; i <= fields; ++i) text += std::to_string(i) + ' ';
+  all_indices_ = ToUtf16(text);
+}
+
+void VectorReader::Read(DOMElement* instance) {
+  DOMElement* dense = nullptr;
+  DOMElement* sparse = nullptr;
+  for (DOMElement* child = FirstElement(instance); child != nullptr; child = NextElement(child)) {
+    const WideView name(child->getNodeName());
+    if (IsSparse(name) && sparse == nullptr) sparse = child;
+    if (IsDense(name) && dense == nullptr) dense = child;
+  }
+  if (dense != nullptr && sparse != nullptr) {
+    intake_.Doubt(kBoth, instance, code::kBadContent, "both a dense and a sparse array",
+                  "VectorInstance");
+  }
+  if (sparse != nullptr) return ReadSparse(sparse);
+  if (dense != nullptr) return ReadDense(dense);
+  intake_.Doubt(kNoValues, instance, code::kChildMissing, "REAL-SparseArray", "VectorInstance");
+}
+
+void VectorReader::ReadDense(DOMElement* array) {
+  if (AttributeView(array, "type") == u"string") {
+    return intake_.Refuse(array, code::kBadValue, "string", "type", NameOf(array));
+  }
+  const WideView length = AttributeView(array, "n");
+  if (length.data() != nullptr && length != fitting_length_ && !IsFieldCount(length)) {
+    if (ParseInteger(Narrow(length))) return RefuseLength(array, Narrow(length));
+    return intake_.Refuse(array, code::kBadValue, Narrow(length), "n", NameOf(array));
+  }
+  WideView offender;
+  bool large = false;
+  const WideView text = TextView(array, joined_);
+  const auto count = CountNumbers(text, offender, large);
+  if (large) CheckFiniteWords(intake_, array, text);
+  if (!count) return intake_.Refuse(array, code::kBadValue, Narrow(offender));
+  if (*count != fields_) return RefuseLength(array, std::to_string(*count));
+  intake_.Change(kDense, array);
+  // The numbers stay as they are written; zeros stay entries.
+  DOMElement* entries = MakeElement(intake_.Dom(), "REAL-Entries");
+  MoveChildren(array, entries);
+  Rename(array, "REAL-SparseArray");
+  RemoveAttribute(array, "type");
+  AddText(AddElement(array, "Indices"), all_indices_);
+  array->appendChild(entries);
+}
+
+void VectorReader::ReadSparse(DOMElement* array) {
+  DOMElement* indices = nullptr;
+  DOMElement* entries = nullptr;
+  DOMElement* integers = nullptr;
+  for (DOMElement* child = FirstElement(array); child != nullptr; child = NextElement(child)) {
+    const WideView name(child->getNodeName());
+    if (name == u"Indices" && indices == nullptr) indices = child;
+    // Older versions call it Entries; where both are, the newer name counts.
+    const bool newer = name == u"REAL-Entries";
+    if (newer ? entries == nullptr || WideView(entries->getNodeName()) != name
+              : name == u"Entries" && entries == nullptr) {
+      entries = child;
+    }
+    if (name == u"INT-Entries" && integers == nullptr) integers = child;
+  }
+  if (entries == nullptr && integers != nullptr) {
+    intake_.Change(kIntegers, array);
+    Rename(integers, "REAL-Entries");
+    entries = integers;
+  }
+  if (WideView(array->getNodeName()) != u"REAL-SparseArray") {
+    if (integers == nullptr) intake_.Change(kIntegers, array);
+    Rename(array, "REAL-SparseArray");
+  }
+  std::optional<WideView> default_value;
+  if (!ReadDefault(array, default_value)) return;
+  if (indices == nullptr && entries != nullptr && default_value) {
+    return intake_.Refuse(array, code::kChildMissing, "Indices", "REAL-SparseArray");
+  }
+  if (indices == nullptr && !default_value) return ReadZeros(array, entries != nullptr);
+  CheckLength(array);
+  if (indices == nullptr) {
+    indices = AddElement(array, "Indices");
+    entries = AddElement(array, "REAL-Entries");
+  }
+  // A translator says that the entries are missing.
+  if (entries != nullptr) ReadPairs(array, indices, entries, default_value);
+}
+
+bool VectorReader::ReadDefault(const DOMElement* array, std::optional<WideView>& text) const {
+  const WideView stated = AttributeView(array, "defaultValue");
+  if (stated.data() == nullptr) return true;
+  const std::optional<double> number = ParseNumber(Narrow(stated));
+  if (!number) {
+    intake_.Refuse(array, code::kBadValue, Narrow(stated), "defaultValue", NameOf(array));
+    return false;
+  }
+  if (*number != 0.0) text = stated;
+  return true;
+}
+
+void VectorReader::ReadZeros(DOMElement* array, bool has_entries) {
+  const WideView stated = AttributeView(array, "n");
+  if (stated.data() == nullptr && !has_entries) {
+    intake_.Change(kZeros, array);
+    return SetAttribute(array, "n", std::to_string(fields_));
+  }
+  const auto number = stated.data() == nullptr ? 0.0 : ParseNumber(Narrow(stated));
+  // A translator says that the length is no number.
+  if (!number) return;
+  const int length = TruncateToInt(*number);
+  if (length < 1) {
+    return intake_.Doubt(kNoValues, array, code::kChildMissing, "Indices", "REAL-SparseArray");
+  }
+  if (has_entries) {
+    intake_.Doubt(kNoIndices, array, code::kChildMissing, "Indices", "REAL-SparseArray");
+  }
+  if (!IsOutside(length)) return CheckLength(array);
+  // A few digits would otherwise ask for gigabytes of zeros.
+  intake_.Change(kSurplusZeros, array);
+  SetAttribute(array, "n", std::to_string(fields_));
+}
+
+bool VectorReader::IsFieldCount(WideView length) {
+  const auto number = ParseInteger(Narrow(length));
+  if (!number || *number < 0 || static_cast<std::uint64_t>(*number) != fields_) return false;
+  fitting_length_ = length;
+  return true;
+}
+
+void VectorReader::RefuseLength(const DOMElement* array, const std::string& length) const {
+  intake_.Refuse(array, code::kBadContent, VectorOf(length, fields_), NameOf(array));
+}
+
+void VectorReader::CheckLength(const DOMElement* array) {
+  const WideView length = AttributeView(array, "n");
+  if (length.data() == nullptr || length == fitting_length_ || IsFieldCount(length)) return;
+  // A translator says that the length is no number.
+  if (!ParseNumber(Narrow(length))) return;
+  intake_.Doubt(kLength, array, code::kBadContent, VectorOf(Narrow(length), fields_),
+                NameOf(array));
+}
+
+int VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
+  const WideView word = NextWord(text);
+  std::size_t index = 0;
+  std::size_t at = 0;
+  for (; at < word.size() && word[at] >= u'0' && word[at] <= u'9' && index <= fields_; ++at) {
+    index = index * 10 + (word[at] - u'0');
+  }
+  if (at == word.size() && index >= 1 && index <= fields_) return static_cast<int>(index);
+  const std::string slow = Narrow(word);
+  const int read = TruncateToInt(NumberPrefix(slow.c_str()));
+  if (ParseInteger(slow) != read) intake_.Doubt(kNoNumber, list, code::kBadValue, slow);
+  if (IsOutside(read)) {
+    intake_.Doubt(kOutside, list, code::kBadContent,
+                  fmt::format("the index {} for {} vector fields", slow, fields_), "Indices");
+  }
+  return read;
+}
+
+bool VectorReader::IsOutside(int index) const {
+  return index < 1 || static_cast<std::size_t>(index) > fields_;
+}
+
+void VectorReader::ReadIndices(const DOMElement* list) {
+  indices_.clear();
+  ascending_ = true;
+  WideView text = TextView(list, joined_);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  while (!text.empty()) {
+    const int index = NextIndex(list, text);
+    if (!indices_.empty() && index <= indices_.back()) ascending_ = false;
+    indices_.push_back(index);
+  }
+}
+
+std::size_t VectorReader::CountEntries(const DOMElement* list) {
+  const WideView text = TextView(list, joined_);
+  WideView offender;
+  bool large = false;
+  const auto count = CountNumbers(text, offender, large);
+  if (large || !count) CheckFiniteWords(intake_, list, text);
+  if (count) return *count;
+  intake_.Doubt(kNoNumber, list, code::kBadValue, Narrow(offender));
+  return CountWords(text);
+}
+
+bool VectorReader::RefusesIndices(const DOMElement* list, bool fills_gaps) const {
+  for (const int index : indices_) {
+    if (!fills_gaps) break;
+    if (!IsOutside(index)) continue;
+    intake_.Refuse(
+        list, code::kBadContent,
+        fmt::format("the index {} beside a defaultValue for {} vector fields", index, fields_),
+        "Indices");
+    return true;
+  }
+  if (ascending_) return false;
+  std::vector<int> sorted = indices_;
+  std::sort(sorted.begin(), sorted.end());
+  const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
+  if (twice == sorted.end()) return false;
+  const bool beyond = *twice == std::numeric_limits<int>::max();
+  intake_.Refuse(
+      list, code::kBadContent,
+      beyond ? "two indices beyond the range" : fmt::format("the index {} twice", *twice),
+      "Indices");
+  return true;
+}
+
+void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement* entries,
+                             std::optional<WideView> default_value) {
+  ReadIndices(indices);
+  const std::size_t count = CountEntries(entries);
+  // A translator says that the lengths differ.
+  if (count != indices_.size() || RefusesIndices(indices, default_value.has_value())) return;
+  if (count == fields_) default_value.reset();
+  if (count == 0 && !default_value) {
+    // Empty lists would be dropped with their vector.
+    intake_.Change(kZeros, array);
+    Remove(indices);
+    Remove(entries);
+    return SetAttribute(array, "n", std::to_string(fields_));
+  }
+  if (!ascending_) intake_.Change(kUnordered, array);
+  if (default_value) {
+    intake_.Change(kDefault, array);
+    implied_entries_ += fields_ - std::min(count, fields_);
+    CheckLimit(array, &Limits::implied_entries, implied_entries_);
+  }
+  if (!ascending_ || default_value) Rewrite(indices, entries, default_value);
+}
+
+void VectorReader::Rewrite(DOMElement* indices, DOMElement* entries,
+                           std::optional<WideView> default_value) {
+  WideView text = TextView(entries, joined_);
+  std::vector<std::pair<int, WideView>> pairs;
+  for (const int index : indices_) pairs.emplace_back(index, NextWord(text));
+  std::sort(pairs.begin(), pairs.end());
+  WideText index_text;
+  WideText entry_text;
+  const auto write = [&](int index, WideView entry) {
+    index_text.append(ToUtf16(std::to_string(index) + ' '));
+    entry_text.append(entry).push_back(u' ');
+  };
+  int next = 1;  // the first position that is not written yet, where gaps are filled
+  for (const auto& [index, entry] : pairs) {
+    for (; default_value && next < index; ++next) write(next, *default_value);
+    write(index, entry);
+    if (default_value) next = index + 1;
+  }
+  for (; default_value && !IsOutside(next); ++next) write(next, *default_value);
+  ReplaceText(indices, index_text);
+  ReplaceText(entries, entry_text);
+}
+
+void UseSparseVectors(Intake& intake) {
+  const std::size_t fields = CountVectorFields(intake);
+  if (fields == 0) return;
+  VectorReader reader(intake, fields);
+  for (DOMElement* instance : Children(intake.ModelChild("VectorDictionary"), "VectorInstance")) {
+    reader.Read(instance);
+  }
+}
+
+}  // namespace svmscore::intake

@@ -1,0 +1,66 @@
+// One vector after another made a sparse array in ascending order.
+#ifndef HOST_INTAKE_VECTORS_H_
+#define HOST_INTAKE_VECTORS_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/intake/intake.h"
+#include "host/xml/edit.h"
+
+namespace svmscore::intake {
+
+// The positions of VectorFields, those of unknown kind left out.
+std::size_t CountVectorFields(const Intake& intake);
+
+class VectorReader {
+ public:
+  // REQUIRES: fields > 0.
+  VectorReader(Intake& intake, std::size_t fields);
+
+  // `instance` is a VectorInstance.
+  void Read(DOMElement* instance);
+  // The text of Indices that lists every position.
+  const WideText& AllIndices() const { return all_indices_; }
+
+ private:
+  void ReadDense(DOMElement* array);
+  void ReadSparse(DOMElement* array);
+  void ReadPairs(DOMElement* array, DOMElement* indices, DOMElement* entries,
+                 std::optional<WideView> default_value);
+  // A sparse array without Indices is understood by its length.
+  void ReadZeros(DOMElement* array, bool has_entries);
+  void Rewrite(DOMElement* indices, DOMElement* entries, std::optional<WideView> default_value);
+
+  // Whether the text is the number of vector fields.
+  bool IsFieldCount(WideView length);
+  void RefuseLength(const DOMElement* array, const std::string& length) const;
+  // Of a sparse array, to whose length no translator pays attention.
+  void CheckLength(const DOMElement* array);
+  std::size_t CountEntries(const DOMElement* list);
+  void ReadIndices(const DOMElement* list);
+  // The next index of the text, as a translator reads it.
+  int NextIndex(const DOMElement* list, WideView& text) const;
+  bool IsOutside(int index) const;
+  // Whether the array cannot be read; a tolerant reader leaves it alone.
+  bool RefusesIndices(const DOMElement* list, bool fills_gaps) const;
+  // The default value's text where it is another number than 0. False where it is no number, which
+  // a tolerant reader leaves alone.
+  bool ReadDefault(const DOMElement* array, std::optional<WideView>& text) const;
+
+  Intake& intake_;
+  std::size_t fields_;
+  WideText all_indices_;
+  std::uint64_t implied_entries_ = 0;
+  WideText fitting_length_;  // a text of attribute n that was found to fit
+  // Of the array at hand.
+  WideText joined_;
+  std::vector<int> indices_;  // from 1
+  bool ascending_ = true;
+};
+
+}  // namespace svmscore::intake
+
+#endif  // HOST_INTAKE_VECTORS_H_

@@ -1,0 +1,307 @@
+// The elements and attributes that a document may hold. What stands beside them is read by nobody,
+// and its author may have counted on it.
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/intake/steps.h"
+#include "host/xml/edit.h"
+#include "host/xml/elements.h"
+#include "host/xml/transcoder.h"
+
+namespace svmscore::intake {
+namespace {
+
+constexpr StepKind kElement{"element-ignored",
+                            "an element that its parent cannot hold is not read"};
+constexpr StepKind kAttribute{"attribute-ignored",
+                              "an attribute that its element does not have is not read"};
+constexpr StepKind kRepeated{
+    "element-repeated", "of an element that its parent holds once at most, only the first is read"};
+
+constexpr StepKind kInText{"element-in-text",
+                           "the text of an element inside numbers is read as a part of them"};
+
+constexpr StepKind kWord{
+    "attribute-value-ignored",
+    "an attribute whose value is none that it may have counts as if it were not there"};
+
+struct Definition {
+  const char* name;
+  const char* attributes;
+  // Those that may come more than once carry a star; % stands for any expression, and a lone ? for
+  // whatever comes; a lone ! for a text that takes in the texts of elements.
+  const char* children = "";
+};
+
+// Elements that hold nothing which is read have no definition. Extensions may stand anywhere.
+constexpr std::array kDefinitions = {
+    Definition{"PMML", "version",
+               "Header MiningBuildTask DataDictionary TransformationDictionary*"},
+    Definition{"DataDictionary", "numberOfFields", "DataField* Taxonomy*"},
+    Definition{"DataField", "name displayName optype dataType datatype taxonomy isCyclic",
+               "Interval* Value*"},
+    Definition{"Value", "value displayValue property"},
+    Definition{"Interval", "closure leftMargin rightMargin"},
+    Definition{"SupportVectorMachineModel",
+               "modelName functionName algorithmName svmRepresentation threshold "
+               "classificationMethod maxWins isScorable alternateBinaryTargetCategory",
+               "MiningSchema Output ModelStats ModelExplanation Targets LocalTransformations* "
+               "LinearKernelType* PolynomialKernelType* RadialBasisKernelType* SigmoidKernelType* "
+               "VectorDictionary SupportVectorMachine* ModelVerification"},
+    Definition{"MiningSchema", "", "MiningField*"},
+    Definition{"MiningField",
+               "name usageType optype importance outliers lowValue highValue "
+               "missingValueReplacement missingValueTreatment invalidValueTreatment "
+               "invalidValueReplacement"},
+    Definition{"Targets", "", "Target*"},
+    Definition{"Target", "field optype castInteger min max rescaleConstant rescaleFactor",
+               "TargetValue*"},
+    Definition{"TargetValue", "value displayValue rawDataValue priorProbability defaultValue",
+               "Partition"},
+    Definition{"Output", "", "OutputField*"},
+    Definition{"OutputField",
+               "name displayName optype dataType datatype targetField feature value ruleFeature "
+               "algorithm rank rankBasis rankOrder isMultiValued segmentId isFinalResult",
+               "Decisions Value* %"},
+    Definition{"Decisions", "businessProblem description", "Decision*"},
+    Definition{"Decision", "value displayValue description"},
+    Definition{"TransformationDictionary", "", "DefineFunction* DerivedField*"},
+    Definition{"LocalTransformations", "", "DefineFunction* DerivedField*"},
+    Definition{"DerivedField", "name displayName optype dataType datatype", "Value* %"},
+    Definition{"DefineFunction", "name optype dataType datatype", "ParameterField* %"},
+    Definition{"ParameterField", "name displayName optype dataType"},
+    Definition{"Constant", "dataType missing"},
+    Definition{"FieldRef", "field mapMissingTo"},
+    Definition{"NormContinuous", "field mapMissingTo outliers", "LinearNorm*"},
+    Definition{"LinearNorm", "orig norm"},
+    Definition{"NormDiscrete", "field value mapMissingTo method"},
+    Definition{"Discretize", "field mapMissingTo defaultValue dataType", "DiscretizeBin*"},
+    Definition{"DiscretizeBin", "binValue", "Interval"},
+    Definition{"MapValues", "outputColumn mapMissingTo defaultValue dataType",
+               "FieldColumnPair* InlineTable* TableLocator*"},
+    Definition{"FieldColumnPair", "field column"},
+    Definition{"InlineTable", "", "row*"},
+    Definition{"TextIndex",
+               "textField localTermWeights isCaseSensitive maxLevenshteinDistance countHits "
+               "wordSeparatorCharacterRE tokenize",
+               "TextIndexNormalization* %"},
+    Definition{"TextIndexNormalization",
+               "inField outField regexField recursive isCaseSensitive maxLevenshteinDistance "
+               "wordSeparatorCharacterRE tokenize",
+               "InlineTable* TableLocator*"},
+    Definition{"Apply", "function mapMissingTo defaultValue invalidValueTreatment", "%"},
+    Definition{"LinearKernelType", "description"},
+    Definition{"PolynomialKernelType", "description gamma coef0 degree"},
+    Definition{"RadialBasisKernelType", "description gamma"},
+    Definition{"SigmoidKernelType", "description gamma coef0"},
+    Definition{"VectorDictionary", "numberOfVectors", "VectorFields VectorInstance*"},
+    Definition{"VectorFields", "numberOfFields", "?"},  // vector_fields.cpp tells of the others
+    Definition{"CategoricalPredictor", "name value coefficient"},
+    Definition{"VectorInstance", "id",
+               "Array REAL-ARRAY NUM-ARRAY INT-ARRAY REAL-Array INT-Array REAL-SparseArray "
+               "INT-SparseArray"},
+    Definition{"Array", "type n", "!"},
+    Definition{"REAL-ARRAY", "type n", "!"},
+    Definition{"NUM-ARRAY", "type n", "!"},
+    Definition{"INT-ARRAY", "type n", "!"},
+    Definition{"REAL-Array", "type n", "!"},
+    Definition{"INT-Array", "type n", "!"},
+    Definition{"Indices", "", "!"},
+    Definition{"REAL-Entries", "", "!"},
+    Definition{"INT-Entries", "", "!"},
+    Definition{"Entries", "", "!"},
+    Definition{"REAL-SparseArray", "n defaultValue", "Indices REAL-Entries INT-Entries Entries"},
+    Definition{"INT-SparseArray", "n defaultValue", "Indices REAL-Entries INT-Entries Entries"},
+    Definition{"SupportVectorMachine", "targetCategory alternateTargetCategory threshold",
+               "SupportVectors Coefficients"},
+    Definition{"SupportVectors", "numberOfSupportVectors numberOfAttributes", "SupportVector*"},
+    Definition{"SupportVector", "vectorId"},
+    Definition{"Coefficients", "numberOfCoefficients absoluteValue", "Coefficient*"},
+    Definition{"Coefficient", "value"},
+    Definition{"ModelVerification", "recordCount fieldCount", "VerificationFields InlineTable"},
+    Definition{"VerificationFields", "", "VerificationField*"},
+    Definition{"VerificationField", "field column precision zeroThreshold"},
+};
+
+// Attributes with values that no reader looks at twice; all others are looked at where they are
+// read.
+struct Words {
+  const char* element;
+  const char* attribute;
+  const char* words;
+};
+
+constexpr std::array kWords = {
+    Words{"SupportVectorMachineModel", "svmRepresentation", "SupportVectors Coefficients"},
+    Words{"Array", "type", "int real string"},
+    Words{"DefineFunction", "optype", "continuous ordinal categorical"},
+    Words{"ParameterField", "optype", "continuous ordinal categorical"},
+};
+
+constexpr std::array<const char*, 10> kExpressions = {
+    "Constant",  "FieldRef",  "NormContinuous", "NormDiscrete", "Discretize",
+    "MapValues", "TextIndex", "Apply",          "Aggregate",    "Lag"};
+
+struct Child {
+  WideText name;
+  bool repeats;
+};
+
+struct Entry {
+  std::vector<WideText> attributes;
+  std::vector<Child> children;
+  bool open = false;
+  bool text = false;
+  std::vector<std::pair<WideText, std::vector<WideText>>> words;  // by attribute
+};
+
+std::vector<std::string> WordsOf(std::string_view text) {
+  std::vector<std::string> words;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(' '), text.size());
+    words.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return words;
+}
+
+Entry EntryOf(const Definition& definition) {
+  Entry entry;
+  for (const std::string& word : WordsOf(definition.attributes)) {
+    entry.attributes.push_back(ToUtf16(word));
+  }
+  entry.open = std::string_view(definition.children) == "?";
+  entry.text = std::string_view(definition.children) == "!";
+  for (std::string& word : WordsOf(definition.children)) {
+    if (word == "%") {
+      for (const char* name : kExpressions) entry.children.push_back({ToUtf16(name), true});
+      continue;
+    }
+    const bool repeats = word.back() == '*';
+    if (repeats) word.pop_back();
+    entry.children.push_back({ToUtf16(word), repeats});
+  }
+  return entry;
+}
+
+class Vocabulary {
+ public:
+  explicit Vocabulary(Intake& intake) : intake_(intake) {
+    for (const Definition& definition : kDefinitions) {
+      entries_.emplace(ToUtf16(definition.name), EntryOf(definition));
+    }
+    for (const Words& words : kWords) {
+      auto& [attribute, known] =
+          entries_.at(ToUtf16(words.element))
+              .words.emplace_back(ToUtf16(words.attribute), std::vector<WideText>());
+      for (const std::string& word : WordsOf(words.words)) known.push_back(ToUtf16(word));
+    }
+  }
+
+  void Check() {
+    bool skip = false;
+    for (DOMElement* at = intake_.Root(); at != nullptr;
+         at = NextInTree(at, intake_.Root(), skip)) {
+      const Entry* entry = Find(at->getNodeName());
+      skip = entry == nullptr || (at->getParentNode() == intake_.Root() && IsOtherModel(at));
+      if (skip) continue;
+      CheckAttributes(at, *entry);
+      if (!entry->open) CheckChildren(at, *entry);
+    }
+  }
+
+ private:
+  // Null for elements that are not looked into. A document keeps one copy of a name.
+  const Entry* Find(const XMLCh* name) {
+    const auto [known, is_new] = by_name_.try_emplace(name, nullptr);
+    if (is_new) {
+      const auto found = entries_.find(name);
+      if (found != entries_.end()) known->second = &found->second;
+    }
+    return known->second;
+  }
+
+  bool IsOtherModel(const DOMElement* element) const {
+    return element != intake_.Model() && NameOf(element) == NameOf(intake_.Model());
+  }
+
+  void CheckAttributes(const DOMElement* element, const Entry& entry) {
+    const xercesc::DOMNamedNodeMap* attributes = element->getAttributes();
+    for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
+      const WideView name = attributes->item(i)->getNodeName();
+      const auto& known = entry.attributes;
+      if (std::find(known.begin(), known.end(), name) == known.end() && !name.starts_with(u"x-") &&
+          !name.starts_with(u"xmlns") && name.find(u':') == WideView::npos) {
+        intake_.Doubt(kAttribute, element, code::kUnsupported, "attribute " + Narrow(name),
+                      NameOf(element));
+      }
+    }
+    for (const auto& [name, words] : entry.words) {
+      const WideView text = AttributeView(element, Narrow(name));
+      if (text.data() == nullptr || std::find(words.begin(), words.end(), text) != words.end()) {
+        continue;
+      }
+      intake_.Doubt(kWord, element, code::kBadValue, Narrow(text), Narrow(name), NameOf(element));
+    }
+  }
+
+  void CheckChildren(DOMElement* element, const Entry& entry) {
+    std::vector<bool> seen(entry.children.size());
+    const XMLCh* last = nullptr;  // many children have the name of the one before
+    auto found = entry.children.end();
+    for (const DOMElement* child = FirstElement(element); child != nullptr;
+         child = NextElement(const_cast<DOMElement*>(child))) {
+      const XMLCh* name = child->getNodeName();
+      if (name != last) {
+        found = std::find_if(entry.children.begin(), entry.children.end(),
+                             [name](const Child& known) { return known.name == name; });
+        last = name;
+      }
+      if (found == entry.children.end()) {
+        if (entry.text) {
+          intake_.Doubt(kInText, child, code::kBadContent, "element " + NameOf(child),
+                        NameOf(element));
+        } else if (!IsPassedOver(element, name)) {
+          TellUnknown(child, element);
+        }
+      } else if (const auto at = static_cast<std::size_t>(found - entry.children.begin());
+                 seen[at] && !found->repeats) {
+        intake_.Doubt(kRepeated, child, code::kBadContent, "a second " + NameOf(child),
+                      NameOf(element));
+      } else {
+        seen[at] = true;
+        // Only a DataField has values that are missing or invalid.
+        if (found->name == u"Value" && NameOf(element) != "DataField" &&
+            AttributeView(child, "property").data() != nullptr) {
+          intake_.Doubt(kAttribute, child, code::kUnsupported,
+                        "attribute property of element Value", NameOf(element));
+        }
+      }
+    }
+  }
+
+  // model_choice.cpp tells of models.
+  bool IsPassedOver(const DOMElement* parent, WideView name) const {
+    return name == u"Extension" || name.starts_with(u"X-") ||
+           (parent == intake_.Root() && IsModelName(Narrow(name)));
+  }
+
+  void TellUnknown(const DOMElement* child, const DOMElement* parent) {
+    intake_.Doubt(kElement, child, code::kUnsupported, "element " + NameOf(child), NameOf(parent));
+  }
+
+  Intake& intake_;
+  std::unordered_map<WideText, Entry> entries_;
+  std::unordered_map<const XMLCh*, const Entry*> by_name_;
+};
+
+}  // namespace
+
+void CheckVocabulary(Intake& intake) {
+  Vocabulary(intake).Check();
+}
+
+}  // namespace svmscore::intake

@@ -1,0 +1,56 @@
+#include "host/model/ss_exception.h"
+
+#include <utility>
+
+#include "host/text/printable.h"
+
+namespace MCZandor_850 {
+
+namespace {
+
+// A name or a value may fill a document; a sentence shows as much of it as one can read.
+std::vector<std::string> Inserts(const std::vector<std::string>& parts) {
+  std::vector<std::string> inserts;
+  inserts.reserve(parts.size());
+  for (const std::string& part : parts) {
+    inserts.push_back(svmscore::Shortened(part, svmscore::kLongestInsert));
+  }
+  return inserts;
+}
+
+std::string ShownPlace(const std::string& place) {
+  if (place.empty()) return {};
+  return " (" + svmscore::Shortened(place, svmscore::kLongestInsert) + ")";
+}
+
+}  // namespace
+
+SSException::SSException(ScoreContext::IErrorFormater* formater) : formater_(formater) {}
+SSException::SSException(const SSException&) = default;
+SSException& SSException::operator=(const SSException&) = default;
+SSException::~SSException() = default;
+
+void SSException::SetMessage(int code, std::vector<std::string> parts) {
+  code_ = code;
+  parts_ = std::move(parts);
+  place_.clear();
+  if (formater_ != nullptr) {
+    text_ = formater_->Sentence(code_, Inserts(parts_));
+    return;
+  }
+  text_ = std::to_string(code_);
+  for (const std::string& part : parts_) text_ += ' ' + part;
+}
+
+void SSException::SetPlace(std::string place) {
+  text_.resize(text_.size() - ShownPlace(place_).size());
+  element_ = nullptr;
+  place_ = std::move(place);
+  text_ += ShownPlace(place_);
+}
+
+std::string SSException::GetRemedy() const {
+  return formater_ == nullptr ? std::string() : formater_->Remedy(code_, Inserts(parts_));
+}
+
+}  // namespace MCZandor_850

@@ -1,0 +1,91 @@
+// The exception in which reading a document fails, and the sentences behind its codes.
+#ifndef HOST_MODEL_SS_EXCEPTION_H_
+#define HOST_MODEL_SS_EXCEPTION_H_
+
+#include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <xercesc/util/XercesDefs.hpp>
+
+#include "host/text/api.h"
+
+namespace XERCES_CPP_NAMESPACE {
+class DOMElement;
+}
+
+namespace MCZandor_850 {
+
+namespace ScoreContext {
+
+// Turns a code and its message parts into text.
+class SVMSCORE_HOST_API IErrorFormater {
+ public:
+  virtual ~IErrorFormater();
+  // What is wrong: one sentence with the parts filled in, no code, no line end.
+  virtual std::string Sentence(int code, const std::vector<std::string>& parts) const = 0;
+  // What to do about it: one sentence; empty for an unknown code.
+  virtual std::string Remedy(int code, const std::vector<std::string>& parts) const = 0;
+};
+
+}  // namespace ScoreContext
+
+// The host's message catalogue. Lives as long as the process.
+extern SVMSCORE_HOST_API ScoreContext::IErrorFormater* gErrorFormater;
+
+class SVMSCORE_HOST_API SSException : public std::exception {
+ public:
+  // `formater` must outlive the exception and its copies; null writes the bare code and parts.
+  explicit SSException(ScoreContext::IErrorFormater* formater);
+  SSException(const SSException& other);
+  SSException& operator=(const SSException& other);
+  ~SSException() override;
+
+  // The parts are texts: names of elements and attributes, an offending value, counts.
+  template <typename... Parts>
+  void PutErrorMessage(int code, const Parts&... parts) {
+    SetMessage(code, {std::string(parts)...});
+  }
+
+  int GetErrorCode() const { return code_; }
+  const std::vector<std::string>& GetMessageParts() const { return parts_; }
+  std::string GetRemedy() const;
+  // The sentence, and the place where one was set.
+  const char* what() const noexcept override { return text_.c_str(); }
+
+  // The element at fault, while its document lives. Null where it is not known.
+  void SetElement(const XERCES_CPP_NAMESPACE::DOMElement* element) { element_ = element; }
+  const XERCES_CPP_NAMESPACE::DOMElement* GetElement() const { return element_; }
+  // The place in words, for example: element MiningField, line 12. Forgets the element.
+  void SetPlace(std::string place);
+  const std::string& GetPlace() const { return place_; }
+
+ private:
+  void SetMessage(int code, std::vector<std::string> parts);
+
+  ScoreContext::IErrorFormater* formater_;
+  int code_ = 0;
+  std::vector<std::string> parts_;
+  const XERCES_CPP_NAMESPACE::DOMElement* element_ = nullptr;
+  std::string place_;
+  std::string text_;
+};
+
+}  // namespace MCZandor_850
+
+namespace svmscore {
+
+// Throws an SSException of `code` at `element` (null where there is no place).
+template <typename... Parts>
+[[noreturn]] void ThrowAt(const XERCES_CPP_NAMESPACE::DOMElement* element, int code,
+                          const Parts&... parts) {
+  MCZandor_850::SSException error(MCZandor_850::gErrorFormater);
+  error.PutErrorMessage(code, parts...);
+  error.SetElement(element);
+  throw error;
+}
+
+}  // namespace svmscore
+
+#endif  // HOST_MODEL_SS_EXCEPTION_H_

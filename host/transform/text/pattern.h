@@ -1,0 +1,59 @@
+// Perl-compatible regular expressions over UTF-8.
+#ifndef HOST_TRANSFORM_TEXT_PATTERN_H_
+#define HOST_TRANSFORM_TEXT_PATTERN_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/transform/text/work.h"
+
+namespace svmscore::transform {
+
+// Immutable; any number of threads. A search spends work, so that no text keeps a thread for long:
+// when there is none left, and for texts that are not UTF-8, there is no answer.
+class Pattern {
+ public:
+  // Null where the text is no pattern; `error`, where given, then says why.
+  static std::unique_ptr<Pattern> Compile(std::string_view text, bool ignore_case,
+                                          std::string* error);
+  ~Pattern();
+  Pattern(const Pattern&) = delete;
+  Pattern& operator=(const Pattern&) = delete;
+
+  // True where some part of the text matches.
+  std::optional<bool> Matches(std::string_view text, Work& work) const;
+
+  // The matches of at least one character, from left to right, none reaching into another.
+  struct Match {
+    std::size_t begin;
+    std::size_t end;
+  };
+  std::optional<std::vector<Match>> FindAll(std::string_view text, Work& work) const;
+  // Every match replaced: $1 to $9 stand for groups, $$ for a dollar sign.
+  std::optional<std::string> Replace(std::string_view text, std::string_view replacement,
+                                     Work& work) const;
+  // Every match replaced by the text as it stands.
+  std::optional<std::string> ReplaceLiteral(std::string_view text, std::string_view replacement,
+                                            Work& work) const;
+
+  // False where a dollar sign of the replacement stands before neither a digit nor another one.
+  static bool IsReplacement(std::string_view replacement);
+
+ private:
+  struct Code;
+  class Search;
+  explicit Pattern(std::unique_ptr<Code> code);
+  std::optional<std::string> Substitute(std::string_view text, std::string_view replacement,
+                                        std::uint32_t options, Work& work) const;
+
+  std::unique_ptr<Code> code_;
+};
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_TEXT_PATTERN_H_

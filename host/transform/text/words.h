@@ -1,0 +1,63 @@
+// Texts as words, and how far words are from each other.
+#ifndef HOST_TRANSFORM_TEXT_WORDS_H_
+#define HOST_TRANSFORM_TEXT_WORDS_H_
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/transform/text/pattern.h"
+#include "host/transform/text/work.h"
+#include "host/xml/attributes.h"
+
+namespace svmscore::transform {
+
+// A word, and where it stands in its text. Punctuation around it does not belong to it.
+struct Word {
+  std::u32string text;  // in lower case where case does not matter
+  std::size_t begin;    // bytes
+  std::size_t end;
+};
+using Words = std::vector<Word>;
+
+// The number of insertions, deletions and replacements of characters that make one word the other;
+// any number above `most` stands for more than that. Nothing where the work is spent.
+std::optional<int> EditDistance(std::u32string_view left, std::u32string_view right, int most,
+                                Work& work);
+
+// The edits that make the words of `text` from `at` on those of `term`; more than `most` where it
+// takes more, and nothing where the work is spent. REQUIRES: text holds that many words.
+std::optional<int> EditsAt(const Words& text, std::size_t at, const Words& term, int most,
+                           Work& work);
+
+// How often the term stands in the text word by word; occurrences may reach into each other.
+// Nothing where the work is spent. REQUIRES: the term is not empty.
+std::optional<std::size_t> Occurrences(const Words& text, const Words& term, Work& work);
+
+// How a text is taken apart and compared: the attributes that TextIndex and its normalisation steps
+// share.
+class WordRules {
+ public:
+  explicit WordRules(const Element* element) : WordRules(element, nullptr) {}
+  // What the element does not say is as in `inherited`.
+  WordRules(const Element* element, const WordRules* inherited);
+
+  // Nothing where the text is not UTF-8 or the work is spent.
+  std::optional<Words> Split(std::string_view text, Work& work) const;
+  int MostEdits() const { return most_edits_; }
+  bool IgnoresCase() const { return !case_sensitive_; }
+
+ private:
+  void AddWord(std::string_view text, std::size_t begin, std::size_t end, Words& words) const;
+
+  bool case_sensitive_ = false;
+  int most_edits_ = 0;
+  std::shared_ptr<const Pattern> separator_;
+};
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_TEXT_WORDS_H_

@@ -1,0 +1,28 @@
+// What the search of a text may cost.
+#ifndef HOST_TRANSFORM_TEXT_WORK_H_
+#define HOST_TRANSFORM_TEXT_WORK_H_
+
+#include <cstddef>
+
+namespace svmscore::transform {
+
+// The work that one expression may do on a case, counted and not timed: what is too much is so on
+// every machine. A unit is about a nanosecond, such as the look at one character; the expression
+// whose work is spent has no answer.
+class Work {
+ public:
+  // False where more is asked for than is left; then nothing is left.
+  bool Spend(std::size_t units) {
+    const bool enough = units <= left_;
+    left_ = enough ? left_ - units : 0;
+    return enough;
+  }
+  std::size_t Left() const { return left_; }
+
+ private:
+  std::size_t left_ = 500000000;
+};
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_TEXT_WORK_H_

@@ -1,0 +1,117 @@
+#include "host/transform/transformation_dictionary.h"
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <utility>
+
+#include "host/transform/program.h"
+
+namespace MCZandor_850 {
+
+using svmscore::transform::Program;
+using svmscore::transform::Scratch;
+
+TransformVar::TransformVar(std::string name, svmscore::OpType op_type, svmscore::FieldType type,
+                           std::string source)
+    : ScoreDictVar(std::move(name), op_type, type), source_(std::move(source)) {
+  MarkDerived();
+}
+
+TransformVar::~TransformVar() = default;
+
+void TransformVar::AddEncodedValue(std::unique_ptr<ScoreValue> value) {
+  encoded_.push_back(std::move(value));
+  encoded_views_.push_back(encoded_.back().get());
+}
+
+// Scratch records that no case uses at present. Each thread looks first where its own identity
+// points, so that threads seldom meet, and no lock is taken.
+class TransformationDictionary::Store {
+ public:
+  ~Store() {
+    for (Place& place : places_) delete place.scratch.load();
+  }
+
+  // Null where none is found.
+  std::unique_ptr<Scratch> Take() {
+    for (std::size_t i = 0; i < kTries; ++i) {
+      std::atomic<Scratch*>& scratch = places_[(Home() + i) % kPlaces].scratch;
+      if (scratch.load(std::memory_order_relaxed) == nullptr) continue;
+      if (Scratch* taken = scratch.exchange(nullptr, std::memory_order_acq_rel)) {
+        return std::unique_ptr<Scratch>(taken);
+      }
+    }
+    return nullptr;
+  }
+
+  void GiveBack(std::unique_ptr<Scratch> returned) {
+    for (std::size_t i = 0; i < kTries; ++i) {
+      Scratch* empty = nullptr;
+      if (places_[(Home() + i) % kPlaces].scratch.compare_exchange_strong(
+              empty, returned.get(), std::memory_order_acq_rel, std::memory_order_relaxed)) {
+        static_cast<void>(returned.release());
+        return;
+      }
+    }
+  }
+
+ private:
+  static constexpr std::size_t kPlaces = 64;
+  static constexpr std::size_t kTries = 8;
+  struct alignas(64) Place {
+    std::atomic<Scratch*> scratch{nullptr};
+  };
+
+  static std::size_t Home() { return std::hash<std::thread::id>()(std::this_thread::get_id()); }
+
+  std::array<Place, kPlaces> places_;
+};
+
+DerivedCaseRecord::DerivedCaseRecord(const TransformationDictionary& owner,
+                                     std::unique_ptr<Scratch> scratch)
+    : owner_(owner), scratch_(std::move(scratch)) {}
+
+DerivedCaseRecord::~DerivedCaseRecord() {
+  owner_.store_->GiveBack(std::move(scratch_));
+}
+
+int DerivedCaseRecord::GetPosition(const std::string& name) const {
+  const ScoreDictVar* var = owner_.FindVar(name);
+  return var == nullptr ? -1 : var->GetCasePosition();
+}
+
+const ScoreValue* DerivedCaseRecord::GetValue(int position) const {
+  const auto index = static_cast<std::size_t>(position);
+  const bool known = position >= 0 && index < owner_.program_->DerivedCount();
+  return known ? scratch_->Result(index) : nullptr;
+}
+
+const ScoreValue* DerivedCaseRecord::GetValue(const std::string& name) const {
+  return GetValue(GetPosition(name));
+}
+
+TransformationDictionary::TransformationDictionary(std::unique_ptr<Program> program)
+    : program_(std::move(program)), store_(std::make_unique<Store>()) {}
+
+TransformationDictionary::~TransformationDictionary() = default;
+
+TransformVar* TransformationDictionary::FindDerived(const std::string& name) const {
+  return dynamic_cast<TransformVar*>(FindVar(name));
+}
+
+void TransformationDictionary::SetUpDerivedCaseRecord() {
+  int position = 0;
+  for (ScoreDictVar* var : GetVariables()) var->SetCasePosition(position++);
+}
+
+std::unique_ptr<DerivedCaseRecord> TransformationDictionary::GetValuesForDerivedVars(
+    const ScoreCaseRecord* record, const ScoreDictionary*) const {
+  std::unique_ptr<Scratch> scratch = store_->Take();
+  if (scratch == nullptr) scratch = std::make_unique<Scratch>(*program_);
+  if (record != nullptr) program_->Evaluate(*record, *scratch);
+  return std::make_unique<DerivedCaseRecord>(*this, std::move(scratch));
+}
+
+}  // namespace MCZandor_850

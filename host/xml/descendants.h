@@ -1,0 +1,38 @@
+// The descendants of an element that have one name.
+#ifndef HOST_XML_DESCENDANTS_H_
+#define HOST_XML_DESCENDANTS_H_
+
+#include <cstddef>
+
+#include <xercesc/dom/DOM.hpp>
+
+namespace svmscore {
+
+// In document order, without the element itself. Valid while the tree stays as it is. Asked for
+// rising positions it goes on from where it stood. One thread, as its document.
+//
+// Unlike the lists of the parser's library it lies in the document's memory and nowhere else, and
+// so is not lost where memory runs out.
+class Descendants : public xercesc::DOMNodeList {
+ public:
+  // Belongs to the document of `root`. Throws xercesc::OutOfMemoryException.
+  static Descendants* Of(const xercesc::DOMElement* root, const XMLCh* name);
+
+  // Null beyond the end.
+  xercesc::DOMNode* item(XMLSize_t index) const override;
+  XMLSize_t getLength() const override;
+
+ private:
+  Descendants(const xercesc::DOMNode* root, const XMLCh* name) : root_(root), name_(name) {}
+  // The next one after `node`, which is the root or one inside it; null at the end.
+  const xercesc::DOMNode* After(const xercesc::DOMNode* node) const;
+
+  const xercesc::DOMNode* root_;
+  const XMLCh* name_;  // the document's
+  mutable const xercesc::DOMNode* at_ = nullptr;
+  mutable XMLSize_t position_ = 0;  // of `at_`
+};
+
+}  // namespace svmscore
+
+#endif  // HOST_XML_DESCENDANTS_H_

@@ -1,0 +1,283 @@
+#include "host/xml/document.h"
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <istream>
+#include <new>
+#include <unordered_map>
+#include <vector>
+
+#include <fmt/format.h>
+#include <xercesc/framework/MemBufInputSource.hpp>
+#include <xercesc/util/BinInputStream.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PanicHandler.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "host/model/message_codes.h"
+#include "host/xml/document_memory.h"
+#include "host/xml/document_parser.h"
+#include "host/xml/raw_scan.h"
+#include "host/xml/transcoder.h"
+
+namespace svmscore {
+namespace {
+
+using MCZandor_850::SSException;
+using xercesc::DOMElement;
+using xercesc::DOMNode;
+
+// What the parser calls a document that it reads; places are told by line and column.
+constexpr const XMLCh* kSystemId = u"document";
+
+void CheckScan(const Limits& limits, const RawScan& scan) {
+  if (scan.Found() == RawScan::Problem::kNone) return;
+  SSException error(MCZandor_850::gErrorFormater);
+  if (scan.Found() == RawScan::Problem::kControl) {
+    error.PutErrorMessage(
+        code::kNotWellFormed,
+        "a control character as NUL; is it XML in the encoding that it declares?");
+  } else if (scan.Found() == RawScan::Problem::kEncoding) {
+    error.PutErrorMessage(code::kNotWellFormed, scan.EncodingProblem());
+  } else {
+    error =
+        BeyondLimit(limits, scan.Found() == RawScan::Problem::kAttributes ? &Limits::attributes
+                                                                          : &Limits::declarations);
+  }
+  error.SetPlace(fmt::format("line {}", scan.Line()));
+  throw error;
+}
+
+// After all was read.
+void CheckEnd(const RawScan& scan) {
+  if (!scan.EndsInsideCharacter()) return;
+  SSException error(MCZandor_850::gErrorFormater);
+  error.PutErrorMessage(code::kNotWellFormed, "it ends inside a character");
+  error.SetPlace(fmt::format("line {}", scan.Line()));
+  throw error;
+}
+
+// A stream as the parser reads it, up to a limit. Fails by ending, for the parser does not clean up
+// after an exception of its source; the reason is thrown by Check.
+class StreamSource : public xercesc::InputSource {
+ public:
+  StreamSource(std::istream& stream, const std::string& name, const Limits& limits,
+               xercesc::MemoryManager* memory)
+      : InputSource(kSystemId, memory),
+        stream_(stream),
+        name_(name),
+        limits_(limits),
+        scan_(limits) {}
+
+  xercesc::BinInputStream* makeStream() const override {
+    return new (getMemoryManager()) Bytes(*this);
+  }
+  const std::uint64_t& BytesRead() const { return read_; }
+
+  void Check() const {
+    if (failed_) std::rethrow_exception(failed_);
+    if (read_ > limits_.document_size) throw BeyondLimit(limits_, &Limits::document_size);
+    CheckScan(limits_, scan_);
+    if (!stream_.bad()) return;
+    ThrowAt(nullptr, code::kFileUnreadable, name_,
+            error_ == 0 ? "the stream failed" : std::strerror(error_));
+  }
+  const RawScan& Scan() const { return scan_; }
+
+ private:
+  class Bytes : public xercesc::BinInputStream {
+   public:
+    explicit Bytes(const StreamSource& source) : source_(source) {}
+    XMLFilePos curPos() const override { return source_.read_; }
+    const XMLCh* getContentType() const override { return nullptr; }
+    XMLSize_t readBytes(XMLByte* to, XMLSize_t most) override { return source_.Read(to, most); }
+
+   private:
+    const StreamSource& source_;
+  };
+
+  XMLSize_t Read(XMLByte* to, XMLSize_t most) const {
+    errno = 0;
+    stream_.read(reinterpret_cast<char*>(to), static_cast<std::streamsize>(most));
+    if (stream_.bad()) error_ = errno;
+    const auto count = static_cast<XMLSize_t>(stream_.gcount());
+    read_ += count;
+    try {
+      scan_.Read(to, count);
+    } catch (...) {
+      failed_ = std::current_exception();
+      return 0;
+    }
+    const bool refused = read_ > limits_.document_size || scan_.Found() != RawScan::Problem::kNone;
+    return refused ? 0 : count;
+  }
+
+  std::istream& stream_;
+  const std::string& name_;
+  const Limits& limits_;
+  mutable std::uint64_t read_ = 0;
+  mutable RawScan scan_;
+  mutable int error_ = 0;
+  mutable std::exception_ptr failed_;
+};
+
+// The library's own handler ends the process.
+class PanicThrower : public xercesc::PanicHandler {
+ public:
+  void panic(const PanicReasons) override { throw std::bad_alloc(); }
+};
+
+DOMNode* NextInDocument(DOMNode* node, DOMNode* root) {
+  if (DOMNode* child = node->getFirstChild()) return child;
+  while (node != root) {
+    if (DOMNode* next = node->getNextSibling()) return next;
+    node = node->getParentNode();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void StartXerces() {
+  // What a failed start leaves half made cannot be started again.
+  static const bool started = [] {
+    try {
+      static PanicThrower panic;
+      xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                            &panic);
+      return true;
+    } catch (...) {
+      return false;
+    }
+  }();
+  if (!started) throw std::bad_alloc();
+}
+
+struct PmmlDocument::Parsed {
+  DocumentMemory memory;
+  std::string name;
+  Limits limits;
+  xercesc::DOMDocument* dom = nullptr;
+  std::vector<XMLFileLoc> lines;
+  std::unordered_map<const DOMElement*, long> line_of;
+  bool fixed = false;
+
+  Parsed(std::string of_name, const Limits& of_limits)
+      : name(std::move(of_name)), limits(of_limits) {}
+  ~Parsed() {
+    if (dom == nullptr) return;
+    DetachLimits(dom);
+    dom->release();
+  }
+  Parsed(const Parsed&) = delete;
+  Parsed& operator=(const Parsed&) = delete;
+
+  void Take(DocumentParser& parser) {
+    dom = parser.TakeDocument();
+    lines = parser.TakeLines();
+    AttachLimits(dom, limits);
+  }
+};
+
+PmmlDocument::PmmlDocument(std::unique_ptr<Parsed> parsed) : parsed_(std::move(parsed)) {}
+PmmlDocument::~PmmlDocument() = default;
+PmmlDocument::PmmlDocument(PmmlDocument&&) noexcept = default;
+PmmlDocument& PmmlDocument::operator=(PmmlDocument&&) noexcept = default;
+
+PmmlDocument PmmlDocument::FromFile(const std::string& path, const Limits& limits) {
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file) ThrowAt(nullptr, code::kFileUnreadable, path, std::strerror(errno));
+  std::error_code unknown;
+  const std::uintmax_t size = std::filesystem::file_size(path, unknown);
+  if (!unknown && size > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
+  return FromStream(file, path, limits);
+}
+
+PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& name,
+                                      const Limits& limits) try {
+  StartXerces();
+  auto parsed = std::make_unique<Parsed>(name, limits);
+  const StreamSource source(stream, name, limits, &parsed->memory);
+  DocumentParser parser(&parsed->memory, parsed->limits, source.BytesRead());
+  try {
+    parser.Parse(source);
+  } catch (const SSException&) {
+    source.Check();
+    throw;
+  }
+  source.Check();
+  CheckEnd(source.Scan());
+  parsed->Take(parser);
+  return PmmlDocument(std::move(parsed));
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();  // the parser's own exception is none of the standard's
+}
+
+PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name,
+                                    const Limits& limits) try {
+  StartXerces();
+  if (text.size() > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
+  RawScan scan(limits);
+  scan.Read(text.data(), text.size());
+  CheckScan(limits, scan);
+  auto parsed = std::make_unique<Parsed>(name, limits);
+  const std::uint64_t size = text.size();
+  DocumentParser parser(&parsed->memory, parsed->limits, size);
+  parser.Parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(text.data()),
+                                          text.size(), kSystemId, false, &parsed->memory));
+  CheckEnd(scan);
+  parsed->Take(parser);
+  return PmmlDocument(std::move(parsed));
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();  // the parser's own exception is none of the standard's
+}
+
+xercesc::DOMDocument* PmmlDocument::Dom() const {
+  return parsed_->dom;
+}
+const std::string& PmmlDocument::Name() const {
+  return parsed_->name;
+}
+
+void PmmlDocument::FixLines() const {
+  if (parsed_->fixed) return;
+  parsed_->fixed = true;
+  DOMElement* root = parsed_->dom->getDocumentElement();
+  std::size_t index = 0;
+  for (DOMNode* node = root; node != nullptr; node = NextInDocument(node, root)) {
+    if (node->getNodeType() != DOMNode::ELEMENT_NODE) continue;
+    if (index >= parsed_->lines.size()) break;
+    parsed_->line_of.emplace(static_cast<DOMElement*>(node),
+                             static_cast<long>(parsed_->lines[index++]));
+  }
+  parsed_->lines = {};
+}
+
+long PmmlDocument::LineOf(const DOMElement* element) const {
+  FixLines();
+  const auto found = parsed_->line_of.find(element);
+  return found == parsed_->line_of.end() ? 0 : found->second;
+}
+
+void PmmlDocument::Locate(SSException& error) const {
+  const DOMElement* element = error.GetElement();
+  if (element == nullptr) return;
+  // An element that was made while the document was read stands for the one around it.
+  const DOMNode* node = element;
+  long line = 0;
+  while (node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE) {
+    line = LineOf(static_cast<const DOMElement*>(node));
+    if (line != 0) break;
+    node = node->getParentNode();
+  }
+  std::string place = "element " + ToUtf8(element->getNodeName());
+  if (line != 0) place += fmt::format(", line {}", line);
+  error.SetPlace(place);
+}
+
+}  // namespace svmscore

@@ -1,0 +1,229 @@
+#include "host/xml/document_parser.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include <fmt/format.h>
+#include <xercesc/framework/XMLErrorCodes.hpp>
+#include <xercesc/framework/XMLNotationDecl.hpp>
+#include <xercesc/internal/XMLScanner.hpp>
+#include <xercesc/util/XMLResourceIdentifier.hpp>
+#include <xercesc/util/XMLUni.hpp>
+#include <xercesc/validators/DTD/DTDEntityDecl.hpp>
+
+#include "host/model/message_codes.h"
+#include "host/xml/raw_scan.h"
+#include "host/xml/transcoder.h"
+
+namespace svmscore {
+namespace {
+
+using MCZandor_850::SSException;
+using WideView = std::basic_string_view<XMLCh>;
+
+// What an expansion counts at least, and a default besides its text, in UTF-16 units.
+constexpr std::uint64_t kLeastExpansion = 250;
+constexpr std::uint64_t kDefault = 500;
+
+[[noreturn]] void RefuseAt(int code, const std::string& what, const std::string& place) {
+  SSException error(MCZandor_850::gErrorFormater);
+  error.PutErrorMessage(code, what, "DOCTYPE");
+  error.SetPlace(place);
+  throw error;
+}
+
+}  // namespace
+
+xercesc::InputSource* NoEntities::resolveEntity(xercesc::XMLResourceIdentifier* resource) {
+  const XMLCh* id = resource->getSystemId();
+  ThrowAt(nullptr, code::kExternalEntity, id == nullptr ? std::string("?") : ToUtf8(id));
+}
+
+DocumentParser::DocumentParser(xercesc::MemoryManager* memory, const Limits& limits,
+                               const std::uint64_t& bytes_read)
+    : XercesDOMParser(nullptr, memory), limits_(limits), bytes_read_(bytes_read) {
+  setValidationScheme(Val_Never);
+  setDoNamespaces(true);
+  setDoSchema(false);
+  setDoXInclude(false);
+  setLoadExternalDTD(false);
+  setLoadSchema(false);
+  setSkipDTDValidation(true);
+  setCreateEntityReferenceNodes(false);
+  setCreateCommentNodes(false);
+  setDisableDefaultEntityResolution(true);
+  setXMLEntityResolver(&resolver_);
+  getScanner()->setErrorReporter(this);
+}
+
+void DocumentParser::Parse(const xercesc::InputSource& source) {
+  try {
+    parse(source);
+  } catch (const xercesc::XMLException& failure) {
+    ThrowAt(nullptr, code::kNotWellFormed, ToUtf8(failure.getMessage()));
+  } catch (const xercesc::DOMException& failure) {
+    ThrowAt(nullptr, code::kNotWellFormed, ToUtf8(failure.getMessage()));
+  }
+}
+
+void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
+                                  const unsigned int url, const XMLCh* const prefix,
+                                  const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                                  const XMLSize_t count, const bool empty, const bool root) {
+  const XMLCh* name = declaration.getBaseName();
+  if (++depth_ > limits_.element_depth) RefuseBeyond(&Limits::element_depth, name);
+  if (declaration.getId() > limits_.element_names) RefuseBeyond(&Limits::element_names, name);
+  names_.Open(attributes, count);
+  if (names_.AttributeNames() > limits_.attribute_names) {
+    RefuseBeyond(&Limits::attribute_names, name);
+  }
+  if (names_.Namespaces() > limits_.namespaces) RefuseBeyond(&Limits::namespaces, name);
+  for (XMLSize_t i = 0; i < count; ++i) {
+    const std::size_t length = WideView(attributes.elementAt(i)->getValue()).size();
+    if (length > limits_.attribute_length) RefuseBeyond(&Limits::attribute_length, name);
+    // An attribute by default takes memory also where it is empty.
+    Deliver(length + (attributes.elementAt(i)->getSpecified() ? 0 : kDefault));
+  }
+  CheckElement(name);
+  XercesDOMParser::startElement(declaration, url, prefix, attributes, count, empty, root);
+  lines_.push_back(getScanner()->getLocator()->getLineNumber());
+}
+
+void DocumentParser::endElement(const xercesc::XMLElementDecl& declaration, const unsigned int url,
+                                const bool root, const XMLCh* const prefix) {
+  --depth_;
+  names_.Close();
+  XercesDOMParser::endElement(declaration, url, root, prefix);
+}
+
+void DocumentParser::docCharacters(const XMLCh* const text, const XMLSize_t length,
+                                   const bool cdata) {
+  Deliver(length);
+  XercesDOMParser::docCharacters(text, length, cdata);
+}
+
+void DocumentParser::doctypeDecl(const xercesc::DTDElementDecl& declaration,
+                                 const XMLCh* const public_id, const XMLCh* const system_id,
+                                 const bool has_internal, const bool has_external) {
+  has_doctype_ = true;
+  // An entity that is declared nowhere might be declared in what is not read. The parser would
+  // leave it out without a word then; so that it does not, nothing more is taken to exist.
+  getScanner()->setHasNoDTD(true);
+  XercesDOMParser::doctypeDecl(declaration, public_id, system_id, has_internal, has_external);
+}
+
+// The parser expands parameter entities without counting, so there are none.
+void DocumentParser::entityDecl(const xercesc::DTDEntityDecl& entity, const bool is_parameter,
+                                const bool is_ignored) {
+  CountDeclaration();
+  if (is_parameter) {
+    const std::string place = fmt::format("line {}", getScanner()->getLocator()->getLineNumber());
+    if (entity.isExternal() && entity.getSystemId() != nullptr) {
+      RefuseAt(code::kExternalEntity, ToUtf8(entity.getSystemId()), place);
+    }
+    RefuseAt(code::kUnsupported, "the parameter entity " + ToUtf8(entity.getName()), place);
+  }
+  has_entities_ = true;
+  // An entity's text may spell markup that the document's own bytes do not show.
+  RawScan scan(limits_);
+  scan.Read(entity.getValue(), entity.getValueLen());
+  if (scan.Found() == RawScan::Problem::kAttributes) RefuseBeyond(&Limits::attributes);
+  if (scan.Found() == RawScan::Problem::kDeclarations) RefuseBeyond(&Limits::declarations);
+  longest_entity_ = std::max<std::uint64_t>(longest_entity_, entity.getValueLen());
+  XercesDOMParser::entityDecl(entity, is_parameter, is_ignored);
+}
+
+void DocumentParser::elementDecl(const xercesc::DTDElementDecl& element, const bool is_ignored) {
+  CountDeclaration();
+  XercesDOMParser::elementDecl(element, is_ignored);
+}
+
+void DocumentParser::notationDecl(const xercesc::XMLNotationDecl& notation, const bool is_ignored) {
+  CountDeclaration();
+  XercesDOMParser::notationDecl(notation, is_ignored);
+}
+
+void DocumentParser::attDef(const xercesc::DTDElementDecl& element,
+                            const xercesc::DTDAttDef& attribute, const bool ignoring) {
+  if (++declared_attributes_ > limits_.attributes) RefuseBeyond(&Limits::attributes);
+  XercesDOMParser::attDef(element, attribute, ignoring);
+}
+
+// Entities in the default of an attribute would be expanded without being counted.
+void DocumentParser::startAttList(const xercesc::DTDElementDecl& declaration) {
+  if (has_entities_) {
+    RefuseAt(code::kUnsupported, "a declaration of attributes after one of an entity",
+             fmt::format("line {}", getScanner()->getLocator()->getLineNumber()));
+  }
+  CountDeclaration();
+  XercesDOMParser::startAttList(declaration);
+}
+
+// An attribute is seen only when its entities are expanded. What an expansion adds by itself is at
+// most the longest entity's text, so bounding their number bounds the whole. An empty one takes as
+// much time as some text does.
+void DocumentParser::endIntSubset() {
+  const std::uint64_t each = std::max(longest_entity_, kLeastExpansion);
+  expansions_.setEntityExpansionLimit(static_cast<XMLSize_t>(limits_.entity_expansion / each));
+  getScanner()->setSecurityManager(&expansions_);
+  XercesDOMParser::endIntSubset();
+}
+
+void DocumentParser::error(const unsigned int number, const XMLCh* const domain,
+                           const ErrTypes type, const XMLCh* const text, const XMLCh* const,
+                           const XMLCh* const, const XMLFileLoc line, const XMLFileLoc column) {
+  if (type == ErrType_Warning) return;
+  if (number == xercesc::XMLErrs::EntityExpansionLimitExceeded &&
+      WideView(domain) == xercesc::XMLUni::fgXMLErrDomain) {
+    RefuseBeyond(&Limits::entity_expansion);
+  }
+  SSException error(MCZandor_850::gErrorFormater);
+  error.PutErrorMessage(code::kNotWellFormed, ToUtf8(text));
+  error.SetPlace(fmt::format("line {}, column {}", line, column));
+  throw error;
+}
+
+void DocumentParser::CheckElement(const XMLCh* name) {
+  Deliver(WideView(name).size());
+  switch (name[0]) {
+    case u'V':
+      if (WideView(name) == u"VectorInstance" && ++vectors_ > limits_.vectors) {
+        RefuseBeyond(&Limits::vectors, name);
+      }
+      break;
+    case u'I':
+      if (WideView(name) == u"InlineTable") rows_ = 0;
+      break;
+    case u'r':
+      if (WideView(name) == u"row" && ++rows_ > limits_.table_rows) {
+        RefuseBeyond(&Limits::table_rows, name);
+      }
+      break;
+    default:
+      break;
+  }
+}
+
+void DocumentParser::CountDeclaration() {
+  if (++declarations_ > limits_.declarations) RefuseBeyond(&Limits::declarations);
+}
+
+// Every character of the document takes at least a byte of it: what is more comes from entities and
+// from the defaults of attributes, which only a DOCTYPE declares.
+void DocumentParser::Deliver(XMLSize_t length) {
+  delivered_ += length;
+  if (has_doctype_ && delivered_ > bytes_read_ &&
+      delivered_ - bytes_read_ > limits_.entity_expansion) {
+    RefuseBeyond(&Limits::entity_expansion);
+  }
+}
+
+void DocumentParser::RefuseBeyond(Limit limit, const XMLCh* element) const {
+  SSException error = BeyondLimit(limits_, limit);
+  const auto line = getScanner()->getLocator()->getLineNumber();
+  error.SetPlace(element == nullptr ? fmt::format("line {}", line)
+                                    : fmt::format("element {}, line {}", ToUtf8(element), line));
+  throw error;
+}
+
+}  // namespace svmscore

@@ -1,0 +1,89 @@
+// The parser behind PmmlDocument: closed against everything outside, and held to limits.
+#ifndef HOST_XML_DOCUMENT_PARSER_H_
+#define HOST_XML_DOCUMENT_PARSER_H_
+
+#include <cstdint>
+#include <vector>
+
+#include <xercesc/parsers/XercesDOMParser.hpp>
+#include <xercesc/sax/InputSource.hpp>
+#include <xercesc/util/SecurityManager.hpp>
+#include <xercesc/util/XMLEntityResolver.hpp>
+
+#include "host/xml/limits.h"
+#include "host/xml/name_count.h"
+
+namespace svmscore {
+
+// Nothing outside the document is ever opened.
+class NoEntities : public xercesc::XMLEntityResolver {
+ public:
+  xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
+};
+
+// Parses one document. Limits are looked at while it is read, so that what exceeds one is refused
+// before it takes memory.
+class DocumentParser : private xercesc::XercesDOMParser {
+ public:
+  // The document lives in `memory`. `bytes_read` says how much of it was read so far. All outlive
+  // the parser.
+  DocumentParser(xercesc::MemoryManager* memory, const Limits& limits,
+                 const std::uint64_t& bytes_read);
+
+  // Throws SSException, its place in words.
+  void Parse(const xercesc::InputSource& source);
+
+  // After Parse: the document, which the caller owns, and the lines of its elements in document
+  // order.
+  xercesc::DOMDocument* TakeDocument() { return adoptDocument(); }
+  std::vector<XMLFileLoc> TakeLines() { return std::move(lines_); }
+
+ protected:
+  void startElement(const xercesc::XMLElementDecl& declaration, unsigned int url,
+                    const XMLCh* prefix, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                    XMLSize_t count, bool empty, bool root) override;
+  void endElement(const xercesc::XMLElementDecl& declaration, unsigned int url, bool root,
+                  const XMLCh* prefix) override;
+  void docCharacters(const XMLCh* text, XMLSize_t length, bool cdata) override;
+  void doctypeDecl(const xercesc::DTDElementDecl& declaration, const XMLCh* public_id,
+                   const XMLCh* system_id, bool has_internal, bool has_external) override;
+  void entityDecl(const xercesc::DTDEntityDecl& entity, bool is_parameter,
+                  bool is_ignored) override;
+  void elementDecl(const xercesc::DTDElementDecl& element, bool is_ignored) override;
+  void notationDecl(const xercesc::XMLNotationDecl& notation, bool is_ignored) override;
+  void attDef(const xercesc::DTDElementDecl& element, const xercesc::DTDAttDef& attribute,
+              bool ignoring) override;
+  void startAttList(const xercesc::DTDElementDecl& declaration) override;
+  void endIntSubset() override;
+  void error(unsigned int number, const XMLCh* domain, ErrTypes type, const XMLCh* text,
+             const XMLCh* system_id, const XMLCh* public_id, XMLFileLoc line,
+             XMLFileLoc column) override;
+
+ private:
+  void CheckElement(const XMLCh* name);
+  void CountDeclaration();
+  // Counts what of the document's text is handed out.
+  void Deliver(XMLSize_t length);
+  // Throws, with the line that is read now and, where it has one, the element's name.
+  [[noreturn]] void RefuseBeyond(Limit limit, const XMLCh* element = nullptr) const;
+
+  const Limits& limits_;
+  const std::uint64_t& bytes_read_;
+  NoEntities resolver_;
+  xercesc::SecurityManager expansions_;
+  std::vector<XMLFileLoc> lines_;
+  NameCount names_;
+  std::uint64_t depth_ = 0;
+  std::uint64_t vectors_ = 0;
+  std::uint64_t declarations_ = 0;
+  std::uint64_t declared_attributes_ = 0;
+  std::uint64_t rows_ = 0;  // of the table at hand
+  std::uint64_t delivered_ = 0;
+  std::uint64_t longest_entity_ = 0;
+  bool has_doctype_ = false;
+  bool has_entities_ = false;
+};
+
+}  // namespace svmscore
+
+#endif  // HOST_XML_DOCUMENT_PARSER_H_

@@ -1,0 +1,76 @@
+// Walking the elements of a document. Names are those that stand in the file, compared letter by
+// letter; `parent` and `element` may be null everywhere, and then have no children and no name.
+// Functions of this folder are for the one thread that works on the document. They own nothing:
+// elements live as long as their document.
+#ifndef HOST_XML_ELEMENTS_H_
+#define HOST_XML_ELEMENTS_H_
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <xercesc/dom/DOM.hpp>
+
+#include "host/text/api.h"
+
+namespace svmscore {
+
+using Element = xercesc::DOMElement;
+
+SVMSCORE_HOST_API std::string NameOf(const Element* element);
+// `name` is a text of the parser; null equals nothing.
+SVMSCORE_HOST_API bool IsEqual(const XMLCh* text, std::string_view name);
+SVMSCORE_HOST_API bool IsNamed(const Element* element, std::string_view name);
+
+// The first child element and the next sibling element, whatever their names; null at the end.
+SVMSCORE_HOST_API Element* FirstElement(const xercesc::DOMNode* parent);
+SVMSCORE_HOST_API Element* NextElement(const xercesc::DOMNode* sibling);
+// The same, without Extension elements and those named X-...
+SVMSCORE_HOST_API Element* FirstContent(const Element* parent);
+SVMSCORE_HOST_API Element* NextContent(const Element* sibling);
+// The same, with one name.
+SVMSCORE_HOST_API Element* FindChild(const Element* parent, std::string_view name);
+SVMSCORE_HOST_API Element* FindNext(const Element* sibling, std::string_view name);
+// All child elements in document order, or those of a name.
+SVMSCORE_HOST_API std::vector<const Element*> ChildElements(const Element* parent);
+SVMSCORE_HOST_API std::vector<const Element*> ChildElements(const Element* parent,
+                                                            std::string_view name);
+// The element after `element` in document order, below `root`; null at the end. With `skip` the
+// content of `element` is left out.
+Element* NextInTree(Element* element, const Element* root, bool skip);
+
+// The document's model element, or null.
+SVMSCORE_HOST_API Element* FindModelElement(const xercesc::DOMDocument* document);
+
+// for (Element* field : Children(schema, "MiningField")) ...
+class Children {
+ public:
+  Children(const Element* parent, std::string name) : parent_(parent), name_(std::move(name)) {}
+
+  class Iterator {
+   public:
+    Iterator(Element* at, const std::string* name) : at_(at), name_(name) {}
+    Element* operator*() const { return at_; }
+    Iterator& operator++() {
+      at_ = FindNext(at_, *name_);
+      return *this;
+    }
+    bool operator==(const Iterator& other) const { return at_ == other.at_; }
+
+   private:
+    Element* at_;
+    const std::string* name_;
+  };
+
+  Iterator begin() const { return {FindChild(parent_, name_), &name_}; }
+  Iterator end() const { return {nullptr, &name_}; }
+
+ private:
+  const Element* parent_;
+  std::string name_;
+};
+
+}  // namespace svmscore
+
+#endif  // HOST_XML_ELEMENTS_H_

@@ -1,0 +1,86 @@
+// What must be known of a document's text before the parser looks at it.
+#ifndef HOST_XML_RAW_SCAN_H_
+#define HOST_XML_RAW_SCAN_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <xercesc/util/XercesDefs.hpp>
+
+#include "host/xml/limits.h"
+#include "host/xml/raw_encoding.h"
+
+namespace svmscore {
+
+// Counts what the parser takes in one piece before it hands any of it out:
+// - the attributes of a tag, which it compares with each other in a time that grows with their
+//   square, as the quoted values of each tag;
+// - the names that declarations of elements and attributes list, which take it some hundred bytes
+//   each.
+// What comments, CDATA sections and instructions hold is neither. Also notes NUL characters, at
+// which the parser would take the document for ended.
+//
+// Where the encoding is not exact (RawEncoding), counts coarsely: as an attribute each quotation
+// mark after an equals sign, wherever it stands, for a value never holds a "<"; and after DOCTYPE
+// whatever may separate names. Characters that shift to other ones are noted there as NUL is.
+class RawScan {
+ public:
+  enum class Problem { kNone, kAttributes, kDeclarations, kControl, kEncoding };
+
+  explicit RawScan(const Limits& limits)
+      : most_attributes_(limits.attributes),
+        most_listed_(limits.declarations > UINT64_MAX / 10 ? UINT64_MAX
+                                                           : 10 * limits.declarations) {}
+
+  // The next bytes of the document, after StartXerces(). Those of its declaration are looked at
+  // when it has ended.
+  void Read(const void* bytes, std::size_t size);
+  // The next units of a text.
+  void Read(const XMLCh* text, std::size_t size);
+  // The first problem, and the line on which it shows, from 1.
+  Problem Found() const { return problem_; }
+  std::uint64_t Line() const { return line_; }
+  // Of the encoding.
+  const std::string& EncodingProblem() const { return encoding_.problem; }
+  // Whether what was read ends inside a unit, or inside a character of UTF-8.
+  bool EndsInsideCharacter() const;
+
+ private:
+  enum class State { kText, kOpened, kTag, kDeclaration, kValue, kSection };
+
+  // Looks at one character.
+  void Take(char32_t c);
+  void TakeOpened(char32_t c);
+  void TakeMarkup(char32_t c);
+  void TakeCoarsely(unsigned char c);
+  void CountAttribute();
+  void ReadDecided(const void* bytes, std::size_t size);
+
+  std::uint64_t most_attributes_;
+  std::uint64_t most_listed_;
+  std::uint64_t attributes_ = 0;  // of the tag at hand
+  std::uint64_t listed_ = 0;      // in all declarations
+  bool lists_ =
+      false;  // the declaration at hand is one that lists names; coarsely, DOCTYPE was seen
+  std::uint64_t line_ = 1;
+  Problem problem_ = Problem::kNone;
+  State state_ = State::kText;
+  State around_ = State::kTag;  // what the value at hand stands in
+  char32_t quote_ = 0;
+  std::string_view section_end_;  // of the section at hand
+  std::size_t matched_ = 0;       // of its end, or of its beginning; coarsely, of DOCTYPE
+  char beginning_[8] = {};
+  bool decided_ = false;  // on the encoding; until then `waiting_` holds what was read
+  std::string waiting_;
+  RawEncoding encoding_;
+  bool after_equals_ = false;
+  std::string tail_;       // of UTF-8, the last three bytes
+  std::size_t taken_ = 0;  // bytes of a unit that ends in the next call
+  char32_t partial_ = 0;
+};
+
+}  // namespace svmscore
+
+#endif  // HOST_XML_RAW_SCAN_H_

@@ -1,0 +1,100 @@
+#include "tools/base/case_columns.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include "tools/base/bad_input.h"
+
+namespace svmscore::tools {
+namespace {
+
+using MCZandor_850::ScoreDictVar;
+
+// Names that a message lists before it says how many more there are.
+constexpr std::size_t kListedNames = 10;
+
+// What to add to a message about a column that a header lacks: with line ends of CR alone, a whole
+// file is one header. Empty where it does not look so.
+const char* LineEndHint(const std::vector<std::string_view>& header) {
+  const bool found = std::any_of(header.begin(), header.end(), [](std::string_view name) {
+    return name.find('\r') != name.npos && name.find('\n') == name.npos;
+  });
+  return found ? "; do the lines end with CR alone? They must end with LF or CRLF" : "";
+}
+
+class Header {
+ public:
+  Header(const std::vector<std::string_view>& names, const std::string& input_name)
+      : input_name_(input_name), hint_(LineEndHint(names)) {
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      const std::string name(names[i]);
+      if (!positions_.emplace(name, i).second) repeated_.insert(name);
+    }
+  }
+
+  bool Has(const std::string& name) const { return positions_.count(name) != 0; }
+
+  // REQUIRES: Has(name).
+  std::size_t PositionOf(const std::string& name) const {
+    if (repeated_.count(name) != 0) {
+      throw BadCases(
+          fmt::format("{}: the header names the column \"{}\" twice", input_name_, name));
+    }
+    return positions_.at(name);
+  }
+
+  void Require(const std::vector<std::string>& names, std::string_view wanted_by) const {
+    std::vector<std::string> missing;
+    std::copy_if(names.begin(), names.end(), std::back_inserter(missing),
+                 [this](const std::string& name) { return !Has(name); });
+    if (missing.empty()) return;
+    const std::size_t shown = std::min(missing.size(), kListedNames);
+    std::string list = fmt::format(
+        "\"{}\"",
+        fmt::join(missing.begin(), missing.begin() + static_cast<std::ptrdiff_t>(shown), "\", \""));
+    if (shown < missing.size()) list += fmt::format(" and {} more", missing.size() - shown);
+    throw BadCases(
+        fmt::format("{}: the header lacks {}, {}{}", input_name_, list, wanted_by, hint_));
+  }
+
+ private:
+  const std::string& input_name_;
+  std::unordered_map<std::string, std::size_t> positions_;
+  std::unordered_set<std::string> repeated_;
+  const char* hint_;
+};
+
+}  // namespace
+
+CaseColumns MatchColumns(const std::vector<std::string_view>& names, const LoadedModel& loaded,
+                         const std::vector<std::string>& copied, const std::string& input_name) {
+  const Header header(names, input_name);
+  std::vector<std::string> needed;
+  for (const ScoreDictVar* var : loaded.needed) needed.push_back(var->GetName());
+  header.Require(needed, "which the model needs");
+  header.Require(copied, "which --passthrough names");
+
+  CaseColumns columns;
+  columns.width = names.size();
+  std::vector<const ScoreDictVar*> inputs = loaded.needed;
+  const std::unordered_set<const ScoreDictVar*> listed(inputs.begin(), inputs.end());
+  std::copy_if(loaded.active.begin(), loaded.active.end(), std::back_inserter(inputs),
+               [&listed](const ScoreDictVar* var) { return listed.count(var) == 0; });
+  for (const ScoreDictVar* var : inputs) {
+    if (!header.Has(var->GetName())) continue;
+    columns.variables.push_back(var);
+    columns.cells.push_back(header.PositionOf(var->GetName()));
+  }
+  for (const ScoreDictVar* var : loaded.output->ExtraInputs()) {
+    columns.extras.push_back(header.Has(var->GetName()) ? header.PositionOf(var->GetName())
+                                                        : kNoCell);
+  }
+  for (const std::string& name : copied) columns.copied.push_back(header.PositionOf(name));
+  return columns;
+}
+
+}  // namespace svmscore::tools

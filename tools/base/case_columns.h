@@ -1,0 +1,34 @@
+// Which cell of a row belongs to which variable.
+#ifndef TOOLS_BASE_CASE_COLUMNS_H_
+#define TOOLS_BASE_CASE_COLUMNS_H_
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/load/loader.h"
+
+namespace svmscore::tools {
+
+inline constexpr std::size_t kNoCell = static_cast<std::size_t>(-1);
+
+struct CaseColumns {
+  std::size_t width = 0;  // cells in every row
+  // The variables that have a column, and the position of its cell in the row: parallel lists.
+  std::vector<const MCZandor_850::ScoreDictVar*> variables;
+  std::vector<std::size_t> cells;
+  // The cell of each of the output plan's extra inputs; kNoCell where the header lacks it.
+  std::vector<std::size_t> extras;
+  // Cells that are copied to the output, in the order asked for.
+  std::vector<std::size_t> copied;
+};
+
+// Finds the columns of a model's inputs, and those to copy, by their names. Throws a
+// BadCases when one that the model needs, or one to copy, is not there, or when the
+// header names it twice. An input that the model does not need may be absent.
+CaseColumns MatchColumns(const std::vector<std::string_view>& header, const LoadedModel& loaded,
+                         const std::vector<std::string>& copied, const std::string& input_name);
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_BASE_CASE_COLUMNS_H_

@@ -1,0 +1,189 @@
+// Categories that fields and targets lack.
+#include <set>
+#include <unordered_set>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "host/model/ss_exception.h"
+#include "host/transform/table/inline_table.h"
+#include "host/xml/transcoder.h"
+#include "tools/doctor/checks.h"
+#include "tools/doctor/field_graph.h"
+
+namespace svmscore::tools {
+namespace {
+
+class CategoryChecks {
+ public:
+  CategoryChecks(const Examined& examined, FindingList& findings)
+      : examined_(examined), findings_(findings), graph_(examined.document) {}
+
+  void Run() {
+    for (const Element* list : {FindChild(examined_.document.root, "TransformationDictionary"),
+                                FindChild(examined_.document.model, "LocalTransformations"),
+                                FindChild(examined_.document.model, "Output")}) {
+      ForEachBelow(list, [this](const Element* element) { CheckExpression(element); });
+    }
+    for (const Element* field : examined_.document.vectors.Fields()) {
+      if (NameOf(field) == "CategoricalPredictor") {
+        CheckValue(field, AttributeText(field, "name"), AttributeText(field, "value"));
+      }
+    }
+    CheckTargetCategories();
+  }
+
+ private:
+  // What the field can be; worked out once a field.
+  const FieldGraph::Values& ValuesOf(const std::string& field) {
+    const auto [found, is_new] = values_.try_emplace(field);
+    if (is_new) found->second = graph_.ValuesOf(field);
+    return found->second;
+  }
+
+  void CheckExpression(const Element* element) {
+    const std::string kind = NameOf(element);
+    if (kind == "NormDiscrete") {
+      CheckValue(element, AttributeText(element, "field"), AttributeText(element, "value"));
+    } else if (kind == "MapValues") {
+      CheckTable(element);
+    } else if (kind == "Apply") {
+      CheckComparison(element);
+    }
+  }
+
+  void CheckValue(const Element* element, const std::string& field, const std::string& value) {
+    const auto& set = ValuesOf(field);
+    if (!set || set->Holds(value)) return;
+    const std::string similar = set->Similar(value);
+    findings_.Add("unlisted-category", element,
+                  fmt::format("\"{}\" is no category of \"{}\"{}", value, field,
+                              similar.empty() ? "" : fmt::format(", \"{}\" is", similar)));
+  }
+
+  // A field compared with a constant: equal(field, constant), isIn(field, constant, ...).
+  void CheckComparison(const Element* apply) {
+    const std::string function = AttributeText(apply, "function");
+    if (function != "equal" && function != "notEqual" && function != "isIn" &&
+        function != "isNotIn") {
+      return;
+    }
+    const Element* reference = nullptr;
+    std::vector<const Element*> constants;
+    for (const Element* child : ChildElements(apply)) {
+      const std::string kind = NameOf(child);
+      if (kind == "FieldRef" && reference == nullptr) {
+        reference = child;
+      } else if (kind == "Constant") {
+        constants.push_back(child);
+      } else if (kind != "Extension") {
+        return;
+      }
+    }
+    // A reference that maps missing values elsewhere has one value more.
+    if (reference == nullptr || FindAttribute(reference, "mapMissingTo")) return;
+    for (const Element* constant : constants) {
+      CheckValue(constant, AttributeText(reference, "field"), ElementText(constant));
+    }
+  }
+
+  // A field that a table is searched for, and what the table's column has for it.
+  struct Key {
+    std::string field;
+    FieldGraph::Values set;  // null: not known, or looked at already
+    ValueSet mapped;         // those of the set that have a result
+    const Element* first_unlisted = nullptr;
+    std::vector<std::string> unlisted;
+  };
+
+  void CheckTable(const Element* map_values) {
+    const Element* table = FindChild(map_values, "InlineTable");
+    // A table that stands elsewhere is refused when the document is loaded.
+    if (FindChild(map_values, "TableLocator") != nullptr) return;
+    std::vector<Key> keys;
+    std::vector<std::string> columns;
+    std::set<std::pair<std::string, std::string>> pairs;
+    for (const Element* pair : Children(map_values, "FieldColumnPair")) {
+      const std::string field = AttributeText(pair, "field");
+      const auto& set = ValuesOf(field);
+      const std::string column = AttributeText(pair, "column");
+      const bool is_new = pairs.emplace(field, column).second;
+      keys.push_back(
+          {field, is_new ? set : nullptr, ValueSet(set && set->IsNumeric()), nullptr, {}});
+      columns.push_back(column);
+    }
+    columns.push_back(AttributeText(map_values, "outputColumn"));
+    try {
+      if (table != nullptr) ReadKeys(table, columns, keys);
+    } catch (const MCZandor_850::SSException&) {
+      return;  // the document is refused for it
+    }
+    const bool has_default = FindAttribute(map_values, "defaultValue").has_value();
+    for (const Key& key : keys) {
+      if (key.set != nullptr) Report(map_values, has_default, key);
+    }
+  }
+
+  static void ReadKeys(const Element* table, const std::vector<std::string>& columns,
+                       std::vector<Key>& keys) {
+    transform::ForEachRow(table, columns, 0, [&](const Element* row, transform::Cells cells) {
+      const bool has_result = transform::TextOf(cells, keys.size()).has_value();
+      for (const transform::Cell& cell : cells) {
+        if (cell.column == keys.size()) break;
+        Key& key = keys[cell.column];
+        if (key.set == nullptr) continue;
+        const std::string text(cell.text);
+        if (!key.set->Holds(text)) {
+          if (key.unlisted.empty()) key.first_unlisted = row;
+          key.unlisted.push_back(fmt::format("\"{}\"", text));
+        } else if (has_result) {
+          key.mapped.Add(text);
+        }
+      }
+    });
+  }
+
+  void Report(const Element* map_values, bool has_default, const Key& key) {
+    if (!key.unlisted.empty()) {
+      findings_.Add("unlisted-table-key", key.first_unlisted,
+                    fmt::format("\"{}\" has no category {}", key.field, Listed(key.unlisted)));
+    }
+    const std::size_t unmapped = key.set->Size() - key.mapped.Size();
+    if (has_default || unmapped == 0) return;
+    std::vector<std::string> names = key.set->Without(key.mapped, kMostListed);
+    for (std::string& name : names) name = fmt::format("\"{}\"", name);
+    findings_.Add("unmapped-category", map_values,
+                  fmt::format("the table gives nothing for {} of \"{}\", and has no default",
+                              Listed(names, unmapped - names.size()), key.field));
+  }
+
+  void CheckTargetCategories() {
+    const auto& machines = examined_.numbers.machines;
+    if (!examined_.document.classification || machines.empty()) return;
+    std::unordered_set<std::string> named;
+    for (const MachineNumbers& machine : machines) {
+      const Element* response =
+          FindChild(FindChild(machine.element, "Extension"), "ResponseCategory");
+      named.insert({machine.target, machine.alternate, AttributeText(response, "response"),
+                    AttributeText(response, "nonResponse")});
+    }
+    for (const std::string& category : examined_.document.categories) {
+      if (named.contains(category)) continue;
+      findings_.Add("category-never-predicted", graph_.DataField(examined_.document.target),
+                    fmt::format("no machine names the category \"{}\"", category));
+    }
+  }
+
+  const Examined& examined_;
+  FindingList& findings_;
+  FieldGraph graph_;
+  std::unordered_map<std::string, FieldGraph::Values> values_;
+};
+
+}  // namespace
+
+void CheckCategories(const Examined& examined, FindingList& findings) {
+  CategoryChecks(examined, findings).Run();
+}
+
+}  // namespace svmscore::tools

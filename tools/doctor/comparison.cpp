@@ -1,0 +1,153 @@
+#include "tools/doctor/comparison.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "host/output/verification.h"
+#include "host/text/number_text.h"
+#include "tools/base/bad_input.h"
+
+namespace svmscore::tools {
+namespace {
+
+// Rows whose values are shown, and rows whose numbers are.
+constexpr std::size_t kShownValues = 3;
+constexpr std::size_t kShownRows = 10;
+
+ComparedCell CompareCell(const Quantity& quantity, const std::string& expected, double tolerance,
+                         VerifyCase& scored) {
+  ComparedCell cell;
+  const transform::Value actual = scored.Read(quantity);
+  if (actual.IsPresent()) {
+    cell.got = scored.TextOf(actual);
+    cell.number = ParseNumber(cell.got);
+  }
+  if (expected.empty()) return cell;
+  cell.expected = ParseNumber(expected);
+  output::Allowance allowance;
+  allowance.precision = tolerance;
+  if (quantity.is_label) allowance = {0.0, 0.0};
+  cell.agrees = output::Judge(expected, actual, allowance).agrees;
+  return cell;
+}
+
+ComparedRow CompareRow(const CaseFiles& files, const ExpectedColumns& columns, std::size_t row,
+                       VerifyCase& scored) {
+  SetInputs(files.cases, files.cases.rows[row], files.missing, scored);
+  scored.Score();
+  ComparedRow compared;
+  compared.status = scored.Status();
+  for (const ExpectedColumn& column : columns) {
+    compared.cells.push_back(CompareCell(column.quantity, files.expected.rows[row][column.cell],
+                                         files.tolerance, scored));
+    compared.agrees = compared.agrees && compared.cells.back().agrees;
+  }
+  return compared;
+}
+
+std::string TextOfRow(const CaseFiles& files, const Comparison& comparison, std::size_t row) {
+  std::string text;
+  const ComparedRow& compared = comparison.rows[row];
+  for (std::size_t i = 0; i < comparison.columns.size(); ++i) {
+    if (compared.cells[i].agrees) continue;
+    const ExpectedColumn& column = comparison.columns[i];
+    std::string got = compared.cells[i].got;
+    if (got.empty()) got = fmt::format("nothing (status {})", compared.status);
+    text = fmt::format("row {}: {}: expected {}, got {}", row + 1, column.quantity.name,
+                       files.expected.rows[row][column.cell], got);
+    break;
+  }
+  return text;
+}
+
+void TellMismatch(const CaseFiles& files, const Comparison& comparison, FindingList& findings) {
+  std::string what = fmt::format("{} of {} rows disagree with {}", comparison.wrong.size(),
+                                 comparison.rows.size(), files.expected.name);
+  for (std::size_t i = 0; i < std::min(comparison.wrong.size(), kShownValues); ++i) {
+    what += "; " + TextOfRow(files, comparison, comparison.wrong[i]);
+  }
+  if (comparison.wrong.size() > kShownValues) {
+    what += "; rows";
+    for (std::size_t i = kShownValues; i < std::min(comparison.wrong.size(), kShownRows); ++i) {
+      what += fmt::format("{} {}", i == kShownValues ? "" : ",", comparison.wrong[i] + 1);
+    }
+    if (comparison.wrong.size() > kShownRows) {
+      what += fmt::format(" and {} more", comparison.wrong.size() - kShownRows);
+    }
+  }
+  findings.Add("mismatch", nullptr, std::move(what));
+}
+
+// The plainest explanation first, of any comparison; that something is on another scale may be true
+// of one whose columns mean something else.
+const Comparison* Explain(const Suspect& suspect, const CaseFiles& files,
+                          const std::vector<Comparison>& comparisons, FindingList& findings) {
+  for (const Comparison& comparison : comparisons) {
+    if (ExplainByCategories(suspect, files, comparison, findings) ||
+        ExplainByNumbers(suspect, comparison, NumberRelation::kNegated, findings) ||
+        ExplainByChange(suspect, files, comparison, findings)) {
+      return &comparison;
+    }
+  }
+  for (const NumberRelation relation : {NumberRelation::kShifted, NumberRelation::kRescaled}) {
+    for (const Comparison& comparison : comparisons) {
+      if (ExplainByNumbers(suspect, comparison, relation, findings)) return &comparison;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+Comparison Compare(const LoadedModel& loaded, const CaseFiles& files,
+                   const ExpectedColumns& columns) {
+  Comparison comparison;
+  comparison.columns = columns;
+  VerifyCase scored(loaded);
+  for (std::size_t row = 0; row < files.cases.rows.size(); ++row) {
+    comparison.rows.push_back(CompareRow(files, columns, row, scored));
+    if (!comparison.rows.back().agrees) comparison.wrong.push_back(row);
+    for (const ExpectedColumn& column : columns) {
+      comparison.expects = comparison.expects || !files.expected.rows[row][column.cell].empty();
+    }
+  }
+  return comparison;
+}
+
+std::size_t CountWrong(const LoadedModel& loaded, const CaseFiles& files,
+                       const ExpectedColumns& columns, const std::vector<std::size_t>& rows,
+                       std::size_t limit) {
+  VerifyCase scored(loaded);
+  std::size_t wrong = 0;
+  for (const std::size_t row : rows) {
+    if (wrong >= limit) break;
+    if (!CompareRow(files, columns, row, scored).agrees) ++wrong;
+  }
+  return wrong;
+}
+
+void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& findings) {
+  std::vector<Comparison> comparisons;
+  for (const ExpectedColumns& columns :
+       ReadingsOf(suspect.loaded, files.cases, files.expected).all) {
+    comparisons.push_back(Compare(suspect.loaded, files, columns));
+    if (!comparisons.back().expects) {
+      throw BadCases(fmt::format("{} expects nothing: every cell is empty", files.expected.name));
+    }
+    if (comparisons.back().wrong.empty()) return;
+  }
+  std::stable_sort(
+      comparisons.begin(), comparisons.end(),
+      [](const Comparison& a, const Comparison& b) { return a.wrong.size() < b.wrong.size(); });
+  FindingList explained(suspect.loaded.document);
+  const Comparison* comparison = Explain(suspect, files, comparisons, explained);
+  TellMismatch(files, comparison != nullptr ? *comparison : comparisons.front(), findings);
+  for (Finding& finding : explained.Take()) findings.Add(std::move(finding));
+  if (comparison == nullptr) {
+    FindSeparatingFields(suspect, files, comparisons.front(), findings);
+  }
+}
+
+}  // namespace svmscore::tools

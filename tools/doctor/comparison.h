@@ -1,0 +1,78 @@
+// Scores beside expected ones, row by row.
+#ifndef TOOLS_DOCTOR_COMPARISON_H_
+#define TOOLS_DOCTOR_COMPARISON_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/load/loader.h"
+#include "host/load/plugin.h"
+#include "tools/base/document_source.h"
+#include "tools/findings/finding.h"
+#include "tools/verify/verify_files.h"
+
+namespace svmscore::tools {
+
+struct CaseFiles {
+  TextTable cases;
+  TextTable expected;
+  MissingTokens missing;
+  double tolerance;  // how far a number may be from the expected one, as a share of it
+};
+
+struct ComparedCell {
+  bool agrees = true;
+  std::string got;                 // empty where there is no value
+  std::optional<double> number;    // where there is one
+  std::optional<double> expected;  // where what is expected is a number
+};
+
+struct ComparedRow {
+  bool agrees = true;
+  long status = 0;
+  std::vector<ComparedCell> cells;  // one a column of the comparison
+};
+
+struct Comparison {
+  ExpectedColumns columns;
+  std::vector<ComparedRow> rows;   // one a row of the files
+  std::vector<std::size_t> wrong;  // positions of the rows that do not agree
+  bool expects = false;            // some cell expects something
+};
+
+Comparison Compare(const LoadedModel& loaded, const CaseFiles& files,
+                   const ExpectedColumns& columns);
+// The number of rows, among those given, that disagree. Stops counting at `limit`.
+std::size_t CountWrong(const LoadedModel& loaded, const CaseFiles& files,
+                       const ExpectedColumns& columns, const std::vector<std::size_t>& rows,
+                       std::size_t limit);
+
+// The model under scrutiny, and how to make others of its document.
+struct Suspect {
+  const LoadedModel& loaded;
+  const Plugin& plugin;
+  DocumentSource& source;
+};
+
+// Tells of scores that differ from the expected ones, and of what would explain it. Throws a
+// BadCases for files that do not fit together or expect nothing.
+void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& findings);
+
+// explanations.cpp: what the expected values are to those that came out. Returns whether that
+// explains the disagreement.
+bool ExplainByCategories(const Suspect& suspect, const CaseFiles& files,
+                         const Comparison& comparison, FindingList& findings);
+enum class NumberRelation { kNegated, kShifted, kRescaled };
+bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, NumberRelation relation,
+                      FindingList& findings);
+// changes.cpp: a change of the document that brings the expected values out.
+bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Comparison& comparison,
+                     FindingList& findings);
+// separation.cpp: a field that tells the rows that disagree from the others.
+void FindSeparatingFields(const Suspect& suspect, const CaseFiles& files,
+                          const Comparison& comparison, FindingList& findings);
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_DOCTOR_COMPARISON_H_

@@ -1,0 +1,53 @@
+#include "tools/doctor/examination.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tools/doctor/checks.h"
+#include "tools/findings/inspected.h"
+
+namespace svmscore::tools {
+namespace {
+
+bool IsSame(const Finding& a, const Finding& b) {
+  return a.kind == b.kind && a.element == b.element && a.line == b.line;
+}
+
+// What the scores have shown needs not be told again for what the document looks like.
+void CheckDocument(const OpenedDocument& opened, FindingList& findings) {
+  if (FindModelElement(opened.Document().Dom()) == nullptr) return;
+  const std::vector<Finding> shown = findings.Found();
+  FindingList of_document(opened.Document());
+  CheckAll(opened.loaded ? Inspect(*opened.loaded) : Inspect(*opened.document), of_document);
+  for (Finding& finding : of_document.Take()) {
+    const bool told = std::any_of(shown.begin(), shown.end(), [&finding](const Finding& other) {
+      return IsSame(finding, other);
+    });
+    if (!told) findings.Add(std::move(finding));
+  }
+}
+
+}  // namespace
+
+bool IsScored(const OpenedDocument& opened) {
+  return opened.loaded && !opened.refused;
+}
+
+std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
+                             DocumentSource& source, const std::optional<CaseFiles>& files) {
+  FindingList findings(opened.Document());
+  if (opened.refused) findings.Add(*opened.refused);
+  if (IsScored(opened)) {
+    if (files) CheckScores({*opened.loaded, plugin, source}, *files, findings);
+    CheckVerification(*opened.loaded, findings);
+  }
+  CheckDocument(opened, findings);
+  CheckIntake(opened.intake, findings);
+  std::vector<Finding> found = findings.Take();
+  std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {
+    return a.kind->severity > b.kind->severity;
+  });
+  return found;
+}
+
+}  // namespace svmscore::tools

@@ -1,0 +1,26 @@
+// All checks of a document, one after the other.
+#ifndef TOOLS_DOCTOR_EXAMINATION_H_
+#define TOOLS_DOCTOR_EXAMINATION_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/load/plugin.h"
+#include "tools/doctor/comparison.h"
+#include "tools/doctor/opened_document.h"
+#include "tools/findings/finding.h"
+
+namespace svmscore::tools {
+
+// Whether score would take the document: only then are scores compared.
+bool IsScored(const OpenedDocument& opened);
+
+// What is suspicious about the document of `source`, the most severe first. `files` hold what cases
+// should score; BadCases where they do not fit. REQUIRES: opened.IsRead().
+std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
+                             DocumentSource& source, const std::optional<CaseFiles>& files);
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_DOCTOR_EXAMINATION_H_

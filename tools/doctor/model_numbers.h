@@ -1,0 +1,66 @@
+// The numbers of a document: vectors, coefficients, kernel.
+#ifndef TOOLS_DOCTOR_MODEL_NUMBERS_H_
+#define TOOLS_DOCTOR_MODEL_NUMBERS_H_
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "tools/findings/inspected.h"
+
+namespace svmscore::tools {
+
+struct KernelNumbers {
+  enum class Type { kNone, kLinear, kPolynomial, kRadialBasis, kSigmoid };
+  Type type = Type::kNone;
+  const Element* element = nullptr;
+  double gamma = 1.0;
+  double coef0 = 1.0;
+  double degree = 1.0;
+
+  // What the checks go by. Scores come from the model, which alone decides the last digits.
+  // REQUIRES: x and y have the same length.
+  double Value(const std::vector<double>& x, const std::vector<double>& y) const;
+  // True where no kernel value is beyond -1 and 1.
+  bool IsBounded() const {
+    return type == Type::kRadialBasis ? gamma >= 0.0 : type == Type::kSigmoid;
+  }
+};
+
+struct MachineNumbers {
+  const Element* element = nullptr;
+  const Element* coefficients_element = nullptr;
+  std::string target;
+  std::string alternate;
+  std::vector<std::size_t> vectors;  // positions among those of the model; parallel to the next
+  std::vector<double> coefficients;  // without those that are 0
+  std::size_t terms = 0;             // with those that are 0
+  double offset = 0.0;
+  double threshold = 0.0;
+};
+
+struct ModelNumbers {
+  std::vector<std::string> fields;           // how findings call the vector positions
+  std::vector<std::vector<double>> vectors;  // each as long as `fields`
+  std::vector<const Element*> instances;     // parallel to `vectors`
+  std::vector<MachineNumbers> machines;
+  KernelNumbers kernel;
+  bool max_wins = false;
+  // The first vector beyond the document's limit of entries; no vectors and machines are held then.
+  const Element* beyond_limit = nullptr;
+};
+
+// Terms that are lost are left out; so is what is no number.
+ModelNumbers ReadNumbers(const Inspected& inspected);
+
+// Whether the machines are one for each pair of the categories that they name, three at least.
+bool FormPairs(const ModelNumbers& numbers);
+
+// The names in words: no more than these, and how many more there are, with `more` beside those
+// that are given.
+inline constexpr std::size_t kMostListed = 8;
+std::string Listed(const std::vector<std::string>& names, std::size_t more = 0);
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_DOCTOR_MODEL_NUMBERS_H_

@@ -1,0 +1,31 @@
+// A document, opened as far as it can be read.
+#ifndef TOOLS_DOCTOR_OPENED_DOCUMENT_H_
+#define TOOLS_DOCTOR_OPENED_DOCUMENT_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/load/loader.h"
+#include "tools/base/document_source.h"
+#include "tools/findings/finding.h"
+
+namespace svmscore::tools {
+
+struct OpenedDocument {
+  std::optional<LoadedModel> loaded;     // nothing where no model comes of the document
+  std::optional<PmmlDocument> document;  // the document itself, where there is no model
+  std::vector<IntakeStep> intake;        // how it was made readable
+  std::optional<Finding> refused;        // why score would not take it
+
+  bool IsRead() const { return loaded || document; }
+  // REQUIRES: the document is read.
+  const PmmlDocument& Document() const { return loaded ? loaded->document : *document; }
+};
+
+// Of a file that cannot be read or is no XML there is neither model nor document, only the refusal.
+OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source);
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_DOCTOR_OPENED_DOCUMENT_H_

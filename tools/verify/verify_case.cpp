@@ -1,0 +1,188 @@
+#include "tools/verify/verify_case.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+#include "host/model/score_status.h"
+#include "host/transform/transformation_dictionary.h"
+
+namespace svmscore::tools {
+namespace {
+
+using Kind = Quantity::Kind;
+using MCZandor_850::InputCaseRecord;
+using MCZandor_850::ScoreDictVar;
+using MCZandor_850::ScoreModel;
+using MCZandor_850::ScoreResult;
+using MCZandor_850::ScoreValue;
+using output::Feature;
+using transform::Value;
+
+bool ReplacesMissing(const LoadedModel& loaded) {
+  return loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
+}
+
+// Everything that is or may be an input, each variable once.
+std::vector<const ScoreDictVar*> InputsOf(const LoadedModel& loaded) {
+  std::vector<const ScoreDictVar*> inputs = loaded.active;
+  const std::unordered_set<const ScoreDictVar*> active(inputs.begin(), inputs.end());
+  std::copy_if(loaded.needed.begin(), loaded.needed.end(), std::back_inserter(inputs),
+               [&active](const ScoreDictVar* var) { return !active.contains(var); });
+  return inputs;
+}
+
+Value Computed(double number) {
+  return number == -1.0 ? Value::Missing() : Value::Double(number);
+}
+
+}  // namespace
+
+VerifyCase::VerifyCase(const LoadedModel& loaded)
+    : loaded_(loaded),
+      record_(InputsOf(loaded), true, ReplacesMissing(loaded)),
+      scratch_(*loaded.output, ReplacesMissing(loaded)) {
+  for (std::size_t i = 0; i < record_.Size(); ++i) {
+    inputs_.emplace(record_.Variable(i).GetName(), Input{false, i});
+  }
+  for (std::size_t i = 0; i < scratch_.Extras().Size(); ++i) {
+    inputs_.emplace(scratch_.Extras().Variable(i).GetName(), Input{true, i});
+  }
+  // The first of a name counts.
+  const auto& fields = loaded.output->Fields();
+  for (std::size_t i = 0; i < fields.size(); ++i) outputs_.emplace(fields[i].name, i);
+  const auto* dictionary = loaded.model->GetTransformationDictionary();
+  if (dictionary == nullptr) return;
+  for (const auto& step : dictionary->GetProgram().Steps()) {
+    derived_slots_.emplace(step.name, step.slot);
+  }
+}
+
+VerifyCase::~VerifyCase() = default;
+
+void VerifyCase::Clear() {
+  record_.Clear();
+  scratch_.Extras().Clear();
+}
+
+std::optional<VerifyCase::Input> VerifyCase::FindInput(const std::string& name) const {
+  const auto found = inputs_.find(name);
+  return found == inputs_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void VerifyCase::Set(const Input& input, std::string_view text) {
+  InputCaseRecord& record = input.extra ? scratch_.Extras() : record_;
+  if (text.empty() && record.Variable(input.position).GetStorageType() == 0) {
+    record.SetMissing(input.position);
+  } else {
+    record.SetText(input.position, text);
+  }
+}
+
+void VerifyCase::Score() {
+  derived_.reset();
+  MCScore::MCStatus status(MCScore::kInvalidValue, false);
+  if (!record_.HasInvalid()) {
+    ScoreResult* result = result_.release();
+    status = loaded_.model->GetScore(&record_, result, false);
+    result_.reset(result);
+  }
+  outcome_ = loaded_.output->Targets().Finish(status, result_.get());
+  outcome_.status = loaded_.output->Evaluate(outcome_, record_, scratch_);
+}
+
+Value VerifyCase::Read(const Quantity& quantity) {
+  switch (quantity.kind) {
+    case Kind::kOutputField:
+      return scratch_.Cell(static_cast<std::size_t>(quantity.index));
+    case Kind::kPrediction:
+      return outcome_.prediction;
+    case Kind::kConfidence:
+      return Computed(outcome_.confidence);
+    case Kind::kProbability: {
+      const auto share = loaded_.output->Targets().ShareOf(outcome_, quantity.index);
+      return share ? Value::Double(*share) : Value::Missing();
+    }
+    case Kind::kDeviation:
+      return Computed(outcome_.std_dev);
+    case Kind::kLower:
+      return outcome_.has_interval ? Value::Double(outcome_.lower) : Value::Missing();
+    case Kind::kUpper:
+      return outcome_.has_interval ? Value::Double(outcome_.upper) : Value::Missing();
+    case Kind::kStatus:
+      return Value::Integer(outcome_.status);
+    case Kind::kDerived:
+      return Derived(quantity.index);
+  }
+  return Value::Missing();
+}
+
+Value VerifyCase::Derived(int position) {
+  if (!derived_) {
+    const auto& program = loaded_.model->GetTransformationDictionary()->GetProgram();
+    derived_ = std::make_unique<transform::Scratch>(program);
+    program.Evaluate(record_, *derived_);
+  }
+  return derived_->Slot(static_cast<std::size_t>(position));
+}
+
+std::string VerifyCase::TextOf(const Value& value) {
+  return std::string(scratch_.TextOf(value));
+}
+
+Quantity VerifyCase::FromField(std::size_t field) const {
+  const output::OutputField& output = loaded_.output->Fields()[field];
+  const bool classification =
+      loaded_.output->Targets().GetScheme().method != output::Method::kRegression;
+  return {output.name, Kind::kOutputField, static_cast<int>(field),
+          classification && output.feature == Feature::kPredictedValue};
+}
+
+std::optional<Quantity> VerifyCase::FindOutputField(const std::string& name) const {
+  const auto found = outputs_.find(name);
+  return found == outputs_.end() ? std::nullopt : std::optional(FromField(found->second));
+}
+
+std::optional<Quantity> VerifyCase::FindDerived(const std::string& name) const {
+  const auto found = derived_slots_.find(name);
+  if (found == derived_slots_.end()) return std::nullopt;
+  return Quantity{name, Kind::kDerived, found->second, false};
+}
+
+std::optional<Quantity> VerifyCase::FindPlainColumn(const std::string& name) const {
+  const auto& targets = loaded_.output->Targets();
+  if (name == "prediction") {
+    Quantity prediction = Prediction();
+    prediction.name = name;
+    return prediction;
+  }
+  if (name == "confidence") return Quantity{name, Kind::kConfidence};
+  if (name == "stddev") return Quantity{name, Kind::kDeviation};
+  if (name == "ci_lower") return Quantity{name, Kind::kLower};
+  if (name == "ci_upper") return Quantity{name, Kind::kUpper};
+  if (name == "status") return Quantity{name, Kind::kStatus, 0, true};
+  int index = 0;
+  for (const ScoreValue* category : targets.Target().GetCategories()) {
+    if (name == "probability(" + category->GetText() + ")") {
+      return Quantity{name, Kind::kProbability, index};
+    }
+    ++index;
+  }
+  return std::nullopt;
+}
+
+Quantity VerifyCase::Prediction() const {
+  const auto& targets = loaded_.output->Targets();
+  return {targets.Target().GetName(), Kind::kPrediction, 0,
+          targets.GetScheme().method != output::Method::kRegression};
+}
+
+std::vector<Quantity> VerifyCase::Results() const {
+  if (loaded_.output->Fields().empty()) return {Prediction()};
+  std::vector<Quantity> results;
+  for (const int field : loaded_.output->FinalFields()) {
+    results.push_back(FromField(static_cast<std::size_t>(field)));
+  }
+  return results;
+}
+
+}  // namespace svmscore::tools

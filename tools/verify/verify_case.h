@@ -1,0 +1,95 @@
+// Scores one case at a time, and looks up what came of it by name.
+#ifndef TOOLS_VERIFY_VERIFY_CASE_H_
+#define TOOLS_VERIFY_VERIFY_CASE_H_
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "host/load/loader.h"
+#include "host/model/score_case_record.h"
+#include "host/output/output_plan.h"
+#include "host/transform/program.h"
+#include "host/transform/value/value.h"
+
+namespace svmscore::tools {
+
+// A value that every scored case has, or lacks.
+struct Quantity {
+  enum class Kind {
+    kOutputField,
+    kPrediction,
+    kConfidence,
+    kProbability,
+    kDeviation,
+    kLower,
+    kUpper,
+    kStatus,
+    kDerived,
+  };
+  std::string name;
+  Kind kind = Kind::kPrediction;
+  int index = 0;          // of the output field, the category, or the derived field
+  bool is_label = false;  // a category: compared as it is, whatever tolerance is allowed
+};
+
+// Used by one thread. The model must outlive it.
+class VerifyCase {
+ public:
+  // Where a case keeps the value of an input.
+  struct Input {
+    bool extra;
+    std::size_t position;
+  };
+
+  explicit VerifyCase(const LoadedModel& loaded);
+  ~VerifyCase();
+  VerifyCase(const VerifyCase&) = delete;
+  VerifyCase& operator=(const VerifyCase&) = delete;
+
+  // The fields that a case can give a value: the model's inputs, and what output fields
+  // read beside them.
+  std::optional<Input> FindInput(const std::string& name) const;
+  bool IsInput(const std::string& name) const { return inputs_.contains(name); }
+  // Makes every input missing.
+  void Clear();
+  // An empty text is a missing number or an empty text.
+  void Set(const Input& input, std::string_view text);
+  void Score();
+
+  long Status() const { return outcome_.status; }
+  // The value that the case scored last has; valid until the next.
+  transform::Value Read(const Quantity& quantity);
+  std::string TextOf(const transform::Value& value);
+
+  std::optional<Quantity> FindOutputField(const std::string& name) const;
+  // A derived field that scoring computes.
+  std::optional<Quantity> FindDerived(const std::string& name) const;
+  // A column by the plain name that the program gives it.
+  std::optional<Quantity> FindPlainColumn(const std::string& name) const;
+  // The prediction, under the name of the target.
+  Quantity Prediction() const;
+  // What a user of the document gets: its final output fields, or else the prediction.
+  std::vector<Quantity> Results() const;
+
+ private:
+  Quantity FromField(std::size_t field) const;
+  transform::Value Derived(int position);
+
+  const LoadedModel& loaded_;
+  MCZandor_850::InputCaseRecord record_;
+  output::OutputScratch scratch_;
+  std::unordered_map<std::string, Input> inputs_;
+  std::unordered_map<std::string, std::size_t> outputs_;  // by name
+  std::unordered_map<std::string, int> derived_slots_;    // by name
+  std::unique_ptr<MCZandor_850::ScoreResult> result_;
+  std::unique_ptr<transform::Scratch> derived_;  // of the last case; null until it is asked for
+  output::Outcome outcome_;
+};
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_VERIFY_VERIFY_CASE_H_

@@ -1,0 +1,51 @@
+// Comparing scores with the expected ones of a file.
+#ifndef TOOLS_VERIFY_VERIFY_FILES_H_
+#define TOOLS_VERIFY_VERIFY_FILES_H_
+
+#include <string>
+#include <vector>
+
+#include "host/load/loader.h"
+#include "tools/base/text_table.h"
+#include "tools/verify/verify_report.h"
+
+namespace svmscore::tools {
+
+// Cells that count as missing besides empty ones.
+using MissingTokens = std::vector<std::string>;
+
+// Gives the case the values of a row of `cases`.
+void SetInputs(const TextTable& cases, const std::vector<std::string>& row,
+               const MissingTokens& missing, VerifyCase& scored);
+
+// A column of expected values, and what of a case it expects.
+struct ExpectedColumn {
+  std::size_t cell;
+  Quantity quantity;
+};
+using ExpectedColumns = std::vector<ExpectedColumn>;
+
+struct ExpectedReadings {
+  bool by_name = false;
+  std::vector<ExpectedColumns> all;  // one where the columns are known by name
+};
+
+// Throws a BadCases for cases that do not fit the model: a column that it needs is not
+// there, or one that it reads is named twice.
+void RequireInputs(const LoadedModel& loaded, const TextTable& cases);
+
+// The ways to read `expected`. Columns mean the values of their names: output fields, or the
+// columns that the program writes. Where none of the names is known, the first column means the
+// prediction, or one of the output fields that are made from it: one reading each. Throws a
+// BadCases for files that do not fit together, and as RequireInputs does.
+ExpectedReadings ReadingsOf(const LoadedModel& loaded, const TextTable& cases,
+                            const TextTable& expected);
+
+// Compares by the first reading that agrees on every row, or else by the first one. Throws as
+// ReadingsOf does.
+VerifyReport VerifyFiles(const LoadedModel& loaded, const TextTable& cases,
+                         const TextTable& expected, double tolerance, const MissingTokens& missing);
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_VERIFY_VERIFY_FILES_H_
