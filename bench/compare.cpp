@@ -180,7 +180,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: compare FOLDER [NAMES]\n", stderr);
     return 2;
   }
-  const packed::IsaChoice choice = packed::ChooseIsaFromEnvironment();
+  const svmscore::IsaChoice& choice = svmscore::ChosenIsa();
   if (choice.error != nullptr) {
     std::fprintf(stderr, "compare: %s\n", choice.error);
     return 2;
@@ -188,7 +188,7 @@ int main(int argc, char** argv) {
   std::printf(
       "Instruction set: %s. Microseconds a case, one thread; ratios to LIBSVM as median "
       "(quartiles) of %d rounds.\n\n",
-      packed::NameOf(choice.isa), kRounds);
+      svmscore::NameOf(choice.isa), kRounds);
   std::puts(
       "| | vectors x fields | machines | LIBSVM | definition | many cases | ratio | one case "
       "| ratio | share of peak | bits unlike the definition | unlike LIBSVM |");

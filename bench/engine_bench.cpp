@@ -56,8 +56,7 @@ void Report(benchmark::State& state, double cases, const Model& model) {
 void Decide(benchmark::State& state) {
   const auto argument = [&](std::size_t i) { return static_cast<std::size_t>(state.range(i)); };
   Model model(argument(0), argument(1), argument(2));
-  const packed::IsaChoice choice = packed::ChooseIsaFromEnvironment();
-  const PackedEngine engine(model.input, packed::OperationsOf(choice.isa));
+  const PackedEngine engine(model.input, packed::OperationsOf(svmscore::ChosenIsa().isa));
   PackedScratch scratch;
   const std::size_t count = argument(3);
   for (auto _ : state) {
@@ -69,7 +68,7 @@ void Decide(benchmark::State& state) {
     }
     benchmark::DoNotOptimize(model.decisions.data());
   }
-  state.SetLabel(packed::NameOf(engine.isa()));
+  state.SetLabel(svmscore::NameOf(engine.isa()));
   Report(state, count == 0 ? 1.0 : static_cast<double>(count), model);
 }
 
@@ -90,8 +89,7 @@ BENCHMARK(Decide)->Apply(Sizes);
 // One engine, read by all threads, each with cases of its own.
 void DecideOnThreads(benchmark::State& state) {
   static Model model(2000, 50, 1);
-  static const PackedEngine engine(model.input,
-                                   packed::OperationsOf(packed::ChooseIsaFromEnvironment().isa));
+  static const PackedEngine engine(model.input, packed::OperationsOf(svmscore::ChosenIsa().isa));
   PackedScratch scratch;
   std::vector<double> decisions(Model::kCases);
   for (auto _ : state) {

@@ -57,14 +57,14 @@ bool Compare(const char* name, int degree, double reach, std::size_t millions, c
 int main(int argc, char** argv) {
   const std::size_t millions = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 100;
   bits.seed(argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 1);
-  const IsaChoice choice = ChooseIsaFromEnvironment();
+  const svmscore::IsaChoice& choice = svmscore::ChosenIsa();
   if (choice.error != nullptr) {
     std::fprintf(stderr, "vector_functions: %s\n", choice.error);
     return 2;
   }
   const Operations* operations = OperationsOf(choice.isa);
   if (operations == nullptr || operations->exp == nullptr) {
-    std::printf("%s calls the library's functions\n", NameOf(choice.isa));
+    std::printf("%s calls the library's functions\n", svmscore::NameOf(choice.isa));
     return 0;
   }
   bool same =

@@ -92,10 +92,10 @@ void Compare(const sample::Model& model, const sample::Cases& cases, bool with_w
   };
   using packed::Isa;
   for (const Isa isa : {Isa::kSse2, Isa::kAvx2, Isa::kAvx512}) {
-    if (packed::CpuHas(isa)) check(packed::NameOf(isa), packed::OperationsOf(isa));
+    if (CpuHas(isa)) check(NameOf(isa), packed::OperationsOf(isa));
   }
   // The forms of AVX-512 by AVX2 take longer than all the others.
-  if (with_wide && packed::CpuHas(Isa::kAvx2)) check("avx512_by_avx2", &packed::WideOperations());
+  if (with_wide && CpuHas(Isa::kAvx2)) check("avx512_by_avx2", &packed::WideOperations());
 }
 
 }  // namespace

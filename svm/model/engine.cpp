@@ -5,8 +5,7 @@
 #include <optional>
 #include <unordered_map>
 
-#include "host/model/message_codes.h"
-#include "host/model/ss_exception.h"
+#include "host/model/instruction_set.h"
 #include "svm/kernel/packed/operations.h"
 #include "svm/model/model.h"
 #include "svm/model/workspace.h"
@@ -42,11 +41,10 @@ class Collector {
       input_.machines.emplace_back();
       return true;
     }
-    if (machine->support_vectors.size() < machine->coefficients.size()) return false;
+    if (!machine->IsWhole()) return false;
     std::vector<std::uint32_t>& terms = terms_.back();
     for (std::size_t k = 0; k < machine->coefficients.size(); ++k) {
       const SVMDataCase* vector = machine->support_vectors[k];
-      if (vector == nullptr || vector->values.size() < vector->indices.size()) return false;
       const auto next = static_cast<std::uint32_t>(input_.vectors.size());
       const auto [found, is_new] = positions_.emplace(vector, next);
       if (is_new) input_.vectors.push_back({&vector->indices, &vector->values});
@@ -68,14 +66,6 @@ class Collector {
   std::vector<std::vector<std::uint32_t>> terms_;
 };
 
-const MCSVM_700::packed::Operations* ChosenOperations() {
-  const MCSVM_700::packed::IsaChoice choice = MCSVM_700::packed::ChooseIsaFromEnvironment();
-  if (choice.error != nullptr) {
-    svmscore::ThrowAt(nullptr, svmscore::code::kInstructionSet, choice.error);
-  }
-  return MCSVM_700::packed::OperationsOf(choice.isa);
-}
-
 }  // namespace
 
 SVMModel::Workspace& SVMModel::ThisThreadsWorkspace() {
@@ -85,7 +75,6 @@ SVMModel::Workspace& SVMModel::ThisThreadsWorkspace() {
 
 void SVMModel::SetUpEngine(SVMConst::KernelFunctionType type) {
   engine_.reset();
-  const auto* operations = ChosenOperations();
   const auto form = FormOf(type);
   if (!form || EntryCount() > std::numeric_limits<int>::max()) return;
   Collector collector;
@@ -98,7 +87,8 @@ void SVMModel::SetUpEngine(SVMConst::KernelFunctionType type) {
   input.coef0 = data_->GetSVMKernelTypeCoef0();
   input.degree = data_->GetSVMKernelTypeDegree();
   input.fields = EntryCount();
-  engine_ = std::make_unique<const MCSVM_700::PackedEngine>(input, operations);
+  engine_ = std::make_unique<const MCSVM_700::PackedEngine>(
+      input, MCSVM_700::packed::OperationsOf(svmscore::ChosenIsa().isa));
 }
 
 bool SVMModel::EngineFits() const {
@@ -121,11 +111,21 @@ MCScore::MCStatus SVMModel::Decide(const std::vector<int>& idx, const std::vecto
     engine_->Decide(val.data(), ThisThreadsWorkspace().scratch, decisions.data());
     return {};
   }
-  MCScore::MCStatus status;
-  for (std::size_t m = 0; m < decisions.size() && !status.IsError(); ++m) {
-    status = ScoreSVMByKernelType(idx, val, static_cast<int>(m), decisions[m]);
+  return DecideByDefinition(idx, val, decisions.data(), 1);
+}
+
+MCScore::MCStatus SVMModel::DecideByDefinition(const std::vector<int>& idx,
+                                               const std::vector<double>& val, double* decisions,
+                                               std::size_t stride) {
+  for (std::size_t m = 0; m < DecisionCount(); ++m) {
+    const auto* machine = Machine(static_cast<int>(m));
+    if (machine != nullptr && !machine->IsWhole()) {
+      return MCScore::MCStatus(MCScore::kCannotScore, false);
+    }
+    decisions[m * stride] = 0.0;
+    ScoreSVMByKernelType(idx, val, static_cast<int>(m), decisions[m * stride]);
   }
-  return status;
+  return {};
 }
 
 }  // namespace MCZandor_850

@@ -138,20 +138,4 @@ TEST(Pool, KeepsTheOrderOfEveryMachine) {
   EXPECT_THAT(contradicting.ascending, ElementsAre(true, false));
 }
 
-TEST(IsaChoice, TakesKnownNamesOnly) {
-  for (const Isa isa : {Isa::kPlain, Isa::kSse2, Isa::kAvx2, Isa::kAvx512}) {
-    const packed::IsaChoice choice = packed::ChooseIsa(packed::NameOf(isa));
-    EXPECT_EQ(choice.error == nullptr, packed::CpuHas(isa)) << packed::NameOf(isa);
-    EXPECT_EQ(choice.isa, packed::CpuHas(isa) ? isa : Isa::kPlain);
-  }
-  for (const char* unknown : {"AVX2", "avx", "avx2 ", "neon"}) {
-    EXPECT_STREQ(packed::ChooseIsa(unknown).error,
-                 "SVMSCORE_ISA must be sse2, avx2, avx512 or plain");
-  }
-  for (const char* unset : {"", static_cast<const char*>(nullptr)}) {
-    EXPECT_EQ(packed::ChooseIsa(unset).error, nullptr);
-    EXPECT_NE(packed::ChooseIsa(unset).isa, Isa::kPlain);
-  }
-}
-
 }  // namespace

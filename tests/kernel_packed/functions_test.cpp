@@ -18,7 +18,8 @@ class VectorFunctions : public LevelTest {
     if (operations() == nullptr || operations()->exp == nullptr) {
       GTEST_SKIP() << GetParam().name << " calls the library's functions";
     }
-    if (!CpuHas(Isa::kAvx2)) GTEST_SKIP() << "the library's functions for CPUs without FMA differ";
+    if (!svmscore::CpuHas(Isa::kAvx2))
+      GTEST_SKIP() << "the library's functions for CPUs without FMA differ";
   }
 };
 

@@ -20,6 +20,8 @@ struct Level {
 
 inline std::vector<Level> AllLevels() {
   using namespace MCSVM_700::packed;
+  using svmscore::CpuHas;
+  using svmscore::NameOf;
   std::vector<Level> levels;
   for (const Isa isa : {Isa::kPlain, Isa::kSse2, Isa::kAvx2, Isa::kAvx512}) {
     levels.push_back({NameOf(isa), CpuHas(isa), CpuHas(isa) ? OperationsOf(isa) : nullptr});

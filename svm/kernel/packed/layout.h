@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "host/model/instruction_set.h"
+
 namespace MCSVM_700::packed {
 
 enum class KernelForm { kLinear = 0, kPolynomial = 1, kRadialBasis = 2, kSigmoid = 3 };
@@ -15,8 +17,7 @@ constexpr std::size_t kBlock = 32;
 // Cases of a sparse model that are taken from their columns together.
 constexpr std::size_t kSparseCases = 32;
 
-// From least to most. kPlain is the definition itself, case by case.
-enum class Isa { kPlain = 0, kSse2 = 1, kAvx2 = 2, kAvx512 = 3 };
+using svmscore::Isa;
 
 // Neighbouring vectors of the pool that the same machines use.
 struct Segment {

@@ -1,4 +1,4 @@
-// What an instruction set offers, and the one place that chooses between instruction sets.
+// What an instruction set offers.
 #ifndef SVM_KERNEL_PACKED_OPERATIONS_H_
 #define SVM_KERNEL_PACKED_OPERATIONS_H_
 
@@ -38,21 +38,8 @@ const Operations& Sse2Operations();
 const Operations& Avx2Operations();
 const Operations& Avx512Operations();
 
-// Null for kPlain. REQUIRES: CpuHas(isa).
+// Null for kPlain. REQUIRES: the CPU has the instruction set.
 const Operations* OperationsOf(Isa isa);
-// Whether this CPU and its operating system run it.
-bool CpuHas(Isa isa);
-// "plain", "sse2", "avx2" or "avx512"
-const char* NameOf(Isa isa);
-
-struct IsaChoice {
-  Isa isa = Isa::kPlain;
-  const char* error = nullptr;  // a sentence where `forced` cannot be had; isa is kPlain then
-};
-// The best that this CPU has, or the one named by `forced`, where that is neither null nor "".
-IsaChoice ChooseIsa(const char* forced);
-// ChooseIsa of the environment variable SVMSCORE_ISA.
-IsaChoice ChooseIsaFromEnvironment();
 
 }  // namespace MCSVM_700::packed
 
