@@ -144,9 +144,11 @@ IntakeMode ModeOf(LoadChecks checks) {
 }  // namespace
 
 LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document, LoadChecks checks) {
+  RequireChosenIsa();
   LoadedModel loaded{std::move(document), plugin.GiveTranslator(), nullptr, {}, {}, {}, nullptr};
   try {
     loaded.intake = MakeReadable(loaded.document, ModeOf(checks));
+    CheckEntries(loaded.document.Dom());
     loaded.model = Translate(*loaded.translator, loaded.document);
     const bool refuse = checks != LoadChecks::kTolerate;
     if (refuse) CheckTransformations(*loaded.model, loaded.document);

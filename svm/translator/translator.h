@@ -60,7 +60,8 @@ class SVMTranslator : public PMMLTranslator {
   // Positions of the variables that declare no values, in dictionary order.
   std::vector<int> GetEmptyScoreDictVars(ScoreDictionary* dictionary);
   // Gives the variable behind the derived field `field_name` the one category that the field
-  // encodes. False where that is not so, or the variable declares its values.
+  // encodes. True where one was added: not for a variable that declares its values, nor for a
+  // category that it has.
   bool FillCateValuesToDataDict(ScoreDictionary* dictionary,
                                 TransformationDictionary* transformations,
                                 const std::string& field_name);
@@ -180,9 +181,6 @@ class SVMTranslator : public PMMLTranslator {
   // Of the last document that had one. Kept alive by the base, whatever becomes of the model.
   ScoreDictionary* data_dictionary_ = nullptr;
   const CategoryIndex* category_index_ = nullptr;  // while machines are read
-  // Of the vectors that were read since the vector dictionary began.
-  std::uint64_t entries_ = 0;
-  std::uint64_t implied_entries_ = 0;
 };
 
 }  // namespace MCZandor_850

@@ -1,9 +1,7 @@
-#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "host/xml/limits.h"
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
 #include "host/xml/tags.h"
@@ -28,8 +26,6 @@ void SVMTranslator::ParseVectorDictionary(xercesc::DOMElement* model_element, DO
   }
   if (dictionary == nullptr) return;
   ParseVectorFields(dictionary, util, model, data);
-  entries_ = 0;
-  implied_entries_ = 0;
   const unsigned long count = GetVectorInstances(dictionary, util);
   xercesc::DOMNodeList* instances =
       GetElementsByTagName(dictionary, tags::XML_ELE_SVM_VECTORINSTANCE);
@@ -106,8 +102,6 @@ void SVMTranslator::ParseVectorInstance(xercesc::DOMNodeList* instances, DOMElem
     array = util->GetChildElemByName(instance, tags::XML_ELE_SVM_REALARRAY, false);
     ParseRealArray(array, util, indices, values);
   }
-  entries_ += values.size();
-  svmscore::CheckLimit(instance, &svmscore::Limits::entries, entries_);
   if (!id.empty() && !values.empty() && indices.size() == values.size()) {
     data->AddVectorInstance(id, indices, values);
   }
@@ -117,12 +111,16 @@ void SVMTranslator::ParseRealSparseArray(xercesc::DOMElement* array, DOMElemUtil
                                          std::vector<int>& indices, std::vector<double>& values) {
   if (array == nullptr || util == nullptr) return;
   const int size = util->GetAttributeToInt(array, tags::XML_ATT_SVM_N, false);
-  xercesc::DOMElement* indices_element =
-      util->GetChildElemByName(array, tags::XML_ELE_SVM_INDICES, false);
+  xercesc::DOMElement* indices_element = nullptr;
+  try {
+    indices_element = util->GetChildElemByName(array, tags::XML_ELE_SVM_INDICES, false);
+  } catch (const SSException&) {
+    svmscore::ThrowAt(array, code::kChildMissing, tags::XML_ELE_SVM_INDICES,
+                      tags::XML_ELE_SVM_REALSPARSEARRAY);
+  }
   if (indices_element == nullptr) {
-    // An array without indices stands for explicit zeros.
-    implied_entries_ += static_cast<std::uint64_t>(std::max(size, 0));
-    svmscore::CheckLimit(array, &svmscore::Limits::implied_entries, implied_entries_);
+    // An array without indices stands for explicit zeros. How many are too many for a document from
+    // elsewhere is said by whoever loads it.
     for (int k = 0; k < size; ++k) {
       indices.push_back(k + 1);
       values.push_back(0.0);

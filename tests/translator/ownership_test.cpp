@@ -28,6 +28,19 @@ TEST(OwnershipTest, ModelAndTranslatorOutliveEachOther) {
   EXPECT_EQ(model->GetModelType(), 29);
 }
 
+// How many are too many is for whoever loads a document to say.
+TEST(OwnershipTest, LimitsOfADocumentAreNotTheTranslators) {
+  svmscore::Limits limits;
+  limits.entries = 1;
+  limits.implied_entries = 1;
+  const PmmlDocument document = PmmlDocument::FromText(
+      Edit(Classification(), "<Indices>1</Indices><REAL-Entries>-2</REAL-Entries>", ""),
+      "test.pmml", limits);
+  SVMTranslator translator;
+  const std::unique_ptr<ScoreModel> model(translator.ParseFromTree(document.Dom(), "UTF-8"));
+  EXPECT_NE(model, nullptr);
+}
+
 // A Targets element that cannot be read shows whether it was: only with a dictionary at hand.
 TEST(OwnershipTest, ADictionaryThatCannotBeReadLeavesNone) {
   const std::string without =

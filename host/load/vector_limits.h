@@ -1,0 +1,15 @@
+// How many entries the vectors of a document have.
+#ifndef HOST_PMML_VECTOR_LIMITS_H_
+#define HOST_PMML_VECTOR_LIMITS_H_
+
+#include <xercesc/dom/DOM.hpp>
+
+namespace svmscore {
+
+// Throws an SSException (260318) where the sparse arrays have more entries, or more of those that
+// no text stands for, than the document's limits let through: a translator makes room for them all.
+void CheckEntries(const xercesc::DOMDocument* document);
+
+}  // namespace svmscore
+
+#endif  // HOST_PMML_VECTOR_LIMITS_H_
