@@ -1,5 +1,6 @@
 #include "host/translate/base_model.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "host/transform/transformation_dictionary.h"
@@ -25,9 +26,9 @@ void BaseModel::SetScoreDictionary(ScoreDictionary* dictionary) {
 
 void BaseModel::SetScoreDictionary(ScoreDictionary* dictionary, bool owned) {
   if (dictionary == dictionary_.get()) return;
-  // Roles and target belong to the variables of the dictionary that goes.
+  // Roles and targets belong to the variables of the dictionary that goes.
   roles_.clear();
-  target_ = nullptr;
+  targets_.clear();
   dictionary_ = owned ? Share(dictionary)
                       : std::shared_ptr<ScoreDictionary>(dictionary, [](ScoreDictionary*) {});
 }
@@ -43,10 +44,11 @@ void BaseModel::SetResultScoreDictionary(ScoreDictionary* dictionary) {
 void BaseModel::SetVarRole(const ScoreDictVar* var, VarRole role) {
   if (var == nullptr) return;
   roles_[var->GetName()] = role;
+  const auto known = std::find(targets_.begin(), targets_.end(), var);
   if (role == kTargetRole) {
-    if (target_ == nullptr) target_ = var;
-  } else if (target_ == var) {
-    target_ = nullptr;
+    if (known == targets_.end()) targets_.push_back(var);
+  } else if (known != targets_.end()) {
+    targets_.erase(known);
   }
 }
 

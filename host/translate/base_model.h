@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "host/text/api.h"
 #include "host/model/score_model.h"
@@ -29,8 +30,11 @@ class SVMSCORE_HOST_API BaseModel : public ScoreModel {
   // Other for a name without a recorded role.
   VarRole GetVarRole(const std::string& name) const override;
   ScoreVersionInfo* GetVersionInfo() const override { return version_.get(); }
-  // The first variable that was given the target role and still has it; null where none has.
-  const ScoreDictVar* GetTargetVar() const override { return target_; }
+  // Of the variables that have the target role the one that was given it first; null where none
+  // has.
+  const ScoreDictVar* GetTargetVar() const override {
+    return targets_.empty() ? nullptr : targets_.front();
+  }
   ScoreDictionary* GetDictionary() const override { return dictionary_.get(); }
   TransformationDictionary* GetTransformationDictionary() const override {
     return transformations_.get();
@@ -44,7 +48,7 @@ class SVMSCORE_HOST_API BaseModel : public ScoreModel {
   std::unique_ptr<TransformationDictionary> transformations_;
   std::shared_ptr<ScoreDictionary> result_dictionary_;
   std::unordered_map<std::string, VarRole> roles_;
-  const ScoreDictVar* target_ = nullptr;
+  std::vector<const ScoreDictVar*> targets_;  // in the order in which they became such
   MVPolicy policy_ = kPredictMissing;
   std::unique_ptr<ScoreVersionInfo> version_;
 };

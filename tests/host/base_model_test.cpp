@@ -85,6 +85,10 @@ TEST(BaseModel, TheTargetIsTheFirstVariableThatHasTheRole) {
   model.SetVarRole("b", ScoreModel::kTargetRole);
   EXPECT_EQ(model.GetTargetVar(), dictionary->FindVar("a"));
   EXPECT_EQ(model.GetVarRole("b"), ScoreModel::kTargetRole);
+  model.SetVarRole("a", ScoreModel::kActiveRole);
+  EXPECT_EQ(model.GetTargetVar(), dictionary->FindVar("b"));
+  model.SetVarRole("a", ScoreModel::kTargetRole);
+  EXPECT_EQ(model.GetTargetVar(), dictionary->FindVar("b")) << "the target for longer";
   EXPECT_EQ(model.GetVarRole("c"), ScoreModel::kOtherRole);
   EXPECT_EQ(model.GetMissingValuePolicy(), ScoreModel::kPredictMissing);
 }
