@@ -55,8 +55,8 @@ bool ScoreDictVar::DeclaresNoValues() const {
   return op_type_ != OpType::kContinuous && !values_declared_;
 }
 
-void ScoreDictVar::AddCategory(const ScoreValue& value, const std::string& text) {
-  if (GetCategoryIndex(&value) >= 0 || value.IsInvalid() || value.IsMissing()) return;
+bool ScoreDictVar::AddCategory(const ScoreValue& value, const std::string& text) {
+  if (GetCategoryIndex(&value) >= 0 || value.IsInvalid() || value.IsMissing()) return false;
   const int index = static_cast<int>(categories_.size());
   if (GetStorageType() == 1) {
     categories_.push_back(std::make_unique<StringValue>(text));
@@ -68,6 +68,7 @@ void ScoreDictVar::AddCategory(const ScoreValue& value, const std::string& text)
   }
   category_views_.push_back(categories_.back().get());
   displays_.push_back(text);
+  return true;
 }
 
 void ScoreDictVar::DeclareCategory(const std::string& text, const std::string& display) {

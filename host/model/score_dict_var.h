@@ -60,8 +60,9 @@ class SVMSCORE_HOST_API ScoreDictVar {
   // True for a variable that is not continuous and whose declaration lists no values: then every
   // value is valid, also after AddCategory.
   bool DeclaresNoValues() const;
-  // Adds a category with its text. One that equals an earlier category is not added again.
-  void AddCategory(const ScoreValue& value, const std::string& text);
+  // Adds a category with its text. False, with nothing added, for one that equals an earlier
+  // category and for a value that is missing or invalid.
+  bool AddCategory(const ScoreValue& value, const std::string& text);
   // Adds a category that the declaration lists: it closes the set of valid values.
   void DeclareCategory(const std::string& text, const std::string& display);
   // The text for people of a category: its display text where one was declared, else its text.

@@ -143,8 +143,7 @@ bool SVMTranslator::FillCateValuesToDataDict(ScoreDictionary* dictionary,
   const std::unique_ptr<ScoreValue> value = encoded[0]->Clone();
   const std::string text = encoded[0]->GetText();
   if (!value || text.empty()) return false;
-  var->AddCategory(*value, text);
-  return true;
+  return var->AddCategory(*value, text);
 }
 
 }  // namespace MCZandor_850

@@ -89,6 +89,9 @@ TEST(DictionariesTest, AnIndicatorTeachesItsVariableACategory) {
                                     "<CategoricalP", "<FieldRef field='isred'/>$&");
   Reading learnt(document);
   EXPECT_EQ(learnt.Var("color").GetCategoryIndexOfText("red"), 0);
+  EXPECT_FALSE(learnt.translator.FillCateValuesToDataDict(
+      learnt.model.GetDictionary(), learnt.model.GetTransformationDictionary(), "isred"))
+      << "it is there";
 
   // A list stays what it is, also where another variable has none.
   Reading listed(Edit(Edit(document, "name=\"color\" optype=\"categorical\" dataType=\"string\"/",
