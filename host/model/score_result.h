@@ -31,6 +31,10 @@ class SVMSCORE_HOST_API ScoreResult {
   virtual ScoreResultType GetScoreResultType() const = 0;
 };
 
+// Borrows its values, which are the model's: the prediction too. A class of the host's own is
+// filled like the model's, through these operations alone: SetPrediction, then AddValuePercent for
+// each category, then SetConfidence. One that is handed back for another case must take a category
+// that it has anew.
 class SVMSCORE_HOST_API ScoreClsResult : public ScoreResult {
  public:
   ~ScoreClsResult() override {}
@@ -42,6 +46,9 @@ class SVMSCORE_HOST_API ScoreClsResult : public ScoreResult {
   virtual const std::vector<std::pair<ScoreValue*, double>>& GetAllValuePercent() const = 0;
 };
 
+// Owns its prediction. A class of the host's own is filled like the model's: the number that is its
+// prediction is changed in place, and SetPrediction gives it another value only where that is no
+// number, or where the prediction is a missing one.
 class SVMSCORE_HOST_API ScoreRegResult : public ScoreResult {
  public:
   ~ScoreRegResult() override {}
@@ -57,6 +64,8 @@ class SVMSCORE_HOST_API ScoreIntervalResult {
   virtual ~ScoreIntervalResult() {}
   // The bounds, in units of the target; false (and nothing written) where none was computed.
   virtual bool GetInterval(double& lower, double& upper) const = 0;
+  // What scoring a case of a model with intervals calls.
+  virtual void SetInterval(double lower, double upper) = 0;
 };
 
 }  // namespace MCZandor_850

@@ -180,7 +180,7 @@ bool SVMModel::IsCategory(int winner) const {
 MCStatus SVMModel::FillSVMClsResult(int winner, double confidence,
                                     const std::vector<double>& percents, ScoreResult*& result) {
   // Another kind of result could take the category for its own and delete it.
-  auto* cls_result = dynamic_cast<SVMClsResult*>(result);
+  auto* cls_result = dynamic_cast<ScoreClsResult*>(result);
   if (cls_result == nullptr || !IsCategory(winner)) return Undecided();
   cls_result->SetPrediction(Lend(target_categories_[static_cast<std::size_t>(winner)]));
   FillSVMVEMAClsResult(percents, winner, confidence, result);
@@ -189,12 +189,12 @@ MCStatus SVMModel::FillSVMClsResult(int winner, double confidence,
 
 MCStatus SVMModel::FillSVMVEMAClsResult(const std::vector<double>& percents, int winner,
                                         double confidence, ScoreResult*& result) {
-  auto* cls_result = dynamic_cast<SVMClsResult*>(result);
+  auto* cls_result = dynamic_cast<ScoreClsResult*>(result);
   if (cls_result == nullptr || prediction_only_ || !IsPosition(winner, target_categories_.size()) ||
       percents.size() != target_categories_.size()) {
     return {};
   }
-  cls_result->RemoveValuePercent();
+  if (auto* own = dynamic_cast<SVMClsResult*>(result)) own->RemoveValuePercent();
   for (std::size_t i = 0; i < percents.size(); ++i) {
     cls_result->AddValuePercent(Lend(target_categories_[i]), percents[i]);
   }

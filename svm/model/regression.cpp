@@ -2,7 +2,6 @@
 
 #include "svm/model/model.h"
 #include "svm/model/workspace.h"
-#include "svm/result/reg_result.h"
 
 namespace MCZandor_850 {
 
@@ -20,7 +19,7 @@ MCStatus SVMModel::ScoreSVMRegModel(const std::vector<int>& idx, const std::vect
 
 MCStatus SVMModel::FillSVMRegResult(double value, ScoreResult*& result) {
   // The prediction of a classification result is a category: never to be written to.
-  auto* reg_result = dynamic_cast<SVMRegResult*>(result);
+  auto* reg_result = dynamic_cast<ScoreRegResult*>(result);
   if (reg_result != nullptr && reg_result->GetPrediction() != nullptr) {
     if (auto* number = dynamic_cast<NumericValue*>(reg_result->GetPrediction())) {
       number->SetDoubleValue(value);
@@ -33,13 +32,15 @@ MCStatus SVMModel::FillSVMRegResult(double value, ScoreResult*& result) {
 }
 
 MCStatus SVMModel::FillSVMVEMARegResult(double value, ScoreResult*& result) {
-  auto* reg_result = dynamic_cast<SVMRegResult*>(result);
+  auto* reg_result = dynamic_cast<ScoreRegResult*>(result);
   double std_dev = 0.0;
   double lower = 0.0;
   double upper = 0.0;
   if (reg_result == nullptr || !IntervalAround(value, std_dev, lower, upper)) return {};
   reg_result->SetStdDev(std_dev);
-  reg_result->SetCI(lower, upper);
+  if (auto* interval = dynamic_cast<ScoreIntervalResult*>(result)) {
+    interval->SetInterval(lower, upper);
+  }
   return {};
 }
 

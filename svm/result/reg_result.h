@@ -30,6 +30,7 @@ class SVMRegResult : public ScoreRegResult, public ScoreIntervalResult {
   void SetCI(double lower, double upper);
   void GetCI(double& lower, double& upper) const;
   bool GetInterval(double& lower, double& upper) const override;
+  void SetInterval(double lower, double upper) override { SetCI(lower, upper); }
 
  private:
   const ScoreDictVar* target_;
