@@ -28,11 +28,7 @@ ExitStatus DescribeCommand::Run() {
   const DescribedModel described = LoadModelToDescribe(source, plugin_, strict_document_);
   tools::ModelSummary summary = tools::Summarise(described.loaded);
   summary.refused = described.refused;
-  if (dump_) {
-    std::ostringstream listing;
-    described.loaded.model->Display(listing);
-    summary.listing = listing.str();
-  }
+  if (dump_) summary.listing = ListingOf(*described.loaded.model);
   OutputFile output("-");
   output.Write(json_ ? JsonOf(summary) : TextOf(summary));
   return kDone;

@@ -1,6 +1,5 @@
 #include <ostream>
 
-#include "host/text/printable.h"
 #include "svm/model/model.h"
 
 namespace MCZandor_850 {
@@ -14,9 +13,7 @@ void SVMModel::Display(std::ostream& os) const {
   os << "Target variable: ";
   if (target_var_ != nullptr) target_var_->Display(os);
   os << "Target categories: ";
-  for (const std::string& name : target_category_names_) {
-    os << svmscore::Printable(name, svmscore::kLongestInsert);
-  }
+  for (const std::string& name : target_category_names_) os << name;
   os << "End of SupportVectorMachineModel display." << std::endl;
 }
 

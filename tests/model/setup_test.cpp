@@ -90,6 +90,10 @@ TEST(SetUp, VariablesOfARole) {
     ASSERT_NE(found, nullptr) << name;
     EXPECT_EQ(found->GetVariables(), Variables{model->GetDictionary()->FindVar(name)});
   }
+  // A second variable of that role is not the target.
+  model->SetVarRole(std::string("x0"), ScoreModel::kTargetRole);
+  const std::unique_ptr<BaseDictionary> target(model->GetVarsOfRole(ScoreModel::kTargetRole));
+  EXPECT_EQ(target->GetVariables(), Variables{model->GetDictionary()->FindVar("y")});
 }
 
 TEST(ModelDisplay, ByteForByte) {
@@ -98,10 +102,12 @@ TEST(ModelDisplay, ByteForByte) {
   EXPECT_EQ(Shown(SVMModel()), begin +
                                    "False.\nTarget variable: Target categories: "
                                    "End of SupportVectorMachineModel display.\n");
-  const auto model = Classifier(2).Model();
+  Classifier classifier(2);
+  classifier.dictionary->FindVar("y")->DeclareCategory("\n\x1B", "");
+  const auto model = classifier.Model();
   model->SetPredictionOnly(true);
   EXPECT_EQ(Shown(*model), begin +
-                               "True.\nTarget variable: y\nTarget categories: ab"
+                               "True.\nTarget variable: y\nTarget categories: ab\n\x1B"
                                "End of SupportVectorMachineModel display.\n");
 }
 
