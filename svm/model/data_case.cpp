@@ -1,23 +1,37 @@
 #include "svm/model/data_case.h"
 
 #include <cstddef>
+#include <locale>
 #include <ostream>
-#include <string>
-
-#include "common/display_format.h"
 
 namespace MCSVM_700 {
 
-using svmscore::display::General;
+namespace {
+
+// The stream's own locale may be that of the process, which writes other numbers.
+class ClassicLocale {
+ public:
+  explicit ClassicLocale(std::ostream& os) : os_(os), before_(os.imbue(std::locale::classic())) {}
+  ~ClassicLocale() { os_.imbue(before_); }
+  ClassicLocale(const ClassicLocale&) = delete;
+  ClassicLocale& operator=(const ClassicLocale&) = delete;
+
+ private:
+  std::ostream& os_;
+  std::locale before_;
+};
+
+}  // namespace
 
 void SVMDataCase::Display(std::ostream& os) const {
-  os << "TVal=" << General(target_value) << ",";
+  const ClassicLocale classic(os);
+  os << "TVal=" << target_value << ",";
   const bool paired = indices.size() == values.size();
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (paired) {
-      os << "(" << std::to_string(indices[i]) << "," << General(values[i]) << ") ";
+      os << "(" << indices[i] << "," << values[i] << ") ";
     } else {
-      os << General(values[i]) << " ";
+      os << values[i] << " ";
     }
   }
   os << std::endl;

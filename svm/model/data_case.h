@@ -12,7 +12,7 @@ namespace MCSVM_700 {
 class SVMDataCase {
  public:
   // Writes one line: the target value, then "(index,value) " for each entry, or the bare values
-  // where the lists differ in length. Flushes.
+  // where the lists differ in length. Numbers have the stream's flags and precision. Flushes.
   void Display(std::ostream& os) const;
 
   double target_value = -1.0;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <iomanip>
 #include <sstream>
 
 namespace MCZandor_850 {
@@ -40,7 +41,10 @@ TEST(ModelDataTest, DataCasesDisplayPairsOrBareValues) {
   instance.Display(os);
   instance.indices.pop_back();
   instance.Display(os);
-  EXPECT_EQ(os.str(), "TVal=-1,\nTVal=-1,(0,0.5) (2,-2) \nTVal=-1,0.5 -2 \n");
+  os << std::showpos << std::setprecision(3);
+  instance.values[0] = 0.12345;
+  instance.Display(os);
+  EXPECT_EQ(os.str(), "TVal=-1,\nTVal=-1,(0,0.5) (2,-2) \nTVal=-1,0.5 -2 \nTVal=-1,+0.123 -2 \n");
 }
 
 }  // namespace
