@@ -101,13 +101,8 @@ MCStatus SVMModel::DecideBatch(const BatchCases& cases, double* decisions, std::
     for (std::size_t e = 0; e < workspace.val.size(); ++e) {
       workspace.val[e] = cases.entries[e * cases.stride + c];
     }
-    for (std::size_t m = 0; m < DecisionCount(); ++m) {
-      double& value = decisions[m * stride + c];
-      value = 0.0;
-      const MCStatus status =
-          ScoreSVMByKernelType(workspace.idx, workspace.val, static_cast<int>(m), value);
-      if (status.IsError()) return status;
-    }
+    const MCStatus status = DecideByDefinition(workspace.idx, workspace.val, decisions + c, stride);
+    if (status.IsError()) return status;
   }
   return {};
 }

@@ -36,8 +36,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   void SetSupportVectorMachineModel(SVMModelData* data);
   void SetUpModelType(bool is_classification);
   // Makes the kernel that `data` names, with the parameters of the data that the model holds, and
-  // packs the machines for it: what is scored is the data as it is now. Throws an SSException where
-  // SVMSCORE_ISA names no instruction set that can be had.
+  // packs the machines for it: what is scored is the data as it is now. Always success.
   MCScore::MCStatus SetUpSVMKFEvaluate(SVMModelData* data);
   // Finds the variable of every vector field: null where no dictionary knows its name. Fills in the
   // category index of the categorical predictors.
@@ -70,8 +69,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                            const ScoreDictVar* var, ScoreResult*& result);
   // Adds to `value` the decision value of one machine: for k = 0, 1, ... in this order
   // coefficient[k] * K(case, support_vector[k]), and last the machine's absolute value. Leaves
-  // `value` alone where there is no such machine. 90029 for a machine that has no whole vector for
-  // some coefficient.
+  // `value` alone where there is no such machine, or one that is not whole. Always success.
   MCScore::MCStatus ScoreSVMByKernelType(const std::vector<int>& case_idx,
                                          const std::vector<double>& case_val, int machine_index,
                                          double& value);
@@ -185,6 +183,10 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // ScoreSVMByKernelType gives the same bits.
   MCScore::MCStatus Decide(const std::vector<int>& idx, const std::vector<double>& val,
                            std::vector<double>& decisions);
+  // The same by ScoreSVMByKernelType: decision m goes to decisions[m * stride]. 90029 where a
+  // machine is not whole.
+  MCScore::MCStatus DecideByDefinition(const std::vector<int>& idx, const std::vector<double>& val,
+                                       double* decisions, std::size_t stride);
   bool EngineTakes(const std::vector<int>& idx, const std::vector<double>& val) const;
   ScoreDictVar* FindVarByName(const std::string& name) const;
   // Null for a position that is none of the machines'.

@@ -1,5 +1,7 @@
 #include "svm/model/model_data.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -17,6 +19,15 @@ int ZeroBased(int index) {
 
 SVMModelData::ST_SUPPORTVECTORMACHINE::~ST_SUPPORTVECTORMACHINE() {
   delete extension;
+}
+
+bool SVMModelData::ST_SUPPORTVECTORMACHINE::IsWhole() const {
+  if (support_vectors.size() < coefficients.size()) return false;
+  const auto terms = static_cast<std::ptrdiff_t>(coefficients.size());
+  return std::all_of(support_vectors.begin(), support_vectors.begin() + terms,
+                     [](const MCSVM_700::SVMDataCase* vector) {
+                       return vector != nullptr && vector->values.size() >= vector->indices.size();
+                     });
 }
 
 SVMModelData::~SVMModelData() {

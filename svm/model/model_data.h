@@ -56,6 +56,10 @@ class SVMModelData {
     std::vector<double> coefficients;
     std::vector<MCSVM_700::SVMDataCase*> support_vectors;  // parallel to the coefficients
     ST_MACHINEEXTENSION* extension = nullptr;
+
+    // Whether every coefficient has a vector, and every vector an entry for each index: whatever
+    // the translator reads does.
+    bool IsWhole() const;
   };
 
   SVMModelData() = default;

@@ -3,6 +3,7 @@
 #include "host/model/score_case_record.h"
 #include "host/model/scoring_log.h"
 #include "host/transform/transformation_dictionary.h"
+#include "svm/export/messages.h"
 #include "svm/model/model.h"
 #include "svm/result/cls_result.h"
 #include "svm/result/reg_result.h"
@@ -166,12 +167,12 @@ MCStatus SVMModel::HandleMissInvalidValue(bool is_missing, bool is_invalid, cons
 
 void SVMModel::PredictMissing(ScoreResult& result) {
   const bool as_number = target_var_ != nullptr && target_var_->GetTypeCode() == 0;
-  if (dynamic_cast<SVMClsResult*>(&result) != nullptr) {
+  if (dynamic_cast<ScoreClsResult*>(&result) != nullptr) {
     result.SetPrediction(as_number ? static_cast<ScoreValue*>(&missing_number_) : &missing_text_);
     return;
   }
   // Any other kind could take what is lent to it for its own.
-  if (dynamic_cast<SVMRegResult*>(&result) == nullptr) return;
+  if (dynamic_cast<ScoreRegResult*>(&result) == nullptr) return;
   // A regression result owns its prediction: the one it has is changed, or it gets a new one.
   auto* number = dynamic_cast<NumericValue*>(result.GetPrediction());
   if (!as_number) {
@@ -187,16 +188,11 @@ MCStatus SVMModel::ScoreSVMByKernelType(const std::vector<int>& case_idx,
                                         const std::vector<double>& case_val, int machine_index,
                                         double& value) {
   const auto* machine = Machine(machine_index);
-  if (machine == nullptr || kernel_ == nullptr) return {};
+  if (machine == nullptr || kernel_ == nullptr || !machine->IsWhole()) return {};
   const std::vector<double>& coefficients = machine->coefficients;
   for (std::size_t k = 0; k < coefficients.size(); ++k) {
-    const MCSVM_700::SVMDataCase* vector =
-        k < machine->support_vectors.size() ? machine->support_vectors[k] : nullptr;
-    if (vector == nullptr || vector->values.size() < vector->indices.size()) {
-      return MCStatus(MCScore::kCannotScore, false);
-    }
-    value +=
-        coefficients[k] * kernel_->Evaluate(case_idx, case_val, vector->indices, vector->values);
+    const MCSVM_700::SVMDataCase& vector = *machine->support_vectors[k];
+    value += coefficients[k] * kernel_->Evaluate(case_idx, case_val, vector.indices, vector.values);
   }
   value += machine->absolute_value;
   return {};

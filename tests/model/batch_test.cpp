@@ -1,13 +1,11 @@
 // Batches against single cases and the plain definition, to the last bit.
-#include <bit>
-#include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <numeric>
 #include <random>
 
 #include <gtest/gtest.h>
 
+#include "host/model/instruction_set.h"
 #include "tests/model/model_fixture.h"
 
 namespace {
@@ -70,12 +68,6 @@ struct Random {
   std::mt19937_64 generator{7};
 };
 
-std::vector<std::uint64_t> Bits(const Columns& numbers) {
-  std::vector<std::uint64_t> bits;
-  for (const double number : numbers) bits.push_back(std::bit_cast<std::uint64_t>(number));
-  return bits;
-}
-
 void ExpectBatch(SVMModel& model, const std::vector<Columns>& cases) {
   const std::size_t count = cases.size();
   Columns entries(count * model.EntryCount());
@@ -137,13 +129,14 @@ void ExpectBatch(SVMModel& model, const std::vector<Columns>& cases) {
 
 TEST(Batch, HasTheBitsOfSingleCasesAndOfTheDefinition) {
   Random random;
-  for (const char* isa : {"plain", "sse2", ""}) {
-    setenv("SVMSCORE_ISA", isa, 1);
+  const svmscore::Isa best = svmscore::ChooseIsa(nullptr).isa;
+  for (const svmscore::Isa isa : {svmscore::Isa::kPlain, svmscore::Isa::kSse2, best}) {
+    svmscore::UseIsa(isa);
     for (const Scheme scheme : {Scheme::kRegression, Scheme::kBinary, Scheme::kSigmoid,
                                 Scheme::kVotes, Scheme::kCoupled, Scheme::kOneAgainstAll}) {
       for (const auto kernel :
            {SVMConst::kLinear, SVMConst::kPolynomial, SVMConst::kRadialBasis, SVMConst::kSigmoid}) {
-        SCOPED_TRACE(testing::Message() << isa << static_cast<int>(scheme) << kernel);
+        SCOPED_TRACE(testing::Message() << NameOf(isa) << static_cast<int>(scheme) << kernel);
         const auto model = random.Model(scheme, kernel);
         for (const std::size_t count : {1U, 7U, 70U}) {
           std::vector<Columns> cases(count, Columns(model->EntryCount()));
@@ -157,7 +150,6 @@ TEST(Batch, HasTheBitsOfSingleCasesAndOfTheDefinition) {
       }
     }
   }
-  unsetenv("SVMSCORE_ISA");
 }
 
 // Data that change after the set-up are no longer what the packed engine holds.
