@@ -2,8 +2,10 @@
 #ifndef TESTS_MODEL_MODEL_FIXTURE_H_
 #define TESTS_MODEL_MODEL_FIXTURE_H_
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -25,6 +27,13 @@ using Machine = SVMModelData::ST_SUPPORTVECTORMACHINE;
 
 inline std::string Numbered(std::string name, std::size_t number) {
   return name += std::to_string(number);
+}
+
+// Of equal bits only: -0.0 is not 0.0, and a NaN equals itself.
+inline std::vector<std::uint64_t> Bits(const std::vector<double>& numbers) {
+  std::vector<std::uint64_t> bits;
+  for (const double number : numbers) bits.push_back(std::bit_cast<std::uint64_t>(number));
+  return bits;
 }
 
 class MapRecord : public ScoreCaseRecord {

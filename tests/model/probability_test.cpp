@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <thread>
 
 #include "tests/model/model_fixture.h"
 
@@ -14,6 +13,37 @@ using Rows = std::vector<Doubles>;
 
 double Logistic(double x) {
   return 1 / (1 + std::exp(-x));
+}
+
+struct ExactSigmoid {
+  double f, a, b, expected;
+};
+struct ExactPercents {
+  Doubles decisions;
+  Doubles expected;
+};
+#include "tests/model/exact_probabilities.inc"
+
+TEST(Exact, SigmoidsVoteSharesAndCoupledProbabilities) {
+  for (const auto& [f, a, b, expected] : kSigmoids) {
+    EXPECT_EQ(Bits({SVMModel().ComputeVEMAZValue(f, a, b)}), Bits({expected})) << f;
+  }
+  for (const auto& [decisions, expected] : kShares) {
+    const auto classes = expected.size();
+    const auto model = Classifier(classes).AddPairs(static_cast<int>(classes)).Model();
+    EXPECT_EQ(Bits(Decide(*model, decisions).percents), Bits(expected)) << classes;
+  }
+  for (const auto& [decisions, expected] : kCoupled) {
+    Classifier classifier(expected.size());
+    classifier.AddPairs(static_cast<int>(expected.size()), true);
+    double m = 0;
+    for (Machine* machine : classifier.data->GetSupportVectorMachines()) {
+      machine->extension->a = -(1 + m / 8);
+      machine->extension->b = m++ / 16 - 0.25;
+    }
+    EXPECT_EQ(Bits(Decide(*classifier.Model(), decisions).percents), Bits(expected))
+        << expected.size();
+  }
 }
 
 TEST(Sigmoid, DoesNotOverflow) {
@@ -133,31 +163,6 @@ TEST(Coupling, FirstOfEqualProbabilitiesWinsAndNaNDoesNot) {
   EXPECT_EQ(nan.code, 0);
   EXPECT_EQ(nan.category, "a");
   EXPECT_EQ(nan.confidence, 0.0);
-}
-
-// Everything a case yields, in bits; every seventh case lacks an input.
-TEST(Coupling, EightThreadsScoreAsOneDoes) {
-  const auto model = Classifier(5).AddPairs(5, true).Model();
-  std::vector<Doubles> alone(400);
-  std::vector<Doubles> together(400);
-  const auto score = [&model](std::vector<Doubles>& answers, std::size_t first, std::size_t step) {
-    for (std::size_t c = first; c < answers.size(); c += step) {
-      Doubles decisions(c % 7 == 6 ? 9 : 10);
-      for (std::size_t m = 0; m < decisions.size(); ++m) {
-        decisions[m] = std::sin(static_cast<double>(10 * c + m));
-      }
-      const Decided decided = Decide(*model, decisions);
-      answers[c] = decided.percents;
-      answers[c].insert(answers[c].end(), {decided.confidence, static_cast<double>(decided.code)});
-    }
-  };
-  score(alone, 0, 1);
-  std::vector<std::thread> threads;
-  for (std::size_t t = 0; t < 8; ++t) threads.emplace_back([&, t] { score(together, t, 8); });
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(together, alone);
-  EXPECT_EQ(alone[0].size(), 5u + 2);
-  EXPECT_EQ(alone[6].back(), 90029.0);
 }
 
 }  // namespace
