@@ -136,6 +136,16 @@ TEST(Learner, CountsItsSweepsAndStartsAnew) {
   }
 }
 
+TEST(CancelInfo, OnceSetItIsNotAskedAgain) {
+  Query query(1);
+  MCSVM_700::SVMCancelInfo info(nullptr);
+  EXPECT_FALSE(info.IsCancel());
+  info.SetCancel();
+  info.SetCancelPtr(&query);
+  EXPECT_TRUE(info.IsCancel());
+  EXPECT_EQ(query.asked, 0);
+}
+
 // Breaks within the matrix's part.
 struct TooShort : std::streambuf {
   TooShort() { setp(room, room + sizeof room); }

@@ -34,7 +34,7 @@ struct Inputs {
     data->SetFunctionName(!regression);
     data->SetCateNumOfTarget(regression ? 1 : 2);
     data->AddFieldRef("n", "");
-    data->AddCategoricalPredictor("c", "green", 1);
+    data->AddCategoricalPredictor("c", "green", 2.5);  // which changes no entry
     data->AddCategoricalPredictor("c", "blue", 1);
     data->AddFieldRef("unknown", "");
     EchoMachine(*data, 0, 0, 1);
@@ -58,7 +58,7 @@ MapRecord Case(double n, const char* c) {
 using Doubles = std::vector<double>;
 
 // The entries of a case, one for each field.
-Doubles Entries(SVMModel& model, const MapRecord& record, bool flag = false) {
+Doubles Entries(SVMModel& model, const ScoreCaseRecord& record, bool flag = false) {
   ScoreResult* none = nullptr;
   std::vector<int> idx;
   Doubles val;
@@ -86,6 +86,8 @@ TEST(CaseValues, TheFirstBadFieldDecides) {
   EXPECT_EQ(inputs.Score(Case(1, "blue")), 90027);
   inputs.model->GetDictionary()->FindVar("n")->DeclareMissing("-99");
   EXPECT_EQ(inputs.Score(Case(-99, "red")), 90029);
+  inputs.model->GetDictionary()->FindVar("c")->DeclareMissing("none");
+  EXPECT_EQ(inputs.Score(Case(1, "none")), 90029) << "missing, although it is invalid as well";
 }
 
 TEST(CaseValues, NoRecordNoDataOrNoTargetCannotBeScored) {
@@ -97,6 +99,19 @@ TEST(CaseValues, NoRecordNoDataOrNoTargetCannotBeScored) {
   inputs.model->SetTargetVar(nullptr);
   EXPECT_EQ(inputs.model->GetScore(&record, result, false).GetErrorCode(), 90029);
   EXPECT_EQ(result, nullptr);
+}
+
+// Nothing is scored, and nothing fails.
+TEST(CaseValues, WithoutEntriesTheResultStaysAsItIs) {
+  const Inputs classification(false);
+  SVMClsResult category(nullptr);
+  ScoreResult* result = &category;
+  EXPECT_FALSE(classification.model->ScoreSVMClsModel({}, {}, result).IsError());
+  EXPECT_EQ(category.GetPrediction(), nullptr);
+  SVMRegResult number(nullptr);
+  result = &number;
+  EXPECT_FALSE(Inputs(true).model->ScoreSVMRegModel({}, {}, result).IsError());
+  EXPECT_TRUE(number.GetPrediction()->IsMissing());
 }
 
 TEST(CaseValues, ReplacementsAreWhatThePolicySays) {
@@ -113,6 +128,7 @@ TEST(CaseValues, ReplacementsAreWhatThePolicySays) {
     if (policy == ScoreModel::kReplaceMissing) {
       EXPECT_EQ(inputs.Score(empty), 0);
       EXPECT_EQ(inputs.result->GetPrediction()->GetDouble(), 7.0);
+      EXPECT_EQ(inputs.result->GetTarget(), inputs.model->GetTargetVar());
       EXPECT_EQ(Entries(*inputs.model, empty), (Doubles{7, 1, 0, 0}));
     } else {
       EXPECT_EQ(inputs.Score(empty), 90029);
@@ -146,6 +162,7 @@ TEST(CaseValues, MissingPredictionsOfClassificationBelongToTheModel) {
   Inputs inputs(false);
   const MapRecord empty({});
   EXPECT_EQ(inputs.Score(empty), 90029);
+  EXPECT_EQ(inputs.result->GetTarget(), inputs.model->GetTargetVar());
   ScoreValue* first = inputs.result->GetPrediction();
   EXPECT_FALSE(first->IsNumeric());
   EXPECT_EQ(first->GetText(), "");
@@ -201,6 +218,13 @@ TEST(CaseValues, DerivedFieldsAndTheInputsTheyHide) {
     model.SetUpDictVarIndex(&record, false);
     EXPECT_EQ(Entries(model, record), (Doubles{5, 7}));
     EXPECT_EQ(Entries(model, record, true), (Doubles{5, 50}));
+    InputCaseRecord inputs(
+        {model.GetDictionary()->FindVar("h"), model.GetDictionary()->FindVar("n")}, by_position,
+        false);
+    inputs.SetText(0, "7");
+    inputs.SetText(1, "0.5");
+    EXPECT_EQ(Entries(model, inputs), (Doubles{5, 7}));
+    EXPECT_EQ(Entries(model, inputs, true), (Doubles{5, 50}));
     const MapRecord given({{"h", 7}, {"n", 0.5}, {"d", 6}}, by_position);
     EXPECT_EQ(Entries(model, given)[0], by_position ? 5.0 : 6.0)
         << "a derived value that the case brings along";
@@ -215,18 +239,25 @@ TEST(CaseValues, FieldsOfAnUnknownKindAreInvalid) {
   EXPECT_EQ(Decide(*classifier.Model(), {1}).code, 90027);
 }
 
-TEST(CaseValues, NothingThatThrowsLeavesGetScore) {
+// Also of one that throws: nothing leaves GetScore.
+TEST(CaseValues, EveryFailureLeavesItsLine) {
   const std::string path = testing::TempDir() + "svmscore_model_test.log";
   std::remove(path.c_str());
   ScoringLog& log = ScoringLog::GetInstance();
   ASSERT_TRUE(log.SetFile(path));
   log.SetLevel(1);
-  EXPECT_EQ(Inputs(false).Score(ThrowingRecord()), 90029);
+  Inputs inputs(false);
+  EXPECT_EQ(inputs.Score(ThrowingRecord()), 90029);
+  EXPECT_EQ(inputs.Score(MapRecord({{"n", kNaN}})), 90027);
+  double entries[4];
+  EXPECT_TRUE(inputs.model->ReadCase(MapRecord({}), false, entries, 1).IsError());
+  EXPECT_EQ(inputs.Score(Case(1, "red")), 0);
   log.SetLevel(0);
-  std::string line;
+  std::string codes;
   std::ifstream file(path);
-  std::getline(file, line);
-  EXPECT_TRUE(line.ends_with("MCStatus error code is :90029")) << line;
+  for (std::string line; std::getline(file, line);) codes += line.substr(line.rfind("MCStatus"));
+  const std::string text = "MCStatus error code is :";
+  EXPECT_EQ(codes, text + "90029" + text + "90027" + text + "90029");
 }
 
 }  // namespace
