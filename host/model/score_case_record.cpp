@@ -12,6 +12,7 @@ using Invalid = FieldTreatment::Invalid;
 using Outliers = FieldTreatment::Outliers;
 
 ScoreCaseRecord::~ScoreCaseRecord() = default;
+WorkedOut::~WorkedOut() = default;
 
 InputCaseRecord::InputCaseRecord(std::vector<const ScoreDictVar*> variables, bool by_position,
                                  bool replace_missing)
@@ -95,6 +96,7 @@ bool InputCaseRecord::StorePlain(Slot& slot, std::string_view text) {
 }
 
 InputState InputCaseRecord::SetText(std::size_t position, std::string_view text) {
+  kept_.is_current = false;
   Slot& slot = slots_[position];
   if (slot.takes_plain && StorePlain(slot, text)) return InputState::kPresent;
   if (slot.text != nullptr) {
@@ -111,6 +113,7 @@ InputState InputCaseRecord::SetText(std::size_t position, std::string_view text)
 }
 
 InputState InputCaseRecord::SetNumber(std::size_t position, double number) {
+  kept_.is_current = false;
   Slot& slot = slots_[position];
   if (slot.text != nullptr) {
     const std::string text = svmscore::FieldTextFromNumber(number, {});
@@ -122,6 +125,7 @@ InputState InputCaseRecord::SetNumber(std::size_t position, double number) {
 }
 
 InputState InputCaseRecord::SetMissing(std::size_t position) {
+  kept_.is_current = false;
   // A long text of the last case is not kept.
   Slot& slot = slots_[position];
   if (slot.text != nullptr) slot.text->SetInvalid();

@@ -38,6 +38,12 @@ class SVMSCORE_HOST_API ScoreCaseRecord {
 // treatment.
 enum class InputState { kPresent, kMissing, kInvalid };
 
+// Something worked out from the values of a case.
+class SVMSCORE_HOST_API WorkedOut {
+ public:
+  virtual ~WorkedOut();
+};
+
 // A record that a program fills case by case. Setting a value applies the variable's
 // declarations and treatment (missing and invalid values, outliers, replacements), so that
 // models and derived fields see the treated values only. No allocation after the first cases,
@@ -70,6 +76,18 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
     const Slot& slot = slots_[index];
     return slot.var == &var && slot.holds_plain ? &slot.plain_number : nullptr;
   }
+  // What has been worked out from the present values stays here until one of them changes, so that
+  // it is worked out once a case, whoever needs it.
+  struct Kept {
+    const void* by = nullptr;
+    std::unique_ptr<WorkedOut> what;  // null at first
+    bool is_current = false;          // false once a value has been set
+  };
+  // That of `by`; what another one keeps goes. Belongs to the record, as long as it lives.
+  Kept& KeptBy(const void* by) const {
+    if (kept_.by != by) kept_ = {by, nullptr, false};
+    return kept_;
+  }
   // The variable behind a position.
   const ScoreDictVar& Variable(std::size_t position) const { return *slots_[position].var; }
 
@@ -98,6 +116,7 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
   bool by_position_;
   bool replace_missing_;
   std::size_t invalid_count_ = 0;
+  mutable Kept kept_;
   std::vector<Slot> slots_;
   std::unordered_map<std::string, int> positions_;
 };

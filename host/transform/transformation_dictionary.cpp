@@ -69,12 +69,34 @@ class TransformationDictionary::Store {
   std::array<Place, kPlaces> places_;
 };
 
+namespace {
+
+struct KeptValues : WorkedOut {
+  explicit KeptValues(const Program& program) : values(program) {}
+  Scratch values;
+};
+
+// The values of the record's present case.
+const Scratch& ValuesOf(const InputCaseRecord& record, const Program& program) {
+  InputCaseRecord::Kept& kept = record.KeptBy(&program);
+  if (kept.what == nullptr) kept.what = std::make_unique<KeptValues>(program);
+  Scratch& values = static_cast<KeptValues&>(*kept.what).values;
+  if (!kept.is_current) program.Evaluate(record, values);
+  kept.is_current = true;
+  return values;
+}
+
+}  // namespace
+
 DerivedCaseRecord::DerivedCaseRecord(const TransformationDictionary& owner,
-                                     std::unique_ptr<Scratch> scratch)
-    : owner_(owner), scratch_(std::move(scratch)) {}
+                                     std::unique_ptr<Scratch> borrowed)
+    : owner_(owner), borrowed_(std::move(borrowed)), values_(borrowed_.get()) {}
+
+DerivedCaseRecord::DerivedCaseRecord(const TransformationDictionary& owner, const Scratch& values)
+    : owner_(owner), values_(&values) {}
 
 DerivedCaseRecord::~DerivedCaseRecord() {
-  owner_.store_->GiveBack(std::move(scratch_));
+  if (borrowed_ != nullptr) owner_.store_->GiveBack(std::move(borrowed_));
 }
 
 int DerivedCaseRecord::GetPosition(const std::string& name) const {
@@ -85,7 +107,7 @@ int DerivedCaseRecord::GetPosition(const std::string& name) const {
 const ScoreValue* DerivedCaseRecord::GetValue(int position) const {
   const auto index = static_cast<std::size_t>(position);
   const bool known = position >= 0 && index < owner_.program_->DerivedCount();
-  return known ? scratch_->Result(index) : nullptr;
+  return known ? values_->Result(index) : nullptr;
 }
 
 const ScoreValue* DerivedCaseRecord::GetValue(const std::string& name) const {
@@ -108,6 +130,9 @@ void TransformationDictionary::SetUpDerivedCaseRecord() {
 
 std::unique_ptr<DerivedCaseRecord> TransformationDictionary::GetValuesForDerivedVars(
     const ScoreCaseRecord* record, const ScoreDictionary*) const {
+  if (const auto* inputs = dynamic_cast<const InputCaseRecord*>(record)) {
+    return std::make_unique<DerivedCaseRecord>(*this, ValuesOf(*inputs, *program_));
+  }
   std::unique_ptr<Scratch> scratch = store_->Take();
   if (scratch == nullptr) scratch = std::make_unique<Scratch>(*program_);
   if (record != nullptr) program_->Evaluate(*record, *scratch);

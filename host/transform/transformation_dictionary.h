@@ -41,12 +41,15 @@ class SVMSCORE_HOST_API TransformVar : public ScoreDictVar {
   std::vector<const ScoreValue*> encoded_views_;
 };
 
-// The derived values of one case, borrowed from the dictionary's store and given back when this
+// The derived values of one case. Those of an InputCaseRecord are kept by the record, which must
+// not change meanwhile; others are borrowed from the dictionary's store and given back when this
 // object goes. Reads by the case position of a TransformVar, and by name.
 class SVMSCORE_HOST_API DerivedCaseRecord : public ScoreCaseRecord {
  public:
   DerivedCaseRecord(const TransformationDictionary& owner,
-                    std::unique_ptr<svmscore::transform::Scratch> scratch);
+                    std::unique_ptr<svmscore::transform::Scratch> borrowed);
+  DerivedCaseRecord(const TransformationDictionary& owner,
+                    const svmscore::transform::Scratch& values);
   ~DerivedCaseRecord() override;
 
   bool IsIndexedByPosition() const override { return true; }
@@ -57,10 +60,12 @@ class SVMSCORE_HOST_API DerivedCaseRecord : public ScoreCaseRecord {
   const ScoreValue* GetDerived(const ScoreDictVar& var) const {
     return var.IsDerived() ? GetValue(var.GetCasePosition()) : GetValue(var.GetName());
   }
+  const svmscore::transform::Scratch& Values() const { return *values_; }
 
  private:
   const TransformationDictionary& owner_;
-  std::unique_ptr<svmscore::transform::Scratch> scratch_;
+  std::unique_ptr<svmscore::transform::Scratch> borrowed_;  // null where a record keeps the values
+  const svmscore::transform::Scratch* values_;
 };
 
 // Made by PMMLTranslator::HandleTransformationDictionary, owned by a model. After set-up any
@@ -75,7 +80,8 @@ class SVMSCORE_HOST_API TransformationDictionary : public BaseDictionary {
   TransformVar* FindDerived(const std::string& name) const;
   // Fixes the position of every derived field. Call once, before values are computed.
   void SetUpDerivedCaseRecord();
-  // Computes the derived values of one case. Needs SetUpDerivedCaseRecord first; never null.
+  // Computes the derived values of one case, unless an InputCaseRecord still keeps them. Needs
+  // SetUpDerivedCaseRecord first; never null.
   // `record` may be read by position or by name. Throws nothing but std::bad_alloc.
   std::unique_ptr<DerivedCaseRecord> GetValuesForDerivedVars(
       const ScoreCaseRecord* record, const ScoreDictionary* dictionary) const;

@@ -21,6 +21,28 @@ Loaded Over(const std::string& field, const std::string& type, const std::string
   return Loaded(Document(field, DerivedField("d", type, expression)));
 }
 
+// Until an input changes, whoever asks gets the same values, and they are computed once.
+TEST(DerivedValues, AreKeptWithTheRecord) {
+  const Loaded loaded = Over(DataField("x", "double"), "double",
+                             "<NormContinuous field='x'><LinearNorm orig='0' norm='0'/>"
+                             "<LinearNorm orig='1' norm='10'/></NormContinuous>");
+  const auto record = loaded.Record({{"x", "2"}});
+  const auto derive = [&] {
+    return loaded.Dictionary().GetValuesForDerivedVars(record.get(), loaded.Inputs());
+  };
+  const auto first = derive();
+  const MCZandor_850::ScoreValue* value = first->GetValue("d");
+  ASSERT_NE(value, nullptr);
+  EXPECT_EQ(value->GetDouble(), 20.0);
+  EXPECT_EQ(derive()->GetValue("d"), value);
+  record->SetText(0, "3");
+  EXPECT_EQ(derive()->GetValue("d")->GetDouble(), 30.0);
+  record->SetNumber(0, 4);
+  EXPECT_EQ(derive()->GetValue("d")->GetDouble(), 40.0);
+  record->SetMissing(0);
+  EXPECT_EQ(derive()->GetValue("d"), nullptr);
+}
+
 TEST(NormContinuous, FollowsItsPoints) {
   const auto run = [&](const std::string& attributes) {
     return Over(DataField("x", "double"), "double",
