@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/model/batch_model.h"
 #include "host/model/score_status.h"
 #include "host/model/scoring_log.h"
 
@@ -18,6 +19,8 @@ namespace {
 constexpr std::size_t kChunkCells = std::size_t{64} * 1024;
 constexpr std::size_t kLeastRows = 32;
 constexpr std::size_t kMostRows = 512;
+// So many bytes of text are held for the output fields of a chunk; one row may be beyond.
+constexpr std::size_t kMostTexts = std::size_t{16} << 20;
 
 // The status of a case that the model is not asked about, logged as the model would.
 long RefuseInvalid() {
@@ -63,13 +66,9 @@ CaseScorer::~CaseScorer() = default;
 
 void CaseScorer::FixPositions() {
   record_.Clear();
+  if (auto* model = dynamic_cast<BatchModel*>(plan_.model)) return model->FixPositions(record_);
   ScoreResult* result = nullptr;
-  // The log tells of the user's cases, and this is none of them.
-  MCZandor_850::ScoringLog& log = MCZandor_850::ScoringLog::GetInstance();
-  const int level = log.GetLevel();
-  log.SetLevel(0);
   plan_.model->GetScore(&record_, result, false);
-  log.SetLevel(level);
   result_.reset(result);
 }
 
@@ -96,6 +95,8 @@ void CaseScorer::GoOn(CaseBlock& block) {
 void CaseScorer::ScoreChunk(CaseBlock& block) {
   rows_.clear();
   cells_.clear();
+  output_inputs_.clear();
+  input_texts_.Reset();
   written_ = 0;
   if (batch_ != nullptr) batch_->Clear();
   try {
@@ -108,7 +109,7 @@ void CaseScorer::ScoreChunk(CaseBlock& block) {
 }
 
 bool CaseScorer::ReadChunk(CsvRows& rows) {
-  while (rows_.size() < chunk_rows_) {
+  while (rows_.size() < chunk_rows_ && input_texts_.BytesTaken() < kMostTexts) {
     if (!rows.Next(row_cells_)) return false;
     if (row_cells_.size() != plan_.columns.width) {
       throw WrongWidth(rows.RowLine(), row_cells_, plan_.columns.width);
@@ -125,23 +126,35 @@ void CaseScorer::ReadRow() {
     SetCells(row_cells_.data());
     row.place = batch_->Size();
     row.status = record_.HasInvalid() ? RefuseInvalid() : batch_->Add(record_).GetErrorCode();
+    if (plan_.computes_output) ReadOutputInputs();
   }
   rows_.push_back(row);
+}
+
+void CaseScorer::ReadOutputInputs() {
+  const std::size_t count = plan_.output->InputCount();
+  if (count == 0) return;
+  output_inputs_.resize(output_inputs_.size() + count);
+  if (record_.HasInvalid()) return;  // and no output field is computed
+  plan_.output->ReadInputs(record_, output_inputs_.data() + output_inputs_.size() - count,
+                           input_texts_);
 }
 
 void CaseScorer::WriteChunk(CaseBlock& block) {
   const RowFormat& format = *plan_.format;
   CellWriter cell(format, block.out);
-  const bool sets_record =
-      batch_ == nullptr || (plan_.computes_output && plan_.output->ReadsCases());
+  const std::size_t inputs = plan_.output->InputCount();
   while (written_ < rows_.size() && block.out.size() < plan_.long_output) {
     const std::size_t r = written_++;
     const std::string_view* cells = CellsOf(r);
-    if (sets_record) SetCells(cells);
+    if (batch_ == nullptr) SetCells(cells);
     output::Outcome outcome = OutcomeOf(rows_[r]);
     if (plan_.computes_output) {
       SetExtras(cells);
-      outcome.status = plan_.output->Evaluate(outcome, record_, outputs_);
+      outcome.status =
+          batch_ == nullptr
+              ? plan_.output->Evaluate(outcome, record_, outputs_)
+              : plan_.output->Evaluate(outcome, output_inputs_.data() + r * inputs, outputs_);
     }
     block.tally.Count(outcome.status);
     const bool decided = batch_ != nullptr && rows_[r].status == 0 &&

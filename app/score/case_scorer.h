@@ -72,8 +72,9 @@ class CaseScorer {
   // one.
   void Score(CaseBlock& block);
   void GoOn(CaseBlock& block);
-  // Shows the model a case without values: it fixes the positions of its variables in records on
-  // the first case that it sees, which must not happen on several threads at once.
+  // Lets the model fix the positions of its variables in records, which must not happen on several
+  // threads at once. One that takes no batches does so on the first case that it sees: it is shown
+  // one without values.
   void FixPositions();
 
  private:
@@ -88,6 +89,7 @@ class CaseScorer {
   // Reads rows until the chunk is full; false at the end of the rows.
   bool ReadChunk(CsvRows& rows);
   void ReadRow();
+  void ReadOutputInputs();
   // Writes rows of the chunk until they end or `out` is long.
   void WriteChunk(CaseBlock& block);
   // The cells of a row of the chunk.
@@ -106,6 +108,9 @@ class CaseScorer {
   output::OutputScratch outputs_;
   std::unique_ptr<MCZandor_850::ScoreResult> result_;  // of a model that takes no batches
   std::unique_ptr<CaseBatch> batch_;                   // null for such a model
+  // What output fields depend on, of each row of the chunk: [rows][plan_.output->InputCount()].
+  std::vector<transform::Value> output_inputs_;
+  transform::Arena input_texts_;
   std::size_t chunk_rows_;
   std::vector<std::string_view> row_cells_;
   std::vector<std::string_view> cells_;  // [rows][width]

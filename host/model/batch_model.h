@@ -39,8 +39,8 @@ struct BatchResults {
 // A model that scores blocks of cases faster than one case after another. A ScoreModel may be one
 // besides: ask by dynamic_cast. What GetScore yields for a case, this yields to the last bit, for
 // any number of cases at a time, in the rounding mode to nearest. The rules on threads are those of
-// ScoreModel: the model's first case is shown to GetScore, alone; then any number of threads may
-// call. A case that fails leaves the line in the log that GetScore writes.
+// ScoreModel: FixPositions, or the model's first case in GetScore, comes alone; then any number of
+// threads may call. A case that fails leaves the line in the log that GetScore writes.
 class SVMSCORE_HOST_API BatchModel {
  public:
   virtual ~BatchModel();
@@ -51,6 +51,9 @@ class SVMSCORE_HOST_API BatchModel {
   // The categories that a decision value decides between; -1 for none.
   virtual std::pair<int, int> DecisionCategories(std::size_t decision) const = 0;
 
+  // Fixes the positions of variables in records, all of them laid out like this one, as the first
+  // case would: nothing is scored. Does nothing where they are fixed.
+  virtual void FixPositions(const MCZandor_850::ScoreCaseRecord& record) = 0;
   // Works out the entries of one case, with `flag` as for GetScore. An error is the status of the
   // case, which then must not become part of a batch; some entries may have been written. Never
   // throws.

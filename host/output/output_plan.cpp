@@ -6,9 +6,11 @@
 #include "host/model/scoring_log.h"
 #include "host/output/output_reader.h"
 #include "host/transform/value/conversion.h"
+#include "host/transform/program.h"
 
 namespace svmscore::output {
 
+using MCZandor_850::DerivedCaseRecord;
 using MCZandor_850::ScoreCaseRecord;
 using MCZandor_850::ScoreModel;
 using MCZandor_850::ScoreValue;
@@ -27,9 +29,9 @@ OutputPlan::OutputPlan(const ScoreModel& model, const xercesc::DOMDocument* docu
 OutputPlan::~OutputPlan() = default;
 
 OutputScratch::OutputScratch(const OutputPlan& plan, bool replace_missing)
-    : slots_(plan.slot_count_), extras_(plan.extra_, true, replace_missing) {
-  if (plan.program_ != nullptr) derived_ = std::make_unique<transform::Scratch>(*plan.program_);
-}
+    : slots_(plan.slot_count_),
+      inputs_(plan.InputCount()),
+      extras_(plan.extra_, true, replace_missing) {}
 
 OutputScratch::~OutputScratch() = default;
 
@@ -37,19 +39,57 @@ std::string_view OutputScratch::TextOf(const Value& value) {
   return value.IsPresent() ? transform::TextOf(value, arena_) : std::string_view();
 }
 
+// A value whose text, if it has one, is the arena's.
+Value OutputPlan::Copied(const Value& value, transform::Arena& texts) {
+  if (!value.IsPresent() || !value.IsText()) return value;
+  const Value copy = Value::Text(texts.Copy(value.GetText()));
+  return value.IsUnfit() ? copy.AsUnfit() : copy;
+}
+
+void OutputPlan::ReadInputs(const ScoreCaseRecord& record, Value* inputs,
+                            transform::Arena& texts) const {
+  const auto derived = GatherInputs(record, inputs, texts);
+  for (std::size_t i = 0; i < InputCount(); ++i) inputs[i] = Copied(inputs[i], texts);
+}
+
+std::unique_ptr<DerivedCaseRecord> OutputPlan::GatherInputs(const ScoreCaseRecord& record,
+                                                            Value* inputs,
+                                                            transform::Arena& texts) const {
+  for (const Read& read : reads_) {
+    *inputs++ =
+        transform::FromRecord(record.GetValueOf(*read.var), read.var->GetFieldType(), texts);
+  }
+  if (transformations_ == nullptr) return nullptr;
+  auto derived = transformations_->GetValuesForDerivedVars(&record, nullptr);
+  for (const ReadDerived& read : derived_) *inputs++ = derived->Values().Slot(read.position);
+  return derived;
+}
+
 long OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
                           OutputScratch& scratch) const {
-  Value* slots = scratch.slots_.data();
   scratch.arena_.Reset();
+  if (outcome.ending != Outcome::Ending::kFailed) {
+    scratch.derived_ = GatherInputs(record, scratch.inputs_.data(), scratch.arena_);
+  }
+  return Compute(outcome, scratch.inputs_.data(), scratch);
+}
+
+long OutputPlan::Evaluate(const Outcome& outcome, const Value* inputs,
+                          OutputScratch& scratch) const {
+  scratch.arena_.Reset();
+  return Compute(outcome, inputs, scratch);
+}
+
+long OutputPlan::Compute(const Outcome& outcome, const Value* inputs,
+                         OutputScratch& scratch) const {
+  Value* slots = scratch.slots_.data();
   if (outcome.ending == Outcome::Ending::kFailed) {
     std::fill(scratch.slots_.begin(), scratch.slots_.end(), Value::Missing());
     return outcome.status;
   }
   slots[prediction_slot_] = outcome.prediction;
-  for (const Read& read : reads_) {
-    slots[read.slot] = transform::FromRecord(record.GetValueOf(*read.var), read.var->GetFieldType(),
-                                             scratch.arena_);
-  }
+  for (const Read& read : reads_) slots[read.slot] = *inputs++;
+  for (const ReadDerived& read : derived_) slots[read.slot] = *inputs++;
   for (std::size_t i = 0; i < extra_reads_.size(); ++i) {
     const Read& read = extra_reads_[i];
     const ScoreValue* value = scratch.extras_.GetValue(static_cast<int>(i));
@@ -58,16 +98,11 @@ long OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
                            ? transform::FromRecord(value, read.var->GetFieldType(), scratch.arena_)
                            : Value::Missing();
   }
-  if (program_ != nullptr) {
-    program_->Evaluate(record, *scratch.derived_);
-    for (const ReadDerived& read : derived_)
-      slots[read.slot] = scratch.derived_->Slot(read.position);
-  }
   const transform::Frame frame{slots, scratch.arena_};
   long status = outcome.status;
   std::size_t texts = 0;
   for (std::size_t i = 0; i < fields_.size(); ++i) {
-    Value value = Compute(i, outcome, frame);
+    Value value = ComputeField(i, outcome, frame);
     if (fields_[i].type) value = transform::Convert(value, *fields_[i].type, scratch.arena_);
     if (value.IsPresent() && value.IsText()) {
       // A row of them is written in one go.
@@ -81,8 +116,8 @@ long OutputPlan::Evaluate(const Outcome& outcome, const ScoreCaseRecord& record,
   return status;
 }
 
-Value OutputPlan::Compute(std::size_t field, const Outcome& outcome,
-                          const transform::Frame& frame) const {
+Value OutputPlan::ComputeField(std::size_t field, const Outcome& outcome,
+                               const transform::Frame& frame) const {
   const Step& step = steps_[field];
   switch (fields_[field].feature) {
     case Feature::kPredictedValue:

@@ -67,15 +67,20 @@ class SVMSCORE_HOST_API OutputPlan {
   // supplementary fields. A case may lack them, and invalid values of theirs count as missing.
   const std::vector<const MCZandor_850::ScoreDictVar*>& ExtraInputs() const { return extra_; }
 
-  // Whether some field depends on the inputs of a case; otherwise Evaluate does not look at them.
-  bool ReadsCases() const {
-    return !reads_.empty() || !extra_reads_.empty() || program_ != nullptr;
-  }
   // Computes the fields of one case, whose inputs are `record` and the extra inputs of `scratch`.
   // They are all missing where the case failed. A field that comes to an invalid value is missing,
   // and the others stay. Returns the status of the case: that of `outcome`, or where that is 0
   // and there is such a field 90027. Allocates nothing unless texts are made or grow.
   long Evaluate(const Outcome& outcome, const MCZandor_850::ScoreCaseRecord& record,
+                OutputScratch& scratch) const;
+
+  // The same in two steps, for cases whose records have moved on when their outcomes are known.
+  // What fields depend on of a case besides its outcome and the extra inputs: InputCount() values
+  // at `inputs`, whose texts are copied into `texts`.
+  std::size_t InputCount() const { return reads_.size() + derived_.size(); }
+  void ReadInputs(const MCZandor_850::ScoreCaseRecord& record, transform::Value* inputs,
+                  transform::Arena& texts) const;
+  long Evaluate(const Outcome& outcome, const transform::Value* inputs,
                 OutputScratch& scratch) const;
 
  private:
@@ -98,8 +103,16 @@ class SVMSCORE_HOST_API OutputPlan {
     int slot;
   };
 
-  transform::Value Compute(std::size_t field, const Outcome& outcome,
-                           const transform::Frame& frame) const;
+  static transform::Value Copied(const transform::Value& value, transform::Arena& texts);
+  // The inputs as ReadInputs leaves them, but for texts: those stay where they are, in the record
+  // and in what is returned.
+  std::unique_ptr<MCZandor_850::DerivedCaseRecord> GatherInputs(
+      const MCZandor_850::ScoreCaseRecord& record, transform::Value* inputs,
+      transform::Arena& texts) const;
+  long Compute(const Outcome& outcome, const transform::Value* inputs,
+               OutputScratch& scratch) const;
+  transform::Value ComputeField(std::size_t field, const Outcome& outcome,
+                                const transform::Frame& frame) const;
   transform::Value Residual(const Step& step, const Outcome& outcome,
                             const transform::Frame& frame) const;
   void TellDecision(std::size_t field, const transform::Value& value) const;
@@ -116,9 +129,10 @@ class SVMSCORE_HOST_API OutputPlan {
   std::vector<Read> reads_;        // from the case's record
   std::vector<Read> extra_reads_;  // from the scratch, in the order of `extra_`
   std::vector<ReadDerived> derived_;
-  const transform::Program* program_ = nullptr;  // null unless expressions read derived fields
-  int prediction_slot_ = 0;                      // those before it belong to the output fields
-  int actual_slot_ = -1;                         // the target's own value
+  // Null unless expressions read derived fields.
+  const MCZandor_850::TransformationDictionary* transformations_ = nullptr;
+  int prediction_slot_ = 0;  // those before it belong to the output fields
+  int actual_slot_ = -1;     // the target's own value
   std::size_t slot_count_ = 0;
   std::unique_ptr<std::atomic<bool>[]> told_;  // one a field
 };
@@ -143,7 +157,8 @@ class SVMSCORE_HOST_API OutputScratch {
 
   std::vector<transform::Value> slots_;
   transform::Arena arena_;
-  std::unique_ptr<transform::Scratch> derived_;
+  std::vector<transform::Value> inputs_;
+  std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;  // holds texts of the inputs
   MCZandor_850::InputCaseRecord extras_;
 };
 

@@ -341,7 +341,7 @@ Field OutputReader::FieldOfDerived(const ScoreDictVar& var) {
   if (known != read_.end()) return known->second;
   Field field{NewSlot(), var.GetFieldType(), false, nullptr};
   field.ordinal = var.GetTypeCode() == static_cast<int>(OpType::kOrdinal);
-  plan_.program_ = &model_.GetTransformationDictionary()->GetProgram();
+  plan_.transformations_ = model_.GetTransformationDictionary();
   plan_.derived_.push_back({static_cast<std::size_t>(var.GetCasePosition()), field.slot});
   read_.emplace(&var, field);
   return field;

@@ -39,6 +39,10 @@ std::pair<int, int> SVMModel::DecisionCategories(std::size_t decision) const {
   return {machine->target_index, machine->alternate_target_index};
 }
 
+void SVMModel::FixPositions(const ScoreCaseRecord& record) {
+  if (record.IsIndexedByPosition()) SetUpDictVarIndex(&record, false);
+}
+
 MCStatus SVMModel::ReadCase(const ScoreCaseRecord& record, bool flag, double* entries,
                             std::size_t stride) {
   MCStatus status(MCScore::kCannotScore, false);

@@ -80,6 +80,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // One a machine; of a regression the first machine only.
   std::size_t DecisionCount() const override;
   std::pair<int, int> DecisionCategories(std::size_t decision) const override;
+  void FixPositions(const ScoreCaseRecord& record) override;
   MCScore::MCStatus ReadCase(const ScoreCaseRecord& record, bool flag, double* entries,
                              std::size_t stride) override;
   void ScoreBatch(const svmscore::BatchCases& cases,

@@ -163,6 +163,16 @@ TEST(Batch, HasTheBitsOfSingleCasesWithoutTheEngine) {
   ExpectBatch(*model, {{0.1, 0.2}, {-0.3, 0.7}, {-0.0, 1e200}});
 }
 
+TEST(Batch, FixesPositionsWithoutACase) {
+  const auto model = Classifier(2).AddPairs(2).Model();
+  InputCaseRecord record({model->GetDictionary()->FindVar("x0")}, true, false);
+  double entry = 0;
+  model->FixPositions(record);
+  record.SetNumber(0, 5);
+  EXPECT_FALSE(model->ReadCase(record, false, &entry, 1).IsError());
+  EXPECT_EQ(entry, 5.0);
+}
+
 TEST(Batch, TellsWhichCasesCannotBeScored) {
   const auto model = Classifier(3).AddPairs(3).Model();
   double entries[3];

@@ -117,12 +117,9 @@ Value VerifyCase::Read(const Quantity& quantity) {
 }
 
 Value VerifyCase::Derived(int position) {
-  if (!derived_) {
-    const auto& program = loaded_.model->GetTransformationDictionary()->GetProgram();
-    derived_ = std::make_unique<transform::Scratch>(program);
-    program.Evaluate(record_, *derived_);
-  }
-  return derived_->Slot(static_cast<std::size_t>(position));
+  derived_ =
+      loaded_.model->GetTransformationDictionary()->GetValuesForDerivedVars(&record_, nullptr);
+  return derived_->Values().Slot(static_cast<std::size_t>(position));
 }
 
 std::string VerifyCase::TextOf(const Value& value) {

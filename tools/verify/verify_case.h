@@ -86,7 +86,8 @@ class VerifyCase {
   std::unordered_map<std::string, std::size_t> outputs_;  // by name
   std::unordered_map<std::string, int> derived_slots_;    // by name
   std::unique_ptr<MCZandor_850::ScoreResult> result_;
-  std::unique_ptr<transform::Scratch> derived_;  // of the last case; null until it is asked for
+  // Of the last case; null until it is asked for.
+  std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;
   output::Outcome outcome_;
 };
 

@@ -25,6 +25,7 @@ class SVMSCORE_HOST_API Arena {
   bool HasRoomFor(std::size_t size) const {
     return taken_ <= kMostBytes && size <= kMostBytes - taken_;
   }
+  std::size_t BytesTaken() const { return taken_; }
   void Reset() { chunk_ = used_ = taken_ = 0; }
 
  private:
