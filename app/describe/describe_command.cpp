@@ -1,14 +1,42 @@
 #include "app/describe/describe_command.h"
 
 #include <sstream>
+#include <string>
 
 #include "app/describe/summary_output.h"
 #include "app/files/output_file.h"
 #include "app/load/model_file.h"
 #include "app/options/file_option.h"
 #include "app/options/limit_option.h"
+#include "host/model/score_model.h"
+#include "host/text/printable.h"
 
 namespace svmscore::app {
+namespace {
+
+// What the model writes of itself, in which names stand as they are: here they end no line and
+// steer no terminal.
+std::string ListingOf(const MCZandor_850::ScoreModel& model) {
+  std::ostringstream written;
+  model.Display(written);
+  std::string listing = written.str();
+  if (const MCZandor_850::ScoreDictVar* target = model.GetTargetVar()) {
+    std::string names;
+    std::string printable;
+    for (const MCZandor_850::ScoreValue* category : target->GetCategories()) {
+      names += category->GetText();
+      printable += Printable(category->GetText(), kLongestInsert);
+    }
+    const std::size_t at = listing.rfind(names);
+    if (at != std::string::npos) listing.replace(at, names.size(), printable);
+  }
+  std::string lines;
+  std::istringstream rest(listing);
+  for (std::string line; std::getline(rest, line);) lines += Printable(line, kAnyLength) + '\n';
+  return lines;
+}
+
+}  // namespace
 
 CLI::App* DescribeCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand(

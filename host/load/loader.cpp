@@ -3,6 +3,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "host/load/vector_limits.h"
+#include "host/model/instruction_set.h"
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
 #include "host/transform/program.h"

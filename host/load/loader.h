@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/intake/make_readable.h"
 #include "host/load/plugin.h"
 #include "host/model/score_model.h"
 #include "host/output/output_plan.h"
+#include "host/text/api.h"
 #include "host/xml/document.h"
 
 namespace svmscore {

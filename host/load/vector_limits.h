@@ -1,8 +1,8 @@
 // How many entries the vectors of a document have.
-#ifndef HOST_PMML_VECTOR_LIMITS_H_
-#define HOST_PMML_VECTOR_LIMITS_H_
+#ifndef HOST_LOAD_VECTOR_LIMITS_H_
+#define HOST_LOAD_VECTOR_LIMITS_H_
 
-#include <xercesc/dom/DOM.hpp>
+#include "host/xml/elements.h"
 
 namespace svmscore {
 
@@ -12,4 +12,4 @@ void CheckEntries(const xercesc::DOMDocument* document);
 
 }  // namespace svmscore
 
-#endif  // HOST_PMML_VECTOR_LIMITS_H_
+#endif  // HOST_LOAD_VECTOR_LIMITS_H_

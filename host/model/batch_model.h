@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <utility>
 
-#include "host/text/api.h"
 #include "host/model/score_case_record.h"
 #include "host/model/score_status.h"
+#include "host/text/api.h"
 
 namespace svmscore {
 

@@ -1,6 +1,6 @@
 // The instruction set that a process computes with.
-#ifndef HOST_INSTRUCTION_SET_H_
-#define HOST_INSTRUCTION_SET_H_
+#ifndef HOST_MODEL_INSTRUCTION_SET_H_
+#define HOST_MODEL_INSTRUCTION_SET_H_
 
 #include "host/text/api.h"
 
@@ -32,4 +32,4 @@ SVMSCORE_HOST_API void UseIsa(Isa isa);
 
 }  // namespace svmscore
 
-#endif  // HOST_INSTRUCTION_SET_H_
+#endif  // HOST_MODEL_INSTRUCTION_SET_H_

@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/score_dictionary.h"
 #include "host/model/score_value.h"
+#include "host/text/api.h"
 
 namespace MCZandor_850 {
 

@@ -9,9 +9,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/score_value.h"
 #include "host/model/var_stats.h"
+#include "host/text/api.h"
 #include "host/text/field_types.h"
 
 namespace MCZandor_850 {

@@ -7,8 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/score_dict_var.h"
+#include "host/text/api.h"
 
 namespace MCZandor_850 {
 

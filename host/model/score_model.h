@@ -5,12 +5,12 @@
 #include <iosfwd>
 #include <string>
 
-#include "host/text/api.h"
 #include "host/model/score_case_record.h"
 #include "host/model/score_dictionary.h"
 #include "host/model/score_result.h"
 #include "host/model/score_status.h"
 #include "host/model/version_info.h"
+#include "host/text/api.h"
 
 namespace MCZandor_850 {
 

@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/score_dict_var.h"
 #include "host/model/score_value.h"
+#include "host/text/api.h"
 
 namespace MCZandor_850 {
 

@@ -4,8 +4,8 @@
 
 #include <memory>
 
-#include "host/text/api.h"
 #include "host/model/score_value.h"
+#include "host/text/api.h"
 
 namespace MCZandor_850 {
 

@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/score_case_record.h"
 #include "host/model/score_model.h"
 #include "host/output/note.h"
 #include "host/output/target_rules.h"
+#include "host/text/api.h"
 #include "host/transform/expression.h"
-#include "host/transform/program.h"
+#include "host/transform/transformation_dictionary.h"
 #include "host/transform/value/arena.h"
 #include "host/transform/value/value.h"
 

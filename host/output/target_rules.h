@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/batch_model.h"
 #include "host/model/score_model.h"
 #include "host/model/score_result.h"
 #include "host/model/score_status.h"
 #include "host/output/note.h"
 #include "host/output/scheme.h"
+#include "host/text/api.h"
 #include "host/transform/value/arena.h"
 #include "host/transform/value/value.h"
 

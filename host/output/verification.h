@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/output/note.h"
+#include "host/text/api.h"
 #include "host/text/field_types.h"
 #include "host/transform/table/inline_table.h"
 #include "host/transform/value/value.h"

@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "host/translate/base_model.h"
 #include "host/model/batch_model.h"
 #include "host/model/score_value.h"
+#include "host/translate/base_model.h"
 #include "svm/kernel/kernel_function.h"
 #include "svm/kernel/packed/engine.h"
 #include "svm/model/model_data.h"

@@ -2,8 +2,8 @@
 #include <string>
 
 #include "host/model/ss_exception.h"
-#include "host/xml/tags.h"
 #include "host/model/var_stats.h"
+#include "host/xml/tags.h"
 #include "svm/translator/translator.h"
 
 namespace MCZandor_850 {
