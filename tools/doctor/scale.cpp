@@ -15,7 +15,7 @@ namespace {
 using Type = KernelNumbers::Type;
 
 // Vectors whose kernel values are looked at, spread over all.
-constexpr std::size_t kSample = 60;
+constexpr std::size_t kVectorsLookedAt = 60;
 // A field with more than this share of the distance leaves nothing to the others.
 constexpr double kDominates = 0.9999;
 constexpr double kVanishes = 1e-12;
@@ -76,7 +76,7 @@ void CheckSpread(const Examined& examined, FindingList& findings) {
 
 void CheckKernelValues(const Examined& examined, FindingList& findings) {
   const ModelNumbers& numbers = examined.numbers;
-  const std::size_t step = numbers.vectors.size() / kSample + 1;
+  const std::size_t step = numbers.vectors.size() / kVectorsLookedAt + 1;
   std::vector<double> values;
   for (std::size_t i = 0; i < numbers.vectors.size(); i += step) {
     for (std::size_t j = 0; j < i; j += step) {
