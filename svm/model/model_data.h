@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/model/score_value.h"
-#include "svm/export/constants.h"
+#include "svm/constants/constants.h"
 #include "svm/model/data_case.h"
 
 namespace MCZandor_850 {

@@ -3,7 +3,7 @@
 #include "host/model/score_case_record.h"
 #include "host/model/scoring_log.h"
 #include "host/transform/transformation_dictionary.h"
-#include "svm/export/messages.h"
+#include "svm/constants/messages.h"
 #include "svm/model/model.h"
 #include "svm/result/cls_result.h"
 #include "svm/result/reg_result.h"

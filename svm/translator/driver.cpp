@@ -3,7 +3,7 @@
 #include "host/model/scoring_log.h"
 #include "host/model/ss_exception.h"
 #include "host/xml/tags.h"
-#include "svm/export/messages.h"
+#include "svm/constants/messages.h"
 #include "svm/translator/translator.h"
 
 namespace MCZandor_850 {

@@ -8,7 +8,7 @@
 #include "host/model/ss_exception.h"
 #include "host/translate/translator.h"
 #include "host/xml/document.h"
-#include "svm/export/messages.h"
+#include "svm/constants/messages.h"
 
 namespace {
 

@@ -1,0 +1,26 @@
+// Constants that every part of the plug-in shares.
+#ifndef SVM_CONSTANTS_CONSTANTS_H_
+#define SVM_CONSTANTS_CONSTANTS_H_
+
+#include <limits>
+#include <string>
+
+namespace SVMConst {
+
+// Banner of the component; not shown while scoring.
+const std::string kVersion = "Support vector machine scoring component, version 1.0";
+
+// Stands for an unbounded value: the largest finite double.
+const double kInfinite = std::numeric_limits<double>::max();
+
+// The kernels, in the order in which a document's kernel element is looked for.
+enum KernelFunctionType : int {
+  kLinear = 0,
+  kPolynomial = 1,
+  kRadialBasis = 2,
+  kSigmoid = 3,
+};
+
+}  // namespace SVMConst
+
+#endif  // SVM_CONSTANTS_CONSTANTS_H_
