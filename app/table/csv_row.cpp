@@ -1,36 +1,10 @@
 #include "app/table/csv_row.h"
 
-#include <bit>
-#include <cstring>
-
-#include <emmintrin.h>
-
 #include <fmt/format.h>
 
 #include "app/options/limit_option.h"
 
 namespace svmscore::app {
-namespace {
-
-// The first byte that may end a cell or must not be in one, or `end`.
-char* FindSpecial(char* next, char* end) {
-  for (; end - next >= 16; next += 16) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(next));
-    const auto is = [bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
-    const __m128i special = _mm_or_si128(_mm_or_si128(is(','), is('\n')),
-                                         _mm_or_si128(_mm_or_si128(is('\r'), is('"')), is('\0')));
-    const auto found = static_cast<unsigned>(_mm_movemask_epi8(special));
-    if (found != 0) return next + std::countr_zero(found);
-  }
-  while (next != end && *next != ',' && *next != '\n' && *next != '\r' && *next != '"' &&
-         *next != '\0') {
-    ++next;
-  }
-  return next;
-}
-
-}  // namespace
-
 CsvError WrongWidth(long line, const std::vector<std::string_view>& cells, std::size_t width) {
   const bool empty = cells.size() == 1 && cells[0].empty();
   return {line,
@@ -54,7 +28,7 @@ bool CsvRows::Next(std::vector<std::string_view>& cells) {
 
 std::string_view CsvRows::PlainCell() {
   const char* begin = next_;
-  for (; next_ = FindSpecial(next_, end_), next_ != end_; ++next_) {
+  for (; next_ = special_.Find(next_, end_), next_ != end_; ++next_) {
     const char c = *next_;
     if (c == ',' || c == '\n') break;
     if (c == '\r' && AtRowEnd(next_)) break;

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/table/special_bytes.h"
 #include "host/xml/limits.h"
 
 namespace svmscore::app {
@@ -47,6 +48,7 @@ class CsvRows {
 
   char* next_;
   char* end_;
+  SpecialBytes special_;
   long line_;
   long row_line_;
   Limits limits_;
