@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/score_case_record.h"
 #include "host/model/score_dict_var.h"
+#include "host/text/api.h"
 #include "host/transform/expression.h"
 #include "host/transform/value/arena.h"
 #include "host/transform/value/value.h"

@@ -13,6 +13,7 @@
 #include "host/transform/text/words.h"
 #include "host/transform/text_normalisation.h"
 #include "host/transform/value/conversion.h"
+#include "host/transform/word_rules.h"
 
 namespace svmscore::transform {
 namespace {
@@ -30,7 +31,7 @@ std::size_t MostFrequent(const Words& text) {
 class TextIndex : public Expression {
  public:
   TextIndex(const Element* element, const Field& field, std::unique_ptr<Expression> term)
-      : slot_(field.slot), term_(std::move(term)), rules_(element) {
+      : slot_(field.slot), term_(std::move(term)), rules_(ReadWordRules(element)) {
     NestOver(term_->Depth());
     Contain(term_->Size());
     ReadWeights(element);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/transform/table/inline_table.h"
+#include "host/transform/word_rules.h"
 
 namespace svmscore::transform {
 namespace {
@@ -34,7 +35,8 @@ bool IsTrue(const std::optional<std::string_view>& cell) {
 }  // namespace
 
 TextNormalisation::TextNormalisation(const Element* element, const WordRules& inherited)
-    : rules_(element, &inherited), recursive_(FindFlag(element, "recursive", false)) {
+    : rules_(ReadWordRules(element, &inherited)),
+      recursive_(FindFlag(element, "recursive", false)) {
   const Element* table = InlineTableOf(element);
   if (table == nullptr) RefuseContent(element, "there is no InlineTable");
   const std::vector<std::string> columns = {FindAttribute(element, "inField").value_or("string"),

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/score_case_record.h"
 #include "host/model/score_dictionary.h"
 #include "host/model/score_value.h"
+#include "host/text/api.h"
 
 namespace svmscore::transform {
 class Program;

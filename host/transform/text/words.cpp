@@ -3,25 +3,10 @@
 #include <algorithm>
 #include <numeric>
 
-#include "host/model/message_codes.h"
-#include "host/model/ss_exception.h"
 #include "host/transform/text/unicode.h"
 
 namespace svmscore::transform {
 namespace {
-
-// Blanks between words; that versions differ over \s and \s+ makes no difference, because empty
-// words do not count.
-constexpr const char* kUsualSeparator = "\\s+";
-
-std::shared_ptr<const Pattern> CompileSeparator(const Element* element, const std::string& text) {
-  std::string error;
-  std::shared_ptr<const Pattern> pattern = Pattern::Compile(text, false, &error);
-  if (pattern == nullptr) {
-    RefuseContent(element, "\"" + text + "\" is no regular expression (" + error + ")");
-  }
-  return pattern;
-}
 
 // Units for a byte of a text that is taken apart: its case, and whether it is punctuation.
 constexpr std::size_t kSplitCost = 16;
@@ -104,20 +89,6 @@ std::optional<std::size_t> Occurrences(const Words& text, const Words& term, Wor
     same = border[same - 1];
   }
   return work.Left() > 0 ? std::optional(count) : std::nullopt;
-}
-
-WordRules::WordRules(const Element* element, const WordRules* inherited)
-    : case_sensitive_(
-          FindFlag(element, "isCaseSensitive", inherited != nullptr && inherited->case_sensitive_)),
-      most_edits_(FindCount(element, "maxLevenshteinDistance",
-                            inherited != nullptr ? inherited->most_edits_ : 0)) {
-  if (!FindFlag(element, "tokenize", true)) {
-    ThrowAt(element, code::kUnsupported, "tokenize=\"false\"", NameOf(element));
-  }
-  const auto separator = FindAttribute(element, "wordSeparatorCharacterRE");
-  separator_ = separator || inherited == nullptr
-                   ? CompileSeparator(element, separator.value_or(kUsualSeparator))
-                   : inherited->separator_;
 }
 
 void WordRules::AddWord(std::string_view text, std::size_t begin, std::size_t end,

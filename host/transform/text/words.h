@@ -7,11 +7,11 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/transform/text/pattern.h"
 #include "host/transform/text/work.h"
-#include "host/xml/attributes.h"
 
 namespace svmscore::transform {
 
@@ -37,24 +37,26 @@ std::optional<int> EditsAt(const Words& text, std::size_t at, const Words& term,
 // Nothing where the work is spent. REQUIRES: the term is not empty.
 std::optional<std::size_t> Occurrences(const Words& text, const Words& term, Work& work);
 
-// How a text is taken apart and compared: the attributes that TextIndex and its normalisation steps
-// share.
+// How a text is taken apart and compared.
 class WordRules {
  public:
-  explicit WordRules(const Element* element) : WordRules(element, nullptr) {}
-  // What the element does not say is as in `inherited`.
-  WordRules(const Element* element, const WordRules* inherited);
+  // `separator` matches what lies between words; not null.
+  WordRules(bool case_sensitive, int most_edits, std::shared_ptr<const Pattern> separator)
+      : case_sensitive_(case_sensitive),
+        most_edits_(most_edits),
+        separator_(std::move(separator)) {}
 
   // Nothing where the text is not UTF-8 or the work is spent.
   std::optional<Words> Split(std::string_view text, Work& work) const;
   int MostEdits() const { return most_edits_; }
   bool IgnoresCase() const { return !case_sensitive_; }
+  const std::shared_ptr<const Pattern>& Separator() const { return separator_; }
 
  private:
   void AddWord(std::string_view text, std::size_t begin, std::size_t end, Words& words) const;
 
-  bool case_sensitive_ = false;
-  int most_edits_ = 0;
+  bool case_sensitive_;
+  int most_edits_;
   std::shared_ptr<const Pattern> separator_;
 };
 

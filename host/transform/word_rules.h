@@ -1,0 +1,16 @@
+// The attributes that TextIndex and its normalisation steps share.
+#ifndef HOST_TRANSFORM_WORD_RULES_H_
+#define HOST_TRANSFORM_WORD_RULES_H_
+
+#include "host/transform/text/words.h"
+#include "host/xml/elements.h"
+
+namespace svmscore::transform {
+
+// What `element` does not say is as in `inherited`, or as usual where that is null. Throws an
+// SSException at the element for a value that an attribute cannot have.
+WordRules ReadWordRules(const Element* element, const WordRules* inherited = nullptr);
+
+}  // namespace svmscore::transform
+
+#endif  // HOST_TRANSFORM_WORD_RULES_H_
