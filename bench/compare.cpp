@@ -19,7 +19,7 @@ namespace {
 
 using namespace MCSVM_700;
 using bench::Workload;
-using packed::KernelForm;
+using packed::KernelFunctionType;
 
 constexpr int kRounds = 21;
 constexpr double kSlice = 0.01;  // seconds of each part in a round
@@ -69,19 +69,21 @@ std::string Ratio(const Part& slow, const Part& fast) {
 Part FunctionPart(const PackedInput& input, const packed::Operations* operations,
                   std::vector<double>& numbers) {
   const double count = static_cast<double>(numbers.size());
-  if (operations == nullptr || operations->exp == nullptr || input.form == KernelForm::kLinear) {
+  if (operations == nullptr || operations->exp == nullptr ||
+      input.kernel.type == KernelFunctionType::kLinear) {
     return {[] {}, count};
   }
   for (std::size_t i = 0; i < numbers.size(); ++i) {
-    numbers[i] = input.form == KernelForm::kRadialBasis ? -0.01 * static_cast<double>(i % 512)
-                                                        : 0.01 + 0.003 * static_cast<double>(i);
+    numbers[i] = input.kernel.type == KernelFunctionType::kRadialBasis
+                     ? -0.01 * static_cast<double>(i % 512)
+                     : 0.01 + 0.003 * static_cast<double>(i);
   }
   return {[&numbers, &input, operations] {
             static double results[1024];
-            if (input.form == KernelForm::kRadialBasis) {
+            if (input.kernel.type == KernelFunctionType::kRadialBasis) {
               operations->exp(numbers.data(), results, numbers.size());
-            } else if (input.form == KernelForm::kPolynomial) {
-              operations->pow(numbers.data(), static_cast<int>(input.degree), results,
+            } else if (input.kernel.type == KernelFunctionType::kPolynomial) {
+              operations->pow(numbers.data(), static_cast<int>(input.kernel.degree), results,
                               numbers.size());
             } else {
               operations->tanh(numbers.data(), results, numbers.size());
@@ -98,7 +100,8 @@ std::string Share(const Workload& workload, const Part& batch, const Part& term,
   const double terms = vectors * static_cast<double>(workload.fields);
   for (std::size_t i = 0; i < batch.times.size(); ++i) {
     double least = terms * term.times[i];
-    if (workload.input.form != KernelForm::kLinear) least += vectors * function.times[i];
+    if (workload.input.kernel.type != KernelFunctionType::kLinear)
+      least += vectors * function.times[i];
     shares.push_back(100.0 * least / batch.times[i]);
   }
   char text[64];
@@ -141,7 +144,7 @@ void Measure(const Workload& workload, const packed::Operations* operations) {
                   engine.Decide(row.data(), scratch, one.data());
               },
               static_cast<double>(cases)};
-  const bool distance = workload.input.form == KernelForm::kRadialBasis;
+  const bool distance = workload.input.kernel.type == KernelFunctionType::kRadialBasis;
   double sink = 0.0;
   Part term{[&] {
               sink += distance ? bench::DistanceTerms(engine.isa(), 4096)

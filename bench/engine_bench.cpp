@@ -10,7 +10,7 @@
 namespace {
 
 using namespace MCSVM_700;
-using packed::KernelForm;
+using packed::KernelFunctionType;
 
 struct Model {
   Model(std::size_t vectors, std::size_t fields, std::size_t machines) {
@@ -24,8 +24,8 @@ struct Model {
       all.push_back(v);
       coefficients.push_back(number());
     }
-    input.form = KernelForm::kRadialBasis;
-    input.gamma = 1.0 / static_cast<double>(fields);
+    input.kernel.type = KernelFunctionType::kRadialBasis;
+    input.kernel.gamma = 1.0 / static_cast<double>(fields);
     input.fields = fields;
     for (std::size_t m = 0; m < machines; ++m) input.machines.push_back({coefficients, all, 0.5});
     for (std::size_t i = 0; i < fields * kCases; ++i) cases.push_back(number());

@@ -8,18 +8,18 @@
 namespace bench {
 namespace {
 
-using MCSVM_700::packed::KernelForm;
+using MCSVM_700::packed::KernelFunctionType;
 
-KernelForm FormOf(const svm_parameter& parameter) {
+KernelFunctionType FormOf(const svm_parameter& parameter) {
   switch (parameter.kernel_type) {
     case LINEAR:
-      return KernelForm::kLinear;
+      return KernelFunctionType::kLinear;
     case POLY:
-      return KernelForm::kPolynomial;
+      return KernelFunctionType::kPolynomial;
     case RBF:
-      return KernelForm::kRadialBasis;
+      return KernelFunctionType::kRadialBasis;
     default:
-      return KernelForm::kSigmoid;
+      return KernelFunctionType::kSigmoid;
   }
 }
 
@@ -109,10 +109,10 @@ std::unique_ptr<Workload> Load(const std::string& folder, const std::string& nam
   }
   AddMachines(*workload);
   MCSVM_700::PackedInput& input = workload->input;
-  input.form = FormOf(model.param);
-  input.gamma = model.param.gamma;
-  input.coef0 = model.param.coef0;
-  input.degree = model.param.degree;
+  input.kernel.type = FormOf(model.param);
+  input.kernel.gamma = model.param.gamma;
+  input.kernel.coef0 = model.param.coef0;
+  input.kernel.degree = model.param.degree;
   input.fields = workload->fields;
   for (std::size_t v = 0; v < workload->positions.size(); ++v) {
     input.vectors.push_back({&workload->positions[v], &workload->entries[v]});

@@ -50,7 +50,7 @@ std::size_t Size(Choices& choices) {
 
 sample::Model MakeModel(Choices& choices) {
   sample::Model model;
-  model.form = static_cast<packed::KernelForm>(choices.Below(4));
+  model.form = static_cast<packed::KernelFunctionType>(choices.Below(4));
   model.storage = static_cast<packed::Storage>(choices.Below(3));
   if (choices.Half()) {
     model.gamma = OddNumber(choices);

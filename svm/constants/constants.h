@@ -5,6 +5,8 @@
 #include <limits>
 #include <string>
 
+#include "svm/constants/kernel_type.h"
+
 namespace SVMConst {
 
 // Banner of the component; not shown while scoring.
@@ -12,14 +14,6 @@ const std::string kVersion = "Support vector machine scoring component, version 
 
 // Stands for an unbounded value: the largest finite double.
 const double kInfinite = std::numeric_limits<double>::max();
-
-// The kernels, in the order in which a document's kernel element is looked for.
-enum KernelFunctionType : int {
-  kLinear = 0,
-  kPolynomial = 1,
-  kRadialBasis = 2,
-  kSigmoid = 3,
-};
 
 }  // namespace SVMConst
 

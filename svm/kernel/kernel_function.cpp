@@ -103,4 +103,19 @@ double SVMKFSigmoid::Evaluate(const std::vector<double>& x, const std::vector<do
   return std::tanh(gamma_ * Dot(x, y) + coef0_);
 }
 
+std::unique_ptr<SVMKernelFunction> MakeKernel(const SVMConst::KernelParameters& parameters) {
+  switch (parameters.type) {
+    case SVMConst::kLinear:
+      return std::make_unique<SVMKFLinear>();
+    case SVMConst::kPolynomial:
+      return std::make_unique<SVMKFPolynomial>(parameters.gamma, parameters.coef0,
+                                               parameters.degree);
+    case SVMConst::kRadialBasis:
+      return std::make_unique<SVMKFRBF>(parameters.gamma);
+    case SVMConst::kSigmoid:
+      return std::make_unique<SVMKFSigmoid>(parameters.gamma, parameters.coef0);
+  }
+  return nullptr;
+}
+
 }  // namespace MCSVM_700

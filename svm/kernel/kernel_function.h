@@ -3,7 +3,10 @@
 #ifndef SVM_KERNEL_KERNEL_FUNCTION_H_
 #define SVM_KERNEL_KERNEL_FUNCTION_H_
 
+#include <memory>
 #include <vector>
+
+#include "svm/constants/kernel_type.h"
 
 namespace MCSVM_700 {
 
@@ -76,6 +79,9 @@ class SVMKFSigmoid : public SVMKernelFunction {
   double gamma_;
   double coef0_;
 };
+
+// Null for a type that is none.
+std::unique_ptr<SVMKernelFunction> MakeKernel(const SVMConst::KernelParameters& parameters);
 
 }  // namespace MCSVM_700
 

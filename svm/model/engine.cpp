@@ -2,7 +2,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <unordered_map>
 
 #include "host/model/instruction_set.h"
@@ -15,21 +14,6 @@ namespace {
 
 using MCSVM_700::PackedInput;
 using MCSVM_700::SVMDataCase;
-using MCSVM_700::packed::KernelForm;
-
-std::optional<KernelForm> FormOf(SVMConst::KernelFunctionType type) {
-  switch (type) {
-    case SVMConst::kLinear:
-      return KernelForm::kLinear;
-    case SVMConst::kPolynomial:
-      return KernelForm::kPolynomial;
-    case SVMConst::kRadialBasis:
-      return KernelForm::kRadialBasis;
-    case SVMConst::kSigmoid:
-      return KernelForm::kSigmoid;
-  }
-  return std::nullopt;
-}
 
 // The machines' vectors, each once, and the machines as positions among them.
 class Collector {
@@ -73,19 +57,15 @@ SVMModel::Workspace& SVMModel::ThisThreadsWorkspace() {
   return workspace;
 }
 
-void SVMModel::SetUpEngine(SVMConst::KernelFunctionType type) {
+void SVMModel::SetUpEngine(const SVMConst::KernelParameters& kernel) {
   engine_.reset();
-  const auto form = FormOf(type);
-  if (!form || EntryCount() > std::numeric_limits<int>::max()) return;
+  if (kernel_ == nullptr || EntryCount() > std::numeric_limits<int>::max()) return;
   Collector collector;
   for (std::size_t m = 0; m < DecisionCount(); ++m) {
     if (!collector.Add(data_->GetSupportVectorMachines()[m])) return;
   }
   PackedInput& input = collector.Input();
-  input.form = *form;
-  input.gamma = data_->GetSVMKernelTypeGamma();
-  input.coef0 = data_->GetSVMKernelTypeCoef0();
-  input.degree = data_->GetSVMKernelTypeDegree();
+  input.kernel = kernel;
   input.fields = EntryCount();
   engine_ = std::make_unique<const MCSVM_700::PackedEngine>(
       input, MCSVM_700::packed::OperationsOf(svmscore::ChosenIsa().isa));

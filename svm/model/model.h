@@ -177,7 +177,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   bool IntervalAround(double value, double& std_dev, double& lower, double& upper) const;
   // Packs the machines of the data that the model holds; without an engine where they are not such
   // as the engine takes (engine.cpp).
-  void SetUpEngine(SVMConst::KernelFunctionType type);
+  void SetUpEngine(const SVMConst::KernelParameters& kernel);
   // Whether the data still are what the engine was made of, as far as their number goes.
   bool EngineFits() const;
   // The decision values of a case, DecisionCount() of them, by the engine where it takes the case;

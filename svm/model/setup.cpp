@@ -11,22 +11,6 @@ namespace {
 constexpr int kClassificationModel = 29;
 constexpr int kRegressionModel = 30;
 
-std::unique_ptr<MCSVM_700::SVMKernelFunction> MakeKernel(SVMConst::KernelFunctionType type,
-                                                         double gamma, double coef0,
-                                                         double degree) {
-  switch (type) {
-    case SVMConst::kLinear:
-      return std::make_unique<MCSVM_700::SVMKFLinear>();
-    case SVMConst::kPolynomial:
-      return std::make_unique<MCSVM_700::SVMKFPolynomial>(gamma, coef0, degree);
-    case SVMConst::kRadialBasis:
-      return std::make_unique<MCSVM_700::SVMKFRBF>(gamma);
-    case SVMConst::kSigmoid:
-      return std::make_unique<MCSVM_700::SVMKFSigmoid>(gamma, coef0);
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 SVMModel::SVMModel() = default;
@@ -53,9 +37,11 @@ void SVMModel::SetUpModelType(bool is_classification) {
 
 MCScore::MCStatus SVMModel::SetUpSVMKFEvaluate(SVMModelData* data) {
   if (data == nullptr || data_ == nullptr) return {};
-  kernel_ = MakeKernel(data->GetSVMKernelType(), data_->GetSVMKernelTypeGamma(),
-                       data_->GetSVMKernelTypeCoef0(), data_->GetSVMKernelTypeDegree());
-  SetUpEngine(data->GetSVMKernelType());
+  const SVMConst::KernelParameters parameters{
+      data->GetSVMKernelType(), data_->GetSVMKernelTypeGamma(), data_->GetSVMKernelTypeCoef0(),
+      data_->GetSVMKernelTypeDegree()};
+  kernel_ = MCSVM_700::MakeKernel(parameters);
+  SetUpEngine(parameters);
   return {};
 }
 

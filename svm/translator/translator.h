@@ -173,7 +173,7 @@ class SVMTranslator : public PMMLTranslator {
                                   const std::vector<const ScoreValue*>& categories,
                                   SVMModelData::ST_SUPPORTVECTORMACHINE* machine);
 
-  // kernel.cpp
+  // kernel_element.cpp
   void ParseKernelType(xercesc::DOMElement* model_element, DOMElemUtility* util,
                        SVMModelData* data);
 

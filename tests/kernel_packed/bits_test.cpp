@@ -7,7 +7,7 @@
 namespace {
 
 using namespace MCSVM_700;
-using packed::KernelForm;
+using packed::KernelFunctionType;
 using packed::Storage;
 using sample::Cases;
 using sample::EngineDifference;
@@ -31,8 +31,9 @@ class PackedBits : public LevelTest {
 std::vector<Model> RandomModels(std::size_t fields, std::size_t vectors, double fill,
                                 Random& random) {
   std::vector<Model> models;
-  for (const KernelForm form : {KernelForm::kLinear, KernelForm::kPolynomial,
-                                KernelForm::kRadialBasis, KernelForm::kSigmoid}) {
+  for (const KernelFunctionType form :
+       {KernelFunctionType::kLinear, KernelFunctionType::kPolynomial,
+        KernelFunctionType::kRadialBasis, KernelFunctionType::kSigmoid}) {
     for (const Storage storage : {Storage::kDense, Storage::kSparse}) {
       models.push_back(RandomModel(form, fields, vectors, fill, random));
       models.back().storage = storage;
@@ -62,7 +63,7 @@ TEST_P(PackedBits, AtEverySize) {
 
 TEST_P(PackedBits, ForEveryNumberOfCases) {
   Random random(2);
-  Model model = RandomModel(KernelForm::kRadialBasis, 11, 70, 0.9, random);
+  Model model = RandomModel(KernelFunctionType::kRadialBasis, 11, 70, 0.9, random);
   AddMachineOfAll(model, random);
   AddMachineOfAll(model, random);
   // The last is more than one group of tiles.
@@ -154,7 +155,7 @@ TEST_P(PackedBits, OfOddParameters) {
   for (const double gamma : {0.0, -0.0, -0.7, 1e-300, 1e4, 1e300, kInfinity, double{NAN}}) {
     for (const double degree : {0.0, 1.0, 2.0, 8.0, 9.0, -2.0, 0.5, kInfinity}) {
       for (Model& model : RandomModels(5, 40, 1.0, random)) {
-        if (model.form != KernelForm::kPolynomial && degree != 0.0) continue;
+        if (model.form != KernelFunctionType::kPolynomial && degree != 0.0) continue;
         model.gamma = gamma;
         model.coef0 = random.Within(-1.0, 1.0);
         model.degree = degree;

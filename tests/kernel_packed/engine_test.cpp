@@ -12,7 +12,7 @@ namespace {
 
 using namespace MCSVM_700;
 using packed::Isa;
-using packed::KernelForm;
+using packed::KernelFunctionType;
 using sample::Cases;
 using sample::Model;
 using sample::Random;
@@ -20,7 +20,7 @@ using sample::Random;
 class Engine : public LevelTest {};
 
 Model ThreeClasses(Random& random) {
-  Model model = RandomModel(KernelForm::kRadialBasis, 12, 150, 0.9, random);
+  Model model = RandomModel(KernelFunctionType::kRadialBasis, 12, 150, 0.9, random);
   AddPairwiseMachines(model, 3, 0.1, random);
   return model;
 }
@@ -90,7 +90,8 @@ TEST_P(Engine, SharesAScratchWithOthers) {
   PackedScratch scratch;
   for (const std::size_t vectors : {3u, 200u, 40u, 333u, 1u}) {
     for (const packed::Storage storage : {packed::Storage::kSparse, packed::Storage::kDense}) {
-      Model model = RandomModel(KernelForm::kLinear, vectors % 50 + 1, vectors, 0.5, random);
+      Model model =
+          RandomModel(KernelFunctionType::kLinear, vectors % 50 + 1, vectors, 0.5, random);
       model.storage = storage;
       AddMachineOfAll(model, random);
       if (vectors % 2 == 1) model.machines[0].vectors.back() = 0;
@@ -108,7 +109,7 @@ FOR_ALL_LEVELS(Engine);
 TEST(Storage, FollowsTheFill) {
   Random random(5);
   const auto sparse = [&](std::size_t fields, double fill) {
-    Model model = RandomModel(KernelForm::kLinear, fields, 100, fill, random);
+    Model model = RandomModel(KernelFunctionType::kLinear, fields, 100, fill, random);
     AddMachineOfAll(model, random);
     return PackedEngine(model.Input(), packed::OperationsOf(Isa::kSse2)).sparse();
   };

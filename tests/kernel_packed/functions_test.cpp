@@ -74,11 +74,12 @@ TEST_P(VectorFunctions, HaveTheBitsOfTheLibrary) {
 }
 
 TEST_P(VectorFunctions, AreInUse) {
-  EXPECT_TRUE(MatchingForms(*operations(), KernelForm::kRadialBasis, 1.0).values);
-  EXPECT_TRUE(MatchingForms(*operations(), KernelForm::kSigmoid, 1.0).values);
-  EXPECT_EQ(MatchingForms(*operations(), KernelForm::kPolynomial, 3.0).whole_degree, 3);
+  EXPECT_TRUE(MatchingForms(*operations(), KernelFunctionType::kRadialBasis, 1.0).values);
+  EXPECT_TRUE(MatchingForms(*operations(), KernelFunctionType::kSigmoid, 1.0).values);
+  EXPECT_EQ(MatchingForms(*operations(), KernelFunctionType::kPolynomial, 3.0).whole_degree, 3);
   for (const double degree : {0.0, 2.5, -2.0, kMaxWholeDegree + 1.0, double{NAN}}) {
-    EXPECT_EQ(MatchingForms(*operations(), KernelForm::kPolynomial, degree).whole_degree, 0);
+    EXPECT_EQ(MatchingForms(*operations(), KernelFunctionType::kPolynomial, degree).whole_degree,
+              0);
   }
 }
 
@@ -92,7 +93,7 @@ TEST_P(VectorFunctions, AreLeftAsideWhereTheLibraryDiffers) {
       out[i] = differs ? std::nextafter(value, INFINITY) : value;
     }
   };
-  EXPECT_FALSE(MatchingForms(other, KernelForm::kRadialBasis, 1.0).values);
+  EXPECT_FALSE(MatchingForms(other, KernelFunctionType::kRadialBasis, 1.0).values);
 }
 
 FOR_ALL_LEVELS(VectorFunctions);

@@ -8,14 +8,15 @@
 namespace sample {
 
 using namespace MCSVM_700;
-using packed::KernelForm;
+using packed::KernelFunctionType;
 
 namespace {
 
 std::unique_ptr<SVMKernelFunction> PlainKernel(const Model& m) {
-  if (m.form == KernelForm::kLinear) return std::make_unique<SVMKFLinear>();
-  if (m.form == KernelForm::kRadialBasis) return std::make_unique<SVMKFRBF>(m.gamma);
-  if (m.form == KernelForm::kSigmoid) return std::make_unique<SVMKFSigmoid>(m.gamma, m.coef0);
+  if (m.form == KernelFunctionType::kLinear) return std::make_unique<SVMKFLinear>();
+  if (m.form == KernelFunctionType::kRadialBasis) return std::make_unique<SVMKFRBF>(m.gamma);
+  if (m.form == KernelFunctionType::kSigmoid)
+    return std::make_unique<SVMKFSigmoid>(m.gamma, m.coef0);
   return std::make_unique<SVMKFPolynomial>(m.gamma, m.coef0, m.degree);
 }
 
@@ -23,10 +24,7 @@ std::unique_ptr<SVMKernelFunction> PlainKernel(const Model& m) {
 
 PackedInput Model::Input() const {
   PackedInput input;
-  input.form = form;
-  input.gamma = gamma;
-  input.coef0 = coef0;
-  input.degree = degree;
+  input.kernel = {form, gamma, coef0, degree};
   input.fields = fields;
   input.storage = storage;
   for (std::size_t v = 0; v < positions.size(); ++v) {
@@ -38,7 +36,7 @@ PackedInput Model::Input() const {
   return input;
 }
 
-Model RandomModel(KernelForm form, std::size_t fields, std::size_t vectors, double fill,
+Model RandomModel(KernelFunctionType form, std::size_t fields, std::size_t vectors, double fill,
                   Random& random) {
   Model model;
   model.form = form;

@@ -31,7 +31,7 @@ struct Machine {
 
 // Owns what the views of its input point to.
 struct Model {
-  MCSVM_700::packed::KernelForm form = MCSVM_700::packed::KernelForm::kLinear;
+  MCSVM_700::packed::KernelFunctionType form = MCSVM_700::packed::KernelFunctionType::kLinear;
   double gamma = 0.7;
   double coef0 = 0.3;
   double degree = 3.0;
@@ -49,8 +49,8 @@ struct Model {
 };
 
 // Vectors with the given share of entries, values in [-1, 1], and no machine.
-Model RandomModel(MCSVM_700::packed::KernelForm form, std::size_t fields, std::size_t vectors,
-                  double fill, Random& random);
+Model RandomModel(MCSVM_700::packed::KernelFunctionType form, std::size_t fields,
+                  std::size_t vectors, double fill, Random& random);
 // One machine that uses all vectors in order.
 void AddMachineOfAll(Model& model, Random& random);
 // One machine for each pair of classes, as one-against-one has it: the vectors of the one class,

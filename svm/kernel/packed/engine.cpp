@@ -9,7 +9,6 @@
 namespace MCSVM_700 {
 
 using packed::kBlock;
-using packed::KernelForm;
 using packed::Operations;
 using packed::VectorForms;
 
@@ -19,20 +18,6 @@ namespace {
 // level of cache beside a block.
 constexpr std::size_t kTileBytes = std::size_t{256} * 1024;
 
-std::unique_ptr<SVMKernelFunction> MakeKernel(const PackedInput& input) {
-  switch (input.form) {
-    case KernelForm::kLinear:
-      return std::make_unique<SVMKFLinear>();
-    case KernelForm::kPolynomial:
-      return std::make_unique<SVMKFPolynomial>(input.gamma, input.coef0, input.degree);
-    case KernelForm::kRadialBasis:
-      return std::make_unique<SVMKFRBF>(input.gamma);
-    case KernelForm::kSigmoid:
-      break;
-  }
-  return std::make_unique<SVMKFSigmoid>(input.gamma, input.coef0);
-}
-
 std::uint64_t NextNumber() {
   static std::atomic<std::uint64_t> last{0};
   return ++last;
@@ -40,7 +25,7 @@ std::uint64_t NextNumber() {
 
 VectorForms FormsOf(const PackedInput& input, const Operations* operations) {
   if (operations == nullptr) return {};
-  return packed::MatchingForms(*operations, input.form, input.degree);
+  return packed::MatchingForms(*operations, input.kernel.type, input.kernel.degree);
 }
 
 }  // namespace
@@ -53,7 +38,7 @@ PackedEngine::PackedEngine(const PackedInput& input, const Operations* operation
 
 PackedEngine::PackedEngine(const PackedInput& input, const Operations* operations,
                            VectorForms forms)
-    : number_(NextNumber()), kernel_(MakeKernel(input)), operations_(operations) {
+    : number_(NextNumber()), kernel_(MakeKernel(input.kernel)), operations_(operations) {
   const packed::Pool pool = packed::MakePool(input.machines, input.vectors.size());
   for (const std::uint32_t vector : pool.vectors) pool_.push_back(input.vectors[vector]);
   for (std::size_t m = 0; m < input.machines.size(); ++m) {
@@ -64,10 +49,7 @@ PackedEngine::PackedEngine(const PackedInput& input, const Operations* operation
   packing_ = std::make_unique<packed::Packing>(input.vectors, input.machines, pool, input.fields,
                                                lanes, input.storage);
   packing_->Describe(view_);
-  view_.form = input.form;
-  view_.gamma = input.gamma;
-  view_.coef0 = input.coef0;
-  view_.degree = input.degree;
+  view_.kernel = input.kernel;
   view_.plain_context = this;
   view_.plain_value = PlainValue;
   if (operations_ == nullptr) return;
@@ -82,7 +64,7 @@ PackedEngine::PackedEngine(const PackedInput& input, const Operations* operation
 void PackedEngine::Fit(PackedScratch& scratch) const {
   if (scratch.engine_ == number_) return;
   scratch.engine_ = 0;
-  const std::size_t padded = (view_.vectors + kBlock) / kBlock * kBlock;
+  const std::size_t padded = view_.padded_vectors + kBlock;
   const std::size_t tile = operations_ == nullptr ? 1 : operations_->tile;
   const std::size_t group = operations_ == nullptr ? 1 : view_.group_tiles;
   scratch.values_.Reserve(view_.chain_count > 0 ? padded * tile : std::max(padded, kBlock * tile));

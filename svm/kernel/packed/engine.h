@@ -50,10 +50,7 @@ class PackedScratch {
 
 // A model as the engine takes it.
 struct PackedInput {
-  packed::KernelForm form = packed::KernelForm::kLinear;
-  double gamma = 1.0;
-  double coef0 = 1.0;
-  double degree = 1.0;
+  SVMConst::KernelParameters kernel;
   std::size_t fields = 0;  // entries of a case, at most 2^31 - 1
   // The lists that these point to must outlive the engine, which evaluates what it cannot pack by
   // the plain kernels. REQUIRES: no list of entries is shorter than its list of positions.

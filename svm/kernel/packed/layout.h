@@ -7,16 +7,16 @@
 #include <cstdint>
 
 #include "host/model/instruction_set.h"
+#include "svm/constants/kernel_type.h"
 
 namespace MCSVM_700::packed {
-
-enum class KernelForm { kLinear = 0, kPolynomial = 1, kRadialBasis = 2, kSigmoid = 3 };
 
 // Vectors of one block of the dense layout. A multiple of every vector width.
 constexpr std::size_t kBlock = 32;
 // Cases of a sparse model that are taken from their columns together.
 constexpr std::size_t kSparseCases = 32;
 
+using SVMConst::KernelFunctionType;
 using svmscore::Isa;
 
 // Neighbouring vectors of the pool that the same machines use.
@@ -41,16 +41,14 @@ struct Chain {
 struct Work;
 
 struct ModelView {
-  KernelForm form;
-  double gamma;
-  double coef0;
-  double degree;
+  SVMConst::KernelParameters kernel;
   int whole_degree;    // the degree where the vector form of pow serves it, else 0
   bool vector_values;  // the vector form of exp or tanh, if the kernel has one, may be used
   bool gaps;           // some coefficient in a segment stands for "not used"
 
   std::size_t fields;
-  std::size_t vectors;  // of the pool
+  std::size_t vectors;         // of the pool
+  std::size_t padded_vectors;  // the same, rounded up to whole blocks
   std::size_t machines;
   std::size_t group_tiles;  // tiles of cases that share one pass over the vectors, at least 1
   // Dense: [ceil(vectors / 32)][fields][32], 64-byte aligned. Null for a sparse model.

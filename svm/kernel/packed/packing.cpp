@@ -172,6 +172,7 @@ void Packing::Describe(ModelView& view) const {
   view.gaps = gaps_;
   view.fields = fields_;
   view.vectors = vectors_;
+  view.padded_vectors = RoundUp(vectors_, kBlock);
   view.machines = machines_;
   view.dense = sparse_ ? nullptr : blocks_.data();
   view.column_begin = column_begin_.data();

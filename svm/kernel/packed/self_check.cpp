@@ -58,10 +58,7 @@ bool PackedEngine::Agrees(const PackedInput& input, const packed::Operations* op
                           packed::VectorForms forms) {
   const SmallModel model;
   PackedInput small;
-  small.form = input.form;
-  small.gamma = input.gamma;
-  small.coef0 = input.coef0;
-  small.degree = input.degree;
+  small.kernel = input.kernel;
   small.fields = kFields;
   for (std::size_t v = 0; v < kVectors; ++v) {
     small.vectors.push_back({&model.positions[v], &model.entries[v]});

@@ -85,15 +85,15 @@ int WholeDegreeThatMatches(const Operations& operations, double degree) {
   return matches ? whole : 0;
 }
 
-VectorForms Try(const Operations& operations, KernelForm form, double degree) {
+VectorForms Try(const Operations& operations, KernelFunctionType form, double degree) {
   switch (form) {
-    case KernelForm::kRadialBasis:
+    case KernelFunctionType::kRadialBasis:
       return {ExpMatches(operations), 0};
-    case KernelForm::kSigmoid:
+    case KernelFunctionType::kSigmoid:
       return {TanhMatches(operations), 0};
-    case KernelForm::kPolynomial:
+    case KernelFunctionType::kPolynomial:
       return {false, WholeDegreeThatMatches(operations, degree)};
-    case KernelForm::kLinear:
+    case KernelFunctionType::kLinear:
       break;
   }
   return {};
@@ -101,15 +101,15 @@ VectorForms Try(const Operations& operations, KernelForm form, double degree) {
 
 }  // namespace
 
-VectorForms MatchingForms(const Operations& operations, KernelForm form, double degree) {
+VectorForms MatchingForms(const Operations& operations, KernelFunctionType form, double degree) {
   // The library and the forms stay what they are while the process runs.
   static std::mutex mutex;
-  static std::map<std::tuple<const void*, KernelForm, double>, VectorForms> known;
+  static std::map<std::tuple<const void*, KernelFunctionType, double>, VectorForms> known;
   const void* function = nullptr;
-  if (form == KernelForm::kRadialBasis) function = reinterpret_cast<void*>(operations.exp);
-  if (form == KernelForm::kSigmoid) function = reinterpret_cast<void*>(operations.tanh);
-  if (form == KernelForm::kPolynomial) function = reinterpret_cast<void*>(operations.pow);
-  const double kept_degree = form == KernelForm::kPolynomial ? degree : 0.0;
+  if (form == KernelFunctionType::kRadialBasis) function = reinterpret_cast<void*>(operations.exp);
+  if (form == KernelFunctionType::kSigmoid) function = reinterpret_cast<void*>(operations.tanh);
+  if (form == KernelFunctionType::kPolynomial) function = reinterpret_cast<void*>(operations.pow);
+  const double kept_degree = form == KernelFunctionType::kPolynomial ? degree : 0.0;
   if (kept_degree != std::trunc(kept_degree) || std::abs(kept_degree) > kMaxWholeDegree) return {};
   const std::scoped_lock lock(mutex);
   const auto [found, is_new] = known.try_emplace({function, form, kept_degree});

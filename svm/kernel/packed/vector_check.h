@@ -16,7 +16,7 @@ struct VectorForms {
 // Tries tens of thousands of arguments, most of them where libraries are known to differ. A form is
 // allowed where every bit is the library's; where one is not, the library's own function is called.
 // Takes about a millisecond the first time; the answer is kept. Any number of threads may ask.
-VectorForms MatchingForms(const Operations& operations, KernelForm form, double degree);
+VectorForms MatchingForms(const Operations& operations, KernelFunctionType form, double degree);
 
 }  // namespace MCSVM_700::packed
 
