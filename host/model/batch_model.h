@@ -46,20 +46,25 @@ class SVMSCORE_HOST_API BatchModel {
   virtual ~BatchModel();
 
   // Numbers that a case comes down to, and decision values that a case gets.
+  // [any thread] Fails: never.
   virtual std::size_t EntryCount() const = 0;
   virtual std::size_t DecisionCount() const = 0;
   // The categories that a decision value decides between; -1 for none.
+  // [any thread] Fails: never.
   virtual std::pair<int, int> DecisionCategories(std::size_t decision) const = 0;
 
   // Fixes the positions of variables in records, all of them laid out like this one, as the first
   // case would: nothing is scored. Does nothing where they are fixed.
+  // [set-up] Lives: the record for the call. Fails: std::bad_alloc.
   virtual void FixPositions(const MCZandor_850::ScoreCaseRecord& record) = 0;
   // Works out the entries of one case, with `flag` as for GetScore. An error is the status of the
   // case, which then must not become part of a batch; some entries may have been written. Never
   // throws.
+  // [first case alone] Lives: the record and the entries for the call. Fails: 90027, 90029.
   virtual MCScore::MCStatus ReadCase(const MCZandor_850::ScoreCaseRecord& record, bool flag,
                                      double* entries, std::size_t stride) = 0;
   // Scores cases that ReadCase has accepted. Never throws: where memory runs out every case fails.
+  // [first case alone] Lives: all columns for the call. Fails: each case by its own status.
   virtual void ScoreBatch(const BatchCases& cases, const BatchResults& results) = 0;
 };
 

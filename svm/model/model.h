@@ -31,32 +31,51 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
 
   // --- Set-up (setup.cpp) ---
 
-  // Takes ownership; null is ignored. Replaces and deletes earlier data, and builds from the new
-  // data the model type, the vector field variables and the kernel.
+  // Null is ignored. Replaces and deletes earlier data, and builds from the new data the model
+  // type, the vector field variables and the kernel.
+  // [set-up] Owns: the model. Lives: until replaced, or as long as the model. Fails:
+  // std::bad_alloc.
   void SetSupportVectorMachineModel(SVMModelData* data);
   void SetUpModelType(bool is_classification);
   // Makes the kernel that `data` names, with the parameters of the data that the model holds, and
-  // packs the machines for it: what is scored is the data as it is now. Always success.
+  // packs the machines for it: what is scored is the data as it is now.
+  // [set-up] Lives: `data` for the call. Fails: std::bad_alloc; the status is always success.
   MCScore::MCStatus SetUpSVMKFEvaluate(SVMModelData* data);
   // Finds the variable of every vector field: null where no dictionary knows its name. Fills in the
   // category index of the categorical predictors.
+  // [set-up] Lives: the records for the call, the variables as long as their dictionaries. Fails:
+  // std::bad_alloc.
   void SetUpVectorField(const std::vector<void*>& fields,
                         const std::vector<VectorFieldType>& types);
   // Tells the dictionary's variables their positions in records laid out as `record`; once only.
+  // [set-up] Lives: the record for the call. Fails: what the record throws.
   void SetUpDictVarIndex(const ScoreCaseRecord* record, bool flag);
   // Takes the target variable and its categories from the base's roles.
+  // [set-up] Fails: std::bad_alloc.
   void SetTargetCategories();
+  // [set-up] Lives: the variable as long as the model. Fails: never.
   void SetTargetVar(const ScoreDictVar* target) { target_var_ = target; }
+  // [any thread] Owns: the target variable. Lives: until SetTargetCategories. Fails: never.
   const std::vector<const ScoreValue*>& GetTargetCategories() const { return target_categories_; }
+  // [set-up] Fails: never.
   void SetPredictionOnly(bool prediction_only) override { prediction_only_ = prediction_only; }
+  // [any thread] Fails: never.
   bool GetPredictionOnly() const override { return prediction_only_; }
+  // [any thread] Fails: never.
   int GetModelType() const override { return model_type_; }
+  // [any thread] Owns: the caller. Lives: until deleted, its variables as long as the model. Fails:
+  // null where there are none; std::bad_alloc.
   BaseDictionary* GetVarsOfRole(VarRole role) const override;
 
   // --- Scoring one case (scoring.cpp) ---
 
+  // [first case alone] Owns: the caller a result that was null. Lives: the record for the call;
+  // what a result of a classification holds as long as the model. Fails: 90027, 90029.
   MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
                              bool flag) override;
+  // The stages of a case, from here to the diagnosis: [first case alone] Lives: arguments for the
+  // call. Fails: by the status, 90027 or 90029; std::bad_alloc.
+  //
   // Appends one entry for every vector field: position and value. Stops at the first field whose
   // value is missing without a replacement, or invalid.
   MCScore::MCStatus FillCaseRecord(ScoreResult*& result, const ScoreCaseRecord* record, bool& flag,
@@ -145,6 +164,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
 
   // --- Diagnosis (display.cpp) ---
 
+  // [any thread] Lives: the stream for the call. Fails: what the stream throws.
   void Display(std::ostream& os) const override;
 
  private:

@@ -26,6 +26,8 @@ class SVMTranslator : public PMMLTranslator {
   // driver.cpp: the order of the stages.
   using PMMLTranslator::ParseFromTree;
   // Null for a null document. A model whose translation fails stays with the translator.
+  // [one thread] Owns: the caller the model. Lives: the document for the call; the model until
+  // deleted, also without the translator. Fails: SSException, std::bad_alloc.
   ScoreModel* ParseFromTree(xercesc::DOMDocument* document, const std::string& encoding) override;
   // Creates the transcoder on first use; later encodings change nothing.
   ZandorTranscoder* GetZandorTranscoder(const std::string& encoding);
