@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -48,13 +49,6 @@ void AddLimitOption(CLI::App& command, Limits& limits) {
           "NAME=NUMBER: let more through before a file is refused; repeatable; "
           "docs/reliability.md lists the names")
       ->allow_extra_args(false);
-}
-
-std::string BeyondTableLimit(const Limits& limits, Limit limit) {
-  const LimitName& name = LimitNameOf(limit);
-  return fmt::format(
-      "{} exceeds the limit of {}; if you trust the file, raise the limit: --limit {}=NUMBER",
-      name.about, limits.*limit, name.name);
 }
 
 }  // namespace svmscore::app

@@ -2,8 +2,6 @@
 #ifndef APP_OPTIONS_LIMIT_OPTION_H_
 #define APP_OPTIONS_LIMIT_OPTION_H_
 
-#include <string>
-
 #include <CLI/CLI.hpp>
 
 #include "host/xml/limits.h"
@@ -12,9 +10,6 @@ namespace svmscore::app {
 
 // Adds --limit NAME=NUMBER, which sets one of `limits`; these must outlive the parsing.
 void AddLimitOption(CLI::App& command, Limits& limits);
-
-// What a message about a table of cases says where a limit is exceeded.
-std::string BeyondTableLimit(const Limits& limits, Limit limit);
 
 }  // namespace svmscore::app
 

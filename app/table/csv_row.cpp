@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "app/options/limit_option.h"
+#include "app/table/table_limit.h"
 
 namespace svmscore::app {
 CsvError WrongWidth(long line, const std::vector<std::string_view>& cells, std::size_t width) {

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "app/options/limit_option.h"
 #include "app/table/csv_row.h"
+#include "app/table/table_limit.h"
 
 namespace svmscore::app {
 namespace {

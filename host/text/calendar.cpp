@@ -17,7 +17,7 @@ using std::chrono::year_month_day;
 
 constexpr double kSecondsPerDay = 86400.0;
 // About the year 30000: beyond it a number is written as it stands.
-constexpr double kMostDays = 1.0e7;
+constexpr double kMostDaysAsText = 1.0e7;
 
 // Reads exactly `width` digits and drops them from `text`.
 std::optional<unsigned> TakeDigits(std::string_view& text, std::size_t width) {
@@ -124,21 +124,21 @@ std::optional<double> ParseDateTime(std::string_view text) {
 }
 
 std::string FormatDate(double days) {
-  if (!(std::fabs(days) <= kMostDays)) return FormatNumber(days);
+  if (!(std::fabs(days) <= kMostDaysAsText)) return FormatNumber(days);
   const Date date = DateOf(static_cast<std::int64_t>(std::floor(days)));
   return fmt::format("{}{:04}-{:02}-{:02}", date.year < 0 ? "-" : "", std::abs(date.year),
                      date.month, date.day);
 }
 
 std::string FormatTime(double seconds) {
-  if (!(std::fabs(seconds) <= kMostDays * kSecondsPerDay)) return FormatNumber(seconds);
+  if (!(std::fabs(seconds) <= kMostDaysAsText * kSecondsPerDay)) return FormatNumber(seconds);
   const int minutes = static_cast<int>(std::floor(seconds / 60.0));
   return fmt::format("{:02}:{:02}:", minutes / 60, minutes % 60) +
          SecondsText(seconds - minutes * 60.0);
 }
 
 std::string FormatDateTime(double seconds) {
-  if (!(std::fabs(seconds) <= kMostDays * kSecondsPerDay)) return FormatNumber(seconds);
+  if (!(std::fabs(seconds) <= kMostDaysAsText * kSecondsPerDay)) return FormatNumber(seconds);
   const double days = std::floor(seconds / kSecondsPerDay);
   return FormatDate(days) + 'T' + FormatTime(seconds - days * kSecondsPerDay);
 }

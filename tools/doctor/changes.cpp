@@ -79,7 +79,7 @@ Change MaxWins() {
           }};
 }
 
-Change AllSides() {
+Change AllMachinesSwapped() {
   return {"machine-sign",
           "the expected values come out when all machines have their categories swapped",
           [](DOMElement* model) {
@@ -89,7 +89,7 @@ Change AllSides() {
           }};
 }
 
-Change Sides(const Element* machine, std::size_t position) {
+Change SwappedMachine(const Element* machine, std::size_t position) {
   return {
       "machine-sign",
       fmt::format("the expected values come out when this machine has \"{}\" and \"{}\" swapped",
@@ -136,7 +136,7 @@ std::vector<Change> ChangesOf(const LoadedModel& loaded) {
   std::vector<Change> changes;
   if (method != output::Method::kRegression) {
     changes.push_back(MaxWins());
-    changes.push_back(AllSides());
+    changes.push_back(AllMachinesSwapped());
     changes.push_back(Method());
   }
   const std::string come_out = "the expected values come out when ";
@@ -160,7 +160,7 @@ std::vector<Change> ChangesOf(const LoadedModel& loaded) {
   }
   if (machines.size() < 2 || machines.size() > kMachines) return changes;
   for (std::size_t i = 0; i < machines.size(); ++i) {
-    changes.push_back(Sides(machines[i], i));
+    changes.push_back(SwappedMachine(machines[i], i));
     changes.push_back(Factors("offset-sign",
                               come_out + "absoluteValue of this machine has the opposite sign", 1.0,
                               -1.0, i));

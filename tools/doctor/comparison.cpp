@@ -82,8 +82,9 @@ void TellMismatch(const CaseFiles& files, const Comparison& comparison, FindingL
 
 // The plainest explanation first, of any comparison; that something is on another scale may be true
 // of one whose columns mean something else.
-const Comparison* Explain(const Suspect& suspect, const CaseFiles& files,
-                          const std::vector<Comparison>& comparisons, FindingList& findings) {
+const Comparison* FirstExplained(const Suspect& suspect, const CaseFiles& files,
+                                 const std::vector<Comparison>& comparisons,
+                                 FindingList& findings) {
   for (const Comparison& comparison : comparisons) {
     if (ExplainByCategories(suspect, files, comparison, findings) ||
         ExplainByNumbers(suspect, comparison, NumberRelation::kNegated, findings) ||
@@ -142,7 +143,7 @@ void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& fi
       comparisons.begin(), comparisons.end(),
       [](const Comparison& a, const Comparison& b) { return a.wrong.size() < b.wrong.size(); });
   FindingList explained(suspect.loaded.document);
-  const Comparison* comparison = Explain(suspect, files, comparisons, explained);
+  const Comparison* comparison = FirstExplained(suspect, files, comparisons, explained);
   TellMismatch(files, comparison != nullptr ? *comparison : comparisons.front(), findings);
   for (Finding& finding : explained.Take()) findings.Add(std::move(finding));
   if (comparison == nullptr) {

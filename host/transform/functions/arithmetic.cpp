@@ -136,7 +136,7 @@ Value Median(const Arguments& in) {
   return Value::Result(count % 2 == 1 ? upper : (numbers[count / 2 - 1] + upper) / 2.0);
 }
 
-constexpr std::array kFunctions = {
+constexpr std::array kArithmeticFunctions = {
     Function{"+", 2, 2, Returns::kNumber, Accepts::kPresent, Binary<Add>},
     Function{"-", 2, 2, Returns::kNumber, Accepts::kPresent, Binary<Subtract>},
     Function{"*", 2, 2, Returns::kNumber, Accepts::kPresent, Binary<Multiply>},
@@ -155,7 +155,7 @@ constexpr std::array kFunctions = {
 }  // namespace
 
 std::span<const Function> ArithmeticFunctions() {
-  return kFunctions;
+  return kArithmeticFunctions;
 }
 
 }  // namespace svmscore::transform

@@ -10,8 +10,8 @@
 namespace svmscore::transform {
 namespace {
 
-constexpr std::int64_t kSecondsPerDay = 86400;
-constexpr double kMostDays = 365.0e6;
+constexpr std::int64_t kSecondsOfDay = 86400;
+constexpr double kMostDaysSince1970 = 365.0e6;
 // The years that the calendar counts.
 constexpr std::int64_t kLastYear = 32767;
 
@@ -32,7 +32,7 @@ Value SecondsSinceYear(const Arguments& in) {
   const auto moment = DayAndSecondOf(in[0]);
   const auto base = DaysToYearOf(in[1]);
   if (!moment || !moment->day || !base) return Value::Invalid();
-  return Value::Integer((*moment->day - *base) * kSecondsPerDay + moment->second);
+  return Value::Integer((*moment->day - *base) * kSecondsOfDay + moment->second);
 }
 
 Value SecondsSinceMidnight(const Arguments& in) {
@@ -59,7 +59,7 @@ std::unique_ptr<Prepared> CheckFixedDate(const Element* element,
   return nullptr;
 }
 
-constexpr std::array kFunctions = {
+constexpr std::array kDatesFunctions = {
     Function{"dateDaysSinceYear", 2, 2, Returns::kNumber, Accepts::kPresent, DaysSinceYear,
              CheckFixedDate},
     Function{"dateSecondsSinceYear", 2, 2, Returns::kNumber, Accepts::kPresent, SecondsSinceYear,
@@ -75,17 +75,17 @@ std::optional<DayAndSecond> DayAndSecondOf(const Value& value) {
   if (!moment) return std::nullopt;
   const bool day = moment->scale == Moment::Scale::kDay;
   const double whole = std::floor(moment->value);
-  const double days = day ? whole : whole / static_cast<double>(kSecondsPerDay);
-  if (!(std::fabs(days) <= kMostDays)) return std::nullopt;
+  const double days = day ? whole : whole / static_cast<double>(kSecondsOfDay);
+  if (!(std::fabs(days) <= kMostDaysSince1970)) return std::nullopt;
   const auto count = static_cast<std::int64_t>(whole);
   if (day) return DayAndSecond{count, 0};
   if (moment->scale == Moment::Scale::kClock) return DayAndSecond{std::nullopt, count};
-  const std::int64_t second = (count % kSecondsPerDay + kSecondsPerDay) % kSecondsPerDay;
-  return DayAndSecond{(count - second) / kSecondsPerDay, second};
+  const std::int64_t second = (count % kSecondsOfDay + kSecondsOfDay) % kSecondsOfDay;
+  return DayAndSecond{(count - second) / kSecondsOfDay, second};
 }
 
 std::span<const Function> DateFunctions() {
-  return kFunctions;
+  return kDatesFunctions;
 }
 
 }  // namespace svmscore::transform

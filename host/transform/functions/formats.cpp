@@ -242,7 +242,7 @@ Value FormatDatetime(const Arguments& in) {
   return Value::Text(in.arena.Copy(result));
 }
 
-constexpr std::array kFunctions = {
+constexpr std::array kFormatsFunctions = {
     Function{"formatNumber", 2, 2, Returns::kString, Accepts::kPresent, FormatNumberBy,
              PrepareNumberPattern},
     Function{"formatDatetime", 2, 2, Returns::kString, Accepts::kPresent, FormatDatetime,
@@ -252,7 +252,7 @@ constexpr std::array kFunctions = {
 }  // namespace
 
 std::span<const Function> FormatFunctions() {
-  return kFunctions;
+  return kFormatsFunctions;
 }
 
 }  // namespace svmscore::transform

@@ -103,7 +103,7 @@ constexpr Function Relation(std::string_view name, Value (*call)(const Arguments
   return {name, 2, 2, Returns::kBoolean, Accepts::kPresent, call};
 }
 
-constexpr std::array kFunctions = {
+constexpr std::array kLogicFunctions = {
     Test("isMissing", IsMissing),
     Test("isNotMissing", IsNotMissing),
     Test("isValid", IsValidTest),
@@ -124,7 +124,7 @@ constexpr std::array kFunctions = {
 }  // namespace
 
 std::span<const Function> LogicFunctions() {
-  return kFunctions;
+  return kLogicFunctions;
 }
 
 }  // namespace svmscore::transform

@@ -8,10 +8,10 @@
 namespace svmscore::transform {
 namespace {
 
-constexpr double kIntegerLimit = 0x1p63;
+constexpr double kIntegersEnd = 0x1p63;
 
 Value WholeNumber(double number) {
-  if (number >= -kIntegerLimit && number < kIntegerLimit) {
+  if (number >= -kIntegersEnd && number < kIntegersEnd) {
     return Value::Integer(static_cast<std::int64_t>(number));
   }
   return Value::Result(number);
@@ -73,7 +73,7 @@ constexpr Function Two(std::string_view name, Value (*call)(const Arguments&)) {
   return {name, 2, 2, Returns::kNumber, Accepts::kPresent, call};
 }
 
-constexpr std::array kFunctions = {
+constexpr std::array kMathsFunctions = {
     One("log10", OfNumber<::log10>),
     One("ln", OfNumber<::log>),
     One("ln1p", OfNumber<::log1p>),
@@ -102,7 +102,7 @@ constexpr std::array kFunctions = {
 }  // namespace
 
 std::span<const Function> MathsFunctions() {
-  return kFunctions;
+  return kMathsFunctions;
 }
 
 }  // namespace svmscore::transform

@@ -95,7 +95,7 @@ Value NormalQuantile(const Arguments& in) {
   return Value::Result(of->mean + of->deviation * StandardQuantile(of->x));
 }
 
-constexpr std::array kFunctions = {
+constexpr std::array kNormalFunctions = {
     Function{"normalPDF", 3, 3, Returns::kNumber, Accepts::kPresent, NormalDensity},
     Function{"normalCDF", 3, 3, Returns::kNumber, Accepts::kPresent, NormalCumulative},
     Function{"normalIDF", 3, 3, Returns::kNumber, Accepts::kPresent, NormalQuantile},
@@ -108,7 +108,7 @@ constexpr std::array kFunctions = {
 }  // namespace
 
 std::span<const Function> NormalFunctions() {
-  return kFunctions;
+  return kNormalFunctions;
 }
 
 }  // namespace svmscore::transform

@@ -114,7 +114,7 @@ Value Replace(const Arguments& in) {
   return text ? Kept(*text, in.arena) : Value::Invalid();
 }
 
-constexpr std::array kFunctions = {
+constexpr std::array kTextsFunctions = {
     Function{"uppercase", 1, 1, Returns::kString, Accepts::kPresent, UpperCaseOf},
     Function{"lowercase", 1, 1, Returns::kString, Accepts::kPresent, LowerCaseOf},
     Function{"stringLength", 1, 1, Returns::kNumber, Accepts::kPresent, StringLength},
@@ -128,7 +128,7 @@ constexpr std::array kFunctions = {
 }  // namespace
 
 std::span<const Function> TextFunctions() {
-  return kFunctions;
+  return kTextsFunctions;
 }
 
 }  // namespace svmscore::transform

@@ -17,19 +17,7 @@ constexpr std::size_t kLongestText = std::size_t{1} << 24;
 // What a match costs beside its items: the library's call, and what is replaced.
 constexpr std::size_t kMatchCost = 128;
 // So many bytes of a pattern without a meter are compared for one unit.
-constexpr std::size_t kComparedAtOnce = 8;
-
-struct FreeMatch {
-  void operator()(pcre2_match_data* data) const { pcre2_match_data_free(data); }
-};
-
-struct FreeLimits {
-  void operator()(pcre2_match_context* context) const { pcre2_match_context_free(context); }
-};
-
-using MatchData = std::unique_ptr<pcre2_match_data, FreeMatch>;
-
-using Limits = std::unique_ptr<pcre2_match_context, FreeLimits>;
+constexpr std::size_t kUnmeteredAtOnce = 8;
 
 PCRE2_SPTR Bytes(std::string_view text) {
   // The library wants an address also for no bytes.
@@ -94,7 +82,7 @@ class Pattern::Search {
   bool Begin(std::size_t size) {
     if (!work_.Spend(kMatchCost + size)) return false;
     if (meter_) return true;
-    if (!work_.Spend(size / kComparedAtOnce * code_.size)) return false;
+    if (!work_.Spend(size / kUnmeteredAtOnce * code_.size)) return false;
     const std::size_t steps = work_.Left() / code_.step / (size + 1);
     pcre2_set_match_limit(limits_.get(),
                           static_cast<std::uint32_t>(std::min<std::size_t>(steps, kMostSteps)));
@@ -109,10 +97,17 @@ class Pattern::Search {
   pcre2_match_context* Limits() const { return limits_.get(); }
 
  private:
+  struct FreeMatch {
+    void operator()(pcre2_match_data* data) const { pcre2_match_data_free(data); }
+  };
+  struct FreeLimits {
+    void operator()(pcre2_match_context* context) const { pcre2_match_context_free(context); }
+  };
+
   const Code& code_;
   Work& work_;
-  const MatchData data_;
-  const transform::Limits limits_;
+  const std::unique_ptr<pcre2_match_data, FreeMatch> data_;
+  const std::unique_ptr<pcre2_match_context, FreeLimits> limits_;
   std::optional<PatternMeter> meter_;
 };
 
