@@ -52,6 +52,17 @@ function(svmscore_quick name)
   endif()
 endfunction()
 
+# svmscore_runs_once(NAMES...): rooms that do their work once a run, and not once for each case. What
+# an optimiser gains there is less than what it takes when the program is built. No flag of this kind
+# changes a digit: the order of operations stays that of the source.
+function(svmscore_runs_once)
+  if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    foreach(name ${ARGN})
+      target_compile_options(${name} PRIVATE -O1)
+    endforeach()
+  endif()
+endfunction()
+
 # svmscore_room(NAME SOURCES ... DEPENDS ...): one static library for one folder. A room may link
 # only the rooms below it; the include test holds the sources to the same order.
 function(svmscore_room name)

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iterator>
 #include <map>
 
 #include <fmt/format.h>
@@ -20,15 +19,14 @@ namespace {
 constexpr std::size_t kShownMachines = 10;
 constexpr std::size_t kShownFindings = 5;
 
-using Text = std::back_insert_iterator<std::string>;
 using Table = std::vector<std::vector<std::string>>;
 
 std::string Counted(std::size_t count, const std::string& what) {
   return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
-void Line(Text out, std::string_view label, std::string_view content) {
-  fmt::format_to(out, "{:<14}{}\n", label, Printable(content, kAnyLength));
+void Line(std::string& out, std::string_view label, std::string_view content) {
+  out += fmt::format("{:<14}{}\n", label, Printable(content, kAnyLength));
 }
 
 std::string Brief(const std::string& text) {
@@ -47,7 +45,7 @@ std::size_t WidthOf(const std::string& text) {
       text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) >> 6U) != 2; }));
 }
 
-void Write(Text out, Table table) {
+void Write(std::string& out, Table table) {
   std::vector<std::size_t> widths(table.front().size());
   for (auto& row : table) {
     for (std::string& cell : row) cell = Printable(cell, kLongestInsert);
@@ -61,7 +59,7 @@ void Write(Text out, Table table) {
       line += " " + row[i] + std::string(widths[i] - WidthOf(row[i]) + 1, ' ');
     }
     line.erase(line.find_last_not_of(' ') + 1);
-    fmt::format_to(out, "{}\n", line);
+    out += fmt::format("{}\n", line);
   }
 }
 
@@ -106,8 +104,8 @@ std::string PercentagesSentence(const tools::ModelSummary& summary) {
   return NameOf(summary.scheme.percentages);
 }
 
-void WriteInputs(Text out, const tools::ModelSummary& summary) {
-  fmt::format_to(out, "\nInputs\n");
+void WriteInputs(std::string& out, const tools::ModelSummary& summary) {
+  out += "\nInputs\n";
   Table table = {{"name", "type", "needed", "replaces a missing value"}};
   for (const tools::InputSummary& input : summary.inputs) {
     table.push_back({input.name, input.optype + " " + input.type, input.needed ? "yes" : "no",
@@ -116,8 +114,8 @@ void WriteInputs(Text out, const tools::ModelSummary& summary) {
   Write(out, table);
 }
 
-void WriteMachines(Text out, const tools::ModelSummary& summary) {
-  fmt::format_to(out, "\nMachines\n");
+void WriteMachines(std::string& out, const tools::ModelSummary& summary) {
+  out += "\nMachines\n";
   Table table = {{"target category", "alternate", "threshold", "absolute value", "terms"}};
   const std::size_t shown = std::min(summary.machines.size(), kShownMachines);
   for (std::size_t i = 0; i < shown; ++i) {
@@ -129,42 +127,41 @@ void WriteMachines(Text out, const tools::ModelSummary& summary) {
   }
   Write(out, table);
   if (shown < summary.machines.size()) {
-    fmt::format_to(out, "  and {} more\n", summary.machines.size() - shown);
+    out += fmt::format("  and {} more\n", summary.machines.size() - shown);
   }
 }
 
-void WriteIntake(Text out, const tools::ModelSummary& summary) {
+void WriteIntake(std::string& out, const tools::ModelSummary& summary) {
   if (summary.intake.empty()) return;
-  fmt::format_to(out, "\nHow the document is read\n");
+  out += "\nHow the document is read\n";
   for (const IntakeStep& step : summary.intake) {
-    fmt::format_to(out, "  {}\n", Printable(tools::SentenceOf(step)));
+    out += fmt::format("  {}\n", Printable(tools::SentenceOf(step)));
   }
 }
 
-void WriteLeftOut(Text out, const tools::ModelSummary& summary) {
-  fmt::format_to(out, "\nWhat the translator leaves out\n");
+void WriteLeftOut(std::string& out, const tools::ModelSummary& summary) {
+  out += "\nWhat the translator leaves out\n";
   if (summary.refused) {
-    fmt::format_to(out, "  score refuses this model: {}\n", Printable(*summary.refused));
+    out += fmt::format("  score refuses this model: {}\n", Printable(*summary.refused));
   }
-  if (summary.left_out.empty()) fmt::format_to(out, "  nothing\n");
+  if (summary.left_out.empty()) out += "  nothing\n";
   std::map<std::string_view, std::size_t> met;
   for (const tools::Finding& finding : summary.left_out) {
     if (++met[finding.Name()] > kShownFindings) continue;
     const std::string place = finding.line > 0 ? fmt::format("line {}, ", finding.line) : "";
-    fmt::format_to(out, "  {}{}: {}\n", place, Printable(finding.element, kLongestInsert),
-                   Printable(finding.what));
+    out += fmt::format("  {}{}: {}\n", place, Printable(finding.element, kLongestInsert),
+                       Printable(finding.what));
   }
   for (const auto& [kind, count] : met) {
     if (count <= kShownFindings) continue;
-    fmt::format_to(out, "  and {} more of {}\n", count - kShownFindings, kind);
+    out += fmt::format("  and {} more of {}\n", count - kShownFindings, kind);
   }
 }
 
 }  // namespace
 
 std::string TextOf(const tools::ModelSummary& summary) {
-  std::string text;
-  const Text out(text);
+  std::string out;
   Line(out, "Document", fmt::format("{}, PMML {}", summary.file, Brief(summary.pmml_version)));
   if (!summary.producer.empty()) Line(out, "Producer", Brief(summary.producer));
   if (!summary.model_name.empty()) Line(out, "Model", Brief(summary.model_name));
@@ -188,8 +185,8 @@ std::string TextOf(const tools::ModelSummary& summary) {
   WriteMachines(out, summary);
   WriteIntake(out, summary);
   WriteLeftOut(out, summary);
-  if (summary.listing) text += *summary.listing;
-  return text;
+  if (summary.listing) out += *summary.listing;
+  return out;
 }
 
 }  // namespace svmscore::app

@@ -11,7 +11,8 @@ namespace {
 
 constexpr StepKind kBoolean{"boolean-spelling",
                             "a boolean attribute of the model is read as true or false"};
-constexpr StepKind kMethod{"method-spelling", "the classification method is read in any case"};
+constexpr StepKind kMethodSpelling{"method-spelling",
+                                   "the classification method is read in any case"};
 constexpr StepKind kDataType{"data-type-spelling",
                              "data types written as XML Schema types are read as PMML types"};
 constexpr StepKind kMaxWins{"max-wins-assumed",
@@ -59,7 +60,7 @@ void SpellMethod(Intake& intake) {
   for (const char* known : {"OneAgainstOne", "OneAgainstAll"}) {
     if (*text == known) return;
     if (Plain(*text) != Plain(known)) continue;
-    intake.Change(kMethod, intake.Model());
+    intake.Change(kMethodSpelling, intake.Model());
     return SetAttribute(intake.Model(), "classificationMethod", known);
   }
   if (!intake.IsClassification()) return;

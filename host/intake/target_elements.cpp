@@ -8,9 +8,10 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kUnknown{"target-unknown",
-                            "a Target for a field that does not exist is taken for the model's "
-                            "target where it is the only one, and else not used"};
+constexpr StepKind kUnknownTarget{
+    "target-unknown",
+    "a Target for a field that does not exist is taken for the model's "
+    "target where it is the only one, and else not used"};
 constexpr StepKind kDeclaredTwice{"target-declared-twice",
                                   "of several Target elements of one field the first counts"};
 
@@ -26,7 +27,7 @@ void CheckTargets(Intake& intake) {
   for (const DOMElement* target : Children(intake.ModelChild("Targets"), "Target")) {
     const auto name = FindAttribute(target, "field");
     if (name && !fields.contains(*name)) {
-      intake.Doubt(kUnknown, target, code::kUnknownField, *name, "Target");
+      intake.Doubt(kUnknownTarget, target, code::kUnknownField, *name, "Target");
     } else if (!seen.insert(name.value_or("")).second) {
       intake.Doubt(kDeclaredTwice, target, code::kDuplicateName, name.value_or(""), "Target");
     }

@@ -16,7 +16,7 @@ constexpr const char* kDerived = "DerivedField";
 constexpr StepKind kMerged{
     "transformations-merged",
     "the derived fields of the model are computed together with those of the document"};
-constexpr StepKind kHidden{
+constexpr StepKind kHiddenTransformations{
     "derived-field-hidden",
     "a derived field of the model takes the place of the document's one of the same name"};
 
@@ -58,7 +58,7 @@ void MergeTransformations(Intake& intake) {
     if (declared.contains(name)) SetAttribute(field, "x-scope", "local");
     const auto found = global_fields.find(name);
     if (found == global_fields.end()) continue;
-    intake.Change(kHidden, field);
+    intake.Change(kHiddenTransformations, field);
     Remove(found->second);
     global_fields.erase(found);
   }

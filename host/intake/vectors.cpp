@@ -41,7 +41,7 @@ constexpr StepKind kNoIndices{
 constexpr StepKind kLength{
     "array-length",
     "the length n of a sparse array is not the number of vector fields, and does not count"};
-constexpr StepKind kNoNumber{
+constexpr StepKind kNoNumberInList{
     "unreadable-number",
     "what is no number in a vector counts as the number that it begins with, or as 0, and an index "
     "without its fraction"};
@@ -238,7 +238,7 @@ int VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
   if (at == word.size() && index >= 1 && index <= fields_) return static_cast<int>(index);
   const std::string slow = Narrow(word);
   const int read = TruncateToInt(NumberPrefix(slow.c_str()));
-  if (ParseInteger(slow) != read) intake_.Doubt(kNoNumber, list, code::kBadValue, slow);
+  if (ParseInteger(slow) != read) intake_.Doubt(kNoNumberInList, list, code::kBadValue, slow);
   if (IsOutside(read)) {
     intake_.Doubt(kOutside, list, code::kBadContent,
                   fmt::format("the index {} for {} vector fields", slow, fields_), "Indices");
@@ -269,7 +269,7 @@ std::size_t VectorReader::CountEntries(const DOMElement* list) {
   const auto count = CountNumbers(text, offender, large);
   if (large || !count) CheckFiniteWords(intake_, list, text);
   if (count) return *count;
-  intake_.Doubt(kNoNumber, list, code::kBadValue, Narrow(offender));
+  intake_.Doubt(kNoNumberInList, list, code::kBadValue, Narrow(offender));
   return CountWords(text);
 }
 
