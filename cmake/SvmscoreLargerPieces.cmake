@@ -1,7 +1,10 @@
 # Several source files as one, since most of the work of a compiler is reading headers. CMake's own
 # way of doing so names the files by their full paths, so that a compiler cache finds nothing again
 # in another folder; here they are named from the build folder.
-set(SVMSCORE_FILES_AT_A_TIME 1 CACHE STRING "source files that are compiled as one")
+# Who works on a few files has them compiled alone by the preset `dev`.
+#
+# Names within a library must therefore differ, also those in namespaces without a name.
+set(SVMSCORE_FILES_AT_A_TIME 24 CACHE STRING "source files that are compiled as one")
 
 # Every target of a folder and of those below it. A source with options of its own stays alone,
 # and one with SKIP_UNITY_BUILD_INCLUSION.
