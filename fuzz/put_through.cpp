@@ -14,7 +14,6 @@
 #include "host/model/ss_exception.h"
 #include "tools/base/bad_input.h"
 #include "tools/doctor/examination.h"
-#include "tools/findings/intake_text.h"
 
 namespace svmscore::fuzz {
 namespace {
@@ -26,8 +25,8 @@ constexpr const char* kName = "model.pmml";
 void Describe(const LoadedModel& loaded) {
   const tools::ModelSummary summary = tools::Summarise(loaded);
   Promise(!app::TextOf(summary).empty() && !app::JsonOf(summary).empty(), "a summary tells");
-  for (const IntakeStep& step : loaded.intake) {
-    Promise(!tools::SentenceOf(step).empty(), "a step of the intake is told");
+  for (const Finding& finding : loaded.findings) {
+    Promise(!SentenceOf(finding).empty(), "a finding is told");
   }
   std::ostringstream listing;
   loaded.model->Display(listing);
@@ -56,7 +55,7 @@ void Examine(const tools::OpenedDocument& opened, tools::DocumentSource& source,
   if (tools::IsScored(opened) && choices.Half()) {
     files = MakeCaseFiles(LoadAgain(document, LoadChecks::kRefuse), choices);
   }
-  std::vector<tools::Finding> findings;
+  std::vector<Finding> findings;
   try {
     findings = tools::Examine(opened, ThePlugin(), source, files);
   } catch (const tools::BadCases&) {
@@ -73,7 +72,7 @@ void PutThrough(const std::string& document, Choices& choices) {
   const MemoryFile file(document);
   tools::DocumentSource source(file.Path(), {});
   const tools::OpenedDocument opened = tools::OpenDocument(ThePlugin(), source);
-  if (opened.refused) Promise(!opened.refused->what.empty(), "a refusal says why");
+  if (opened.refused) Promise(!opened.refused->detail.empty(), "a refusal says why");
   Promise(opened.IsRead() || opened.refused, "a document is read or refused");
   if (!opened.IsRead()) return;
   Examine(opened, source, document, choices);

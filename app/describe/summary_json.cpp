@@ -48,25 +48,25 @@ Json MachinesOf(const tools::ModelSummary& summary) {
 
 Json IntakeOf(const tools::ModelSummary& summary) {
   Json steps = Json::array();
-  for (const IntakeStep& step : summary.intake) {
-    steps.push_back({{"name", step.name},
-                     {"changes", step.changes},
-                     {"element", step.element},
-                     {"line", step.line > 0 ? Json(step.line) : Json()},
-                     {"count", step.count},
-                     {"consequence", step.consequence},
-                     {"detail", TextOrNull(step.detail)}});
+  for (const Finding& finding : FirstOfEachKind(summary.intake)) {
+    steps.push_back({{"name", finding.Name()},
+                     {"class", ClassName(finding.kind->of_class)},
+                     {"element", finding.place.element},
+                     {"line", finding.place.line > 0 ? Json(finding.place.line) : Json()},
+                     {"count", finding.more + 1},
+                     {"consequence", finding.kind->sentence},
+                     {"detail", TextOrNull(finding.detail)}});
   }
   return steps;
 }
 
 Json LeftOutOf(const tools::ModelSummary& summary) {
   Json findings = Json::array();
-  for (const tools::Finding& finding : summary.left_out) {
+  for (const Finding& finding : summary.left_out) {
     findings.push_back({{"kind", finding.Name()},
-                        {"element", finding.element},
-                        {"line", finding.line > 0 ? Json(finding.line) : Json()},
-                        {"consequence", finding.what}});
+                        {"element", finding.place.element},
+                        {"line", finding.place.line > 0 ? Json(finding.place.line) : Json()},
+                        {"consequence", finding.What()}});
   }
   return findings;
 }

@@ -6,7 +6,6 @@
 #include "app/describe/summary_output.h"
 #include "host/text/number_text.h"
 #include "host/text/printable.h"
-#include "tools/findings/intake_text.h"
 
 namespace svmscore::app {
 
@@ -133,9 +132,9 @@ void WriteMachines(std::string& out, const tools::ModelSummary& summary) {
 
 void WriteIntake(std::string& out, const tools::ModelSummary& summary) {
   if (summary.intake.empty()) return;
-  out += "\nHow the document is read\n";
-  for (const IntakeStep& step : summary.intake) {
-    out += fmt::format("  {}\n", Printable(tools::SentenceOf(step)));
+  fmt::format_to(out, "\nHow the document is read\n");
+  for (const Finding& finding : FirstOfEachKind(summary.intake)) {
+    fmt::format_to(out, "  {}\n", Printable(SentenceOf(finding)));
   }
 }
 
@@ -146,11 +145,12 @@ void WriteLeftOut(std::string& out, const tools::ModelSummary& summary) {
   }
   if (summary.left_out.empty()) out += "  nothing\n";
   std::map<std::string_view, std::size_t> met;
-  for (const tools::Finding& finding : summary.left_out) {
+  for (const Finding& finding : summary.left_out) {
     if (++met[finding.Name()] > kShownFindings) continue;
-    const std::string place = finding.line > 0 ? fmt::format("line {}, ", finding.line) : "";
-    out += fmt::format("  {}{}: {}\n", place, Printable(finding.element, kLongestInsert),
-                       Printable(finding.what));
+    const std::string place =
+        finding.place.line > 0 ? fmt::format("line {}, ", finding.place.line) : "";
+    fmt::format_to(out, "  {}{}: {}\n", place, Printable(finding.place.element, kLongestInsert),
+                   Printable(finding.What()));
   }
   for (const auto& [kind, count] : met) {
     if (count <= kShownFindings) continue;

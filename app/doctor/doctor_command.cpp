@@ -49,7 +49,7 @@ ExitStatus DoctorCommand::Run() {
   const tools::OpenedDocument opened = tools::OpenDocument(plugin, source);
   if (!opened.IsRead()) {
     if (json_) OutputFile("-").Write(ReportJson(model_, {*opened.refused}));
-    throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->what));
+    throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->detail));
   }
   std::optional<tools::CaseFiles> files;
   if (!input_.empty() && tools::IsScored(opened)) {
@@ -57,12 +57,11 @@ ExitStatus DoctorCommand::Run() {
     files.emplace(tools::CaseFiles{ReadTable(input_, limits_), ReadTable(expected_, limits_),
                                    missing_tokens_, tolerance_});
   }
-  const std::vector<tools::Finding> found = tools::Examine(opened, plugin, source, files);
+  const std::vector<Finding> found = tools::Examine(opened, plugin, source, files);
   OutputFile output("-");
   output.Write(json_ ? ReportJson(model_, found) : ReportText(model_, found));
-  const bool changes = std::any_of(found.begin(), found.end(), [](const tools::Finding& finding) {
-    return finding.ChangesScores();
-  });
+  const bool changes = std::any_of(found.begin(), found.end(),
+                                   [](const Finding& finding) { return finding.IsError(); });
   return changes ? kDisagrees : kDone;
 }
 

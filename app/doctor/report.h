@@ -5,13 +5,13 @@
 #include <string>
 #include <vector>
 
-#include "tools/findings/finding.h"
+#include "host/findings/finding.h"
 
 namespace svmscore::app {
 
 // `findings` in the order in which they are written.
-std::string ReportText(const std::string& file, const std::vector<tools::Finding>& findings);
-std::string ReportJson(const std::string& file, const std::vector<tools::Finding>& findings);
+std::string ReportText(const std::string& file, const std::vector<Finding>& findings);
+std::string ReportJson(const std::string& file, const std::vector<Finding>& findings);
 
 }  // namespace svmscore::app
 

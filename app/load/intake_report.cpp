@@ -5,13 +5,13 @@
 #include "app/base/messages.h"
 #include "host/text/printable.h"
 #include "host/xml/elements.h"
-#include "tools/findings/intake_text.h"
 
 namespace svmscore::app {
 
 void TellIntake(const std::string& path, const LoadedModel& loaded) {
-  for (const IntakeStep& step : loaded.intake) {
-    Tell(fmt::format("{}: {}", path, tools::SentenceOf(step)));
+  for (const Finding& finding : FirstOfEachKind(loaded.findings)) {
+    if (!finding.kind->IsRefusedWhenStrict()) continue;
+    Tell(fmt::format("{}: {}{}", path, finding.IsError() ? "error: " : "", SentenceOf(finding)));
   }
   if (loaded.output == nullptr) return;
   for (const output::Note& note : loaded.output->Notes()) {

@@ -10,10 +10,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kLifted{
-    "anomaly-detection-lifted",
-    "the model inside the AnomalyDetectionModel is scored by itself, and its value is the result"};
-
 constexpr std::array kTreatments = {"optype",
                                     "outliers",
                                     "lowValue",
@@ -108,7 +104,7 @@ bool LiftModel(Intake& intake, DOMElement* outer, DOMElement* inner) {
     intake.Refuse(outer, code::kUnsupported, obstacle, NameOf(outer));
     return false;
   }
-  intake.Change(kLifted, outer);
+  intake.Tell("anomaly-detection-lifted", outer);
   const auto append = [](DOMElement* theirs, DOMElement* ours) { MoveChildren(theirs, ours); };
   const auto replace = [](DOMElement* theirs, DOMElement* ours) {
     ours->getParentNode()->replaceChild(theirs, ours);

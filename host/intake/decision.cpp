@@ -14,17 +14,6 @@ namespace {
 
 constexpr const char* kOldSecond = "alternateBinaryTargetCategory";
 
-constexpr StepKind kRounding{
-    "two-class-rounding",
-    "in the two-class form of version 3 a value of at least 0.5 selects the machine's target "
-    "category, and a lesser value the model's alternate one"};
-constexpr StepKind kAlternate{
-    "alternate-on-model",
-    "the alternate category stands on the model and is taken as the machine's"};
-constexpr StepKind kMethod{
-    "method-inferred",
-    "the machines pair every category with every other, so they are read as OneAgainstOne"};
-
 // Values above the threshold select the target category, and with this one, the largest double
 // below a half, a half does too.
 constexpr const char* kBelowHalf = "0.49999999999999994";
@@ -51,7 +40,7 @@ void ReadOldSecond(Intake& intake) {
   const bool newer_rule = Has(intake.Model(), "threshold") || Has(intake.Model(), "maxWins") ||
                           Has(machine, "threshold");
   const bool rounds = old_version && !newer_rule;
-  intake.Change(rounds ? kRounding : kAlternate, intake.Model());
+  intake.Tell(rounds ? Kind("two-class-rounding") : Kind("alternate-on-model"), intake.Model());
   SetAttribute(machine, "alternateTargetCategory", second);
   intake.Model()->removeAttribute(u"alternateBinaryTargetCategory");
   if (!rounds) return;
@@ -75,7 +64,7 @@ void InferMethod(Intake& intake) {
   }
   const std::size_t wanted = labels.size() * (labels.size() - 1) / 2;
   if (labels.size() < 3 || machines != wanted || pairs.size() != wanted) return;
-  intake.Change(kMethod, intake.Model());
+  intake.Tell("method-inferred", intake.Model());
   SetAttribute(intake.Model(), "classificationMethod", "OneAgainstOne");
 }
 

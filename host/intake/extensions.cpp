@@ -7,10 +7,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kHidden{
-    "extension-content",
-    "elements inside an Extension that look like parts of the model are left out"};
-
 bool IsListed(WideView name) {
   return name == u"SupportVectorMachine" || name == u"VectorInstance" || name == u"SupportVector" ||
          name == u"Coefficient";
@@ -29,7 +25,7 @@ void HideExtensionContent(Intake& intake, const std::vector<DOMElement*>& extens
     for (DOMElement* at = NextInTree(extension, extension, false); at != nullptr;
          at = NextInTree(at, extension, false)) {
       if (!IsListed(at->getNodeName())) continue;
-      intake.Change(kHidden, at);
+      intake.Tell("extension-content", at);
       Rename(at, "X-" + NameOf(at));
     }
   }

@@ -13,14 +13,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kNotFinite{
-    "number-not-finite",
-    "a number is infinite, beyond the range of numbers, or NaN, and scores that it enters are no "
-    "results of the model"};
-constexpr StepKind kNegative{"deviation-negative",
-                             "a StandardDeviation below 0 turns the interval around; -1 leaves it "
-                             "out"};
-
 // Few words are looked at twice.
 bool IsFinite(WideView word) {
   const std::size_t exponent = word.find_first_of(u"eE");
@@ -35,7 +27,7 @@ void Check(Intake& intake, const DOMElement* element, const char* name) {
   const WideView text = AttributeView(element, name);
   WideView rest = text;
   if (text.data() == nullptr || IsFinite(NextWord(rest))) return;
-  intake.Doubt(kNotFinite, element, code::kBadValue, Narrow(text), name, NameOf(element));
+  intake.Tell("number-not-finite", element, name + (" " + Narrow(text)), NameOf(element));
 }
 
 void CheckExtension(Intake& intake, const DOMElement* extension) {
@@ -47,7 +39,7 @@ void CheckExtension(Intake& intake, const DOMElement* extension) {
   const WideView text = TextView(deviation, joined);
   CheckFiniteWords(intake, deviation, text);
   if (ParseNumber(Narrow(text)).value_or(0.0) < 0.0) {
-    intake.Doubt(kNegative, deviation, code::kBadContent, "a negative number", NameOf(deviation));
+    intake.Tell("deviation-negative", deviation, "a negative number", NameOf(deviation));
   }
 }
 
@@ -56,8 +48,7 @@ void CheckExtension(Intake& intake, const DOMElement* extension) {
 void CheckFiniteWords(Intake& intake, const DOMElement* element, WideView text) {
   for (WideView word = NextWord(text); !word.empty(); word = NextWord(text)) {
     if (IsFinite(word)) continue;
-    return intake.Doubt(kNotFinite, element, code::kBadContent, "the number " + Narrow(word),
-                        NameOf(element));
+    return intake.Tell("number-not-finite", element, "the number " + Narrow(word), NameOf(element));
   }
 }
 

@@ -9,6 +9,12 @@
 
 namespace svmscore {
 namespace intake {
+namespace {
+
+// Findings of a kind that are told one by one; further ones are only counted.
+constexpr std::size_t kDetailed = 5;
+
+}  // namespace
 
 DOMElement* Intake::ModelChild(const std::string& name) const {
   return FindChild(model_, name);
@@ -18,28 +24,23 @@ bool Intake::IsClassification() const {
   return FindAttribute(model_, "functionName") == "classification";
 }
 
-IntakeStep& Intake::Count(const StepKind& kind, const DOMElement* at, bool changes) {
-  const auto [found, is_new] = step_of_.try_emplace(kind.name, steps_.size());
-  if (is_new) {
-    document_.FixLines();
-    steps_.push_back(
-        {kind.name, kind.consequence, {}, NameOf(at), document_.LineOf(at), 0, changes});
+void Intake::Told(KindOfFinding kind, const DOMElement* at, std::vector<std::string> parts) {
+  if (mode_ == IntakeMode::kStrict && kind->IsRefusedWhenStrict()) RefuseStrictly(*kind, at, parts);
+  Known& known = known_[kind->name];
+  const bool standard = kind->of_class == FindingClass::kStandard;
+  if (known.findings == (standard ? 1 : kDetailed)) {
+    ++findings_[known.last].more;
+    return;
   }
-  IntakeStep& step = steps_[found->second];
-  ++step.count;
-  return step;
-}
-
-void Intake::Change(const StepKind& kind, const DOMElement* at) {
-  if (mode_ == IntakeMode::kStrict) {
-    ThrowAt(at, code::kNeedsIntake, kind.name, kind.consequence);
-  }
-  Count(kind, at, true);
+  document_.FixLines();
+  ++known.findings;
+  known.last = findings_.size();
+  findings_.push_back({kind, {NameOf(at), document_.LineOf(at)}, DetailOf(*kind, parts)});
 }
 
 }  // namespace intake
 
-std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) try {
+std::vector<Finding> MakeReadable(PmmlDocument& document, IntakeMode mode) try {
   if (document.Dom() == nullptr || document.Dom()->getDocumentElement() == nullptr) return {};
   intake::Intake intake(document, mode);
   const std::vector<xercesc::DOMElement*> extensions = intake::UsePlainNames(intake);
@@ -49,7 +50,7 @@ std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) tr
   }
   intake::SettleVersion(intake);
   intake::ChooseModel(intake);
-  if (intake.Model() == nullptr) return intake.TakeSteps();
+  if (intake.Model() == nullptr) return intake.TakeFindings();
   intake::CheckVocabulary(intake);
   intake::UseKnownSpellings(intake);
   intake::CheckMiningSchema(intake);
@@ -71,7 +72,7 @@ std::vector<IntakeStep> MakeReadable(PmmlDocument& document, IntakeMode mode) tr
   intake::OrderPairs(intake);
   intake::CheckMachines(intake);
   intake::CheckFiniteNumbers(intake);
-  return intake.TakeSteps();
+  return intake.TakeFindings();
 } catch (const xercesc::OutOfMemoryException&) {
   throw std::bad_alloc();
 }

@@ -1,4 +1,4 @@
-// What the steps of the intake share: the document that they edit, and the report they write.
+// What the steps of the intake share: the document that they edit, and what they find in it.
 #ifndef HOST_INTAKE_INTAKE_H_
 #define HOST_INTAKE_INTAKE_H_
 
@@ -10,6 +10,7 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+#include "host/findings/finding.h"
 #include "host/intake/make_readable.h"
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
@@ -19,12 +20,7 @@ namespace svmscore::intake {
 using xercesc::DOMDocument;
 using xercesc::DOMElement;
 using xercesc::DOMNode;
-
-// A kind of step. The texts live as long as the program.
-struct StepKind {
-  const char* name;
-  const char* consequence;
-};
+using Kind = KindOfFinding;
 
 class Intake {
  public:
@@ -39,20 +35,12 @@ class Intake {
   DOMElement* ModelChild(const std::string& name) const;
   bool IsClassification() const;
 
-  // Call before each change: counts it, and throws in strict mode.
-  void Change(const StepKind& kind, const DOMElement* at);
-  // Counts a remark, in every mode.
-  void Remark(const StepKind& kind, const DOMElement* at) { Count(kind, at, false); }
-  // Counts a remark on what a translator drops, or reads as something else than is written; in
-  // strict mode throws the code instead.
+  // Call before each change, and for whatever is lost, guessed or wrong. The parts are those of the
+  // message with which the kind is refused; a kind that needs the intake has none. In strict mode
+  // throws that message where the kind has one.
   template <typename... Parts>
-  void Doubt(const StepKind& kind, const DOMElement* at, int code, const Parts&... parts) {
-    if (mode_ == IntakeMode::kStrict) ThrowAt(at, code, parts...);
-    IntakeStep& step = Count(kind, at, false);
-    if (step.count > 1) return;
-    MCZandor_850::SSException told(MCZandor_850::gErrorFormater);
-    told.PutErrorMessage(code, parts...);
-    step.detail = told.what();
+  void Tell(KindOfFinding kind, const DOMElement* at, const Parts&... parts) {
+    Told(kind, at, {std::string(parts)...});
   }
 
   // Throws, except in tolerant mode, where the caller leaves the element as it is. For what is not
@@ -62,16 +50,22 @@ class Intake {
     if (mode_ != IntakeMode::kTolerate) ThrowAt(element, code, parts...);
   }
 
-  std::vector<IntakeStep> TakeSteps() { return std::move(steps_); }
+  std::vector<Finding> TakeFindings() { return std::move(findings_); }
 
  private:
-  IntakeStep& Count(const StepKind& kind, const DOMElement* at, bool changes);
+  // The findings of one kind.
+  struct Known {
+    std::size_t findings = 0;
+    std::size_t last = 0;  // the position of the last one among all findings
+  };
+
+  void Told(KindOfFinding kind, const DOMElement* at, std::vector<std::string> parts);
 
   PmmlDocument& document_;
   IntakeMode mode_;
   DOMElement* model_ = nullptr;
-  std::vector<IntakeStep> steps_;
-  std::unordered_map<std::string_view, std::size_t> step_of_;  // by name
+  std::vector<Finding> findings_;
+  std::unordered_map<std::string_view, Known> known_;  // by the name of the kind
 };
 
 }  // namespace svmscore::intake

@@ -8,18 +8,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kMinusOne{
-    "kernel-minus-one",
-    "a kernel parameter of -1 is scored as -1.0000000000000002, its nearest neighbour; results "
-    "may differ in their last digits"};
-
-// The neighbour of a whole degree is no whole degree: negative bases would have no power.
-constexpr StepKind kDegree{"degree-minus-one",
-                           "a degree of -1 counts as if it were not there, and the degree is 1"};
-constexpr StepKind kSeveralKernels{
-    "several-kernels",
-    "of several kernels one counts: linear before polynomial, radial basis and sigmoid"};
-
 // The next double beyond -1.
 constexpr const char* kNeighbour = "-1.0000000000000002";
 
@@ -37,8 +25,7 @@ DOMElement* FirstKernel(Intake& intake) {
       if (first == nullptr) {
         first = kernel;
       } else {
-        intake.Doubt(kSeveralKernels, kernel, code::kBadContent, "a second kernel",
-                     "SupportVectorMachineModel");
+        intake.Tell("second-kernel", kernel, "a second kernel", "SupportVectorMachineModel");
       }
     }
   }
@@ -54,11 +41,12 @@ void TellKernelNumbersFromAbsence(Intake& intake) {
   for (const std::string name : {"gamma", "coef0"}) {
     const bool used = kind != "RadialBasisKernelType" || name == "gamma";
     if (!used || !IsMinusOne(kernel, name)) continue;
-    intake.Change(kMinusOne, kernel);
+    intake.Tell("kernel-minus-one", kernel);
     SetAttribute(kernel, name, kNeighbour);
   }
+  // The neighbour of a whole degree is no whole degree: negative bases would have no power.
   if (kind == "PolynomialKernelType" && IsMinusOne(kernel, "degree")) {
-    intake.Doubt(kDegree, kernel, code::kUnsupported, "a degree of -1", kind);
+    intake.Tell("degree-minus-one", kernel, "a degree of -1", kind);
   }
 }
 

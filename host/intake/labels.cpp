@@ -10,16 +10,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kSpelling{
-    "category-spelling",
-    "a category that a machine spells differently is taken as the target's equal value"};
-constexpr StepKind kUnknown{
-    "machine-category-unknown",
-    "a vote for a category that the target does not have counts for nothing"};
-constexpr StepKind kSecond{
-    "second-category",
-    "a machine that names one of the target's two categories decides between both"};
-
 void AddLabel(DOMElement* element, const std::string& attribute, std::vector<LabelPlace>& places) {
   const auto label = FindAttribute(element, attribute);
   if (label && !label->empty()) places.push_back({element, attribute, *label});
@@ -34,7 +24,7 @@ void NameSecond(Intake& intake, DOMElement* machine, const std::vector<std::stri
     return;
   }
   if (*first != categories[0] && *first != categories[1]) return;
-  intake.Change(kSecond, machine);
+  intake.Tell("second-category", machine);
   SetAttribute(machine, "alternateTargetCategory",
                *first == categories[0] ? categories[1] : categories[0]);
 }
@@ -75,12 +65,12 @@ void MatchLabels(Intake& intake) {
     for (const LabelPlace& place : LabelsOf(machine)) {
       const auto found = category_of.find(keys.Of(place.label));
       if (found == category_of.end()) {
-        intake.Doubt(kUnknown, place.element, code::kBadValue, place.label, place.attribute,
-                     NameOf(place.element));
+        intake.Tell("unknown-category", place.element, place.label, place.attribute,
+                    NameOf(place.element));
         continue;
       }
       if (found->second == place.label) continue;
-      intake.Change(kSpelling, place.element);
+      intake.Tell("category-spelling", place.element);
       SetAttribute(place.element, place.attribute, found->second);
     }
   }

@@ -7,10 +7,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kSeveral{
-    "several-models",
-    "the document holds several models; the first SupportVectorMachineModel is scored"};
-
 bool HoldsMachine(DOMElement* model) {
   for (DOMElement* at = NextInTree(model, model, false); at != nullptr;
        at = NextInTree(at, model, NameOf(at) == "Extension")) {
@@ -45,7 +41,9 @@ void ChooseModel(Intake& intake) {
   // A translator says that there is no model.
   if (intake.Model() == nullptr) return;
   for (const DOMElement* model : models) {
-    if (model != intake.Model()) intake.Remark(kSeveral, model);
+    if (model != intake.Model())
+      intake.Tell("other-model", model, NameOf(model) + " beside the model that is scored",
+                  NameOf(intake.Root()));
   }
 }
 

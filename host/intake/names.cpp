@@ -6,9 +6,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kPrefixed{"namespace-prefix",
-                             "elements with a namespace prefix are read by their plain names"};
-
 bool IsPmmlNamespace(WideView name, WideView of_root) {
   return name == of_root || name.starts_with(u"http://www.dmg.org/PMML-") ||
          name.starts_with(u"https://www.dmg.org/PMML-");
@@ -29,7 +26,7 @@ std::vector<DOMElement*> UsePlainNames(Intake& intake) {
   for (DOMElement* at = root; at != nullptr; at = NextInTree(at, root, skip)) {
     const XMLCh* prefix = at->getPrefix();
     if (prefix != nullptr && *prefix != 0 && IsPmmlNamespace(NamespaceOf(at), of_root)) {
-      intake.Change(kPrefixed, at);
+      intake.Tell("namespace-prefix", at);
       at->getOwnerDocument()->renameNode(at, at->getNamespaceURI(), at->getLocalName());
     }
     const XMLCh* name = at->getNodeName();

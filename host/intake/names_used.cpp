@@ -9,16 +9,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kOverInput{"derived-field-over-input",
-                              "a derived field has the name of an input and takes its place"};
-constexpr StepKind kUnderInput{
-    "derived-field-under-input",
-    "a derived field of the whole document has the name of an input of the model, and the input is "
-    "meant by it"};
-constexpr StepKind kBuiltIn{
-    "function-name-taken",
-    "a defined function has the name of a built-in one, and the built-in one is called"};
-
 std::unordered_set<std::string> NamesIn(const DOMElement* list, const std::string& kind) {
   std::unordered_set<std::string> names;
   for (const DOMElement* element : Children(list, kind)) {
@@ -27,11 +17,11 @@ std::unordered_set<std::string> NamesIn(const DOMElement* list, const std::strin
   return names;
 }
 
-void CheckDerived(Intake& intake, const DOMElement* list, const StepKind& kind,
+void CheckDerived(Intake& intake, const DOMElement* list, Kind kind,
                   const std::unordered_set<std::string>& inputs) {
   for (const DOMElement* field : Children(list, "DerivedField")) {
     const std::string name = Narrow(AttributeView(field, "name"));
-    if (inputs.contains(name)) intake.Doubt(kind, field, code::kDuplicateName, name, NameOf(field));
+    if (inputs.contains(name)) intake.Tell(kind, field, name, NameOf(field));
   }
 }
 
@@ -41,17 +31,17 @@ void CheckNamesUsed(Intake& intake) {
   std::unordered_set<std::string> declared =
       NamesIn(FindChild(intake.Root(), "DataDictionary"), "DataField");
   const DOMElement* global = FindChild(intake.Root(), "TransformationDictionary");
-  CheckDerived(intake, intake.ModelChild("LocalTransformations"), kOverInput, declared);
+  CheckDerived(intake, intake.ModelChild("LocalTransformations"), "derived-field-over-input", declared);
   // A data field that the model does not list is none of its inputs.
   const DOMElement* schema = intake.ModelChild("MiningSchema");
   const auto inputs = schema == nullptr ? declared : NamesIn(schema, "MiningField");
   std::erase_if(declared, [&inputs](const std::string& name) { return inputs.contains(name); });
-  CheckDerived(intake, global, kUnderInput, inputs);
-  CheckDerived(intake, global, kOverInput, declared);
+  CheckDerived(intake, global, "derived-field-under-input", inputs);
+  CheckDerived(intake, global, "derived-field-over-input", declared);
   for (const DOMElement* function : Children(global, "DefineFunction")) {
     const std::string name = Narrow(AttributeView(function, "name"));
     if (name != "if" && transform::FindFunction(name) == nullptr) continue;
-    intake.Doubt(kBuiltIn, function, code::kDuplicateName, name, NameOf(function));
+    intake.Tell("function-name-taken", function, name, NameOf(function));
   }
 }
 

@@ -15,14 +15,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kOrder{
-    "pairs-ordered",
-    "the machines are put into the order of the pairs of the target's categories, the first one as "
-    "response, so that each probability belongs to the pair that its machine names"};
-constexpr StepKind kLost{
-    "pairs-unordered",
-    "the probability of a machine is taken for another pair of categories than it names"};
-
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 struct Machine {
@@ -115,11 +107,11 @@ void OrderPairs(Intake& intake) {
   if (stray != nullptr && stray->pair == nullptr) return;
   const DOMElement* at = stray != nullptr ? stray->element : intake.Model();
   if (complete) {
-    intake.Change(kOrder, at);
+    intake.Tell("pairs-ordered", at);
     Reorder(intake.Model(), machines);
   } else {
-    intake.Doubt(kLost, at, code::kBadContent, "a probability that belongs to no pair of its place",
-                 NameOf(at));
+    intake.Tell("pair-out-of-order", at, "a probability that belongs to no pair of its place",
+                NameOf(at));
   }
 }
 

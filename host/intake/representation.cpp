@@ -13,10 +13,6 @@ namespace {
 
 constexpr const char* kRepresentation = "svmRepresentation";
 
-constexpr StepKind kLinear{
-    "coefficient-form",
-    "a linear machine given by one coefficient a field is read as one support vector"};
-
 class LinearMachines {
  public:
   LinearMachines(Intake& intake, DOMElement* vectors, std::size_t fields)
@@ -38,7 +34,7 @@ class LinearMachines {
     }
     WideText entries;
     if (!Gather(coefficients, entries)) return;
-    intake_.Change(kLinear, machine);
+    intake_.Tell("coefficient-form", machine);
     if (support != nullptr) Remove(support);
     support = MakeElement(intake_.Dom(), "SupportVectors");
     machine->insertBefore(support, coefficients);

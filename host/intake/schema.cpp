@@ -14,28 +14,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kNoField{"mining-field-ignored",
-                            "a mining field that the data dictionary does not declare is not read"};
-constexpr StepKind kTwice{
-    "mining-field-repeated",
-    "of several mining fields of one name the last decides, and of several replacements of missing "
-    "values the last one that is given"};
-constexpr StepKind kUsage{"usage-ignored", "a field whose usageType is not known is no input"};
-constexpr StepKind kTreatment{"missing-treatment-ignored",
-                              "a missingValueTreatment that is not known has no effect"};
-constexpr StepKind kFraction{
-    "fractional-replacement",
-    "a fraction that replaces missing values of an integer field is used as it stands"};
-
-constexpr StepKind kRounded{
-    "rounded-replacement",
-    "a whole number beyond 2^53 that replaces missing values is used as the nearest double"};
-constexpr StepKind kInterval{"interval-ignored",
-                             "an Interval of a field that is not continuous is not read"};
-constexpr StepKind kOutliers{
-    "outliers-ignored",
-    "the treatment of outliers has no effect on a field that is not a continuous number"};
-
 constexpr std::array kUsages = {"active", "predicted", "target",          "supplementary",
                                 "group",  "order",     "frequencyWeight", "analysisWeight"};
 constexpr std::array kMissingTreatments = {"asIs",     "asMean",  "asMode",
@@ -44,10 +22,10 @@ constexpr std::array kMissingTreatments = {"asIs",     "asMean",  "asMode",
 // Doubts an attribute whose text is none of the known words.
 template <std::size_t kCount>
 void CheckWord(Intake& intake, const DOMElement* field, const char* attribute,
-               const std::array<const char*, kCount>& known, const StepKind& kind) {
+               const std::array<const char*, kCount>& known, Kind kind) {
   const auto text = FindAttribute(field, attribute);
   if (!text || std::find(known.begin(), known.end(), *text) != known.end()) return;
-  intake.Doubt(kind, field, code::kBadValue, *text, attribute, "MiningField");
+  intake.Tell(kind, field, *text, attribute, "MiningField");
 }
 
 void CheckReplacement(Intake& intake, const DOMElement* field, const DOMElement* declared) {
@@ -58,8 +36,8 @@ void CheckReplacement(Intake& intake, const DOMElement* field, const DOMElement*
   const auto whole = ParseInteger(*text);
   const bool fraction = *number != std::floor(*number);
   if (!fraction && (!whole || KeyOf(*whole).rest == 0)) return;
-  intake.Doubt(fraction ? kFraction : kRounded, field, code::kBadValue, *text,
-               "missingValueReplacement", "MiningField");
+  intake.Tell(fraction ? Kind("fractional-replacement") : Kind("rounded-replacement"), field, *text,
+              "missingValueReplacement", "MiningField");
 }
 
 // What is declared of a field for numbers only. `use` may be null, and overrides the operation
@@ -70,13 +48,13 @@ void CheckNumbersOnly(Intake& intake, const DOMElement* declared, const DOMEleme
   const bool text = AttributeView(declared, "dataType") == u"string";
   if (type != u"continuous") {
     for (const DOMElement* interval : Children(declared, "Interval")) {
-      intake.Doubt(kInterval, interval, code::kBadContent,
-                   "an Interval of a field that is not continuous", "DataField");
+      intake.Tell("interval-ignored", interval, "an Interval of a field that is not continuous",
+                  "DataField");
     }
   }
   const WideView outliers = AttributeView(use, "outliers");
   if ((type == u"continuous" && !text) || outliers.empty() || outliers == u"asIs") return;
-  intake.Doubt(kOutliers, use, code::kBadValue, Narrow(outliers), "outliers", "MiningField");
+  intake.Tell("outliers-ignored", use, Narrow(outliers), "outliers", "MiningField");
 }
 
 }  // namespace
@@ -94,15 +72,16 @@ void CheckMiningSchema(Intake& intake) {
     if (!name) continue;
     const auto found = declared.find(*name);
     if (found == declared.end()) {
-      intake.Doubt(kNoField, field, code::kUnknownField, *name, "MiningField");
+      intake.Tell("unknown-mining-field", field, *name, "MiningField");
       continue;
     }
     if (!seen.insert(*name).second) {
-      intake.Doubt(kTwice, field, code::kDuplicateName, *name, "MiningField");
+      intake.Tell("mining-field-repeated", field, *name, "MiningField");
       continue;
     }
-    CheckWord(intake, field, "usageType", kUsages, kUsage);
-    CheckWord(intake, field, "missingValueTreatment", kMissingTreatments, kTreatment);
+    CheckWord(intake, field, "usageType", kUsages, "unknown-usage");
+    CheckWord(intake, field, "missingValueTreatment", kMissingTreatments,
+              "missing-treatment-ignored");
     CheckReplacement(intake, field, found->second);
     CheckNumbersOnly(intake, found->second, field);
   }

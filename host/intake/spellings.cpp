@@ -9,17 +9,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kBoolean{"boolean-spelling",
-                            "a boolean attribute of the model is read as true or false"};
-constexpr StepKind kMethodSpelling{"method-spelling",
-                                   "the classification method is read in any case"};
-constexpr StepKind kDataType{"data-type-spelling",
-                             "data types written as XML Schema types are read as PMML types"};
-constexpr StepKind kMaxWins{"max-wins-assumed",
-                            "maxWins is neither true nor false, and counts as false"};
-constexpr StepKind kOtherMethod{
-    "method-assumed", "the classification method is not known, and OneAgainstAll is used"};
-
 // In small letters, without the white space around it.
 std::string Plain(std::string text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n");
@@ -38,10 +27,10 @@ void SpellMaxWins(Intake& intake) {
   if (plain.empty() || plain == "false" || plain == "0" || text == "true") return;
   if (plain != "true" && plain != "1") {
     if (!intake.IsClassification()) return;
-    return intake.Doubt(kMaxWins, intake.Model(), code::kBadValue, text, "maxWins",
-                        "SupportVectorMachineModel");
+    return intake.Tell("bad-max-wins", intake.Model(), text, "maxWins",
+                       "SupportVectorMachineModel");
   }
-  intake.Change(kBoolean, intake.Model());
+  intake.Tell("boolean-spelling", intake.Model());
   SetAttribute(intake.Model(), "maxWins", "true");
 }
 
@@ -50,7 +39,7 @@ void SpellIsScorable(Intake& intake) {
   const std::string text = FindAttribute(intake.Model(), "isScorable").value_or("");
   const std::string plain = Plain(text);
   if (plain != "0" && (plain != "false" || text.size() == plain.size())) return;
-  intake.Change(kBoolean, intake.Model());
+  intake.Tell("boolean-spelling", intake.Model());
   SetAttribute(intake.Model(), "isScorable", "false");
 }
 
@@ -60,12 +49,12 @@ void SpellMethod(Intake& intake) {
   for (const char* known : {"OneAgainstOne", "OneAgainstAll"}) {
     if (*text == known) return;
     if (Plain(*text) != Plain(known)) continue;
-    intake.Change(kMethodSpelling, intake.Model());
+    intake.Tell("method-spelling", intake.Model());
     return SetAttribute(intake.Model(), "classificationMethod", known);
   }
   if (!intake.IsClassification()) return;
-  intake.Doubt(kOtherMethod, intake.Model(), code::kBadValue, *text, "classificationMethod",
-               "SupportVectorMachineModel");
+  intake.Tell("unknown-method", intake.Model(), *text, "classificationMethod",
+              "SupportVectorMachineModel");
 }
 
 // The PMML type of a type written as xs:double, or the text as it is.
@@ -84,7 +73,7 @@ void SpellDataType(Intake& intake, DOMElement* field) {
   const std::string text = Narrow(stated.data() != nullptr ? stated : other);
   const std::string type = PmmlType(text);
   if (text.empty() || (stated.data() != nullptr && type == text)) return;
-  intake.Change(kDataType, field);
+  intake.Tell("data-type-spelling", field);
   SetAttribute(field, "dataType", type);
 }
 

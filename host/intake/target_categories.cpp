@@ -14,14 +14,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kNoTarget{"target-added",
-                             "the model names no target field; one is added to hold its result"};
-constexpr StepKind kNotCategorical{"target-categorical",
-                                   "the target of a classification is taken as categorical"};
-constexpr StepKind kCategories{
-    "target-categories",
-    "the target lists no categories; those that the machines name are taken, in that order"};
-
 bool NamesTarget(const DOMElement* mining_field) {
   const std::string usage = FindAttribute(mining_field, "usageType").value_or("");
   return usage == "predicted" || usage == "target";
@@ -40,7 +32,7 @@ void AddTarget(Intake& intake) {
   DOMElement* schema = intake.ModelChild("MiningSchema");
   DOMElement* dictionary = FindChild(intake.Root(), "DataDictionary");
   if (schema == nullptr || dictionary == nullptr) return;
-  intake.Change(kNoTarget, schema);
+  intake.Tell("target-added", schema);
   const std::string name = Fields(intake).FreshName("prediction");
   DOMElement* field = AddElement(dictionary, "DataField");
   SetAttribute(field, "name", name);
@@ -58,7 +50,7 @@ void MakeCategorical(Intake& intake, const Target& target) {
     if (AttributeView(element, "optype").data() != nullptr) deciding = element;
   }
   if (AttributeView(deciding, "optype") != u"continuous") return;
-  intake.Change(kNotCategorical, deciding);
+  intake.Tell("target-categorical", deciding);
   if (AttributeView(target.data_field, "dataType").data() == nullptr) {
     SetAttribute(target.data_field, "dataType", "double");
   }
@@ -76,7 +68,7 @@ void ListCategories(Intake& intake, const Target& target) {
   for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
     for (const LabelPlace& place : LabelsOf(machine)) {
       if (!known.insert(keys.Of(place.label)).second) continue;
-      if (known.size() == 1) intake.Change(kCategories, target.data_field);
+      if (known.size() == 1) intake.Tell("target-categories", target.data_field);
       SetAttribute(AddElement(target.data_field, "Value"), "value", place.label);
     }
   }

@@ -6,16 +6,6 @@
 #include "host/xml/edit.h"
 
 namespace svmscore::intake {
-namespace {
-
-constexpr StepKind kUnknownTarget{
-    "target-unknown",
-    "a Target for a field that does not exist is taken for the model's "
-    "target where it is the only one, and else not used"};
-constexpr StepKind kDeclaredTwice{"target-declared-twice",
-                                  "of several Target elements of one field the first counts"};
-
-}  // namespace
 
 void CheckTargets(Intake& intake) {
   std::unordered_set<std::string> fields;
@@ -27,9 +17,9 @@ void CheckTargets(Intake& intake) {
   for (const DOMElement* target : Children(intake.ModelChild("Targets"), "Target")) {
     const auto name = FindAttribute(target, "field");
     if (name && !fields.contains(*name)) {
-      intake.Doubt(kUnknownTarget, target, code::kUnknownField, *name, "Target");
+      intake.Tell("target-unknown", target, *name, "Target");
     } else if (!seen.insert(name.value_or("")).second) {
-      intake.Doubt(kDeclaredTwice, target, code::kDuplicateName, name.value_or(""), "Target");
+      intake.Tell("target-declared-twice", target, name.value_or(""), "Target");
     }
   }
 }

@@ -13,13 +13,6 @@ namespace {
 
 constexpr const char* kDerived = "DerivedField";
 
-constexpr StepKind kMerged{
-    "transformations-merged",
-    "the derived fields of the model are computed together with those of the document"};
-constexpr StepKind kHiddenTransformations{
-    "derived-field-hidden",
-    "a derived field of the model takes the place of the document's one of the same name"};
-
 // Moves the content of `from` behind that of `to` and removes `from`.
 void Append(DOMElement* from, DOMElement* to) {
   MoveChildren(from, to);
@@ -30,7 +23,7 @@ void Append(DOMElement* from, DOMElement* to) {
 DOMElement* OnlyOne(Intake& intake, DOMElement* parent, const std::string& name) {
   DOMElement* first = FindChild(parent, name);
   while (DOMElement* further = FindNext(first, name)) {
-    intake.Change(kMerged, further);
+    intake.Tell("transformations-merged", further);
     Append(further, first);
   }
   return first;
@@ -42,7 +35,7 @@ void MergeTransformations(Intake& intake) {
   DOMElement* global = OnlyOne(intake, intake.Root(), "TransformationDictionary");
   DOMElement* local = OnlyOne(intake, intake.Model(), "LocalTransformations");
   if (global == nullptr || FindChild(local, kDerived) == nullptr) return;
-  intake.Change(kMerged, local);
+  intake.Tell("transformations-merged", local);
   std::unordered_map<std::string, DOMElement*> global_fields;
   for (DOMElement* field : Children(global, kDerived)) {
     if (const auto name = FindAttribute(field, "name")) global_fields[*name] = field;
@@ -58,7 +51,7 @@ void MergeTransformations(Intake& intake) {
     if (declared.contains(name)) SetAttribute(field, "x-scope", "local");
     const auto found = global_fields.find(name);
     if (found == global_fields.end()) continue;
-    intake.Change(kHiddenTransformations, field);
+    intake.Tell("derived-field-hidden", field, name, kDerived);
     Remove(found->second);
     global_fields.erase(found);
   }

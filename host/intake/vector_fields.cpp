@@ -13,27 +13,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kMapped{
-    "map-missing-to",
-    "the value that a vector position gives to missing inputs enters through a derived field"};
-constexpr StepKind kHiding{
-    "derived-field-reached",
-    "a vector position that names a derived field and an input alike is taken from the derived "
-    "field"};
-constexpr StepKind kWeighted{
-    "category-coefficient",
-    "a category with a coefficient other than 1 enters its vector position as that coefficient"};
-constexpr StepKind kUnlisted{
-    "category-unlisted",
-    "a category that its field does not list is compared with the input itself"};
-constexpr StepKind kNoPosition{
-    "vector-field-ignored",
-    "what is neither FieldRef nor CategoricalPredictor takes no position of the vectors"};
-
-constexpr StepKind kNoPositions{
-    "no-vector-fields",
-    "the vectors have no position, so no case is scored: every prediction stays empty"};
-
 class VectorPositions {
  public:
   explicit VectorPositions(Intake& intake) : intake_(intake) {}
@@ -49,7 +28,7 @@ class VectorPositions {
     } else if (kind == "CategoricalPredictor") {
       ExpressCategory(position);
     } else if (kind != "Extension") {
-      intake_.Doubt(kNoPosition, position, code::kUnsupported, kind, "VectorFields");
+      intake_.Tell("unknown-vector-field", position, kind, "VectorFields");
     }
   }
 
@@ -67,7 +46,8 @@ class VectorPositions {
     if (hiding == nullptr && replacement.empty()) return;
     const DOMElement* field = hiding != nullptr ? hiding : Known().Find(name);
     if (field == nullptr) return;
-    intake_.Change(replacement.empty() ? kHiding : kMapped, position);
+    intake_.Tell(replacement.empty() ? Kind("derived-field-reached") : Kind("map-missing-to"),
+                 position);
     const std::string type = FindAttribute(field, "dataType").value_or("double");
     const std::string derived =
         Known().FreshName(replacement.empty() ? name : name + " or " + replacement);
@@ -97,7 +77,10 @@ class VectorPositions {
       return intake_.Refuse(position, code::kBadValue, FormatNumber(*coefficient), "coefficient",
                             "CategoricalPredictor");
     }
-    intake_.Change(hidden ? kHiding : *coefficient == 1.0 ? kUnlisted : kWeighted, position);
+    intake_.Tell(hidden                ? Kind("derived-field-reached")
+                 : *coefficient == 1.0 ? Kind("category-unlisted")
+                                       : Kind("category-coefficient"),
+                 position);
     const std::string derived = Known().FreshName(*name + '=' + *value);
     DOMElement* parent = Known().AddDerived(derived, "continuous", "double");
     if (*coefficient != 1.0) {
@@ -138,7 +121,7 @@ void ExpressVectorFields(Intake& intake) {
     positions.Express(position);
   }
   if (list != nullptr && !positions.Any()) {
-    intake.Doubt(kNoPositions, list, code::kLacksChildren, "VectorFields");
+    intake.Tell("no-vector-fields", list, "VectorFields");
   }
 }
 

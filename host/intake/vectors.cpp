@@ -18,37 +18,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kDense{"dense-array", "vectors written in full are read as sparse arrays"};
-constexpr StepKind kIntegers{"integer-sparse-array",
-                             "sparse arrays of whole numbers are read as arrays of numbers"};
-constexpr StepKind kZeros{"zero-vector", "a sparse array without entries is a vector of zeros"};
-constexpr StepKind kDefault{"default-value",
-                            "positions that a sparse array does not list get its default value"};
-constexpr StepKind kUnordered{"unordered-indices", "the indices of a sparse array are sorted"};
-constexpr StepKind kSurplusZeros{
-    "surplus-zeros",
-    "a vector of zeros alone that is longer than the vector fields is cut to their number"};
-
-constexpr StepKind kBoth{"two-arrays",
-                         "of a dense and a sparse array of one vector the sparse one "
-                         "counts"};
-constexpr StepKind kNoValues{
-    "vector-without-values",
-    "a vector without values is left out, and with it the terms of machines that name it"};
-constexpr StepKind kNoIndices{
-    "entries-without-indices",
-    "the entries of a sparse array without Indices are not read: it is a vector of zeros"};
-constexpr StepKind kLength{
-    "array-length",
-    "the length n of a sparse array is not the number of vector fields, and does not count"};
-constexpr StepKind kNoNumberInList{
-    "unreadable-number",
-    "what is no number in a vector counts as the number that it begins with, or as 0, and an index "
-    "without its fraction"};
-constexpr StepKind kOutside{
-    "index-outside",
-    "an index stands for none of the vector fields: its value is compared with no input"};
-
 bool IsSparse(WideView name) {
   return name == u"REAL-SparseArray" || name == u"INT-SparseArray";
 }
@@ -101,12 +70,11 @@ void VectorReader::Read(DOMElement* instance) {
     if (IsDense(name) && dense == nullptr) dense = child;
   }
   if (dense != nullptr && sparse != nullptr) {
-    intake_.Doubt(kBoth, instance, code::kBadContent, "both a dense and a sparse array",
-                  "VectorInstance");
+    intake_.Tell("two-arrays", instance, "both a dense and a sparse array", "VectorInstance");
   }
   if (sparse != nullptr) return ReadSparse(sparse);
   if (dense != nullptr) return ReadDense(dense);
-  intake_.Doubt(kNoValues, instance, code::kChildMissing, "REAL-SparseArray", "VectorInstance");
+  intake_.Tell("vector-dropped", instance, "no array of numbers", "VectorInstance");
 }
 
 void VectorReader::ReadDense(DOMElement* array) {
@@ -125,7 +93,7 @@ void VectorReader::ReadDense(DOMElement* array) {
   if (large) CheckFiniteWords(intake_, array, text);
   if (!count) return intake_.Refuse(array, code::kBadValue, Narrow(offender));
   if (*count != fields_) return RefuseLength(array, std::to_string(*count));
-  intake_.Change(kDense, array);
+  intake_.Tell("dense-array", array);
   // The numbers stay as they are written; zeros stay entries.
   DOMElement* entries = MakeElement(intake_.Dom(), "REAL-Entries");
   MoveChildren(array, entries);
@@ -151,12 +119,12 @@ void VectorReader::ReadSparse(DOMElement* array) {
     if (name == u"INT-Entries" && integers == nullptr) integers = child;
   }
   if (entries == nullptr && integers != nullptr) {
-    intake_.Change(kIntegers, array);
+    intake_.Tell("integer-sparse-array", array);
     Rename(integers, "REAL-Entries");
     entries = integers;
   }
   if (WideView(array->getNodeName()) != u"REAL-SparseArray") {
-    if (integers == nullptr) intake_.Change(kIntegers, array);
+    if (integers == nullptr) intake_.Tell("integer-sparse-array", array);
     Rename(array, "REAL-SparseArray");
   }
   std::optional<WideView> default_value;
@@ -189,7 +157,7 @@ bool VectorReader::ReadDefault(const DOMElement* array, std::optional<WideView>&
 void VectorReader::ReadZeros(DOMElement* array, bool has_entries) {
   const WideView stated = AttributeView(array, "n");
   if (stated.data() == nullptr && !has_entries) {
-    intake_.Change(kZeros, array);
+    intake_.Tell("zero-vector", array);
     return SetAttribute(array, "n", std::to_string(fields_));
   }
   const auto number = stated.data() == nullptr ? 0.0 : ParseNumber(Narrow(stated));
@@ -197,14 +165,14 @@ void VectorReader::ReadZeros(DOMElement* array, bool has_entries) {
   if (!number) return;
   const int length = TruncateToInt(*number);
   if (length < 1) {
-    return intake_.Doubt(kNoValues, array, code::kChildMissing, "Indices", "REAL-SparseArray");
+    return intake_.Tell("vector-dropped", array, "no Indices and no length", "REAL-SparseArray");
   }
   if (has_entries) {
-    intake_.Doubt(kNoIndices, array, code::kChildMissing, "Indices", "REAL-SparseArray");
+    intake_.Tell("no-indices", array, "Indices", "REAL-SparseArray");
   }
   if (!IsOutside(length)) return CheckLength(array);
   // A few digits would otherwise ask for gigabytes of zeros.
-  intake_.Change(kSurplusZeros, array);
+  intake_.Tell("surplus-zeros", array);
   SetAttribute(array, "n", std::to_string(fields_));
 }
 
@@ -224,8 +192,7 @@ void VectorReader::CheckLength(const DOMElement* array) {
   if (length.data() == nullptr || length == fitting_length_ || IsFieldCount(length)) return;
   // A translator says that the length is no number.
   if (!ParseNumber(Narrow(length))) return;
-  intake_.Doubt(kLength, array, code::kBadContent, VectorOf(Narrow(length), fields_),
-                NameOf(array));
+  intake_.Tell("count-disagrees", array, VectorOf(Narrow(length), fields_), NameOf(array));
 }
 
 int VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
@@ -238,10 +205,10 @@ int VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
   if (at == word.size() && index >= 1 && index <= fields_) return static_cast<int>(index);
   const std::string slow = Narrow(word);
   const int read = TruncateToInt(NumberPrefix(slow.c_str()));
-  if (ParseInteger(slow) != read) intake_.Doubt(kNoNumberInList, list, code::kBadValue, slow);
+  if (ParseInteger(slow) != read) intake_.Tell("bad-number", list, slow);
   if (IsOutside(read)) {
-    intake_.Doubt(kOutside, list, code::kBadContent,
-                  fmt::format("the index {} for {} vector fields", slow, fields_), "Indices");
+    intake_.Tell("index-out-of-range", list,
+                 fmt::format("the index {} for {} vector fields", slow, fields_), "Indices");
   }
   return read;
 }
@@ -269,7 +236,7 @@ std::size_t VectorReader::CountEntries(const DOMElement* list) {
   const auto count = CountNumbers(text, offender, large);
   if (large || !count) CheckFiniteWords(intake_, list, text);
   if (count) return *count;
-  intake_.Doubt(kNoNumberInList, list, code::kBadValue, Narrow(offender));
+  intake_.Tell("bad-number", list, Narrow(offender));
   return CountWords(text);
 }
 
@@ -305,14 +272,14 @@ void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement*
   if (count == fields_) default_value.reset();
   if (count == 0 && !default_value) {
     // Empty lists would be dropped with their vector.
-    intake_.Change(kZeros, array);
+    intake_.Tell("zero-vector", array);
     Remove(indices);
     Remove(entries);
     return SetAttribute(array, "n", std::to_string(fields_));
   }
-  if (!ascending_) intake_.Change(kUnordered, array);
+  if (!ascending_) intake_.Tell("unordered-indices", array);
   if (default_value) {
-    intake_.Change(kDefault, array);
+    intake_.Tell("default-value", array);
     implied_entries_ += fields_ - std::min(count, fields_);
     CheckLimit(array, &Limits::implied_entries, implied_entries_);
   }

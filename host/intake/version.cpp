@@ -11,23 +11,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kFromNamespace{
-    "version-from-namespace",
-    "the document states no legible version, and the one of its namespace is taken"};
-constexpr StepKind kAssumed{"version-assumed",
-                            "the document states no version, and is read as the newest (4.4)"};
-constexpr StepKind kVersionSpelling{"version-spelling",
-                                    "the version is read without what surrounds it"};
-constexpr StepKind kDisagreement{
-    "version-disagreement",
-    "the version attribute and the namespace name different versions; the attribute is followed"};
-
-constexpr StepKind kNoNamespace{
-    "namespace-missing", "the document is in no namespace, and is read as if it were in PMML's"};
-constexpr StepKind kOtherNamespace{
-    "namespace-unknown",
-    "the document's namespace is none of a known PMML version, and is read as if it were"};
-
 struct Version {
   int major = 0;
   int minor = 0;
@@ -86,13 +69,16 @@ void SettleVersion(Intake& intake) {
     ThrowAt(root, code::kUnknownVersion, version.Text());
   }
   if (stated && named && *stated != *named) {
-    intake.Remark(kDisagreement, root);
+    intake.Tell("version-disagreement", root);
   } else if (!IsKnown(name, named)) {
-    intake.Remark(name.empty() ? kNoNamespace : kOtherNamespace, root);
+    intake.Tell(name.empty() ? Kind("namespace-missing") : Kind("namespace-unknown"), root);
   }
   // A translator looks at the first character.
   if (text.starts_with(std::to_string(version.major))) return;
-  intake.Change(stated || major_only ? kVersionSpelling : named ? kFromNamespace : kAssumed, root);
+  intake.Tell(stated || major_only ? Kind("version-spelling")
+              : named              ? Kind("version-from-namespace")
+                                   : Kind("version-assumed"),
+              root);
   SetAttribute(root, "version", version.Text());
 }
 

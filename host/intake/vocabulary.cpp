@@ -14,20 +14,6 @@
 namespace svmscore::intake {
 namespace {
 
-constexpr StepKind kElement{"element-ignored",
-                            "an element that its parent cannot hold is not read"};
-constexpr StepKind kAttribute{"attribute-ignored",
-                              "an attribute that its element does not have is not read"};
-constexpr StepKind kRepeated{
-    "element-repeated", "of an element that its parent holds once at most, only the first is read"};
-
-constexpr StepKind kInText{"element-in-text",
-                           "the text of an element inside numbers is read as a part of them"};
-
-constexpr StepKind kWord{
-    "attribute-value-ignored",
-    "an attribute whose value is none that it may have counts as if it were not there"};
-
 struct Definition {
   const char* name;
   const char* attributes;
@@ -235,8 +221,7 @@ class Vocabulary {
       const auto& known = entry.attributes;
       if (std::find(known.begin(), known.end(), name) == known.end() && !name.starts_with(u"x-") &&
           !name.starts_with(u"xmlns") && name.find(u':') == WideView::npos) {
-        intake_.Doubt(kAttribute, element, code::kUnsupported, "attribute " + Narrow(name),
-                      NameOf(element));
+        intake_.Tell("attribute-ignored", element, "attribute " + Narrow(name), NameOf(element));
       }
     }
     for (const auto& [name, words] : entry.words) {
@@ -244,7 +229,7 @@ class Vocabulary {
       if (text.data() == nullptr || std::find(words.begin(), words.end(), text) != words.end()) {
         continue;
       }
-      intake_.Doubt(kWord, element, code::kBadValue, Narrow(text), Narrow(name), NameOf(element));
+      intake_.Tell("attribute-value-ignored", element, Narrow(text), Narrow(name), NameOf(element));
     }
   }
 
@@ -262,22 +247,20 @@ class Vocabulary {
       }
       if (found == entry.children.end()) {
         if (entry.text) {
-          intake_.Doubt(kInText, child, code::kBadContent, "element " + NameOf(child),
-                        NameOf(element));
+          intake_.Tell("element-in-text", child, "element " + NameOf(child), NameOf(element));
         } else if (!IsPassedOver(element, name)) {
           TellUnknown(child, element);
         }
       } else if (const auto at = static_cast<std::size_t>(found - entry.children.begin());
                  seen[at] && !found->repeats) {
-        intake_.Doubt(kRepeated, child, code::kBadContent, "a second " + NameOf(child),
-                      NameOf(element));
+        intake_.Tell("element-repeated", child, "a second " + NameOf(child), NameOf(element));
       } else {
         seen[at] = true;
         // Only a DataField has values that are missing or invalid.
         if (found->name == u"Value" && NameOf(element) != "DataField" &&
             AttributeView(child, "property").data() != nullptr) {
-          intake_.Doubt(kAttribute, child, code::kUnsupported,
-                        "attribute property of element Value", NameOf(element));
+          intake_.Tell("attribute-ignored", child, "attribute property of element Value",
+                       NameOf(element));
         }
       }
     }
@@ -290,7 +273,7 @@ class Vocabulary {
   }
 
   void TellUnknown(const DOMElement* child, const DOMElement* parent) {
-    intake_.Doubt(kElement, child, code::kUnsupported, "element " + NameOf(child), NameOf(parent));
+    intake_.Tell("element-ignored", child, "element " + NameOf(child), NameOf(parent));
   }
 
   Intake& intake_;

@@ -149,7 +149,7 @@ LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document, LoadChecks ch
   RequireChosenIsa();
   LoadedModel loaded{std::move(document), plugin.GiveTranslator(), nullptr, {}, {}, {}, nullptr};
   try {
-    loaded.intake = MakeReadable(loaded.document, ModeOf(checks));
+    loaded.findings = MakeReadable(loaded.document, ModeOf(checks));
     CheckEntries(loaded.document.Dom());
     loaded.model = Translate(*loaded.translator, loaded.document);
     const bool refuse = checks != LoadChecks::kTolerate;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "host/findings/finding.h"
 #include "host/intake/make_readable.h"
 #include "host/load/plugin.h"
 #include "host/model/score_model.h"
@@ -26,9 +27,9 @@ struct SVMSCORE_HOST_API LoadedModel {
   std::vector<const MCZandor_850::ScoreDictVar*> needed;
   // All variables that the mining schema makes inputs. In dictionary order; owned by the model.
   std::vector<const MCZandor_850::ScoreDictVar*> active;
-  // How the document was made readable, and remarks on how it is read; empty where it is read as
-  // it stands and its author meant it.
-  std::vector<IntakeStep> intake;
+  // How the document was made readable, and what of it is guessed, lost or wrong; empty where it is
+  // read as it stands and its author meant it.
+  std::vector<Finding> findings;
   // What the document makes of results. Null only where it cannot be read and that is tolerated.
   std::unique_ptr<output::OutputPlan> output;
 };

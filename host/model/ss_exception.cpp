@@ -34,6 +34,8 @@ void SSException::SetMessage(int code, std::vector<std::string> parts) {
   code_ = code;
   parts_ = std::move(parts);
   place_.clear();
+  where_ = {};
+  remedy_.clear();
   if (formater_ != nullptr) {
     text_ = formater_->Sentence(code_, Inserts(parts_));
     return;
@@ -42,14 +44,16 @@ void SSException::SetMessage(int code, std::vector<std::string> parts) {
   for (const std::string& part : parts_) text_ += ' ' + part;
 }
 
-void SSException::SetPlace(std::string place) {
+void SSException::SetPlace(std::string words, svmscore::Place place) {
   text_.resize(text_.size() - ShownPlace(place_).size());
   element_ = nullptr;
-  place_ = std::move(place);
+  place_ = std::move(words);
+  where_ = std::move(place);
   text_ += ShownPlace(place_);
 }
 
 std::string SSException::GetRemedy() const {
+  if (!remedy_.empty()) return remedy_;
   return formater_ == nullptr ? std::string() : formater_->Remedy(code_, Inserts(parts_));
 }
 

@@ -5,10 +5,12 @@
 #include <exception>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <xercesc/util/XercesDefs.hpp>
 
+#include "host/model/place.h"
 #include "host/text/api.h"
 
 namespace XERCES_CPP_NAMESPACE {
@@ -48,18 +50,24 @@ class SVMSCORE_HOST_API SSException : public std::exception {
     SetMessage(code, {std::string(parts)...});
   }
 
+  void PutErrorMessage(int code, const std::vector<std::string>& parts) { SetMessage(code, parts); }
+
   int GetErrorCode() const { return code_; }
   const std::vector<std::string>& GetMessageParts() const { return parts_; }
+  // What to do: what was set, or else what the formater says.
   std::string GetRemedy() const;
+  void SetRemedy(std::string remedy) { remedy_ = std::move(remedy); }
   // The sentence, and the place where one was set.
   const char* what() const noexcept override { return text_.c_str(); }
 
   // The element at fault, while its document lives. Null where it is not known.
   void SetElement(const XERCES_CPP_NAMESPACE::DOMElement* element) { element_ = element; }
   const XERCES_CPP_NAMESPACE::DOMElement* GetElement() const { return element_; }
-  // The place in words, for example: element MiningField, line 12. Forgets the element.
-  void SetPlace(std::string place);
+  // The place in words, for example: element MiningField, line 12; and as data. Forgets the
+  // element.
+  void SetPlace(std::string words, svmscore::Place place = {});
   const std::string& GetPlace() const { return place_; }
+  const svmscore::Place& Where() const { return where_; }
 
  private:
   void SetMessage(int code, std::vector<std::string> parts);
@@ -69,6 +77,8 @@ class SVMSCORE_HOST_API SSException : public std::exception {
   std::vector<std::string> parts_;
   const XERCES_CPP_NAMESPACE::DOMElement* element_ = nullptr;
   std::string place_;
+  svmscore::Place where_;
+  std::string remedy_;
   std::string text_;
 };
 

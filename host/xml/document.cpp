@@ -48,7 +48,7 @@ void CheckScan(const Limits& limits, const RawScan& scan) {
         BeyondLimit(limits, scan.Found() == RawScan::Problem::kAttributes ? &Limits::attributes
                                                                           : &Limits::declarations);
   }
-  error.SetPlace(fmt::format("line {}", scan.Line()));
+  error.SetPlace(fmt::format("line {}", scan.Line()), {{}, static_cast<long>(scan.Line())});
   throw error;
 }
 
@@ -57,7 +57,7 @@ void CheckEnd(const RawScan& scan) {
   if (!scan.EndsInsideCharacter()) return;
   SSException error(MCZandor_850::gErrorFormater);
   error.PutErrorMessage(code::kNotWellFormed, "it ends inside a character");
-  error.SetPlace(fmt::format("line {}", scan.Line()));
+  error.SetPlace(fmt::format("line {}", scan.Line()), {{}, static_cast<long>(scan.Line())});
   throw error;
 }
 
@@ -275,9 +275,10 @@ void PmmlDocument::Locate(SSException& error) const {
     if (line != 0) break;
     node = node->getParentNode();
   }
-  std::string place = "element " + ToUtf8(element->getNodeName());
-  if (line != 0) place += fmt::format(", line {}", line);
-  error.SetPlace(place);
+  const std::string name = ToUtf8(element->getNodeName());
+  std::string words = "element " + name;
+  if (line != 0) words += fmt::format(", line {}", line);
+  error.SetPlace(std::move(words), {name, line});
 }
 
 }  // namespace svmscore

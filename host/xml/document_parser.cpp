@@ -179,7 +179,7 @@ void DocumentParser::error(const unsigned int number, const XMLCh* const domain,
   }
   SSException error(MCZandor_850::gErrorFormater);
   error.PutErrorMessage(code::kNotWellFormed, ToUtf8(text));
-  error.SetPlace(fmt::format("line {}, column {}", line, column));
+  error.SetPlace(fmt::format("line {}, column {}", line, column), {{}, static_cast<long>(line)});
   throw error;
 }
 
@@ -221,8 +221,10 @@ void DocumentParser::Deliver(XMLSize_t length) {
 void DocumentParser::RefuseBeyond(Limit limit, const XMLCh* element) const {
   SSException error = BeyondLimit(limits_, limit);
   const auto line = getScanner()->getLocator()->getLineNumber();
-  error.SetPlace(element == nullptr ? fmt::format("line {}", line)
-                                    : fmt::format("element {}, line {}", ToUtf8(element), line));
+  const std::string name = element == nullptr ? std::string() : ToUtf8(element);
+  error.SetPlace(
+      name.empty() ? fmt::format("line {}", line) : fmt::format("element {}, line {}", name, line),
+      {name, static_cast<long>(line)});
   throw error;
 }
 

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/app/temporary_folder.h"
-#include "tools/findings/finding.h"
+#include "tools/findings/finding_list.h"
 
 namespace svmscore::tools {
 namespace {

@@ -45,8 +45,8 @@ void Write(const DOMNode* node, std::string& out) {
 std::string CodeAndPlace(const SSException& error) {
   const std::string text = std::to_string(error.GetErrorCode()) + ' ';
   const bool of_step = error.GetErrorCode() == svmscore::code::kNeedsIntake;
-  return text + (of_step ? error.GetMessageParts().at(0) + ' ' : "") +
-         Replaced(Replaced(error.GetPlace(), "element ", ""), ", line ", ":");
+  return text + (of_step ? error.GetMessageParts().at(0) + ' ' : "") + error.Where().element + ':' +
+         std::to_string(error.Where().line);
 }
 
 }  // namespace
@@ -110,9 +110,10 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 
 std::string Reading::Steps() const {
   std::string text;
-  for (const svmscore::IntakeStep& step : steps) {
-    text += (text.empty() ? "" : ", ") + step.name;
-    if (step.count != 1) text += ' ' + std::to_string(step.count);
+  for (const svmscore::Finding& finding : svmscore::FirstOfEachKind(findings)) {
+    if (!text.empty()) text += ", ";
+    text += finding.Name();
+    if (finding.more > 0) text += ' ' + std::to_string(finding.more + 1);
   }
   return text;
 }
@@ -128,10 +129,13 @@ std::string Reading::Show(const std::string& name, std::size_t n) const {
 
 Reading Read(const std::string& text, svmscore::IntakeMode mode) {
   Reading reading{svmscore::PmmlDocument::FromText(text, "test.pmml"), {}};
-  reading.steps = svmscore::MakeReadable(reading.document, mode);
-  for (const auto& step : svmscore::MakeReadable(reading.document, mode)) {
-    EXPECT_FALSE(step.changes) << "not readable after one reading: " << step.name;
+  reading.findings = svmscore::MakeReadable(reading.document, mode);
+  const std::string once = reading.Show("PMML");
+  for (const auto& finding : svmscore::MakeReadable(reading.document, mode)) {
+    EXPECT_NE(finding.kind->of_class, svmscore::FindingClass::kStandard)
+        << "not readable after one reading: " << finding.Name();
   }
+  EXPECT_EQ(reading.Show("PMML"), once) << "a second reading changes the document";
   return reading;
 }
 

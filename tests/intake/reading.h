@@ -55,9 +55,9 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 
 struct Reading {
   svmscore::PmmlDocument document;
-  std::vector<svmscore::IntakeStep> steps;
+  std::vector<svmscore::Finding> findings;
 
-  // Like "dense-array 2, zero-vector": the steps in order, with their counts where not 1.
+  // Like "dense-array 2, zero-vector": the kinds of findings in order, with their places where not 1.
   std::string Steps() const;
   // The n-th element of that name as XML text without white space between elements; attributes by
   // name.

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/findings/finding.h"
+#include "tools/findings/finding_list.h"
 #include "tools/findings/inspected.h"
 
 namespace svmscore::tools {

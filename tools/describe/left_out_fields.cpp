@@ -39,17 +39,13 @@ void CheckTransformations(const Inspected& inspected, FindingList& findings) {
   const Element* global = FindChild(inspected.root, "TransformationDictionary");
   const Element* local = FindChild(inspected.model, "LocalTransformations");
   const std::string version = AttributeText(inspected.root, "version");
-  if (!version.starts_with('3') && !version.starts_with('4')) {
-    for (const Element* element : {global, local}) {
-      if (element == nullptr) continue;
-      findings.Add("transformations-off", element,
-                   fmt::format("its fields are not computed: the document's version is \"{}\", and "
-                               "only versions 3 and 4 have derived fields",
-                               version));
-    }
-  } else if (global != nullptr && local != nullptr) {
-    findings.Add("local-transformations-hidden", local,
-                 "its fields are not computed: the document's TransformationDictionary hides them");
+  if (version.starts_with('3') || version.starts_with('4')) return;
+  for (const Element* element : {global, local}) {
+    if (element == nullptr) continue;
+    findings.Add("transformations-off", element,
+                 fmt::format("its fields are not computed: the document's version is \"{}\", and "
+                             "only versions 3 and 4 have derived fields",
+                             version));
   }
 }
 

@@ -127,7 +127,7 @@ ModelSummary Summarise(const LoadedModel& loaded) {
           loaded.output->Fields()[static_cast<std::size_t>(field)].name);
     }
   }
-  summary.intake = loaded.intake;
+  summary.intake = loaded.findings;
   FindingList left_out(loaded.document);
   CheckLeftOut(inspected, left_out);
   summary.left_out = left_out.Take();

@@ -9,7 +9,7 @@
 
 #include "host/load/loader.h"
 #include "host/output/scheme.h"
-#include "tools/findings/finding.h"
+#include "tools/findings/finding_list.h"
 
 namespace svmscore::tools {
 
@@ -55,7 +55,7 @@ struct ModelSummary {
   std::vector<MachineSummary> machines;
   std::vector<std::string> output_fields;  // the columns that the document names
   std::optional<std::string> refused;      // why the model cannot be scored with
-  std::vector<IntakeStep> intake;          // how the document was made readable, and is read
+  std::vector<Finding> intake;             // how the document was made readable, and is read
   std::vector<Finding> left_out;
   std::optional<std::string> listing;  // the model's own Display text, where it was asked for
 };

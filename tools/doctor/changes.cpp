@@ -199,12 +199,12 @@ bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Compa
       MakeReadable(document, IntakeMode::kTolerate);
       DOMElement* element = change.make(FindModelElement(document.Dom()));
       if (element == nullptr) continue;
-      const Finding finding{change.kind, NameOf(element), document.LineOf(element), change.what};
+      const Finding finding{change.kind, {NameOf(element), document.LineOf(element)}, change.what};
       const LoadedModel changed = LoadModel(suspect.plugin, std::move(document));
       const std::size_t left = CountWrong(changed, files, comparison.columns, rows, limit);
       if (left >= limit) continue;
       best = finding;
-      if (left > 0) best->what += fmt::format(", save for {} of {} rows", left, rows.size());
+      if (left > 0) best->detail += fmt::format(", save for {} of {} rows", left, rows.size());
       limit = left;
     } catch (const MCZandor_850::SSException&) {
       // The document cannot mean this.

@@ -6,7 +6,7 @@
 
 #include "host/intake/make_readable.h"
 #include "tools/doctor/model_numbers.h"
-#include "tools/findings/finding.h"
+#include "tools/findings/finding_list.h"
 #include "tools/findings/inspected.h"
 
 namespace svmscore::tools {
@@ -20,7 +20,7 @@ struct Examined {
 
 // reading.cpp: how the document was made readable. A step about a place that another finding names
 // already is left out.
-void CheckIntake(const std::vector<IntakeStep>& intake, FindingList& findings);
+void CheckIntake(const std::vector<Finding>& intake, FindingList& findings);
 // verification.cpp: the document's own verification records.
 void CheckVerification(const LoadedModel& loaded, FindingList& findings);
 // counts.cpp: lengths of vectors, counts, and vectors that nothing uses.

@@ -9,7 +9,7 @@
 #include "host/load/loader.h"
 #include "host/load/plugin.h"
 #include "tools/base/document_source.h"
-#include "tools/findings/finding.h"
+#include "tools/findings/finding_list.h"
 #include "tools/verify/verify_files.h"
 
 namespace svmscore::tools {

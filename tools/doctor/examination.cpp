@@ -10,7 +10,7 @@ namespace svmscore::tools {
 namespace {
 
 bool IsSame(const Finding& a, const Finding& b) {
-  return a.kind == b.kind && a.element == b.element && a.line == b.line;
+  return a.kind == b.kind && a.place == b.place;
 }
 
 // What the scores have shown needs not be told again for what the document looks like.
@@ -42,10 +42,10 @@ std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
     CheckVerification(*opened.loaded, findings);
   }
   CheckDocument(opened, findings);
-  CheckIntake(opened.intake, findings);
+  CheckIntake(opened.findings, findings);
   std::vector<Finding> found = findings.Take();
   std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {
-    return a.kind->severity > b.kind->severity;
+    return a.kind->of_class > b.kind->of_class;
   });
   return found;
 }

@@ -9,7 +9,7 @@
 #include "host/load/plugin.h"
 #include "tools/doctor/comparison.h"
 #include "tools/doctor/opened_document.h"
-#include "tools/findings/finding.h"
+#include "tools/findings/finding_list.h"
 
 namespace svmscore::tools {
 

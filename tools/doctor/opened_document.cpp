@@ -1,7 +1,5 @@
 #include "tools/doctor/opened_document.h"
 
-#include <algorithm>
-#include <charconv>
 #include <utility>
 
 #include "host/model/message_codes.h"
@@ -12,25 +10,8 @@ namespace {
 
 using MCZandor_850::SSException;
 
-constexpr std::string_view kElement = "element ";
-constexpr std::string_view kComma = ", ";
-constexpr std::string_view kLine = "line ";
-
 Finding Refusal(const SSException& error) {
-  Finding finding{"refused", {}, 0, Explain(error)};
-  const std::string& whole = error.GetPlace();
-  std::string_view place = whole;
-  if (place.starts_with(kElement)) {
-    place.remove_prefix(kElement.size());
-    const std::size_t comma = std::min(place.find(kComma), place.size());
-    finding.element = place.substr(0, comma);
-    place.remove_prefix(std::min(comma + kComma.size(), place.size()));
-  }
-  if (place.starts_with(kLine)) {
-    place.remove_prefix(kLine.size());
-    std::from_chars(place.data(), place.data() + place.size(), finding.line);
-  }
-  return finding;
+  return {"refused", error.Where(), Explain(error)};
 }
 
 // Makes the document readable without its model. One of an unknown version is read as the newest.
@@ -41,7 +22,7 @@ void ReadAlone(DocumentSource& source, OpenedDocument& opened) {
     auto* root = opened.document->Dom()->getDocumentElement();
     if (*version != '\0' && root != nullptr) root->setAttribute(u"version", u"4.4");
     try {
-      opened.intake = MakeReadable(*opened.document, IntakeMode::kTolerate);
+      opened.findings = MakeReadable(*opened.document, IntakeMode::kTolerate);
       return;
     } catch (const SSException& error) {
       if (error.GetErrorCode() != code::kUnknownVersion) return;
@@ -71,7 +52,7 @@ OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source) {
       ReadAlone(source, opened);
     }
   }
-  if (opened.loaded) opened.intake = opened.loaded->intake;
+  if (opened.loaded) opened.findings = opened.loaded->findings;
   return opened;
 }
 

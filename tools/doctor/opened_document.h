@@ -8,14 +8,14 @@
 
 #include "host/load/loader.h"
 #include "tools/base/document_source.h"
-#include "tools/findings/finding.h"
+#include "tools/findings/finding_list.h"
 
 namespace svmscore::tools {
 
 struct OpenedDocument {
   std::optional<LoadedModel> loaded;     // nothing where no model comes of the document
   std::optional<PmmlDocument> document;  // the document itself, where there is no model
-  std::vector<IntakeStep> intake;        // how it was made readable
+  std::vector<Finding> findings;         // of the intake
   std::optional<Finding> refused;        // why score would not take it
 
   bool IsRead() const { return loaded || document; }

@@ -1,0 +1,87 @@
+// Something about a document that whoever scores with it should know.
+#ifndef HOST_FINDINGS_FINDING_H_
+#define HOST_FINDINGS_FINDING_H_
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/findings/finding_kind.h"
+#include "host/findings/kinds_document.h"
+#include "host/findings/kinds_fields.h"
+#include "host/findings/kinds_machines.h"
+#include "host/findings/kinds_scores.h"
+#include "host/findings/kinds_vectors.h"
+#include "host/model/place.h"
+#include "host/model/ss_exception.h"
+#include "host/text/api.h"
+
+namespace svmscore {
+
+// A kind of finding by its name. A name that no kind has does not compile.
+class KindOfFinding {
+ public:
+  consteval KindOfFinding(const char* name) : kind_(Find(name)) {}  // NOLINT: a name is a kind
+  const FindingKind* operator->() const { return kind_; }
+  const FindingKind& operator*() const { return *kind_; }
+  bool operator==(const KindOfFinding&) const = default;
+
+ private:
+  static consteval const FindingKind* Find(std::string_view name) {
+    const FindingKind* found = nullptr;
+    const auto look = [&found, name](const auto& kinds) {
+      for (const FindingKind& kind : kinds) {
+        if (kind.name == name) found = &kind;
+      }
+    };
+    look(kDocumentFindings);
+    look(kFieldFindings);
+    look(kVectorFindings);
+    look(kMachineFindings);
+    look(kScoreFindings);
+    if (found == nullptr) throw "no kind of finding has this name";
+    return found;
+  }
+
+  const FindingKind* kind_;
+};
+
+// All kinds, sorted by name.
+SVMSCORE_HOST_API std::vector<FindingKind> AllFindingKinds();
+
+struct SVMSCORE_HOST_API Finding {
+  KindOfFinding kind;
+  Place place;
+  std::string detail;    // what it is about here: a name, a value, an index; may be empty
+  std::size_t more = 0;  // further places of the kind that have no finding of their own
+
+  std::string_view Name() const { return kind->name; }
+  bool IsError() const { return kind->of_class == FindingClass::kError; }
+  // What is the matter here: the detail, or else what the kind says.
+  std::string_view What() const { return detail.empty() ? kind->sentence : detail; }
+};
+
+// What is found, in the words of the message with which the kind is refused; empty where its
+// message has no parts of its own.
+SVMSCORE_HOST_API std::string DetailOf(const FindingKind& kind,
+                                       const std::vector<std::string>& parts);
+
+// Throws that message at `element` (null where there is no place).
+[[noreturn]] SVMSCORE_HOST_API void RefuseStrictly(const FindingKind& kind,
+                                                   const XERCES_CPP_NAMESPACE::DOMElement* element,
+                                                   const std::vector<std::string>& parts);
+
+// The first finding of each kind, with all others counted as further places.
+SVMSCORE_HOST_API std::vector<Finding> FirstOfEachKind(const std::vector<Finding>& findings);
+
+// One line: place, sentence, detail, further places.
+SVMSCORE_HOST_API std::string SentenceOf(const Finding& finding);
+
+// The name of the class, and how severe it is: note, warning or error.
+SVMSCORE_HOST_API std::string_view ClassName(FindingClass of_class);
+SVMSCORE_HOST_API std::string_view SeverityName(FindingClass of_class);
+
+}  // namespace svmscore
+
+#endif  // HOST_FINDINGS_FINDING_H_

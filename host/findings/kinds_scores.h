@@ -1,0 +1,57 @@
+// Kinds of finding. Of scores that differ from expected ones.
+#ifndef HOST_FINDINGS_KINDS_SCORES_H_
+#define HOST_FINDINGS_KINDS_SCORES_H_
+
+#include <array>
+
+#include "host/findings/finding_kind.h"
+
+namespace svmscore {
+
+inline constexpr std::array kScoreFindings = {
+    FindingKind{"mismatch", FindingClass::kError, 0, "scores are not those that are expected",
+                "the model does not give what is expected", "see the other findings"},
+    FindingKind{
+        "mismatch-field", FindingClass::kSuspicion, 0,
+        "a field tells the rows that disagree from the others",
+        "the rows that disagree have this in common",
+        "look at how the field is declared and treated, and at its values in the file of cases"},
+    FindingKind{"classes-swapped", FindingClass::kError, 0,
+                "the two categories are expected the other way round",
+                "every case gets the other category",
+                "swap targetCategory and alternateTargetCategory, or set maxWins to the opposite, "
+                "or change the sign of all coefficients and of absoluteValue"},
+    FindingKind{
+        "classes-permuted", FindingClass::kError, 0, "the categories are expected in another order",
+        "cases get the wrong category",
+        "put the categories of the machines, or of the target, into the order of the training"},
+    FindingKind{"percentages-swapped", FindingClass::kError, 0,
+                "percentages are expected of other categories",
+                "percentages stand in the columns of other categories",
+                "swap response and nonResponse, or the value attributes of the output fields"},
+    FindingKind{"offset-not-wanted", FindingClass::kError, 0,
+                "the expected values come out without the absoluteValue",
+                "every decision value is shifted by absoluteValue",
+                "remove absoluteValue, or correct it"},
+    FindingKind{"method-mistaken", FindingClass::kError, 0,
+                "the expected values come out with the other classificationMethod",
+                "the machines decide by the wrong rule", "change classificationMethod"},
+    FindingKind{"kernel-default-differs", FindingClass::kError, 0,
+                "the expected values come out with another value of a parameter that the document "
+                "leaves out",
+                "every kernel value differs", "state the parameters of the kernel"},
+    FindingKind{"values-negated", FindingClass::kError, 0,
+                "the expected values have the opposite sign", "predictions have the wrong sign",
+                "change the sign of all coefficients and of absoluteValue"},
+    FindingKind{"constant-offset", FindingClass::kError, 0,
+                "the expected values differ by one number in all rows",
+                "every prediction is shifted",
+                "correct absoluteValue, or the rescaleConstant of the target"},
+    FindingKind{"values-rescaled", FindingClass::kError, 0,
+                "the expected values are on another scale", "predictions are on another scale",
+                "give the target its rescaleFactor and rescaleConstant"},
+};
+
+}  // namespace svmscore
+
+#endif  // HOST_FINDINGS_KINDS_SCORES_H_
