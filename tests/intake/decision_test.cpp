@@ -84,7 +84,7 @@ TEST(Method, IsInferredWhereEveryPairHasItsMachine) {
     EXPECT_EQ(Read(with(third)).Steps(), "") << third;
   }
   EXPECT_EQ(Read(with("targetCategory='c' alternateTargetCategory='d'")).Steps(),
-            "machine-category-unknown");
+            "unknown-category");
   EXPECT_EQ(Read(with(last, " classificationMethod='OneAgainstAll'")).Steps(), "");
 }
 

@@ -25,8 +25,8 @@ TEST(Names, APrefixChangesNothing) {
       std::regex_replace(parts.Text(), std::regex("<(/?)([A-Z]|row)"), "<$1p:$2");
   const Reading reading =
       Read(Replaced(prefixed, "<p:PMML ", "<p:PMML xmlns:p='https://www.dmg.org/PMML-4_4' "));
-  ASSERT_EQ(reading.steps.size(), 1u);
-  EXPECT_EQ(reading.steps[0].name, "namespace-prefix");
+  ASSERT_EQ(reading.findings.size(), 1u);
+  EXPECT_EQ(reading.findings[0].Name(), "namespace-prefix");
   EXPECT_EQ(reading.Show("SupportVectorMachineModel"),
             Read(parts.Text()).Show("SupportVectorMachineModel"));
 }

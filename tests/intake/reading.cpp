@@ -127,8 +127,12 @@ std::string Reading::Show(const std::string& name, std::size_t n) const {
   return text;
 }
 
+Reading Unread(const std::string& text) {
+  return {svmscore::PmmlDocument::FromText(text, "test.pmml"), {}};
+}
+
 Reading Read(const std::string& text, svmscore::IntakeMode mode) {
-  Reading reading{svmscore::PmmlDocument::FromText(text, "test.pmml"), {}};
+  Reading reading = Unread(text);
   reading.findings = svmscore::MakeReadable(reading.document, mode);
   const std::string once = reading.Show("PMML");
   for (const auto& finding : svmscore::MakeReadable(reading.document, mode)) {

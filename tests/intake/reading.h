@@ -64,6 +64,8 @@ struct Reading {
   std::string Show(const std::string& name, std::size_t n = 0) const;
 };
 
+// The document as it is written.
+Reading Unread(const std::string& text);
 // What was made readable is readable: that a second reading changes nothing is checked.
 Reading Read(const std::string& text, svmscore::IntakeMode mode = svmscore::IntakeMode::kRefuse);
 // In which reading ends: code, element and line, like "260153 Array:6"; for a step that the

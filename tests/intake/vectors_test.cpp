@@ -30,8 +30,8 @@ TEST(Vectors, KeepTheirNumbersAsWritten) {
                                   "<REAL-ARRAY>0 <![CDATA[0.1]]></REAL-ARRAY>")
                                  .Text());
   EXPECT_EQ(dense.Steps(), "dense-array 2");
-  EXPECT_EQ(dense.steps[0].element, "Array");
-  EXPECT_EQ(dense.steps[0].line, 6);
+  EXPECT_EQ(dense.findings[0].place.element, "Array");
+  EXPECT_EQ(dense.findings[0].place.line, 6);
   EXPECT_EQ(dense.Show("REAL-SparseArray", 0), Sparse(" n='2'", "1 2 ", "  0.250\n      -15e-1 "));
   EXPECT_EQ(dense.Show("REAL-SparseArray", 1), Sparse("", "1 2 ", "0 0.1"));
   const Reading whole =
@@ -88,8 +88,8 @@ TEST(Vectors, WhatIsNoVectorOfTheModelIsRefusedByPlace) {
   for (const auto& [vector, refusal] : cases) {
     const std::string text = With(vector).Text();
     EXPECT_EQ(Refusal(text), refusal + ":6") << vector;
-    for (const auto& step : Read(text, IntakeMode::kTolerate).steps) {
-      EXPECT_FALSE(step.changes) << vector;
+    for (const auto& finding : Read(text, IntakeMode::kTolerate).findings) {
+      EXPECT_NE(finding.kind->of_class, svmscore::FindingClass::kStandard) << vector;
     }
   }
   for (const char* number : {"+.5", "5.", "-1E-3", "1e+2", "1e-400", "1e+0300", "007"}) {
@@ -112,23 +112,22 @@ TEST(Vectors, WhatATranslatorReadsInItsOwnWayIsToldAndScored) {
     double prediction;
     std::string code;  // in the strict mode
   } cases[] = {
-      {Sparse(" n='3'", "1 2", "0.25 -1.5"), "array-length", kWhole, "260313"},
-      {Sparse(" n='-1'", "1 2", "0.25 -1.5"), "array-length", kWhole, "260313"},
-      {Sparse("", "1.9 2x", "0.25 -1.5"), "unreadable-number 2", kWhole, "260153"},
-      {Sparse("", "1 2", "0.25 -1.5,0"), "unreadable-number", kWhole, "260153"},
-      {Sparse("", "1 2", "0.25 none"), "unreadable-number", kFirstEntryOnly, "260153"},
-      {Sparse("", "0 1 7", "9 0.25 9"), "index-outside 2", kFirstEntryOnly, "260313"},
-      {Sparse("", "1 4294967298", "0.25 9"), "unreadable-number, index-outside", kFirstEntryOnly,
+      {Sparse(" n='3'", "1 2", "0.25 -1.5"), "count-disagrees", kWhole, "260313"},
+      {Sparse(" n='-1'", "1 2", "0.25 -1.5"), "count-disagrees", kWhole, "260313"},
+      {Sparse("", "1.9 2x", "0.25 -1.5"), "bad-number 2", kWhole, "260153"},
+      {Sparse("", "1 2", "0.25 -1.5,0"), "bad-number", kWhole, "260153"},
+      {Sparse("", "1 2", "0.25 none"), "bad-number", kFirstEntryOnly, "260153"},
+      {Sparse("", "0 1 7", "9 0.25 9"), "index-out-of-range 2", kFirstEntryOnly, "260313"},
+      {Sparse("", "1 4294967298", "0.25 9"), "bad-number, index-out-of-range", kFirstEntryOnly,
        "260153"},
-      {Sparse("", "one 1", "9 0.25"), "unreadable-number, index-outside", kFirstEntryOnly,
-       "260153"},
-      {"<REAL-SparseArray n='2'><Entries>1 2</Entries></REAL-SparseArray>",
-       "entries-without-indices", kZero, "260115"},
-      {"<REAL-SparseArray n='1'/>", "array-length", kZero, "260313"},
+      {Sparse("", "one 1", "9 0.25"), "bad-number, index-out-of-range", kFirstEntryOnly, "260153"},
+      {"<REAL-SparseArray n='2'><Entries>1 2</Entries></REAL-SparseArray>", "no-indices", kZero,
+       "260115"},
+      {"<REAL-SparseArray n='1'/>", "count-disagrees", kZero, "260313"},
       {"<REAL-SparseArray n='2000000000'/>", "surplus-zeros", kZero, "260307 surplus-zeros"},
-      {"<REAL-SparseArray><Entries>1 2</Entries></REAL-SparseArray>", "vector-without-values",
-       kDropped, "260115"},
-      {"", "vector-without-values", kDropped, "260115"},
+      {"<REAL-SparseArray><Entries>1 2</Entries></REAL-SparseArray>", "vector-dropped", kDropped,
+       "260313"},
+      {"", "vector-dropped", kDropped, "260313"},
       {"<Array>1 2</Array>" + Sparse("", "1 2", "0.25 -1.5"), "two-arrays", kWhole, "260313"},
   };
   for (const auto& [vector, steps, prediction, code] : cases) {
