@@ -46,27 +46,18 @@ Json MachinesOf(const tools::ModelSummary& summary) {
   return machines;
 }
 
-Json IntakeOf(const tools::ModelSummary& summary) {
-  Json steps = Json::array();
-  for (const Finding& finding : FirstOfEachKind(summary.intake)) {
-    steps.push_back({{"name", finding.Name()},
-                     {"class", ClassName(finding.kind->of_class)},
-                     {"element", finding.place.element},
-                     {"line", finding.place.line > 0 ? Json(finding.place.line) : Json()},
-                     {"count", finding.more + 1},
-                     {"consequence", finding.kind->sentence},
-                     {"detail", TextOrNull(finding.detail)}});
-  }
-  return steps;
-}
-
-Json LeftOutOf(const tools::ModelSummary& summary) {
+Json FindingsOf(const tools::ModelSummary& summary) {
   Json findings = Json::array();
-  for (const Finding& finding : summary.left_out) {
-    findings.push_back({{"kind", finding.Name()},
-                        {"element", finding.place.element},
+  for (const Finding& finding : summary.findings) {
+    findings.push_back({{"name", finding.Name()},
+                        {"class", ClassName(finding.kind->of_class)},
+                        {"element", TextOrNull(finding.place.element)},
                         {"line", finding.place.line > 0 ? Json(finding.place.line) : Json()},
-                        {"consequence", finding.What()}});
+                        {"further", finding.more},
+                        {"sentence", finding.kind->sentence},
+                        {"detail", TextOrNull(finding.detail)},
+                        {"consequence", finding.kind->consequence},
+                        {"remedy", finding.kind->remedy}});
   }
   return findings;
 }
@@ -104,8 +95,7 @@ std::string JsonOf(const tools::ModelSummary& summary) {
                     {"machines", MachinesOf(summary)},
                     {"outputFields", summary.output_fields},
                     {"refused", summary.refused ? Json(*summary.refused) : Json()},
-                    {"intake", IntakeOf(summary)},
-                    {"leftOut", LeftOutOf(summary)},
+                    {"findings", FindingsOf(summary)},
                     {"display", summary.listing ? Json(*summary.listing) : Json()}};
   return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }

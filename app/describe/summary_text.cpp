@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <map>
+#include <iterator>
 
 #include <fmt/format.h>
 
@@ -14,9 +14,8 @@ using output::Percentages;
 using tools::NameOf;
 namespace {
 
-// Rows of a table, and findings of a kind, before the rest is only counted.
+// Rows of a table before the rest is only counted.
 constexpr std::size_t kShownMachines = 10;
-constexpr std::size_t kShownFindings = 5;
 
 using Table = std::vector<std::vector<std::string>>;
 
@@ -130,32 +129,34 @@ void WriteMachines(std::string& out, const tools::ModelSummary& summary) {
   }
 }
 
-void WriteIntake(std::string& out, const tools::ModelSummary& summary) {
-  if (summary.intake.empty()) return;
-  fmt::format_to(out, "\nHow the document is read\n");
-  for (const Finding& finding : FirstOfEachKind(summary.intake)) {
-    fmt::format_to(out, "  {}\n", Printable(SentenceOf(finding)));
+bool IsReading(const Finding& finding) {
+  return finding.kind->of_class == FindingClass::kStandard ||
+         finding.kind->of_class == FindingClass::kGuessed;
+}
+
+void WriteFindings(std::string& out, const tools::ModelSummary& summary, bool reading) {
+  for (const Finding& finding : FirstOfEachKind(summary.findings)) {
+    if (IsReading(finding) != reading) continue;
+    out += fmt::format("  {}{}\n", finding.IsError() ? "error: " : "",
+                   Printable(SentenceOf(finding)));
   }
 }
 
+void WriteReading(std::string& out, const tools::ModelSummary& summary) {
+  if (std::none_of(summary.findings.begin(), summary.findings.end(), IsReading)) return;
+  out += "\nHow the document is read\n";
+  WriteFindings(out, summary, true);
+}
+
 void WriteLeftOut(std::string& out, const tools::ModelSummary& summary) {
-  out += "\nWhat the translator leaves out\n";
+  out += "\nWhat is lost or wrong\n";
   if (summary.refused) {
     out += fmt::format("  score refuses this model: {}\n", Printable(*summary.refused));
   }
-  if (summary.left_out.empty()) out += "  nothing\n";
-  std::map<std::string_view, std::size_t> met;
-  for (const Finding& finding : summary.left_out) {
-    if (++met[finding.Name()] > kShownFindings) continue;
-    const std::string place =
-        finding.place.line > 0 ? fmt::format("line {}, ", finding.place.line) : "";
-    fmt::format_to(out, "  {}{}: {}\n", place, Printable(finding.place.element, kLongestInsert),
-                   Printable(finding.What()));
+  if (std::all_of(summary.findings.begin(), summary.findings.end(), IsReading)) {
+    out += "  nothing\n";
   }
-  for (const auto& [kind, count] : met) {
-    if (count <= kShownFindings) continue;
-    out += fmt::format("  and {} more of {}\n", count - kShownFindings, kind);
-  }
+  WriteFindings(out, summary, false);
 }
 
 }  // namespace
@@ -183,7 +184,7 @@ std::string TextOf(const tools::ModelSummary& summary) {
   Line(out, "Missing value", fmt::format("policy {}", summary.missing_policy));
   WriteInputs(out, summary);
   WriteMachines(out, summary);
-  WriteIntake(out, summary);
+  WriteReading(out, summary);
   WriteLeftOut(out, summary);
   if (summary.listing) out += *summary.listing;
   return out;

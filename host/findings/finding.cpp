@@ -25,6 +25,7 @@ std::vector<FindingKind> AllFindingKinds() {
 
 std::string DetailOf(const FindingKind& kind, const std::vector<std::string>& parts) {
   if (parts.empty()) return {};
+  if (!kind.IsRefusedWhenStrict()) return parts[0];
   MCZandor_850::SSException told(MCZandor_850::gErrorFormater);
   told.PutErrorMessage(kind.strict_code, parts);
   return told.what();

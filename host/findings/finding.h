@@ -62,8 +62,8 @@ struct SVMSCORE_HOST_API Finding {
   std::string_view What() const { return detail.empty() ? kind->sentence : detail; }
 };
 
-// What is found, in the words of the message with which the kind is refused; empty where its
-// message has no parts of its own.
+// What is found, in the words of the message with which the kind is refused; of a kind that is
+// never refused the first part as it is. Empty without parts.
 SVMSCORE_HOST_API std::string DetailOf(const FindingKind& kind,
                                        const std::vector<std::string>& parts);
 

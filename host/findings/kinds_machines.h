@@ -86,7 +86,7 @@ inline constexpr std::array kMachineFindings = {
         "the extension of a machine names the opposite category to its votes",
         "a reader that knows the extension and one that does not predict opposite categories",
         "swap response and nonResponse, or set maxWins to the opposite"},
-    FindingKind{"percentages-exchanged", FindingClass::kSuspicion, 0,
+    FindingKind{"percentages-exchanged", FindingClass::kNote, 0,
                 "the response category is the second one of the target",
                 "the model's own results hold the two percentages in the other order; score, "
                 "verify and output fields put them under their categories, and another program "

@@ -56,6 +56,8 @@ std::vector<Finding> MakeReadable(PmmlDocument& document, IntakeMode mode) try {
   intake::CheckMiningSchema(intake);
   intake::CheckNamesUsed(intake);
   intake::CheckTargets(intake);
+  intake::CheckCounts(intake);
+  intake::CheckCategoriesUsed(intake);
   intake::HideExtensionContent(intake, extensions);
   intake::MergeTransformations(intake);
   // Vectors are measured by the number of vector fields, and the linear form makes a vector of its
@@ -70,6 +72,7 @@ std::vector<Finding> MakeReadable(PmmlDocument& document, IntakeMode mode) try {
   intake::CompleteTarget(intake);
   intake::MatchLabels(intake);
   intake::OrderPairs(intake);
+  intake::CheckLayout(intake);
   intake::CheckMachines(intake);
   intake::CheckFiniteNumbers(intake);
   return intake.TakeFindings();

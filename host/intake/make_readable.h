@@ -14,7 +14,7 @@ enum class IntakeMode {
   kRefuse,    // makes the changes; what is not supported is thrown
   kTolerate,  // makes the changes; what is not supported stays as it is, for a program that tells
               // of it
-  kStrict,  // as kRefuse, and thrown is also the first finding that guesses, loses or is an error
+  kStrict,    // as kRefuse, and thrown is also the first finding that guesses, loses or is an error
 };
 
 // Edits the document so that a translator, which reads exactly what its own rules read, understands

@@ -15,6 +15,17 @@ bool HoldsMachine(DOMElement* model) {
   return false;
 }
 
+// The first one names the producer.
+void CheckApplications(Intake& intake) {
+  bool first = true;
+  for (const DOMElement* header : Children(intake.Root(), "Header")) {
+    for (const DOMElement* application : Children(header, "Application")) {
+      if (!first) intake.Tell("second-application", application);
+      first = false;
+    }
+  }
+}
+
 }  // namespace
 
 bool IsModelName(const std::string& name) {
@@ -22,6 +33,7 @@ bool IsModelName(const std::string& name) {
 }
 
 void ChooseModel(Intake& intake) {
+  CheckApplications(intake);
   std::vector<DOMElement*> models;
   for (DOMElement* child = FirstElement(intake.Root()); child != nullptr;
        child = NextElement(child)) {

@@ -31,7 +31,8 @@ void CheckNamesUsed(Intake& intake) {
   std::unordered_set<std::string> declared =
       NamesIn(FindChild(intake.Root(), "DataDictionary"), "DataField");
   const DOMElement* global = FindChild(intake.Root(), "TransformationDictionary");
-  CheckDerived(intake, intake.ModelChild("LocalTransformations"), "derived-field-over-input", declared);
+  CheckDerived(intake, intake.ModelChild("LocalTransformations"), "derived-field-over-input",
+               declared);
   // A data field that the model does not list is none of its inputs.
   const DOMElement* schema = intake.ModelChild("MiningSchema");
   const auto inputs = schema == nullptr ? declared : NamesIn(schema, "MiningField");

@@ -28,6 +28,18 @@ void CheckWord(Intake& intake, const DOMElement* field, const char* attribute,
   intake.Tell(kind, field, *text, attribute, "MiningField");
 }
 
+// The first target is predicted; its name is kept in `target`.
+void CheckTarget(Intake& intake, const DOMElement* field, const std::string& name,
+                 std::string& target) {
+  const WideView usage = AttributeView(field, "usageType");
+  if (usage != u"target" && usage != u"predicted") return;
+  if (target.empty()) {
+    target = name;
+  } else {
+    intake.Tell("second-target", field, "a second target, " + name + ',', "MiningField");
+  }
+}
+
 void CheckReplacement(Intake& intake, const DOMElement* field, const DOMElement* declared) {
   if (AttributeView(declared, "dataType") != u"integer") return;
   const auto text = FindAttribute(field, "missingValueReplacement");
@@ -66,6 +78,7 @@ void CheckMiningSchema(Intake& intake) {
     declared.try_emplace(Narrow(AttributeView(field, "name")), field);
   }
   std::unordered_set<std::string> seen;
+  std::string target;
   for (const DOMElement* field : Children(intake.ModelChild("MiningSchema"), "MiningField")) {
     const auto name = FindAttribute(field, "name");
     // A translator says that it is missing.
@@ -80,6 +93,7 @@ void CheckMiningSchema(Intake& intake) {
       continue;
     }
     CheckWord(intake, field, "usageType", kUsages, "unknown-usage");
+    CheckTarget(intake, field, *name, target);
     CheckWord(intake, field, "missingValueTreatment", kMissingTreatments,
               "missing-treatment-ignored");
     CheckReplacement(intake, field, found->second);

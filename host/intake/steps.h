@@ -24,6 +24,9 @@ void ChooseModel(Intake& intake);
 // Whether the element of that name under the root is a model.
 bool IsModelName(const std::string& name);
 
+// Whether the element of that name inside a model is a kernel, known or not.
+bool IsKernelName(const std::string& name);
+
 // vocabulary.cpp: remarks on elements and attributes that nobody reads. Changes nothing.
 void CheckVocabulary(Intake& intake);
 
@@ -31,8 +34,8 @@ void CheckVocabulary(Intake& intake);
 // Changes nothing.
 void CheckNamesUsed(Intake& intake);
 
-// targets.cpp: remarks on Target elements that are for no field, or for one that has its own.
-// Changes nothing.
+// target_elements.cpp: remarks on Target elements that are for no field, or for one that has its
+// own. Changes nothing.
 void CheckTargets(Intake& intake);
 
 // spellings.cpp: attributes in the one spelling that is understood.
@@ -57,13 +60,14 @@ void UseSparseVectors(Intake& intake);
 // representation.cpp: machines given by one coefficient a field become support vectors.
 void UseSupportVectors(Intake& intake);
 
-// kernel.cpp: kernel parameters that would be taken for absent ones.
+// kernel_parameters.cpp: kernel parameters that would be taken for absent ones; remarks on other
+// kernels and parameters.
 void TellKernelNumbersFromAbsence(Intake& intake);
 
 // decision.cpp: the older way to name the second category, and vote layouts without a method.
 void UseOneDecisionRule(Intake& intake);
 
-// target.cpp: there is a target, and it lists the categories of a classification.
+// target_categories.cpp: there is a target, and it lists the categories of a classification.
 void CompleteTarget(Intake& intake);
 
 // labels.cpp: machines spell categories as the target does, and name both of two.
@@ -75,6 +79,17 @@ void OrderPairs(Intake& intake);
 // finite.cpp: remarks on numbers of machines, kernels and targets that are none to compute with.
 // Changes nothing.
 void CheckFiniteNumbers(Intake& intake);
+
+// counts.cpp: remarks on counts that are not those of what is there. Changes nothing.
+void CheckCounts(Intake& intake);
+
+// categories_used.cpp: remarks on categories that are compared with fields which cannot have them.
+// Changes nothing.
+void CheckCategoriesUsed(Intake& intake);
+
+// machine_layout.cpp: remarks on machines that leave categories out, or decide twice. Changes
+// nothing.
+void CheckLayout(Intake& intake);
 
 // checks.cpp: remarks on what machines lose in silence. Changes nothing.
 void CheckMachines(Intake& intake);

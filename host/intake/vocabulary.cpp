@@ -22,7 +22,9 @@ struct Definition {
   const char* children = "";
 };
 
-// Elements that hold nothing which is read have no definition. Extensions may stand anywhere.
+// Elements that hold nothing which is read have no definition. Extensions may stand anywhere. A
+// lone ? for the attributes stands for whatever comes: kernel_parameters.cpp tells of those of
+// kernels.
 constexpr std::array kDefinitions = {
     Definition{"PMML", "version",
                "Header MiningBuildTask DataDictionary TransformationDictionary*"},
@@ -79,10 +81,10 @@ constexpr std::array kDefinitions = {
                "wordSeparatorCharacterRE tokenize",
                "InlineTable* TableLocator*"},
     Definition{"Apply", "function mapMissingTo defaultValue invalidValueTreatment", "%"},
-    Definition{"LinearKernelType", "description"},
-    Definition{"PolynomialKernelType", "description gamma coef0 degree"},
-    Definition{"RadialBasisKernelType", "description gamma"},
-    Definition{"SigmoidKernelType", "description gamma coef0"},
+    Definition{"LinearKernelType", "?"},
+    Definition{"PolynomialKernelType", "?"},
+    Definition{"RadialBasisKernelType", "?"},
+    Definition{"SigmoidKernelType", "?"},
     Definition{"VectorDictionary", "numberOfVectors", "VectorFields VectorInstance*"},
     Definition{"VectorFields", "numberOfFields", "?"},  // vector_fields.cpp tells of the others
     Definition{"CategoricalPredictor", "name value coefficient"},
@@ -139,6 +141,7 @@ struct Child {
 struct Entry {
   std::vector<WideText> attributes;
   std::vector<Child> children;
+  bool any_attributes = false;
   bool open = false;
   bool text = false;
   std::vector<std::pair<WideText, std::vector<WideText>>> words;  // by attribute
@@ -159,6 +162,7 @@ Entry EntryOf(const Definition& definition) {
   for (const std::string& word : WordsOf(definition.attributes)) {
     entry.attributes.push_back(ToUtf16(word));
   }
+  entry.any_attributes = std::string_view(definition.attributes) == "?";
   entry.open = std::string_view(definition.children) == "?";
   entry.text = std::string_view(definition.children) == "!";
   for (std::string& word : WordsOf(definition.children)) {
@@ -194,7 +198,7 @@ class Vocabulary {
       const Entry* entry = Find(at->getNodeName());
       skip = entry == nullptr || (at->getParentNode() == intake_.Root() && IsOtherModel(at));
       if (skip) continue;
-      CheckAttributes(at, *entry);
+      if (!entry->any_attributes) CheckAttributes(at, *entry);
       if (!entry->open) CheckChildren(at, *entry);
     }
   }
@@ -253,7 +257,9 @@ class Vocabulary {
         }
       } else if (const auto at = static_cast<std::size_t>(found - entry.children.begin());
                  seen[at] && !found->repeats) {
-        intake_.Tell("element-repeated", child, "a second " + NameOf(child), NameOf(element));
+        const bool list = NameOf(element) == "SupportVectorMachine";
+        intake_.Tell(list ? Kind("second-list") : Kind("element-repeated"), child,
+                     "a second " + NameOf(child), NameOf(element));
       } else {
         seen[at] = true;
         // Only a DataField has values that are missing or invalid.
@@ -266,10 +272,11 @@ class Vocabulary {
     }
   }
 
-  // model_choice.cpp tells of models.
+  // model_choice.cpp tells of models, kernel_parameters.cpp of kernels.
   bool IsPassedOver(const DOMElement* parent, WideView name) const {
     return name == u"Extension" || name.starts_with(u"X-") ||
-           (parent == intake_.Root() && IsModelName(Narrow(name)));
+           (parent == intake_.Root() && IsModelName(Narrow(name))) ||
+           (parent == intake_.Model() && IsKernelName(Narrow(name)));
   }
 
   void TellUnknown(const DOMElement* child, const DOMElement* parent) {

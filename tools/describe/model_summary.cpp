@@ -5,7 +5,6 @@
 
 #include "host/text/field_types.h"
 #include "host/text/number_text.h"
-#include "tools/describe/left_out.h"
 #include "tools/findings/inspected.h"
 
 namespace svmscore::tools {
@@ -127,10 +126,7 @@ ModelSummary Summarise(const LoadedModel& loaded) {
           loaded.output->Fields()[static_cast<std::size_t>(field)].name);
     }
   }
-  summary.intake = loaded.findings;
-  FindingList left_out(loaded.document);
-  CheckLeftOut(inspected, left_out);
-  summary.left_out = left_out.Take();
+  summary.findings = loaded.findings;
   return summary;
 }
 

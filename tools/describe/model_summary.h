@@ -55,9 +55,8 @@ struct ModelSummary {
   std::vector<MachineSummary> machines;
   std::vector<std::string> output_fields;  // the columns that the document names
   std::optional<std::string> refused;      // why the model cannot be scored with
-  std::vector<Finding> intake;             // how the document was made readable, and is read
-  std::vector<Finding> left_out;
-  std::optional<std::string> listing;  // the model's own Display text, where it was asked for
+  std::vector<Finding> findings;           // how the document is read, and what of it has no effect
+  std::optional<std::string> listing;      // the model's own Display text, where it was asked for
 };
 
 ModelSummary Summarise(const LoadedModel& loaded);

@@ -1,15 +1,15 @@
-// Categories that fields and targets lack.
+// Tables whose keys are not the categories of their fields, and categories that no machine names.
 #include <set>
 #include <unordered_set>
 #include <utility>
 
 #include <fmt/format.h>
 
+#include "host/intake/field_graph.h"
 #include "host/model/ss_exception.h"
 #include "host/transform/table/inline_table.h"
 #include "host/xml/transcoder.h"
 #include "tools/doctor/checks.h"
-#include "tools/doctor/field_graph.h"
 
 namespace svmscore::tools {
 namespace {
@@ -17,81 +17,34 @@ namespace {
 class CategoryChecks {
  public:
   CategoryChecks(const Examined& examined, FindingList& findings)
-      : examined_(examined), findings_(findings), graph_(examined.document) {}
+      : examined_(examined),
+        findings_(findings),
+        graph_(examined.document.root, examined.document.model) {}
 
   void Run() {
     for (const Element* list : {FindChild(examined_.document.root, "TransformationDictionary"),
                                 FindChild(examined_.document.model, "LocalTransformations"),
                                 FindChild(examined_.document.model, "Output")}) {
-      ForEachBelow(list, [this](const Element* element) { CheckExpression(element); });
-    }
-    for (const Element* field : examined_.document.vectors.Fields()) {
-      if (NameOf(field) == "CategoricalPredictor") {
-        CheckValue(field, AttributeText(field, "name"), AttributeText(field, "value"));
-      }
+      intake::ForEachBelow(list, [this](const Element* element) {
+        if (IsNamed(element, "MapValues")) CheckTable(element);
+      });
     }
     CheckTargetCategories();
   }
 
  private:
   // What the field can be; worked out once a field.
-  const FieldGraph::Values& ValuesOf(const std::string& field) {
+  const intake::FieldGraph::Values& ValuesOf(const std::string& field) {
     const auto [found, is_new] = values_.try_emplace(field);
     if (is_new) found->second = graph_.ValuesOf(field);
     return found->second;
   }
 
-  void CheckExpression(const Element* element) {
-    const std::string kind = NameOf(element);
-    if (kind == "NormDiscrete") {
-      CheckValue(element, AttributeText(element, "field"), AttributeText(element, "value"));
-    } else if (kind == "MapValues") {
-      CheckTable(element);
-    } else if (kind == "Apply") {
-      CheckComparison(element);
-    }
-  }
-
-  void CheckValue(const Element* element, const std::string& field, const std::string& value) {
-    const auto& set = ValuesOf(field);
-    if (!set || set->Holds(value)) return;
-    const std::string similar = set->Similar(value);
-    findings_.Add("unlisted-category", element,
-                  fmt::format("\"{}\" is no category of \"{}\"{}", value, field,
-                              similar.empty() ? "" : fmt::format(", \"{}\" is", similar)));
-  }
-
-  // A field compared with a constant: equal(field, constant), isIn(field, constant, ...).
-  void CheckComparison(const Element* apply) {
-    const std::string function = AttributeText(apply, "function");
-    if (function != "equal" && function != "notEqual" && function != "isIn" &&
-        function != "isNotIn") {
-      return;
-    }
-    const Element* reference = nullptr;
-    std::vector<const Element*> constants;
-    for (const Element* child : ChildElements(apply)) {
-      const std::string kind = NameOf(child);
-      if (kind == "FieldRef" && reference == nullptr) {
-        reference = child;
-      } else if (kind == "Constant") {
-        constants.push_back(child);
-      } else if (kind != "Extension") {
-        return;
-      }
-    }
-    // A reference that maps missing values elsewhere has one value more.
-    if (reference == nullptr || FindAttribute(reference, "mapMissingTo")) return;
-    for (const Element* constant : constants) {
-      CheckValue(constant, AttributeText(reference, "field"), ElementText(constant));
-    }
-  }
-
   // A field that a table is searched for, and what the table's column has for it.
   struct Key {
     std::string field;
-    FieldGraph::Values set;  // null: not known, or looked at already
-    ValueSet mapped;         // those of the set that have a result
+    intake::FieldGraph::Values set;  // null: not known, or looked at already
+    intake::ValueSet mapped;         // those of the set that have a result
     const Element* first_unlisted = nullptr;
     std::vector<std::string> unlisted;
   };
@@ -109,7 +62,7 @@ class CategoryChecks {
       const std::string column = AttributeText(pair, "column");
       const bool is_new = pairs.emplace(field, column).second;
       keys.push_back(
-          {field, is_new ? set : nullptr, ValueSet(set && set->IsNumeric()), nullptr, {}});
+          {field, is_new ? set : nullptr, intake::ValueSet(set && set->IsNumeric()), nullptr, {}});
       columns.push_back(column);
     }
     columns.push_back(AttributeText(map_values, "outputColumn"));
@@ -176,8 +129,8 @@ class CategoryChecks {
 
   const Examined& examined_;
   FindingList& findings_;
-  FieldGraph graph_;
-  std::unordered_map<std::string, FieldGraph::Values> values_;
+  intake::FieldGraph graph_;
+  std::unordered_map<std::string, intake::FieldGraph::Values> values_;
 };
 
 }  // namespace

@@ -1,10 +1,10 @@
-// The checks of a document by itself, one file each family.
+// What the intake does not look for, for it takes long or is no fault: the checks of a document by
+// itself, one file each family.
 #ifndef TOOLS_DOCTOR_CHECKS_H_
 #define TOOLS_DOCTOR_CHECKS_H_
 
 #include <vector>
 
-#include "host/intake/make_readable.h"
 #include "tools/doctor/model_numbers.h"
 #include "tools/findings/finding_list.h"
 #include "tools/findings/inspected.h"
@@ -18,31 +18,29 @@ struct Examined {
   const ModelNumbers& numbers;
 };
 
-// reading.cpp: how the document was made readable. A step about a place that another finding names
-// already is left out.
-void CheckIntake(const std::vector<Finding>& intake, FindingList& findings);
 // verification.cpp: the document's own verification records.
 void CheckVerification(const LoadedModel& loaded, FindingList& findings);
-// counts.cpp: lengths of vectors, counts, and vectors that nothing uses.
-void CheckCounts(const Examined& examined, FindingList& findings);
-// categories.cpp: categories that fields and targets lack.
+// unused_vectors.cpp: vectors that nothing uses.
+void CheckVectorsUsed(const Examined& examined, FindingList& findings);
+// categories.cpp: tables whose keys are not the categories of their fields, and categories that no
+// machine names.
 void CheckCategories(const Examined& examined, FindingList& findings);
-// needs.cpp: inputs and derived fields that nothing needs, or that are no inputs.
+// unused_inputs.cpp: inputs and derived fields that nothing needs, or that are no inputs.
 void CheckNeeds(const Examined& examined, FindingList& findings);
-// kernel.cpp: the kernel element and its parameters.
-void CheckKernel(const Examined& examined, FindingList& findings);
-// layout.cpp: how the machines divide the categories among them.
-void CheckLayout(const Examined& examined, FindingList& findings);
+// attributes.cpp: attributes that decide nothing, that other readers pass over, or that leave cases
+// without scores.
+void CheckAttributes(const Examined& examined, FindingList& findings);
 // scale.cpp: vector positions and kernel values.
 void CheckScale(const Examined& examined, FindingList& findings);
-// terms.cpp: the coefficients of each machine, and its absoluteValue.
+// coefficients.cpp: the coefficients of each machine, and its absoluteValue.
 void CheckTerms(const Examined& examined, FindingList& findings);
 // margin.cpp: vectors that stand where training never leaves them.
 void CheckMargin(const Examined& examined, FindingList& findings);
-// signs.cpp: what the machines say of the vectors that they share, and what extensions say of them.
+// machine_signs.cpp: what the machines say of the vectors that they share, and what extensions say
+// of them.
 void CheckSigns(const Examined& examined, FindingList& findings);
 
-// All but the first two.
+// All but the first.
 void CheckAll(const Inspected& document, FindingList& findings);
 
 }  // namespace svmscore::tools

@@ -42,7 +42,7 @@ std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
     CheckVerification(*opened.loaded, findings);
   }
   CheckDocument(opened, findings);
-  CheckIntake(opened.findings, findings);
+  for (const Finding& finding : opened.findings) findings.Add(finding);
   std::vector<Finding> found = findings.Take();
   std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {
     return a.kind->of_class > b.kind->of_class;

@@ -1,18 +1,12 @@
-// How the document was made readable, and all checks of a document by itself.
+// All checks of a document by itself.
 #include <fmt/format.h>
 
-#include "tools/describe/left_out.h"
 #include "tools/doctor/checks.h"
 
 namespace svmscore::tools {
-void CheckIntake(const std::vector<Finding>& intake, FindingList& findings) {
-  for (const Finding& finding : intake) findings.Add(finding);
-}
-
 void CheckAll(const Inspected& document, FindingList& findings) {
   const ModelNumbers numbers = ReadNumbers(document);
   const Examined examined{document, numbers};
-  CheckLeftOut(document, findings);
   if (numbers.beyond_limit != nullptr) {
     findings.Add("vectors-unexamined", numbers.beyond_limit,
                  fmt::format("written in full, for {} vector fields, the vectors up to this one "
@@ -20,11 +14,10 @@ void CheckAll(const Inspected& document, FindingList& findings) {
                              numbers.fields.size()));
     return;
   }
-  CheckCounts(examined, findings);
+  CheckVectorsUsed(examined, findings);
   CheckCategories(examined, findings);
   CheckNeeds(examined, findings);
-  CheckKernel(examined, findings);
-  CheckLayout(examined, findings);
+  CheckAttributes(examined, findings);
   CheckScale(examined, findings);
   CheckTerms(examined, findings);
   CheckMargin(examined, findings);

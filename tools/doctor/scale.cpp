@@ -5,9 +5,9 @@
 
 #include <fmt/format.h>
 
+#include "host/intake/field_graph.h"
 #include "host/text/number_text.h"
 #include "tools/doctor/checks.h"
-#include "tools/doctor/field_graph.h"
 
 namespace svmscore::tools {
 namespace {
@@ -110,7 +110,7 @@ bool MostDoNotFit(const ModelNumbers& numbers, std::size_t position, const Fits&
   return static_cast<std::size_t>(misfits) * 2 > numbers.vectors.size();
 }
 
-bool IsIndicator(const FieldGraph& graph, const Element* field) {
+bool IsIndicator(const intake::FieldGraph& graph, const Element* field) {
   if (NameOf(field) == "CategoricalPredictor") return true;
   const Element* derived = graph.Derived(AttributeText(field, "field"));
   return FindChild(derived, "NormDiscrete") != nullptr;
@@ -129,7 +129,7 @@ bool IsInside(const Element* interval, double value) {
 void CheckReach(const Examined& examined, FindingList& findings) {
   const ModelNumbers& numbers = examined.numbers;
   if (numbers.kernel.type == Type::kLinear || numbers.vectors.size() < 2) return;
-  const FieldGraph graph(examined.document);
+  const intake::FieldGraph graph(examined.document.root, examined.document.model);
   const auto& positions = examined.document.vectors.Fields();
   for (std::size_t i = 0; i < positions.size(); ++i) {
     const std::string name = AttributeText(positions[i], "field");

@@ -1,15 +1,15 @@
 // Inputs and derived fields that nothing needs, or that are no inputs.
 #include <fmt/format.h>
 
+#include "host/intake/field_graph.h"
 #include "tools/doctor/checks.h"
-#include "tools/doctor/field_graph.h"
 
 namespace svmscore::tools {
 
 void CheckNeeds(const Examined& examined, FindingList& findings) {
   const Inspected& document = examined.document;
   if (document.vectors.Fields().empty()) return;
-  const FieldGraph graph(document);
+  const intake::FieldGraph graph(document.root, document.model);
   const auto needed = graph.Needed(true);
   for (const Element* field : graph.AllMining()) {
     const std::string name = AttributeText(field, "name");

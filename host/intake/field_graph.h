@@ -1,7 +1,7 @@
 // Which fields a document declares and derives, what they are computed from, and what values they
 // can have.
-#ifndef TOOLS_DOCTOR_FIELD_GRAPH_H_
-#define TOOLS_DOCTOR_FIELD_GRAPH_H_
+#ifndef HOST_INTAKE_FIELD_GRAPH_H_
+#define HOST_INTAKE_FIELD_GRAPH_H_
 
 #include <cstddef>
 #include <memory>
@@ -12,13 +12,13 @@
 #include <utility>
 #include <vector>
 
+#include "host/text/api.h"
 #include "host/xml/attributes.h"
-#include "tools/findings/inspected.h"
 
-namespace svmscore::tools {
+namespace svmscore::intake {
 
 // Values compare as texts, and as numbers where they are numbers of a field that holds such.
-class ValueSet {
+class SVMSCORE_HOST_API ValueSet {
  public:
   explicit ValueSet(bool numeric) : numeric_(numeric) {}
   // What `base` holds, without a copy of it, and what is added.
@@ -47,12 +47,12 @@ class ValueSet {
   mutable std::unordered_map<std::string, std::string> folded_;
 };
 
-// Used by one thread.
-class FieldGraph {
+// Points into the document. Used by one thread.
+class SVMSCORE_HOST_API FieldGraph {
  public:
   using Values = std::shared_ptr<const ValueSet>;
 
-  explicit FieldGraph(const Inspected& inspected);
+  FieldGraph(const Element* root, const Element* model);
 
   const Element* DataField(const std::string& name) const { return Find(data_, name); }
   const Element* Derived(const std::string& name) const { return Find(derived_, name); }
@@ -78,7 +78,7 @@ class FieldGraph {
   Values FromExpression(const Element* derived, const Element* expression) const;
   Values ValuesAt(const std::string& name, int depth) const;
 
-  const Inspected& inspected_;
+  const Element* model_;
   Elements data_;
   Elements derived_;
   Elements schema_;
@@ -103,6 +103,6 @@ void ForEachBelow(const Element* element, const Visit& visit) {
   }
 }
 
-}  // namespace svmscore::tools
+}  // namespace svmscore::intake
 
-#endif  // TOOLS_DOCTOR_FIELD_GRAPH_H_
+#endif  // HOST_INTAKE_FIELD_GRAPH_H_

@@ -1,4 +1,4 @@
-#include "tools/doctor/field_graph.h"
+#include "host/intake/field_graph.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include "host/transform/table/inline_table.h"
 #include "host/xml/transcoder.h"
 
-namespace svmscore::tools {
+namespace svmscore::intake {
 namespace {
 
 // A chain of derived fields longer than this is taken to give anything.
@@ -89,16 +89,16 @@ std::vector<std::string> ValueSet::Without(const ValueSet& other, std::size_t co
   return found;
 }
 
-FieldGraph::FieldGraph(const Inspected& inspected) : inspected_(inspected) {
-  for (const Element* field : Children(FindChild(inspected.root, "DataDictionary"), "DataField")) {
+FieldGraph::FieldGraph(const Element* root, const Element* model) : model_(model) {
+  for (const Element* field : Children(FindChild(root, "DataDictionary"), "DataField")) {
     data_.emplace(AttributeText(field, "name"), field);
   }
-  for (const Element* field : Children(FindChild(inspected.model, "MiningSchema"), "MiningField")) {
+  for (const Element* field : Children(FindChild(model, "MiningSchema"), "MiningField")) {
     schema_.emplace(AttributeText(field, "name"), field);
     all_mining_.push_back(field);
   }
-  for (const Element* list : {FindChild(inspected.root, "TransformationDictionary"),
-                              FindChild(inspected.model, "LocalTransformations")}) {
+  for (const Element* list :
+       {FindChild(root, "TransformationDictionary"), FindChild(model, "LocalTransformations")}) {
     for (const Element* field : Children(list, "DerivedField")) {
       derived_.emplace(AttributeText(field, "name"), field);
       all_derived_.push_back(field);
@@ -118,14 +118,16 @@ bool FieldGraph::IsActive(const std::string& name) const {
 
 std::unordered_set<std::string> FieldGraph::Needed(bool outputs) const {
   std::vector<std::string> open;
-  for (const Element* field : inspected_.vectors.Fields()) {
-    const bool reference = svmscore::NameOf(field) == "FieldRef";
-    open.push_back(AttributeText(field, reference ? "field" : "name"));
+  const Element* positions = FindChild(FindChild(model_, "VectorDictionary"), "VectorFields");
+  for (const Element* field : ChildElements(positions)) {
+    const std::string kind = NameOf(field);
+    if (kind == "FieldRef") open.push_back(AttributeText(field, "field"));
+    if (kind == "CategoricalPredictor") open.push_back(AttributeText(field, "name"));
   }
   if (outputs) {
     for (const char* list : {"Output", "ModelVerification"}) {
       const bool verification = *list == 'M';
-      for (std::string& name : References(FindChild(inspected_.model, list), false)) {
+      for (std::string& name : References(FindChild(model_, list), false)) {
         // That records give an input a value does not make it needed.
         if (!verification || Derived(name) != nullptr) open.push_back(std::move(name));
       }
@@ -184,7 +186,7 @@ FieldGraph::Values FieldGraph::Declared(const std::string& name) const {
 FieldGraph::Values FieldGraph::Computed(const Element* derived, int depth) const {
   const Element* expression = ExpressionOf(derived);
   if (expression == nullptr) return nullptr;
-  if (svmscore::NameOf(expression) == "FieldRef") {
+  if (NameOf(expression) == "FieldRef") {
     Values source = ValuesAt(AttributeText(expression, "field"), depth + 1);
     // Text that becomes a number, or a number that becomes text, may change its spelling.
     if (source == nullptr || source->IsNumeric() != IsNumeric(derived)) return nullptr;
@@ -201,7 +203,7 @@ FieldGraph::Values FieldGraph::Computed(const Element* derived, int depth) const
 // What an expression other than a reference gives.
 FieldGraph::Values FieldGraph::FromExpression(const Element* derived,
                                               const Element* expression) const {
-  const std::string kind = svmscore::NameOf(expression);
+  const std::string kind = NameOf(expression);
   auto set = std::make_shared<ValueSet>(IsNumeric(derived));
   if (kind == "Constant") {
     set->Add(ElementText(expression));
@@ -232,4 +234,4 @@ FieldGraph::Values FieldGraph::FromExpression(const Element* derived,
   return set;
 }
 
-}  // namespace svmscore::tools
+}  // namespace svmscore::intake

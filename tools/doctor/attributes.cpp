@@ -1,0 +1,58 @@
+// Attributes that decide nothing, that other readers pass over, or that leave cases without scores.
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "host/output/scheme.h"
+#include "host/text/number_text.h"
+#include "tools/doctor/checks.h"
+
+namespace svmscore::tools {
+namespace {
+
+void CheckThresholds(const Examined& examined, const char* where, FindingList& findings) {
+  const auto check = [&](const Element* element) {
+    const auto threshold = ParseNumber(AttributeText(element, "threshold"));
+    if (!threshold || *threshold == 0.0) return;
+    findings.Add(
+        "threshold-not-used", element,
+        fmt::format("the threshold {} is not compared in {}", FormatNumber(*threshold), where));
+  };
+  check(examined.document.model);
+  for (const MachineNumbers& machine : examined.numbers.machines) check(machine.element);
+}
+
+// 4.0 to 4.2: the versions that have the decision rule and lack the attribute.
+void CheckMaxWins(const Inspected& document, FindingList& findings) {
+  const std::string version = AttributeText(document.root, "version");
+  const bool early =
+      version.starts_with("4.0") || version.starts_with("4.1") || version.starts_with("4.2");
+  if (!early || AttributeText(document.model, "maxWins") != "true") return;
+  findings.Add("max-wins-early", document.model,
+               fmt::format("maxWins stands in a document of version {}", version));
+}
+
+void CheckDegree(const KernelNumbers& kernel, FindingList& findings) {
+  if (kernel.type != KernelNumbers::Type::kPolynomial) return;
+  if (kernel.degree == std::floor(kernel.degree)) return;
+  findings.Add("fractional-degree", kernel.element,
+               fmt::format("the degree is {}", FormatNumber(kernel.degree)));
+}
+
+}  // namespace
+
+void CheckAttributes(const Examined& examined, FindingList& findings) {
+  const Inspected& document = examined.document;
+  CheckDegree(examined.numbers.kernel, findings);
+  if (!document.classification) {
+    CheckThresholds(examined, "a regression", findings);
+    return;
+  }
+  CheckMaxWins(document, findings);
+  const auto scheme = output::SchemeOf(document.model, document.categories.size());
+  if (scheme.method == output::Method::kOneAgainstAll) {
+    CheckThresholds(examined, "a one-against-all model", findings);
+  }
+}
+
+}  // namespace svmscore::tools
