@@ -137,8 +137,8 @@ bool IsReading(const Finding& finding) {
 void WriteFindings(std::string& out, const tools::ModelSummary& summary, bool reading) {
   for (const Finding& finding : FirstOfEachKind(summary.findings)) {
     if (IsReading(finding) != reading) continue;
-    out += fmt::format("  {}{}\n", finding.IsError() ? "error: " : "",
-                   Printable(SentenceOf(finding)));
+    out +=
+        fmt::format("  {}{}\n", finding.IsError() ? "error: " : "", Printable(SentenceOf(finding)));
   }
 }
 

@@ -17,7 +17,7 @@ std::size_t CountChildren(const DOMElement* parent, const char* name) {
 // Counts only where a number is stated.
 template <typename Count>
 void CheckCount(Intake& intake, const DOMElement* element, const char* attribute, const char* what,
-           const Count& count) {
+                const Count& count) {
   const std::string text = AttributeText(element, attribute);
   if (text.empty()) return;
   const std::size_t actual = count();
@@ -28,7 +28,7 @@ void CheckCount(Intake& intake, const DOMElement* element, const char* attribute
 }
 
 void CheckChildCount(Intake& intake, const DOMElement* element, const char* attribute,
-                   const char* name) {
+                     const char* name) {
   CheckCount(intake, element, attribute, name, [&] { return CountChildren(element, name); });
 }
 
@@ -38,16 +38,17 @@ void CheckCounts(Intake& intake) {
   const DOMElement* vectors = intake.ModelChild("VectorDictionary");
   const std::size_t fields = CountVectorFields(intake);
   const auto count_fields = [fields] { return fields; };
-  CheckChildCount(intake, FindChild(intake.Root(), "DataDictionary"), "numberOfFields", "DataField");
+  CheckChildCount(intake, FindChild(intake.Root(), "DataDictionary"), "numberOfFields",
+                  "DataField");
   CheckChildCount(intake, vectors, "numberOfVectors", "VectorInstance");
   CheckCount(intake, FindChild(vectors, "VectorFields"), "numberOfFields", "vector fields",
-        count_fields);
+             count_fields);
   for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
     const DOMElement* support = FindChild(machine, "SupportVectors");
     CheckChildCount(intake, support, "numberOfSupportVectors", "SupportVector");
     CheckCount(intake, support, "numberOfAttributes", "vector fields", count_fields);
     CheckChildCount(intake, FindChild(machine, "Coefficients"), "numberOfCoefficients",
-                  "Coefficient");
+                    "Coefficient");
   }
 }
 

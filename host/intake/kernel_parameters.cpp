@@ -18,7 +18,7 @@ namespace {
 constexpr const char* kNeighbour = "-1.0000000000000002";
 
 constexpr std::array kKernelNames = {"LinearKernelType", "PolynomialKernelType",
-                                 "RadialBasisKernelType", "SigmoidKernelType"};
+                                     "RadialBasisKernelType", "SigmoidKernelType"};
 constexpr std::array kParameters = {"gamma", "coef0", "degree"};
 
 template <typename List>
@@ -43,7 +43,7 @@ DOMElement* FirstKernel(Intake& intake) {
   for (const DOMElement* child = FirstElement(intake.Model()); child != nullptr;
        child = NextElement(child)) {
     const std::string name = NameOf(child);
-    if (!IsKernelName(name) || Holds(kKernels, name)) continue;
+    if (!IsKernelName(name) || Holds(kKernelNames, name)) continue;
     intake.Tell("unknown-kernel", child, "the kernel " + name, NameOf(intake.Model()));
   }
   DOMElement* first = nullptr;
