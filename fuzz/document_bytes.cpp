@@ -1,6 +1,7 @@
 // Any bytes as a document.
 #include "fuzz/put_through.h"
 #include "fuzz/scoring.h"
+#include "fuzz/time_limit.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   svmscore::fuzz::ThePlugin();
@@ -9,6 +10,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace svmscore::fuzz;
+  const TimeLimit limit;
   // What stands at the end of a document decides its cases as well.
   Choices cases = Choices(data, size).SplitOff(1, 4);
   PutThrough({reinterpret_cast<const char*>(data), size}, cases);

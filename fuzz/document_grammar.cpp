@@ -2,6 +2,7 @@
 #include "fuzz/grammar.h"
 #include "fuzz/put_through.h"
 #include "fuzz/scoring.h"
+#include "fuzz/time_limit.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   svmscore::fuzz::ThePlugin();
@@ -10,6 +11,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace svmscore::fuzz;
+  const TimeLimit limit;
   Choices choices(data, size);
   Choices cases = choices.SplitOff(1, 5);
   Choices damage = choices.SplitOff(1, 8);

@@ -1,6 +1,7 @@
 // The packed engine beside the plain kernels, for models and cases of any shape.
 #include "fuzz/choices.h"
 #include "fuzz/promise.h"
+#include "fuzz/time_limit.h"
 #include "svm/kernel/packed/operations.h"
 #include "tests/kernel_packed/sample.h"
 #include "tests/kernel_packed/wide.h"
@@ -103,6 +104,7 @@ void Compare(const sample::Model& model, const sample::Cases& cases, bool with_w
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace svmscore::fuzz;
+  const TimeLimit limit;
   Choices choices(data, size);
   Choices for_cases = choices.SplitOff(1, 4);
   const bool with_wide = for_cases.Byte() % 4 == 0;

@@ -4,6 +4,7 @@
 
 #include "fuzz/grammar.h"
 #include "fuzz/promise.h"
+#include "fuzz/time_limit.h"
 #include "host/model/score_case_record.h"
 #include "host/model/ss_exception.h"
 #include "host/transform/transformation_dictionary.h"
@@ -106,6 +107,7 @@ void Load(const std::string& text, Choices& choices) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace svmscore::fuzz;
+  const TimeLimit limit;
   Choices choices(data, size);
   Choices cases = choices.SplitOff(1, 4);
   Choices damage = choices.SplitOff(1, 8);

@@ -13,6 +13,7 @@
 #include "fuzz/memory_file.h"
 #include "fuzz/promise.h"
 #include "fuzz/scoring.h"
+#include "fuzz/time_limit.h"
 #include "tools/base/bad_input.h"
 
 namespace svmscore::fuzz {
@@ -126,6 +127,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace svmscore::fuzz;
+  const TimeLimit limit;
   // A line of options, then the table.
   const std::uint8_t* line_end = std::find(data, data + std::min<std::size_t>(size, 16), '\n');
   Choices choices(data, static_cast<std::size_t>(line_end - data));

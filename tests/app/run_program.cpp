@@ -54,11 +54,11 @@ pid_t StartProgram(const std::vector<std::string>& arguments, const std::string&
   return Start(WithProgram(arguments), in, out, err);
 }
 
-Ran WaitFor(pid_t program, int seconds) {
+Ran WaitFor(pid_t program, bool may_hang) {
   int status = 0;
   struct rusage usage {};
   constexpr int kLooksASecond = 200;
-  for (int looks = seconds * kLooksASecond; looks > 0; --looks) {
+  for (int looks = may_hang ? 3600 * kLooksASecond : 0; looks > 0; --looks) {
     // Once it has ended, it waits to be asked.
     siginfo_t ended{};
     waitid(P_PID, static_cast<id_t>(program), &ended, WEXITED | WNOHANG | WNOWAIT);

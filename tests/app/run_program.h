@@ -19,8 +19,8 @@ struct Ran {
 // The program on its way, with its three streams at files.
 pid_t StartProgram(const std::vector<std::string>& arguments, const std::string& in,
                    const std::string& out, const std::string& err);
-// Kills a program that has not ended after so many seconds; 0 waits as long as it takes.
-Ran WaitFor(pid_t program, int seconds = 0);
+// Kills a program that still runs after an hour where `may_hang`; else waits as long as it takes.
+Ran WaitFor(pid_t program, bool may_hang = false);
 
 // Runs the program with `input` on standard input.
 Ran RunProgram(const std::vector<std::string>& arguments, const std::string& input = {});

@@ -1,0 +1,12 @@
+// An input that never ends: what the other programs here rely on must report it.
+#include <cstddef>
+#include <cstdint>
+
+#include "fuzz/time_limit.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const svmscore::fuzz::TimeLimit limit(1);
+  for (volatile bool ended = size == 0 || data[0] == '\n'; !ended;) {
+  }
+  return 0;
+}
