@@ -18,9 +18,9 @@ struct BatchCases {
   std::size_t count = 0;
 };
 
-// What becomes of the cases: columns that the caller owns. A null column is not wanted, and one
-// that the model's kind does not compute is filled with its "none". Categories are positions among
-// the categories of the target.
+// The results of the cases, in columns that the caller owns. A null column is not wanted, and one
+// that this kind of model does not compute is filled with the value that means "none". Categories
+// are positions among the categories of the target.
 struct BatchResults {
   long* status = nullptr;        // [count]; 0, or the code of the case's failure. Never null.
   int* category = nullptr;       // [count]; -1: none
@@ -36,16 +36,16 @@ struct BatchResults {
   std::size_t stride = 0;        // of percents and decisions; at least `count`
 };
 
-// A model that scores blocks of cases faster than one case after another. A ScoreModel may be one
-// besides: ask by dynamic_cast. What GetScore yields for a case, this yields to the last bit, for
-// any number of cases at a time, in the rounding mode to nearest. The rules on threads are those of
+// A model that scores blocks of cases faster than one case after another. A ScoreModel may also be
+// one of these: ask by dynamic_cast. The results are those of GetScore to the last bit, for any
+// number of cases at a time, in the rounding mode to nearest. The rules on threads are those of
 // ScoreModel: FixPositions, or the model's first case in GetScore, comes alone; then any number of
-// threads may call. A case that fails leaves the line in the log that GetScore writes.
+// threads may call. A case that fails writes the same line to the log as in GetScore.
 class SVMSCORE_HOST_API BatchModel {
  public:
   virtual ~BatchModel();
 
-  // Numbers that a case comes down to, and decision values that a case gets.
+  // How many entries a case has, and how many decision values it gets.
   // [any thread] Fails: never.
   virtual std::size_t EntryCount() const = 0;
   virtual std::size_t DecisionCount() const = 0;
@@ -53,13 +53,13 @@ class SVMSCORE_HOST_API BatchModel {
   // [any thread] Fails: never.
   virtual std::pair<int, int> DecisionCategories(std::size_t decision) const = 0;
 
-  // Fixes the positions of variables in records, all of them laid out like this one, as the first
-  // case would: nothing is scored. Does nothing where they are fixed.
+  // Fixes the positions of variables in records as the first case would, without scoring anything.
+  // Later records must be laid out like this one. Does nothing where positions are fixed already.
   // [set-up] Lives: the record for the call. Fails: std::bad_alloc.
   virtual void FixPositions(const MCZandor_850::ScoreCaseRecord& record) = 0;
-  // Works out the entries of one case, with `flag` as for GetScore. An error is the status of the
-  // case, which then must not become part of a batch; some entries may have been written. Never
-  // throws.
+  // Computes the entries of one case, with `flag` as for GetScore. Where this fails, the error is
+  // the status of the case, which must not become part of a batch; some entries may have been
+  // written. Never throws.
   // [first case alone] Lives: the record and the entries for the call. Fails: 90027, 90029.
   virtual MCScore::MCStatus ReadCase(const MCZandor_850::ScoreCaseRecord& record, bool flag,
                                      double* entries, std::size_t stride) = 0;

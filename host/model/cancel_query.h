@@ -4,12 +4,13 @@
 
 namespace MCCommon_850 {
 
-// Implemented by an embedding program, which keeps ownership. The computation asks from the thread
-// that it runs on.
+// Implemented by an embedding program.
+// [one thread] the one that computes. Owns: the program. Lives: as long as the computation. Fails:
+// never.
 class MCQueryCancel {
  public:
   virtual ~MCQueryCancel() = default;
-  // True once the user asked for the computation to stop.
+  // True once the user has asked for the computation to stop.
   virtual bool IsCancelled() = 0;
 };
 

@@ -9,25 +9,29 @@ namespace svmscore {
 // From least to most. kPlain is the definition itself, case by case.
 enum class Isa { kPlain = 0, kSse2 = 1, kAvx2 = 2, kAvx512 = 3 };
 
-// Whether this CPU and its operating system run it.
+// Whether this CPU and its operating system support it. [any thread] Fails: never.
 SVMSCORE_HOST_API bool CpuHas(Isa isa);
-// "plain", "sse2", "avx2" or "avx512"
+// "plain", "sse2", "avx2" or "avx512". [any thread] Lives: as long as the process. Fails: never.
 SVMSCORE_HOST_API const char* NameOf(Isa isa);
 
 struct IsaChoice {
-  Isa isa = Isa::kPlain;        // what can be had in any case
-  const char* error = nullptr;  // a sentence where the name that was given cannot be had
+  Isa isa = Isa::kPlain;        // always one that this CPU supports
+  const char* error = nullptr;  // why the name that was given cannot be used; null otherwise
 };
-// The one that `forced` names; the best of this CPU where that is null, "", or cannot be had.
+// The one that `forced` names; the best of this CPU where that is null, "", or cannot be used.
+// [any thread] Lives: the error, as long as the process. Fails: by `error`.
 SVMSCORE_HOST_API IsaChoice ChooseIsa(const char* forced);
 
-// The choice of this process: that of the environment variable SVMSCORE_ISA, which is read when
-// somebody first asks, and no more. Any thread.
+// The choice of this process, by the environment variable SVMSCORE_ISA, which is read once, at the
+// first call. [any thread] Lives: as long as the process. Fails: by `error`.
 SVMSCORE_HOST_API const IsaChoice& ChosenIsa();
-// Throws an SSException (260317) where SVMSCORE_ISA names none that can be had.
+// Checks that the choice of this process is what SVMSCORE_ISA asks for.
+// [any thread] Fails: SSException (260317) where the variable names an instruction set that is
+// unknown or that this CPU lacks; std::bad_alloc.
 SVMSCORE_HOST_API void RequireChosenIsa();
-// For a program that chooses for itself: models that are made from now on compute with `isa`. No
-// other thread may ask meanwhile. REQUIRES: CpuHas(isa).
+// For a program that chooses for itself: models that are made from now on compute with `isa`.
+// REQUIRES: CpuHas(isa), and no other thread calls functions of this file or makes a model.
+// [one thread] of the process. Fails: never.
 SVMSCORE_HOST_API void UseIsa(Isa isa);
 
 }  // namespace svmscore

@@ -19,9 +19,9 @@ struct Message {
 
 constexpr std::array kCatalogue = {
     Message{code::kLacksChildren, "element {0} lacks the child elements that it needs",
-            "add at least one child element of the kind that {0} lists, or export the model anew"},
+            "add at least one child element of the kind that {0} lists, or export the model again"},
     Message{code::kChildMissing, "element {0} is missing in element {1}",
-            "add the element, or export the model anew with a producer that writes it"},
+            "add the element, or export the model again with a producer that writes it"},
     Message{code::kAttributeMissing, "attribute {0} is missing in element {1}",
             "add the attribute"},
     Message{code::kBadValue, "\"{0}\" is not an allowed value of attribute {1} in element {2}",
@@ -39,7 +39,7 @@ constexpr std::array kCatalogue = {
             "use a model that its author released for scoring, or remove the attribute"},
     Message{code::kFileUnreadable, "cannot read {0}: {1}", "check the name and the permissions"},
     Message{code::kNotWellFormed, "the document is not well-formed XML: {0}",
-            "correct the document at this place, or export it anew"},
+            "correct the document at this place, or export it again"},
     Message{code::kExternalEntity,
             "the document refers to the external entity {0}, which is never "
             "read",
@@ -51,27 +51,27 @@ constexpr std::array kCatalogue = {
     Message{code::kNoTarget, "no field of {0} is the model's target",
             "give one MiningField the usageType target (predicted before version 4.2)"},
     Message{code::kNeedsIntake, "the document needs the step {0}: {1}",
-            "export the document anew so that it needs no such step, or allow changes to it"},
+            "export the document again so that it needs no such step, or allow changes to it"},
     Message{code::kUnknownVersion, "version {0} of PMML is not known",
             "export the model in a version from 3.0 to 4.4"},
     Message{code::kDuplicateName, "the name {0} of element {1} is used twice",
             "give the fields different names"},
-    Message{code::kUnknownField, "no field of the name {0} exists, to which element {1} refers",
+    Message{code::kUnknownField, "element {1} refers to the field {0}, which does not exist",
             "correct the name, or declare the field"},
     Message{code::kDerivedCycle, "derived fields are computed from each other in a circle: {0}",
             "break the circle"},
     Message{code::kBadContent, "{0} in element {1}", "correct the document"},
     Message{code::kUnknownFunction, "there is no function {0}",
             "define the function in TransformationDictionary, or use a built-in one"},
-    Message{code::kArgumentCount, "function {0} is given {1} arguments and takes {2}",
+    Message{code::kArgumentCount, "function {0} is given {1} arguments but takes {2}",
             "correct the arguments"},
     Message{code::kInstructionSet, "the instruction set cannot be used: {0}",
             "correct the environment variable SVMSCORE_ISA, or unset it to use the best one"},
     Message{code::kBeyondLimit, "{0} exceeds the limit of {1}",
             "if you trust the document, raise the limit {2} (--limit {2}=NUMBER)"},
-    Message{code::kFieldNotNumeric, "field {0} is of the type {1}, and element {2} needs a number",
-            "encode a text by NormDiscrete derived fields, a date or time by a derived field of a "
-            "dateDaysSince, dateTimeSecondsSince or timeSeconds type, or declare a number"},
+    Message{code::kFieldNotNumeric, "field {0} has the type {1}, but element {2} needs a number",
+            "encode a text by NormDiscrete derived fields, a date or time by a derived field of "
+            "the type dateDaysSince, dateTimeSecondsSince or timeSeconds, or declare a number"},
 };
 
 std::string Fill(const std::string& text, const std::vector<std::string>& parts) {
@@ -93,7 +93,7 @@ std::string Fill(const std::string& text, const std::vector<std::string>& parts)
 class Catalogue : public ScoreContext::IErrorFormater {
  public:
   std::string Sentence(int code, const std::vector<std::string>& parts) const override {
-    // A number's text is refused by 260153 also where it stands in no attribute.
+    // Content that should be a number is refused with 260153 too, though it is not an attribute.
     if (code == code::kBadValue && parts.size() == 1) return '"' + parts[0] + "\" is not a number";
     const Message* message = Find(code);
     if (message != nullptr) return Fill(message->sentence, parts);

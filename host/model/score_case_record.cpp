@@ -55,8 +55,8 @@ InputState InputCaseRecord::TreatMissing(Slot& slot) {
                replacement);
 }
 
-// The order of the steps is that of the standard's links: missing, invalid, outliers. A value that
-// one step settles is not looked at by the next.
+// The steps come in the order that the standard lists: missing, invalid, outliers. Once a step has
+// settled a value, later steps do not look at it.
 InputState InputCaseRecord::Treat(Slot& slot, const ScoreValue& value) {
   const ScoreDictVar& var = *slot.var;
   const FieldTreatment& treatment = var.GetTreatment();
@@ -65,7 +65,7 @@ InputState InputCaseRecord::Treat(Slot& slot, const ScoreValue& value) {
     switch (treatment.invalid) {
       case Invalid::kReturnInvalid:
         return Store(slot, InputState::kInvalid, &value);
-      case Invalid::kAsIs:  // no value of the field's type: there is nothing to take as it is
+      case Invalid::kAsIs:  // not a value of the field's type: there is nothing to take as it is
         return Store(slot, InputState::kMissing, nullptr);
       case Invalid::kAsMissing:
         return TreatMissing(slot);

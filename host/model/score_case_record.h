@@ -14,7 +14,9 @@
 
 namespace MCZandor_850 {
 
-// What models read. A record is used by one thread at a time.
+// What models read.
+// [one thread] for each record. Owns: the record the values that it returns. Lives: those, until
+// the record takes its next case. Fails: never, except by returning -1 or null.
 class SVMSCORE_HOST_API ScoreCaseRecord {
  public:
   virtual ~ScoreCaseRecord();
@@ -24,21 +26,19 @@ class SVMSCORE_HOST_API ScoreCaseRecord {
   virtual bool IsIndexedByPosition() const = 0;
   // Position of a variable, or -1 (also where the record is not indexed by position).
   virtual int GetPosition(const std::string& name) const = 0;
-  // The value, or null where it is missing or the position or name is none of the record's. The
-  // record owns it; it changes with the next case.
+  // The value; null where it is missing, or where the record has no such position or name.
   virtual const ScoreValue* GetValue(int position) const = 0;
   virtual const ScoreValue* GetValue(const std::string& name) const = 0;
-  // The value of a variable: by its case position or by its name, whichever the record goes by.
+  // The value of a variable: by its case position or by its name, whichever the record uses.
   const ScoreValue* GetValueOf(const ScoreDictVar& var) const {
     return IsIndexedByPosition() ? GetValue(var.GetCasePosition()) : GetValue(var.GetName());
   }
 };
 
-// What becomes of a raw value on its way into a record, by the variable's declaration and
-// treatment.
+// What the variable's declaration and treatment make of a raw value on its way into a record.
 enum class InputState { kPresent, kMissing, kInvalid };
 
-// Something worked out from the values of a case.
+// Something computed from the values of a case.
 class SVMSCORE_HOST_API WorkedOut {
  public:
   virtual ~WorkedOut();
@@ -46,19 +46,23 @@ class SVMSCORE_HOST_API WorkedOut {
 
 // A record that a program fills case by case. Setting a value applies the variable's
 // declarations and treatment (missing and invalid values, outliers, replacements), so that
-// models and derived fields see the treated values only. No allocation after the first cases,
-// save for texts longer than any before, and those over a kilobyte.
+// models and derived fields see the treated values only. Nothing is allocated after the first
+// cases, except for texts longer than any before, and those over a kilobyte.
+// [one thread] for each record. Owns: the caller the record. Lives: arguments for the call. Fails:
+// SetText and SetNumber by std::bad_alloc, after which the value must be set again; the others
+// never.
 class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
  public:
-  // Holds a value for each of `variables`, which must outlive it, in their order. With
-  // `replace_missing` a missing value of a variable that has a replacement becomes it.
+  // Holds a value for each of `variables`, in their order. With `replace_missing`, a missing value
+  // of a variable that has a replacement becomes that replacement.
+  // Lives: the variables, longer than the record. Fails: std::bad_alloc.
   InputCaseRecord(std::vector<const ScoreDictVar*> variables, bool by_position,
                   bool replace_missing);
   ~InputCaseRecord() override;
 
   // Makes every value missing (or its replacement).
   void Clear();
-  // Each returns what became of the value. `text` is read by the variable's data type.
+  // Each returns what became of the value. `text` is read as the variable's data type.
   // REQUIRES: 0 <= position < Size().
   InputState SetText(std::size_t position, std::string_view text);
   InputState SetNumber(std::size_t position, double number);
@@ -67,23 +71,24 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
   std::size_t Size() const { return slots_.size(); }
   // True when some value of the present case is invalid.
   bool HasInvalid() const { return invalid_count_ > 0; }
-  // The number of a variable whose present value is one that no declaration or treatment touches;
-  // null for any other, and where `var` is not the variable at its case position. A value that is
-  // found so is neither missing nor invalid.
+  // The number of a variable whose value is one that no declaration or treatment touches; null for
+  // any other, and where `var` is not the variable at its case position. A value found this way is
+  // neither missing nor invalid.
   const double* FindPlainNumber(const ScoreDictVar& var) const {
     const auto index = static_cast<std::size_t>(var.GetCasePosition());
     if (!by_position_ || index >= slots_.size()) return nullptr;
     const Slot& slot = slots_[index];
     return slot.var == &var && slot.holds_plain ? &slot.plain_number : nullptr;
   }
-  // What has been worked out from the present values stays here until one of them changes, so that
-  // it is worked out once a case, whoever needs it.
+  // What has been computed from the present values is kept here until one of them changes, so that
+  // it is computed once for each case, however many need it.
   struct Kept {
     const void* by = nullptr;
     std::unique_ptr<WorkedOut> what;  // null at first
     bool is_current = false;          // false once a value has been set
   };
-  // That of `by`; what another one keeps goes. Belongs to the record, as long as it lives.
+  // What `by` keeps here; what anyone else kept is dropped. Owns: the record. Lives: until someone
+  // else keeps something.
   Kept& KeptBy(const void* by) const {
     if (kept_.by != by) kept_ = {by, nullptr, false};
     return kept_;
@@ -103,11 +108,11 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
     std::unique_ptr<StringValue> text;     // string variables
     const ScoreValue* current = nullptr;   // null where missing
     InputState state = InputState::kMissing;
-    bool takes_plain = false;  // every finite number is a valid value, and stays what it is
+    bool takes_plain = false;  // every finite number is valid and needs no treatment
     bool holds_plain = false;  // such a number is the current value
     double plain_number = 0.0;
   };
-  // Takes the text where it spells a number that needs no treatment.
+  // Stores the text where it is a number that needs no treatment.
   bool StorePlain(Slot& slot, std::string_view text);
   InputState Store(Slot& slot, InputState state, const ScoreValue* value);
   InputState Treat(Slot& slot, const ScoreValue& value);

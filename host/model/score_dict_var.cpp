@@ -109,13 +109,13 @@ bool ScoreDictVar::Declared::Holds(const ScoreValue& value) const {
 
 bool ScoreDictVar::IsMissingValue(const ScoreValue* value) const {
   if (value == nullptr || value->IsMissing()) return true;
-  // A code for "missing" that the mining schema's replacement happens to equal stays a value.
+  // A replacement stays a value even where it equals a code that is declared to mean "missing".
   if (value == GetMissingReplacement()) return false;
   return missing_.Holds(*value);
 }
 
 bool ScoreDictVar::IsValidValue(const ScoreValue* value) const {
-  // Replacements stand for the original input and are taken unchecked.
+  // Replacements take the place of the original input and are not checked.
   if (value == GetMissingReplacement() || value == treatment_.invalid_replacement.get()) {
     return true;
   }

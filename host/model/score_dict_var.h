@@ -28,8 +28,11 @@ struct FieldTreatment {
   bool missing_is_invalid = false;
 };
 
-// Built on one thread while a document is translated; afterwards read by any number of threads.
-// The one exception is the case position, which the first scored case sets.
+// Changed while a document is translated: [set-up]. Read afterwards: [any thread]. Only the case
+// position is set later, by the first scored case.
+// Owns: the dictionary the variable, the variable its categories, treatment and replacement. Lives:
+// what is returned, as long as the variable. Fails: what adds or creates something, by
+// std::bad_alloc; the rest never.
 class SVMSCORE_HOST_API ScoreDictVar {
  public:
   ScoreDictVar(std::string name, svmscore::OpType op_type, svmscore::FieldType type);
@@ -58,14 +61,14 @@ class SVMSCORE_HOST_API ScoreDictVar {
   // Position of the category that `text` spells (a number is compared as a number), or -1.
   int GetCategoryIndexOfText(const std::string& text) const;
   // True for a variable that is not continuous and whose declaration lists no values: then every
-  // value is valid, also after AddCategory.
+  // value is valid, even after AddCategory.
   bool DeclaresNoValues() const;
   // Adds a category with its text. False, with nothing added, for one that equals an earlier
   // category and for a value that is missing or invalid.
   bool AddCategory(const ScoreValue& value, const std::string& text);
-  // Adds a category that the declaration lists: it closes the set of valid values.
+  // Adds a category that the declaration lists: from then on only declared values are valid.
   void DeclareCategory(const std::string& text, const std::string& display);
-  // The text for people of a category: its display text where one was declared, else its text.
+  // How to show a category to people: its display text where one was declared, else its text.
   const std::string& GetCategoryDisplay(std::size_t category) const { return displays_[category]; }
   void SetCategoryDisplay(std::size_t category, std::string display) {
     displays_[category] = std::move(display);
@@ -75,21 +78,21 @@ class SVMSCORE_HOST_API ScoreDictVar {
   void DeclareInterval(const svmscore::Interval& interval) { intervals_.push_back(interval); }
   const std::vector<svmscore::Interval>& GetIntervals() const { return intervals_; }
 
-  // True where the value is missing or a declared missing one; a null pointer is missing.
+  // True where the value is missing or declared to mean missing; a null pointer is missing.
   bool IsMissingValue(const ScoreValue* value) const;
-  // False where the value is marked invalid, is no finite number in a number variable, is declared
-  // invalid, or is outside the declared values and intervals; true throughout for a variable
-  // whose treatment takes invalid values as they are. REQUIRES: value is not null.
+  // False where the value is marked invalid, is not a finite number in a number variable, is
+  // declared invalid, or is outside the declared values and intervals; true throughout for a
+  // variable whose treatment takes invalid values as they are. REQUIRES: value is not null.
   bool IsValidValue(const ScoreValue* value) const;
   // Whether the declared values and intervals allow a value of the field's type, whatever the
   // treatment.
   bool IsDeclaredValid(const ScoreValue& value) const;
 
-  // True for a variable of doubles of which every finite number but the system-missing one is
-  // valid, and no treatment changes one.
+  // True for a variable of type double for which every finite number except the system-missing one
+  // is valid and changed by no treatment.
   bool TakesEveryNumber() const;
 
-  // Takes ownership; replaces and deletes an earlier record.
+  // Replaces and deletes an earlier record. Owns: the variable. Fails: never.
   void SetVarStats(VarStats* stats) { stats_.reset(stats); }
   // Null where a missing value has no replacement.
   const ScoreValue* GetMissingReplacement() const {
@@ -101,16 +104,16 @@ class SVMSCORE_HOST_API ScoreDictVar {
   // Index into case records that are read by position; -1 until the first case sets it.
   void SetCasePosition(int position) { case_position_ = position; }
   int GetCasePosition() const { return case_position_; }
-  // True for an input variable of the same name as a derived field: a caller that asks for it
-  // reads such a variable from the derived values.
+  // True for an input variable that a derived field of the same name hides: a model reads it from
+  // the derived values where the caller asks for that.
   void SetHiddenByDerived(bool hidden) { hidden_by_derived_ = hidden; }
   bool IsHiddenByDerived() const { return hidden_by_derived_; }
 
-  // The name followed by a line end.
+  // Writes the name and a line end. Fails: what the stream throws; std::bad_alloc.
   void Display(std::ostream& os) const;
 
-  // A new value of this variable read from `text` by its data type: invalid where the text does not
-  // spell one, never missing.
+  // A new value of this variable, read from `text` as its data type: invalid where the text is not
+  // of that type, never missing. Owns: the caller.
   std::unique_ptr<ScoreValue> ValueFromText(std::string_view text) const;
 
  protected:

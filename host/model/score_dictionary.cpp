@@ -16,8 +16,8 @@ bool BaseDictionary::AddVar(std::unique_ptr<ScoreDictVar> var) {
 }
 
 bool BaseDictionary::AddVar(const std::string& name, const ScoreDictVar* var) {
-  // A dictionary hands its variables out unconst, because the first case sets their positions;
-  // a borrowed one is treated no differently.
+  // A dictionary hands out variables that are not const, because the first case sets their
+  // positions; borrowed variables are no exception.
   auto* view = const_cast<ScoreDictVar*>(var);
   if (!by_name_.emplace(name, view).second) return false;
   in_order_.push_back(view);

@@ -12,9 +12,11 @@
 
 namespace MCZandor_850 {
 
-// The interface through which models and translators read a dictionary. A dictionary made by a
-// translator is shared between that translator and the model that it is handed to, and lives as
-// long as either; one that the caller made with `new` belongs to the model that it is handed to.
+// The interface through which models and translators read a dictionary. Functions that add:
+// [set-up]. The others: [any thread].
+// Owns: a dictionary made by a translator is shared between that translator and the model that it
+// is handed to; one that the caller made with `new` belongs to the model that it is handed to.
+// Lives: variables, as long as the dictionary. Fails: std::bad_alloc; FindVar never.
 class SVMSCORE_HOST_API ScoreDictionary : public std::enable_shared_from_this<ScoreDictionary> {
  public:
   virtual ~ScoreDictionary();
@@ -31,10 +33,10 @@ class SVMSCORE_HOST_API BaseDictionary : public ScoreDictionary {
   BaseDictionary();
   ~BaseDictionary() override;
 
-  // Takes ownership of a variable; false (and the variable is deleted) when its name is taken.
+  // False, and the variable is deleted, when its name is taken. Owns: the dictionary.
   bool AddVar(std::unique_ptr<ScoreDictVar> var);
-  // Adds a variable that someone else owns, under `name`; it must outlive the dictionary. False
-  // when the name is taken.
+  // Adds a variable that someone else owns under `name`. False when the name is taken.
+  // Lives: the variable, longer than the dictionary.
   bool AddVar(const std::string& name, const ScoreDictVar* var);
 
   ScoreDictVar* FindVar(const std::string& name) const override;

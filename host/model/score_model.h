@@ -20,18 +20,21 @@ class TransformationDictionary;
 // record and result, as soon as the first case has been scored alone: that case fixes the
 // positions at which variables are found in records.
 //
+// Functions that set something: [set-up] Fails: std::bad_alloc. Functions that get something:
+// [any thread] Lives: what is returned, until it is set again or the model goes. Fails: never.
+//
 // The order of the virtual operations is part of the interface.
 class SVMSCORE_HOST_API ScoreModel {
  public:
   enum VarRole { kOtherRole = 0, kTargetRole = 1, kActiveRole = 2 };
-  // What happens to a case with a missing input: replaced by the variable's replacement where it
-  // has one; given a missing prediction; any other value: the case fails.
+  // What happens to a case with a missing input. kReplaceMissing: the variable's replacement is
+  // used where it has one. kPredictMissing: the prediction is missing. Any other: the case fails.
   enum MVPolicy { kReplaceMissing = 0, kPredictMissing = 1, kFailOnMissing = 2 };
 
   virtual ~ScoreModel();
 
-  // The dictionaries and the version record become the model's (see ScoreDictionary for one that is
-  // shared). Null is allowed. An earlier one is released.
+  // Null is allowed. What was set before is released. Owns: the model the dictionaries and the
+  // version record; see ScoreDictionary for shared ones.
   virtual void SetScoreDictionary(ScoreDictionary* dictionary) = 0;
   virtual void SetTransformationScoreDictionary(TransformationDictionary* dictionary) = 0;
   virtual void SetResultScoreDictionary(ScoreDictionary* dictionary) = 0;
@@ -39,29 +42,33 @@ class SVMSCORE_HOST_API ScoreModel {
   virtual void SetVarRole(const std::string& name, VarRole role) = 0;
   virtual void SetMissingValuePolicy(MVPolicy policy) = 0;
   virtual void SetVersionInfo(ScoreVersionInfo* version) = 0;
-  // True: results hold the prediction and nothing else.
+  // With true, results hold the prediction and nothing else.
   virtual void SetPredictionOnly(bool prediction_only) = 0;
   virtual VarRole GetVarRole(const ScoreDictVar* var) const = 0;
   virtual VarRole GetVarRole(const std::string& name) const = 0;
   virtual ScoreVersionInfo* GetVersionInfo() const = 0;
-  // A new dictionary of the variables of a role, which the caller owns; null when there are none.
+  // A new dictionary of the variables of a role; null when there are none.
+  // Owns: the caller. Lives: its variables, as long as the model. Fails: std::bad_alloc.
   virtual BaseDictionary* GetVarsOfRole(VarRole role) const = 0;
   virtual const ScoreDictVar* GetTargetVar() const = 0;
   virtual ScoreDictionary* GetDictionary() const = 0;
   virtual TransformationDictionary* GetTransformationDictionary() const = 0;
   virtual ScoreDictionary* GetResultDictionary() const = 0;
-  // Scores one case. A null `result` is created and then belongs to the caller; any other is filled
-  // in place and must come from this model. With `flag`, inputs that a derived field of the same
-  // name hides are read from the derived values. Never throws.
+  // Scores one case. Where `result` is null a new one is made; any other must come from this model
+  // or be a result class of the host's own, and is filled in place. With `flag`, inputs that a
+  // derived field of the same name hides are read from the derived values.
+  // [first case alone] Owns: the caller the result. Lives: the record for the call; values in the
+  // result as its class says. Fails: 90027, 90029; never throws.
   virtual MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
                                      bool flag) = 0;
   virtual MVPolicy GetMissingValuePolicy() const = 0;
   // 29 classification, 30 regression, 0 before the model is filled.
   virtual int GetModelType() const = 0;
   virtual bool GetPredictionOnly() const = 0;
-  // Writes a description for diagnosis.
+  // Writes a description for diagnosis. Lives: the stream for the call. Fails: what it throws.
   virtual void Display(std::ostream& os) const = 0;
-  // With `owned` false the caller keeps the dictionary, which must outlive the model.
+  // Owns: the model where `owned` is true, as above; else the caller. Lives: a dictionary that the
+  // caller keeps, longer than the model.
   virtual void SetScoreDictionary(ScoreDictionary* dictionary, bool owned) = 0;
 };
 

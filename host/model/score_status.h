@@ -4,10 +4,10 @@
 
 namespace MCScore {
 
-// Code of a case that cannot be scored for lack of a record, of model data, of a target or of an
-// input value.
+// Code of a case that cannot be scored because a record, model data, the target or an input value
+// is missing.
 inline constexpr long kCannotScore = 90029;
-// Code of a case with an invalid input value, or with no decidable outcome.
+// Code of a case with an invalid input value, or whose outcome cannot be decided.
 inline constexpr long kInvalidValue = 90027;
 
 // A value type: copied freely, owns nothing.

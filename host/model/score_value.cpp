@@ -12,12 +12,12 @@ namespace {
 
 constexpr std::size_t kSmallText = 1024;
 
-// Keeps the buffer, unless that would keep far more than the text needs: values live as long as a
-// table is read, one for every column and thread.
+// Keeps the buffer, unless it is far larger than the text needs: values live as long as a table is
+// read, one for every column and thread.
 void Assign(std::string& kept, std::string_view text) {
   if (kept.capacity() > kSmallText && text.size() < kept.capacity() / 4) std::string().swap(kept);
   if (text.empty()) {
-    kept.clear();  // what every number comes to; assigning nothing takes a call
+    kept.clear();  // the case for every number, and cheaper than assigning an empty text
   } else {
     kept.assign(text);
   }

@@ -13,7 +13,9 @@
 namespace MCZandor_850 {
 
 // A value is in one of three states: present, missing, or invalid (something was given, but it
-// cannot be a value of its field). Reading is safe from any number of threads.
+// cannot be a value of its field).
+// Const functions: [any thread]. The others: [one thread] for each value. Fails: std::bad_alloc
+// where a text is made or copied; else never.
 class SVMSCORE_HOST_API ScoreValue {
  public:
   virtual ~ScoreValue();
@@ -23,15 +25,15 @@ class SVMSCORE_HOST_API ScoreValue {
   virtual bool IsInvalid() const = 0;
   // The number; of a text, the number that it spells, or NaN. System-missing where it is missing.
   virtual double GetDouble() const = 0;
-  // What GetDouble leaves of a whole number that no double holds; 0 for all else.
+  // What GetDouble leaves of a whole number that no double holds; 0 for everything else.
   virtual std::int64_t GetRest() const { return 0; }
   // The text; of a number, the text it was given in a document, else its shortest exact form.
   // Empty where the value is missing.
   virtual std::string GetText() const = 0;
   // Two numbers are equal when they compare equal, two texts when their bytes do; a number and a
-  // text never are. A missing or invalid value equals nothing, a null pointer neither.
+  // text never are. Missing and invalid values and null pointers equal nothing.
   virtual bool IsEqual(const ScoreValue* other) const = 0;
-  // A copy that the caller owns.
+  // A copy. Owns: the caller.
   virtual std::unique_ptr<ScoreValue> Clone() const = 0;
 };
 

@@ -11,8 +11,10 @@
 
 namespace MCZandor_850 {
 
-// Silent unless the environment variable SVMSCORE_LOG is set to a level (1 and up: to standard
-// error) or a file is set. A line is written when its level is at most the log's. Any thread.
+// Silent unless the environment variable SVMSCORE_LOG is set to a level (1 and up) or SetLevel is
+// called. Lines go to standard error until a file is set. A line is written when its level is at
+// most the log's.
+// [any thread] Lives: as long as the process. Fails: never, except as SetFile and WriteError say.
 class SVMSCORE_HOST_API ScoringLog {
  public:
   static ScoringLog& GetInstance();
@@ -21,10 +23,10 @@ class SVMSCORE_HOST_API ScoringLog {
   // log is silent. Never throws; an overlong line is cut at 2,000 bytes.
   void TraceText(int level, const char* format, ...) noexcept __attribute__((format(printf, 3, 4)));
 
-  // Level 0 is silence.
+  // Level 0 is silent.
   void SetLevel(int level) { level_.store(level, std::memory_order_relaxed); }
   int GetLevel() const { return level_.load(std::memory_order_relaxed); }
-  // Appends to `path` from now on; false (and nothing changes) when it cannot be opened.
+  // Appends to `path` from now on. Fails: by false when it cannot be opened; nothing changes then.
   bool SetFile(const std::string& path);
   // The system's number for the first failure to write to that file; 0 where there was none.
   int WriteError() const { return write_error_.load(std::memory_order_relaxed); }

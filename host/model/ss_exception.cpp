@@ -8,7 +8,7 @@ namespace MCZandor_850 {
 
 namespace {
 
-// A name or a value may fill a document; a sentence shows as much of it as one can read.
+// A name or a value may be as long as a document; a sentence shows as much as people will read.
 std::vector<std::string> Inserts(const std::vector<std::string>& parts) {
   std::vector<std::string> inserts;
   inserts.reserve(parts.size());

@@ -21,11 +21,12 @@ namespace MCZandor_850 {
 
 namespace ScoreContext {
 
-// Turns a code and its message parts into text.
+// Turns a code and its message parts into text. [any thread] Owns: the caller. Fails:
+// std::bad_alloc.
 class SVMSCORE_HOST_API IErrorFormater {
  public:
   virtual ~IErrorFormater();
-  // What is wrong: one sentence with the parts filled in, no code, no line end.
+  // What is wrong: one sentence with the parts filled in, without code or line end.
   virtual std::string Sentence(int code, const std::vector<std::string>& parts) const = 0;
   // What to do about it: one sentence; empty for an unknown code.
   virtual std::string Remedy(int code, const std::vector<std::string>& parts) const = 0;
@@ -33,12 +34,15 @@ class SVMSCORE_HOST_API IErrorFormater {
 
 }  // namespace ScoreContext
 
-// The host's message catalogue. Lives as long as the process.
+// The host's message catalogue. Lives: as long as the process.
 extern SVMSCORE_HOST_API ScoreContext::IErrorFormater* gErrorFormater;
 
+// [one thread] for each object. Lives: what is returned, until the exception changes or goes.
+// Fails: std::bad_alloc; functions that only return a member never.
 class SVMSCORE_HOST_API SSException : public std::exception {
  public:
-  // `formater` must outlive the exception and its copies; null writes the bare code and parts.
+  // With null, the text is the bare code and parts. Lives: `formater`, longer than the exception
+  // and its copies.
   explicit SSException(ScoreContext::IErrorFormater* formater);
   SSException(const SSException& other);
   SSException& operator=(const SSException& other);
@@ -60,7 +64,7 @@ class SVMSCORE_HOST_API SSException : public std::exception {
   // The sentence, and the place where one was set.
   const char* what() const noexcept override { return text_.c_str(); }
 
-  // The element at fault, while its document lives. Null where it is not known.
+  // The element at fault; null where it is not known. Lives: as long as its document.
   void SetElement(const XERCES_CPP_NAMESPACE::DOMElement* element) { element_ = element; }
   const XERCES_CPP_NAMESPACE::DOMElement* GetElement() const { return element_; }
   // The place in words, for example: element MiningField, line 12; and as data. Forgets the

@@ -9,14 +9,16 @@
 
 namespace MCZandor_850 {
 
+// [set-up] Owns: the variable that it is given to. Fails: std::bad_alloc; getters, for
+// [any thread], never.
 class SVMSCORE_HOST_API VarStats {
  public:
   VarStats();
   ~VarStats();
 
-  // Keeps a copy of its own; null takes the replacement away.
+  // Keeps a copy of `value`; null removes the replacement.
   void SetMissingReplacement(const ScoreValue* value);
-  // Null where there is none. Owned by this record.
+  // Null where there is none. Owns: this record. Lives: until it is set again.
   const ScoreValue* GetMissingReplacement() const { return replacement_.get(); }
 
  private:

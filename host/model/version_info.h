@@ -8,6 +8,8 @@
 
 namespace MCZandor_850 {
 
+// [any thread] Owns: the model that it is given to. Lives: what is returned, as long as this
+// object. Fails: the constructor by std::bad_alloc; the rest never.
 class SVMSCORE_HOST_API ScoreVersionInfo {
  public:
   virtual ~ScoreVersionInfo();

@@ -16,7 +16,7 @@ using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
 constexpr double kSecondsPerDay = 86400.0;
-// About the year 30000: beyond it a number is written as it stands.
+// About the year 30000; later dates are written as plain numbers.
 constexpr double kMostDaysAsText = 1.0e7;
 
 // Reads exactly `width` digits and drops them from `text`.

@@ -1,4 +1,6 @@
 // Dates and times as numbers: proleptic Gregorian calendar, no leap seconds, no time zones.
+// [any thread] Owns: the caller. Fails: the Parse functions by returning nothing for any other
+// text, the Format functions by std::bad_alloc; the rest never.
 #ifndef HOST_TEXT_CALENDAR_H_
 #define HOST_TEXT_CALENDAR_H_
 
@@ -27,10 +29,11 @@ SVMSCORE_HOST_API Date DateOf(std::int64_t days);
 SVMSCORE_HOST_API std::optional<double> ParseDate(std::string_view text);
 // hh:mm:ss with an optional fraction, as seconds since midnight.
 SVMSCORE_HOST_API std::optional<double> ParseTime(std::string_view text);
-// A date, the letter T or a blank, a time; a zone suffix is dropped. Seconds since
-// 1970-01-01T00:00:00.
+// A date, the letter T or a blank, and a time, as seconds since 1970-01-01T00:00:00. A time zone
+// at the end is ignored.
 SVMSCORE_HOST_API std::optional<double> ParseDateTime(std::string_view text);
 
+// The reverse; numbers beyond about the year 30000 are written as plain numbers.
 SVMSCORE_HOST_API std::string FormatDate(double days);
 SVMSCORE_HOST_API std::string FormatTime(double seconds);
 SVMSCORE_HOST_API std::string FormatDateTime(double seconds);

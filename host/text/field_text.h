@@ -1,4 +1,6 @@
-// Texts of typed fields as the numbers that they are kept as.
+// Texts of typed fields, and the numbers that they are kept as.
+// [any thread] Owns: the caller. Fails: by returning nothing; FieldTextFromNumber by
+// std::bad_alloc.
 #ifndef HOST_TEXT_FIELD_TEXT_H_
 #define HOST_TEXT_FIELD_TEXT_H_
 
@@ -14,10 +16,10 @@ namespace svmscore {
 
 // The number that a value of `type` is kept as: a boolean as 0 or 1, a float rounded to 32 bits,
 // dates and times as field_types.h says; an integer's text must be a whole number.
-// Nothing where the text spells no value of the type, or the type is a string.
+// Nothing where the text is not a value of the type, or the type is a string.
 SVMSCORE_HOST_API std::optional<double> NumberFromFieldText(std::string_view text, FieldType type);
 
-// The same, telling whole numbers of an integer field apart beyond 2^53.
+// The same, but whole numbers of an integer field stay distinct beyond 2^53.
 SVMSCORE_HOST_API std::optional<NumberKey> KeyFromFieldText(std::string_view text, FieldType type);
 
 // The reverse: how a number that is kept for `type` is written.

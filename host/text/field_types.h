@@ -1,4 +1,5 @@
 // The kinds of field that a document can declare.
+// [any thread] Lives: texts that are returned, as long as the process. Fails: never.
 #ifndef HOST_TEXT_FIELD_TYPES_H_
 #define HOST_TEXT_FIELD_TYPES_H_
 

@@ -1,4 +1,4 @@
-// Numbers that tell whole numbers of 64 bits apart, which doubles do not beyond 2^53.
+// Numbers that keep all 64-bit whole numbers distinct, as doubles do not beyond 2^53.
 #ifndef HOST_TEXT_NUMBER_KEY_H_
 #define HOST_TEXT_NUMBER_KEY_H_
 
@@ -9,8 +9,8 @@
 
 namespace svmscore {
 
-// The number is the sum of both: the nearest double, and what that leaves of a whole number. The
-// rest is 0 for all numbers but those.
+// The number is the sum of both parts: the nearest double, and what that leaves of a whole number.
+// The rest is 0 unless the number is a whole number that no double holds.
 struct NumberKey {
   double number = 0.0;
   std::int64_t rest = 0;
@@ -23,7 +23,7 @@ inline NumberKey KeyOf(double number) {
 
 inline NumberKey KeyOf(std::int64_t whole) {
   const auto number = static_cast<double>(whole);
-  // 2^63 itself, the nearest double of the largest whole numbers, is none of 64 bits.
+  // The largest whole numbers round to 2^63, which does not fit in 64 bits.
   constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
   if (number >= 0x1p63) return {number, whole - kLargest - 1};
   return {number, whole - static_cast<std::int64_t>(number)};

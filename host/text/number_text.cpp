@@ -43,7 +43,7 @@ std::optional<double> ParseNumber(std::string_view text) {
     text.remove_prefix(1);
     if (text.empty() || text.front() == '-') return std::nullopt;
   }
-  // The library also takes "inf" and "nan"; the grammar does not.
+  // The library also accepts "inf" and "nan"; the grammar does not.
   const std::size_t first = !text.empty() && text.front() == '-' ? 1 : 0;
   if (first >= text.size() || !StartsNumber(text[first])) return std::nullopt;
   double value = 0.0;

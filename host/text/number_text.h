@@ -1,4 +1,6 @@
 // Numbers to text and text to numbers, the same in every locale.
+// [any thread] Owns: the caller. Lives: arguments for the call. Fails: a text that is not such a
+// number gives nothing, null or 0 as stated; a returned std::string, std::bad_alloc.
 #ifndef HOST_TEXT_NUMBER_TEXT_H_
 #define HOST_TEXT_NUMBER_TEXT_H_
 
@@ -21,12 +23,12 @@ SVMSCORE_HOST_API std::optional<double> ParseNumber(std::string_view text);
 SVMSCORE_HOST_API std::optional<std::int64_t> ParseInteger(std::string_view text);
 
 // The value of the longest numeric prefix of the text by the rules of C's strtod in the "C"
-// locale, white space and hexadecimal included; 0 where there is none. `text` ends with a NUL.
+// locale, including white space and hexadecimal; 0 where there is none. `text` ends with a NUL.
 SVMSCORE_HOST_API double NumberPrefix(const char* text);
 
-// Reads a plain decimal number (optional minus sign, digits with at most one point, optional
-// exponent) at `begin`, as far as it goes, with the value of NumberPrefix. Returns its end; null
-// where there is none or its magnitude is beyond the range.
+// Reads the longest plain decimal number (optional minus sign, digits with at most one point,
+// optional exponent) that starts at `begin`; its value is that of NumberPrefix. Returns its end;
+// null where there is no number or its magnitude is out of range.
 SVMSCORE_HOST_API const char* ReadDecimal(const char* begin, const char* end, double& value);
 
 // Truncates toward zero; beyond the range of int it saturates, and NaN gives 0.

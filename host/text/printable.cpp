@@ -19,7 +19,7 @@ void AppendHex(std::uint32_t number, int digits, std::string& out) {
   }
 }
 
-// `character` is one that must not stand as it is; of those beyond ASCII, all have 16 bits.
+// `character` must not be written as it is. All such characters fit in 16 bits.
 void AppendSpelled(std::uint32_t character, std::string& out) {
   out += '\\';
   if (character == '\n') {
@@ -51,7 +51,7 @@ bool IsPlain(std::uint32_t character) {
 
 std::string Shortened(std::string_view text, std::size_t longest) {
   if (text.size() <= longest) return std::string(text);
-  // What a message ends with, the place and what to do, is shorter than what it is about.
+  // More of the beginning is kept: the end of a message, the place and the remedy, is shorter.
   std::size_t head = longest / 4 * 3;
   std::size_t tail = text.size() - longest / 4;
   for (int i = 0; i < 3 && head > 0 && IsContinuation(text[head]); ++i) --head;

@@ -1,4 +1,5 @@
 // Texts of unknown origin, made fit for people to read.
+// [any thread] Owns: the caller. Fails: std::bad_alloc.
 #ifndef HOST_TEXT_PRINTABLE_H_
 #define HOST_TEXT_PRINTABLE_H_
 
@@ -19,9 +20,9 @@ inline constexpr std::size_t kAnyLength = static_cast<std::size_t>(-1);
 // between them. No character of UTF-8 is cut apart.
 SVMSCORE_HOST_API std::string Shortened(std::string_view text, std::size_t longest);
 
-// The same on one line, and with nothing in it that steers a terminal or turns the direction of
-// writing: control characters, marks of direction, separators of lines, and bytes that are not
-// UTF-8 are spelled as in \n, \u202E, \xFF. Made for reading: a backslash stays as it is.
+// The same on one line, without anything that controls a terminal or changes the direction of
+// writing: control characters, direction marks, line separators, and bytes that are not UTF-8 are
+// written as escapes such as \n, \u202E, \xFF. It is meant for people: a backslash is not escaped.
 SVMSCORE_HOST_API std::string Printable(std::string_view text,
                                         std::size_t longest = kLongestMessage);
 

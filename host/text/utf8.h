@@ -1,4 +1,4 @@
-// Telling UTF-8 from other bytes, and reading it.
+// Recognising and decoding UTF-8.
 #ifndef HOST_TEXT_UTF8_H_
 #define HOST_TEXT_UTF8_H_
 

@@ -156,7 +156,7 @@ TEST(BadModel, TellTheModelTheCodeThePlaceAndWhatToDo) {
               "svmscore: " + model +
                   ": [260115] element LinearKernelType is missing in element "
                   "SupportVectorMachineModel (element SupportVectorMachineModel, line 8). Add the "
-                  "element, or export the model anew with a producer that writes it.\n");
+                  "element, or export the model again with a producer that writes it.\n");
   }
   EXPECT_THAT(RunProgram({"score", folder.Path("none.pmml")}).err, HasSubstr("[260301] "));
   EXPECT_EQ(RunProgram({"score", Data("line.pmml"), "--plugin", model}).status, 3);

@@ -155,7 +155,7 @@ TEST(OutputFields, WhatIsWrongIsRefusedByNameAndPlace) {
       {Derive("a", "b") + Derive("b", "1"),
        "output field a refers to b, which stands after it in element OutputField"},
       {Derive("a", "a"), "output field a refers to itself"},
-      {Derive("a", "nobody"), "no field of the name nobody"},
+      {Derive("a", "nobody"), "refers to the field nobody"},
       {"<OutputField name='a'/><OutputField name='a'/>", "a of element OutputField is used twice"},
       {"<OutputField name='a' feature='transformedValue'/>", "there is no expression"},
       {"<OutputField name='a'><Constant>1</Constant><Constant>2</Constant></OutputField>",
@@ -174,7 +174,7 @@ TEST(OutputFields, WhatIsWrongIsRefusedByNameAndPlace) {
   // A field of the dictionary that the mining schema leaves out is none of the model's.
   const std::string unused = "<DataField name='z' optype='continuous' dataType='double'/>$&";
   EXPECT_NE(Refusal(Edit(Chain(Derive("a", "z")), "</DataDictionary>", unused))
-                .find("no field of the name z"),
+                .find("refers to the field z"),
             std::string::npos);
 }
 

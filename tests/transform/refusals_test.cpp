@@ -77,7 +77,7 @@ TEST(Refusals, NamePlaceAndReason) {
 TEST(Refusals, OfCallsNameTheFunctionOrItsArgument) {
   const std::vector<std::vector<std::string>> calls = {
       {"sinus(x)", "260314", "sinus"},
-      {"-(x)", "260315", "- is given 1 arguments and takes 2"},
+      {"-(x)", "260315", "- is given 1 arguments but takes 2"},
       {"if(x)", "260315", "2 to 3"},
       {"avg()", "260315", "1 or more"},
       {"matches('a', '(')", "260313", "no regular expression"},
