@@ -1,6 +1,7 @@
-// Attributes of elements as texts, numbers and what else they spell. A null element has none.
-// Where an attribute is required and absent, 260120 is thrown at the element; where its text is no
-// value of the attribute, 260153.
+// Attributes of elements as texts, numbers and other values. A null element has none.
+// [one thread] for each document. Owns: the caller. Fails: SSException at the element, 260120 where
+// an attribute is required and absent, 260153 where its text is not an allowed value;
+// std::bad_alloc.
 #ifndef HOST_XML_ATTRIBUTES_H_
 #define HOST_XML_ATTRIBUTES_H_
 
@@ -32,12 +33,12 @@ std::optional<OpType> FindOpType(const Element* element, std::string_view name);
 // The range of an Interval element.
 Interval ReadInterval(const Element* element);
 
-// Throws 260153: `value` is not what `attribute` may be.
+// Throws 260153: `value` is not an allowed value of `attribute`.
 [[noreturn]] SVMSCORE_HOST_API void RefuseValue(const Element* element, std::string_view attribute,
                                                 const std::string& value);
-// Throws 260313: `what` is wrong, said as the beginning of a sentence that ends in the element.
+// Throws 260313: `what` is the beginning of a sentence that ends with the name of the element.
 [[noreturn]] void RefuseContent(const Element* element, const std::string& what);
-// Throws 260304: the element is of a kind that its parent cannot hold.
+// Throws 260304: the element is not one that its parent can hold.
 [[noreturn]] void RefuseKind(const Element* element);
 
 }  // namespace svmscore

@@ -31,7 +31,7 @@ using MCZandor_850::SSException;
 using xercesc::DOMElement;
 using xercesc::DOMNode;
 
-// What the parser calls a document that it reads; places are told by line and column.
+// The parser's name for a document that it reads; errors give their place by line and column.
 constexpr const XMLCh* kSystemId = u"document";
 
 void CheckScan(const Limits& limits, const RawScan& scan) {
@@ -40,7 +40,7 @@ void CheckScan(const Limits& limits, const RawScan& scan) {
   if (scan.Found() == RawScan::Problem::kControl) {
     error.PutErrorMessage(
         code::kNotWellFormed,
-        "a control character as NUL; is it XML in the encoding that it declares?");
+        "it contains a control character such as NUL; is it XML in the encoding that it declares?");
   } else if (scan.Found() == RawScan::Problem::kEncoding) {
     error.PutErrorMessage(code::kNotWellFormed, scan.EncodingProblem());
   } else {
@@ -52,7 +52,7 @@ void CheckScan(const Limits& limits, const RawScan& scan) {
   throw error;
 }
 
-// After all was read.
+// Called when everything has been read.
 void CheckEnd(const RawScan& scan) {
   if (!scan.EndsInsideCharacter()) return;
   SSException error(MCZandor_850::gErrorFormater);
@@ -61,8 +61,8 @@ void CheckEnd(const RawScan& scan) {
   throw error;
 }
 
-// A stream as the parser reads it, up to a limit. Fails by ending, for the parser does not clean up
-// after an exception of its source; the reason is thrown by Check.
+// A stream as the parser reads it, up to a limit. On failure it ends early, because the parser does
+// not clean up after an exception of its source; Check then throws the reason.
 class StreamSource : public xercesc::InputSource {
  public:
   StreamSource(std::istream& stream, const std::string& name, const Limits& limits,
@@ -125,7 +125,7 @@ class StreamSource : public xercesc::InputSource {
   mutable std::exception_ptr failed_;
 };
 
-// The library's own handler ends the process.
+// Used because the library's own handler ends the process.
 class PanicThrower : public xercesc::PanicHandler {
  public:
   void panic(const PanicReasons) override { throw std::bad_alloc(); }
@@ -143,7 +143,7 @@ DOMNode* NextInDocument(DOMNode* node, DOMNode* root) {
 }  // namespace
 
 void StartXerces() {
-  // What a failed start leaves half made cannot be started again.
+  // A start that failed half-way cannot be tried again.
   static const bool started = [] {
     try {
       static PanicThrower panic;
@@ -215,7 +215,7 @@ PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& n
   parsed->Take(parser);
   return PmmlDocument(std::move(parsed));
 } catch (const xercesc::OutOfMemoryException&) {
-  throw std::bad_alloc();  // the parser's own exception is none of the standard's
+  throw std::bad_alloc();  // the parser's own exception is not a standard one
 }
 
 PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name,
@@ -234,7 +234,7 @@ PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& 
   parsed->Take(parser);
   return PmmlDocument(std::move(parsed));
 } catch (const xercesc::OutOfMemoryException&) {
-  throw std::bad_alloc();  // the parser's own exception is none of the standard's
+  throw std::bad_alloc();  // the parser's own exception is not a standard one
 }
 
 xercesc::DOMDocument* PmmlDocument::Dom() const {
@@ -267,7 +267,7 @@ long PmmlDocument::LineOf(const DOMElement* element) const {
 void PmmlDocument::Locate(SSException& error) const {
   const DOMElement* element = error.GetElement();
   if (element == nullptr) return;
-  // An element that was made while the document was read stands for the one around it.
+  // An element that was not in the file has the line of the one around it.
   const DOMNode* node = element;
   long line = 0;
   while (node != nullptr && node->getNodeType() == DOMNode::ELEMENT_NODE) {

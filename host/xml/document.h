@@ -8,19 +8,23 @@
 
 #include <xercesc/dom/DOM.hpp>
 
-#include "host/text/api.h"
 #include "host/model/ss_exception.h"
+#include "host/text/api.h"
 #include "host/xml/limits.h"
 
 namespace svmscore {
 
-// Starts Xerces-C on first use and keeps it for the process. Any thread. Where memory runs out in
-// the first call, this and every later one throws std::bad_alloc.
+// Starts Xerces-C on first use and keeps it for the process.
+// [any thread] Fails: std::bad_alloc where memory runs out in the first call, and then in every
+// later one.
 SVMSCORE_HOST_API void StartXerces();
 
 // Parses without validation, DTD loading, external entities or network, and within limits, which
-// travel with the document: LimitsOf(Dom()). Failures are SSExceptions (260301, 260302, 260303,
-// 260304, 260318) whose place names the line where there is one.
+// stay with the document: LimitsOf(Dom()).
+// [one thread] for each document. Owns: the document everything that it returns. Lives: that, as
+// long as the document or the one it is moved into; arguments for the call. Fails: functions that
+// read, by SSException (260301, 260302, 260303, 260304, 260318) whose place names the line where
+// there is one; all but moves, Dom and Name by std::bad_alloc.
 class SVMSCORE_HOST_API PmmlDocument {
  public:
   static PmmlDocument FromFile(const std::string& path, const Limits& limits = {});
@@ -35,12 +39,12 @@ class SVMSCORE_HOST_API PmmlDocument {
   xercesc::DOMDocument* Dom() const;
   const std::string& Name() const;
 
-  // The line on which the element's start tag ends, from 1; 0 for an element that the file does
-  // not hold.
+  // The line on which the element's start tag ends, from 1; 0 for an element that is not in the
+  // file.
   long LineOf(const xercesc::DOMElement* element) const;
   // Fixes the lines of all elements. Call before the tree is changed; later calls do nothing.
   void FixLines() const;
-  // Turns the exception's element into words: element NAME, line N.
+  // Replaces the exception's element, if any, by its place in words: element NAME, line N.
   void Locate(MCZandor_850::SSException& error) const;
 
  private:

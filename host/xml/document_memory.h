@@ -8,8 +8,8 @@
 
 namespace svmscore {
 
-// What the parser and the document allocate. Whatever they have not given back is freed with this
-// object: the parser's library loses blocks where memory runs out half-way through its own
+// Memory for the parser and the document. Whatever they have not given back is freed with this
+// object, because the parser's library leaks blocks where memory runs out half-way through its own
 // constructors. One thread at a time.
 class DocumentMemory : public xercesc::MemoryManager {
  public:
@@ -18,14 +18,14 @@ class DocumentMemory : public xercesc::MemoryManager {
   DocumentMemory(const DocumentMemory&) = delete;
   DocumentMemory& operator=(const DocumentMemory&) = delete;
 
-  // Throws xercesc::OutOfMemoryException, as the library expects of it.
+  // Throws xercesc::OutOfMemoryException, as the library expects.
   void* allocate(XMLSize_t size) override;
   void deallocate(void* memory) override;
   // Exceptions outlive this object.
   xercesc::MemoryManager* getExceptionMemoryManager() override;
 
  private:
-  // Stands before every block.
+  // Precedes every block.
   struct alignas(std::max_align_t) Link {
     Link* previous = this;
     Link* next = this;

@@ -21,7 +21,8 @@ namespace {
 using MCZandor_850::SSException;
 using WideView = std::basic_string_view<XMLCh>;
 
-// What an expansion counts at least, and a default besides its text, in UTF-16 units.
+// The least that an expansion counts, and what a default counts in addition to its text, in UTF-16
+// units.
 constexpr std::uint64_t kLeastExpansion = 250;
 constexpr std::uint64_t kDefault = 500;
 
@@ -81,7 +82,7 @@ void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
   for (XMLSize_t i = 0; i < count; ++i) {
     const std::size_t length = WideView(attributes.elementAt(i)->getValue()).size();
     if (length > limits_.attribute_length) RefuseBeyond(&Limits::attribute_length, name);
-    // An attribute by default takes memory also where it is empty.
+    // A default attribute takes memory even where it is empty.
     Deliver(length + (attributes.elementAt(i)->getSpecified() ? 0 : kDefault));
   }
   CheckElement(name);
@@ -106,13 +107,13 @@ void DocumentParser::doctypeDecl(const xercesc::DTDElementDecl& declaration,
                                  const XMLCh* const public_id, const XMLCh* const system_id,
                                  const bool has_internal, const bool has_external) {
   has_doctype_ = true;
-  // An entity that is declared nowhere might be declared in what is not read. The parser would
-  // leave it out without a word then; so that it does not, nothing more is taken to exist.
+  // An entity that is not declared here might be declared in a DTD that is not read; the parser
+  // would then silently leave it out. Telling it that there is no such DTD makes that an error.
   getScanner()->setHasNoDTD(true);
   XercesDOMParser::doctypeDecl(declaration, public_id, system_id, has_internal, has_external);
 }
 
-// The parser expands parameter entities without counting, so there are none.
+// Parameter entities are refused because the parser expands them without counting.
 void DocumentParser::entityDecl(const xercesc::DTDEntityDecl& entity, const bool is_parameter,
                                 const bool is_ignored) {
   CountDeclaration();
@@ -149,19 +150,19 @@ void DocumentParser::attDef(const xercesc::DTDElementDecl& element,
   XercesDOMParser::attDef(element, attribute, ignoring);
 }
 
-// Entities in the default of an attribute would be expanded without being counted.
+// Refused because entities in the default of an attribute would be expanded without being counted.
 void DocumentParser::startAttList(const xercesc::DTDElementDecl& declaration) {
   if (has_entities_) {
-    RefuseAt(code::kUnsupported, "a declaration of attributes after one of an entity",
+    RefuseAt(code::kUnsupported, "a declaration of attributes after that of an entity",
              fmt::format("line {}", getScanner()->getLocator()->getLineNumber()));
   }
   CountDeclaration();
   XercesDOMParser::startAttList(declaration);
 }
 
-// An attribute is seen only when its entities are expanded. What an expansion adds by itself is at
-// most the longest entity's text, so bounding their number bounds the whole. An empty one takes as
-// much time as some text does.
+// An attribute is seen only once its entities are expanded. One expansion adds at most the longest
+// entity's text, so bounding the number of expansions bounds the total. An empty expansion takes as
+// much time as a short text, and counts as one.
 void DocumentParser::endIntSubset() {
   const std::uint64_t each = std::max(longest_entity_, kLeastExpansion);
   expansions_.setEntityExpansionLimit(static_cast<XMLSize_t>(limits_.entity_expansion / each));
@@ -208,7 +209,7 @@ void DocumentParser::CountDeclaration() {
   if (++declarations_ > limits_.declarations) RefuseBeyond(&Limits::declarations);
 }
 
-// Every character of the document takes at least a byte of it: what is more comes from entities and
+// Every character of the document takes at least one byte of it; any more come from entities and
 // from the defaults of attributes, which only a DOCTYPE declares.
 void DocumentParser::Deliver(XMLSize_t length) {
   delivered_ += length;

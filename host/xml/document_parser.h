@@ -21,16 +21,16 @@ class NoEntities : public xercesc::XMLEntityResolver {
   xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* resource) override;
 };
 
-// Parses one document. Limits are looked at while it is read, so that what exceeds one is refused
+// Parses one document. Limits are checked while it is read, so that whatever exceeds one is refused
 // before it takes memory.
 class DocumentParser : private xercesc::XercesDOMParser {
  public:
-  // The document lives in `memory`. `bytes_read` says how much of it was read so far. All outlive
-  // the parser.
+  // The document lives in `memory`. `bytes_read` says how much has been read so far. All arguments
+  // must outlive the parser.
   DocumentParser(xercesc::MemoryManager* memory, const Limits& limits,
                  const std::uint64_t& bytes_read);
 
-  // Throws SSException, its place in words.
+  // Throws an SSException whose place is in words.
   void Parse(const xercesc::InputSource& source);
 
   // After Parse: the document, which the caller owns, and the lines of its elements in document
@@ -62,9 +62,9 @@ class DocumentParser : private xercesc::XercesDOMParser {
  private:
   void CheckElement(const XMLCh* name);
   void CountDeclaration();
-  // Counts what of the document's text is handed out.
+  // Counts the text that the parser hands out.
   void Deliver(XMLSize_t length);
-  // Throws, with the line that is read now and, where it has one, the element's name.
+  // Throws, with the current line and the element's name, if any.
   [[noreturn]] void RefuseBeyond(Limit limit, const XMLCh* element = nullptr) const;
 
   const Limits& limits_;
@@ -77,7 +77,7 @@ class DocumentParser : private xercesc::XercesDOMParser {
   std::uint64_t vectors_ = 0;
   std::uint64_t declarations_ = 0;
   std::uint64_t declared_attributes_ = 0;
-  std::uint64_t rows_ = 0;  // of the table at hand
+  std::uint64_t rows_ = 0;  // of the current table
   std::uint64_t delivered_ = 0;
   std::uint64_t longest_entity_ = 0;
   bool has_doctype_ = false;

@@ -40,7 +40,7 @@ std::string NameOf(const Element* element) {
 
 bool IsEqual(const XMLCh* text, std::string_view name) {
   if (text == nullptr) return false;
-  // Names are nearly always ASCII: compared in place, without a copy.
+  // Names are nearly always ASCII, which is compared in place, without a copy.
   for (std::size_t i = 0;; ++i) {
     const auto expected = i < name.size() ? static_cast<unsigned char>(name[i]) : 0U;
     if (expected >= 0x80) return ToUtf8(text) == name;

@@ -1,7 +1,8 @@
-// Walking the elements of a document. Names are those that stand in the file, compared letter by
-// letter; `parent` and `element` may be null everywhere, and then have no children and no name.
-// Functions of this folder are for the one thread that works on the document. They own nothing:
-// elements live as long as their document.
+// Walking the elements of a document. Names are compared as they are written in the file; `parent`
+// and `element` may be null everywhere, and then have no children and no name.
+// [one thread] for each document. Owns: the document its elements, the caller all else. Lives:
+// elements, as long as their document. Fails: where a text or a list is returned or a name is not
+// ASCII, by std::bad_alloc; else never.
 #ifndef HOST_XML_ELEMENTS_H_
 #define HOST_XML_ELEMENTS_H_
 
@@ -19,7 +20,7 @@ namespace svmscore {
 using Element = xercesc::DOMElement;
 
 SVMSCORE_HOST_API std::string NameOf(const Element* element);
-// `name` is a text of the parser; null equals nothing.
+// `text` is one of the parser's; null equals nothing.
 SVMSCORE_HOST_API bool IsEqual(const XMLCh* text, std::string_view name);
 SVMSCORE_HOST_API bool IsNamed(const Element* element, std::string_view name);
 

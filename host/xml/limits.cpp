@@ -14,9 +14,9 @@ namespace {
 
 constexpr Limits kUsual;
 
-// The documents with other limits than the usual ones. Beside the documents, for their library
-// allocates when it frees a document that something is attached to. Never destroyed: documents may
-// live on while the process ends.
+// The documents with other limits than the usual ones. Kept apart from the documents because their
+// library allocates when it frees a document that has something attached. Never destroyed:
+// documents may still be freed while the process ends.
 std::mutex unusual_mutex;
 std::map<const xercesc::DOMDocument*, const Limits*>& Unusual() {
   using Map = std::map<const xercesc::DOMDocument*, const Limits*>;

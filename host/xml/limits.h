@@ -8,12 +8,12 @@
 
 #include <xercesc/dom/DOM.hpp>
 
-#include "host/text/api.h"
 #include "host/model/ss_exception.h"
+#include "host/text/api.h"
 
 namespace svmscore {
 
-// Each is the largest number that is let through. docs/reliability.md says what they are for.
+// Each is the largest number that is accepted. docs/reliability.md says what they are for.
 struct Limits {
   std::uint64_t document_size = std::uint64_t{1} << 30;  // bytes
   std::uint64_t element_depth = 2000;                    // the root has depth 1
@@ -26,7 +26,7 @@ struct Limits {
   std::uint64_t entity_expansion = 2000000;                 // UTF-16 units, of a document
   std::uint64_t vectors = 10000000;                         // VectorInstance elements
   std::uint64_t entries = 250000000;                        // of all vectors together
-  std::uint64_t implied_entries = 10000000;                 // those that no text stands for
+  std::uint64_t implied_entries = 10000000;                 // those without a text of their own
   std::uint64_t table_rows = 10000000;                      // of one InlineTable
   std::uint64_t columns = 1000000;                          // cells of one row of a CSV file
   std::uint64_t cell_length = std::uint64_t{8} << 20;       // bytes
@@ -38,26 +38,29 @@ struct Limits {
 using Limit = std::uint64_t Limits::*;
 
 struct LimitName {
-  const char* name;   // by which the program's users raise it
+  const char* name;   // what the program's users call it
   const char* about;  // what is limited, as the beginning of a sentence
   Limit limit;
 };
-// All of them; the texts live as long as the program.
+// [any thread] Lives: as long as the process. Fails: never.
 SVMSCORE_HOST_API std::span<const LimitName> LimitNames();
 SVMSCORE_HOST_API const LimitName& LimitNameOf(Limit limit);
 
-// What to throw where a document exceeds a limit (260318).
+// The exception for a document that exceeds a limit (260318).
+// [any thread] Fails: std::bad_alloc.
 SVMSCORE_HOST_API MCZandor_850::SSException BeyondLimit(const Limits& limits, Limit limit);
 
-// Makes `limits` those of the document's readers, until they are detached, which comes before
-// either of the two goes. Any thread.
+// Makes LimitsOf return `limits` for the document until they are detached, which must happen before
+// either of the two goes.
+// [any thread] Lives: both, until detached. Fails: std::bad_alloc; DetachLimits never.
 void AttachLimits(const xercesc::DOMDocument* document, const Limits& limits);
 void DetachLimits(const xercesc::DOMDocument* document) noexcept;
-// Those with which the document was parsed; the usual ones for a document from elsewhere. Refer to
-// what lives as long as the document.
+// The limits with which the document was parsed; the usual ones for a document from elsewhere.
+// [any thread] Lives: as long as the document. Fails: never.
 SVMSCORE_HOST_API const Limits& LimitsOf(const xercesc::DOMDocument* document);
 
 // Throws BeyondLimit at `element` where `count` exceeds the limit of its document.
+// [any thread] Fails: SSException (260318), std::bad_alloc.
 SVMSCORE_HOST_API void CheckLimit(const xercesc::DOMElement* element, Limit limit,
                                   std::uint64_t count);
 

@@ -14,17 +14,17 @@
 
 namespace svmscore {
 
-// The parser keeps both in tables that it searches from one end to the other, in a time that grows
-// with the square of their number.
+// The parser keeps both in tables that it searches from end to end, so its time grows with the
+// square of their number.
 class NameCount {
  public:
-  // A start tag with the first `count` of these attributes, and the end of its element.
+  // Tell of a start tag with the first `count` of these attributes, and of the end of its element.
   void Open(const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes, XMLSize_t count);
   void Close();
 
-  // Different ones so far, prefixes counted in.
+  // Different ones so far, including prefixes.
   std::uint64_t AttributeNames() const { return names_.size(); }
-  // Different ones so far, or the declarations of all open elements where those are more.
+  // Different ones so far, or the declarations of all open elements if there are more of those.
   std::uint64_t Namespaces() const {
     return std::max<std::uint64_t>(namespaces_.size(), in_force_);
   }

@@ -16,7 +16,7 @@ constexpr std::string_view kOpening = "<?xml";
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// The characters that lie in the same place in all code pages of EBCDIC, and these places.
+// The characters that have the same code in all code pages of EBCDIC, and these codes.
 constexpr std::string_view kShared =
     "\t\r .<(+&*);-/,%_>?:'=\"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 constexpr std::string_view kSharedInEbcdic =
@@ -48,7 +48,7 @@ void DetectUnits(std::string_view bytes, RawEncoding& encoding) {
   }
 }
 
-// The beginning as ASCII, without a byte order mark; DEL stands for whatever is something else.
+// The beginning as ASCII, without a byte order mark; DEL replaces everything that is not ASCII.
 std::string Beginning(std::string_view bytes, const RawEncoding& encoding) {
   std::string text;
   bytes = bytes.substr(0, kLongestDeclaration);
@@ -60,7 +60,7 @@ std::string Beginning(std::string_view bytes, const RawEncoding& encoding) {
     }
     if (i == 0 && c == 0xFEFF) continue;
     if (encoding.ebcdic) {
-      if (c == 0x15 || c == 0x25) c = 0x40;  // which ends a line differs
+      if (c == 0x15 || c == 0x25) c = 0x40;  // line ends: code pages differ over which it is
       const std::size_t place = kSharedInEbcdic.find(static_cast<char>(c));
       text += place == std::string_view::npos ? '\x7F' : kShared[place];
     } else {
@@ -71,7 +71,7 @@ std::string Beginning(std::string_view bytes, const RawEncoding& encoding) {
   return text;
 }
 
-// The value of a declaration's encoding; empty where it has none, or is no declaration.
+// The encoding that a declaration names; empty where it names none or the text is no declaration.
 std::string DeclaredEncoding(std::string_view text) {
   if (!text.starts_with(kOpening)) return {};
   text = text.substr(kOpening.size(), text.find("?>") - kOpening.size());
@@ -92,15 +92,15 @@ bool StartsWithAny(std::string_view name, const auto& beginnings) {
                      [name](std::string_view start) { return name.starts_with(start); });
 }
 
-// A name for units of that many bytes, and of that order if it says one.
+// Whether the name fits units of that many bytes, and that byte order if it states one.
 bool IsWide(std::string_view name, std::size_t unit, bool big_endian) {
   if (name.ends_with(big_endian ? "BE" : "LE")) name.remove_suffix(2);
   if (unit == 2) return name == "UTF-16" || name == "UCS-2" || name == "ISO-10646-UCS-2";
   return name == "UTF-32" || name == "UCS-4" || name == "ISO-10646-UCS-4";
 }
 
-// The parser passes over such a name where the bytes are those of ASCII: what a program kept in
-// memory as UTF-16 is often written to files as UTF-8.
+// The parser ignores such a name where the bytes are those of ASCII: texts that a program kept in
+// memory as UTF-16 are often written to files as UTF-8.
 bool IsAnyWide(std::string_view name) {
   return IsWide(name, 2, true) || IsWide(name, 2, false) || IsWide(name, 4, true) ||
          IsWide(name, 4, false);
@@ -112,8 +112,8 @@ bool IsExact(std::string_view name) {
   return StartsWithAny(name, kExact) && name.find_first_of(",=") == std::string_view::npos;
 }
 
-// Whether the encoding leaves the signs of markup where RawScan looks for them: those that begin
-// the shifts of UTF-7, of HZ and of mail boxes' names stand before them.
+// Whether the encoding leaves markup characters where RawScan looks for them. The text tried begins
+// with characters that start a shift in UTF-7, HZ and the encoding of mailbox names.
 enum class Probe { kKept, kHidden, kUnknown };
 Probe ProbeSigns(const std::string& name, bool ebcdic) try {
   std::string bytes(ebcdic ? kSharedInEbcdic : kShared);
@@ -181,7 +181,7 @@ RawEncoding EncodingOf(std::string_view bytes) {
     const std::string real =
         encoding.unit == 1 ? "UTF-8" : fmt::format("UTF-{}", 8 * encoding.unit);
     encoding.problem =
-        fmt::format("it declares the encoding {}, and its bytes are those of {}{}", declared, real,
+        fmt::format("it declares the encoding {}, but its bytes are those of {}{}", declared, real,
                     encoding.unit == 1    ? ""
                     : encoding.big_endian ? ", high bytes first"
                                           : ", low bytes first");
@@ -192,7 +192,8 @@ RawEncoding EncodingOf(std::string_view bytes) {
   encoding.exact = false;
   if (ProbeSigns(declared, encoding.ebcdic) == Probe::kHidden) {
     encoding.problem = fmt::format(
-        "markup cannot be told in the encoding {} that it declares; write it in UTF-8", declared);
+        "markup cannot be recognised in the encoding {} that it declares; write it in UTF-8",
+        declared);
   }
   return encoding;
 }

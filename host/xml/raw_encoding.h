@@ -1,4 +1,4 @@
-// How the bytes of a document become characters, as far as its beginning tells.
+// How the bytes of a document become characters, as far as its beginning shows.
 #ifndef HOST_XML_RAW_ENCODING_H_
 #define HOST_XML_RAW_ENCODING_H_
 
@@ -9,31 +9,31 @@
 namespace svmscore {
 
 struct RawEncoding {
-  // Bytes of a unit, and which of them comes first.
+  // Bytes in a unit, and which of them comes first.
   std::size_t unit = 1;
   bool big_endian = false;
-  // Units of a byte: where the signs of markup lie.
+  // For units of one byte: whether markup characters have the codes of EBCDIC.
   bool ebcdic = false;
   bool utf8 = false;
-  // Whether each ASCII character is its unit, and such a unit never part of another character.
-  // Otherwise that holds for < = " ' and for letters, digits and blanks, in a document without
+  // Whether each ASCII character is one unit, and such a unit is never part of another character.
+  // Otherwise that holds only for < = " ' and for letters, digits and blanks, in a document without
   // control characters.
   bool exact = true;
-  // What keeps the document from being read; empty where nothing does.
+  // Why the document cannot be read; empty where it can.
   std::string problem;
 };
 
-// Whether the document's first bytes are enough for EncodingOf. They are at the latest when there
-// are kLongestDeclaration.
+// Whether the document's first bytes are enough for EncodingOf. kLongestDeclaration bytes always
+// are.
 bool IsBeginning(std::string_view bytes);
 inline constexpr std::size_t kLongestDeclaration = 8192;
 
-// By the first bytes and the declared encoding, which the parser goes by, after StartXerces(). An
-// encoding that hides markup from whoever does not decode it is a problem, and so is a declaration
-// that the bytes belie; a name that nobody knows is left to the parser.
+// Judges by the first bytes and the declared encoding, as the parser does. An encoding that hides
+// markup from a reader that does not decode it is a problem, and so is a declaration that
+// contradicts the bytes; an unknown name is left to the parser. REQUIRES: StartXerces() was called.
 RawEncoding EncodingOf(std::string_view bytes);
 
-// Whether all code pages of EBCDIC have the character, and have it in one place.
+// Whether the character has the same code in all code pages of EBCDIC.
 bool IsSharedInEbcdic(char c);
 
 }  // namespace svmscore

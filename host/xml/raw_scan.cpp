@@ -11,11 +11,11 @@ constexpr std::string_view kCdata = "![CDATA[";
 constexpr std::string_view kElement = "!ELEMENT";
 constexpr std::string_view kAttributes = "!ATTLIST";
 
-// The signs of markup where characters are not exactly their bytes.
+// The codes of markup characters where the encoding is not exact.
 struct Signs {
   unsigned char less, equals, quote, apostrophe;
   unsigned char line_ends[2];
-  std::string_view blanks;  // but for ends of lines
+  std::string_view blanks;  // except line ends
   std::string_view doctype;
 };
 
@@ -23,14 +23,14 @@ constexpr Signs kAscii = {'<', '=', '"', '\'', {'\n', '\n'}, "\t\r ", "DOCTYPE"}
 constexpr Signs kEbcdic = {
     0x4C, 0x7E, 0x7F, 0x7D, {0x15, 0x25}, "\x05\x0D\x40", "\xC4\xD6\xC3\xE3\xE8\xD7\xC5"};
 
-// Whether a name may end at the character: a parenthesis opens, a comma, a bar; in EBCDIC whatever
-// differs between the code pages, as the bar does.
+// Whether a name may end at the character: an opening parenthesis, a comma, a bar; in EBCDIC
+// any character whose code differs between code pages, as the bar's does.
 bool MaySeparate(unsigned char c, bool ebcdic) {
   if (!ebcdic) return c == '(' || c == ',' || c == '|';
   return c == 0x4D || c == 0x6B || (c >= 0x40 && !IsSharedInEbcdic(static_cast<char>(c)));
 }
 
-// Whether other characters may follow until it is shifted back.
+// Whether the characters after this one may have another meaning until a shift back.
 bool MayShift(unsigned char c, bool ebcdic) {
   if (ebcdic) return c == 0x0E || c == 0x0F || c == 0;
   return c < 0x20 && c != '\t' && c != '\r' && c != '\n';
@@ -78,7 +78,7 @@ void RawScan::ReadDecided(const void* bytes, std::size_t size) {
   const auto* const stop = zero == nullptr ? end : static_cast<const unsigned char*>(zero) + 1;
   while (at != stop && problem_ == Problem::kNone) {
     if (unit == 1 && state_ == State::kText) {
-      // Most of a document is text.
+      // Most of a document is text, which is skipped quickly.
       const auto* tag = static_cast<const unsigned char*>(
           std::memchr(at, '<', static_cast<std::size_t>(stop - at)));
       if (tag == nullptr) tag = zero == nullptr ? stop : stop - 1;
@@ -119,7 +119,7 @@ void RawScan::Take(char32_t c) {
       if (c == quote_) state_ = around_;
       return;
     case State::kSection:
-      // Of the ends only their first character repeats, as in "--->".
+      // Only the first character of an end can repeat, as in "--->".
       if (c == static_cast<unsigned char>(section_end_[matched_])) {
         ++matched_;
       } else if (!(matched_ == 2 && c == static_cast<unsigned char>(section_end_[1]))) {
@@ -200,7 +200,7 @@ void RawScan::TakeOpened(char32_t c) {
     matched_ = 0;
     return;
   }
-  // Another declaration: what its quotation marks hold is no markup yet.
+  // Another declaration: what is inside its quotation marks is not markup yet.
   state_ = State::kDeclaration;
   TakeMarkup(c);
 }

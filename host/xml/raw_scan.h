@@ -1,4 +1,4 @@
-// What must be known of a document's text before the parser looks at it.
+// What must be known about a document's text before the parser reads it.
 #ifndef HOST_XML_RAW_SCAN_H_
 #define HOST_XML_RAW_SCAN_H_
 
@@ -14,17 +14,17 @@
 
 namespace svmscore {
 
-// Counts what the parser takes in one piece before it hands any of it out:
-// - the attributes of a tag, which it compares with each other in a time that grows with their
-//   square, as the quoted values of each tag;
-// - the names that declarations of elements and attributes list, which take it some hundred bytes
-//   each.
-// What comments, CDATA sections and instructions hold is neither. Also notes NUL characters, at
-// which the parser would take the document for ended.
+// Counts what the parser reads in one piece before it hands any of it out:
+// - the attributes of a tag, counted by their quoted values: the parser compares them with each
+//   other, in a time that grows with the square of their number;
+// - the names that declarations of elements and attributes list, which take the parser some hundred
+//   bytes each.
+// The content of comments, CDATA sections and processing instructions is not counted. Also notes
+// NUL characters, at which the parser would take the document to end.
 //
 // Where the encoding is not exact (RawEncoding), counts coarsely: as an attribute each quotation
-// mark after an equals sign, wherever it stands, for a value never holds a "<"; and after DOCTYPE
-// whatever may separate names. Characters that shift to other ones are noted there as NUL is.
+// mark after an equals sign, wherever it appears, because a value never contains "<"; and after
+// DOCTYPE every character that may separate names. Shift characters are noted there, as NUL is.
 class RawScan {
  public:
   enum class Problem { kNone, kAttributes, kDeclarations, kControl, kEncoding };
@@ -34,17 +34,17 @@ class RawScan {
         most_listed_(limits.declarations > UINT64_MAX / 10 ? UINT64_MAX
                                                            : 10 * limits.declarations) {}
 
-  // The next bytes of the document, after StartXerces(). Those of its declaration are looked at
-  // when it has ended.
+  // Reads the next bytes of the document. Those of its declaration are examined once it has ended.
+  // REQUIRES: StartXerces() was called.
   void Read(const void* bytes, std::size_t size);
   // The next units of a text.
   void Read(const XMLCh* text, std::size_t size);
-  // The first problem, and the line on which it shows, from 1.
+  // The first problem, and the line on which it appears, from 1.
   Problem Found() const { return problem_; }
   std::uint64_t Line() const { return line_; }
-  // Of the encoding.
+  // What is wrong with the encoding.
   const std::string& EncodingProblem() const { return encoding_.problem; }
-  // Whether what was read ends inside a unit, or inside a character of UTF-8.
+  // Whether the bytes read so far end inside a unit, or inside a character of UTF-8.
   bool EndsInsideCharacter() const;
 
  private:
@@ -60,16 +60,15 @@ class RawScan {
 
   std::uint64_t most_attributes_;
   std::uint64_t most_listed_;
-  std::uint64_t attributes_ = 0;  // of the tag at hand
+  std::uint64_t attributes_ = 0;  // of the current tag
   std::uint64_t listed_ = 0;      // in all declarations
-  bool lists_ =
-      false;  // the declaration at hand is one that lists names; coarsely, DOCTYPE was seen
+  bool lists_ = false;            // the current declaration lists names; coarsely, DOCTYPE was seen
   std::uint64_t line_ = 1;
   Problem problem_ = Problem::kNone;
   State state_ = State::kText;
-  State around_ = State::kTag;  // what the value at hand stands in
+  State around_ = State::kTag;  // what the current value is part of
   char32_t quote_ = 0;
-  std::string_view section_end_;  // of the section at hand
+  std::string_view section_end_;  // of the current section
   std::size_t matched_ = 0;       // of its end, or of its beginning; coarsely, of DOCTYPE
   char beginning_[8] = {};
   bool decided_ = false;  // on the encoding; until then `waiting_` holds what was read

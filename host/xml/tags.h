@@ -1,4 +1,5 @@
 // The names of elements, attributes and fixed values in documents.
+// [any thread] Lives: as long as the process, from its start on.
 #ifndef HOST_XML_TAGS_H_
 #define HOST_XML_TAGS_H_
 

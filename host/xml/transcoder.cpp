@@ -17,8 +17,8 @@ std::string ToUtf8(const XMLCh* text) {
 
 namespace {
 
-// Cuts each unit to its low byte and returns which bits any of them had: by local pointers that do
-// not alias, so that the compiler takes many units at once.
+// Cuts each unit to its low byte and returns the union of their bits. The pointers do not alias, so
+// the compiler can handle many units at once.
 XMLCh CutToBytes(const XMLCh* __restrict from, std::size_t size, char* __restrict to) {
   XMLCh seen = 0;
   for (std::size_t i = 0; i < size; ++i) {
@@ -37,7 +37,7 @@ std::string ToUtf8(const XMLCh* text, std::size_t size) try {
   const xercesc::TranscodeToStr utf8(text, size, "UTF-8");
   return {reinterpret_cast<const char*>(utf8.str()), utf8.length()};
 } catch (const xercesc::OutOfMemoryException&) {
-  throw std::bad_alloc();  // the parser's own exception is none of the standard's
+  throw std::bad_alloc();  // the parser's own exception is not a standard one
 }
 
 std::basic_string<XMLCh> ToUtf16(const std::string& text) try {

@@ -1,4 +1,6 @@
 // Conversion between the parser's UTF-16 texts and UTF-8.
+// [any thread], ElementText [one thread] for each document. Owns: the caller. Lives: arguments for
+// the call. Fails: std::bad_alloc.
 #ifndef HOST_XML_TRANSCODER_H_
 #define HOST_XML_TRANSCODER_H_
 
@@ -15,8 +17,8 @@ SVMSCORE_HOST_API std::string ToUtf8(const XMLCh* text);
 SVMSCORE_HOST_API std::string ToUtf8(const XMLCh* text, std::size_t size);
 SVMSCORE_HOST_API std::basic_string<XMLCh> ToUtf16(const std::string& text);
 // The text content of an element as UTF-8: its texts and CDATA sections and those of the elements
-// and entity references inside it, without comments. Unlike the DOM's own getTextContent it takes
-// no memory of the document.
+// and entity references inside it, without comments. Unlike the DOM's own getTextContent it uses
+// none of the document's memory.
 SVMSCORE_HOST_API std::string ElementText(const xercesc::DOMNode* element);
 
 }  // namespace svmscore

@@ -12,8 +12,8 @@ using xercesc::DOMNode;
 
 namespace {
 
-// Whether four units in a row are digits: the high twelve bits are those of '0', and still are when
-// 6 is added.
+// Whether four units in a row are digits: the high twelve bits are those of '0', also after adding
+// 6.
 bool AreFourDigits(const XMLCh* at) {
   constexpr std::uint64_t kHigh = 0xFFF0FFF0FFF0FFF0, kZeros = 0x0030003000300030;
   std::uint64_t units = 0;
@@ -27,8 +27,8 @@ const XMLCh* SkipDigits(const XMLCh* at, const XMLCh* end) {
   return at;
 }
 
-// The end of the decimal number that begins at `at`; null where none does. Sets `large` where it
-// may be beyond the range.
+// The end of the decimal number that begins at `at`; null where none does. Sets `large` where the
+// number may be out of range.
 const XMLCh* NumberEnd(const XMLCh* at, const XMLCh* end, bool& large) {
   const XMLCh* const begin = at;
   if (at != end && (*at == u'+' || *at == u'-')) ++at;

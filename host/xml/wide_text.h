@@ -17,7 +17,7 @@ using WideText = std::basic_string<XMLCh>;
 // The name is ASCII.
 WideView AttributeView(const Element* element, std::string_view name);
 
-// The element's joined text: borrowed where it is one piece, else put together in `joined`.
+// The element's whole text: borrowed where it is one piece, else put together in `joined`.
 WideView TextView(const Element* element, WideText& joined);
 
 bool IsBlank(XMLCh c);
@@ -25,8 +25,8 @@ bool IsBlank(XMLCh c);
 WideView NextWord(WideView& text);
 // Whether the whole word is a number of the XML double grammar.
 bool IsNumber(WideView word);
-// How many words the text has, all of them such numbers; else nothing, and the first other word in
-// `offender`. Sets `large` where one of them may not be finite.
+// The number of words if all of them are such numbers; else nothing, with the first word that is
+// not in `offender`. Sets `large` where one of them may not be finite.
 std::optional<std::size_t> CountNumbers(WideView text, WideView& offender, bool& large);
 std::string Narrow(WideView text);
 

@@ -49,7 +49,7 @@ TEST(Encodings, AreReadAsDeclared) {
 
 TEST(Encodings, ThatHideMarkupOrAreBeliedAreRefused) {
   const std::string hidden =
-      "260302 the document is not well-formed XML: markup cannot be told in "
+      "260302 the document is not well-formed XML: markup cannot be recognised in "
       "the encoding ";
   const std::string belied =
       "260302 the document is not well-formed XML: it declares the encoding ";
