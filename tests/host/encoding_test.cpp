@@ -47,11 +47,11 @@ TEST(Encodings, AreReadAsDeclared) {
   EXPECT_EQ(TextOf("<?xml-stylesheet href='encoding'?><a>b</a>"), "b");
 }
 
-TEST(Encodings, ThatHideMarkupOrAreBeliedAreRefused) {
+TEST(Encodings, ThatHideMarkupOrContradictTheirBytesAreRefused) {
   const std::string hidden =
       "260302 the document is not well-formed XML: markup cannot be recognised in "
       "the encoding ";
-  const std::string belied =
+  const std::string contradicted =
       "260302 the document is not well-formed XML: it declares the encoding ";
   for (const char* encoding :
        {"UTF-7", "HZ", "IMAP-mailbox-name", "IBM037", "UTF16_PlatformEndian", "UTF-16,version=1"}) {
@@ -68,10 +68,11 @@ TEST(Encodings, ThatHideMarkupOrAreBeliedAreRefused) {
       {"UTF-32BE", "UTF-8"}};
   for (const auto& [real, declared] : pairs) {
     EXPECT_THAT(TextOf(Encoded(real, Declaring(declared, "<a/>"))),
-                HasSubstr(belied + declared + ", and its bytes are those of " +
+                HasSubstr(contradicted + declared + ", but its bytes are those of " +
                           std::string(real).substr(0, 6)));
   }
-  EXPECT_THAT(TextOf("\xEF\xBB\xBF" + Declaring("UTF-7", "<a/>")), HasSubstr(belied + "UTF-7"));
+  EXPECT_THAT(TextOf("\xEF\xBB\xBF" + Declaring("UTF-7", "<a/>")),
+              HasSubstr(contradicted + "UTF-7"));
   EXPECT_THAT(TextOf("<?xml version='1.0'" + std::string(9000, ' ') + "?><a/>"),
               HasSubstr("its XML declaration does not end within 8192 characters"));
   EXPECT_THAT(TextOf(InEncoding("ISO-2022-JP", "<a>\u4E2D</a>")), HasSubstr("a control character"));
