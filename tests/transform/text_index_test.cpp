@@ -19,7 +19,7 @@ std::string Index(const std::string& attributes, const std::string& term,
          "<Constant dataType='string'>" + term + "</Constant></TextIndex>";
 }
 
-std::string Compute(const std::string& index, const Case& values) {
+std::string Indexed(const std::string& index, const Case& values) {
   return Loaded(Document(DataField("t", "string") + DataField("term", "string"),
                          DerivedField("d", "double", index)))
       .Derive("d", values);
@@ -42,7 +42,7 @@ struct Count {
 
 void Check(const std::vector<Count>& counts) {
   for (const auto& [attributes, term, text, expected] : counts) {
-    EXPECT_EQ(Compute(Index(attributes, term), {{"t", text}}), expected)
+    EXPECT_EQ(Indexed(Index(attributes, term), {{"t", text}}), expected)
         << attributes << ": " << term << " in " << text;
   }
 }
@@ -59,8 +59,8 @@ TEST(TextIndex, CountsTheTermsWords) {
 }
 
 TEST(TextIndex, TellsMissingFromEmptyTexts) {
-  EXPECT_EQ(Compute(Index("", "a"), {}), "missing");
-  EXPECT_EQ(Compute(Index("", "a"), {{"t", ""}}), "0");
+  EXPECT_EQ(Indexed(Index("", "a"), {}), "missing");
+  EXPECT_EQ(Indexed(Index("", "a"), {{"t", ""}}), "0");
   EXPECT_EQ(ByField("").Derive("d", {{"t", "a b a"}}), "missing");
   EXPECT_EQ(ByField("").Derive("d", {{"t", "a b a"}, {"term", "a"}}), "2");
 }
@@ -158,33 +158,33 @@ TEST(TextIndex, NormalisesTheText) {
   const std::string stems = Step("", {"interfaces?;interface;true", "is|are|seem(s?|ed?);be;true",
                                       "user friendl(y|iness);user_friendly;true"});
   const std::string merged = Step("recursive='true'", {"interface be;ui"});
-  EXPECT_EQ(Compute(Index("", "ui user_friendly", stems + merged),
+  EXPECT_EQ(Indexed(Index("", "ui user_friendly", stems + merged),
                     {{"t",
                       "Testing the app for a few days convinced me the interfaces are "
                       "User friendliness"}}),
             "1");
   // Without an expression, signs stand for themselves; case follows the index.
-  EXPECT_EQ(Compute(Index("", "c", Step("", {"a.b$;c"})), {{"t", "A.B$ axb$"}}), "1");
+  EXPECT_EQ(Indexed(Index("", "c", Step("", {"a.b$;c"})), {{"t", "A.B$ axb$"}}), "1");
   // Where edits are allowed, a row replaces words that come near to it.
-  EXPECT_EQ(Compute(Index("maxLevenshteinDistance='1'", "zzz", Step("", {"colour;zzz"})),
+  EXPECT_EQ(Indexed(Index("maxLevenshteinDistance='1'", "zzz", Step("", {"colour;zzz"})),
                     {{"t", "color, colours culor"}}),
             "2");
   EXPECT_EQ(
-      Compute(Index("", "zzz", Step("maxLevenshteinDistance='1'", {"ab;zzz"})), {{"t", "abc,b x"}}),
+      Indexed(Index("", "zzz", Step("maxLevenshteinDistance='1'", {"ab;zzz"})), {{"t", "abc,b x"}}),
       "0");
 }
 
 TEST(TextIndex, GivesUpOnStepsWithoutEnd) {
   // One round may make a text much longer.
   const std::string sevens(3000, '7');
-  EXPECT_EQ(Compute(Index("", "seven", Step("recursive='true'", {"7; seven "})), {{"t", sevens}}),
+  EXPECT_EQ(Indexed(Index("", "seven", Step("recursive='true'", {"7; seven "})), {{"t", sevens}}),
             "3000");
-  EXPECT_EQ(Compute(Index("", "a", Step("recursive='true'", {"a;aa"})), {{"t", "a"}}), "invalid");
+  EXPECT_EQ(Indexed(Index("", "a", Step("recursive='true'", {"a;aa"})), {{"t", "a"}}), "invalid");
   EXPECT_EQ(
-      Compute(Index("", "a", Step("recursive='true'", {"^(.)(.*)$;$2$1;true"})), {{"t", "abc"}}),
+      Indexed(Index("", "a", Step("recursive='true'", {"^(.)(.*)$;$2$1;true"})), {{"t", "abc"}}),
       "invalid")
       << "a rotation";
-  EXPECT_EQ(Compute(Index("", "b", Step("recursive='true'", {"aa;a", "a;b"})), {{"t", "aaaaaaaa"}}),
+  EXPECT_EQ(Indexed(Index("", "b", Step("recursive='true'", {"aa;a", "a;b"})), {{"t", "aaaaaaaa"}}),
             "0");
   std::vector<std::string> chain;
   for (int i = 0; i < 3000; ++i) {
@@ -192,7 +192,7 @@ TEST(TextIndex, GivesUpOnStepsWithoutEnd) {
   }
   std::string words;
   for (int i = 0; i < 3000; ++i) words += "w0 ";
-  EXPECT_EQ(Compute(Index("", "w1", Step("recursive='true'", chain)), {{"t", words}}), "invalid");
+  EXPECT_EQ(Indexed(Index("", "w1", Step("recursive='true'", chain)), {{"t", words}}), "invalid");
 }
 
 TEST(TextIndex, RefusesWhatItCannotDo) {
