@@ -1,6 +1,6 @@
 #include "host/intake/fields.h"
 
-#include "host/transform/build.h"
+#include "host/transform/build_dictionary.h"
 #include "host/xml/edit.h"
 #include "host/xml/elements.h"
 

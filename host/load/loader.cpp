@@ -7,7 +7,7 @@
 #include "host/model/instruction_set.h"
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
-#include "host/transform/program.h"
+#include "host/transform/derived_fields.h"
 #include "host/transform/transformation_dictionary.h"
 #include "host/xml/attributes.h"
 

@@ -5,7 +5,7 @@
 #include "host/model/score_status.h"
 #include "host/model/scoring_log.h"
 #include "host/output/output_reader.h"
-#include "host/transform/program.h"
+#include "host/transform/derived_fields.h"
 #include "host/transform/value/conversion.h"
 
 namespace svmscore::output {

@@ -1,7 +1,7 @@
 // Constant and FieldRef.
 #include <utility>
 
-#include "host/transform/compile.h"
+#include "host/transform/compile_expression.h"
 #include "host/transform/value/conversion.h"
 #include "host/xml/transcoder.h"
 

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/transform/compile.h"
+#include "host/transform/compile_expression.h"
 #include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {

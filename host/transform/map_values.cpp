@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "host/model/scoring_log.h"
-#include "host/transform/compile.h"
+#include "host/transform/compile_expression.h"
 #include "host/transform/table/inline_table.h"
 #include "host/transform/table/table_index.h"
 #include "host/transform/value/conversion.h"

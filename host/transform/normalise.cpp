@@ -6,7 +6,7 @@
 
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
-#include "host/transform/compile.h"
+#include "host/transform/compile_expression.h"
 #include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {

@@ -8,12 +8,12 @@
 
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
-#include "host/transform/compile.h"
+#include "host/transform/compile_expression.h"
+#include "host/transform/read_word_rules.h"
 #include "host/transform/text/unicode.h"
-#include "host/transform/text/words.h"
+#include "host/transform/text/word_matching.h"
 #include "host/transform/text_normalisation.h"
 #include "host/transform/value/conversion.h"
-#include "host/transform/word_rules.h"
 
 namespace svmscore::transform {
 namespace {
@@ -43,7 +43,7 @@ class TextIndex : public Expression {
     const Value* fixed = term_->Fixed();
     if (fixed != nullptr && fixed->IsPresent()) {
       Arena pool;
-      Work work;
+      WorkBudget work;
       fixed_term_ = rules_.Split(TextOf(*fixed, pool), work);
     }
   }
@@ -54,7 +54,7 @@ class TextIndex : public Expression {
     if (value.IsMissing() || (!fixed_term_ && term.IsMissing())) return Value::Missing();
     if (value.IsInvalid() || term.IsInvalid()) return Value::Invalid();
     std::string text(TextOf(value, frame.arena));
-    Work work;
+    WorkBudget work;
     for (const TextNormalisation& step : normalisations_) {
       if (!step.Run(text, work)) return Value::Invalid();
     }
@@ -93,7 +93,7 @@ class TextIndex : public Expression {
   }
 
   // Nothing where the work is spent.
-  std::optional<std::size_t> Count(const Words& text, const Words& term, Work& work) const {
+  std::optional<std::size_t> Count(const Words& text, const Words& term, WorkBudget& work) const {
     std::size_t count = 0;
     int best = rules_.MostEdits();
     if (term.empty()) return 0;

@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "host/transform/read_word_rules.h"
 #include "host/transform/table/inline_table.h"
-#include "host/transform/word_rules.h"
 
 namespace svmscore::transform {
 namespace {
@@ -60,7 +60,7 @@ void TextNormalisation::AddRow(const Element* row, const std::string& in, const 
                            "\" has a dollar sign that is neither doubled nor before a digit");
   }
   if (!regex && rules_.MostEdits() > 0) {
-    Work work;
+    WorkBudget work;
     made.words = rules_.Split(in, work).value_or(Words());
   }
   std::string error;
@@ -71,7 +71,7 @@ void TextNormalisation::AddRow(const Element* row, const std::string& in, const 
   rows_.push_back(std::move(made));
 }
 
-bool TextNormalisation::ReplaceWords(const Row& row, std::string& text, Work& work) const {
+bool TextNormalisation::ReplaceWords(const Row& row, std::string& text, WorkBudget& work) const {
   const auto words = rules_.Split(text, work);
   if (!words) return false;
   std::string result;
@@ -93,7 +93,7 @@ bool TextNormalisation::ReplaceWords(const Row& row, std::string& text, Work& wo
   return true;
 }
 
-bool TextNormalisation::RunRow(const Row& row, std::string& text, Work& work) const {
+bool TextNormalisation::RunRow(const Row& row, std::string& text, WorkBudget& work) const {
   if (!row.words.empty()) return ReplaceWords(row, text, work);
   auto replaced = row.regex ? row.pattern->Replace(text, row.replacement, work)
                             : row.pattern->ReplaceLiteral(text, row.replacement, work);
@@ -102,7 +102,7 @@ bool TextNormalisation::RunRow(const Row& row, std::string& text, Work& work) co
   return true;
 }
 
-bool TextNormalisation::Run(std::string& text, Work& work) const {
+bool TextNormalisation::Run(std::string& text, WorkBudget& work) const {
   const std::size_t longest = 4 * text.size() + kMostGrowth;
   const std::size_t most_bytes = kMostRounds * rows_.size() * (text.size() + kShortText);
   std::size_t bytes = 0;

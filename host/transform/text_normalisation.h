@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/transform/text/pattern.h"
-#include "host/transform/text/words.h"
+#include "host/transform/text/word_matching.h"
 #include "host/xml/attributes.h"
 
 namespace svmscore::transform {
@@ -18,7 +18,7 @@ class TextNormalisation {
 
   // Replaces every occurrence of each row's text in `text`, row by row; with recursive="true" again
   // and again until nothing changes. False where the work is spent, or there seems to be no end.
-  bool Run(std::string& text, Work& work) const;
+  bool Run(std::string& text, WorkBudget& work) const;
 
  private:
   struct Row {
@@ -28,9 +28,9 @@ class TextNormalisation {
     std::string replacement;
   };
   void AddRow(const Element* row, const std::string& in, const std::string& out, bool regex);
-  bool RunRow(const Row& row, std::string& text, Work& work) const;
+  bool RunRow(const Row& row, std::string& text, WorkBudget& work) const;
   // Replaces sequences of words that few enough edits would make the row's.
-  bool ReplaceWords(const Row& row, std::string& text, Work& work) const;
+  bool ReplaceWords(const Row& row, std::string& text, WorkBudget& work) const;
 
   WordRules rules_;
   bool recursive_;

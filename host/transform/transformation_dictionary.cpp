@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-#include "host/transform/program.h"
+#include "host/transform/derived_fields.h"
 
 namespace MCZandor_850 {
 

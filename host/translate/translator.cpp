@@ -9,7 +9,7 @@
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
 #include "host/text/number_text.h"
-#include "host/transform/build.h"
+#include "host/transform/build_dictionary.h"
 #include "host/xml/descendants.h"
 #include "host/xml/document.h"
 #include "host/xml/elements.h"

@@ -162,7 +162,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // 1 / (1 + exp(f a + b)), without overflow. In [0, 1], or NaN.
   double ComputeVEMAZValue(double f, double a, double b);
 
-  // --- Diagnosis (display.cpp) ---
+  // --- Diagnosis (model_display.cpp) ---
 
   // [any thread] Lives: the stream for the call. Fails: what the stream throws.
   void Display(std::ostream& os) const override;
@@ -196,7 +196,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // with nothing written, where the model computes none.
   bool IntervalAround(double value, double& std_dev, double& lower, double& upper) const;
   // Packs the machines of the data that the model holds; without an engine where they are not such
-  // as the engine takes (engine.cpp).
+  // as the engine takes (engine_setup.cpp).
   void SetUpEngine(const SVMConst::KernelParameters& kernel);
   // Whether the data still are what the engine was made of, as far as their number goes.
   bool EngineFits() const;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "host/model/score_dict_var.h"
-#include "host/transform/program.h"
+#include "host/transform/derived_fields.h"
 #include "tests/transform/call_text.h"
 #include "tests/transform/fixture.h"
 

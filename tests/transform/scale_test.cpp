@@ -8,7 +8,7 @@
 #include <tuple>
 #include <vector>
 
-#include "host/transform/program.h"
+#include "host/transform/derived_fields.h"
 #include "tests/process/failing_memory.h"
 #include "tests/transform/call_text.h"
 #include "tests/transform/fixture.h"

@@ -12,7 +12,7 @@
 #include "host/load/loader.h"
 #include "host/model/score_case_record.h"
 #include "host/output/output_plan.h"
-#include "host/transform/program.h"
+#include "host/transform/derived_fields.h"
 #include "host/transform/value/value.h"
 
 namespace svmscore::tools {

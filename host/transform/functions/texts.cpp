@@ -100,7 +100,7 @@ Value Matches(const Arguments& in) {
   std::unique_ptr<Pattern> made;
   const Pattern* pattern = PatternOf(in, made);
   if (pattern == nullptr) return Value::Invalid();
-  Work work;
+  WorkBudget work;
   const auto answer = pattern->Matches(TextOf(in[0], in.arena), work);
   return answer ? Value::Boolean(*answer) : Value::Invalid();
 }
@@ -109,7 +109,7 @@ Value Replace(const Arguments& in) {
   std::unique_ptr<Pattern> made;
   const Pattern* pattern = PatternOf(in, made);
   if (pattern == nullptr) return Value::Invalid();
-  Work work;
+  WorkBudget work;
   const auto text = pattern->Replace(TextOf(in[0], in.arena), TextOf(in[2], in.arena), work);
   return text ? Kept(*text, in.arena) : Value::Invalid();
 }

@@ -64,7 +64,7 @@ struct Pattern::Code {
 class Pattern::Search {
  public:
   // REQUIRES: the code and the work outlive it.
-  Search(const Code& code, Work& work)
+  Search(const Code& code, WorkBudget& work)
       : code_(code),
         work_(work),
         data_(pcre2_match_data_create(1, nullptr)),
@@ -105,7 +105,7 @@ class Pattern::Search {
   };
 
   const Code& code_;
-  Work& work_;
+  WorkBudget& work_;
   const std::unique_ptr<pcre2_match_data, FreeMatch> data_;
   const std::unique_ptr<pcre2_match_context, FreeLimits> limits_;
   std::optional<PatternMeter> meter_;
@@ -139,7 +139,7 @@ std::unique_ptr<Pattern> Pattern::Compile(std::string_view text, bool ignore_cas
   return std::unique_ptr<Pattern>(new Pattern(std::move(code)));
 }
 
-std::optional<bool> Pattern::Matches(std::string_view text, Work& work) const {
+std::optional<bool> Pattern::Matches(std::string_view text, WorkBudget& work) const {
   Search search(*code_, work);
   if (!search.Begin(text.size())) return std::nullopt;
   const int result = search.Match(text, 0, 0);
@@ -149,7 +149,7 @@ std::optional<bool> Pattern::Matches(std::string_view text, Work& work) const {
 }
 
 std::optional<std::vector<Pattern::Match>> Pattern::FindAll(std::string_view text,
-                                                            Work& work) const {
+                                                            WorkBudget& work) const {
   Search search(*code_, work);
   if (!search.Begin(text.size())) return std::nullopt;
   std::vector<Match> matches;
@@ -168,7 +168,7 @@ std::optional<std::vector<Pattern::Match>> Pattern::FindAll(std::string_view tex
 }
 
 std::optional<std::string> Pattern::Substitute(std::string_view text, std::string_view replacement,
-                                               std::uint32_t options, Work& work) const {
+                                               std::uint32_t options, WorkBudget& work) const {
   Search search(*code_, work);
   std::string result(text.size() + replacement.size() + 64, '\0');
   for (;;) {
@@ -190,13 +190,14 @@ std::optional<std::string> Pattern::Substitute(std::string_view text, std::strin
 }
 
 std::optional<std::string> Pattern::Replace(std::string_view text, std::string_view replacement,
-                                            Work& work) const {
+                                            WorkBudget& work) const {
   return Substitute(text, replacement,
                     PCRE2_SUBSTITUTE_UNSET_EMPTY | PCRE2_SUBSTITUTE_UNKNOWN_UNSET, work);
 }
 
 std::optional<std::string> Pattern::ReplaceLiteral(std::string_view text,
-                                                   std::string_view replacement, Work& work) const {
+                                                   std::string_view replacement,
+                                                   WorkBudget& work) const {
   return Substitute(text, replacement, PCRE2_SUBSTITUTE_LITERAL, work);
 }
 

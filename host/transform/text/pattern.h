@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/transform/text/work.h"
+#include "host/transform/text/work_budget.h"
 
 namespace svmscore::transform {
 
@@ -26,20 +26,20 @@ class Pattern {
   Pattern& operator=(const Pattern&) = delete;
 
   // True where some part of the text matches.
-  std::optional<bool> Matches(std::string_view text, Work& work) const;
+  std::optional<bool> Matches(std::string_view text, WorkBudget& work) const;
 
   // The matches of at least one character, from left to right, none reaching into another.
   struct Match {
     std::size_t begin;
     std::size_t end;
   };
-  std::optional<std::vector<Match>> FindAll(std::string_view text, Work& work) const;
+  std::optional<std::vector<Match>> FindAll(std::string_view text, WorkBudget& work) const;
   // Every match replaced: $1 to $9 stand for groups, $$ for a dollar sign.
   std::optional<std::string> Replace(std::string_view text, std::string_view replacement,
-                                     Work& work) const;
+                                     WorkBudget& work) const;
   // Every match replaced by the text as it stands.
   std::optional<std::string> ReplaceLiteral(std::string_view text, std::string_view replacement,
-                                            Work& work) const;
+                                            WorkBudget& work) const;
 
   // False where a dollar sign of the replacement stands before neither a digit nor another one.
   static bool IsReplacement(std::string_view replacement);
@@ -49,7 +49,7 @@ class Pattern {
   class Search;
   explicit Pattern(std::unique_ptr<Code> code);
   std::optional<std::string> Substitute(std::string_view text, std::string_view replacement,
-                                        std::uint32_t options, Work& work) const;
+                                        std::uint32_t options, WorkBudget& work) const;
 
   std::unique_ptr<Code> code_;
 };

@@ -10,7 +10,7 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
-#include "host/transform/text/work.h"
+#include "host/transform/text/work_budget.h"
 
 namespace svmscore::transform {
 
@@ -43,7 +43,7 @@ class PatternItems {
 // text a match may begin, and does not see how far a repetition goes at one step.
 class PatternMeter {
  public:
-  PatternMeter(const PatternItems& items, Work& work) : items_(&items), work_(&work) {}
+  PatternMeter(const PatternItems& items, WorkBudget& work) : items_(&items), work_(&work) {}
 
   // For pcre2_set_callout, with the meter as its data: ends the match when the work is spent.
   static int Count(pcre2_callout_block* block, void* meter);
@@ -52,7 +52,7 @@ class PatternMeter {
   std::size_t Cost(const pcre2_callout_block& block);
 
   const PatternItems* items_;
-  Work* work_;
+  WorkBudget* work_;
   std::size_t position_ = 0;  // in the text, when the last item began
   std::uint32_t step_ = 0;    // of that item
 };

@@ -1,8 +1,8 @@
 // The attributes that TextIndex and its normalisation steps share.
-#ifndef HOST_TRANSFORM_WORD_RULES_H_
-#define HOST_TRANSFORM_WORD_RULES_H_
+#ifndef HOST_TRANSFORM_READ_WORD_RULES_H_
+#define HOST_TRANSFORM_READ_WORD_RULES_H_
 
-#include "host/transform/text/words.h"
+#include "host/transform/text/word_matching.h"
 #include "host/xml/elements.h"
 
 namespace svmscore::transform {
@@ -13,4 +13,4 @@ WordRules ReadWordRules(const Element* element, const WordRules* inherited = nul
 
 }  // namespace svmscore::transform
 
-#endif  // HOST_TRANSFORM_WORD_RULES_H_
+#endif  // HOST_TRANSFORM_READ_WORD_RULES_H_

@@ -1,6 +1,6 @@
 // Reading a whole container of derived fields.
-#ifndef HOST_TRANSFORM_BUILD_H_
-#define HOST_TRANSFORM_BUILD_H_
+#ifndef HOST_TRANSFORM_BUILD_DICTIONARY_H_
+#define HOST_TRANSFORM_BUILD_DICTIONARY_H_
 
 #include <memory>
 #include <string>
@@ -13,7 +13,7 @@
 namespace svmscore::transform {
 
 // What the document's support vector machine model asks of the transformations.
-struct Demand {
+struct NeededByModel {
   const Element* model = nullptr;  // null: the document has none, and everything is needed
   // The names that vector fields and output expressions use.
   std::unordered_set<std::string> names;
@@ -23,7 +23,7 @@ struct Demand {
   bool has_schema = false;
   std::unordered_set<std::string> schema;
 };
-Demand DemandOf(const xercesc::DOMDocument* document);
+NeededByModel FindNeededByModel(const xercesc::DOMDocument* document);
 
 // Derived fields named like an input take its place when they are local to the model: children of
 // LocalTransformations, or those that carry the attribute x-scope="local" after they were moved
@@ -36,4 +36,4 @@ std::unique_ptr<MCZandor_850::TransformationDictionary> BuildDictionary(
 
 }  // namespace svmscore::transform
 
-#endif  // HOST_TRANSFORM_BUILD_H_
+#endif  // HOST_TRANSFORM_BUILD_DICTIONARY_H_

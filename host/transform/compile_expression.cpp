@@ -1,4 +1,4 @@
-#include "host/transform/compile.h"
+#include "host/transform/compile_expression.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 // How the kinds of expression are compiled; the skeleton for a new kind.
 //
 // A new kind needs a class derived from Expression with its own Evaluate, a function below that
-// reads its element, and a line in the table of compile.cpp.
-#ifndef HOST_TRANSFORM_COMPILE_H_
-#define HOST_TRANSFORM_COMPILE_H_
+// reads its element, and a line in the table of compile_expression.cpp.
+#ifndef HOST_TRANSFORM_COMPILE_EXPRESSION_H_
+#define HOST_TRANSFORM_COMPILE_EXPRESSION_H_
 
 #include <memory>
 #include <optional>
@@ -62,4 +62,4 @@ void CheckDepth(const Element* element, int depth);
 
 }  // namespace svmscore::transform
 
-#endif  // HOST_TRANSFORM_COMPILE_H_
+#endif  // HOST_TRANSFORM_COMPILE_EXPRESSION_H_

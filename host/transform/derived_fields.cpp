@@ -1,10 +1,10 @@
-#include "host/transform/program.h"
+#include "host/transform/derived_fields.h"
 
 #include <cmath>
 #include <utility>
 
 #include "host/model/scoring_log.h"
-#include "host/transform/fields.h"
+#include "host/transform/input_fields.h"
 #include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {

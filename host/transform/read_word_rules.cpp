@@ -1,4 +1,4 @@
-#include "host/transform/word_rules.h"
+#include "host/transform/read_word_rules.h"
 
 #include <memory>
 #include <string>

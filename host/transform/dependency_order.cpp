@@ -1,4 +1,4 @@
-#include "host/transform/order.h"
+#include "host/transform/dependency_order.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -15,8 +15,8 @@ struct Visit {
 
 }  // namespace
 
-OrderOfWork SortByNeed(const std::vector<std::vector<int>>& needs) {
-  OrderOfWork order;
+DependencyOrder SortByDependency(const std::vector<std::vector<int>>& needs) {
+  DependencyOrder order;
   order.sequence.reserve(needs.size());
   std::vector<Mark> marks(needs.size(), Mark::kNew);
   std::vector<Visit> path;

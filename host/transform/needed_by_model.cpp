@@ -1,5 +1,5 @@
 // What a model asks of the transformations of its document.
-#include "host/transform/build.h"
+#include "host/transform/build_dictionary.h"
 
 namespace svmscore::transform {
 namespace {
@@ -25,39 +25,39 @@ const Element* NextWithin(const Element* element, const Element* root) {
   return nullptr;
 }
 
-void AddNames(const Element* root, Demand& demand) {
+void AddNames(const Element* root, NeededByModel& needed) {
   for (const Element* at = root; at != nullptr; at = NextWithin(at, root)) {
     for (const char* attribute : {"field", "textField"}) {
-      if (auto name = FindAttribute(at, attribute)) demand.names.insert(*std::move(name));
+      if (auto name = FindAttribute(at, attribute)) needed.names.insert(*std::move(name));
     }
     if (!IsNamed(at, "CategoricalPredictor")) continue;
     auto name = FindAttribute(at, "name");
     if (!name) continue;
-    demand.names.insert(*name);
-    demand.categories.emplace_back(*std::move(name), FindAttribute(at, "value").value_or(""));
+    needed.names.insert(*name);
+    needed.categories.emplace_back(*std::move(name), FindAttribute(at, "value").value_or(""));
   }
 }
 
 }  // namespace
 
-Demand DemandOf(const xercesc::DOMDocument* document) {
-  Demand demand;
+NeededByModel FindNeededByModel(const xercesc::DOMDocument* document) {
+  NeededByModel needed;
   const Element* root = document == nullptr ? nullptr : document->getDocumentElement();
-  demand.model = root == nullptr ? nullptr : FindModel(root);
-  if (demand.model == nullptr) return demand;
-  for (const Element* child = FirstContent(demand.model); child != nullptr;
+  needed.model = root == nullptr ? nullptr : FindModel(root);
+  if (needed.model == nullptr) return needed;
+  for (const Element* child = FirstContent(needed.model); child != nullptr;
        child = NextContent(child)) {
-    if (IsNamed(child, "Output")) AddNames(child, demand);
+    if (IsNamed(child, "Output")) AddNames(child, needed);
     if (IsNamed(child, "VectorDictionary")) {
-      if (const Element* fields = FindChild(child, "VectorFields")) AddNames(fields, demand);
+      if (const Element* fields = FindChild(child, "VectorFields")) AddNames(fields, needed);
     }
     if (!IsNamed(child, "MiningSchema")) continue;
-    demand.has_schema = true;
+    needed.has_schema = true;
     for (const Element* field = FirstContent(child); field != nullptr; field = NextContent(field)) {
-      if (auto name = FindAttribute(field, "name")) demand.schema.insert(*std::move(name));
+      if (auto name = FindAttribute(field, "name")) needed.schema.insert(*std::move(name));
     }
   }
-  return demand;
+  return needed;
 }
 
 }  // namespace svmscore::transform

@@ -1,6 +1,6 @@
 // What the search of a text may cost.
-#ifndef HOST_TRANSFORM_TEXT_WORK_H_
-#define HOST_TRANSFORM_TEXT_WORK_H_
+#ifndef HOST_TRANSFORM_TEXT_WORK_BUDGET_H_
+#define HOST_TRANSFORM_TEXT_WORK_BUDGET_H_
 
 #include <cstddef>
 
@@ -9,7 +9,7 @@ namespace svmscore::transform {
 // The work that one expression may do on a case, counted and not timed: what is too much is so on
 // every machine. A unit is about a nanosecond, such as the look at one character; the expression
 // whose work is spent has no answer.
-class Work {
+class WorkBudget {
  public:
   // False where more is asked for than is left; then nothing is left.
   bool Spend(std::size_t units) {
@@ -25,4 +25,4 @@ class Work {
 
 }  // namespace svmscore::transform
 
-#endif  // HOST_TRANSFORM_TEXT_WORK_H_
+#endif  // HOST_TRANSFORM_TEXT_WORK_BUDGET_H_

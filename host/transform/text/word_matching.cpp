@@ -1,4 +1,4 @@
-#include "host/transform/text/words.h"
+#include "host/transform/text/word_matching.h"
 
 #include <algorithm>
 #include <numeric>
@@ -14,7 +14,7 @@ constexpr std::size_t kEditCost = 2;  // for each pair of characters that are co
 constexpr std::size_t kWordCost = 16;
 
 // False for all words when the work is spent.
-bool Equal(const Word& left, const Word& right, Work& work) {
+bool Equal(const Word& left, const Word& right, WorkBudget& work) {
   return left.text.size() == right.text.size() && work.Spend(left.text.size()) &&
          left.text == right.text;
 }
@@ -45,7 +45,7 @@ int DistanceInBand(std::u32string_view left, std::u32string_view right, int most
 }  // namespace
 
 std::optional<int> EditDistance(std::u32string_view left, std::u32string_view right, int most,
-                                Work& work) {
+                                WorkBudget& work) {
   const std::size_t longer = std::max(left.size(), right.size());
   const std::size_t shorter = std::min(left.size(), right.size());
   if (!work.Spend(kWordCost + (longer == shorter ? longer : 0))) return std::nullopt;
@@ -58,7 +58,7 @@ std::optional<int> EditDistance(std::u32string_view left, std::u32string_view ri
 }
 
 std::optional<int> EditsAt(const Words& text, std::size_t at, const Words& term, int most,
-                           Work& work) {
+                           WorkBudget& work) {
   int edits = 0;
   for (std::size_t i = 0; i < term.size() && edits <= most; ++i) {
     const auto more = EditDistance(text[at + i].text, term[i].text, most - edits, work);
@@ -69,7 +69,7 @@ std::optional<int> EditsAt(const Words& text, std::size_t at, const Words& term,
 }
 
 // Knuth, Morris and Pratt: no word of the text is gone back to.
-std::optional<std::size_t> Occurrences(const Words& text, const Words& term, Work& work) {
+std::optional<std::size_t> Occurrences(const Words& text, const Words& term, WorkBudget& work) {
   if (term.size() > text.size()) return 0;
   if (!work.Spend(kWordCost * (text.size() + term.size()))) return std::nullopt;
   // How many words at the term's beginning are also the last ones of its first i + 1.
@@ -106,7 +106,7 @@ void WordRules::AddWord(std::string_view text, std::size_t begin, std::size_t en
                    word_begin + word.size()});
 }
 
-std::optional<Words> WordRules::Split(std::string_view text, Work& work) const {
+std::optional<Words> WordRules::Split(std::string_view text, WorkBudget& work) const {
   if (!work.Spend(kSplitCost * text.size())) return std::nullopt;
   const auto separators = separator_->FindAll(text, work);
   if (!separators) return std::nullopt;

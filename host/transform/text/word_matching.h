@@ -1,6 +1,6 @@
 // Texts as words, and how far words are from each other.
-#ifndef HOST_TRANSFORM_TEXT_WORDS_H_
-#define HOST_TRANSFORM_TEXT_WORDS_H_
+#ifndef HOST_TRANSFORM_TEXT_WORD_MATCHING_H_
+#define HOST_TRANSFORM_TEXT_WORD_MATCHING_H_
 
 #include <cstddef>
 #include <memory>
@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "host/transform/text/pattern.h"
-#include "host/transform/text/work.h"
+#include "host/transform/text/work_budget.h"
 
 namespace svmscore::transform {
 
@@ -26,16 +26,16 @@ using Words = std::vector<Word>;
 // The number of insertions, deletions and replacements of characters that make one word the other;
 // any number above `most` stands for more than that. Nothing where the work is spent.
 std::optional<int> EditDistance(std::u32string_view left, std::u32string_view right, int most,
-                                Work& work);
+                                WorkBudget& work);
 
 // The edits that make the words of `text` from `at` on those of `term`; more than `most` where it
 // takes more, and nothing where the work is spent. REQUIRES: text holds that many words.
 std::optional<int> EditsAt(const Words& text, std::size_t at, const Words& term, int most,
-                           Work& work);
+                           WorkBudget& work);
 
 // How often the term stands in the text word by word; occurrences may reach into each other.
 // Nothing where the work is spent. REQUIRES: the term is not empty.
-std::optional<std::size_t> Occurrences(const Words& text, const Words& term, Work& work);
+std::optional<std::size_t> Occurrences(const Words& text, const Words& term, WorkBudget& work);
 
 // How a text is taken apart and compared.
 class WordRules {
@@ -47,7 +47,7 @@ class WordRules {
         separator_(std::move(separator)) {}
 
   // Nothing where the text is not UTF-8 or the work is spent.
-  std::optional<Words> Split(std::string_view text, Work& work) const;
+  std::optional<Words> Split(std::string_view text, WorkBudget& work) const;
   int MostEdits() const { return most_edits_; }
   bool IgnoresCase() const { return !case_sensitive_; }
   const std::shared_ptr<const Pattern>& Separator() const { return separator_; }
@@ -62,4 +62,4 @@ class WordRules {
 
 }  // namespace svmscore::transform
 
-#endif  // HOST_TRANSFORM_TEXT_WORDS_H_
+#endif  // HOST_TRANSFORM_TEXT_WORD_MATCHING_H_

@@ -1,4 +1,4 @@
-#include "host/transform/fields.h"
+#include "host/transform/input_fields.h"
 
 #include "host/transform/value/conversion.h"
 

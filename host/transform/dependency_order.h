@@ -1,19 +1,19 @@
 // The order in which things that depend on each other are worked out.
-#ifndef HOST_TRANSFORM_ORDER_H_
-#define HOST_TRANSFORM_ORDER_H_
+#ifndef HOST_TRANSFORM_DEPENDENCY_ORDER_H_
+#define HOST_TRANSFORM_DEPENDENCY_ORDER_H_
 
 #include <vector>
 
 namespace svmscore::transform {
 
-struct OrderOfWork {
+struct DependencyOrder {
   std::vector<int> sequence;  // every item after those that it depends on
   std::vector<int> cycle;     // the items of one circle, the first again at the end; or empty
 };
 
 // `needs[i]` are the items that item i depends on. Takes no stack however long the chains are.
-OrderOfWork SortByNeed(const std::vector<std::vector<int>>& needs);
+DependencyOrder SortByDependency(const std::vector<std::vector<int>>& needs);
 
 }  // namespace svmscore::transform
 
-#endif  // HOST_TRANSFORM_ORDER_H_
+#endif  // HOST_TRANSFORM_DEPENDENCY_ORDER_H_

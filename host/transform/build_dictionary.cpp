@@ -1,4 +1,4 @@
-#include "host/transform/build.h"
+#include "host/transform/build_dictionary.h"
 
 #include <algorithm>
 #include <optional>
@@ -10,9 +10,9 @@
 #include "host/model/scoring_log.h"
 #include "host/model/ss_exception.h"
 #include "host/transform/definitions.h"
-#include "host/transform/fields.h"
-#include "host/transform/order.h"
-#include "host/transform/program.h"
+#include "host/transform/dependency_order.h"
+#include "host/transform/derived_fields.h"
+#include "host/transform/input_fields.h"
 #include "host/transform/table/inline_table.h"
 #include "host/transform/value/conversion.h"
 
@@ -56,7 +56,7 @@ OpType UsualOpType(DataType type) {
 class Builder : public Scope {
  public:
   Builder(const Element* container, const ScoreDictionary* inputs)
-      : container_(container), dictionary_(inputs), demand_(DemandOf(Document())) {}
+      : container_(container), dictionary_(inputs), needed_(FindNeededByModel(Document())) {}
 
   std::unique_ptr<TransformationDictionary> Build();
 
@@ -67,7 +67,7 @@ class Builder : public Scope {
   // True where a derived field of that name takes the place of the input.
   bool Hides(const Derived& derived) const {
     return IsLocal(derived.element) ||
-           (demand_.has_schema && !demand_.schema.contains(derived.name));
+           (needed_.has_schema && !needed_.schema.contains(derived.name));
   }
 
   void Collect();
@@ -84,7 +84,7 @@ class Builder : public Scope {
 
   const Element* container_;
   const ScoreDictionary* dictionary_;
-  const Demand demand_;
+  const NeededByModel needed_;
   std::vector<Derived> derived_;
   std::unordered_map<std::string, int> positions_;
   std::vector<std::unique_ptr<TransformVar>> vars_;
@@ -213,7 +213,7 @@ std::vector<int> Builder::Sort() const {
   std::vector<std::vector<int>> needs;
   needs.reserve(derived_.size());
   for (const Derived& derived : derived_) needs.push_back(derived.needs);
-  OrderOfWork order = SortByNeed(needs);
+  DependencyOrder order = SortByDependency(needs);
   if (order.cycle.empty()) return std::move(order.sequence);
   std::string chain;
   for (std::size_t i = 0; i < order.cycle.size(); ++i) {
@@ -227,9 +227,9 @@ std::vector<int> Builder::Sort() const {
 }
 
 std::vector<bool> Builder::Needed(const std::vector<int>& sequence) const {
-  std::vector<bool> needed(derived_.size(), demand_.model == nullptr);
+  std::vector<bool> needed(derived_.size(), needed_.model == nullptr);
   for (std::size_t i = 0; i < derived_.size(); ++i) {
-    if (demand_.names.contains(derived_[i].name)) needed[i] = true;
+    if (needed_.names.contains(derived_[i].name)) needed[i] = true;
   }
   // Backwards, a field is reached before those that it is computed from.
   for (auto at = sequence.rbegin(); at != sequence.rend(); ++at) {
@@ -241,10 +241,10 @@ std::vector<bool> Builder::Needed(const std::vector<int>& sequence) const {
 }
 
 void Builder::CheckInputs(const Derived& derived) const {
-  if (!demand_.has_schema) return;
+  if (!needed_.has_schema) return;
   for (const int index : derived.inputs) {
     const std::string& name = inputs_[static_cast<std::size_t>(index)]->GetName();
-    if (demand_.schema.contains(name)) continue;
+    if (needed_.schema.contains(name)) continue;
     RefuseContent(derived.element, "field " + name + ", from which " + derived.name +
                                        " is computed, is not in the model's MiningSchema: refused");
   }
@@ -291,7 +291,7 @@ std::unique_ptr<TransformationDictionary> Builder::Build() {
         hides ? "takes its place" : "is not seen: the input comes first");
   }
   // A predictor for a category of a derived field makes the category known.
-  for (const auto& [name, category] : demand_.categories) {
+  for (const auto& [name, category] : needed_.categories) {
     if (TransformVar* var = dictionary->FindDerived(name)) {
       var->AddCategory(*var->ValueFromText(category), category);
     }

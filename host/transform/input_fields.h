@@ -1,6 +1,6 @@
 // Variables of the host as fields of expressions.
-#ifndef HOST_TRANSFORM_FIELDS_H_
-#define HOST_TRANSFORM_FIELDS_H_
+#ifndef HOST_TRANSFORM_INPUT_FIELDS_H_
+#define HOST_TRANSFORM_INPUT_FIELDS_H_
 
 #include "host/model/score_case_record.h"
 #include "host/model/score_dict_var.h"
@@ -18,4 +18,4 @@ Value ReadInput(const MCZandor_850::ScoreCaseRecord& record, const MCZandor_850:
 
 }  // namespace svmscore::transform
 
-#endif  // HOST_TRANSFORM_FIELDS_H_
+#endif  // HOST_TRANSFORM_INPUT_FIELDS_H_

@@ -1,6 +1,6 @@
 // The derived fields of a document as a flat list of steps.
-#ifndef HOST_TRANSFORM_PROGRAM_H_
-#define HOST_TRANSFORM_PROGRAM_H_
+#ifndef HOST_TRANSFORM_DERIVED_FIELDS_H_
+#define HOST_TRANSFORM_DERIVED_FIELDS_H_
 
 #include <atomic>
 #include <cstddef>
@@ -90,4 +90,4 @@ class SVMSCORE_HOST_API Program {
 
 }  // namespace svmscore::transform
 
-#endif  // HOST_TRANSFORM_PROGRAM_H_
+#endif  // HOST_TRANSFORM_DERIVED_FIELDS_H_
