@@ -117,7 +117,7 @@ void OutputReader::ReadField(const Element* element) {
     step.expression = transform::CompileExpression(expression, *this, definitions_, field.type);
     computed_ += step.expression->Size();
     if (computed_ > transform::kMostComputed) {
-      RefuseContent(element, "the output fields up to this one come to more than " +
+      RefuseContent(element, "the output fields up to this one evaluate more than " +
                                  std::to_string(transform::kMostComputed) +
                                  " expressions for a case");
     }

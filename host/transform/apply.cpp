@@ -18,7 +18,7 @@ constexpr std::size_t kOnStack = 4;
 
 using Operands = std::vector<std::unique_ptr<Expression>>;
 
-// What a call makes of missing arguments, missing results and invalid results.
+// How a call treats missing arguments, missing results and invalid results.
 class Treatment {
  public:
   enum class Invalid { kReturn, kAsIs, kAsMissing };
@@ -124,7 +124,7 @@ std::optional<FieldType> TypeOf(Returns returns) {
     case Returns::kString:
       return FieldType{DataType::kString, 0};
     default:
-      return std::nullopt;  // an integer or a double, as the text has it
+      return std::nullopt;  // an integer or a double, depending on the text
   }
 }
 
@@ -238,7 +238,7 @@ std::unique_ptr<Application> CompileCall(const Element* element, const Context& 
   if (function == nullptr) ThrowAt(element, code::kUnknownFunction, name);
   CheckCount(element, name, given, function->Parameters().size(), function->Parameters().size());
   if (function->Size() > kMostCalled) {
-    RefuseContent(element, "a call of the function " + name + " comes to more than " +
+    RefuseContent(element, "a call of the function " + name + " evaluates more than " +
                                std::to_string(kMostCalled) + " expressions");
   }
   const auto type = function->Type();

@@ -64,7 +64,7 @@ class Builder : public Scope {
 
  private:
   const xercesc::DOMDocument* Document() const { return container_->getOwnerDocument(); }
-  // True where a derived field of that name takes the place of the input.
+  // True where the derived field takes the place of the input of the same name.
   bool Hides(const Derived& derived) const {
     return IsLocal(derived.element) ||
            (needed_.has_schema && !needed_.schema.contains(derived.name));
@@ -145,7 +145,7 @@ void Builder::AddEncodedValues(const Derived& derived, TransformVar& var) const 
   const Element* pair = FindChild(derived.expression, "FieldColumnPair");
   if (table == nullptr || pair == nullptr) return;
   for (const Element* next = NextContent(pair); next != nullptr; next = NextContent(next)) {
-    if (IsNamed(next, "FieldColumnPair")) return;  // one key of several encodes no value
+    if (IsNamed(next, "FieldColumnPair")) return;  // one key among several does not encode a value
   }
   ForEachRow(table, {RequireAttribute(pair, "column")}, 0, [&](const Element*, Cells cells) {
     if (!cells.empty()) var.AddEncodedValue(source.ValueFromText(cells[0].text));
@@ -166,8 +166,8 @@ Field Builder::FieldOfDerived(int position) {
   return {position, derived.type, derived.op_type == OpType::kOrdinal, derived.order};
 }
 
-// A local derived field comes before an input of its name, and an input before a derived field of
-// the whole document. A field that is computed from its own name means the input of that name.
+// A local derived field takes precedence over an input of its name, and an input over a derived
+// field of the whole document. A field that refers to its own name means the input of that name.
 std::optional<Field> Builder::Find(const std::string& name) {
   const ScoreDictVar* input = dictionary_ == nullptr ? nullptr : dictionary_->FindVar(name);
   const auto found = positions_.find(name);
@@ -231,7 +231,7 @@ std::vector<bool> Builder::Needed(const std::vector<int>& sequence) const {
   for (std::size_t i = 0; i < derived_.size(); ++i) {
     if (needed_.names.contains(derived_[i].name)) needed[i] = true;
   }
-  // Backwards, a field is reached before those that it is computed from.
+  // Going backwards, a field is reached before those that it is computed from.
   for (auto at = sequence.rbegin(); at != sequence.rend(); ++at) {
     const auto position = static_cast<std::size_t>(*at);
     if (!needed[position]) continue;
@@ -266,7 +266,7 @@ std::unique_ptr<TransformationDictionary> Builder::Build() {
     CheckInputs(derived);
     computed += expressions_[position]->Size();
     if (computed > kMostComputed) {
-      RefuseContent(derived.element, "the fields up to this one come to more than " +
+      RefuseContent(derived.element, "the fields up to this one evaluate more than " +
                                          std::to_string(kMostComputed) + " expressions for a case");
     }
     for (const int index : derived.inputs) read[static_cast<std::size_t>(index)] = true;
@@ -288,9 +288,9 @@ std::unique_ptr<TransformationDictionary> Builder::Build() {
     if (hides) input->SetHiddenByDerived(true);
     MCZandor_850::ScoringLog::GetInstance().TraceText(
         1, "Derived field %s has the name of an input and %s", derived.name.c_str(),
-        hides ? "takes its place" : "is not seen: the input comes first");
+        hides ? "takes its place" : "is not seen: the input takes precedence");
   }
-  // A predictor for a category of a derived field makes the category known.
+  // A categorical predictor makes its category one of the derived field's.
   for (const auto& [name, category] : needed_.categories) {
     if (TransformVar* var = dictionary->FindDerived(name)) {
       var->AddCategory(*var->ValueFromText(category), category);

@@ -12,22 +12,21 @@
 
 namespace svmscore::transform {
 
-// What the document's support vector machine model asks of the transformations.
+// What the document's support vector machine model needs of the transformations.
 struct NeededByModel {
   const Element* model = nullptr;  // null: the document has none, and everything is needed
   // The names that vector fields and output expressions use.
   std::unordered_set<std::string> names;
   // Names and values of categorical predictors, in document order.
   std::vector<std::pair<std::string, std::string>> categories;
-  // The fields of the mining schema; without one every field of the dictionary is the model's.
+  // The fields of the mining schema; without one the model may use every field of the dictionary.
   bool has_schema = false;
   std::unordered_set<std::string> schema;
 };
 NeededByModel FindNeededByModel(const xercesc::DOMDocument* document);
 
-// Derived fields named like an input take its place when they are local to the model: children of
-// LocalTransformations, or those that carry the attribute x-scope="local" after they were moved
-// out of it.
+// Derived fields with the name of an input take its place when they are local to the model:
+// children of LocalTransformations, or moved out of it and marked by the attribute x-scope="local".
 bool IsLocal(const Element* derived_field);
 
 // Builds the dictionary of a TransformationDictionary or LocalTransformations element.

@@ -16,7 +16,7 @@ struct Kind {
   Compiled (*compile)(const Element*, const Context&);  // null: not supported
 };
 
-// Aggregate is a question to many records and Lag to earlier ones; a case has neither.
+// Aggregate refers to many records and Lag to earlier ones; a case has neither.
 constexpr std::array kKinds = {
     Kind{"Constant", CompileConstant},
     Kind{"FieldRef", CompileFieldRef},
@@ -85,7 +85,7 @@ void CheckMoment(const Element* at, const std::string& what, std::string_view te
 
 void CheckDepth(const Element* element, int depth) {
   if (depth <= kDeepest) return;
-  RefuseContent(element, "expressions nest more than " + std::to_string(kDeepest) + " deep");
+  RefuseContent(element, "expressions are nested more than " + std::to_string(kDeepest) + " deep");
 }
 
 Compiled CompileExpression(const Element* element, Scope& scope, Definitions& definitions,

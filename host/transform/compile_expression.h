@@ -14,7 +14,7 @@
 
 namespace svmscore::transform {
 
-// Expressions may nest this deep, calls of defined functions counted in.
+// Expressions may be nested this deep, including calls of defined functions.
 inline constexpr int kDeepest = 1000;
 
 // What compiling an expression needs beyond its element.
@@ -22,15 +22,14 @@ struct Context {
   Scope& scope;
   Definitions& definitions;
   int depth = 1;
-  // The type that the result will be converted to, where the document tells it.
+  // The type that the result will be converted to, where the document states it.
   std::optional<FieldType> target = std::nullopt;
 
-  // Compiles an expression one level further in, whose result will be converted to `result` (if
-  // any).
+  // Compiles an expression one level deeper, whose result will be converted to `result` (if any).
   std::unique_ptr<Expression> Compile(const Element* element,
                                       std::optional<FieldType> result = std::nullopt) const;
-  // The value that `text` spells by `type`, converted to the target. A text that cannot be both is
-  // refused at `at`, where `what` says what the text is; a blank one is an invalid value.
+  // `text` read as `type` and converted to the target. A text for which that is impossible is
+  // refused at `at`, with `what` to say what the text is; a blank one is an invalid value.
   Value Fixed(const Element* at, const std::string& what, std::string_view text, FieldType type,
               Arena& pool) const;
   // The field that an attribute of `element` names; 260311 where there is none.
@@ -48,16 +47,16 @@ Compiled CompileMapValues(const Element* element, const Context& context);
 Compiled CompileTextIndex(const Element* element, const Context& context);
 Compiled CompileApply(const Element* element, const Context& context);
 
-// Refuses a value that the document fixes and that `type` cannot hold, unless its text is blank.
+// Refuses a constant value of the document that `type` cannot hold, unless its text is blank.
 void CheckFixed(const Element* at, const std::string& what, std::string_view text,
                 const Value& value, FieldType type);
 
-// Refuses a text that values of a date or time are compared with, and that spells no moment. Texts
-// for other types may be equal to nothing.
+// Refuses a text that dates or times are compared with but that is not a date or time itself. Texts
+// for other types need not equal anything.
 void CheckMoment(const Element* at, const std::string& what, std::string_view text,
                  std::optional<FieldType> type);
 
-// Refuses an expression that nests too deeply.
+// Refuses an expression that is nested too deeply.
 void CheckDepth(const Element* element, int depth);
 
 }  // namespace svmscore::transform

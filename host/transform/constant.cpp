@@ -10,7 +10,7 @@ namespace {
 
 class Constant : public Expression {
  public:
-  // Without a type the text tells it.
+  // Without a type, the text decides it.
   Constant(const std::string& text, std::optional<FieldType> type, bool missing)
       : declared_(type.has_value()), missing_(missing), text_(pool_.Copy(text)) {
     if (!missing_) value_ = type ? FromDocument(text, *type, pool_) : FromDocument(text, pool_);

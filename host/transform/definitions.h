@@ -20,8 +20,7 @@ class UserFunction {
   using Types = std::vector<std::optional<FieldType>>;
   UserFunction(Types parameters, std::optional<FieldType> result, std::unique_ptr<Expression> body);
 
-  // The arguments, one for each parameter, are converted to its type in place; missing ones stay
-  // missing.
+  // Converts the arguments in place, each to the type of its parameter; missing ones stay missing.
   Value Call(std::span<Value> arguments, Arena& arena) const;
 
   const Types& Parameters() const { return parameters_; }
@@ -36,9 +35,10 @@ class UserFunction {
   std::unique_ptr<Expression> body_;
 };
 
-// Knows the DefineFunction elements of a document and compiles each once, when it is first called
-// for. Used while a document is loaded, on one thread; the functions live on in the expressions
-// that call them.
+// Knows the DefineFunction elements of a document and compiles each once, when it is first needed.
+// [one thread] for each object, while its document is loaded. Lives: the functions, as long as the
+// expressions that call them; elements, longer than this object. Fails: SSException at an element
+// that cannot be compiled, std::bad_alloc.
 class SVMSCORE_HOST_API Definitions {
  public:
   Definitions();
@@ -46,16 +46,16 @@ class SVMSCORE_HOST_API Definitions {
   Definitions(const Definitions&) = delete;
   Definitions& operator=(const Definitions&) = delete;
 
-  // Adds the functions that a child of `container` defines. Null is a container without any. A name
-  // that comes twice is refused.
+  // Adds the functions that children of `container` define; null has none. A name that is defined
+  // twice is refused.
   void AddFrom(const Element* container);
-  // Adds those of the TransformationDictionary of `document`.
+  // Adds the functions of the TransformationDictionary of `document`.
   void AddFrom(const xercesc::DOMDocument* document);
-  // Compiles those that nothing has called, so that what is wrong with them is found.
+  // Compiles the functions that nothing has called, so that errors in them are found.
   void CompileAll();
 
-  // Null where the document defines no function of that name. A function that calls itself, be it
-  // through others, is refused at `caller`, which is an expression `depth` levels in.
+  // Null where the document defines no function of that name. A function that calls itself, even
+  // through others, is refused at `caller`, an expression nested `depth` levels deep.
   std::shared_ptr<const UserFunction> Find(const std::string& name, const Element* caller,
                                            int depth);
 

@@ -10,7 +10,7 @@ enum class Mark : char { kNew, kOpen, kDone };
 
 struct Visit {
   int item = 0;
-  std::size_t next = 0;  // the next of its needs to look at
+  std::size_t next = 0;  // the next of its dependencies to look at
 };
 
 }  // namespace

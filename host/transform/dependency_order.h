@@ -1,4 +1,4 @@
-// The order in which things that depend on each other are worked out.
+// The order in which items that depend on each other are computed.
 #ifndef HOST_TRANSFORM_DEPENDENCY_ORDER_H_
 #define HOST_TRANSFORM_DEPENDENCY_ORDER_H_
 
@@ -8,10 +8,10 @@ namespace svmscore::transform {
 
 struct DependencyOrder {
   std::vector<int> sequence;  // every item after those that it depends on
-  std::vector<int> cycle;     // the items of one circle, the first again at the end; or empty
+  std::vector<int> cycle;     // the items of one cycle, with the first again at the end; or empty
 };
 
-// `needs[i]` are the items that item i depends on. Takes no stack however long the chains are.
+// `needs[i]` are the items that item i depends on. Does not recurse, however long the chains are.
 DependencyOrder SortByDependency(const std::vector<std::vector<int>>& needs);
 
 }  // namespace svmscore::transform

@@ -20,7 +20,9 @@ namespace svmscore::transform {
 class Program;
 
 // The working memory of one case: slots for the values of derived fields (first) and inputs, and
-// the results as the host's value objects. One thread at a time.
+// the results as the host's value objects.
+// [one thread] for each object. Owns: the scratch its results. Lives: the program, longer than the
+// scratch; results, until the next case. Fails: std::bad_alloc; what only reads, never.
 class SVMSCORE_HOST_API Scratch {
  public:
   explicit Scratch(const Program& program);
@@ -34,7 +36,7 @@ class SVMSCORE_HOST_API Scratch {
  private:
   friend class Program;
 
-  // The objects that results are put into; made at the first use.
+  // The objects that hold results; created at first use.
   struct Holder {
     std::unique_ptr<MCZandor_850::NumericValue> number;
     std::unique_ptr<MCZandor_850::StringValue> text;
@@ -42,13 +44,16 @@ class SVMSCORE_HOST_API Scratch {
   };
 
   std::vector<Value> slots_;
-  std::vector<Holder> holders_;  // one a step
+  std::vector<Holder> holders_;  // one for each step
   std::vector<const MCZandor_850::ScoreValue*> results_;
   Arena arena_;
 };
 
 // Computes the needed derived fields of a case in an order in which every field follows those that
-// it is computed from. Immutable: any number of threads, each with its own scratch.
+// it is computed from. Immutable.
+// [any thread], each with its own scratch. Lives: variables, longer than the program; what getters
+// return, as long as the program. Fails: the constructor and Evaluate by std::bad_alloc, the others
+// never.
 class SVMSCORE_HOST_API Program {
  public:
   struct Input {
@@ -61,13 +66,14 @@ class SVMSCORE_HOST_API Program {
     std::string name;
   };
 
-  // `expressions` belong to all derived fields by position, `steps` are those that are computed.
+  // `expressions` are those of all derived fields, by position; `steps` are the fields that are
+  // computed.
   Program(std::vector<std::unique_ptr<Expression>> expressions, std::vector<Input> inputs,
           std::vector<Step> steps, std::size_t slots);
   ~Program();
 
-  // Computes one case; the results stay in `scratch` until the next. Allocates nothing unless
-  // texts are made or grow. Texts of the record must stay as they are until the call returns.
+  // Computes one case. Allocates nothing unless texts are made or grow.
+  // Lives: the record and its texts for the call; results in `scratch`, until its next case.
   void Evaluate(const MCZandor_850::ScoreCaseRecord& record, Scratch& scratch) const;
 
   const std::vector<Step>& Steps() const { return steps_; }
@@ -85,7 +91,7 @@ class SVMSCORE_HOST_API Program {
   std::vector<const MCZandor_850::ScoreDictVar*> needed_;  // their variables
   std::vector<Step> steps_;
   std::size_t slot_count_;
-  std::unique_ptr<std::atomic<bool>[]> told_;  // one a step
+  std::unique_ptr<std::atomic<bool>[]> told_;  // one for each step
 };
 
 }  // namespace svmscore::transform

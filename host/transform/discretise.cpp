@@ -14,8 +14,8 @@ struct Bin {
   Value value;
 };
 
-// True where a search may go by the left margins: they ascend, and no bin reaches over the next
-// one's margin.
+// True where bins can be searched by their left margins: these ascend, and no bin reaches beyond
+// the next one's margin.
 bool AreOrdered(const std::vector<Bin>& bins) {
   for (std::size_t i = 1; i < bins.size(); ++i) {
     if (!(bins[i - 1].interval.left < bins[i].interval.left) ||
@@ -55,7 +55,7 @@ class Discretize : public Expression {
     if (value.IsMissing()) return map_missing_to_;
     if (value.IsInvalid()) return value;
     const auto number = NumberOf(value);
-    // Without bins the question is only whether there is a value.
+    // Without bins it only matters whether there is a value.
     if (!number) return bins_.empty() ? default_ : Value::Invalid();
     const Bin* bin = Find(*number);
     return bin == nullptr ? default_ : bin->value;
@@ -66,8 +66,8 @@ class Discretize : public Expression {
     auto first = bins_.begin();
     auto last = bins_.end();
     if (ordered_) {
-      // Of ordered bins, only the last that begins at or below x can hold it, or, where that one
-      // is open at its margin x, the one before.
+      // Of ordered bins, only the last that begins at or below x can hold it, or the one before it
+      // where that last one begins at x and is open there.
       last = std::upper_bound(first, last, x,
                               [](double at, const Bin& bin) { return at < bin.interval.left; });
       if (last - first > 2) first = last - 2;

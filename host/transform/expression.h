@@ -20,21 +20,22 @@ class Definitions;
 class ValueOrder;
 
 // What an expression is evaluated over: the values of the fields of its scope, by their slots,
-// and memory for the texts that it makes. Both outlive the use of the result.
+// and memory for the texts that it makes. Both must outlive the use of the result.
 struct Frame {
   const Value* slots;
   Arena& arena;
 };
 
-// A call of a defined function may come to this many expressions: functions that call others twice
+// A call of a defined function may evaluate this many expressions: functions that call others twice
 // double the work with every level.
 inline constexpr int kMostCalled = 1000000;
-// The derived fields that a model needs, and its output fields, each come to this many for a case,
-// calls of functions counted in: about a second.
+// The derived fields that a model needs may evaluate this many for a case, including calls of
+// functions, and so may its output fields: about a second.
 inline constexpr std::int64_t kMostComputed = 10000000;
 
-// Immutable once the field or function that it belongs to is compiled, and then safe for any number
-// of threads. Evaluation throws nothing but std::bad_alloc.
+// Immutable once the field or function that it belongs to is compiled.
+// [any thread] from then on. Lives: a result, as long as the frame. Fails: Evaluate by
+// std::bad_alloc.
 class SVMSCORE_HOST_API Expression {
  public:
   Expression() = default;
@@ -48,13 +49,13 @@ class SVMSCORE_HOST_API Expression {
   virtual const ValueOrder* Order() const { return nullptr; }
   // The value, where it is the same for every case; else null.
   virtual const Value* Fixed() const { return nullptr; }
-  // Says that the expression stands for a parameter declared with `type`. Matters to constants that
-  // declare none: their text is then read by it.
+  // Says that the expression is passed to a parameter declared with `type`. A constant that
+  // declares no type of its own then reads its text as that type.
   virtual void AdoptType(FieldType) {}
-  // How deeply evaluation nests, calls of defined functions counted in.
+  // How deeply evaluation nests, including calls of defined functions.
   int Depth() const { return depth_; }
-  // How many expressions an evaluation may come to, calls of defined functions counted in: at most
-  // one more than kMostCalled.
+  // How many expressions one evaluation may take, including calls of defined functions; counted up
+  // to one more than kMostCalled.
   int Size() const { return size_; }
 
  protected:
@@ -74,28 +75,33 @@ struct Field {
   std::shared_ptr<const ValueOrder> order;  // null unless the field lists its values
 };
 
-// The names that an expression may use.
+// The names that an expression may use. [one thread] while a document is loaded.
 class SVMSCORE_HOST_API Scope {
  public:
   virtual ~Scope();
-  // The field of that name; nothing where there is none. Called at load only.
+  // The field of that name; nothing where there is none.
   virtual std::optional<Field> Find(const std::string& name) = 0;
 };
 
-// Compiles an expression element. `definitions` are the functions that the document defines. Throws
-// an SSException for anything that is wrong or not supported, with the element at fault. `result`
-// is the type that the result will be converted to, if that is known: what is fixed is converted
-// now, and refused where it cannot be.
+// Compiles an expression element. `definitions` are the functions that the document defines.
+// `result` is the type that the result will be converted to, if known: constant values are then
+// converted now, and refused where that is impossible.
+// [one thread] for each document. Owns: the caller. Lives: arguments for the call; variables that
+// `scope` finds, longer than the expression. Fails: SSException at the element that is wrong or not
+// supported; std::bad_alloc.
 SVMSCORE_HOST_API std::unique_ptr<Expression> CompileExpression(const Element* element,
                                                                 Scope& scope,
                                                                 Definitions& definitions,
                                                                 std::optional<FieldType> result);
 
-// The expression child of `parent`, of which there must be exactly one among children that are
-// neither extensions nor of the kind `other` (empty: none).
+// The expression child of `parent`, which must be its only child apart from extensions and elements
+// named `other` (may be empty).
+// [one thread] for each document. Lives: as long as the document. Fails: SSException at the
+// element; std::bad_alloc.
 SVMSCORE_HOST_API const Element* OnlyExpression(const Element* parent, const std::string& other);
 
-// True for the names of elements that are expressions, supported or not.
+// Whether the element is an expression, supported or not.
+// [one thread] for each document. Fails: never.
 SVMSCORE_HOST_API bool IsExpression(const Element* element);
 
 }  // namespace svmscore::transform

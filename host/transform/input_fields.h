@@ -11,8 +11,8 @@ namespace svmscore::transform {
 // The variable as a field in `slot`.
 Field FieldOfVariable(const MCZandor_850::ScoreDictVar& var, int slot);
 
-// The value of an input variable, also before the first scored case has told it its position. One
-// that its declaration does not allow, and its treatment takes as it is, is unfit.
+// The value of an input variable, even before the first scored case has set its position. A value
+// that its declaration does not allow but its treatment accepts as it is, is unfit.
 Value ReadInput(const MCZandor_850::ScoreCaseRecord& record, const MCZandor_850::ScoreDictVar& var,
                 Arena& arena);
 

@@ -29,8 +29,8 @@ class MapValues : public Expression {
     default_ = otherwise;
   }
 
-  // False where there is a row of the same keys. A row that lacks a key, or whose key is no value
-  // of its field, is never found.
+  // False where a row has the same keys already. A row that lacks a key, or whose key is not a
+  // value of its field, is never found.
   bool AddRow(Cells keys, const Value& output) {
     row_.clear();
     for (std::size_t i = 0; i < keys_.size(); ++i) {
@@ -68,7 +68,7 @@ class MapValues : public Expression {
   Value default_;
 };
 
-// What the document gives as text, as a result; missing where it gives nothing.
+// Texts of the document as results; missing where the document gives none.
 class Results {
  public:
   Results(const Element* element, const Context& context, Arena& pool)
@@ -114,7 +114,7 @@ void AddRows(const Element* table, const Columns& columns, const Results& result
       CheckMoment(row, what[key.column], key.text, columns.fields[key.column]);
     }
     if (!map.AddRow(keys, results.Read(row, what[output], result))) {
-      RefuseContent(row, "there are two rows of the key " + ListOf(keys));
+      RefuseContent(row, "there are two rows with the key " + ListOf(keys));
     }
     if (result || told) return;
     told = true;

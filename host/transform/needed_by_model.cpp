@@ -1,4 +1,4 @@
-// What a model asks of the transformations of its document.
+// What a model needs of the transformations of its document.
 #include "host/transform/build_dictionary.h"
 
 namespace svmscore::transform {
@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::string_view kModel = "SupportVectorMachineModel";
 
-// The first model of the document, also where it stands inside another model element.
+// The first model of the document, even if it is inside another model element.
 const Element* FindModel(const Element* root) {
   if (const Element* model = FindChild(root, kModel)) return model;
   for (const Element* child = FirstContent(root); child != nullptr; child = NextContent(child)) {
@@ -15,7 +15,7 @@ const Element* FindModel(const Element* root) {
   return nullptr;
 }
 
-// The element after `element` within `root`, in document order, extensions left out.
+// The element after `element` within `root`, in document order, without extensions.
 const Element* NextWithin(const Element* element, const Element* root) {
   if (const Element* child = FirstContent(element)) return child;
   while (element != root) {

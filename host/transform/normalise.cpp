@@ -19,7 +19,7 @@ struct Point {
 
 enum class Outliers { kAsIs, kAsMissing, kAsExtreme };
 
-// Computed with halves where a difference of numbers this far apart would overflow.
+// Computed with halves where the difference of two numbers would overflow.
 double OnLine(const Point& left, const Point& right, double x) {
   double run = right.orig - left.orig;
   double way = x - left.orig;
@@ -34,8 +34,8 @@ double OnLine(const Point& left, const Point& right, double x) {
 }
 
 // Piecewise linear: y = b + (x - a) / (c - a) * (d - b) on the segment from (a, b) to (c, d), in
-// this order of operations. Beyond the ends the first and the last segment go on, where the
-// outliers do not say otherwise.
+// this order of operations. Beyond the ends the first and the last segment continue, unless the
+// outliers attribute says otherwise.
 class NormContinuous : public Expression {
  public:
   NormContinuous(const Field& field, std::vector<Point> points, Outliers outliers,

@@ -10,15 +10,15 @@
 namespace svmscore::transform {
 namespace {
 
-// Blanks between words; that versions differ over \s and \s+ makes no difference, because empty
-// words do not count.
+// Blanks between words. Whether it is \s or \s+, on which versions differ, does not matter, because
+// empty words are not counted.
 constexpr const char* kUsualSeparator = "\\s+";
 
 std::shared_ptr<const Pattern> CompileSeparator(const Element* element, const std::string& text) {
   std::string error;
   std::shared_ptr<const Pattern> pattern = Pattern::Compile(text, false, &error);
   if (pattern == nullptr) {
-    RefuseContent(element, "\"" + text + "\" is no regular expression (" + error + ")");
+    RefuseContent(element, "\"" + text + "\" is not a regular expression (" + error + ")");
   }
   return pattern;
 }

@@ -7,8 +7,8 @@
 
 namespace svmscore::transform {
 
-// What `element` does not say is as in `inherited`, or as usual where that is null. Throws an
-// SSException at the element for a value that an attribute cannot have.
+// Attributes that `element` lacks are as in `inherited`, or have their defaults where that is null.
+// Throws an SSException at the element for a value that is not allowed.
 WordRules ReadWordRules(const Element* element, const WordRules* inherited = nullptr);
 
 }  // namespace svmscore::transform

@@ -92,7 +92,7 @@ class TextIndex : public Expression {
     best_hits_ = hits == "bestHits";
   }
 
-  // Nothing where the work is spent.
+  // Nothing once the work is spent.
   std::optional<std::size_t> Count(const Words& text, const Words& term, WorkBudget& work) const {
     std::size_t count = 0;
     int best = rules_.MostEdits();

@@ -8,12 +8,13 @@
 namespace svmscore::transform {
 namespace {
 
-// A recursive step that has not settled by then never will, or not in time.
+// A recursive step that has not settled after this many rounds is given up.
 constexpr int kMostRounds = 100;
-// So much longer than four times its length no honest table makes a text.
+// No reasonable table makes a text longer than four times its length plus this.
 constexpr std::size_t kMostGrowth = std::size_t{1} << 16;
-// All rounds together go through that many bytes a row for each round and each byte of the text,
-// and of this many bytes more: a text that grows at every round is given up long before the last.
+// All rounds together may go through as many bytes for each row as kMostRounds rounds over the
+// original text and this many bytes more. A text that grows in every round is thus given up long
+// before the last.
 constexpr std::size_t kShortText = std::size_t{1} << 9;
 
 // The text as a pattern that matches it and nothing else.
@@ -66,7 +67,7 @@ void TextNormalisation::AddRow(const Element* row, const std::string& in, const 
   std::string error;
   made.pattern = Pattern::Compile(regex ? in : Quote(in), rules_.IgnoresCase(), &error);
   if (made.pattern == nullptr) {
-    RefuseContent(row, "\"" + in + "\" is no regular expression (" + error + ")");
+    RefuseContent(row, "\"" + in + "\" is not a regular expression (" + error + ")");
   }
   rows_.push_back(std::move(made));
 }

@@ -16,20 +16,21 @@ class TextNormalisation {
  public:
   TextNormalisation(const Element* element, const WordRules& inherited);
 
-  // Replaces every occurrence of each row's text in `text`, row by row; with recursive="true" again
-  // and again until nothing changes. False where the work is spent, or there seems to be no end.
+  // Replaces every occurrence of each row's text in `text`, row by row; with recursive="true",
+  // repeats this until nothing changes. False once the work is spent, or where there seems to be no
+  // end.
   bool Run(std::string& text, WorkBudget& work) const;
 
  private:
   struct Row {
-    std::unique_ptr<Pattern> pattern;  // of a regular expression, or of the text as it stands
+    std::unique_ptr<Pattern> pattern;  // of a regular expression, or of the text as it is
     bool regex = false;
-    Words words;  // where edits are allowed: words of the text that the row is looked for by
+    Words words;  // where edits are allowed: the words that the row looks for
     std::string replacement;
   };
   void AddRow(const Element* row, const std::string& in, const std::string& out, bool regex);
   bool RunRow(const Row& row, std::string& text, WorkBudget& work) const;
-  // Replaces sequences of words that few enough edits would make the row's.
+  // Replaces sequences of words that few enough edits turn into those of the row.
   bool ReplaceWords(const Row& row, std::string& text, WorkBudget& work) const;
 
   WordRules rules_;

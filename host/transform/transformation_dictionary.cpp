@@ -26,8 +26,8 @@ void TransformVar::AddEncodedValue(std::unique_ptr<ScoreValue> value) {
   encoded_views_.push_back(encoded_.back().get());
 }
 
-// Scratch records that no case uses at present. Each thread looks first where its own identity
-// points, so that threads seldom meet, and no lock is taken.
+// Scratch records that no case is using. Each thread starts looking at a place given by its own
+// identity, so that threads seldom collide, and no lock is taken.
 class TransformationDictionary::Store {
  public:
   ~Store() {

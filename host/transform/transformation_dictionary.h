@@ -20,18 +20,18 @@ namespace MCZandor_850 {
 
 class TransformationDictionary;
 
-// A derived field.
+// A derived field. Rules as for ScoreDictVar.
 class SVMSCORE_HOST_API TransformVar : public ScoreDictVar {
  public:
   TransformVar(std::string name, svmscore::OpType op_type, svmscore::FieldType type,
                std::string source);
   ~TransformVar() override;
 
-  // The dictionary field that the derived field is computed from; empty where it is computed from
-  // none or from several.
+  // The dictionary field that the derived field is computed from; empty unless there is exactly
+  // one.
   const std::string& GetFieldName() const { return source_; }
   // The values of the source field that the derived field encodes: one for an indicator of a
-  // category, all keys of a one-column table; empty for others. Owned by this variable.
+  // category, all keys of a one-column table; empty for others.
   const std::vector<const ScoreValue*>& GetAllEncodedValues() const { return encoded_views_; }
   void AddEncodedValue(std::unique_ptr<ScoreValue> value);
 
@@ -41,9 +41,11 @@ class SVMSCORE_HOST_API TransformVar : public ScoreDictVar {
   std::vector<const ScoreValue*> encoded_views_;
 };
 
-// The derived values of one case. Those of an InputCaseRecord are kept by the record, which must
-// not change meanwhile; others are borrowed from the dictionary's store and given back when this
-// object goes. Reads by the case position of a TransformVar, and by name.
+// The derived values of one case, by the case position of a TransformVar and by name.
+// [one thread] for each object. Owns: an InputCaseRecord keeps the values of its case; for other
+// records they are borrowed from the dictionary's store and returned by the destructor. Lives: the
+// dictionary, longer than this object; values, as long as this object while an InputCaseRecord
+// does not change. Fails: never, except by returning -1 or null.
 class SVMSCORE_HOST_API DerivedCaseRecord : public ScoreCaseRecord {
  public:
   DerivedCaseRecord(const TransformationDictionary& owner,
@@ -68,21 +70,23 @@ class SVMSCORE_HOST_API DerivedCaseRecord : public ScoreCaseRecord {
   const svmscore::transform::Scratch* values_;
 };
 
-// Made by PMMLTranslator::HandleTransformationDictionary, owned by a model. After set-up any
-// number of threads may compute derived values at once.
+// Made by PMMLTranslator::HandleTransformationDictionary. Rules as for ScoreDictionary, and:
+// Owns: the model that it is handed to. Lives: the inputs' dictionary, longer than this one.
 class SVMSCORE_HOST_API TransformationDictionary : public BaseDictionary {
  public:
-  // `program` computes the variables added to this dictionary.
+  // `program` computes the variables that are added to this dictionary.
   explicit TransformationDictionary(std::unique_ptr<svmscore::transform::Program> program);
   ~TransformationDictionary() override;
 
-  // Null where there is no derived field of that name.
+  // Null where there is no derived field of that name. [any thread] Fails: never.
   TransformVar* FindDerived(const std::string& name) const;
-  // Fixes the position of every derived field. Call once, before values are computed.
+  // Sets the position of every derived field. [set-up] once, before values are computed. Fails:
+  // std::bad_alloc.
   void SetUpDerivedCaseRecord();
-  // Computes the derived values of one case, unless an InputCaseRecord still keeps them. Needs
-  // SetUpDerivedCaseRecord first; never null.
-  // `record` may be read by position or by name. Throws nothing but std::bad_alloc.
+  // Computes the derived values of one case, unless an InputCaseRecord still keeps them. `record`
+  // may be indexed by position or by name. Never null. REQUIRES: SetUpDerivedCaseRecord was called.
+  // [any thread] Owns: the caller. Lives: the record, longer than the result. Fails:
+  // std::bad_alloc.
   std::unique_ptr<DerivedCaseRecord> GetValuesForDerivedVars(
       const ScoreCaseRecord* record, const ScoreDictionary* dictionary) const;
 

@@ -92,11 +92,12 @@ TEST(MapValues, RefusesTablesThatCannotBeMeant) {
   for (const auto& [content, refusal] : std::vector<Row>{
            {key + "<InlineTable><row><in>1</in><out>a</out></row>\n"
                   "<row><in>1.0</in><out>b</out></row></InlineTable>",
-            "260313 at element row, line 6: there are two rows of the key 1.0 in element row "
+            "260313 at element row, line 6: there are two rows with the key 1.0 in element row "
             "(element row, line 6)"},
            {key + key + key + key + key + key + key + key + key + key + key + key +
                 Table("in;out", {"1;a", "1;b"}),
-            "260313 at element row, line 5: there are two rows of the key 1, 1, 1, 1, 1, 1, 1, 1, "
+            "260313 at element row, line 5: there are two rows with the key 1, 1, 1, 1, 1, 1, 1, "
+            "1, "
             "1, 1 and 2 more in element row"},
            {Pair("x", "no") + Table("in;out", {"1;a"}),
             "260313 at element InlineTable, line 5: no row has the column no"},

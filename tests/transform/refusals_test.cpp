@@ -86,7 +86,7 @@ TEST(Refusals, OfCallsNameTheFunctionOrItsArgument) {
       {"formatNumber(x, '%d%d')", "260313", "one conversion"},
       {"formatNumber(x, '%99999d')", "260313", "99999"},
       {"formatDatetime(x, '%Q')", "260313", "%Q"},
-      {"dateDaysSinceYear('2023-02-30', 1960)", "260313", "\"2023-02-30\" is no date"},
+      {"dateDaysSinceYear('2023-02-30', 1960)", "260313", "\"2023-02-30\" is not a date"},
       {"dateDaysSinceYear(x, 'then')", "260313", "no year"}};
   for (const auto& row : calls) CheckAll({{CallToXml(row[0]), row[1] + " Apply", row[2]}});
 }
@@ -178,7 +178,7 @@ TEST(Refusals, BoundWhatCallsComeTo) {
   };
   EXPECT_EQ(doubling(10), "");
   EXPECT_THAT(doubling(30), ::testing::AllOf(StartsWith("260313 at element Apply, line 22"),
-                                             HasSubstr("the function f17 comes to more than")));
+                                             HasSubstr("the function f17 evaluates more than")));
   // None of these calls is too large.
   std::string functions = Define(0, "+(p, p)");
   for (int i = 1; i < 14; ++i) {
@@ -190,7 +190,7 @@ TEST(Refusals, BoundWhatCallsComeTo) {
     fields += DerivedField("d" + std::to_string(i), "double", CallToXml("f13(1)"));
   }
   EXPECT_THAT(Refusal(Document("", functions + fields)),
-              HasSubstr("up to this one come to more than 10000000 expressions"));
+              HasSubstr("up to this one evaluate more than 10000000 expressions"));
 }
 
 TEST(Refusals, BoundTheNesting) {
@@ -200,7 +200,7 @@ TEST(Refusals, BoundTheNesting) {
     return xml;
   };
   EXPECT_EQ(RefusalOf(nested(990)), "");
-  EXPECT_THAT(RefusalOf(nested(1500)), HasSubstr("nest more than"));
+  EXPECT_THAT(RefusalOf(nested(1500)), HasSubstr("nested more than"));
   // Calls of functions count for as much as they nest themselves, in either order of definition.
   for (const bool callers_first : {true, false}) {
     std::string functions;
@@ -208,7 +208,7 @@ TEST(Refusals, BoundTheNesting) {
       const std::string function = Define(i, i == 1499 ? "p" : "f" + std::to_string(i + 1) + "(p)");
       functions = callers_first ? functions + function : function + functions;
     }
-    EXPECT_THAT(Refusal(Document("", functions)), HasSubstr("nest more than")) << callers_first;
+    EXPECT_THAT(Refusal(Document("", functions)), HasSubstr("nested more than")) << callers_first;
   }
 }
 

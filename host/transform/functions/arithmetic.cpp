@@ -85,7 +85,7 @@ Value Fold(const Arguments& in) {
   return result;
 }
 
-// The present argument that comes first by `wanted`.
+// The least or greatest of the present arguments, as kWanted says.
 template <Comparison kWanted>
 Value Extreme(const Arguments& in) {
   Value best = Value::Missing();

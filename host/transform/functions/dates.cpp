@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::int64_t kSecondsOfDay = 86400;
 constexpr double kMostDaysSince1970 = 365.0e6;
-// The years that the calendar counts.
+// The years that the calendar can represent.
 constexpr std::int64_t kLastYear = 32767;
 
 std::optional<std::int64_t> DaysToYearOf(const Value& value) {
@@ -43,7 +43,7 @@ Value SecondsSinceMidnight(const Arguments& in) {
                                                       : Value::Invalid();
 }
 
-// A date that does not exist never will.
+// A date that never changes and does not exist is refused at load.
 std::unique_ptr<Prepared> CheckFixedDate(const Element* element,
                                          std::span<const Value* const> fixed) {
   const auto given = [&fixed](std::size_t i) {
@@ -51,10 +51,11 @@ std::unique_ptr<Prepared> CheckFixedDate(const Element* element,
   };
   Arena arena;
   if (given(0) && !DayAndSecondOf(*fixed[0])) {
-    RefuseContent(element, '"' + std::string(TextOf(*fixed[0], arena)) + "\" is no date or time");
+    RefuseContent(element,
+                  '"' + std::string(TextOf(*fixed[0], arena)) + "\" is not a date or time");
   }
   if (given(1) && !DaysToYearOf(*fixed[1])) {
-    RefuseContent(element, '"' + std::string(TextOf(*fixed[1], arena)) + "\" is no year");
+    RefuseContent(element, '"' + std::string(TextOf(*fixed[1], arena)) + "\" is not a year");
   }
   return nullptr;
 }

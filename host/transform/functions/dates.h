@@ -16,7 +16,7 @@ struct DayAndSecond {
   std::int64_t second;              // since midnight; 0 for a date
 };
 
-// Nothing for a value that is no date or time, and for moments beyond a million years.
+// Nothing for a value that is not a date or time, and for moments beyond a million years.
 std::optional<DayAndSecond> DayAndSecondOf(const Value& value);
 
 }  // namespace svmscore::transform

@@ -15,7 +15,7 @@
 namespace svmscore::transform {
 namespace {
 
-// A pattern may ask for this many characters, not for a million.
+// The largest width that a pattern may ask for.
 constexpr int kWidest = 1000;
 
 // A number pattern taken apart: one conversion between two texts.
@@ -33,7 +33,7 @@ bool TakeCount(std::string_view text, std::size_t& at) {
   return true;
 }
 
-// Reads the conversion whose % stands before `at` and moves past it; empty where it is none.
+// Reads the conversion whose % is just before `at` and moves past it; empty where it is not one.
 std::string TakeConversion(std::string_view text, std::size_t& at) {
   const std::size_t start = at;
   while (at < text.size() && std::string_view("-+ 0#").find(text[at]) != std::string_view::npos) {
@@ -84,8 +84,9 @@ std::unique_ptr<Prepared> PrepareNumberPattern(const Element* element,
   const std::string_view text = TextOf(*fixed[1], pool);
   auto pattern = ParseNumberPattern(text);
   if (!pattern) {
-    RefuseContent(element, "\"" + std::string(text) +
-                               "\" is no number pattern: one conversion of %d %i %f %e %g %E %G");
+    RefuseContent(element,
+                  "\"" + std::string(text) +
+                      "\" is not a number pattern: one conversion of %d %i %f %e %g %E %G");
   }
   return std::make_unique<PreparedNumberPattern>(*std::move(pattern));
 }
@@ -93,7 +94,7 @@ std::unique_ptr<Prepared> PrepareNumberPattern(const Element* element,
 Value FormatWith(const NumberPattern& pattern, const Value& value, Arena& arena) {
   std::string number;
   if (pattern.conversion.back() == 'd') {
-    // Only whole numbers are printed so; a fraction would be lost without a word.
+    // Only whole numbers are printed this way; a fraction would be lost silently.
     const auto plain = NumberOf(value);
     const auto integer = IntegerOf(value);
     if (!plain || !integer || *plain != std::floor(*plain)) return Value::Invalid();
@@ -188,8 +189,8 @@ bool Holds(std::string_view letters, char letter) {
   return letters.find(letter) != std::string_view::npos;
 }
 
-// Calls `text` for characters that stand for themselves and `part` for letters after %. False where
-// a letter means nothing, or `part` says so.
+// Calls `text` for characters that are copied as they are and `part` for letters after %. False
+// where a letter means nothing, or `part` returns false.
 template <typename Text, typename Part>
 bool ForEachPart(std::string_view pattern, Text text, Part part) {
   for (std::size_t i = 0; i < pattern.size(); ++i) {
@@ -215,7 +216,7 @@ std::unique_ptr<Prepared> CheckDatePattern(const Element* element,
   if (!ForEachPart(
           pattern, [](char) {}, [](char) { return true; })) {
     RefuseContent(element, "\"" + std::string(pattern) +
-                               "\" is no date pattern: the letters after % are " +
+                               "\" is not a date pattern: the letters after % are " +
                                std::string(kDateLetters) + std::string(kClockLetters));
   }
   return nullptr;
@@ -223,7 +224,7 @@ std::unique_ptr<Prepared> CheckDatePattern(const Element* element,
 
 Value FormatDatetime(const Arguments& in) {
   const auto moment = DayAndSecondOf(in[0]);
-  // The years that the calendar counts.
+  // The years that the calendar can represent.
   constexpr std::int64_t kMostDays = 11000000;
   if (!moment || (moment->day && std::abs(*moment->day) > kMostDays)) return Value::Invalid();
   std::string result;

@@ -13,7 +13,7 @@
 
 namespace svmscore::transform {
 
-// What a function has worked out at load from arguments that never change, such as a pattern.
+// What a function has prepared at load from arguments that never change, such as a pattern.
 class Prepared {
  public:
   virtual ~Prepared();
@@ -29,9 +29,9 @@ struct Arguments {
   std::size_t size() const { return values.size(); }
 };
 
-// The arguments that a function can be called with. Else the result is missing for a missing
-// argument. It is invalid for an invalid one, which comes first, whatever the function: only a
-// value that was passed on as it is (unfit) reaches the tests of validity.
+// The arguments that a function can be called with. With others it is not called: the result is
+// invalid if any argument is invalid, for every function, else missing if one is missing. Tests of
+// validity only see values that were invalid but are passed on as they are (unfit).
 enum class Accepts { kPresent, kMissing };
 
 enum class Returns { kNumber, kBoolean, kString };
@@ -46,7 +46,8 @@ struct Function {
   Accepts accepts;
   Value (*call)(const Arguments& in);
   // Null, or prepares a call at load: `fixed` holds a value for each argument that never changes,
-  // and null for the others. Throws an SSException at `element` for what can never be right.
+  // and null for the others. Throws an SSException at `element` for an argument that can never be
+  // right.
   std::unique_ptr<Prepared> (*prepare)(const Element* element,
                                        std::span<const Value* const> fixed) = nullptr;
 };
@@ -60,8 +61,8 @@ std::span<const Function> TextFunctions();
 std::span<const Function> FormatFunctions();
 std::span<const Function> DateFunctions();
 
-// Null where there is no such function. A name may carry the prefix x-, under which some became
-// known before they were standard. `if` is none of these: it chooses what is evaluated.
+// Null where there is no such function. A name may have the prefix x-, which some had before they
+// became standard. `if` is not among them, because it chooses what is evaluated.
 const Function* FindFunction(std::string_view name);
 
 // For the families: a function of one number.

@@ -34,7 +34,7 @@ Value NotEqual(const Arguments& in) {
   return Value::Boolean(Compare(in[0], in[1]) != Comparison::kEqual);
 }
 
-// The values of an ordinal field compare by their ranks; one without a rank, by nothing.
+// The values of an ordinal field compare by their ranks; without a rank they do not compare.
 template <bool (*kHolds)(Comparison)>
 Value Ordered(const Arguments& in) {
   if (in.order != nullptr) {
@@ -60,7 +60,7 @@ bool IsGreaterOrEqual(Comparison order) {
   return order != Comparison::kLess;
 }
 
-// One argument that is `kDecides` settles the result; else a missing one leaves it open.
+// One argument that equals `kDecides` settles the result; otherwise a missing one leaves it open.
 template <bool kDecides>
 Value Junction(const Arguments& in) {
   bool missing = false;
@@ -83,7 +83,7 @@ Value Not(const Arguments& in) {
   return truth ? Value::Boolean(!*truth) : Value::Invalid();
 }
 
-// Missing values of the list are passed over.
+// Missing values in the list are ignored.
 template <bool kIn>
 Value Listed(const Arguments& in) {
   if (in[0].IsMissing()) return Value::Missing();

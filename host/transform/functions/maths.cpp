@@ -1,5 +1,5 @@
-// Logarithms, powers, roundings and angles. Domain errors and overflows come out of the C library
-// as infinities and NaN, and so as invalid results.
+// Logarithms, powers, roundings and angles. For domain errors and overflows the C library returns
+// infinities and NaN, which become invalid results.
 #include <array>
 #include <cmath>
 

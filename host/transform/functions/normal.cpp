@@ -45,9 +45,9 @@ double RoughQuantile(double p) {
   return q * Polynomial(a, q * q) / Polynomial(b, q * q);
 }
 
-// The z with Cumulative(z) = p: the approximation, and two of Halley's steps, each of which cubes
-// the error; what remains is that of erfc, a few units in the last place. Below p = 1e-300 erfc has
-// no digits to spare for the steps, and the approximation's own error stands.
+// The z with Cumulative(z) = p: the approximation, then two steps of Halley's method, each of which
+// cubes the error; what remains is the error of erfc, a few units in the last place. Below
+// p = 1e-300 erfc is not accurate enough for the steps, and the approximation's own error remains.
 double Quantile(double p) {
   if (p > 0.5) return -Quantile(1.0 - p);  // 1 - p is exact
   double z = RoughQuantile(p);
@@ -69,7 +69,7 @@ struct Parameters {
   double deviation;
 };
 
-// Nothing where an argument is no number or the deviation is not positive.
+// Nothing where an argument is not a number or the deviation is not positive.
 std::optional<Parameters> Read(const Arguments& in) {
   const auto x = NumberOf(in[0]);
   const auto mean = NumberOf(in[1]);

@@ -26,7 +26,7 @@ Value StringLength(const Arguments& in) {
   return Value::Integer(static_cast<std::int64_t>(CharacterCount(TextOf(in[0], in.arena))));
 }
 
-// The first position is 1. A length beyond the end means: to the end.
+// The first position is 1. A length that goes beyond the end means up to the end.
 Value Substring(const Arguments& in) {
   const auto start = IntegerOf(in[1]);
   const auto length = IntegerOf(in[2]);
@@ -84,12 +84,13 @@ std::unique_ptr<Prepared> PreparePattern(const Element* element,
   std::unique_ptr<Pattern> pattern = Pattern::Compile(text, false, &error);
   if (pattern == nullptr) {
     RefuseContent(element,
-                  "\"" + std::string(text) + "\" is no regular expression (" + error + ")");
+                  "\"" + std::string(text) + "\" is not a regular expression (" + error + ")");
   }
   return std::make_unique<PreparedPattern>(std::move(pattern));
 }
 
-// The pattern of a call; `made` keeps one that had to be made for it. Null for what is none.
+// The pattern of a call; `made` keeps one that had to be made for it. Null where the argument is
+// not a pattern.
 const Pattern* PatternOf(const Arguments& in, std::unique_ptr<Pattern>& made) {
   if (in.prepared != nullptr) return &static_cast<const PreparedPattern*>(in.prepared)->Get();
   made = Pattern::Compile(TextOf(in[1], in.arena), false, nullptr);

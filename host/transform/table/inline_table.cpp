@@ -11,9 +11,9 @@ namespace {
 using Wide = std::basic_string<XMLCh>;
 using WideView = std::basic_string_view<XMLCh>;
 
-// What a cell costs whoever keeps it, beside its text.
+// What keeping a cell costs in addition to its text.
 constexpr std::size_t kCellCost = 32;
-// Cells may be taken so much more often than once, on the whole, and so much more in any table.
+// The columns of a table may cost (1 + kMostShares) times as much as its cells, plus kFreeShares.
 constexpr std::size_t kMostShares = 4;
 constexpr std::size_t kFreeShares = std::size_t{1} << 22;
 
@@ -65,13 +65,13 @@ class RowReader {
   bool Found(std::size_t column) const { return found_[column]; }
 
  private:
-  // The columns of one name.
+  // The columns that have the same name.
   struct Named {
     std::vector<std::size_t> columns;
-    std::size_t row = 0;  // the last one that has a cell of the name
+    std::size_t row = 0;  // the last row with a cell of that name
   };
   struct Column {
-    std::size_t row = 0;  // the last one that has a cell of the column
+    std::size_t row = 0;  // the last row with a cell of the column
     std::size_t text = 0;
   };
   struct Hash {
@@ -80,8 +80,8 @@ class RowReader {
   };
   using Names = std::unordered_map<Wide, Named, Hash, std::equal_to<>>;
 
-  // Gives the cell to the columns of its name, unless the row had one of that name. The whole name
-  // comes before the part after the prefix.
+  // Gives the cell to the columns of its name, unless the row has had a cell of that name. The
+  // whole name takes precedence over the part after the prefix.
   void Offer(Names& names, const XMLCh* name, const Element* cell, std::optional<std::size_t>& text,
              bool whole) {
     const auto found = names.find(WideView(name));
@@ -99,7 +99,7 @@ class RowReader {
     }
   }
 
-  // Many columns of one cell would make much of a small document.
+  // Many columns that share a cell would need far more memory than the document.
   void Count(const Element* row) {
     for (const std::string& text : texts_) once_ += kCellCost + text.size();
     for (const std::size_t column : taken_) {
@@ -119,7 +119,7 @@ class RowReader {
   std::vector<Cell> cells_;
   std::vector<bool> found_;
   std::size_t once_ = 0;  // the cost of the cells that are taken
-  std::size_t all_ = 0;   // the same, each as often as it is taken
+  std::size_t all_ = 0;   // the same, with each cell counted as often as it is taken
 };
 
 }  // namespace

@@ -20,19 +20,22 @@ struct Cell {
   std::string_view text;
 };
 
-// Those cells of a row that are there, in the order of the columns asked for.
+// The cells that a row has, in the order of the columns asked for.
 using Cells = std::span<const Cell>;
 // Texts live as long as the call.
 using RowVisitor = std::function<void(const Element* row, Cells cells)>;
 
 // The text of the cell of a column; nothing where the row lacks it.
+// [any thread] Lives: as long as the cells. Fails: never.
 SVMSCORE_HOST_API std::optional<std::string_view> TextOf(Cells cells, std::size_t column);
 
 // Calls `visit` for every row in document order, with the cells of `columns`. A column is the name
-// of the cells' elements, with its prefix or without. A cell that spans lines loses the blanks
-// around it. Refuses a table, unless it is empty, in which no row has one of the first `required`
-// columns, and one whose cells are taken by many columns each. Takes time and memory for the cells
-// that are there, however many columns there are.
+// of the cells' elements, with or without the prefix. A cell that spans lines loses the blanks
+// around it. Time and memory depend on the number of cells, not on that of columns.
+// [one thread] for each document. Lives: cells, for the call of `visit`. Fails: SSException for an
+// element that is not a row, for a table with rows of which none has one of the first `required`
+// columns, and for a table whose cells are shared by too many columns; what `visit` throws;
+// std::bad_alloc.
 SVMSCORE_HOST_API void ForEachRow(const Element* table, const std::vector<std::string>& columns,
                                   std::size_t required, const RowVisitor& visit);
 

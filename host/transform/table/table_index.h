@@ -16,7 +16,7 @@
 namespace svmscore::transform {
 
 // Numbers the distinct values of a column, compared by the type of the field that is looked up in
-// it. Without a type a number equals whatever text spells it.
+// it. Without a type, a number equals every text that can be read as that number.
 class KeyColumn {
  public:
   explicit KeyColumn(std::optional<FieldType> type) : type_(type) {}
@@ -47,8 +47,8 @@ class TableIndex {
  public:
   // False where a row with the same keys is already there.
   bool Add(const std::vector<int>& keys, int row);
-  // One step from `node` (0 at the beginning) by the number of the next key; -1 where no row goes
-  // on so. The node after the last key is the row.
+  // One step from `node` (0 at the beginning) by the number of the next key; -1 where no row has
+  // that key there. The node after the last key is the row.
   int Step(int node, int key) const {
     const auto found = edges_.find(EdgeOf(node, key));
     return found == edges_.end() ? -1 : found->second;

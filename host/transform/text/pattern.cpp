@@ -9,18 +9,18 @@
 namespace svmscore::transform {
 namespace {
 
-// Steps from one place of the text at which a match may begin.
+// The most steps from one place of the text at which a match may begin.
 constexpr std::uint32_t kMostSteps = 1000000;
 constexpr std::uint32_t kMostMemory = 20000;  // KiB
-// A replacement that grows a text beyond this has gone wrong.
+// The longest text that a replacement may produce.
 constexpr std::size_t kLongestText = std::size_t{1} << 24;
-// What a match costs beside its items: the library's call, and what is replaced.
+// What a match costs in addition to its items: the library's call, and the replacement.
 constexpr std::size_t kMatchCost = 128;
-// So many bytes of a pattern without a meter are compared for one unit.
+// How many bytes of a pattern without a meter are compared for one unit.
 constexpr std::size_t kUnmeteredAtOnce = 8;
 
 PCRE2_SPTR Bytes(std::string_view text) {
-  // The library wants an address also for no bytes.
+  // The library wants an address even for an empty text.
   return reinterpret_cast<PCRE2_SPTR>(text.data() == nullptr ? "" : text.data());
 }
 
@@ -30,8 +30,8 @@ pcre2_code* CompileCode(std::string_view text, std::uint32_t options, int& numbe
                        &number, &offset, nullptr);
 }
 
-// True where nothing repeats, refers back or looks around: then a step never goes over more of a
-// text than the pattern is long.
+// True where nothing repeats, refers back or looks around: then a step never covers more of a text
+// than the length of the pattern.
 bool IsList(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const std::string_view rest = text.substr(i);
@@ -56,7 +56,7 @@ struct Pattern::Code {
   pcre2_code* code = nullptr;
   std::unique_ptr<const PatternItems> items;  // null for a list that is too long to be metered
   std::size_t size = 0;                       // bytes of its text
-  std::size_t step = 0;  // units for a step of the library, which copies as much
+  std::size_t step = 0;  // units for a step of the library, which copies that many bytes
   ~Code() { pcre2_code_free(code); }
 };
 
@@ -77,8 +77,8 @@ class Pattern::Search {
     pcre2_set_callout(limits_.get(), &PatternMeter::Count, &*meter_);
   }
 
-  // Pays for a text. What is not metered is paid for in advance: every place of the text may have
-  // to be compared with the whole pattern.
+  // Spends the work for a text. Work that is not metered is spent in advance: every place of the
+  // text may have to be compared with the whole pattern.
   bool Begin(std::size_t size) {
     if (!work_.Spend(kMatchCost + size)) return false;
     if (meter_) return true;
@@ -154,7 +154,7 @@ std::optional<std::vector<Pattern::Match>> Pattern::FindAll(std::string_view tex
   if (!search.Begin(text.size())) return std::nullopt;
   std::vector<Match> matches;
   std::size_t from = 0;
-  // That the text is UTF-8 is checked once, not from every match on.
+  // The text is checked for UTF-8 once, not again after every match.
   for (std::uint32_t options = PCRE2_NOTEMPTY;; options = PCRE2_NOTEMPTY | PCRE2_NO_UTF_CHECK) {
     const int result = search.Match(text, from, options);
     if (result == PCRE2_ERROR_NOMATCH) return matches;

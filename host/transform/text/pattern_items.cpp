@@ -8,10 +8,10 @@ namespace svmscore::transform {
 namespace {
 
 constexpr std::uint32_t kAttempt = 16;
-// To find a character in a class or a property that is not of ASCII alone.
+// Units for finding a character in a class or property that is not ASCII alone.
 constexpr std::size_t kLookUp = 4;
 constexpr std::size_t kMostLookedBehind = 1000000000;  // more than there is to spend
-// Beside an attempt stands a copy of all groups, beside a step a walk through a class.
+// An attempt also copies all groups, and a step also walks through a class.
 constexpr std::size_t kCopiedAtOnce = 16;
 constexpr std::size_t kComparedAtOnce = 16;
 
@@ -22,7 +22,7 @@ T Info(const pcre2_code* code, std::uint32_t what) {
   return value;
 }
 
-// The 3 of {3,5}; 0 for other items. The braces of \x{41} are no repetition.
+// The 3 of {3,5}; 0 for other items. The braces of \x{41} are not a repetition.
 std::uint32_t LeastTimes(std::string_view item) {
   const bool by_number = item.substr(0, 2) == "\\x" || item.substr(0, 2) == "\\o";
   const std::size_t brace = item.find('{', by_number ? item.find('}') : 0);
@@ -52,17 +52,17 @@ PatternItems::PatternItems(const pcre2_code* code, std::string_view text)
   text_ = {};
 }
 
-// No exception goes through the library.
+// Throws nothing, because no exception may pass through the library.
 int PatternItems::Add(pcre2_callout_enumerate_block* block, void* self) try {
   auto& items = *static_cast<PatternItems*>(self);
   std::uint32_t& place = items.item_at_[block->pattern_position];
-  if (place != 0) return 0;  // the item of a repeated group comes again
+  if (place != 0) return 0;  // an item of a repeated group, which comes again
   place = static_cast<std::uint32_t>(items.items_.size());
   const std::string_view text =
       items.text_.substr(block->pattern_position, block->next_item_length);
   Item& item = items.items_.emplace_back();
   item.attempt = items.attempt_;
-  // Each alternative of a look behind goes back on its own, and may fail to.
+  // Each alternative of a lookbehind moves back on its own, and may fail.
   if (text.substr(0, 1) == "(") {
     const std::size_t alternatives = 1 + items.text_.size() / 8;
     item.attempt +=
@@ -81,7 +81,7 @@ int PatternItems::Add(pcre2_callout_enumerate_block* block, void* self) try {
 std::size_t PatternMeter::Cost(const pcre2_callout_block& block) {
   const PatternItems::Item& item = items_->items_[items_->item_at_[block.pattern_position]];
   std::size_t cost = item.attempt;
-  // How far the item before went.
+  // How far the item before this one went.
   const bool begins = (block.callout_flags & PCRE2_CALLOUT_STARTMATCH) != 0;
   if (!begins && block.current_position > position_) {
     cost += (block.current_position - position_) * step_;

@@ -25,27 +25,27 @@ class PatternItems {
   friend class PatternMeter;
   struct Item {
     std::uint32_t attempt = 0;  // units for an attempt to match it
-    std::uint32_t step = 1;     // units for a byte that it goes over
-    std::uint32_t least = 0;    // characters that it may go over and fail
+    std::uint32_t step = 1;     // units for each byte that it covers
+    std::uint32_t least = 0;    // characters that it may cover before it fails
     bool back_reference = false;
   };
   static int Add(pcre2_callout_enumerate_block* block, void* self);
 
-  std::string_view text_;  // while they are read
+  std::string_view text_;  // while items are read
   std::uint32_t attempt_ = 0;
   std::uint32_t behind_ = 0;
   std::uint32_t referenced_ = 0;  // the last group that a back reference may mean
   std::vector<Item> items_;
-  std::vector<std::uint32_t> item_at_;  // by where the item begins in the text; 0 elsewhere
+  std::vector<std::uint32_t> item_at_;  // by the item's start in the text; 0 elsewhere
 };
 
-// Counts the work of a search while it goes on. The library's own limit begins anew wherever in the
-// text a match may begin, and does not see how far a repetition goes at one step.
+// Counts the work of a search while it runs. The library's own limit starts again at every place
+// where a match may begin, and does not see how far a repetition goes in one step.
 class PatternMeter {
  public:
   PatternMeter(const PatternItems& items, WorkBudget& work) : items_(&items), work_(&work) {}
 
-  // For pcre2_set_callout, with the meter as its data: ends the match when the work is spent.
+  // For pcre2_set_callout, with the meter as its data: ends the match once the work is spent.
   static int Count(pcre2_callout_block* block, void* meter);
 
  private:

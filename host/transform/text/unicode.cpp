@@ -8,7 +8,7 @@
 namespace svmscore::transform {
 namespace {
 
-// Reads the character at `at` and moves past it; negative for a byte that is no UTF-8.
+// Reads the character at `at` and moves past it; negative for a byte that is not UTF-8.
 UChar32 Next(std::string_view text, std::size_t& at) {
   const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
   const std::size_t start = at;
@@ -65,7 +65,7 @@ std::u32string CodePoints(std::string_view text) {
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t start = at;
     const UChar32 character = Next(text, at);
-    // A stray byte must equal no character.
+    // A stray byte must not equal any character.
     points += static_cast<char32_t>(character < 0 ? 0x110000 + (text[start] & 0xFF) : character);
   }
   return points;
@@ -73,7 +73,7 @@ std::u32string CodePoints(std::string_view text) {
 
 bool IsPunctuation(char32_t character) {
   if (character < 0x80) {
-    // Signs such as $ and + count as well, though Unicode calls them symbols.
+    // Signs such as $ and + count too, although Unicode calls them symbols.
     return u_ispunct(static_cast<UChar32>(character)) ||
            std::string_view("$+<=>^`|~").find(static_cast<char>(character)) !=
                std::string_view::npos;

@@ -7,11 +7,11 @@
 
 namespace svmscore::transform {
 
-// Bytes that are no UTF-8 count as one character each and stay as they are.
+// Bytes that are not UTF-8 count as one character each and stay as they are.
 std::size_t CharacterCount(std::string_view text);
-// The `count` characters from the one at `first` (0 is the first) on; as many as there are.
+// The `count` characters from position `first` (from 0) on, or as many as there are.
 std::string_view Characters(std::string_view text, std::size_t first, std::size_t count);
-// Each character by its simple mapping: one character stays one.
+// Each character is mapped to a single one.
 std::string UpperCase(std::string_view text);
 std::string LowerCase(std::string_view text);
 

@@ -13,14 +13,15 @@ constexpr std::size_t kSplitCost = 16;
 constexpr std::size_t kEditCost = 2;  // for each pair of characters that are compared
 constexpr std::size_t kWordCost = 16;
 
-// False for all words when the work is spent.
+// False for any two words once the work is spent.
 bool Equal(const Word& left, const Word& right, WorkBudget& work) {
   return left.text.size() == right.text.size() && work.Spend(left.text.size()) &&
          left.text == right.text;
 }
 
-// The distance of words whose lengths differ by at most `most`; above it where that is more. A way
-// that leaves the band of `most` beside the diagonal has more edits than that.
+// The distance of words whose lengths differ by at most `most`; some number above `most` where it
+// is greater. A path that leaves the band of `most` on either side of the diagonal has more edits
+// than that.
 int DistanceInBand(std::u32string_view left, std::u32string_view right, int most) {
   const auto width = static_cast<std::size_t>(most);
   std::vector<int> row(right.size() + 1);
@@ -51,7 +52,7 @@ std::optional<int> EditDistance(std::u32string_view left, std::u32string_view ri
   if (!work.Spend(kWordCost + (longer == shorter ? longer : 0))) return std::nullopt;
   if (left == right) return 0;
   if (most == 0 || longer - shorter > static_cast<std::size_t>(most)) return most + 1;
-  // No distance is greater than that.
+  // No distance exceeds the longer length.
   const auto width = std::min(static_cast<std::size_t>(most), longer);
   if (!work.Spend(kEditCost * longer * std::min(2 * width + 1, longer))) return std::nullopt;
   return DistanceInBand(left, right, static_cast<int>(width));
@@ -68,11 +69,11 @@ std::optional<int> EditsAt(const Words& text, std::size_t at, const Words& term,
   return edits;
 }
 
-// Knuth, Morris and Pratt: no word of the text is gone back to.
+// By Knuth, Morris and Pratt: no word of the text is looked at twice.
 std::optional<std::size_t> Occurrences(const Words& text, const Words& term, WorkBudget& work) {
   if (term.size() > text.size()) return 0;
   if (!work.Spend(kWordCost * (text.size() + term.size()))) return std::nullopt;
-  // How many words at the term's beginning are also the last ones of its first i + 1.
+  // border[i]: how many words at the term's beginning are also the last of its first i + 1 words.
   std::vector<std::size_t> border(term.size());
   for (std::size_t i = 1, same = 0; i < term.size(); ++i) {
     while (same > 0 && !Equal(term[i], term[same], work)) same = border[same - 1];

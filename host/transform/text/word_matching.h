@@ -15,7 +15,7 @@
 
 namespace svmscore::transform {
 
-// A word, and where it stands in its text. Punctuation around it does not belong to it.
+// A word and its place in the text, without the punctuation around it.
 struct Word {
   std::u32string text;  // in lower case where case does not matter
   std::size_t begin;    // bytes
@@ -23,18 +23,19 @@ struct Word {
 };
 using Words = std::vector<Word>;
 
-// The number of insertions, deletions and replacements of characters that make one word the other;
-// any number above `most` stands for more than that. Nothing where the work is spent.
+// The number of insertions, deletions and replacements of characters that turn one word into the
+// other, or some number above `most` if it is more than that. Nothing once the work is spent.
 std::optional<int> EditDistance(std::u32string_view left, std::u32string_view right, int most,
                                 WorkBudget& work);
 
-// The edits that make the words of `text` from `at` on those of `term`; more than `most` where it
-// takes more, and nothing where the work is spent. REQUIRES: text holds that many words.
+// The number of edits that turn the words of `text` from `at` on into those of `term`; some number
+// above `most` if it is more, and nothing once the work is spent. REQUIRES: text holds that many
+// words.
 std::optional<int> EditsAt(const Words& text, std::size_t at, const Words& term, int most,
                            WorkBudget& work);
 
-// How often the term stands in the text word by word; occurrences may reach into each other.
-// Nothing where the work is spent. REQUIRES: the term is not empty.
+// How often the term occurs in the text, word by word; occurrences may overlap.
+// Nothing once the work is spent. REQUIRES: the term is not empty.
 std::optional<std::size_t> Occurrences(const Words& text, const Words& term, WorkBudget& work);
 
 // How a text is taken apart and compared.
@@ -46,7 +47,7 @@ class WordRules {
         most_edits_(most_edits),
         separator_(std::move(separator)) {}
 
-  // Nothing where the text is not UTF-8 or the work is spent.
+  // Nothing where the text is not UTF-8 or once the work is spent.
   std::optional<Words> Split(std::string_view text, WorkBudget& work) const;
   int MostEdits() const { return most_edits_; }
   bool IgnoresCase() const { return !case_sensitive_; }

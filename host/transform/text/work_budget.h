@@ -1,4 +1,4 @@
-// What the search of a text may cost.
+// How much work the search of a text may take.
 #ifndef HOST_TRANSFORM_TEXT_WORK_BUDGET_H_
 #define HOST_TRANSFORM_TEXT_WORK_BUDGET_H_
 
@@ -6,12 +6,12 @@
 
 namespace svmscore::transform {
 
-// The work that one expression may do on a case, counted and not timed: what is too much is so on
-// every machine. A unit is about a nanosecond, such as the look at one character; the expression
-// whose work is spent has no answer.
+// The work that one expression may do on a case, counted rather than timed, so that every machine
+// gives up at the same point. A unit takes about a nanosecond, such as looking at one character. An
+// expression whose work is spent has no answer.
 class WorkBudget {
  public:
-  // False where more is asked for than is left; then nothing is left.
+  // False where this is more than is left; then nothing is left.
   bool Spend(std::size_t units) {
     const bool enough = units <= left_;
     left_ = enough ? left_ - units : 0;

@@ -1,4 +1,4 @@
-// Memory for the texts of one case, taken in one go and given back in one go.
+// Memory for the texts of one case, all of which is released together.
 #ifndef HOST_TRANSFORM_VALUE_ARENA_H_
 #define HOST_TRANSFORM_VALUE_ARENA_H_
 
@@ -11,12 +11,14 @@
 
 namespace svmscore::transform {
 
-// Nothing is allocated before the first use, nor after Reset for as much as was in use before it.
-// Addresses are stable until Reset, also when the arena is moved. One thread at a time.
+// Allocates nothing before the first use, nor after Reset until more is used than before it.
+// [one thread] for each arena. Owns: the arena the texts. Lives: texts, until Reset, even when the
+// arena is moved. Fails: std::bad_alloc.
 class SVMSCORE_HOST_API Arena {
  public:
-  // What the texts that are made for one case may come to: a few expressions that double a text
-  // would fill any memory. Who makes a text asks HasRoomFor; a value that does not fit is invalid.
+  // The most that all texts made for one case may take: a few expressions that each double a text
+  // would fill any memory. Whoever makes a text asks HasRoomFor; a value that does not fit is
+  // invalid.
   static constexpr std::size_t kMostBytes = std::size_t{64} << 20;
 
   // Aligned to 8 bytes.

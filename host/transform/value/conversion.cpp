@@ -29,7 +29,7 @@ std::string_view Trim(std::string_view text) {
   return text;
 }
 
-// ASCII letters without regard to case.
+// Compares ASCII letters without regard to case.
 bool Spells(std::string_view text, std::string_view lower) {
   return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
                     [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
@@ -45,7 +45,7 @@ std::optional<bool> TruthOfText(std::string_view text) {
 bool IsMoment(DataType type) {
   return type >= DataType::kDate;
 }
-// Kinds that stand for a moment and are plain numbers at the same time.
+// Types that mean a point in time and are plain numbers at the same time.
 bool IsCount(DataType type) {
   return type >= DataType::kTimeSeconds;
 }
@@ -75,7 +75,7 @@ Value FromText(std::string_view text, FieldType type) {
   return number ? Value::Of(*number, type) : Value::Invalid();
 }
 
-// The moment as a value of a kind of date or time; invalid where the scales do not meet.
+// The moment as a value of a date or time type; invalid where the scales have nothing in common.
 Value FromMoment(const Moment& moment, FieldType type) {
   using Scale = Moment::Scale;
   const bool clock = type.data == DataType::kTime || type.data == DataType::kTimeSeconds;

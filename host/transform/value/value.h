@@ -13,13 +13,13 @@ namespace svmscore::transform {
 
 enum class State : std::uint8_t {
   kPresent,
-  kUnfit,  // present, though not a valid value: taken as it is because the document says so
+  kUnfit,  // present although not valid: used as it is because the document says so
   kMissing,
-  kInvalid,  // the number, if any, is what an operation came to: an infinity or NaN
+  kInvalid,  // the number, if any, is the result of an operation: an infinity or NaN
 };
 
-// A value and its data type. An integer is kept in 64 bits, a text as a view of someone else's
-// memory, all else as the number that field_types.h names.
+// A value and its data type. An integer is kept in 64 bits, a text as a view of memory that someone
+// else owns, everything else as the number that field_types.h describes.
 class Value {
  public:
   Value() = default;  // missing
