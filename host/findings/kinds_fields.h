@@ -111,6 +111,20 @@ inline constexpr std::array kFieldFindings = {
         "a category with a coefficient other than 1 enters its vector position as that coefficient",
         "the document means the same in this form",
         "nothing; export anew if another reader cannot take it as it is"},
+    FindingKind{"map-missing-unreadable", FindingClass::kLossy, code::kBadValue,
+                "the value that a vector position gives to missing inputs is none of the type of "
+                "its field, and is not used",
+                "a case that lacks the input is treated as the mining schema says",
+                "write a value of the type of the field"},
+    FindingKind{"input-not-in-schema", FindingClass::kGuessed, code::kBadContent,
+                "a field that the mining schema leaves out is an input, for a derived field is "
+                "computed from it",
+                "cases must supply it", "list it in the MiningSchema"},
+    FindingKind{
+        "derived-field-left-out", FindingClass::kLossy, code::kBadContent,
+        "a derived field or a function cannot be computed, and nothing that is scored needs "
+        "it",
+        "no score depends on it", "correct it, or remove it"},
     FindingKind{"category-unlisted", FindingClass::kStandard, 0,
                 "a category that its field does not list is compared with the input itself",
                 "the document means the same in this form",

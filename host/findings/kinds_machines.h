@@ -13,6 +13,11 @@ inline constexpr std::array kMachineFindings = {
                 "a linear machine given by one coefficient a field is read as one support vector",
                 "the document means the same in this form",
                 "nothing; export anew if another reader cannot take it as it is"},
+    FindingKind{"coefficient-form-mistaken", FindingClass::kLossy, code::kBadContent,
+                "a machine that has support vectors is scored with them, though svmRepresentation "
+                "says Coefficients",
+                "decision values are those of the support vectors",
+                "write svmRepresentation=\"SupportVectors\", or remove the support vectors"},
     FindingKind{"category-spelling", FindingClass::kStandard, 0,
                 "a category that a machine spells differently is taken as the target's equal value",
                 "the document means the same in this form",
@@ -93,12 +98,12 @@ inline constexpr std::array kMachineFindings = {
                 "that embeds the plug-in may not",
                 "make the first category of the target the response: swap response and "
                 "nonResponse, and change the signs of A and B"},
-    FindingKind{
-        "pairs-ordered", FindingClass::kGuessed, code::kNeedsIntake,
-        "the machines are put into the order of the pairs of the target's categories, the first "
-        "one as response",
-        "each probability belongs to the pair that its machine names",
-        "put the machines into the order of the pairs of categories as the target lists them"},
+    FindingKind{"response-later", FindingClass::kLossy, code::kBadContent,
+                "of three and more categories the probability of a machine is that of the earlier "
+                "category of its pair, also where its response names the later one",
+                "if it was meant for the response, it is given to the other category of the pair",
+                "make the earlier category the response: swap response and nonResponse, and change "
+                "the signs of A and B if the probability is that of the later one"},
     FindingKind{
         "pair-out-of-order", FindingClass::kError, code::kBadContent,
         "the probability of a machine is taken for another pair of categories than it names",
@@ -148,10 +153,10 @@ inline constexpr std::array kMachineFindings = {
         "extension-incomplete", FindingClass::kError, code::kLacksChildren,
         "an Extension that lacks what its machine needs gives it no probabilities, or no interval",
         "no probabilities or no interval are computed", "complete it"},
-    FindingKind{"extension-on-some", FindingClass::kError, code::kBadContent,
-                "some machines have a usable Extension, and others have none",
-                "probabilities are left out or lack some machines",
-                "give every machine an extension"},
+    FindingKind{"extension-on-some", FindingClass::kLossy, code::kBadContent,
+                "some machines have a usable Extension and others have none, so that all decide by "
+                "votes",
+                "no probabilities are computed", "give every machine an extension"},
     FindingKind{"deviation-negative", FindingClass::kError, code::kBadContent,
                 "a StandardDeviation below 0 turns the interval around; -1 leaves it out",
                 "no interval is computed that a value could be in",

@@ -63,6 +63,17 @@ inline constexpr std::array kVectorFindings = {
                 "the indices of a sparse array do not ascend strictly",
                 "values are compared with the wrong inputs",
                 "write each index once, in ascending order"},
+    FindingKind{"index-repeated", FindingClass::kError, code::kBadContent,
+                "of several entries of a vector with one index the first is compared with the "
+                "input, and the others with 0",
+                "the vector stands elsewhere than it was meant to",
+                "write each index once, in ascending order"},
+    FindingKind{"default-value-unreadable", FindingClass::kError, code::kBadValue,
+                "the default value of a sparse array is no number, and counts as 0",
+                "positions that the array does not list are 0", "write a number"},
+    FindingKind{"array-type", FindingClass::kGuessed, code::kBadValue,
+                "an array of the type string is read as one of numbers",
+                "the vector has the numbers that the texts spell", "state the type real"},
     FindingKind{
         "no-indices", FindingClass::kError, code::kChildMissing,
         "the entries of a sparse array without Indices are not read: it is a vector of zeros",

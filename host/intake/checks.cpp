@@ -5,22 +5,45 @@
 #include "host/intake/steps.h"
 #include "host/intake/target_categories.h"
 #include "host/output/scheme.h"
+#include "host/text/number_text.h"
 #include "host/xml/edit.h"
 #include "host/xml/elements.h"
 
 namespace svmscore::intake {
 namespace {
 
-void CheckNumber(Intake& intake, Kind kind, const DOMElement* element, const char* name) {
+bool IsUnreadable(const DOMElement* element, const char* name) {
   WideView text = AttributeView(element, name);
-  if (text.data() == nullptr) return;
-  const WideView whole = text;
-  const WideView word = NextWord(text);
-  if (IsNumber(word) && NextWord(text).empty()) return;
-  intake.Tell(kind, element, Narrow(whole), name, NameOf(element));
+  if (text.data() == nullptr) return false;
+  return !IsNumber(NextWord(text)) || !NextWord(text).empty();
 }
 
-// The identifiers of all vectors, borrowed from the document.
+void CheckNumber(Intake& intake, Kind kind, const DOMElement* element, const char* name) {
+  if (!IsUnreadable(element, name)) return;
+  intake.Tell(kind, element, Narrow(AttributeView(element, name)), name, NameOf(element));
+}
+
+void CheckOffset(Intake& intake, const DOMElement* coefficients) {
+  if (!IsUnreadable(coefficients, "absoluteValue")) return;
+  const std::string text = Narrow(AttributeView(coefficients, "absoluteValue"));
+  intake.Error("bad-absolute-value", coefficients, text, "absoluteValue", "Coefficients");
+}
+
+// Whether a translator keeps the vector: one without values is left out.
+bool HasValues(const DOMElement* instance) {
+  const DOMElement* array = FindChild(instance, "REAL-SparseArray");
+  if (array == nullptr) return false;
+  const DOMElement* indices = FindChild(array, "Indices");
+  if (indices == nullptr) {
+    const auto length = ParseNumber(Narrow(AttributeView(array, "n")));
+    return length && TruncateToInt(*length) > 0;
+  }
+  WideText joined;
+  WideView text = TextView(indices, joined);
+  return !NextWord(text).empty();
+}
+
+// The identifiers of all vectors that are kept, borrowed from the document.
 std::unordered_set<WideView> CheckInstances(Intake& intake) {
   std::unordered_set<WideView> ids;
   for (const DOMElement* instance :
@@ -30,7 +53,7 @@ std::unordered_set<WideView> CheckInstances(Intake& intake) {
     if (id.data() == nullptr) continue;
     if (id.empty()) {
       intake.Tell("vector-dropped", instance, "an empty id", "VectorInstance");
-    } else if (!ids.insert(id).second) {
+    } else if (HasValues(instance) && !ids.insert(id).second) {
       intake.Tell("vector-dropped", instance, "the id \"" + Narrow(id) + "\" of an earlier vector",
                   "VectorInstance");
     }
@@ -48,23 +71,29 @@ void CheckMachine(Intake& intake, const DOMElement* machine,
   const DOMElement* support = FindChild(machine, "SupportVectors");
   const DOMElement* coefficients = FindChild(machine, "Coefficients");
   if (support == nullptr || coefficients == nullptr) return;
-  CheckNumber(intake, "bad-absolute-value", coefficients, "absoluteValue");
+  CheckOffset(intake, coefficients);
   std::size_t terms = 0;
   for (const DOMElement* coefficient : Children(coefficients, "Coefficient")) {
     CheckNumber(intake, "bad-coefficient", coefficient, "value");
     ++terms;
   }
   std::size_t vectors = 0;
+  std::size_t left = 0;
   for (const DOMElement* vector : Children(support, "SupportVector")) {
     const WideView id = AttributeView(vector, "vectorId");
-    if (id.data() != nullptr && !ids.contains(id) && vectors < terms) {
+    const bool pairs = vectors < terms;
+    if (pairs && ids.contains(id)) ++left;
+    if (pairs && id.data() != nullptr && !ids.contains(id)) {
       intake.Tell("unknown-vector", vector,
-                  "the vectorId \"" + Narrow(id) + "\", which no VectorInstance has,",
+                  "the vectorId \"" + Narrow(id) + "\", which no VectorInstance with values has,",
                   "SupportVector");
     }
     ++vectors;
   }
-  if (vectors == 0 || terms == 0 || vectors == terms) return;
+  // A translator says which of the two lists is empty.
+  if (vectors == 0 || terms == 0) return;
+  if (left == 0) intake.Error("empty-machine", machine, "no term that is left", NameOf(machine));
+  if (vectors == terms) return;
   intake.Tell(vectors > terms ? Kind("surplus-vectors") : Kind("surplus-coefficients"),
               coefficients, std::to_string(vectors), "SupportVectors", "SupportVectorMachine",
               std::to_string(terms), "Coefficients", "SupportVectorMachine");

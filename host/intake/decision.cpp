@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "host/intake/steps.h"
+#include "host/intake/target_categories.h"
 #include "host/xml/attributes.h"
 #include "host/xml/edit.h"
 
@@ -32,9 +33,9 @@ void ReadOldSecond(Intake& intake) {
   if (FindNext(machine, "SupportVectorMachine") != nullptr) {
     if (!old_version) return;
     // Nothing says which side each machine's values choose.
-    return intake.Refuse(intake.Model(), code::kUnsupported,
-                         "alternateBinaryTargetCategory with several machines",
-                         "SupportVectorMachineModel");
+    return intake.Tell("alternate-unused", intake.Model(),
+                       "alternateBinaryTargetCategory with several machines",
+                       "SupportVectorMachineModel");
   }
   // Version 3 knew neither of these; a document that has them means the newer rule.
   const bool newer_rule = Has(intake.Model(), "threshold") || Has(intake.Model(), "maxWins") ||
@@ -64,6 +65,8 @@ void InferMethod(Intake& intake) {
   }
   const std::size_t wanted = labels.size() * (labels.size() - 1) / 2;
   if (labels.size() < 3 || machines != wanted || pairs.size() != wanted) return;
+  // The target may list more categories than the machines name.
+  if (!FitsPairs(intake)) return;
   intake.Tell("method-inferred", intake.Model());
   SetAttribute(intake.Model(), "classificationMethod", "OneAgainstOne");
 }

@@ -1,6 +1,7 @@
 // A translator counts children but lists descendants, so that a machine, a vector or a coefficient
 // inside an Extension would take the place of one of the model's own.
 #include "host/intake/steps.h"
+#include "host/xml/attributes.h"
 #include "host/xml/edit.h"
 #include "host/xml/elements.h"
 
@@ -28,6 +29,20 @@ void HideExtensionContent(Intake& intake, const std::vector<DOMElement*>& extens
       intake.Tell("extension-content", at);
       Rename(at, "X-" + NameOf(at));
     }
+  }
+}
+
+// A translator looks at the first Extension only.
+void PutOwnExtensionsFirst(Intake& intake) {
+  for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
+    DOMElement* first = FindChild(machine, "Extension");
+    DOMElement* own = first;
+    while (own != nullptr && FindAttribute(own, "extender") != "svmscore") {
+      own = FindNext(own, "Extension");
+    }
+    if (own == nullptr || own == first) continue;
+    intake.Tell("extension-moved", own);
+    machine->insertBefore(own, first);
   }
 }
 

@@ -40,41 +40,52 @@ void Intake::Told(KindOfFinding kind, const DOMElement* at, std::vector<std::str
 
 }  // namespace intake
 
-std::vector<Finding> MakeReadable(PmmlDocument& document, IntakeMode mode) try {
-  if (document.Dom() == nullptr || document.Dom()->getDocumentElement() == nullptr) return {};
-  intake::Intake intake(document, mode);
-  const std::vector<xercesc::DOMElement*> extensions = intake::UsePlainNames(intake);
-  const std::string root = NameOf(intake.Root());
-  if (root != "PMML") {
-    intake.Refuse(intake.Root(), code::kBadContent, "a root other than PMML", root);
-  }
-  intake::SettleVersion(intake);
-  intake::ChooseModel(intake);
-  if (intake.Model() == nullptr) return intake.TakeFindings();
-  intake::CheckVocabulary(intake);
-  intake::UseKnownSpellings(intake);
-  intake::CheckMiningSchema(intake);
-  intake::CheckNamesUsed(intake);
-  intake::CheckTargets(intake);
-  intake::CheckCounts(intake);
-  intake::CheckCategoriesUsed(intake);
-  intake::HideExtensionContent(intake, extensions);
-  intake::MergeTransformations(intake);
+namespace intake {
+namespace {
+
+void TakeSteps(Intake& intake) {
+  const std::vector<DOMElement*> extensions = UsePlainNames(intake);
+  CheckRoot(intake);
+  SettleVersion(intake);
+  ChooseModel(intake);
+  if (intake.Model() == nullptr) return;
+  CheckVocabulary(intake);
+  UseKnownSpellings(intake);
+  CheckMiningSchema(intake);
+  CheckNamesUsed(intake);
+  CheckTargets(intake);
+  CheckCounts(intake);
+  CheckCategoriesUsed(intake);
+  HideExtensionContent(intake, extensions);
+  PutOwnExtensionsFirst(intake);
+  MergeTransformations(intake);
   // Vectors are measured by the number of vector fields, and the linear form makes a vector of its
   // own, so the three come in this order.
-  intake::ExpressVectorFields(intake);
-  intake::UseSparseVectors(intake);
-  intake::UseSupportVectors(intake);
-  intake::TellKernelNumbersFromAbsence(intake);
+  ExpressVectorFields(intake);
+  UseSparseVectors(intake);
+  UseSupportVectors(intake);
+  TellKernelNumbersFromAbsence(intake);
   // The decision rule of the oldest versions names the second category, which the target may have
   // to learn, so the rule comes before the target, and the target before labels are compared.
-  intake::UseOneDecisionRule(intake);
-  intake::CompleteTarget(intake);
-  intake::MatchLabels(intake);
-  intake::OrderPairs(intake);
-  intake::CheckLayout(intake);
-  intake::CheckMachines(intake);
-  intake::CheckFiniteNumbers(intake);
+  UseOneDecisionRule(intake);
+  CompleteTarget(intake);
+  MatchLabels(intake);
+  UseCalibrationOfAll(intake);
+  CheckPairs(intake);
+  CheckLayout(intake);
+  CheckMachines(intake);
+  CheckFiniteNumbers(intake);
+}
+
+}  // namespace
+}  // namespace intake
+
+std::vector<Finding> MakeReadable(PmmlDocument& document, IntakeMode mode,
+                                  std::optional<MCZandor_850::SSException>* refused) try {
+  if (document.Dom() == nullptr || document.Dom()->getDocumentElement() == nullptr) return {};
+  intake::Intake intake(document, mode);
+  intake::TakeSteps(intake);
+  if (refused != nullptr) *refused = intake.Refused();
   return intake.TakeFindings();
 } catch (const xercesc::OutOfMemoryException&) {
   throw std::bad_alloc();

@@ -2,6 +2,7 @@
 #ifndef HOST_INTAKE_INTAKE_H_
 #define HOST_INTAKE_INTAKE_H_
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -43,14 +44,26 @@ class Intake {
     Told(kind, at, {std::string(parts)...});
   }
 
-  // Throws, except in tolerant mode, where the caller leaves the element as it is. For what is not
-  // supported; what a translator refuses itself is left to it.
+  // Tells what nobody can have meant, and refuses the document with the message of the kind.
   template <typename... Parts>
-  void Refuse(const DOMElement* element, int code, const Parts&... parts) const {
-    if (mode_ != IntakeMode::kTolerate) ThrowAt(element, code, parts...);
+  void Error(KindOfFinding kind, const DOMElement* at, const Parts&... parts) {
+    Tell(kind, at, parts...);
+    Refuse(at, kind->strict_code, parts...);
+  }
+
+  // Notes that the document is to be refused, unless a translator does so; the caller leaves the
+  // element as it is. In strict mode throws. For what cannot have been meant.
+  template <typename... Parts>
+  void Refuse(const DOMElement* element, int code, const Parts&... parts) {
+    if (mode_ == IntakeMode::kStrict) ThrowAt(element, code, parts...);
+    if (refused_) return;
+    refused_.emplace(MCZandor_850::gErrorFormater);
+    refused_->PutErrorMessage(code, parts...);
+    refused_->SetElement(element);
   }
 
   std::vector<Finding> TakeFindings() { return std::move(findings_); }
+  const std::optional<MCZandor_850::SSException>& Refused() const { return refused_; }
 
  private:
   // The findings of one kind.
@@ -65,6 +78,7 @@ class Intake {
   IntakeMode mode_;
   DOMElement* model_ = nullptr;
   std::vector<Finding> findings_;
+  std::optional<MCZandor_850::SSException> refused_;
   std::unordered_map<std::string_view, Known> known_;  // by the name of the kind
 };
 

@@ -2,6 +2,7 @@
 #ifndef HOST_INTAKE_MAKE_READABLE_H_
 #define HOST_INTAKE_MAKE_READABLE_H_
 
+#include <optional>
 #include <vector>
 
 #include "host/findings/finding.h"
@@ -11,18 +12,20 @@
 namespace svmscore {
 
 enum class IntakeMode {
-  kRefuse,    // makes the changes; what is not supported is thrown
-  kTolerate,  // makes the changes; what is not supported stays as it is, for a program that tells
-              // of it
-  kStrict,    // as kRefuse, and thrown is also the first finding that guesses, loses or is an error
+  kTolerate,  // makes the changes; what is refused stays as it is
+  kStrict,    // throws what is refused, and the first finding that guesses, loses or is an error
 };
 
 // Edits the document so that a translator, which reads exactly what its own rules read, understands
 // it as its author meant it. A document that needs no change is left as it is, and what a
-// translator itself refuses is left to it. Returns what was done and found, in order.
-// Throws SSException with the element at fault (a version that is not known, in every mode); the
-// document is then half changed and of no further use. One thread a document.
-SVMSCORE_HOST_API std::vector<Finding> MakeReadable(PmmlDocument& document, IntakeMode mode);
+// translator itself refuses is left to it. Returns what was done and found, in order. What nobody
+// can have meant is put into `refused` (where that is not null), the first of it: whoever scores
+// refuses the document, after a translator has had its say. What is thrown is an SSException with
+// the element at fault; the document is then half changed and of no further use. One thread a
+// document.
+SVMSCORE_HOST_API std::vector<Finding> MakeReadable(
+    PmmlDocument& document, IntakeMode mode,
+    std::optional<MCZandor_850::SSException>* refused = nullptr);
 
 }  // namespace svmscore
 

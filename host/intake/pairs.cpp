@@ -1,118 +1,132 @@
 // A translator takes the probability of the n-th machine for that of the n-th pair of the target's
-// categories, whatever categories the machine names. Here the machines get into that order.
-#include <algorithm>
-#include <numeric>
-#include <optional>
+// categories, the earlier one as response, whatever categories the machine names: the extension is
+// read by the position of its machine. Whoever meant something else is told.
+#include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "host/intake/steps.h"
 #include "host/intake/target_categories.h"
 #include "host/output/scheme.h"
-#include "host/text/number_text.h"
 #include "host/xml/attributes.h"
 #include "host/xml/edit.h"
 
 namespace svmscore::intake {
 namespace {
 
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+using Positions = std::unordered_map<std::string, std::size_t>;
 
-struct Machine {
-  DOMElement* element;
-  DOMElement* pair = nullptr;     // ResponseCategory
-  DOMElement* sigmoid = nullptr;  // ProbabilityParameters
-  std::size_t place = kNone;      // among all pairs, where the extension names one
-  bool reversed = false;          // the response is the later category
-};
-
-class Pairs {
- public:
-  explicit Pairs(const Target& target) {
-    const LabelKeys keys(target.data_field);
-    std::unordered_map<std::string, std::size_t> known;
-    for (const std::string& category : ListedCategories(target)) {
-      if (known.emplace(keys.Of(category), known.size()).second) {
-        index_.emplace(category, index_.size());
-      }
+// The target's categories by their texts.
+Positions CategoryPositions(const Target& target) {
+  const LabelKeys keys(target.data_field);
+  std::unordered_map<std::string, std::size_t> known;
+  Positions positions;
+  for (const std::string& category : ListedCategories(target)) {
+    if (known.emplace(keys.Of(category), known.size()).second) {
+      positions.emplace(category, positions.size());
     }
   }
+  return positions;
+}
 
-  std::size_t Categories() const { return index_.size(); }
-  std::size_t Count() const { return index_.size() * (index_.size() - 1) / 2; }
-
-  Machine Read(DOMElement* element) const {
-    Machine machine{element};
-    DOMElement* extension = VendorExtension(element);
-    if (!output::IsCompleteExtension(extension, true)) return machine;
-    machine.pair = FindChild(extension, "ResponseCategory");
-    machine.sigmoid = FindChild(extension, "ProbabilityParameters");
-    const auto first = index_.find(*FindAttribute(machine.pair, "response"));
-    const auto second = index_.find(*FindAttribute(machine.pair, "nonResponse"));
-    if (first == index_.end() || second == index_.end() || first == second) return machine;
-    const auto [low, high] = std::minmax(first->second, second->second);
-    machine.place = low * (2 * Categories() - low - 1) / 2 + high - low - 1;
-    machine.reversed = first->second > second->second;
-    return machine;
+// Walks the pairs (0,1), (0,2), ..., (1,2), ... of so many categories.
+class PairWalk {
+ public:
+  explicit PairWalk(std::size_t categories) : categories_(categories) {}
+  std::size_t Earlier() const { return earlier_; }
+  std::size_t Later() const { return later_; }
+  bool AtEnd() const { return later_ >= categories_; }
+  void Next() {
+    if (++later_ < categories_) return;
+    ++earlier_;
+    later_ = earlier_ + 1;
   }
 
  private:
-  std::unordered_map<std::string, std::size_t> index_;
+  std::size_t categories_;
+  std::size_t earlier_ = 0;
+  std::size_t later_ = 1;
 };
 
-// The same probability seen from the other category: 1 - 1 / (1 + exp(A f + B)).
-void Reverse(const Machine& machine) {
-  const std::string response = *FindAttribute(machine.pair, "response");
-  SetAttribute(machine.pair, "response", *FindAttribute(machine.pair, "nonResponse"));
-  SetAttribute(machine.pair, "nonResponse", response);
-  for (const char* name : {"A", "B"}) {
-    SetAttribute(machine.sigmoid, name, FormatNumber(-*FindNumber(machine.sigmoid, name)));
+// Remarks on a machine whose extension names another pair than the one of its place, or names it
+// the other way round.
+void CheckPair(Intake& intake, const DOMElement* machine, const Positions& positions,
+               const PairWalk& place) {
+  const DOMElement* pair = FindChild(VendorExtension(machine), "ResponseCategory");
+  const auto response = positions.find(FindAttribute(pair, "response").value_or(""));
+  const auto other = positions.find(FindAttribute(pair, "nonResponse").value_or(""));
+  const bool known = response != positions.end() && other != positions.end();
+  const auto names = [&](std::size_t first, std::size_t second) {
+    return known && !place.AtEnd() && response->second == first && other->second == second;
+  };
+  if (names(place.Earlier(), place.Later())) return;
+  if (names(place.Later(), place.Earlier())) {
+    intake.Tell("response-later", machine, "a response that is the later category of its pair",
+                NameOf(machine));
+  } else {
+    intake.Tell("pair-out-of-order", machine, "a probability that belongs to no pair of its place",
+                NameOf(machine));
   }
 }
 
-void Reorder(DOMElement* model, std::vector<Machine>& machines) {
-  DOMNode* mark = model->getOwnerDocument()->createTextNode(u"");
-  model->insertBefore(mark, machines.front().element);
-  std::sort(machines.begin(), machines.end(),
-            [](const Machine& a, const Machine& b) { return a.place < b.place; });
-  for (const Machine& machine : machines) {
-    if (machine.reversed) Reverse(machine);
-    model->insertBefore(machine.element, mark);
+std::string Listed(const std::vector<std::size_t>& machines) {
+  constexpr std::size_t kShown = 12;
+  std::string text = machines.size() == 1 ? "machine " : "the machines ";
+  for (std::size_t i = 0; i < machines.size(); ++i) {
+    if (i > 0) text += ", ";
+    if (i == kShown) return text + "...";
+    text += std::to_string(machines[i]);
   }
-  model->removeChild(mark)->release();
+  return text;
+}
+
+bool NamesCategories(const DOMElement* machine) {
+  return !AttributeView(machine, "targetCategory").empty() &&
+         !AttributeView(machine, "alternateTargetCategory").empty();
 }
 
 }  // namespace
 
-void OrderPairs(Intake& intake) {
+void UseCalibrationOfAll(Intake& intake) {
   if (!intake.IsClassification()) return;
-  const Pairs pairs(FindTarget(intake));
-  std::vector<Machine> machines;
+  std::vector<std::size_t> lacking;
+  const DOMElement* first = nullptr;
+  DOMElement* last = nullptr;
+  std::size_t machines = 0;
   for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
-    machines.push_back(pairs.Read(machine));
+    ++machines;
+    last = machine;
+    if (output::IsCompleteExtension(VendorExtension(machine), true)) continue;
+    lacking.push_back(machines);
+    if (first == nullptr) first = machine;
   }
-  // Two categories need no order. The last machine decides whether there are probabilities at all.
-  if (pairs.Categories() < 3 || machines.empty() || machines.back().pair == nullptr) return;
-  const Machine* stray = nullptr;
-  bool complete = machines.size() == pairs.Count();
-  // Of many categories there may be far more pairs than anything that the document holds.
-  std::vector<bool> taken(complete ? pairs.Count() : 0);
-  for (std::size_t i = 0; i < machines.size(); ++i) {
-    const Machine& machine = machines[i];
-    if (stray == nullptr && (machine.place != i || machine.reversed)) stray = &machine;
-    complete = complete && machine.place != kNone && !taken[machine.place];
-    if (complete) taken[machine.place] = true;
+  if (lacking.empty() || lacking.size() == machines) return;
+  intake.Tell("extension-on-some", first, "no probability of " + Listed(lacking), NameOf(first));
+  // The last machine decides for all. One that names no categories could not vote.
+  if (lacking.back() == machines || !NamesCategories(last)) return;
+  SetAttribute(VendorExtension(last), "extender", "svmscore, not used");
+}
+
+void CheckPairs(Intake& intake) {
+  if (!intake.IsClassification()) return;
+  const Positions positions = CategoryPositions(FindTarget(intake));
+  const DOMElement* last = nullptr;
+  for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
+    last = machine;
   }
-  if (stray == nullptr && complete) return;
-  // Nothing is taken for another pair: whoever looks at the extensions tells of the missing one.
-  if (stray != nullptr && stray->pair == nullptr) return;
-  const DOMElement* at = stray != nullptr ? stray->element : intake.Model();
-  if (complete) {
-    intake.Tell("pairs-ordered", at);
-    Reorder(intake.Model(), machines);
-  } else {
-    intake.Tell("pair-out-of-order", at, "a probability that belongs to no pair of its place",
-                NameOf(at));
+  // Of two categories the response is found by its name. The last machine decides whether there are
+  // probabilities at all.
+  if (positions.size() < 3 || !output::IsCompleteExtension(VendorExtension(last), true)) return;
+  PairWalk place(positions.size());
+  for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
+    if (output::IsCompleteExtension(VendorExtension(machine), true)) {
+      CheckPair(intake, machine, positions, place);
+    }
+    place.Next();
   }
+  if (place.AtEnd() && place.Earlier() + 1 == positions.size()) return;
+  intake.Tell("pair-out-of-order", intake.Model(), "another number of machines than of pairs",
+              NameOf(intake.Model()));
 }
 
 }  // namespace svmscore::intake

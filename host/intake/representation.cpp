@@ -15,8 +15,12 @@ constexpr const char* kRepresentation = "svmRepresentation";
 
 class LinearMachines {
  public:
-  LinearMachines(Intake& intake, DOMElement* vectors, std::size_t fields)
-      : intake_(intake), vectors_(vectors), reader_(intake, fields), fields_(fields) {
+  LinearMachines(Intake& intake, DOMElement* vectors, std::size_t fields, bool linear)
+      : intake_(intake),
+        vectors_(vectors),
+        reader_(intake, fields),
+        fields_(fields),
+        linear_(linear) {
     for (DOMElement* instance : Children(vectors, "VectorInstance")) {
       ids_.insert(Narrow(AttributeView(instance, "id")));
     }
@@ -25,15 +29,21 @@ class LinearMachines {
   void Read(DOMElement* machine) {
     DOMElement* support = FindChild(machine, "SupportVectors");
     DOMElement* coefficients = FindChild(machine, "Coefficients");
-    // A translator says that the coefficients are missing.
-    if (coefficients == nullptr) return;
     if (FindChild(support, "SupportVector") != nullptr) {
-      return intake_.Refuse(support, code::kBadContent,
-                            "support vectors beside svmRepresentation Coefficients",
-                            "SupportVectorMachine");
+      return intake_.Tell("coefficient-form-mistaken", support,
+                          "support vectors beside svmRepresentation Coefficients",
+                          "SupportVectorMachine");
+    }
+    // A translator says that the coefficients, or support vectors, are missing.
+    if (coefficients == nullptr) return;
+    if (!linear_) {
+      return intake_.Refuse(intake_.Model(), code::kUnsupported,
+                            "svmRepresentation Coefficients without a LinearKernelType",
+                            "SupportVectorMachineModel");
     }
     WideText entries;
     if (!Gather(coefficients, entries)) return;
+    converted_ = true;
     intake_.Tell("coefficient-form", machine);
     if (support != nullptr) Remove(support);
     support = MakeElement(intake_.Dom(), "SupportVectors");
@@ -45,18 +55,20 @@ class LinearMachines {
     RemoveAttribute(coefficients, "numberOfCoefficients");
     SetAttribute(AddElement(coefficients, "Coefficient"), "value", "1");
   }
+  // Whether a machine got a support vector.
+  bool Converted() const { return converted_; }
 
  private:
-  // The coefficients as the text of a vector; false where they are none.
+  // The coefficients as the text of a vector; false where there is not one for each field.
   bool Gather(const DOMElement* coefficients, WideText& entries) {
     std::size_t count = 0;
     for (const DOMElement* coefficient : Children(coefficients, "Coefficient")) {
       const WideView stated = AttributeView(coefficient, "value");
       WideView rest = stated.data() == nullptr ? WideView(u"0") : stated;
-      const WideView word = NextWord(rest);
+      WideView word = NextWord(rest);
       if (!IsNumber(word) || !NextWord(rest).empty()) {
-        intake_.Refuse(coefficient, code::kBadValue, Narrow(stated), "value", "Coefficient");
-        return false;
+        intake_.Tell("bad-coefficient", coefficient, Narrow(stated), "value", "Coefficient");
+        word = u"0";
       }
       entries.append(word).push_back(u' ');
       ++count;
@@ -85,6 +97,8 @@ class LinearMachines {
   DOMElement* vectors_;
   VectorReader reader_;
   std::size_t fields_;
+  bool linear_;
+  bool converted_ = false;
   std::size_t machines_ = 0;
   std::unordered_set<std::string> ids_;
 };
@@ -100,15 +114,12 @@ void UseSupportVectors(Intake& intake) {
   const bool has_other = intake.ModelChild("PolynomialKernelType") != nullptr ||
                          intake.ModelChild("RadialBasisKernelType") != nullptr ||
                          intake.ModelChild("SigmoidKernelType") != nullptr;
-  if (intake.ModelChild("LinearKernelType") == nullptr && has_other) {
-    return intake.Refuse(intake.Model(), code::kUnsupported,
-                         "svmRepresentation Coefficients without a LinearKernelType",
-                         "SupportVectorMachineModel");
-  }
-  LinearMachines machines(intake, vectors, fields);
+  const bool linear = intake.ModelChild("LinearKernelType") != nullptr || !has_other;
+  LinearMachines machines(intake, vectors, fields, linear);
   for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
     machines.Read(machine);
   }
+  if (!machines.Converted()) return;
   SetAttribute(intake.Model(), kRepresentation, "SupportVectors");
   RemoveAttribute(vectors, "numberOfVectors");
 }

@@ -2,6 +2,8 @@
 #include <optional>
 
 #include "host/intake/steps.h"
+#include "host/intake/target_categories.h"
+#include "host/text/field_text.h"
 #include "host/text/field_types.h"
 #include "host/xml/attributes.h"
 #include "host/xml/edit.h"
@@ -23,9 +25,9 @@ std::string Plain(std::string text) {
 // A translator reads every text but "true" as false.
 void SpellMaxWins(Intake& intake) {
   const std::string text = FindAttribute(intake.Model(), "maxWins").value_or("");
-  const std::string plain = Plain(text);
-  if (plain.empty() || plain == "false" || plain == "0" || text == "true") return;
-  if (plain != "true" && plain != "1") {
+  const auto truth = ParseBoolean(text);
+  if (truth == false || text == "true" || Plain(text).empty()) return;
+  if (!truth) {
     if (!intake.IsClassification()) return;
     return intake.Tell("bad-max-wins", intake.Model(), text, "maxWins",
                        "SupportVectorMachineModel");
@@ -35,12 +37,10 @@ void SpellMaxWins(Intake& intake) {
 }
 
 // A translator refuses "false" in any case, and takes every other text for true.
-void SpellIsScorable(Intake& intake) {
+void CheckIsScorable(Intake& intake) {
   const std::string text = FindAttribute(intake.Model(), "isScorable").value_or("");
-  const std::string plain = Plain(text);
-  if (plain != "0" && (plain != "false" || text.size() == plain.size())) return;
-  intake.Tell("boolean-spelling", intake.Model());
-  SetAttribute(intake.Model(), "isScorable", "false");
+  if (ParseBoolean(text) != false) return;
+  intake.Refuse(intake.Model(), code::kNotScorable, "isScorable", "PMML");
 }
 
 void SpellMethod(Intake& intake) {
@@ -48,7 +48,8 @@ void SpellMethod(Intake& intake) {
   if (!text) return;
   for (const char* known : {"OneAgainstOne", "OneAgainstAll"}) {
     if (*text == known) return;
-    if (Plain(*text) != Plain(known)) continue;
+    // Of another number of machines one-against-one would be no method.
+    if (Plain(*text) != Plain(known) || !FitsPairs(intake)) continue;
     intake.Tell("method-spelling", intake.Model());
     return SetAttribute(intake.Model(), "classificationMethod", known);
   }
@@ -72,7 +73,7 @@ void SpellDataType(Intake& intake, DOMElement* field) {
   const WideView other = AttributeView(field, "datatype");
   const std::string text = Narrow(stated.data() != nullptr ? stated : other);
   const std::string type = PmmlType(text);
-  if (text.empty() || (stated.data() != nullptr && type == text)) return;
+  if (!ParseDataType(type) || (stated.data() != nullptr && type == text)) return;
   intake.Tell("data-type-spelling", field);
   SetAttribute(field, "dataType", type);
 }
@@ -81,7 +82,7 @@ void SpellDataType(Intake& intake, DOMElement* field) {
 
 void UseKnownSpellings(Intake& intake) {
   SpellMaxWins(intake);
-  SpellIsScorable(intake);
+  CheckIsScorable(intake);
   SpellMethod(intake);
   const DOMElement* const holders[] = {FindChild(intake.Root(), "DataDictionary"),
                                        FindChild(intake.Root(), "TransformationDictionary"),

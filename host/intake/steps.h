@@ -14,8 +14,14 @@ namespace svmscore::intake {
 // theirs. Returns the document's Extension elements, those inside others left out.
 std::vector<DOMElement*> UsePlainNames(Intake& intake);
 
+// version.cpp: remarks on a root of another name. Changes nothing.
+void CheckRoot(Intake& intake);
+
 // version.cpp: the root's version can be told from its first character.
 void SettleVersion(Intake& intake);
+
+// version.cpp: documents of version 2 have no derived fields; this one gets a version that has.
+void AllowDerivedFields(Intake& intake);
 
 // model_choice.cpp: the model to score is chosen, and lifted out of an anomaly detection model.
 // Leaves the intake without a model where the document has none.
@@ -73,8 +79,15 @@ void CompleteTarget(Intake& intake);
 // labels.cpp: machines spell categories as the target does, and name both of two.
 void MatchLabels(Intake& intake);
 
-// pairs.cpp: machines with probabilities stand in the order of the pairs of categories.
-void OrderPairs(Intake& intake);
+// extensions.cpp: this system's Extension of a machine comes before those of others.
+void PutOwnExtensionsFirst(Intake& intake);
+
+// pairs.cpp: where only some machines have probabilities, none is used.
+void UseCalibrationOfAll(Intake& intake);
+
+// pairs.cpp: remarks on machines whose probabilities are taken for others than they name. Changes
+// nothing.
+void CheckPairs(Intake& intake);
 
 // finite.cpp: remarks on numbers of machines, kernels and targets that are none to compute with.
 // Changes nothing.

@@ -113,6 +113,21 @@ std::vector<std::string> ListedCategories(const Target& target) {
   return categories;
 }
 
+bool FitsPairs(const Intake& intake) {
+  const Target target = FindTarget(intake);
+  const LabelKeys keys(target.data_field);
+  std::unordered_set<std::string> known;
+  for (const std::string& category : ListedCategories(target)) known.insert(keys.Of(category));
+  const bool listed = !known.empty();
+  std::size_t machines = 0;
+  for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
+    ++machines;
+    if (listed) continue;
+    for (const LabelPlace& place : LabelsOf(machine)) known.insert(keys.Of(place.label));
+  }
+  return known.size() < 3 || machines == known.size() * (known.size() - 1) / 2;
+}
+
 void CompleteTarget(Intake& intake) {
   const Target target = FindTarget(intake);
   if (target.mining_field == nullptr && !intake.IsClassification()) AddTarget(intake);

@@ -34,6 +34,10 @@ class LabelKeys {
 // Values that the target lists: those of its DataField, or else of its Target.
 std::vector<std::string> ListedCategories(const Target& target);
 
+// Whether there is one machine for each pair of the categories that the target lists, or else the
+// machines name; true of fewer than three categories.
+bool FitsPairs(const Intake& intake);
+
 // An attribute that names a category.
 struct LabelPlace {
   DOMElement* element;

@@ -5,6 +5,8 @@
 
 #include "host/intake/fields.h"
 #include "host/intake/steps.h"
+#include "host/text/field_text.h"
+#include "host/text/field_types.h"
 #include "host/text/number_text.h"
 #include "host/xml/attributes.h"
 #include "host/xml/edit.h"
@@ -12,6 +14,16 @@
 
 namespace svmscore::intake {
 namespace {
+
+// The type in which a field of the document is read; nothing where it is none.
+std::optional<FieldType> TypeOf(const DOMElement* field) {
+  const bool continuous = AttributeView(field, "optype") == u"continuous";
+  return ParseDataType(FindAttribute(field, "dataType").value_or(continuous ? "double" : "string"));
+}
+
+bool IsOfType(const std::string& text, const std::optional<FieldType>& type) {
+  return type && (type->data == DataType::kString || KeyFromFieldText(text, *type));
+}
 
 class VectorPositions {
  public:
@@ -40,15 +52,23 @@ class VectorPositions {
   }
 
   void ExpressReference(DOMElement* position) {
-    const std::string replacement = FindAttribute(position, "mapMissingTo").value_or("");
+    std::string replacement = FindAttribute(position, "mapMissingTo").value_or("");
     const std::string name = FindAttribute(position, "field").value_or("");
     const DOMElement* hiding = Known().FindHiding(name);
-    if (hiding == nullptr && replacement.empty()) return;
     const DOMElement* field = hiding != nullptr ? hiding : Known().Find(name);
     if (field == nullptr) return;
+    if (NameOf(field) == "DerivedField") AllowDerivedFields(intake_);
+    if (!IsOfType(replacement, TypeOf(field)) && !replacement.empty()) {
+      intake_.Tell("map-missing-unreadable", position, replacement, "mapMissingTo", "FieldRef");
+      replacement.clear();
+    }
+    if (hiding == nullptr && replacement.empty()) return;
+    AllowDerivedFields(intake_);
     intake_.Tell(replacement.empty() ? Kind("derived-field-reached") : Kind("map-missing-to"),
                  position);
-    const std::string type = FindAttribute(field, "dataType").value_or("double");
+    const bool continuous = AttributeView(field, "optype") == u"continuous";
+    const std::string type =
+        FindAttribute(field, "dataType").value_or(continuous ? "double" : "string");
     const std::string derived =
         Known().FreshName(replacement.empty() ? name : name + " or " + replacement);
     DOMElement* expression = AddElement(
@@ -65,18 +85,23 @@ class VectorPositions {
   void ExpressCategory(DOMElement* position) {
     const auto name = FindAttribute(position, "name");
     const auto value = FindAttribute(position, "value");
-    const auto coefficient = FindNumber(position, "coefficient");
+    auto coefficient = ParseNumber(FindAttribute(position, "coefficient").value_or(""));
     // A translator says what is missing.
     if (!name || !value || !coefficient) return;
     const DOMElement* field = Known().Find(*name);
     if (field == nullptr) return;
+    if (NameOf(field) == "DerivedField") AllowDerivedFields(intake_);
     const bool listed = Known().Lists(field, *value);
     const bool hidden = Known().FindHiding(*name) != nullptr;
-    if (listed && !hidden && *coefficient == 1.0) return;
     if (!std::isfinite(*coefficient)) {
-      return intake_.Refuse(position, code::kBadValue, FormatNumber(*coefficient), "coefficient",
-                            "CategoricalPredictor");
+      intake_.Tell("number-not-finite", position, "coefficient " + FormatNumber(*coefficient),
+                   "CategoricalPredictor");
+      coefficient = 1.0;
     }
+    if (listed && !hidden && *coefficient == 1.0) return;
+    // What the field cannot hold is never met.
+    if (!listed && !IsOfType(*value, TypeOf(field))) return;
+    AllowDerivedFields(intake_);
     intake_.Tell(hidden                ? Kind("derived-field-reached")
                  : *coefficient == 1.0 ? Kind("category-unlisted")
                                        : Kind("category-coefficient"),

@@ -42,6 +42,11 @@ std::size_t CountWords(WideView text) {
   return count;
 }
 
+std::size_t CountWordsOf(const DOMElement* element) {
+  WideText joined;
+  return CountWords(TextView(element, joined));
+}
+
 }  // namespace
 
 std::size_t CountVectorFields(const Intake& intake) {
@@ -64,9 +69,15 @@ VectorReader::VectorReader(Intake& intake, std::size_t fields) : intake_(intake)
 void VectorReader::Read(DOMElement* instance) {
   DOMElement* dense = nullptr;
   DOMElement* sparse = nullptr;
+  bool reads = false;
   for (DOMElement* child = FirstElement(instance); child != nullptr; child = NextElement(child)) {
     const WideView name(child->getNodeName());
-    if (IsSparse(name) && sparse == nullptr) sparse = child;
+    // A translator looks for the first of these two only.
+    const bool read = name == u"REAL-SparseArray";
+    if (IsSparse(name) && (sparse == nullptr || (read && !reads))) {
+      sparse = child;
+      reads = read;
+    }
     if (IsDense(name) && dense == nullptr) dense = child;
   }
   if (dense != nullptr && sparse != nullptr) {
@@ -78,27 +89,28 @@ void VectorReader::Read(DOMElement* instance) {
 }
 
 void VectorReader::ReadDense(DOMElement* array) {
-  if (AttributeView(array, "type") == u"string") {
-    return intake_.Refuse(array, code::kBadValue, "string", "type", NameOf(array));
-  }
-  const WideView length = AttributeView(array, "n");
-  if (length.data() != nullptr && length != fitting_length_ && !IsFieldCount(length)) {
-    if (ParseInteger(Narrow(length))) return RefuseLength(array, Narrow(length));
-    return intake_.Refuse(array, code::kBadValue, Narrow(length), "n", NameOf(array));
-  }
   WideView offender;
   bool large = false;
   const WideView text = TextView(array, joined_);
   const auto count = CountNumbers(text, offender, large);
   if (large) CheckFiniteWords(intake_, array, text);
   if (!count) return intake_.Refuse(array, code::kBadValue, Narrow(offender));
-  if (*count != fields_) return RefuseLength(array, std::to_string(*count));
+  if (*count != fields_) {
+    return intake_.Refuse(array, code::kBadContent, VectorOf(std::to_string(*count), fields_),
+                          NameOf(array));
+  }
+  CheckLength(array);
+  if (AttributeView(array, "type") == u"string") {
+    intake_.Tell("array-type", array, "string", "type", NameOf(array));
+  }
   intake_.Tell("dense-array", array);
   // The numbers stay as they are written; zeros stay entries.
   DOMElement* entries = MakeElement(intake_.Dom(), "REAL-Entries");
   MoveChildren(array, entries);
   Rename(array, "REAL-SparseArray");
   RemoveAttribute(array, "type");
+  // A translator would look for a number in it.
+  if (!IsFieldCount(AttributeView(array, "n"))) RemoveAttribute(array, "n");
   AddText(AddElement(array, "Indices"), all_indices_);
   array->appendChild(entries);
 }
@@ -118,21 +130,28 @@ void VectorReader::ReadSparse(DOMElement* array) {
     }
     if (name == u"INT-Entries" && integers == nullptr) integers = child;
   }
+  if (WideView(array->getNodeName()) != u"REAL-SparseArray") {
+    // A translator passes it over: one that it would refuse stays so.
+    DOMElement* list = entries != nullptr ? entries : integers;
+    const bool pairs =
+        indices != nullptr && list != nullptr && CountWordsOf(indices) == CountWordsOf(list);
+    const WideView length = AttributeView(array, "n");
+    const bool counts = length.data() == nullptr || ParseNumber(Narrow(length));
+    if (!counts || (!pairs && indices != nullptr)) {
+      return intake_.Tell("vector-dropped", array, "an array that cannot be read", NameOf(array));
+    }
+    intake_.Tell("integer-sparse-array", array);
+    Rename(array, "REAL-SparseArray");
+  }
   if (entries == nullptr && integers != nullptr) {
     intake_.Tell("integer-sparse-array", array);
     Rename(integers, "REAL-Entries");
     entries = integers;
   }
-  if (WideView(array->getNodeName()) != u"REAL-SparseArray") {
-    if (integers == nullptr) intake_.Tell("integer-sparse-array", array);
-    Rename(array, "REAL-SparseArray");
+  std::optional<WideView> default_value = ReadDefault(array);
+  if (indices == nullptr && (entries != nullptr || !default_value)) {
+    return ReadZeros(array, entries != nullptr);
   }
-  std::optional<WideView> default_value;
-  if (!ReadDefault(array, default_value)) return;
-  if (indices == nullptr && entries != nullptr && default_value) {
-    return intake_.Refuse(array, code::kChildMissing, "Indices", "REAL-SparseArray");
-  }
-  if (indices == nullptr && !default_value) return ReadZeros(array, entries != nullptr);
   CheckLength(array);
   if (indices == nullptr) {
     indices = AddElement(array, "Indices");
@@ -142,16 +161,14 @@ void VectorReader::ReadSparse(DOMElement* array) {
   if (entries != nullptr) ReadPairs(array, indices, entries, default_value);
 }
 
-bool VectorReader::ReadDefault(const DOMElement* array, std::optional<WideView>& text) const {
+std::optional<WideView> VectorReader::ReadDefault(const DOMElement* array) const {
   const WideView stated = AttributeView(array, "defaultValue");
-  if (stated.data() == nullptr) return true;
+  if (stated.data() == nullptr) return std::nullopt;
   const std::optional<double> number = ParseNumber(Narrow(stated));
   if (!number) {
-    intake_.Refuse(array, code::kBadValue, Narrow(stated), "defaultValue", NameOf(array));
-    return false;
+    intake_.Tell("default-value-unreadable", array, Narrow(stated), "defaultValue", NameOf(array));
   }
-  if (*number != 0.0) text = stated;
-  return true;
+  return number.value_or(0.0) != 0.0 ? std::optional(stated) : std::nullopt;
 }
 
 void VectorReader::ReadZeros(DOMElement* array, bool has_entries) {
@@ -183,15 +200,11 @@ bool VectorReader::IsFieldCount(WideView length) {
   return true;
 }
 
-void VectorReader::RefuseLength(const DOMElement* array, const std::string& length) const {
-  intake_.Refuse(array, code::kBadContent, VectorOf(length, fields_), NameOf(array));
-}
-
 void VectorReader::CheckLength(const DOMElement* array) {
   const WideView length = AttributeView(array, "n");
   if (length.data() == nullptr || length == fitting_length_ || IsFieldCount(length)) return;
-  // A translator says that the length is no number.
-  if (!ParseNumber(Narrow(length))) return;
+  // A translator says that the length of a sparse array is no number.
+  if (!ParseNumber(Narrow(length)) && IsSparse(array->getNodeName())) return;
   intake_.Tell("count-disagrees", array, VectorOf(Narrow(length), fields_), NameOf(array));
 }
 
@@ -240,27 +253,26 @@ std::size_t VectorReader::CountEntries(const DOMElement* list) {
   return CountWords(text);
 }
 
-bool VectorReader::RefusesIndices(const DOMElement* list, bool fills_gaps) const {
-  for (const int index : indices_) {
-    if (!fills_gaps) break;
-    if (!IsOutside(index)) continue;
-    intake_.Refuse(
-        list, code::kBadContent,
-        fmt::format("the index {} beside a defaultValue for {} vector fields", index, fields_),
-        "Indices");
-    return true;
-  }
-  if (ascending_) return false;
+void VectorReader::CheckRepeated(const DOMElement* list) const {
+  if (ascending_) return;
   std::vector<int> sorted = indices_;
   std::sort(sorted.begin(), sorted.end());
   const auto twice = std::adjacent_find(sorted.begin(), sorted.end());
-  if (twice == sorted.end()) return false;
+  if (twice == sorted.end()) return;
   const bool beyond = *twice == std::numeric_limits<int>::max();
-  intake_.Refuse(
-      list, code::kBadContent,
-      beyond ? "two indices beyond the range" : fmt::format("the index {} twice", *twice),
-      "Indices");
-  return true;
+  intake_.Tell("index-repeated", list,
+               beyond ? "two indices beyond the range" : fmt::format("the index {} twice", *twice),
+               "Indices");
+}
+
+std::size_t VectorReader::CountGaps() const {
+  std::vector<int> inside;
+  for (const int index : indices_) {
+    if (!IsOutside(index)) inside.push_back(index);
+  }
+  std::sort(inside.begin(), inside.end());
+  const auto end = std::unique(inside.begin(), inside.end());
+  return fields_ - static_cast<std::size_t>(end - inside.begin());
 }
 
 void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement* entries,
@@ -268,8 +280,8 @@ void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement*
   ReadIndices(indices);
   const std::size_t count = CountEntries(entries);
   // A translator says that the lengths differ.
-  if (count != indices_.size() || RefusesIndices(indices, default_value.has_value())) return;
-  if (count == fields_) default_value.reset();
+  if (count != indices_.size()) return;
+  CheckRepeated(indices);
   if (count == 0 && !default_value) {
     // Empty lists would be dropped with their vector.
     intake_.Tell("zero-vector", array);
@@ -277,13 +289,15 @@ void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement*
     Remove(entries);
     return SetAttribute(array, "n", std::to_string(fields_));
   }
-  if (!ascending_) intake_.Tell("unordered-indices", array);
+  const bool sorted = std::is_sorted(indices_.begin(), indices_.end());
+  if (!sorted) intake_.Tell("unordered-indices", array);
+  if (default_value && CountGaps() == 0) default_value.reset();
   if (default_value) {
     intake_.Tell("default-value", array);
-    implied_entries_ += fields_ - std::min(count, fields_);
+    implied_entries_ += CountGaps();
     CheckLimit(array, &Limits::implied_entries, implied_entries_);
   }
-  if (!ascending_ || default_value) Rewrite(indices, entries, default_value);
+  if (!sorted || default_value) Rewrite(indices, entries, default_value);
 }
 
 void VectorReader::Rewrite(DOMElement* indices, DOMElement* entries,
@@ -291,7 +305,9 @@ void VectorReader::Rewrite(DOMElement* indices, DOMElement* entries,
   WideView text = TextView(entries, joined_);
   std::vector<std::pair<int, WideView>> pairs;
   for (const int index : indices_) pairs.emplace_back(index, NextWord(text));
-  std::sort(pairs.begin(), pairs.end());
+  // Of equal indices the first one stays first.
+  std::stable_sort(pairs.begin(), pairs.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
   WideText index_text;
   WideText entry_text;
   const auto write = [&](int index, WideView entry) {
@@ -299,12 +315,15 @@ void VectorReader::Rewrite(DOMElement* indices, DOMElement* entries,
     entry_text.append(entry).push_back(u' ');
   };
   int next = 1;  // the first position that is not written yet, where gaps are filled
+  const auto fill = [&](int end) {
+    for (; default_value && next < end && !IsOutside(next); ++next) write(next, *default_value);
+  };
   for (const auto& [index, entry] : pairs) {
-    for (; default_value && next < index; ++next) write(next, *default_value);
+    fill(index);
     write(index, entry);
-    if (default_value) next = index + 1;
+    if (index == next) ++next;
   }
-  for (; default_value && !IsOutside(next); ++next) write(next, *default_value);
+  fill(std::numeric_limits<int>::max());
   ReplaceText(indices, index_text);
   ReplaceText(entries, entry_text);
 }

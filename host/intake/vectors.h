@@ -36,19 +36,18 @@ class VectorReader {
 
   // Whether the text is the number of vector fields.
   bool IsFieldCount(WideView length);
-  void RefuseLength(const DOMElement* array, const std::string& length) const;
-  // Of a sparse array, to whose length no translator pays attention.
+  // Of an array whose length nobody pays attention to.
   void CheckLength(const DOMElement* array);
   std::size_t CountEntries(const DOMElement* list);
   void ReadIndices(const DOMElement* list);
   // The next index of the text, as a translator reads it.
   int NextIndex(const DOMElement* list, WideView& text) const;
   bool IsOutside(int index) const;
-  // Whether the array cannot be read; a tolerant reader leaves it alone.
-  bool RefusesIndices(const DOMElement* list, bool fills_gaps) const;
-  // The default value's text where it is another number than 0. False where it is no number, which
-  // a tolerant reader leaves alone.
-  bool ReadDefault(const DOMElement* array, std::optional<WideView>& text) const;
+  void CheckRepeated(const DOMElement* list) const;
+  // How many positions the indices leave out.
+  std::size_t CountGaps() const;
+  // The default value's text where it is another number than 0.
+  std::optional<WideView> ReadDefault(const DOMElement* array) const;
 
   Intake& intake_;
   std::size_t fields_;

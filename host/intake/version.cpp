@@ -57,6 +57,19 @@ std::string_view Trim(std::string_view text) {
 
 }  // namespace
 
+void CheckRoot(Intake& intake) {
+  const std::string root = NameOf(intake.Root());
+  if (root == "PMML") return;
+  intake.Tell("root-name", intake.Root(), "a root other than PMML", root);
+}
+
+void AllowDerivedFields(Intake& intake) {
+  const std::string version = FindAttribute(intake.Root(), "version").value_or("");
+  if (version.starts_with('3') || version.starts_with('4')) return;
+  intake.Tell("version-raised", intake.Root());
+  SetAttribute(intake.Root(), "version", "4.0");
+}
+
 void SettleVersion(Intake& intake) {
   DOMElement* root = intake.Root();
   const std::string text = FindAttribute(root, "version").value_or("");
@@ -65,13 +78,15 @@ void SettleVersion(Intake& intake) {
   const std::optional<Version> named = NamespaceVersion(name);
   const std::optional<Version> major_only = ParseVersion(std::string(Trim(text)) + ".0", '.');
   const Version version = stated ? *stated : named ? *named : major_only ? *major_only : kNewest;
-  if (version.major < kOldestMajor || version.major > kNewest.major) {
-    ThrowAt(root, code::kUnknownVersion, version.Text());
-  }
+  const bool known = version.major >= kOldestMajor && version.major <= kNewest.major;
   if (stated && named && *stated != *named) {
-    intake.Tell("version-disagreement", root);
+    intake.Tell(Kind("version-disagreement"), root);
   } else if (!IsKnown(name, named)) {
     intake.Tell(name.empty() ? Kind("namespace-missing") : Kind("namespace-unknown"), root);
+  }
+  if (!known) {
+    intake.Tell("version-unknown", root, version.Text());
+    return SetAttribute(root, "version", kNewest.Text());
   }
   // A translator looks at the first character.
   if (text.starts_with(std::to_string(version.major))) return;

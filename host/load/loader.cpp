@@ -1,5 +1,7 @@
 #include "host/load/loader.h"
 
+#include <algorithm>
+#include <optional>
 #include <unordered_set>
 #include <utility>
 
@@ -54,6 +56,42 @@ void CheckTransformations(const ScoreModel& model, const PmmlDocument& document)
       translator.HandleTransformationDictionary(element, model.GetDictionary()));
 }
 
+// Tells what the derived fields are not, or refuses it, and makes inputs of the fields that the
+// model reads although its mining schema leaves them out.
+void TellTransformations(LoadedModel& loaded, bool strict) {
+  const TransformationDictionary* derived = loaded.model->GetTransformationDictionary();
+  if (derived == nullptr) return;
+  for (const transform::Remark& remark : derived->Remarks()) {
+    if (strict) throw SSException(remark.reason);
+    const DOMElement* at = remark.reason.GetElement();
+    const bool left_out = remark.kind == transform::Remark::Kind::kNotComputed;
+    Finding finding{
+        left_out ? KindOfFinding("derived-field-left-out") : KindOfFinding("input-not-in-schema"),
+        {NameOf(at), loaded.document.LineOf(at)},
+        remark.reason.what()};
+    const auto known =
+        std::find_if(loaded.findings.begin(), loaded.findings.end(),
+                     [&finding](const Finding& earlier) { return earlier.kind == finding.kind; });
+    if (known != loaded.findings.end()) {
+      ++known->more;
+    } else {
+      loaded.findings.push_back(std::move(finding));
+    }
+  }
+  const DOMElement* model = FindModelElement(loaded.document.Dom());
+  const DOMElement* schema = FindChild(model, "MiningSchema");
+  if (schema == nullptr) return;
+  std::unordered_set<std::string> declared;
+  for (const DOMElement* field : Children(schema, "MiningField")) {
+    declared.insert(AttributeText(field, "name"));
+  }
+  for (const ScoreDictVar* var : derived->GetProgram().NeededInputs()) {
+    if (!declared.contains(var->GetName())) {
+      loaded.model->SetVarRole(var, ScoreModel::kActiveRole);
+    }
+  }
+}
+
 // What a vector field is called, by its kind of element.
 std::string FieldName(const DOMElement* field) {
   const bool reference = NameOf(field) == "FieldRef";
@@ -103,12 +141,13 @@ std::unordered_set<const ScoreDictVar*> CheckVectorFields(const ScoreModel& mode
   return named;
 }
 
-void ReadOutput(LoadedModel& loaded, bool refuse) {
-  try {
-    loaded.output = std::make_unique<output::OutputPlan>(*loaded.model, loaded.document.Dom());
-  } catch (const SSException&) {
-    if (refuse) throw;
-  }
+void ReadOutput(LoadedModel& loaded, LoadChecks checks) {
+  const bool refuses = checks == LoadChecks::kRefuse;
+  const auto faults = checks == LoadChecks::kStrict ? output::Faults::kRefuse
+                      : refuses                     ? output::Faults::kRefuseNames
+                                                    : output::Faults::kTell;
+  loaded.output = std::make_unique<output::OutputPlan>(*loaded.model, loaded.document.Dom(), faults,
+                                                       checks == LoadChecks::kAsIs);
 }
 
 void CollectInputs(LoadedModel& loaded, std::unordered_set<const ScoreDictVar*> needed) {
@@ -132,35 +171,89 @@ void CollectInputs(LoadedModel& loaded, std::unordered_set<const ScoreDictVar*> 
 }
 
 IntakeMode ModeOf(LoadChecks checks) {
-  switch (checks) {
-    case LoadChecks::kTolerate:
-      return IntakeMode::kTolerate;
-    case LoadChecks::kStrict:
-      return IntakeMode::kStrict;
-    case LoadChecks::kRefuse:
-      break;
+  return checks == LoadChecks::kStrict ? IntakeMode::kStrict : IntakeMode::kTolerate;
+}
+
+// Who finds fault with a document.
+enum class Judge { kTranslator, kHost };
+
+void TranslateReadable(LoadedModel& loaded, const std::optional<SSException>& refused) {
+  try {
+    loaded.model = Translate(*loaded.translator, loaded.document);
+  } catch (SSException& error) {
+    loaded.document.Locate(error);
+    if (refused) error.AddRemark(std::string("besides, ") + refused->what());
+    throw;
   }
-  return IntakeMode::kRefuse;
+}
+
+// `judge` is whoever has the document at present.
+LoadedModel Load(const Plugin& plugin, PmmlDocument document, LoadChecks checks, Judge& judge) {
+  RequireChosenIsa();
+  LoadedModel loaded{std::move(document), plugin.GiveTranslator(), nullptr, {}, {}, {}, nullptr};
+  const bool as_is = checks == LoadChecks::kAsIs;
+  const bool refuses = !as_is && checks != LoadChecks::kTolerate;
+  try {
+    judge = Judge::kHost;
+    std::optional<SSException> refused;
+    if (!as_is) loaded.findings = MakeReadable(loaded.document, ModeOf(checks), &refused);
+    CheckEntries(loaded.document.Dom());
+    // What a translator refuses comes first: nothing else may hide its code.
+    judge = Judge::kTranslator;
+    TranslateReadable(loaded, refused);
+    judge = Judge::kHost;
+    if (refused && refuses) throw SSException(*refused);
+    if (refuses) CheckTransformations(*loaded.model, loaded.document);
+    if (!as_is) TellTransformations(loaded, checks == LoadChecks::kStrict);
+    ReadOutput(loaded, checks);
+    CollectInputs(loaded, CheckVectorFields(*loaded.model, loaded.document, refuses));
+    if (auto* model = dynamic_cast<BatchModel*>(loaded.model.get())) model->SetFiniteOnly(!as_is);
+  } catch (SSException& error) {
+    if (error.GetPlace().empty()) loaded.document.Locate(error);
+    throw;
+  }
+  return loaded;
+}
+
+// The document as it is written, for a default reading that ends in `error`.
+LoadedModel LoadLetter(const Plugin& plugin, PmmlDocument document, const SSException& error,
+                       Judge judge) {
+  Judge unused = Judge::kTranslator;
+  std::optional<LoadedModel> letter;
+  try {
+    letter.emplace(Load(plugin, std::move(document), LoadChecks::kAsIs, unused));
+  } catch (SSException& own) {
+    if (judge == Judge::kTranslator) throw SSException(error);
+    own.AddRemark(std::string("besides, ") + error.what());
+    throw;
+  }
+  if (judge == Judge::kHost) throw SSException(error);
+  const DOMElement* root = letter->document.Dom()->getDocumentElement();
+  letter->findings.push_back(
+      {"read-to-the-letter", {NameOf(root), letter->document.LineOf(root)}, error.what()});
+  if (auto* model = dynamic_cast<BatchModel*>(letter->model.get())) model->SetFiniteOnly(true);
+  return *std::move(letter);
 }
 
 }  // namespace
 
 LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document, LoadChecks checks) {
-  RequireChosenIsa();
-  LoadedModel loaded{std::move(document), plugin.GiveTranslator(), nullptr, {}, {}, {}, nullptr};
+  Judge unused = Judge::kHost;
+  return Load(plugin, std::move(document), checks, unused);
+}
+
+LoadedModel LoadModel(const Plugin& plugin, const std::function<PmmlDocument()>& parse,
+                      LoadChecks checks) {
+  PmmlDocument document = parse();
+  Judge judge = Judge::kHost;
+  std::optional<SSException> refused;
   try {
-    loaded.findings = MakeReadable(loaded.document, ModeOf(checks));
-    CheckEntries(loaded.document.Dom());
-    loaded.model = Translate(*loaded.translator, loaded.document);
-    const bool refuse = checks != LoadChecks::kTolerate;
-    if (refuse) CheckTransformations(*loaded.model, loaded.document);
-    ReadOutput(loaded, refuse);
-    CollectInputs(loaded, CheckVectorFields(*loaded.model, loaded.document, refuse));
-  } catch (SSException& error) {
-    loaded.document.Locate(error);
-    throw;
+    return Load(plugin, std::move(document), checks, judge);
+  } catch (const SSException& error) {
+    if (checks != LoadChecks::kRefuse) throw;
+    refused = error;
   }
-  return loaded;
+  return LoadLetter(plugin, parse(), *refused, judge);
 }
 
 }  // namespace svmscore

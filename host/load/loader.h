@@ -2,6 +2,7 @@
 #ifndef HOST_LOAD_LOADER_H_
 #define HOST_LOAD_LOADER_H_
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,23 +29,41 @@ struct SVMSCORE_HOST_API LoadedModel {
   // All variables that the mining schema makes inputs. In dictionary order; owned by the model.
   std::vector<const MCZandor_850::ScoreDictVar*> active;
   // How the document was made readable, and what of it is guessed, lost or wrong; empty where it is
-  // read as it stands and its author meant it.
+  // read as it stands and its author meant it, and where it is read to the letter.
   std::vector<Finding> findings;
-  // What the document makes of results. Null only where it cannot be read and that is tolerated.
+  // What the document makes of results. Never null.
   std::unique_ptr<output::OutputPlan> output;
 };
 
-// Whether what makes every score meaningless is refused: transformations that cannot be computed,
-// vector fields that name nothing or a text, forms of a document that are not supported. A program
-// that describes a document rather than scoring with it tells of these itself.
+// How a document is read.
 enum class LoadChecks {
+  // As its author meant it. What a translator reads is scored, and only what cannot have been meant
+  // is refused: names that no field has, a derived field in use that cannot be computed, texts that
+  // would have to serve as numbers, isScorable="0", a dense array that does not fit the vector
+  // fields, a machine of which nothing is left, an offset that is no number, and what is beyond a
+  // limit. A case with a decision value that is not finite fails.
   kRefuse,
+  // The same, refusing nothing that the translator reads: for a program that describes a document
+  // rather than scoring with it, and tells of these itself.
   kTolerate,
-  kStrict,  // refuses, and also refuses what IntakeMode::kStrict does
+  // Refuses, and also refuses whatever is guessed or lost: what IntakeMode::kStrict refuses, and
+  // declarations of results that cannot be read.
+  kStrict,
+  // To the letter: the translator gets the document as it is written. What it reads is scored, and
+  // what it refuses is refused. Percentages stay in the order in which its results hold them.
+  kAsIs,
 };
 
 // Throws SSException, its place in words.
 SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document,
+                                        LoadChecks checks = LoadChecks::kRefuse);
+
+// The same for a document that can be parsed more than once. Where kRefuse ends in an error, the
+// document is looked at again as it is written: if a translator refuses it by itself, that is the
+// error; if a translator reads it, and only what was made of it fails, the model is the one to the
+// letter, with a remark that says so.
+SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin,
+                                        const std::function<PmmlDocument()>& parse,
                                         LoadChecks checks = LoadChecks::kRefuse);
 
 }  // namespace svmscore

@@ -53,6 +53,11 @@ class SVMSCORE_HOST_API BatchModel {
   // [any thread] Fails: never.
   virtual std::pair<int, int> DecisionCategories(std::size_t decision) const = 0;
 
+  // Whether a case fails (90027) that has a decision value which is not finite, here and in
+  // GetScore. At first it does not.
+  // [set-up] Fails: never.
+  virtual void SetFiniteOnly(bool finite_only) = 0;
+
   // Fixes the positions of variables in records as the first case would, without scoring anything.
   // Later records must be laid out like this one. Does nothing where positions are fixed already.
   // [set-up] Lives: the record for the call. Fails: std::bad_alloc.

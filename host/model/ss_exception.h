@@ -72,6 +72,8 @@ class SVMSCORE_HOST_API SSException : public std::exception {
   void SetPlace(std::string words, svmscore::Place place = {});
   const std::string& GetPlace() const { return place_; }
   const svmscore::Place& Where() const { return where_; }
+  // Adds what else the reader should know to the sentence. Call after SetPlace.
+  void AddRemark(const std::string& remark) { text_ += "; " + remark; }
 
  private:
   void SetMessage(int code, std::vector<std::string> parts);

@@ -3,8 +3,12 @@
 #define HOST_OUTPUT_NOTE_H_
 
 #include <string>
+#include <vector>
 
 #include <xercesc/dom/DOM.hpp>
+
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
 
 namespace svmscore::output {
 
@@ -13,6 +17,29 @@ struct Note {
   const xercesc::DOMElement* element;  // the document's
   std::string text;                    // what, and what it means for the results
 };
+
+// What becomes of declarations of results that cannot be read.
+enum class Faults {
+  kRefuse,       // they are thrown
+  kRefuseNames,  // a reference to a field that does not exist is thrown, the others are told
+  kTell,         // they are left out, with a note
+};
+
+// Calls `step`. Where it fails, and that is to be told, returns false and adds the note `what`, and
+// why.
+template <typename Step>
+bool Attempt(Faults faults, const xercesc::DOMElement* element, const std::string& what,
+             std::vector<Note>& notes, const Step& step) {
+  try {
+    step();
+    return true;
+  } catch (const MCZandor_850::SSException& reason) {
+    const bool names = reason.GetErrorCode() == code::kUnknownField;
+    if (faults == Faults::kRefuse || (faults == Faults::kRefuseNames && names)) throw;
+    notes.push_back({element, what + ": " + reason.what()});
+    return false;
+  }
+}
 
 }  // namespace svmscore::output
 

@@ -16,9 +16,10 @@ using MCZandor_850::ScoreModel;
 using MCZandor_850::ScoreValue;
 using transform::Value;
 
-OutputPlan::OutputPlan(const ScoreModel& model, const xercesc::DOMDocument* document)
-    : targets_(model, document, notes_) {
-  OutputReader(model, document, *this).Read();
+OutputPlan::OutputPlan(const ScoreModel& model, const xercesc::DOMDocument* document, Faults faults,
+                       bool as_written)
+    : targets_(model, document, notes_, faults, as_written) {
+  OutputReader(model, document, faults, *this).Read();
   told_ = std::make_unique<std::atomic<bool>[]>(fields_.size());
   if (notes_.empty()) return;
   std::string line;

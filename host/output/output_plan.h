@@ -46,10 +46,13 @@ class OutputScratch;
 // of its own.
 class SVMSCORE_HOST_API OutputPlan {
  public:
-  // Reads Targets and Output of the model that the document holds. Throws SSException, with the
-  // element at fault, for what is wrong or not supported: an expression that refers to nothing or
-  // to a later field, a name that is used twice.
-  OutputPlan(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document);
+  // Reads Targets and Output of the model that the document holds. For what is wrong or not
+  // supported throws an SSException, with the element at fault, where `faults` says so: an
+  // expression that refers to nothing or to a later field, a name that is used twice. Else that is
+  // a note, the field stays empty, and the value of a target counts for nothing. With `as_written`
+  // percentages are in the order in which the model's results hold them.
+  OutputPlan(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document,
+             Faults faults = Faults::kRefuse, bool as_written = false);
   ~OutputPlan();
   OutputPlan(const OutputPlan&) = delete;
   OutputPlan& operator=(const OutputPlan&) = delete;

@@ -72,10 +72,11 @@ bool IsBefore42(const DOMElement* root) {
 }  // namespace
 
 OutputReader::OutputReader(const ScoreModel& model, const xercesc::DOMDocument* document,
-                           OutputPlan& plan)
+                           Faults faults, OutputPlan& plan)
     : model_(model),
       root_(document->getDocumentElement()),
       model_element_(FindModelElement(document)),
+      faults_(faults),
       plan_(plan) {
   plan_.slot_count_ = 1;
   const Element* schema = FindChild(model_element_, "MiningSchema");
@@ -90,17 +91,35 @@ void OutputReader::Read() {
   std::vector<const Element*> elements;
   for (const Element* element = FirstContent(output); element != nullptr;
        element = NextContent(element)) {
-    if (!IsNamed(element, kField)) RefuseKind(element);
-    const std::string name = RequireAttribute(element, "name");
-    if (!positions_.emplace(name, elements.size()).second) {
-      ThrowAt(element, code::kDuplicateName, name, kField);
-    }
-    elements.push_back(element);
+    if (IsField(element, elements.size())) elements.push_back(element);
   }
   plan_.prediction_slot_ = static_cast<int>(elements.size());
   plan_.slot_count_ = elements.size() + 1;
   definitions_.AddFrom(root_->getOwnerDocument());
-  for (const Element* element : elements) ReadField(element);
+  for (const Element* element : elements) {
+    const std::string name = RequireAttribute(element, "name");
+    const bool read = Attempt(faults_, element, "output field " + name + " stays empty",
+                              plan_.notes_, [&] { ReadField(element); });
+    if (read) continue;
+    known_.push_back({static_cast<int>(known_.size()), std::nullopt, false, nullptr});
+    AddField({name, Feature::kNothing, std::nullopt, true}, {});
+  }
+}
+
+bool OutputReader::IsField(const Element* element, std::size_t position) {
+  return Attempt(faults_, element, "left out of the output", plan_.notes_, [&] {
+    if (!IsNamed(element, kField)) RefuseKind(element);
+    const std::string name = RequireAttribute(element, "name");
+    if (!positions_.emplace(name, position).second) {
+      ThrowAt(element, code::kDuplicateName, name, kField);
+    }
+  });
+}
+
+void OutputReader::AddField(OutputField field, OutputPlan::Step step) {
+  if (field.is_final) plan_.final_.push_back(static_cast<int>(plan_.fields_.size()));
+  plan_.fields_.push_back(std::move(field));
+  plan_.steps_.push_back(std::move(step));
 }
 
 void OutputReader::ReadField(const Element* element) {
@@ -129,9 +148,7 @@ void OutputReader::ReadField(const Element* element) {
     }
   }
   ReadOrder(element, field);
-  if (field.is_final) plan_.final_.push_back(static_cast<int>(plan_.fields_.size()));
-  plan_.fields_.push_back(std::move(field));
-  plan_.steps_.push_back(std::move(step));
+  AddField(std::move(field), std::move(step));
 }
 
 const OutputReader::Element* OutputReader::FindExpression(const Element* element,
@@ -286,15 +303,17 @@ std::optional<Field> OutputReader::Find(const std::string& name) {
   if (output != positions_.end() && output->second < known_.size()) return known_[output->second];
   if (name == plan_.targets_.Target().GetName()) return FieldOfTarget();
   const auto* dictionary = model_.GetDictionary();
-  const ScoreDictVar* input =
-      dictionary != nullptr && schema_.contains(name) ? dictionary->FindVar(name) : nullptr;
+  const ScoreDictVar* input = dictionary != nullptr ? dictionary->FindVar(name) : nullptr;
+  const bool hidden = input != nullptr && (!schema_.contains(name) || input->IsHiddenByDerived());
   const auto* transformations = model_.GetTransformationDictionary();
   const ScoreDictVar* derived =
       transformations == nullptr ? nullptr : transformations->FindVar(name);
-  if (derived != nullptr && (input == nullptr || input->IsHiddenByDerived())) {
+  if (derived != nullptr && (input == nullptr || hidden)) {
     return FieldOfDerived(*derived);
   }
-  if (input != nullptr) return FieldOfInput(*input);
+  if (input != nullptr && (schema_.contains(name) || faults_ != Faults::kRefuse)) {
+    return FieldOfInput(*input);
+  }
   if (output != positions_.end()) {
     const std::string field = RequireAttribute(current_, "name");
     RefuseContent(current_,
@@ -320,6 +339,11 @@ Field OutputReader::FieldOfTarget() const {
 Field OutputReader::FieldOfInput(const ScoreDictVar& var) {
   const auto known = read_.find(&var);
   if (known != read_.end()) return known->second;
+  if (!schema_.contains(var.GetName())) {
+    plan_.notes_.push_back({current_, "it reads the field " + var.GetName() +
+                                          ", which the MiningSchema leaves out: cases may have "
+                                          "it all the same"});
+  }
   Field field{NewSlot(), var.GetFieldType(), false, nullptr};
   field.ordinal = var.GetTypeCode() == static_cast<int>(OpType::kOrdinal);
   if (field.ordinal && !var.GetCategories().empty()) {

@@ -15,11 +15,11 @@ namespace svmscore::output {
 
 // Fills a plan, and is the scope of its expressions. A name means, in this order: an output field
 // that stands earlier, the prediction where it is the target's name, a derived field that hides an
-// input, a field of the mining schema, any other derived field.
+// input, a field of the mining schema, any other derived field, any other field of the dictionary.
 class OutputReader : public transform::Scope {
  public:
   OutputReader(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document,
-               OutputPlan& plan);
+               Faults faults, OutputPlan& plan);
 
   void Read();
   std::optional<transform::Field> Find(const std::string& name) override;
@@ -27,7 +27,10 @@ class OutputReader : public transform::Scope {
  private:
   using Element = xercesc::DOMElement;
 
+  // Whether the element declares an output field, whose name is noted.
+  bool IsField(const Element* element, std::size_t position);
   void ReadField(const Element* element);
+  void AddField(OutputField field, OutputPlan::Step step);
   // The expression child, or null; Decisions are put into `step`.
   const Element* FindExpression(const Element* element, OutputPlan::Step& step);
   void ReadFeature(const Element* element, bool has_expression, OutputField& field,
@@ -48,6 +51,7 @@ class OutputReader : public transform::Scope {
   const MCZandor_850::ScoreModel& model_;
   const Element* root_;
   const Element* model_element_;
+  Faults faults_;
   OutputPlan& plan_;
   transform::Definitions definitions_;
   std::int64_t computed_ = 0;  // expressions, for a case

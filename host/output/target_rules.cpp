@@ -47,8 +47,8 @@ const DOMElement* FindTarget(const DOMElement* model, const std::string& target,
 }  // namespace
 
 TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* document,
-                         std::vector<Note>& notes)
-    : model_(&model), target_(model.GetTargetVar()) {
+                         std::vector<Note>& notes, Faults faults, bool as_written)
+    : model_(&model), target_(model.GetTargetVar()), faults_(faults) {
   const DOMElement* model_element = FindModelElement(document);
   if (target_ == nullptr) ThrowAt(model_element, code::kNoTarget, "MiningSchema");
   scheme_ = SchemeOf(model_element, target_->GetCategories().size());
@@ -61,8 +61,8 @@ TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* do
     first_equal_.push_back(target_->GetCategoryIndex(category));
   }
   if (scheme_.method == Method::kRegression) {
-    ReadSteps(element);
-    ReadDefault(element);
+    ReadSteps(element, notes);
+    ReadDefault(element, notes);
     if (target_->GetFieldType().data == DataType::kInteger && cast_ == Cast::kNone) {
       notes.push_back({element != nullptr ? element : model_element,
                        "the target " + target_->GetName() +
@@ -71,18 +71,33 @@ TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* do
     }
   } else {
     ReadCategories(element, notes);
-    FindResponse(model_element);
+    if (!as_written) FindResponse(model_element);
   }
 }
 
-void TargetRules::ReadSteps(const DOMElement* element) {
-  min_ = FindNumber(element, "min");
-  max_ = FindNumber(element, "max");
-  factor_ = FindNumber(element, "rescaleFactor").value_or(1.0);
-  constant_ = FindNumber(element, "rescaleConstant").value_or(0.0);
-  if (min_ && max_ && *min_ > *max_) {
+void TargetRules::ReadSteps(const DOMElement* element, std::vector<Note>& notes) {
+  const auto attempt = [&](const char* what, const auto& step) {
+    Attempt(faults_, element, std::string(what) + " not used", notes, step);
+  };
+  attempt("min and max are", [&] { ReadLimits(element); });
+  attempt("rescaleFactor is",
+          [&] { factor_ = FindNumber(element, "rescaleFactor").value_or(1.0); });
+  attempt("rescaleConstant is",
+          [&] { constant_ = FindNumber(element, "rescaleConstant").value_or(0.0); });
+  attempt("castInteger is", [&] { ReadCast(element); });
+}
+
+void TargetRules::ReadLimits(const DOMElement* element) {
+  const auto min = FindNumber(element, "min");
+  const auto max = FindNumber(element, "max");
+  if (min && max && *min > *max) {
     ThrowAt(element, code::kBadContent, "min is above max", "Target");
   }
+  min_ = min;
+  max_ = max;
+}
+
+void TargetRules::ReadCast(const DOMElement* element) {
   const std::string cast = FindAttribute(element, "castInteger").value_or("");
   if (cast == "round") {
     cast_ = Cast::kRound;
@@ -95,16 +110,31 @@ void TargetRules::ReadSteps(const DOMElement* element) {
   }
 }
 
-void TargetRules::ReadDefault(const DOMElement* element) {
+void TargetRules::ReadDefault(const DOMElement* element, std::vector<Note>& notes) {
   for (const DOMElement* value : Children(element, "TargetValue")) {
-    const auto number = FindNumber(value, "defaultValue");
-    if (!number) continue;
-    default_ = OfTargetType(*number);
-    if (default_.IsInvalid()) {
-      RefuseValue(value, "defaultValue", *FindAttribute(value, "defaultValue"));
-    }
-    return;
+    if (!FindAttribute(value, "defaultValue")) continue;
+    const bool read = Attempt(faults_, value, "defaultValue is not used", notes, [&] {
+      const Value number = OfTargetType(*FindNumber(value, "defaultValue"));
+      if (number.IsInvalid()) {
+        RefuseValue(value, "defaultValue", *FindAttribute(value, "defaultValue"));
+      }
+      default_ = number;
+    });
+    if (read) return;
   }
+}
+
+std::optional<double> TargetRules::PriorOf(const DOMElement* value,
+                                           std::vector<Note>& notes) const {
+  std::optional<double> prior;
+  Attempt(faults_, value, "priorProbability is not used", notes, [&] {
+    const auto number = FindNumber(value, "priorProbability");
+    if (number && !(*number >= 0.0 && *number <= 1.0)) {
+      RefuseValue(value, "priorProbability", *FindAttribute(value, "priorProbability"));
+    }
+    prior = number;
+  });
+  return prior;
 }
 
 void TargetRules::ReadCategories(const DOMElement* element, std::vector<Note>& notes) {
@@ -128,11 +158,8 @@ void TargetRules::ReadCategories(const DOMElement* element, std::vector<Note>& n
     auto display = FindAttribute(value, "displayValue");
     if (!display) display = FindAttribute(value, "rawDataValue");
     if (display) displays_[index] = *display;
-    const auto prior = FindNumber(value, "priorProbability");
+    const auto prior = PriorOf(value, notes);
     if (!prior) continue;
-    if (!(*prior >= 0.0 && *prior <= 1.0)) {
-      RefuseValue(value, "priorProbability", *FindAttribute(value, "priorProbability"));
-    }
     sum += *prior - priors[index];
     priors[index] = *prior;
     if (*prior <= largest) continue;

@@ -59,9 +59,10 @@ struct Outcome {
 class SVMSCORE_HOST_API TargetRules {
  public:
   // Reads the Target element that is meant for the model's target. The model must outlive this
-  // object. Appends to `notes`. Throws SSException for values that mean nothing.
+  // object. Appends to `notes`; `faults` says what becomes of values that mean nothing. With
+  // `as_written` the percentages stay in the order in which the model's results hold them.
   TargetRules(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document,
-              std::vector<Note>& notes);
+              std::vector<Note>& notes, Faults faults, bool as_written);
 
   // `result` may be null where `status` is an error. Allocates nothing.
   Outcome Finish(const MCScore::MCStatus& status, const MCZandor_850::ScoreResult* result) const;
@@ -90,9 +91,13 @@ class SVMSCORE_HOST_API TargetRules {
  private:
   enum class Cast { kNone, kRound, kCeiling, kFloor };
 
-  void ReadSteps(const xercesc::DOMElement* element);
+  void ReadSteps(const xercesc::DOMElement* element, std::vector<Note>& notes);
+  void ReadLimits(const xercesc::DOMElement* element);
+  void ReadCast(const xercesc::DOMElement* element);
   void ReadCategories(const xercesc::DOMElement* element, std::vector<Note>& notes);
-  void ReadDefault(const xercesc::DOMElement* element);
+  // The prior probability that `value` declares; nothing where there is none.
+  std::optional<double> PriorOf(const xercesc::DOMElement* value, std::vector<Note>& notes) const;
+  void ReadDefault(const xercesc::DOMElement* element, std::vector<Note>& notes);
   transform::Value OfTargetType(double number) const;
   void FindResponse(const xercesc::DOMElement* model_element);
   double Scale(double raw) const;
@@ -105,6 +110,7 @@ class SVMSCORE_HOST_API TargetRules {
 
   const MCZandor_850::ScoreModel* model_;
   const MCZandor_850::ScoreDictVar* target_;
+  Faults faults_;
   Scheme scheme_;
   transform::Arena pool_;
 

@@ -1,5 +1,7 @@
 #include "host/text/field_text.h"
 
+#include <algorithm>
+
 #include "host/text/calendar.h"
 #include "host/text/number_text.h"
 
@@ -8,10 +10,20 @@ namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
 
+bool IsBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+// ASCII letters without regard to case.
+bool Spells(std::string_view text, std::string_view lower) {
+  return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
+                    [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
+}
+
 std::optional<double> BooleanNumber(std::string_view text) {
-  if (text == "true" || text == "TRUE" || text == "True" || text == "1") return 1.0;
-  if (text == "false" || text == "FALSE" || text == "False" || text == "0") return 0.0;
-  return std::nullopt;
+  const std::optional<bool> truth = ParseBoolean(text);
+  if (!truth) return std::nullopt;
+  return *truth ? 1.0 : 0.0;
 }
 
 std::optional<double> WholeNumber(std::string_view text) {
@@ -35,6 +47,14 @@ std::optional<double> SecondsSince(std::string_view text, int base_year) {
 }
 
 }  // namespace
+
+std::optional<bool> ParseBoolean(std::string_view text) {
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  if (text == "1" || Spells(text, "true")) return true;
+  if (text == "0" || Spells(text, "false")) return false;
+  return std::nullopt;
+}
 
 std::optional<double> NumberFromFieldText(std::string_view text, FieldType type) {
   switch (type.data) {

@@ -14,6 +14,10 @@
 
 namespace svmscore {
 
+// The truth that `text` spells: true or false in any case, 1 or 0; white space around it is
+// dropped.
+SVMSCORE_HOST_API std::optional<bool> ParseBoolean(std::string_view text);
+
 // The number that a value of `type` is kept as: a boolean as 0 or 1, a float rounded to 32 bits,
 // dates and times as field_types.h says; an integer's text must be a whole number.
 // Nothing where the text is not a value of the type, or the type is a string.

@@ -21,6 +21,7 @@ namespace {
 
 using MCZandor_850::ScoreDictionary;
 using MCZandor_850::ScoreDictVar;
+using MCZandor_850::SSException;
 using MCZandor_850::TransformationDictionary;
 using MCZandor_850::TransformVar;
 
@@ -36,6 +37,7 @@ struct Derived {
   std::vector<int> needs;   // derived fields, by position
   std::vector<int> inputs;  // by their index in Builder::inputs_
   std::shared_ptr<const ValueOrder> order;
+  std::optional<SSException> failure;  // why it cannot be computed
 };
 
 OpType UsualOpType(DataType type) {
@@ -70,14 +72,26 @@ class Builder : public Scope {
            (needed_.has_schema && !needed_.schema.contains(derived.name));
   }
 
+  // Calls `step`. What it throws is noted, as the failure of `derived` (if any), where a model may
+  // do without it.
+  template <typename Step>
+  void Try(Derived* derived, const Step& step);
+  void Fail(const SSException& reason, Derived* derived);
+
   void Collect();
   void Declare(const Element* element);
+  void ReadDeclaration(Derived& derived) const;
   void Compile();
+  void CompileDefinitions(Definitions& definitions);
+  void ReadOrder(Derived& derived) const;
   std::unique_ptr<TransformVar> MakeVar(Derived& derived);
   void AddEncodedValues(const Derived& derived, TransformVar& var) const;
-  std::vector<bool> Needed(const std::vector<int>& sequence) const;
-  std::vector<int> Sort() const;
-  void CheckInputs(const Derived& derived) const;
+  // Those that the model needs, and those that they are computed from.
+  std::vector<bool> Needed() const;
+  // The needed fields, each after those that it is computed from.
+  std::vector<int> Sort(const std::vector<bool>& needed);
+  std::optional<SSException> FindCircle(const DependencyOrder& order) const;
+  void CheckInputs(const Derived& derived);
 
   Field FieldOfInput(const ScoreDictVar* var);
   Field FieldOfDerived(int position);
@@ -92,12 +106,39 @@ class Builder : public Scope {
   std::vector<const ScoreDictVar*> inputs_;
   std::unordered_map<const ScoreDictVar*, Field> input_fields_;
   int current_ = 0;  // the position of the derived field that is being compiled
+  std::vector<Remark> remarks_;
 };
 
+template <typename Step>
+void Builder::Try(Derived* derived, const Step& step) {
+  try {
+    step();
+  } catch (const SSException& reason) {
+    Fail(reason, derived);
+  }
+}
+
+void Builder::Fail(const SSException& reason, Derived* derived) {
+  if (needed_.model == nullptr) throw SSException(reason);
+  remarks_.push_back({Remark::Kind::kNotComputed, reason});
+  if (derived != nullptr && !derived->failure) derived->failure = reason;
+}
+
 void Builder::Declare(const Element* element) {
-  Derived derived;
+  const std::string name = RequireAttribute(element, "name");
+  const auto [known, is_new] = positions_.emplace(name, static_cast<int>(derived_.size()));
+  if (!is_new) {
+    return Try(&derived_[static_cast<std::size_t>(known->second)],
+               [&] { ThrowAt(element, code::kDuplicateName, name, NameOf(element)); });
+  }
+  Derived& derived = derived_.emplace_back();
   derived.element = element;
-  derived.name = RequireAttribute(element, "name");
+  derived.name = name;
+  Try(&derived, [&] { ReadDeclaration(derived); });
+}
+
+void Builder::ReadDeclaration(Derived& derived) const {
+  const Element* element = derived.element;
   const auto op_type = FindOpType(element, "optype");
   auto type = FindDataType(element, "dataType");
   if (!type) {
@@ -107,26 +148,24 @@ void Builder::Declare(const Element* element) {
   derived.type = *type;
   derived.op_type = op_type.value_or(UsualOpType(type->data));
   derived.expression = OnlyExpression(element, "Value");
-  if (!positions_.emplace(derived.name, static_cast<int>(derived_.size())).second) {
-    ThrowAt(element, code::kDuplicateName, derived.name, NameOf(element));
-  }
-  derived_.push_back(std::move(derived));
 }
 
 void Builder::Collect() {
   for (const Element* child = FirstContent(container_); child != nullptr;
        child = NextContent(child)) {
-    if (IsNamed(child, "DerivedField")) {
-      Declare(child);
-    } else if (!IsNamed(child, "DefineFunction")) {
-      RefuseKind(child);
-    }
+    Try(nullptr, [&] {
+      if (IsNamed(child, "DerivedField")) {
+        Declare(child);
+      } else if (!IsNamed(child, "DefineFunction")) {
+        RefuseKind(child);
+      }
+    });
   }
 }
 
 std::unique_ptr<TransformVar> Builder::MakeVar(Derived& derived) {
   // The only input that the field is computed from directly, if it is computed from nothing else.
-  const bool single = derived.inputs.size() == 1 && derived.needs.empty();
+  const bool single = derived.inputs.size() == 1 && derived.needs.empty() && !derived.failure;
   auto var = std::make_unique<TransformVar>(
       derived.name, derived.op_type, derived.type,
       single ? inputs_[static_cast<std::size_t>(derived.inputs[0])]->GetName() : std::string());
@@ -186,35 +225,60 @@ std::optional<Field> Builder::Find(const std::string& name) {
   return field;
 }
 
-void Builder::Compile() {
-  Definitions definitions;
+void Builder::CompileDefinitions(Definitions& definitions) {
   definitions.AddFrom(container_);
   if (IsNamed(container_, "LocalTransformations")) definitions.AddFrom(Document());
   definitions.CompileAll();
+  for (const SSException& reason : definitions.Failures()) Fail(reason, nullptr);
+}
+
+void Builder::ReadOrder(Derived& derived) const {
+  const Element* value = FindChild(derived.element, "Value");
+  if (value == nullptr || derived.op_type != OpType::kOrdinal) return;
+  ScoreDictVar listed(derived.name, derived.op_type, derived.type);
+  for (; value != nullptr; value = NextContent(value)) {
+    if (!IsNamed(value, "Value")) continue;
+    const std::string text = RequireAttribute(value, "value");
+    listed.AddCategory(*listed.ValueFromText(text), text);
+  }
+  derived.order = std::make_shared<const ValueOrder>(listed);
+}
+
+void Builder::Compile() {
+  Definitions definitions;
+  CompileDefinitions(definitions);
   // The order of an ordinal field's values must be known wherever it is used.
   for (Derived& derived : derived_) {
-    const Element* value = FindChild(derived.element, "Value");
-    if (value == nullptr || derived.op_type != OpType::kOrdinal) continue;
-    ScoreDictVar listed(derived.name, derived.op_type, derived.type);
-    for (; value != nullptr; value = NextContent(value)) {
-      if (!IsNamed(value, "Value")) continue;
-      const std::string text = RequireAttribute(value, "value");
-      listed.AddCategory(*listed.ValueFromText(text), text);
-    }
-    derived.order = std::make_shared<const ValueOrder>(listed);
+    if (!derived.failure) Try(&derived, [&] { ReadOrder(derived); });
   }
   for (Derived& derived : derived_) {
     current_ = static_cast<int>(expressions_.size());
-    expressions_.push_back(CompileExpression(derived.expression, *this, definitions, derived.type));
+    std::unique_ptr<Expression>& expression = expressions_.emplace_back();
+    if (derived.failure) continue;
+    Try(&derived, [&] {
+      expression = CompileExpression(derived.expression, *this, definitions, derived.type);
+    });
   }
 }
 
-std::vector<int> Builder::Sort() const {
+std::vector<int> Builder::Sort(const std::vector<bool>& needed) {
   std::vector<std::vector<int>> needs;
   needs.reserve(derived_.size());
   for (const Derived& derived : derived_) needs.push_back(derived.needs);
   DependencyOrder order = SortByDependency(needs);
-  if (order.cycle.empty()) return std::move(order.sequence);
+  const auto circle = FindCircle(order);
+  if (!circle) return std::move(order.sequence);
+  for (std::size_t i = 0; i < needs.size(); ++i) {
+    if (!needed[i]) needs[i].clear();
+  }
+  order = SortByDependency(needs);
+  if (const auto of_needed = FindCircle(order)) throw SSException(*of_needed);
+  Fail(*circle, nullptr);
+  return std::move(order.sequence);
+}
+
+std::optional<SSException> Builder::FindCircle(const DependencyOrder& order) const {
+  if (order.cycle.empty()) return std::nullopt;
   std::string chain;
   for (std::size_t i = 0; i < order.cycle.size(); ++i) {
     const bool last = i + 1 == order.cycle.size();
@@ -223,38 +287,54 @@ std::vector<int> Builder::Sort() const {
     if (i > 0) chain += " -> ";
     chain += derived_[static_cast<std::size_t>(order.cycle[i])].name;
   }
-  ThrowAt(derived_[static_cast<std::size_t>(order.cycle[0])].element, code::kDerivedCycle, chain);
+  SSException circle(MCZandor_850::gErrorFormater);
+  circle.PutErrorMessage(code::kDerivedCycle, chain);
+  circle.SetElement(derived_[static_cast<std::size_t>(order.cycle[0])].element);
+  return circle;
 }
 
-std::vector<bool> Builder::Needed(const std::vector<int>& sequence) const {
+std::vector<bool> Builder::Needed() const {
   std::vector<bool> needed(derived_.size(), needed_.model == nullptr);
+  std::vector<int> found;
+  const auto add = [&](int position) {
+    if (needed[static_cast<std::size_t>(position)]) return;
+    needed[static_cast<std::size_t>(position)] = true;
+    found.push_back(position);
+  };
   for (std::size_t i = 0; i < derived_.size(); ++i) {
-    if (needed_.names.contains(derived_[i].name)) needed[i] = true;
+    if (needed_.names.contains(derived_[i].name)) add(static_cast<int>(i));
   }
-  // Going backwards, a field is reached before those that it is computed from.
-  for (auto at = sequence.rbegin(); at != sequence.rend(); ++at) {
-    const auto position = static_cast<std::size_t>(*at);
-    if (!needed[position]) continue;
-    for (const int need : derived_[position].needs) needed[static_cast<std::size_t>(need)] = true;
+  while (!found.empty()) {
+    const Derived& derived = derived_[static_cast<std::size_t>(found.back())];
+    found.pop_back();
+    for (const int need : derived.needs) add(need);
   }
   return needed;
 }
 
-void Builder::CheckInputs(const Derived& derived) const {
+void Builder::CheckInputs(const Derived& derived) {
   if (!needed_.has_schema) return;
   for (const int index : derived.inputs) {
     const std::string& name = inputs_[static_cast<std::size_t>(index)]->GetName();
     if (needed_.schema.contains(name)) continue;
-    RefuseContent(derived.element, "field " + name + ", from which " + derived.name +
-                                       " is computed, is not in the model's MiningSchema: refused");
+    SSException reason(MCZandor_850::gErrorFormater);
+    reason.PutErrorMessage(code::kBadContent,
+                           "the field " + name + ", which " + derived.name +
+                               " is computed from and the MiningSchema leaves out,",
+                           NameOf(derived.element));
+    reason.SetElement(derived.element);
+    remarks_.push_back({Remark::Kind::kNotInSchema, reason});
   }
 }
 
 std::unique_ptr<TransformationDictionary> Builder::Build() {
   Collect();
   Compile();
-  const std::vector<int> sequence = Sort();
-  const std::vector<bool> needed = Needed(sequence);
+  const std::vector<bool> needed = Needed();
+  for (std::size_t i = 0; i < derived_.size(); ++i) {
+    if (needed[i] && derived_[i].failure) throw SSException(*derived_[i].failure);
+  }
+  const std::vector<int> sequence = Sort(needed);
 
   std::vector<Program::Step> steps;
   std::vector<bool> read(inputs_.size(), false);
@@ -279,7 +359,8 @@ std::unique_ptr<TransformationDictionary> Builder::Build() {
   const std::size_t slots = derived_.size() + inputs_.size();
   auto program = std::make_unique<Program>(std::move(expressions_), std::move(inputs),
                                            std::move(steps), slots);
-  auto dictionary = std::make_unique<TransformationDictionary>(std::move(program));
+  auto dictionary =
+      std::make_unique<TransformationDictionary>(std::move(program), std::move(remarks_));
   for (Derived& derived : derived_) {
     dictionary->AddVar(MakeVar(derived));
     ScoreDictVar* input = dictionary_ == nullptr ? nullptr : dictionary_->FindVar(derived.name);

@@ -29,7 +29,9 @@ NeededByModel FindNeededByModel(const xercesc::DOMDocument* document);
 // children of LocalTransformations, or moved out of it and marked by the attribute x-scope="local".
 bool IsLocal(const Element* derived_field);
 
-// Builds the dictionary of a TransformationDictionary or LocalTransformations element.
+// Builds the dictionary of a TransformationDictionary or LocalTransformations element. What cannot
+// be computed is refused where the model needs it, or the document has no model; else it is a
+// remark of the dictionary.
 std::unique_ptr<MCZandor_850::TransformationDictionary> BuildDictionary(
     const Element* container, const MCZandor_850::ScoreDictionary* inputs);
 

@@ -8,6 +8,9 @@
 #include "host/transform/value/conversion.h"
 
 namespace svmscore::transform {
+
+using MCZandor_850::SSException;
+
 namespace {
 
 // The names that a function's body may use: its parameters, by position.
@@ -53,12 +56,26 @@ void Definitions::AddFrom(const Element* container) {
   for (const Element* child = FirstContent(container); child != nullptr;
        child = NextContent(child)) {
     if (!IsNamed(child, "DefineFunction")) continue;
-    const std::string name = RequireAttribute(child, "name");
-    if (!definitions_.emplace(name, Definition{child, nullptr}).second) {
-      ThrowAt(child, code::kDuplicateName, name, NameOf(child));
+    Definition* first = nullptr;
+    try {
+      const std::string name = RequireAttribute(child, "name");
+      const auto [known, is_new] = definitions_.emplace(name, Definition{child, nullptr});
+      if (!is_new) {
+        first = &known->second;
+        ThrowAt(child, code::kDuplicateName, name, NameOf(child));
+      }
+      order_.push_back(name);
+    } catch (const SSException& reason) {
+      Fail(reason, first);
     }
-    order_.push_back(name);
   }
+}
+
+void Definitions::Fail(const SSException& reason, Definition* definition) {
+  // A caller fails with what it calls, which has been noted.
+  const bool noted = !failures_.empty() && failures_.back().GetElement() == reason.GetElement();
+  if (!noted) failures_.push_back(reason);
+  if (definition != nullptr && !definition->failure) definition->failure = failures_.size() - 1;
 }
 
 void Definitions::AddFrom(const xercesc::DOMDocument* document) {
@@ -68,7 +85,13 @@ void Definitions::AddFrom(const xercesc::DOMDocument* document) {
 
 void Definitions::CompileAll() {
   for (const std::string& name : order_) {
-    Find(name, definitions_.at(name).element, 0);
+    const Definition& definition = definitions_.at(name);
+    if (definition.failure) continue;
+    try {
+      Find(name, definition.element, 0);
+    } catch (const SSException&) {
+      continue;  // noted
+    }
   }
 }
 
@@ -77,16 +100,23 @@ std::shared_ptr<const UserFunction> Definitions::Find(const std::string& name,
   const auto found = definitions_.find(name);
   if (found == definitions_.end()) return nullptr;
   Definition& definition = found->second;
+  if (definition.failure) throw SSException(failures_[*definition.failure]);
   if (definition.function == nullptr) {
     if (definition.in_work) RefuseContent(caller, "function " + name + " calls itself");
-    Compile(definition, depth);
+    definition.in_work = true;
+    try {
+      Compile(definition, depth);
+    } catch (const SSException& reason) {
+      Fail(reason, &definition);
+      throw;
+    }
+    definition.in_work = false;
   }
   return definition.function;
 }
 
 void Definitions::Compile(Definition& definition, int depth) {
   const Element* element = definition.element;
-  definition.in_work = true;
   const auto result = FindDataType(element, "dataType");
   ParameterScope scope;
   UserFunction::Types types;
@@ -99,7 +129,6 @@ void Definitions::Compile(Definition& definition, int depth) {
   const Context context{scope, *this, depth};
   auto body = context.Compile(OnlyExpression(element, "ParameterField"), result);
   definition.function = std::make_shared<UserFunction>(std::move(types), result, std::move(body));
-  definition.in_work = false;
 }
 
 }  // namespace svmscore::transform

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "host/model/ss_exception.h"
 #include "host/text/api.h"
 #include "host/transform/expression.h"
 
@@ -46,13 +47,16 @@ class SVMSCORE_HOST_API Definitions {
   Definitions(const Definitions&) = delete;
   Definitions& operator=(const Definitions&) = delete;
 
-  // Adds the functions that children of `container` define; null has none. A name that is defined
-  // twice is refused.
+  // Adds the functions that a child of `container` defines. Null is a container without any. One
+  // without a name, or with that of another, fails.
   void AddFrom(const Element* container);
   // Adds the functions of the TransformationDictionary of `document`.
   void AddFrom(const xercesc::DOMDocument* document);
   // Compiles the functions that nothing has called, so that errors in them are found.
   void CompileAll();
+  // What is wrong with functions, as far as it was found. A call of such a function is refused with
+  // the reason.
+  const std::vector<MCZandor_850::SSException>& Failures() const { return failures_; }
 
   // Null where the document defines no function of that name. A function that calls itself, even
   // through others, is refused at `caller`, an expression nested `depth` levels deep.
@@ -64,11 +68,15 @@ class SVMSCORE_HOST_API Definitions {
     const Element* element;
     std::shared_ptr<const UserFunction> function;
     bool in_work = false;
+    std::optional<std::size_t> failure = std::nullopt;
   };
   void Compile(Definition& definition, int depth);
+  // Notes the failure, which the definition (if any) is then refused with.
+  void Fail(const MCZandor_850::SSException& reason, Definition* definition);
 
   std::unordered_map<std::string, Definition> definitions_;
   std::vector<std::string> order_;
+  std::vector<MCZandor_850::SSException> failures_;
 };
 
 }  // namespace svmscore::transform

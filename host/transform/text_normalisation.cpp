@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/transform/read_word_rules.h"
+#include "host/text/field_text.h"
 #include "host/transform/table/inline_table.h"
 
 namespace svmscore::transform {
@@ -30,7 +31,7 @@ std::string Quote(const std::string& text) {
 }
 
 bool IsTrue(const std::optional<std::string_view>& cell) {
-  return cell == "true" || cell == "1";
+  return cell && ParseBoolean(*cell).value_or(false);
 }
 
 }  // namespace

@@ -114,8 +114,11 @@ const ScoreValue* DerivedCaseRecord::GetValue(const std::string& name) const {
   return GetValue(GetPosition(name));
 }
 
-TransformationDictionary::TransformationDictionary(std::unique_ptr<Program> program)
-    : program_(std::move(program)), store_(std::make_unique<Store>()) {}
+TransformationDictionary::TransformationDictionary(std::unique_ptr<Program> program,
+                                                   std::vector<svmscore::transform::Remark> remarks)
+    : program_(std::move(program)),
+      store_(std::make_unique<Store>()),
+      remarks_(std::move(remarks)) {}
 
 TransformationDictionary::~TransformationDictionary() = default;
 

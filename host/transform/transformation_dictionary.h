@@ -9,11 +9,23 @@
 #include "host/model/score_case_record.h"
 #include "host/model/score_dictionary.h"
 #include "host/model/score_value.h"
+#include "host/model/ss_exception.h"
 #include "host/text/api.h"
 
 namespace svmscore::transform {
 class Program;
 class Scratch;
+
+// What a document says of its derived fields, and is not computed as it is written.
+struct Remark {
+  enum class Kind {
+    kNotComputed,  // a field or a function that nothing needs, and that cannot be computed
+    kNotInSchema,  // a field of the model is computed from one that its mining schema leaves out
+  };
+  Kind kind;
+  MCZandor_850::SSException reason;  // with its element
+};
+
 }  // namespace svmscore::transform
 
 namespace MCZandor_850 {
@@ -74,8 +86,9 @@ class SVMSCORE_HOST_API DerivedCaseRecord : public ScoreCaseRecord {
 // Owns: the model that it is handed to. Lives: the inputs' dictionary, longer than this one.
 class SVMSCORE_HOST_API TransformationDictionary : public BaseDictionary {
  public:
-  // `program` computes the variables that are added to this dictionary.
-  explicit TransformationDictionary(std::unique_ptr<svmscore::transform::Program> program);
+  // `program` computes the variables added to this dictionary.
+  explicit TransformationDictionary(std::unique_ptr<svmscore::transform::Program> program,
+                                    std::vector<svmscore::transform::Remark> remarks = {});
   ~TransformationDictionary() override;
 
   // Null where there is no derived field of that name. [any thread] Fails: never.
@@ -91,6 +104,7 @@ class SVMSCORE_HOST_API TransformationDictionary : public BaseDictionary {
       const ScoreCaseRecord* record, const ScoreDictionary* dictionary) const;
 
   const svmscore::transform::Program& GetProgram() const { return *program_; }
+  const std::vector<svmscore::transform::Remark>& Remarks() const { return remarks_; }
 
  private:
   friend class DerivedCaseRecord;
@@ -98,6 +112,7 @@ class SVMSCORE_HOST_API TransformationDictionary : public BaseDictionary {
 
   std::unique_ptr<svmscore::transform::Program> program_;
   std::unique_ptr<Store> store_;  // scratch records between cases
+  std::vector<svmscore::transform::Remark> remarks_;
 };
 
 }  // namespace MCZandor_850

@@ -2,6 +2,7 @@
 
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
+#include "host/text/field_text.h"
 #include "host/text/number_text.h"
 #include "host/xml/transcoder.h"
 #include "host/xml/wide_text.h"
@@ -57,9 +58,9 @@ int FindCount(const Element* element, std::string_view name, int standard) {
 bool FindFlag(const Element* element, std::string_view name, bool standard) {
   const auto text = FindAttribute(element, name);
   if (!text) return standard;
-  if (*text == "true" || *text == "1") return true;
-  if (*text == "false" || *text == "0") return false;
-  RefuseValue(element, name, *text);
+  const auto truth = ParseBoolean(*text);
+  if (!truth) RefuseValue(element, name, *text);
+  return *truth;
 }
 
 std::optional<FieldType> FindDataType(const Element* element, std::string_view name) {

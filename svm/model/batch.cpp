@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <numeric>
 
@@ -126,6 +127,8 @@ MCStatus SVMModel::FinishCategory(const double* decisions, std::size_t stride, s
   for (std::size_t m = 0; m < workspace.decisions.size(); ++m) {
     workspace.decisions[m] = decisions[m * stride];
   }
+  const MCStatus checked = CheckDecisions(workspace.decisions);
+  if (checked.IsError()) return checked;
   int winner = 0;
   double confidence = 0.0;
   std::vector<double>& percents = workspace.percents;
@@ -152,6 +155,12 @@ MCStatus SVMModel::FinishValue(const double* decision, std::size_t c, const Batc
   const bool computed = EntryCount() > 0;
   const double value =
       computed ? (DecisionCount() > 0 ? *decision : 0.0) : NumericValue::GetSysmisValue();
+  if (computed && finite_only_ && !std::isfinite(value)) {
+    Put(results.value, c, NumericValue::GetSysmisValue());
+    Put(results.std_dev, c, kNone);
+    Put(results.has_interval, c, false);
+    return MCStatus(MCScore::kInvalidValue, false);
+  }
   const bool has_interval = computed && IntervalAround(value, std_dev, lower, upper);
   Put(results.value, c, value);
   Put(results.std_dev, c, std_dev);

@@ -33,6 +33,7 @@ MCStatus SVMModel::ScoreSVMClsModel(const std::vector<int>& idx, const std::vect
   if (data_ == nullptr || idx.empty() || data_->GetSupportVectorMachines().empty()) return {};
   std::vector<double>& decisions = ThisThreadsWorkspace().decisions;
   MCStatus status = Decide(idx, val, decisions);
+  if (!status.IsError()) status = CheckDecisions(decisions);
   if (status.IsError()) return status;
   int winner = 0;
   double confidence = 0.0;

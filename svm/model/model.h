@@ -99,6 +99,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // One a machine; of a regression the first machine only.
   std::size_t DecisionCount() const override;
   std::pair<int, int> DecisionCategories(std::size_t decision) const override;
+  void SetFiniteOnly(bool finite_only) override { finite_only_ = finite_only; }
   void FixPositions(const ScoreCaseRecord& record) override;
   MCScore::MCStatus ReadCase(const ScoreCaseRecord& record, bool flag, double* entries,
                              std::size_t stride) override;
@@ -190,6 +191,8 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                    const svmscore::BatchResults& results);
   MCScore::MCStatus FinishValue(const double* decision, std::size_t c,
                                 const svmscore::BatchResults& results);
+  // 90027 for decision values that no result is made of; see SetFiniteOnly.
+  MCScore::MCStatus CheckDecisions(const std::vector<double>& decisions) const;
   // Whether `winner` is a position among the target categories that holds one.
   bool IsCategory(int winner) const;
   // Writes the standard deviation of a regression's value and the bounds of its interval; false,
@@ -219,6 +222,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                           std::vector<std::vector<double>>& r);
 
   bool prediction_only_ = false;
+  bool finite_only_ = false;
   const ScoreDictVar* target_var_ = nullptr;  // the dictionary's
   int model_type_ = 0;
   bool positions_set_ = false;

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 #include "host/model/score_case_record.h"
@@ -196,6 +198,13 @@ MCStatus SVMModel::ScoreSVMByKernelType(const std::vector<int>& case_idx,
   }
   value += machine->absolute_value;
   return {};
+}
+
+MCStatus SVMModel::CheckDecisions(const std::vector<double>& decisions) const {
+  if (!finite_only_) return {};
+  const bool finite = std::all_of(decisions.begin(), decisions.end(),
+                                  [](double decision) { return std::isfinite(decision); });
+  return finite ? MCStatus() : MCStatus(MCScore::kInvalidValue, false);
 }
 
 const SVMModelData::ST_SUPPORTVECTORMACHINE* SVMModel::Machine(int index) const {

@@ -1,6 +1,5 @@
 #include "host/transform/value/conversion.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -29,19 +28,6 @@ std::string_view Trim(std::string_view text) {
   return text;
 }
 
-// Compares ASCII letters without regard to case.
-bool Spells(std::string_view text, std::string_view lower) {
-  return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
-                    [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + 32 : a) == b; });
-}
-
-std::optional<bool> TruthOfText(std::string_view text) {
-  text = Trim(text);
-  if (text == "1" || Spells(text, "true")) return true;
-  if (text == "0" || Spells(text, "false")) return false;
-  return std::nullopt;
-}
-
 bool IsMoment(DataType type) {
   return type >= DataType::kDate;
 }
@@ -63,12 +49,11 @@ Value RoundToInteger(double number) {
 Value FromText(std::string_view text, FieldType type) {
   if (type.data == DataType::kInteger) {
     if (const auto integer = ParseInteger(text)) return Value::Integer(*integer);
-    if (Spells(Trim(text), "true")) return Value::Integer(1);
-    if (Spells(Trim(text), "false")) return Value::Integer(0);
-    return Value::Invalid();
+    const auto truth = ParseBoolean(text);
+    return truth ? Value::Integer(*truth ? 1 : 0) : Value::Invalid();
   }
   if (type.data == DataType::kBoolean) {
-    const auto truth = TruthOfText(text);
+    const auto truth = ParseBoolean(text);
     return truth ? Value::Boolean(*truth) : Value::Invalid();
   }
   const auto number = NumberFromFieldText(Trim(text), type);
@@ -178,7 +163,7 @@ std::optional<double> NumberOf(const Value& value) {
 }
 
 std::optional<bool> TruthOf(const Value& value) {
-  if (value.IsText()) return TruthOfText(value.GetText());
+  if (value.IsText()) return ParseBoolean(value.GetText());
   if (IsMoment(value.Data())) return std::nullopt;
   const double number = value.GetNumber();
   if (number != 0.0 && number != 1.0) return std::nullopt;
