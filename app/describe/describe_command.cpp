@@ -44,16 +44,17 @@ CLI::App* DescribeCommand::AddTo(CLI::App& program) {
   AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
   app->add_flag("--json", json_, "write JSON");
   app->add_flag("--dump", dump_, "add the model's own listing of all it holds");
-  app->add_flag("--strict-document", strict_document_,
-                "tell why score --strict-document refuses the model, where it does");
+  AddReadingOptions(*app, reading_,
+                    "tell why score --strict-document refuses the model, where it does");
   AddLimitOption(*app, limits_);
   AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
   return app;
 }
 
 ExitStatus DescribeCommand::Run() {
+  const LoadChecks checks = ChecksOf(reading_);
   tools::DocumentSource source(model_, limits_);
-  const DescribedModel described = LoadModelToDescribe(source, plugin_, strict_document_);
+  const DescribedModel described = LoadModelToDescribe(source, plugin_, checks);
   tools::ModelSummary summary = tools::Summarise(described.loaded);
   summary.refused = described.refused;
   if (dump_) summary.listing = ListingOf(*described.loaded.model);

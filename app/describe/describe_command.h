@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/options/command.h"
+#include "app/options/reading_option.h"
 #include "host/xml/limits.h"
 
 namespace svmscore::app {
@@ -20,7 +21,7 @@ class DescribeCommand : public Command {
   Limits limits_;
   bool json_ = false;
   bool dump_ = false;
-  bool strict_document_ = false;
+  ReadingOptions reading_;
 };
 
 }  // namespace svmscore::app

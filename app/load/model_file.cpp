@@ -12,8 +12,9 @@ using MCZandor_850::SSException;
 
 namespace {
 
-LoadChecks ChecksOf(bool strict) {
-  return strict ? LoadChecks::kStrict : LoadChecks::kRefuse;
+LoadedModel Load(const Plugin& plugin, tools::DocumentSource& source, LoadChecks checks) {
+  return LoadModel(
+      plugin, [&source] { return source.Parse(); }, checks);
 }
 
 }  // namespace
@@ -30,24 +31,26 @@ void RefuseModel(const std::string& path, const SSException& error) {
   throw Failure(kModelError, fmt::format("{}: {}", path, tools::Explain(error)));
 }
 
-LoadedModel LoadModelFile(tools::DocumentSource& source, const std::string& plugin, bool strict) {
+LoadedModel LoadModelFile(tools::DocumentSource& source, const std::string& plugin,
+                          LoadChecks checks) {
   const Plugin loaded = LoadPlugin(plugin);
   try {
-    return LoadModel(loaded, source.Parse(), ChecksOf(strict));
+    return Load(loaded, source, checks);
   } catch (const SSException& error) {
     RefuseModel(source.Path(), error);
   }
 }
 
 DescribedModel LoadModelToDescribe(tools::DocumentSource& source, const std::string& plugin,
-                                   bool strict) {
+                                   LoadChecks checks) {
   const Plugin loaded = LoadPlugin(plugin);
   try {
-    PmmlDocument document = source.Parse();
     std::string refused;
     try {
-      return {LoadModel(loaded, std::move(document), ChecksOf(strict)), std::nullopt};
+      return {Load(loaded, source, checks), std::nullopt};
     } catch (const SSException& error) {
+      // To the letter there is nothing but what a translator reads.
+      if (checks == LoadChecks::kAsIs) throw;
       refused = tools::Explain(error);
     }
     return {LoadModel(loaded, source.Parse(), LoadChecks::kTolerate), std::move(refused)};

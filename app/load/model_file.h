@@ -13,10 +13,10 @@
 
 namespace svmscore::app {
 
-// `plugin` is the file of the plug-in; empty for the installed one. With `strict` a document is
-// refused that is not scored as it is written. Throws a Failure(kModelError) with the message's
-// code, what is wrong, where, and what to do.
-LoadedModel LoadModelFile(tools::DocumentSource& source, const std::string& plugin, bool strict);
+// `plugin` is the file of the plug-in; empty for the installed one. Throws a Failure(kModelError)
+// with the message's code, what is wrong, where, and what to do.
+LoadedModel LoadModelFile(tools::DocumentSource& source, const std::string& plugin,
+                          LoadChecks checks);
 
 // The plug-in of that file. Throws as LoadModelFile does.
 Plugin LoadPlugin(const std::string& path);
@@ -25,13 +25,13 @@ Plugin LoadPlugin(const std::string& path);
 [[noreturn]] void RefuseModel(const std::string& path, const MCZandor_850::SSException& error);
 
 // A model to describe: one that cannot be scored with is loaded all the same where that is
-// possible, and comes with the reason.
+// possible, and comes with the reason. To the letter it is not.
 struct DescribedModel {
   LoadedModel loaded;
   std::optional<std::string> refused;
 };
 DescribedModel LoadModelToDescribe(tools::DocumentSource& source, const std::string& plugin,
-                                   bool strict);
+                                   LoadChecks checks);
 
 }  // namespace svmscore::app
 

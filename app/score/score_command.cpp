@@ -155,8 +155,8 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
                 "add each machine's decision value: decision(TARGET|ALTERNATE), decision for a "
                 "regression");
   app->add_flag("--strict", strict_, "exit with status 4 if any case failed");
-  app->add_flag("--strict-document", strict_document_,
-                "refuse a model whose document is not scored as it is written");
+  AddReadingOptions(*app, reading_,
+                    "refuse a model of whose document something is guessed, lost or wrong");
   app->add_option("--threads", threads_, "number of threads; default: all cores")
       ->check(CLI::Range(1, kMostThreads));
   AddFileOption(*app, "--log", log_, "append a trace to this file");
@@ -193,11 +193,12 @@ void ScoreCommand::CheckFiles() const {
 }
 
 ExitStatus ScoreCommand::Run() {
+  const LoadChecks checks = ChecksOf(reading_);
   CheckFiles();
   StartLog(log_);
   const std::vector<std::string> copied = NamesIn(passthrough_);
   tools::DocumentSource source(model_, limits_);
-  const LoadedModel loaded = LoadModelFile(source, plugin_, strict_document_);
+  const LoadedModel loaded = LoadModelFile(source, plugin_, checks);
   TellIntake(model_, loaded);
   ScoreModel& model = *loaded.model;
   model.SetPredictionOnly(prediction_only_);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/options/command.h"
+#include "app/options/reading_option.h"
 #include "host/xml/limits.h"
 
 namespace svmscore::app {
@@ -33,7 +34,7 @@ class ScoreCommand : public Command {
   bool prediction_only_ = false;
   bool decisions_ = false;
   bool strict_ = false;
-  bool strict_document_ = false;
+  ReadingOptions reading_;
 };
 
 }  // namespace svmscore::app

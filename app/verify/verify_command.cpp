@@ -25,9 +25,10 @@ void Print(std::string_view text) {
 
 // What the new document says of itself must hold before anybody relies on it.
 void CheckWritten(const std::string& document, const std::string& name, const Limits& limits,
-                  const std::string& plugin) {
+                  const std::string& plugin, bool as_is) {
   const LoadedModel written =
-      LoadModel(Plugin(plugin), PmmlDocument::FromText(document, name, limits));
+      LoadModel(Plugin(plugin), PmmlDocument::FromText(document, name, limits),
+                as_is ? LoadChecks::kAsIs : LoadChecks::kRefuse);
   const tools::VerifyReport report = tools::VerifyDocument(written);
   if (report.Disagreements() > 0) {
     throw Failure(kOutputError,
@@ -60,8 +61,8 @@ CLI::App* VerifyCommand::AddTo(CLI::App& program) {
   app->add_option("--missing-token", missing_tokens_,
                   "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
       ->allow_extra_args(false);
-  app->add_flag("--strict-document", strict_document_,
-                "refuse a model whose document is not scored as it is written");
+  AddReadingOptions(*app, reading_,
+                    "refuse a model of whose document something is guessed, lost or wrong");
   AddLimitOption(*app, limits_);
   AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
   app->footer(
@@ -87,10 +88,11 @@ void VerifyCommand::CheckArguments() const {
 
 ExitStatus VerifyCommand::Run() {
   CheckArguments();
+  const LoadChecks checks = ChecksOf(reading_);
   if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
   tools::DocumentSource source(model_, limits_);
   if (!write_.empty()) KeepText(source);
-  const LoadedModel loaded = LoadModelFile(source, plugin_, strict_document_);
+  const LoadedModel loaded = LoadModelFile(source, plugin_, checks);
   TellIntake(model_, loaded);
   if (!write_.empty()) return WriteRecords(loaded, source.Text());
   tools::VerifyReport report;
@@ -121,7 +123,7 @@ ExitStatus VerifyCommand::WriteRecords(const LoadedModel& loaded,
   const std::string written = tools::PutBlock(
       document, place, tools::VerificationBlock(loaded, cases, missing_tokens_, place.prefix));
   try {
-    CheckWritten(written, write_, limits_, plugin_);
+    CheckWritten(written, write_, limits_, plugin_, reading_.as_is);
   } catch (const MCZandor_850::SSException& error) {
     RefuseModel(write_, error);
   }

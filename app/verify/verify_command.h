@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/options/command.h"
+#include "app/options/reading_option.h"
 #include "host/load/loader.h"
 
 namespace svmscore::app {
@@ -27,7 +28,7 @@ class VerifyCommand : public Command {
   std::vector<std::string> missing_tokens_;
   Limits limits_;
   double tolerance_ = 1e-6;
-  bool strict_document_ = false;
+  ReadingOptions reading_;
 };
 
 }  // namespace svmscore::app

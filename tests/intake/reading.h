@@ -67,11 +67,11 @@ struct Reading {
 // The document as it is written.
 Reading Unread(const std::string& text);
 // What was made readable is readable: that a second reading changes nothing is checked.
-Reading Read(const std::string& text, svmscore::IntakeMode mode = svmscore::IntakeMode::kRefuse);
+Reading Read(const std::string& text, svmscore::IntakeMode mode = svmscore::IntakeMode::kTolerate);
 // In which reading ends: code, element and line, like "260153 Array:6"; for a step that the
 // strict mode refuses also its name, like "260307 dense-array Array:6".
 std::string Refusal(const std::string& text,
-                    svmscore::IntakeMode mode = svmscore::IntakeMode::kRefuse);
+                    svmscore::IntakeMode mode = svmscore::IntakeMode::kTolerate);
 
 // Inputs by name; an input that is left out or empty is missing.
 using Case = std::vector<std::pair<std::string, std::string>>;
