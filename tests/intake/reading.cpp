@@ -146,7 +146,9 @@ Reading Read(const std::string& text, svmscore::IntakeMode mode) {
 std::string Refusal(const std::string& text, svmscore::IntakeMode mode) {
   auto document = svmscore::PmmlDocument::FromText(text, "test.pmml");
   try {
-    svmscore::MakeReadable(document, mode);
+    std::optional<SSException> refused;
+    svmscore::MakeReadable(document, mode, &refused);
+    if (refused) throw SSException(*refused);
   } catch (SSException& error) {
     document.Locate(error);
     return CodeAndPlace(error);
@@ -162,10 +164,14 @@ double Predict(const std::string& text, const Case& inputs) {
   return svmscore::ParseNumber(Score(text, inputs)).value();
 }
 
-std::string Score(const std::string& text, const Case& inputs) try {
+svmscore::LoadedModel Load(const std::string& text, svmscore::LoadChecks checks) {
   static const svmscore::Plugin plugin(SVMSCORE_PLUGIN_FILE);
-  const svmscore::LoadedModel loaded =
-      svmscore::LoadModel(plugin, svmscore::PmmlDocument::FromText(text, "test.pmml"));
+  const auto parse = [&text] { return svmscore::PmmlDocument::FromText(text, "test.pmml"); };
+  return svmscore::LoadModel(plugin, parse, checks);
+}
+
+std::string Score(const std::string& text, const Case& inputs, svmscore::LoadChecks checks) try {
+  const svmscore::LoadedModel loaded = Load(text, checks);
   InputCaseRecord record(loaded.needed, false,
                          loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing);
   record.Clear();

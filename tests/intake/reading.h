@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/intake/make_readable.h"
+#include "host/load/loader.h"
 #include "host/model/ss_exception.h"
 
 namespace svmscore_test {
@@ -78,7 +79,9 @@ using Case = std::vector<std::pair<std::string, std::string>>;
 Case At(const std::string& x, const std::string& y);
 // The prediction of the loaded document, a number in its shortest exact form; for a case that
 // cannot be scored the status, like "status 90027"; for a document that is refused, its refusal.
-std::string Score(const std::string& text, const Case& inputs);
+std::string Score(const std::string& text, const Case& inputs,
+                  svmscore::LoadChecks checks = svmscore::LoadChecks::kRefuse);
+svmscore::LoadedModel Load(const std::string& text, svmscore::LoadChecks checks);
 // The same for a document that predicts a number.
 double Predict(const std::string& text, const Case& inputs);
 
