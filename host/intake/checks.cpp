@@ -72,10 +72,21 @@ void CheckMachine(Intake& intake, const DOMElement* machine,
   const DOMElement* coefficients = FindChild(machine, "Coefficients");
   if (support == nullptr || coefficients == nullptr) return;
   CheckOffset(intake, coefficients);
+  if (AttributeView(coefficients, "absoluteValue").data() == nullptr) {
+    intake.Tell("no-absolute-value", coefficients);
+  }
   std::size_t terms = 0;
+  bool all_zero = true;
   for (const DOMElement* coefficient : Children(coefficients, "Coefficient")) {
+    const WideView value = AttributeView(coefficient, "value");
+    if (value.data() == nullptr) intake.Tell("no-coefficient-value", coefficient);
     CheckNumber(intake, "bad-coefficient", coefficient, "value");
+    all_zero = all_zero && ParseNumber(Narrow(value)).value_or(0.0) == 0.0;
     ++terms;
+  }
+  if (all_zero && terms > 0) {
+    intake.Tell("zero-machine", coefficients, std::to_string(terms) + " coefficients of 0",
+                "Coefficients");
   }
   std::size_t vectors = 0;
   std::size_t left = 0;

@@ -125,9 +125,11 @@ void CheckLayout(Intake& intake) {
   } else if (scheme.method == Method::kOneAgainstAll) {
     CheckOneAgainstAll(intake, machines, categories);
   } else if (scheme.method == Method::kOneAgainstOne) {
-    CheckOneAgainstOne(intake, machines);
-    const bool stated = AttributeText(intake.Model(), "classificationMethod") == "OneAgainstOne";
-    if (stated || scheme.percentages != Percentages::kProbabilities) return;
+    // Probabilities go by the position of the machines, whatever categories these vote for.
+    if (scheme.percentages != Percentages::kProbabilities) {
+      return CheckOneAgainstOne(intake, machines);
+    }
+    if (AttributeText(intake.Model(), "classificationMethod") == "OneAgainstOne") return;
     TellOf(intake, "method-not-used", intake.Model(),
            "machines with an Extension, which makes them one-against-one,");
   }

@@ -10,7 +10,7 @@ namespace {
 std::string Identity(const std::string& attributes, bool linear = false) {
   return "<SupportVectorMachine " + attributes + '>' +
          (linear ? "" : "<SupportVectors><SupportVector vectorId='a'/></SupportVectors>") +
-         "<Coefficients><Coefficient value='1'/>" + (linear ? "<Coefficient value='0'/>" : "") +
+         "<Coefficients absoluteValue='0'><Coefficient value='1'/>" + (linear ? "<Coefficient value='0'/>" : "") +
          "</Coefficients></SupportVectorMachine>";
 }
 
@@ -79,13 +79,13 @@ TEST(Method, IsInferredWhereEveryPairHasItsMachine) {
     EXPECT_EQ(Score(with(last, "", linear), At("1", "0")), "c");
     EXPECT_EQ(Score(with(last, "", linear), At("-1", "0")), "a");
   }
-  for (const char* third :
-       {"targetCategory='b' alternateTargetCategory='a'", "targetCategory='c'"}) {
-    EXPECT_EQ(Read(with(third)).Steps(), "") << third;
-  }
+  EXPECT_EQ(Read(with("targetCategory='c'")).Steps(), "");
+  EXPECT_EQ(Read(with("targetCategory='b' alternateTargetCategory='a'")).Steps(),
+            "target-repeated");
   EXPECT_EQ(Read(with("targetCategory='c' alternateTargetCategory='d'")).Steps(),
             "unknown-category");
-  EXPECT_EQ(Read(with(last, " classificationMethod='OneAgainstAll'")).Steps(), "");
+  EXPECT_EQ(Read(with(last, " classificationMethod='OneAgainstAll'")).Steps(),
+            "method-contradicts-machines");
 }
 
 // Coefficients by field, and as the support vectors that they sum up.

@@ -27,7 +27,7 @@ Parts Sum() {
       "<REAL-Entries>1 10</REAL-Entries></REAL-SparseArray></VectorInstance>";
   parts.machines =
       "<SupportVectorMachine><SupportVectors><SupportVector vectorId='a'/>"
-      "</SupportVectors><Coefficients><Coefficient value='1'/></Coefficients>"
+      "</SupportVectors><Coefficients absoluteValue='0'><Coefficient value='1'/></Coefficients>"
       "</SupportVectorMachine>";
   return parts;
 }

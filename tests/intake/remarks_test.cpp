@@ -50,9 +50,9 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
        -6.1},
       {"<SupportVectorMachine ", "<SupportVectorMachine threshold='low' ", "bad-threshold",
        "260153 SupportVectorMachine:7"},
-      {kernel, kernel + "<BesselKernelType/>", "element-ignored", "260304 BesselKernelType:4"},
+      {kernel, kernel + "<BesselKernelType/>", "unknown-kernel", "260304 BesselKernelType:4"},
       {y, y + " missingValueReplacment='3'", "attribute-ignored", "260304 MiningField:4"},
-      {"</SupportVectors>", "</SupportVectors><SupportVectors/>", "element-repeated",
+      {"</SupportVectors>", "</SupportVectors><SupportVectors/>", "second-list",
        "260313 SupportVectors:7"},
       {kernel, "<Targets><Target field='u'/></Targets>" + kernel, "target-unknown",
        "260311 Target:4"},
@@ -72,7 +72,7 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
       {colour, colour + " usageType='none'", "unknown-usage", "260153 MiningField:4"},
       {y, y + " missingValueTreatment='mean'", "missing-treatment-ignored", "260153 MiningField:4"},
       {kernel, "<SigmoidKernelType/>" + kernel, "second-kernel", "260313 SigmoidKernelType:4"},
-      {kernel, "<PolynomialKernelType coef0='0' degree='-1'/>", "degree-minus-one",
+      {kernel, "<PolynomialKernelType gamma='1' coef0='0' degree='-1'/>", "degree-minus-one",
        "260304 PolynomialKernelType:4"},
   };
   for (const auto& [pattern, replacement, steps, refusal, prediction] : cases) {
@@ -82,7 +82,7 @@ TEST(Remarks, TellWhatIsLostAndScoreTheRest) {
     EXPECT_NEAR(Predict(text, At("1", "2")), prediction, 1e-12);
   }
   const std::string no_value = Replaced(Parts().Text(), "value='-3'", "");
-  EXPECT_EQ(Read(no_value).Steps(), "");
+  EXPECT_EQ(Read(no_value).Steps(), "no-coefficient-value");
   EXPECT_EQ(Predict(no_value, At("1", "2")),
             Predict(Replaced(Parts().Text(), "value='-3'", "value='0'"), At("1", "2")));
   EXPECT_NE(Predict(no_value, At("1", "2")), Predict(Parts().Text(), At("1", "2")));

@@ -58,14 +58,7 @@ void CheckSide(const Examined& examined, const MachineNumbers& machine, const Su
 void CheckTerms(const Examined& examined, FindingList& findings) {
   for (const MachineNumbers& machine : examined.numbers.machines) {
     const std::size_t count = machine.coefficients.size();
-    if (count == 0) {
-      if (machine.terms == 0) continue;
-      findings.Add("zero-machine", machine.coefficients_element,
-                   fmt::format("all its {} coefficients are 0: its decision value is {} for every "
-                               "case",
-                               machine.terms, FormatNumber(machine.offset)));
-      continue;
-    }
+    if (count == 0) continue;
     const Sums sums = SumsOf(machine);
     CheckSide(examined, machine, sums, findings);
     const bool one_signed = sums.positive == 0.0 || sums.negative == 0.0;

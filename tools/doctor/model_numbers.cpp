@@ -65,7 +65,6 @@ MachineNumbers ReadMachine(const Element* element, const VectorIndex& index,
   machine.offset = NumberOr(machine.coefficients_element, "absoluteValue", 0.0);
   machine.threshold = NumberOr(element, "threshold", threshold);
   const MachineTerms terms = TermsOf(element, index);
-  machine.terms = terms.kept;
   for (std::size_t i = 0; i < std::min(terms.vectors.size(), terms.coefficients.size()); ++i) {
     const auto found = positions.find(AttributeText(terms.vectors[i], "vectorId"));
     const double value = NumberOr(terms.coefficients[i], "value", 0.0);

@@ -34,7 +34,6 @@ struct MachineNumbers {
   std::string alternate;
   std::vector<std::size_t> vectors;  // positions among those of the model; parallel to the next
   std::vector<double> coefficients;  // without those that are 0
-  std::size_t terms = 0;             // with those that are 0
   double offset = 0.0;
   double threshold = 0.0;
 };
