@@ -56,27 +56,26 @@ void CheckTransformations(const ScoreModel& model, const PmmlDocument& document)
       translator.HandleTransformationDictionary(element, model.GetDictionary()));
 }
 
+// Adds a finding about `what`, or refuses it.
+void TellFinding(LoadedModel& loaded, bool strict, KindOfFinding kind, const DOMElement* at,
+                 const std::string& what) {
+  const std::vector<std::string> parts = {what, NameOf(at)};
+  if (strict && kind->IsRefusedWhenStrict()) RefuseStrictly(*kind, at, parts);
+  loaded.findings.push_back(
+      {kind, {NameOf(at), loaded.document.LineOf(at)}, DetailOf(*kind, parts)});
+}
+
 // Tells what the derived fields are not, or refuses it, and makes inputs of the fields that the
 // model reads although its mining schema leaves them out.
 void TellTransformations(LoadedModel& loaded, bool strict) {
   const TransformationDictionary* derived = loaded.model->GetTransformationDictionary();
   if (derived == nullptr) return;
   for (const transform::Remark& remark : derived->Remarks()) {
-    if (strict) throw SSException(remark.reason);
-    const DOMElement* at = remark.reason.GetElement();
     const bool left_out = remark.kind == transform::Remark::Kind::kNotComputed;
-    Finding finding{
+    TellFinding(
+        loaded, strict,
         left_out ? KindOfFinding("derived-field-left-out") : KindOfFinding("input-not-in-schema"),
-        {NameOf(at), loaded.document.LineOf(at)},
-        remark.reason.what()};
-    const auto known =
-        std::find_if(loaded.findings.begin(), loaded.findings.end(),
-                     [&finding](const Finding& earlier) { return earlier.kind == finding.kind; });
-    if (known != loaded.findings.end()) {
-      ++known->more;
-    } else {
-      loaded.findings.push_back(std::move(finding));
-    }
+        remark.reason.GetElement(), remark.reason.what());
   }
   const DOMElement* model = FindModelElement(loaded.document.Dom());
   const DOMElement* schema = FindChild(model, "MiningSchema");
@@ -142,12 +141,14 @@ std::unordered_set<const ScoreDictVar*> CheckVectorFields(const ScoreModel& mode
 }
 
 void ReadOutput(LoadedModel& loaded, LoadChecks checks) {
-  const bool refuses = checks == LoadChecks::kRefuse;
-  const auto faults = checks == LoadChecks::kStrict ? output::Faults::kRefuse
-                      : refuses                     ? output::Faults::kRefuseNames
-                                                    : output::Faults::kTell;
+  const bool strict = checks == LoadChecks::kStrict;
+  const auto faults = strict || checks == LoadChecks::kRefuse ? output::Faults::kRefuseNames
+                                                              : output::Faults::kTell;
   loaded.output = std::make_unique<output::OutputPlan>(*loaded.model, loaded.document.Dom(), faults,
                                                        checks == LoadChecks::kAsIs);
+  for (const output::Note& note : loaded.output->Notes()) {
+    TellFinding(loaded, strict, note.kind, note.element, note.text);
+  }
 }
 
 void CollectInputs(LoadedModel& loaded, std::unordered_set<const ScoreDictVar*> needed) {

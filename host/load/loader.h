@@ -28,8 +28,8 @@ struct SVMSCORE_HOST_API LoadedModel {
   std::vector<const MCZandor_850::ScoreDictVar*> needed;
   // All variables that the mining schema makes inputs. In dictionary order; owned by the model.
   std::vector<const MCZandor_850::ScoreDictVar*> active;
-  // How the document was made readable, and what of it is guessed, lost or wrong; empty where it is
-  // read as it stands and its author meant it, and where it is read to the letter.
+  // How the document was made readable, and what of it is guessed, lost or wrong; to the letter,
+  // only what its results are not.
   std::vector<Finding> findings;
   // What the document makes of results. Never null.
   std::unique_ptr<output::OutputPlan> output;
@@ -46,8 +46,7 @@ enum class LoadChecks {
   // The same, refusing nothing that the translator reads: for a program that describes a document
   // rather than scoring with it, and tells of these itself.
   kTolerate,
-  // Refuses, and also refuses whatever is guessed or lost: what IntakeMode::kStrict refuses, and
-  // declarations of results that cannot be read.
+  // Refuses, and also refuses whatever is guessed, lost or wrong.
   kStrict,
   // To the letter: the translator gets the document as it is written. What it reads is scored, and
   // what it refuses is refused. Percentages stay in the order in which its results hold them.

@@ -7,6 +7,7 @@
 
 #include <xercesc/dom/DOM.hpp>
 
+#include "host/findings/finding.h"
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
 
@@ -16,6 +17,7 @@ namespace svmscore::output {
 struct Note {
   const xercesc::DOMElement* element;  // the document's
   std::string text;                    // what, and what it means for the results
+  KindOfFinding kind = "results";
 };
 
 // What becomes of declarations of results that cannot be read.
@@ -36,7 +38,7 @@ bool Attempt(Faults faults, const xercesc::DOMElement* element, const std::strin
   } catch (const MCZandor_850::SSException& reason) {
     const bool names = reason.GetErrorCode() == code::kUnknownField;
     if (faults == Faults::kRefuse || (faults == Faults::kRefuseNames && names)) throw;
-    notes.push_back({element, what + ": " + reason.what()});
+    notes.push_back({element, what + ": " + reason.what(), "results"});
     return false;
   }
 }

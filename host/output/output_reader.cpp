@@ -176,8 +176,8 @@ void OutputReader::ReadFeature(const Element* element, bool has_expression, Outp
   if (!text) {
     field.feature = has_expression ? Feature::kExpression : Feature::kPredictedValue;
     if (!has_expression && IsBefore42(root_)) {
-      plan_.notes_.push_back({element, "output field " + field.name +
-                                           " names no feature: it gives the predicted value"});
+      plan_.notes_.push_back(
+          {element, "the predicted value for output field " + field.name, "feature-assumed"});
     }
     return;
   }

@@ -65,9 +65,8 @@ TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* do
     ReadDefault(element, notes);
     if (target_->GetFieldType().data == DataType::kInteger && cast_ == Cast::kNone) {
       notes.push_back({element != nullptr ? element : model_element,
-                       "the target " + target_->GetName() +
-                           " is an integer and no castInteger is declared: predictions are "
-                           "rounded to the nearest integer"});
+                       "no castInteger for the target " + target_->GetName(),
+                       "prediction-rounded"});
     }
   } else {
     ReadCategories(element, notes);
