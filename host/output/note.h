@@ -13,22 +13,22 @@
 
 namespace svmscore::output {
 
-// Something that a document asks for and does not get, or gets in a way worth telling.
+// Something that a document asks for and does not get, or gets in a way that is worth mentioning.
 struct Note {
   const xercesc::DOMElement* element;  // the document's
   std::string text;                    // what, and what it means for the results
   KindOfFinding kind = "results";
 };
 
-// What becomes of declarations of results that cannot be read.
+// What to do about declarations of results that cannot be read.
 enum class Faults {
-  kRefuse,       // they are thrown
-  kRefuseNames,  // a reference to a field that does not exist is thrown, the others are told
-  kTell,         // they are left out, with a note
+  kRefuse,       // refuse them by an SSException
+  kRefuseNames,  // refuse references to fields that do not exist, leave out the others with a note
+  kTell,         // leave them out with a note
 };
 
-// Calls `step`. Where it fails, and that is to be told, returns false and adds the note `what`, and
-// why.
+// Calls `step`. Where it fails and `faults` does not refuse that, returns false and adds a note:
+// what that means and why.
 template <typename Step>
 bool Attempt(Faults faults, const xercesc::DOMElement* element, const std::string& what,
              std::vector<Note>& notes, const Step& step) {

@@ -40,7 +40,7 @@ std::string_view OutputScratch::TextOf(const Value& value) {
   return value.IsPresent() ? transform::TextOf(value, arena_) : std::string_view();
 }
 
-// A value whose text, if it has one, is the arena's.
+// The value with its text, if any, copied into the arena.
 Value OutputPlan::Copied(const Value& value, transform::Arena& texts) {
   if (!value.IsPresent() || !value.IsText()) return value;
   const Value copy = Value::Text(texts.Copy(value.GetText()));
@@ -106,7 +106,7 @@ long OutputPlan::Compute(const Outcome& outcome, const Value* inputs,
     Value value = ComputeField(i, outcome, frame);
     if (fields_[i].type) value = transform::Convert(value, *fields_[i].type, scratch.arena_);
     if (value.IsPresent() && value.IsText()) {
-      // A row of them is written in one go.
+      // A row of fields is written as a whole.
       texts += value.GetText().size();
       if (texts > transform::Arena::kMostBytes) value = Value::Invalid();
     }
@@ -148,8 +148,8 @@ Value OutputPlan::ComputeField(std::size_t field, const Outcome& outcome,
   return Value::Missing();
 }
 
-// A number: what it is less what was predicted. A category: 1 where it is the category in question,
-// else 0, less the probability of that category.
+// For a number: the actual value minus the predicted one. For a category: 1 if the actual category
+// is the one in question, else 0, minus the probability of that category.
 Value OutputPlan::Residual(const Step& step, const Outcome& outcome,
                            const transform::Frame& frame) const {
   const Value& actual = frame.slots[actual_slot_];
@@ -175,7 +175,8 @@ void OutputPlan::TellDecision(std::size_t field, const Value& value) const {
       });
   if (listed || told_[field].exchange(true, std::memory_order_relaxed)) return;
   MCZandor_850::ScoringLog::GetInstance().TraceText(
-      1, "Output field %s has a value that is none of its decisions", fields_[field].name.c_str());
+      1, "Output field %s has a value that is not among its decisions",
+      fields_[field].name.c_str());
 }
 
 }  // namespace svmscore::output

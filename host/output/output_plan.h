@@ -1,4 +1,4 @@
-// The output fields of a document, worked out once and evaluated case by case.
+// The output fields of a document, prepared once and evaluated case by case.
 #ifndef HOST_OUTPUT_OUTPUT_PLAN_H_
 #define HOST_OUTPUT_OUTPUT_PLAN_H_
 
@@ -36,21 +36,24 @@ enum class Feature {
 struct OutputField {
   std::string name;
   Feature feature = Feature::kPredictedValue;
-  std::optional<FieldType> type;  // nothing: that of its expression, case by case
+  std::optional<FieldType> type;  // nothing: the type of its expression's value in each case
   bool is_final = true;           // false: seen by later fields only, and by verification
 };
 
 class OutputScratch;
 
-// Belongs to a model, which must outlive it. Immutable: any number of threads, each with a scratch
-// of its own.
+// Made for a model and its document. Immutable.
+// [any thread], each with a scratch of its own. Lives: the model, longer than the plan; what
+// getters return, as long as the plan, but elements in notes only as long as the document. Fails:
+// Evaluate and ReadInputs by std::bad_alloc; getters never.
 class SVMSCORE_HOST_API OutputPlan {
  public:
-  // Reads Targets and Output of the model that the document holds. For what is wrong or not
-  // supported throws an SSException, with the element at fault, where `faults` says so: an
-  // expression that refers to nothing or to a later field, a name that is used twice. Else that is
-  // a note, the field stays empty, and the value of a target counts for nothing. With `as_written`
-  // percentages are in the order in which the model's results hold them.
+  // Reads Targets and Output of the model in the document. An element may be wrong or not
+  // supported, such as an expression that refers to nothing or to a later field, or a name that is
+  // used twice: it is refused where `faults` says so; otherwise it is noted, an output field stays
+  // empty, and an attribute of a target is ignored. With `as_written`, percentages are in the order
+  // in which the model's results hold them. [one thread] for each document. Fails: SSException at
+  // an element that is refused; std::bad_alloc.
   OutputPlan(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document,
              Faults faults = Faults::kRefuse, bool as_written = false);
   ~OutputPlan();
@@ -64,22 +67,23 @@ class SVMSCORE_HOST_API OutputPlan {
   const std::vector<int>& FinalFields() const { return final_; }
   const std::vector<Note>& Notes() const { return notes_; }
 
-  // The active inputs that expressions read directly: cases need them as they need the model's own.
+  // The active inputs that expressions read directly; a case needs them like the model's own.
   const std::vector<const MCZandor_850::ScoreDictVar*>& NeededInputs() const { return needed_; }
   // Other fields of the mining schema that output fields read: the target, for a residual, and
-  // supplementary fields. A case may lack them, and invalid values of theirs count as missing.
+  // supplementary fields. A case may lack them, and their invalid values count as missing.
   const std::vector<const MCZandor_850::ScoreDictVar*>& ExtraInputs() const { return extra_; }
 
   // Computes the fields of one case, whose inputs are `record` and the extra inputs of `scratch`.
-  // They are all missing where the case failed. A field that comes to an invalid value is missing,
-  // and the others stay. Returns the status of the case: that of `outcome`, or where that is 0
-  // and there is such a field 90027. Allocates nothing unless texts are made or grow.
+  // They are all missing where the case failed. A field whose value is invalid is missing; the
+  // others keep theirs. Returns the status of the case: that of `outcome`, or 90027 where that is 0
+  // and a field is invalid. Allocates nothing unless texts are made or grow.
+  // Lives: arguments for the call; cells in `scratch`, as it says.
   long Evaluate(const Outcome& outcome, const MCZandor_850::ScoreCaseRecord& record,
                 OutputScratch& scratch) const;
 
-  // The same in two steps, for cases whose records have moved on when their outcomes are known.
-  // What fields depend on of a case besides its outcome and the extra inputs: InputCount() values
-  // at `inputs`, whose texts are copied into `texts`.
+  // The same in two steps, for cases whose records hold the next case by the time their outcomes
+  // are known. ReadInputs writes what fields depend on besides the outcome and the extra inputs:
+  // InputCount() values at `inputs`, with their texts copied into `texts`.
   std::size_t InputCount() const { return reads_.size() + derived_.size(); }
   void ReadInputs(const MCZandor_850::ScoreCaseRecord& record, transform::Value* inputs,
                   transform::Arena& texts) const;
@@ -90,7 +94,7 @@ class SVMSCORE_HOST_API OutputPlan {
   friend class OutputScratch;
   friend class OutputReader;
 
-  // What evaluation needs of a field beyond what it shows.
+  // What evaluation needs to know of a field beyond what Fields() shows.
   struct Step {
     int category = -1;  // of the target; -1: the predicted one
     std::unique_ptr<transform::Expression> expression;
@@ -107,8 +111,8 @@ class SVMSCORE_HOST_API OutputPlan {
   };
 
   static transform::Value Copied(const transform::Value& value, transform::Arena& texts);
-  // The inputs as ReadInputs leaves them, but for texts: those stay where they are, in the record
-  // and in what is returned.
+  // Writes the inputs like ReadInputs, but texts stay where they are, in the record and in the
+  // object returned.
   std::unique_ptr<MCZandor_850::DerivedCaseRecord> GatherInputs(
       const MCZandor_850::ScoreCaseRecord& record, transform::Value* inputs,
       transform::Arena& texts) const;
@@ -120,7 +124,7 @@ class SVMSCORE_HOST_API OutputPlan {
                             const transform::Frame& frame) const;
   void TellDecision(std::size_t field, const transform::Value& value) const;
 
-  // Declared first: the fields are read by it, and its notes come first.
+  // Notes on targets come before those on output fields.
   std::vector<Note> notes_;
   TargetRules targets_;
   transform::Arena pool_;  // texts of decisions
@@ -137,10 +141,13 @@ class SVMSCORE_HOST_API OutputPlan {
   int prediction_slot_ = 0;  // those before it belong to the output fields
   int actual_slot_ = -1;     // the target's own value
   std::size_t slot_count_ = 0;
-  std::unique_ptr<std::atomic<bool>[]> told_;  // one a field
+  std::unique_ptr<std::atomic<bool>[]> told_;  // one for each field
 };
 
-// The cells of one case. One thread at a time.
+// The cells of one case.
+// [one thread] for each object. Owns: the scratch its cells. Lives: the plan, longer than the
+// scratch; cells and their texts, until the case's record or the scratch takes the next case.
+// Fails: the constructor and TextOf by std::bad_alloc; the rest never.
 class SVMSCORE_HOST_API OutputScratch {
  public:
   // `replace_missing` as for the record of the case.
@@ -149,10 +156,9 @@ class SVMSCORE_HOST_API OutputScratch {
 
   // The values of the plan's extra inputs, in their order: filled by the caller before Evaluate.
   MCZandor_850::InputCaseRecord& Extras() { return extras_; }
-  // The value of an output field, of its type. Texts stay until the record or this object takes the
-  // next case. REQUIRES: Evaluate was called.
+  // The value of an output field, of its type. REQUIRES: Evaluate was called.
   const transform::Value& Cell(std::size_t field) const { return slots_[field]; }
-  // The cell of a date or a time as text, and of any other value; valid like the cell.
+  // A cell as text, for dates and times too.
   std::string_view TextOf(const transform::Value& value);
 
  private:

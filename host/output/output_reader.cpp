@@ -29,8 +29,8 @@ struct NamedFeature {
   Feature feature;
 };
 
-// The features of the standard. Those without a value here belong to other models, or are not
-// defined for this one.
+// The features of the standard. Those that map to nothing here belong to other kinds of model, or
+// are not defined for this one.
 constexpr std::array kFeatures = {
     NamedFeature{"predictedValue", Feature::kPredictedValue},
     NamedFeature{"predictedDisplayValue", Feature::kDisplayValue},
@@ -144,7 +144,8 @@ void OutputReader::ReadField(const Element* element) {
   if (field.type) {
     for (transform::Value& decision : step.decisions) {
       decision = transform::Convert(decision, *field.type, plan_.pool_);
-      if (!decision.IsPresent()) RefuseContent(element, "a decision is not of the field's type");
+      if (!decision.IsPresent())
+        RefuseContent(element, "the value of a decision is not of the field's type");
     }
   }
   ReadOrder(element, field);
@@ -186,7 +187,7 @@ void OutputReader::ReadFeature(const Element* element, bool has_expression, Outp
                    [&text](const NamedFeature& feature) { return feature.name == *text; });
   if (named == kFeatures.end()) {
     if (!text->starts_with("x-")) RefuseValue(element, "feature", *text);
-    LeaveEmpty(element, field, "feature " + *text + " is another system's own");
+    LeaveEmpty(element, field, "the feature " + *text + " is specific to another system");
     return;
   }
   field.feature = named->feature;
@@ -237,7 +238,7 @@ void OutputReader::ReadCategory(const Element* element, OutputField& field,
                                        " stays empty: the model computes no probabilities"});
 }
 
-// Attributes that ask for what only documents of several models or targets have.
+// Attributes that ask for something that only documents with several models or targets have.
 void OutputReader::CheckReach(const Element* element, OutputField& field) {
   if (field.feature == Feature::kExpression) return;
   const auto target = FindAttribute(element, "targetField");
@@ -272,7 +273,7 @@ std::optional<FieldType> OutputReader::TypeOf(const Element* element,
   }
 }
 
-// An ordinal field's values have the order of its Value children, or of the target's.
+// The values of an ordinal field are ordered like its Value children, or like the target's.
 void OutputReader::ReadOrder(const Element* element, const OutputField& field) {
   Field known{static_cast<int>(known_.size()), field.type, false, nullptr};
   const auto op_type = FindOpType(element, "optype");
@@ -319,7 +320,7 @@ std::optional<Field> OutputReader::Find(const std::string& name) {
     RefuseContent(current_,
                   output->second == known_.size()
                       ? "output field " + field + " refers to itself"
-                      : "output field " + field + " refers to " + name + ", which stands after it");
+                      : "output field " + field + " refers to " + name + ", which comes after it");
   }
   return std::nullopt;
 }

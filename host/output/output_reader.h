@@ -13,8 +13,8 @@
 
 namespace svmscore::output {
 
-// Fills a plan, and is the scope of its expressions. A name means, in this order: an output field
-// that stands earlier, the prediction where it is the target's name, a derived field that hides an
+// Fills a plan, and is the scope of its expressions. A name means the first of these that exists:
+// an earlier output field, the prediction (by the target's name), a derived field that hides an
 // input, a field of the mining schema, any other derived field, any other field of the dictionary.
 class OutputReader : public transform::Scope {
  public:
@@ -31,7 +31,7 @@ class OutputReader : public transform::Scope {
   bool IsField(const Element* element, std::size_t position);
   void ReadField(const Element* element);
   void AddField(OutputField field, OutputPlan::Step step);
-  // The expression child, or null; Decisions are put into `step`.
+  // The expression child, or null; puts Decisions into `step`.
   const Element* FindExpression(const Element* element, OutputPlan::Step& step);
   void ReadFeature(const Element* element, bool has_expression, OutputField& field,
                    OutputPlan::Step& step);
@@ -39,7 +39,7 @@ class OutputReader : public transform::Scope {
   void CheckReach(const Element* element, OutputField& field);
   std::optional<FieldType> TypeOf(const Element* element, const OutputField& field) const;
   void ReadOrder(const Element* element, const OutputField& field);
-  // The field stays empty, for a reason.
+  // Leaves the field empty and notes the reason.
   void LeaveEmpty(const Element* element, OutputField& field, const std::string& reason);
 
   transform::Field FieldOfTarget() const;
@@ -54,7 +54,7 @@ class OutputReader : public transform::Scope {
   Faults faults_;
   OutputPlan& plan_;
   transform::Definitions definitions_;
-  std::int64_t computed_ = 0;  // expressions, for a case
+  std::int64_t computed_ = 0;  // expressions evaluated for a case
   std::unordered_set<std::string> schema_;
   std::unordered_map<std::string, std::size_t> positions_;  // of all output fields
   std::vector<transform::Field> known_;  // the output fields read so far, for later ones

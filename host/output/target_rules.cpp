@@ -20,11 +20,11 @@ using MCZandor_850::ScoreValue;
 using transform::Value;
 using xercesc::DOMElement;
 
-// What results hold in place of a deviation that was not computed.
+// What results hold where a deviation was not computed.
 constexpr double kNotComputed = -1.0;
 
 // The Target element for the model's target: the one that names it, else the only one, else the one
-// that names no field. One that names another field is not meant.
+// that names no field. One that names another field is never used.
 const DOMElement* FindTarget(const DOMElement* model, const std::string& target,
                              const MCZandor_850::ScoreDictionary* dictionary,
                              std::vector<Note>& notes) {
@@ -90,7 +90,7 @@ void TargetRules::ReadLimits(const DOMElement* element) {
   const auto min = FindNumber(element, "min");
   const auto max = FindNumber(element, "max");
   if (min && max && *min > *max) {
-    ThrowAt(element, code::kBadContent, "min is above max", "Target");
+    ThrowAt(element, code::kBadContent, "min is greater than max", "Target");
   }
   min_ = min;
   max_ = max;
@@ -171,7 +171,7 @@ void TargetRules::ReadCategories(const DOMElement* element, std::vector<Note>& n
   default_ = categories_[static_cast<std::size_t>(default_category_)];
 }
 
-// A machine with the extension puts the probability of its response first, whichever category that
+// A machine with the extension puts the probability of its response category first, whichever that
 // is.
 void TargetRules::FindResponse(const DOMElement* model_element) {
   if (scheme_.method != Method::kBinary || scheme_.percentages != Percentages::kProbabilities) {
@@ -270,7 +270,7 @@ void TargetRules::FinishInterval(double lower, double upper, Outcome& outcome) c
   if (factor_ < 0.0) std::swap(outcome.lower, outcome.upper);
 }
 
-// A step that the document does not ask for leaves every bit as it is.
+// A step that the document does not ask for does not change a bit.
 double TargetRules::Scale(double raw) const {
   if (factor_ != 1.0) raw *= factor_;
   if (constant_ != 0.0) raw += constant_;
@@ -297,7 +297,7 @@ Value TargetRules::Finished(double raw) const {
   return OfTargetType(number);
 }
 
-// A text cannot be computed; a target that is declared as one keeps the number.
+// A text cannot be computed, so a target that is declared as one keeps the number.
 Value TargetRules::OfTargetType(double number) const {
   const FieldType type = target_->GetFieldType();
   const Value value = Value::Double(number);

@@ -1,4 +1,4 @@
-// What a document's Targets make of a model's results.
+// What a document's Targets do to a model's results.
 #ifndef HOST_OUTPUT_TARGET_RULES_H_
 #define HOST_OUTPUT_TARGET_RULES_H_
 
@@ -18,19 +18,21 @@
 
 namespace svmscore::output {
 
-// One case after scoring. Texts are the model's; percentages are borrowed and change with the next
-// case or batch.
+// One case after scoring.
+// [one thread] for each object. Owns: the model its texts, the result or batch its percentages.
+// Lives: percentages, until the next case or batch. Fails: never.
 struct Outcome {
   enum class Ending {
     kPredicted,
     kPredictedByDefault,  // inputs are missing, and the document says what to predict then
     kMissing,             // inputs are missing: there is no prediction
-    kFailed,              // an invalid input, no decidable outcome, or a failure that was asked for
+    kFailed,              // an invalid input, an outcome that cannot be decided, or a failure on
+                          // missing inputs that was asked for
   };
   Ending ending = Ending::kFailed;
   long status = 0;              // 0, or the code of the case's failure
   transform::Value prediction;  // of the target's type; missing where there is none
-  int category = -1;            // of the target; -1 where the prediction is none of them
+  int category = -1;            // of the target; -1 where the prediction is not one of them
   double confidence = -1.0;     // -1.0 where there is none
   double std_dev = -1.0;        // likewise; in units of the target
   bool has_interval = false;
@@ -49,18 +51,20 @@ struct Outcome {
 };
 
 // A regression's value p becomes clamp(p, min, max) * rescaleFactor + rescaleConstant, then a whole
-// number where castInteger says so, and at last a value of the target's type: an integer is
-// floor(y + 0.5), a float the nearest one, a double stays as it is. A standard deviation is
-// multiplied by the size of the factor, and the bounds of an interval go through the same factor
-// and constant; they are neither clamped nor made whole. What the document predicts by default is
-// taken as it stands.
+// number where castInteger says so, and finally a value y of the target's type: floor(y + 0.5) for
+// an integer, the nearest float for a float, y itself for a double. A standard deviation is
+// multiplied by the absolute value of the factor, and the bounds of an interval are rescaled by the
+// same factor and constant; they are neither clamped nor made whole. A default prediction of the
+// document is used as it is.
 //
-// Immutable: any number of threads.
+// [any thread], each with outcomes of its own. Owns: these rules what they return. Lives: the
+// model, longer than this object; what is returned, as long as this object. Fails: never.
 class SVMSCORE_HOST_API TargetRules {
  public:
-  // Reads the Target element that is meant for the model's target. The model must outlive this
-  // object. Appends to `notes`; `faults` says what becomes of values that mean nothing. With
-  // `as_written` the percentages stay in the order in which the model's results hold them.
+  // Reads the Target element for the model's target. Appends to `notes`; `faults` says what happens
+  // to values that are not allowed. With `as_written` the percentages stay in the order in which
+  // the model's results hold them. [one thread] for each document. Lives: the document for the
+  // call. Fails: SSException for values that are refused; std::bad_alloc.
   TargetRules(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document,
               std::vector<Note>& notes, Faults faults, bool as_written);
 
@@ -69,15 +73,15 @@ class SVMSCORE_HOST_API TargetRules {
   // One case of a batch that the model has scored.
   Outcome Finish(const BatchResults& results, std::size_t position) const;
   // The percentage of a category of the target as the model computes it, -1.0 where it computes
-  // none. Of two categories with the extension, a result holds that of the response first,
-  // whichever category that is: this finds it.
+  // none. With two categories and the extension, a result holds the percentage of the response
+  // category first, whichever that is; this finds the right one.
   double PercentOf(const Outcome& outcome, std::size_t category) const {
     return outcome.PercentAt(second_responds_ ? 1 - category : category);
   }
   // The share or probability of a category of the target; nothing where the model's scheme computes
   // none, or the case has no prediction.
   std::optional<double> ShareOf(const Outcome& outcome, int category) const;
-  // The text for people of a category of the target.
+  // How to show a category of the target to people.
   const std::string& DisplayOf(int category) const {
     return displays_[static_cast<std::size_t>(category)];
   }
@@ -121,10 +125,10 @@ class SVMSCORE_HOST_API TargetRules {
   Cast cast_ = Cast::kNone;
 
   std::vector<transform::Value> categories_;  // the target's, of its type
-  std::vector<int> first_equal_;              // one a category: the first that equals it
-  std::vector<std::string> displays_;         // one a category
-  std::vector<double> priors_;                // one a category, with the sum 1; or empty
-  // What is predicted where inputs are missing; missing itself where the document does not say.
+  std::vector<int> first_equal_;              // for each category: the first that equals it
+  std::vector<std::string> displays_;         // for each category
+  std::vector<double> priors_;                // for each category, with the sum 1; or empty
+  // What is predicted where inputs are missing; missing where the document does not say.
   transform::Value default_;
   int default_category_ = -1;
   bool second_responds_ = false;

@@ -25,7 +25,7 @@ void CheckCount(const DOMElement* element, const char* attribute, std::size_t ac
                 std::vector<Note>& notes) {
   const auto text = FindAttribute(element, attribute);
   if (!text || ParseNumber(*text) == static_cast<double>(actual)) return;
-  notes.push_back({element, std::string(attribute) + " is " + *text + ", and there are " +
+  notes.push_back({element, std::string(attribute) + " is " + *text + ", but there are " +
                                 std::to_string(actual)});
 }
 

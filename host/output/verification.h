@@ -1,4 +1,5 @@
-// The records with which a document lets its users check their installation.
+// The records by which a document lets its users check their installation.
+// [one thread] for each document; Judge [any thread].
 #ifndef HOST_OUTPUT_VERIFICATION_H_
 #define HOST_OUTPUT_VERIFICATION_H_
 
@@ -18,8 +19,8 @@ namespace svmscore::output {
 
 // How far a number may be from the expected one.
 struct Allowance {
-  double precision = 1e-6;        // of the expected number's size, bound included
-  double zero_threshold = 1e-16;  // two numbers up to this size agree
+  double precision = 1e-6;        // relative to the expected number; the bound itself agrees
+  double zero_threshold = 1e-16;  // two numbers of at most this size agree
 };
 
 struct VerificationColumn {
@@ -33,16 +34,19 @@ struct Verification {
   const xercesc::DOMElement* element = nullptr;
   const xercesc::DOMElement* table = nullptr;
   std::vector<VerificationColumn> columns;
-  std::vector<Note> notes;  // counts that are not those of the content
+  std::vector<Note> notes;  // on counts that differ from the content
 };
 
-// The ModelVerification of the document's model; nothing where it has none. Throws SSException for
-// one that cannot be read.
+// The ModelVerification of the document's model; nothing where it has none.
+// Owns: the caller. Lives: its elements, as long as the document. Fails: SSException where it
+// cannot be read; std::bad_alloc.
 SVMSCORE_HOST_API std::optional<Verification> ReadVerification(
     const xercesc::DOMDocument* document);
 
 // Calls `visit` for every record in document order, with the cells that it has. Their columns are
-// positions among those of `verification`; texts live as long as the call.
+// positions among those of `verification`.
+// Lives: cells, for the call of `visit`. Fails: SSException for a record that cannot be read; what
+// `visit` throws; std::bad_alloc.
 SVMSCORE_HOST_API void ForEachRecord(const Verification& verification,
                                      const std::function<void(transform::Cells)>& visit);
 
@@ -50,13 +54,13 @@ SVMSCORE_HOST_API void ForEachRecord(const Verification& verification,
 struct Judgement {
   bool agrees = false;
   std::optional<double> deviation;  // of two numbers, relative to the expected one; may be infinite
-  bool near_zero = false;  // the expected number is a zero, and the actual one is too large for one
+  bool near_zero = false;  // the expected number counts as zero, and the actual one does not
 };
 
-// `expected` is a text of a document or file, read by the type of the actual value. Numbers agree
+// `expected` is a text of a document or file, read as the type of the actual value. Numbers agree
 // where both are within the zero threshold, or where |actual - expected| <= precision * |expected|.
-// Anything else agrees where it is equal, and NaN with NaN. A missing or invalid value agrees with
-// nothing.
+// Other values agree where they are equal, and NaN agrees with NaN. A missing or invalid value
+// agrees with nothing. Fails: std::bad_alloc.
 SVMSCORE_HOST_API Judgement Judge(std::string_view expected, const transform::Value& actual,
                                   const Allowance& allowance);
 

@@ -8,7 +8,7 @@
 namespace MCZandor_850 {
 namespace {
 
-// The dictionary as a shared one: the owners it already has, or this one as the first.
+// The dictionary as a shared one: with the owners that it has already, or with this as the first.
 std::shared_ptr<ScoreDictionary> Share(ScoreDictionary* dictionary) {
   if (dictionary == nullptr) return nullptr;
   std::shared_ptr<ScoreDictionary> shared = dictionary->weak_from_this().lock();
@@ -26,7 +26,7 @@ void BaseModel::SetScoreDictionary(ScoreDictionary* dictionary) {
 
 void BaseModel::SetScoreDictionary(ScoreDictionary* dictionary, bool owned) {
   if (dictionary == dictionary_.get()) return;
-  // Roles and targets belong to the variables of the dictionary that goes.
+  // Roles and targets belong to the variables of the dictionary that is replaced.
   roles_.clear();
   targets_.clear();
   dictionary_ = owned ? Share(dictionary)

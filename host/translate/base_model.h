@@ -7,11 +7,12 @@
 #include <unordered_map>
 #include <vector>
 
-#include "host/text/api.h"
 #include "host/model/score_model.h"
+#include "host/text/api.h"
 
 namespace MCZandor_850 {
 
+// Rules as for ScoreModel.
 class SVMSCORE_HOST_API BaseModel : public ScoreModel {
  public:
   BaseModel();
@@ -27,11 +28,10 @@ class SVMSCORE_HOST_API BaseModel : public ScoreModel {
   void SetMissingValuePolicy(MVPolicy policy) override { policy_ = policy; }
   void SetVersionInfo(ScoreVersionInfo* version) override;
   VarRole GetVarRole(const ScoreDictVar* var) const override;
-  // Other for a name without a recorded role.
+  // kOtherRole for a name without a recorded role.
   VarRole GetVarRole(const std::string& name) const override;
   ScoreVersionInfo* GetVersionInfo() const override { return version_.get(); }
-  // Of the variables that have the target role the one that was given it first; null where none
-  // has.
+  // The variable that was first given the target role; null where none has it.
   const ScoreDictVar* GetTargetVar() const override {
     return targets_.empty() ? nullptr : targets_.front();
   }
@@ -48,7 +48,7 @@ class SVMSCORE_HOST_API BaseModel : public ScoreModel {
   std::unique_ptr<TransformationDictionary> transformations_;
   std::shared_ptr<ScoreDictionary> result_dictionary_;
   std::unordered_map<std::string, VarRole> roles_;
-  std::vector<const ScoreDictVar*> targets_;  // in the order in which they became such
+  std::vector<const ScoreDictVar*> targets_;  // in the order in which they got that role
   MVPolicy policy_ = kPredictMissing;
   std::unique_ptr<ScoreVersionInfo> version_;
 };

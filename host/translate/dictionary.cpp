@@ -37,7 +37,7 @@ svmscore::Interval ReadInterval(const DOMElement* element) {
                       "Interval");
   }
   if (interval.left > interval.right) {
-    svmscore::ThrowAt(element, code::kBadContent, "the left margin is above the right one",
+    svmscore::ThrowAt(element, code::kBadContent, "leftMargin is greater than rightMargin",
                       "Interval");
   }
   return interval;
@@ -63,7 +63,7 @@ std::unique_ptr<ScoreDictVar> ReadField(const DOMElement* element) {
   const std::string op_text = RequireAttribute(element, "optype");
   const auto op_type = svmscore::ParseOpType(op_text);
   if (!op_type) RefuseValue(element, "optype", op_text);
-  // The oldest documents may leave the data type out.
+  // The oldest documents may omit the data type.
   const std::string type_text =
       FindAttribute(element, "dataType")
           .value_or(*op_type == OpType::kContinuous ? "double" : "string");
@@ -113,7 +113,7 @@ void PMMLTranslator::HandleTargets(DOMElement* targets, ScoreDictionary* diction
     for (const DOMElement* value : Children(target, "TargetValue")) {
       const auto text = FindAttribute(value, "value");
       if (!text) continue;
-      // A target whose declaration lists no categories learns them here.
+      // A target whose declaration lists no categories gets them here.
       if (var->DeclaresNoValues()) var->AddCategory(*var->ValueFromText(*text), *text);
       auto display = FindAttribute(value, "displayValue");
       if (!display) display = FindAttribute(value, "rawDataValue");

@@ -11,20 +11,22 @@
 
 namespace MCZandor_850 {
 
-// In every operation `required` decides what a missing item does: it is thrown as an SSException
-// (260120 attribute, element; 260115 child, parent), or it yields an empty text, null, 0 children,
-// -1.0 or -1. A present attribute that is not the number it should be is thrown in both cases
-// (260153 text, attribute, element). Each call notes its element with the translator as the place
-// of a failure. A null element counts as one that has nothing.
+// In every operation `required` decides what happens where something is missing: an SSException
+// (260120 attribute, element; 260115 child, parent), or a result of an empty text, null, 0
+// children, -1.0 or -1. An attribute that is not the number it should be is an SSException in both
+// cases (260153 text, attribute, element). Each call notes its element with the translator as the
+// place of a failure. A null element has no attributes and no children. [one thread] for each
+// document. Owns: the caller texts, the document elements. Lives: elements, as long as the
+// document; translator and transcoder, longer than this object. Fails: as above; std::bad_alloc.
 class SVMSCORE_HOST_API DOMElemUtility {
  public:
-  // Both are borrowed and may be null.
+  // Both may be null.
   DOMElemUtility(PMMLTranslator* translator, ZandorTranscoder* transcoder);
 
   std::string GetAttributeToString(xercesc::DOMElement* element, const std::string& name,
                                    bool required);
   double GetAttributeToDouble(xercesc::DOMElement* element, const std::string& name, bool required);
-  // A whole number; outside the range of int it saturates.
+  // A number, truncated to a whole one; it saturates outside the range of int.
   int GetAttributeToInt(xercesc::DOMElement* element, const std::string& name, bool required);
   // The first child element of that name.
   xercesc::DOMElement* GetChildElemByName(xercesc::DOMElement* element, const std::string& name,
@@ -32,7 +34,7 @@ class SVMSCORE_HOST_API DOMElemUtility {
   // The number of child elements of that name.
   unsigned long GetNodeListLength(xercesc::DOMElement* element, const std::string& name,
                                   bool required);
-  // The n-th (from 0) among all descendants of that name, in document order.
+  // The descendant of that name at position `index` (from 0), in document order.
   xercesc::DOMElement* GetElemFromNodeList(xercesc::DOMElement* element, const std::string& name,
                                            unsigned long index, bool required);
 

@@ -19,7 +19,7 @@ using xercesc::DOMElement;
 using Invalid = FieldTreatment::Invalid;
 using Outliers = FieldTreatment::Outliers;
 
-// The value of `var` that an attribute's text spells; text that spells none is refused.
+// An attribute's text as a value of `var`; refused where it is not one.
 std::unique_ptr<ScoreValue> ReplacementFrom(const DOMElement* field, const ScoreDictVar& var,
                                             const std::string& attribute, const std::string& text) {
   std::unique_ptr<ScoreValue> value = var.ValueFromText(text);
@@ -44,9 +44,9 @@ void ReadOutliers(const DOMElement* field, const ScoreDictVar& var, FieldTreatme
   treatment.low = low.value_or(treatment.low);
   treatment.high = high.value_or(treatment.high);
   if (treatment.low > treatment.high) {
-    ThrowAt(field, code::kBadContent, "lowValue is above highValue", "MiningField");
+    ThrowAt(field, code::kBadContent, "lowValue is greater than highValue", "MiningField");
   }
-  // Only what can be ordered as numbers has values that lie far out.
+  // Only continuous variables can have outliers.
   if (var.GetTypeCode() != static_cast<int>(OpType::kContinuous))
     treatment.outliers = Outliers::kAsIs;
 }
@@ -73,8 +73,8 @@ void ReadMissing(const DOMElement* field, ScoreDictVar& var, FieldTreatment& tre
   treatment.missing_is_invalid = text == "returnInvalid";
   const auto replacement = FindAttribute(field, "missingValueReplacement");
   if (!replacement || replacement->empty()) return;
-  // Plain numbers and texts are the translator's to attach: any number may replace one of an
-  // integer field, as a mean does.
+  // Replacements that are plain numbers and texts are left to the translator, where any number may
+  // replace one of an integer field, as a mean does.
   constexpr int kHighestPlainKind = 2;
   if (var.GetKindCode() <= kHighestPlainKind) return;
   const std::unique_ptr<ScoreValue> value =

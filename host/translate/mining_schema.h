@@ -4,15 +4,17 @@
 
 #include <xercesc/dom/DOM.hpp>
 
-#include "host/text/api.h"
 #include "host/model/score_dictionary.h"
+#include "host/text/api.h"
 
 namespace svmscore {
 
 // Applies each MiningField of `schema` (null: nothing happens) to the variable that it names:
 // optype, outliers, what happens to invalid values, and the replacement of missing values for those
 // types whose replacement a translator does not read (dates, times, booleans). A field that names
-// no variable is skipped. Throws SSException for values that the standard does not know.
+// no variable is skipped.
+// [one thread] for each document. Lives: arguments for the call. Fails: SSException for values that
+// the standard does not define; std::bad_alloc.
 SVMSCORE_HOST_API void ApplyMiningSchema(const xercesc::DOMElement* schema,
                                          const MCZandor_850::ScoreDictionary& dictionary);
 

@@ -104,7 +104,7 @@ void BaseTranslator::KeepAbandonedModel(ScoreModel* model) noexcept {
   try {
     abandoned_.push_back(std::move(kept));
   } catch (...) {
-    // Without memory to remember it by, the model is freed now: nobody holds it.
+    // Without memory to keep track of it, the model is freed now: nobody else holds it.
   }
 }
 

@@ -152,7 +152,7 @@ TEST(Score, TellsOfEmptyOutputFieldsAndOfUnlistedDecisions) {
   EXPECT_THAT(ReadFile(log), EndsWith("no probabilities\n"));
   EXPECT_EQ(Score(model + " --log " + log, "x\n2\n1\n3\n").out, "p,d,status\n,2,0\n,1,0\n,3,0\n");
   EXPECT_THAT(ReadFile(log), EndsWith("no probabilities\nsvmscore log: Output field d has a value "
-                                      "that is none of its decisions\n"));
+                                      "that is not among its decisions\n"));
 }
 
 TEST(Score, PercentagesBelongToTheirCategoriesWhicheverResponds) {

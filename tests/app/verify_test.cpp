@@ -71,7 +71,7 @@ TEST(Verify, RunsTheDocumentsRecords) {
       // The target's column is the training label beside an output field, and else the prediction.
       {{band, label, "fieldCount='4'", "fieldCount='5'"},
        0,
-       "fieldCount is 5, and there are 4\n2 cells compared, 0 disagree\n"},
+       "fieldCount is 5, but there are 4\n2 cells compared, 0 disagree\n"},
       {{band, label, hat, "VerificationField field='y' column='y_hat'"},
        1,
        "record 1: y: expected small, got 2.441"},
@@ -81,7 +81,7 @@ TEST(Verify, RunsTheDocumentsRecords) {
         "</VerificationFields>",
         "<VerificationField field='rest' column='x1'/></VerificationFields>"},
        0,
-       "fieldCount is 4, and there are 5\nrest is a derived field that nothing else needs"},
+       "fieldCount is 4, but there are 5\nrest is a derived field that nothing else needs"},
       {{"<FieldRef field='x1'/><", "<FieldRef field='root'/><", "<PolynomialKernelType",
         "<LocalTransformations><DerivedField name='root' optype='continuous' dataType='double'>"
         "<Apply function='sqrt'><Apply function='-'><FieldRef field='x1'/><Constant>1.24"

@@ -153,7 +153,7 @@ TEST(OutputFields, FeaturesThatNoSuchModelComputesAreMissingAndTold) {
 TEST(OutputFields, WhatIsWrongIsRefusedByNameAndPlace) {
   const std::string refused[][2] = {
       {Derive("a", "b") + Derive("b", "1"),
-       "output field a refers to b, which stands after it in element OutputField"},
+       "output field a refers to b, which comes after it in element OutputField"},
       {Derive("a", "a"), "output field a refers to itself"},
       {Derive("a", "nobody"), "refers to the field nobody"},
       {"<OutputField name='a'/><OutputField name='a'/>", "a of element OutputField is used twice"},

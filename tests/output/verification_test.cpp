@@ -69,7 +69,7 @@ TEST(ReadVerification, GivesAllowancesAndTellsWrongCounts) {
   EXPECT_EQ(read->columns[2].allowance.zero_threshold, 1e-12);
   EXPECT_EQ(read->columns[3].allowance.precision, 1e-6);
   ASSERT_EQ(read->notes.size(), 1U);
-  EXPECT_EQ(read->notes[0].text, "recordCount is 3, and there are 2");
+  EXPECT_EQ(read->notes[0].text, "recordCount is 3, but there are 2");
 }
 
 TEST(ReadVerification, RefusesWhatItCannotRead) {
