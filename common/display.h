@@ -11,16 +11,16 @@
 
 namespace MCDisplay_850 {
 
-// Where every writer writes: the process's standard output until it is pointed elsewhere. One for
-// the process and without a lock, so one thread at a time may write or redirect. README.md in this
-// folder has the layout of the lines. Texts are the same in every locale.
+// Where every function here writes: the process's standard output until it is redirected. There is
+// one stream for the process and no lock, so only one thread at a time may write or redirect.
+// README.md in this folder describes the layout of the lines. Texts are the same in every locale.
 extern std::ostream* pGlobalMCOutStream;
 
 std::ostream& GetOutStream();
 // `os` must outlive its use here.
 void SetOutStream(std::ostream& os);
 
-// Points the diagnostic stream at `os` for as long as this object lives, also when a write throws.
+// Redirects the diagnostic stream to `os` for as long as this object lives, even if a write throws.
 class ScopedOutStream {
  public:
   explicit ScopedOutStream(std::ostream& os);
@@ -37,7 +37,7 @@ class ScopedOutStream {
 void DisplayText(const long& newlines, const char* text);
 void DisplayText(const long& newlines, const std::string& text);
 
-// Single values. "miss" stands for a missing number.
+// Single values. A missing number is written as "miss".
 void DisplayI(std::string label, int value);
 void DisplayL(std::string label, long value);
 void DisplayD(std::string label, double value);
@@ -45,7 +45,7 @@ void DisplayD(std::string label, double value);
 void DisplayDF(std::string label, double value);
 void DisplayB(std::string label, bool value);
 void DisplayS(std::string label, std::string value);
-// The local time; nothing where it cannot be had.
+// The local time; nothing where it is not available.
 void DisplayTimeStamp(std::string label);
 
 // Lists. `full_precision` writes one number a line, to 17 digits.
@@ -61,8 +61,8 @@ void DisplayVPDI(std::string label, const std::vector<std::pair<double, int>>& p
 void DisplayVPD(std::string label, const std::vector<std::pair<double, double>>& pairs);
 void DisplayVPII(std::string label, const std::vector<std::pair<int, int>>& pairs);
 
-// A lower triangle stored row by row; the form without a label writes the numbers only. Elements
-// that are not there are left out.
+// A lower triangle stored row by row; the form without a label writes only the numbers. Elements
+// beyond the end of the list are left out.
 void DisplayDVTR(std::string label, const std::vector<double>& elements, int rows);
 void DisplayDVTRS(const std::vector<double>& elements, int rows);
 

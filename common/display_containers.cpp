@@ -35,7 +35,7 @@ std::string BitsOf(const std::vector<bool>& bits) {
   return line;
 }
 
-// A null array has no elements, whatever size is claimed.
+// A null array has no elements, whatever the size says.
 std::size_t SizeOf(const double* values, int size) {
   return values == nullptr ? 0 : static_cast<std::size_t>(std::max(size, 0));
 }

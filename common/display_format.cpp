@@ -8,7 +8,7 @@
 namespace svmscore::display {
 namespace {
 
-// to_chars knows no locale, unlike printf.
+// to_chars does not depend on the locale, unlike printf.
 std::string Digits(double value, int precision) {
   char buffer[64];
   const auto end =

@@ -28,14 +28,14 @@ std::string SizeNote(std::size_t size);
 inline constexpr std::size_t kWholeNumbersPerLine = 25;
 inline constexpr std::size_t kNumbersPerLine = 10;
 
-// Writes elements, `per_line` to a line, behind an opening text on the first line. Nothing is
-// written for no elements and no opening text.
+// Writes elements, `per_line` to a line, after an opening text on the first line. Without elements
+// and opening text nothing is written.
 class Lines {
  public:
   explicit Lines(std::size_t per_line, std::string opening = {})
       : per_line_(per_line), line_(std::move(opening)) {}
   void Add(const std::string& element);
-  // Writes what the last line holds. Call once, last.
+  // Writes the last line. Call once, at the end.
   void End();
 
  private:

@@ -23,9 +23,8 @@ class Record {
   const double* GetAll() const { return elements_.get(); }
   double* GetAll() { return elements_.get(); }
 
-  // A new array of n elements (none for a negative n) whose values are not set; the old ones are
-  // dropped. For n equal to the size nothing happens. False, and nothing changes, where the memory
-  // cannot be had.
+  // Replaces the array by one of n elements (none for a negative n) whose values are not set. For n
+  // equal to the size nothing happens. False, and nothing changes, if memory runs out.
   bool Resize(int n);
 
  private:

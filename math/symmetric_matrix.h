@@ -13,13 +13,13 @@ namespace MCMath_850 {
 // number of threads; Display is not.
 class MCSymMatrix : public IMCSymMatrix {
  public:
-  // Order n (0 for a negative n). With `zero` every element is set to 0.0. Where the memory cannot
-  // be had the matrix is invalid; nothing is thrown.
+  // Order n (0 for a negative n). With `zero` every element is set to 0.0. If memory runs out the
+  // matrix is invalid; nothing is thrown.
   MCSymMatrix(int n, bool zero);
 
-  // Gives `elements` the n(n+1)/2 entries of a packed triangle, keeping those at the front and
-  // appending zeros. Empties it for n <= 0; where it cannot grow, empties it, makes n -1 and
-  // returns false. False for a negative n, too.
+  // Resizes `elements` to the n(n+1)/2 entries of a packed triangle, keeping those at the front and
+  // appending zeros. Empties it for n <= 0. If it cannot grow, empties it, sets n to -1 and returns
+  // false. Also returns false for a negative n.
   static bool ResizeNRows(std::vector<double>& elements, int& n);
 
   int GetNRows() const override { return rows_; }

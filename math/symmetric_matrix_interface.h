@@ -1,4 +1,4 @@
-// MCMath_850::IMCSymMatrix: what a symmetric matrix can be asked.
+// MCMath_850::IMCSymMatrix: the operations of a symmetric matrix.
 #ifndef MATH_SYMMETRIC_MATRIX_INTERFACE_H_
 #define MATH_SYMMETRIC_MATRIX_INTERFACE_H_
 

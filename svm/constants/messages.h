@@ -7,7 +7,7 @@
 
 namespace MCZandor_850::SVMModelMsgTags {
 
-// The runs of blanks in two of the texts belong to them.
+// The runs of blanks in two of the texts are intended.
 const std::string E_REQUIRED_FUNCTIONNAME = "functionName is required";
 const std::string E_VALIDATION_FUNCTIONNAME =
     "functionName could be either classification            or regression depending on the SVM "

@@ -1,4 +1,4 @@
-// Moved: programs that include it from here get it from its room.
+// Moved to svm/constants; kept for programs that include it from here.
 #ifndef SVM_EXPORT_MESSAGES_H_
 #define SVM_EXPORT_MESSAGES_H_
 

@@ -23,11 +23,11 @@ class SVMKernelFunction {
   virtual ~SVMKernelFunction() = default;
 
   // Sparse vectors: `idx` holds the positions of the entries in ascending order, 0-based, and `val`
-  // the entries; positions that are not listed count as 0. Each list pair is passed over once.
+  // the entries; positions that are not listed count as 0. Each pair of lists is read once.
   // REQUIRES: val1 is at least as long as idx1, val2 as idx2.
   virtual double Evaluate(const std::vector<int>& idx1, const std::vector<double>& val1,
                           const std::vector<int>& idx2, const std::vector<double>& val2) const = 0;
-  // Dense vectors. REQUIRES: y is at least as long as x; what it has beyond is not looked at.
+  // Dense vectors. REQUIRES: y is at least as long as x; the rest of it is ignored.
   virtual double Evaluate(const std::vector<double>& x, const std::vector<double>& y) const = 0;
 };
 
@@ -40,7 +40,7 @@ class SVMKFLinear : public SVMKernelFunction {
 };
 
 // pow(gamma dot(x, y) + coef0, degree). The degree is a real exponent: a negative base gives NaN
-// unless it is whole.
+// unless the degree is a whole number.
 class SVMKFPolynomial : public SVMKernelFunction {
  public:
   SVMKFPolynomial(double gamma, double coef0, double degree)
@@ -80,7 +80,7 @@ class SVMKFSigmoid : public SVMKernelFunction {
   double coef0_;
 };
 
-// Null for a type that is none.
+// Null for a type that is not a kernel's.
 std::unique_ptr<SVMKernelFunction> MakeKernel(const SVMConst::KernelParameters& parameters);
 
 }  // namespace MCSVM_700

@@ -6,7 +6,7 @@
 
 namespace MCSVM_700 {
 
-// Borrows its query, which may be null. Once cancelled it stays so and asks no more.
+// Borrows its query, which may be null. Once cancelled it stays so and does not ask again.
 class SVMCancelInfo {
  public:
   explicit SVMCancelInfo(MCCommon_850::MCQueryCancel* query) : query_(query) {}
@@ -16,7 +16,7 @@ class SVMCancelInfo {
     return cancelled_;
   }
   void SetCancel() { cancelled_ = true; }
-  // Leaves the answer so far as it is.
+  // Does not change the answer so far.
   void SetCancelPtr(MCCommon_850::MCQueryCancel* query) { query_ = query; }
 
  private:

@@ -47,7 +47,7 @@ MCSvm::MCStatus SVMMultiProbLearn::MultiLearning() {
   return result;
 }
 
-// The order decides the bits: the quadratic form is that of p as it stands, and p adds up to 1
+// The order decides the bits: the quadratic form is that of the current p, and p is normalised
 // again after every single class.
 void SVMMultiProbLearn::Sweep() {
   for (int t = 0; t < class_count_; ++t) {

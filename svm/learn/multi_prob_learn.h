@@ -19,21 +19,22 @@ namespace MCSVM_700 {
 // T.-F. Wu, C.-J. Lin, R. C. Weng: Probability estimates for multi-class classification by pairwise
 // coupling, JMLR 5 (2004), algorithm 2.
 //
-// Used by one thread. Zero diagonals and sums are divided by as they stand, so p may hold NaN.
+// Used by one thread. Zero diagonals and sums are not treated specially in divisions, so p may hold
+// NaN.
 class SVMMultiProbLearn {
  public:
   // Borrows both. `query` may be null. REQUIRES: Q has order k and outlives this object.
   SVMMultiProbLearn(MCCommon_850::MCQueryCancel* query, int k, MCMath_850::MCSymMatrix& Q);
 
-  // Starts from the uniform vector. At most 100 sweeps over the classes; stopping there is no
-  // error. A request to cancel is seen before each sweep: error code 1, and p is that of the sweep
-  // before.
+  // Starts from the uniform vector. Makes at most 100 sweeps over the classes; stopping there is
+  // not an error. Checks for a request to cancel before each sweep: error code 1, and p is that of
+  // the previous sweep.
   MCSvm::MCStatus MultiLearning();
   // k entries after MultiLearning, none before.
   std::vector<double>& GetProbabilities() { return probabilities_; }
-  // Makes this learner's status the one of a cancelled computation.
+  // Sets this learner's status to that of a cancelled computation.
   void DoCancel();
-  // Points the process's diagnostic stream at `os` meanwhile.
+  // Redirects the process's diagnostic stream to `os` meanwhile.
   void Display(std::ostream& os) const;
 
  private:

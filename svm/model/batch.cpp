@@ -151,7 +151,7 @@ MCStatus SVMModel::FinishValue(const double* decision, std::size_t c, const Batc
   double std_dev = kNone;
   double lower = 0.0;
   double upper = 0.0;
-  // Without entries nothing is computed: the value is a missing one.
+  // Without entries nothing is computed, and the value is missing.
   const bool computed = EntryCount() > 0;
   const double value =
       computed ? (DecisionCount() > 0 ? *decision : 0.0) : NumericValue::GetSysmisValue();

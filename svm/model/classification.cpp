@@ -20,9 +20,9 @@ bool IsPosition(int index, std::size_t size) {
   return index >= 0 && static_cast<std::size_t>(index) < size;
 }
 
-// Results hold values that a host may change through them; the model's categories are lent to them
-// on the understanding that it does not.
-ScoreValue* Lend(const ScoreValue* category) {
+// Results hold values that are not const; a host must not change the model's categories through
+// them.
+ScoreValue* ForResult(const ScoreValue* category) {
   return const_cast<ScoreValue*>(category);
 }
 
@@ -110,7 +110,7 @@ MCStatus SVMModel::GetTicketsToCategories(const std::vector<double>& decisions,
       categories * (categories - 1) / 2 != static_cast<std::int64_t>(machine_count)) {
     return Undecided();
   }
-  int winner = 0;  // stays that of the machine before where a machine is absent
+  int winner = 0;  // where a machine is absent, that of the previous machine
   for (std::size_t m = 0; m < machine_count; ++m) {
     const MCStatus status = GetTicketByBinaryClass(decisions, static_cast<int>(m), winner);
     if (status.IsError()) return status;
@@ -180,10 +180,10 @@ bool SVMModel::IsCategory(int winner) const {
 
 MCStatus SVMModel::FillSVMClsResult(int winner, double confidence,
                                     const std::vector<double>& percents, ScoreResult*& result) {
-  // Another kind of result could take the category for its own and delete it.
+  // Another kind of result could take ownership of the category and delete it.
   auto* cls_result = dynamic_cast<ScoreClsResult*>(result);
   if (cls_result == nullptr || !IsCategory(winner)) return Undecided();
-  cls_result->SetPrediction(Lend(target_categories_[static_cast<std::size_t>(winner)]));
+  cls_result->SetPrediction(ForResult(target_categories_[static_cast<std::size_t>(winner)]));
   FillSVMVEMAClsResult(percents, winner, confidence, result);
   return {};
 }
@@ -197,7 +197,7 @@ MCStatus SVMModel::FillSVMVEMAClsResult(const std::vector<double>& percents, int
   }
   if (auto* own = dynamic_cast<SVMClsResult*>(result)) own->RemoveValuePercent();
   for (std::size_t i = 0; i < percents.size(); ++i) {
-    cls_result->AddValuePercent(Lend(target_categories_[i]), percents[i]);
+    cls_result->AddValuePercent(ForResult(target_categories_[i]), percents[i]);
   }
   cls_result->SetConfidence(confidence);
   return {};

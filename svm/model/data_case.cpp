@@ -8,7 +8,7 @@ namespace MCSVM_700 {
 
 namespace {
 
-// The stream's own locale may be that of the process, which writes other numbers.
+// The stream may have the process's locale, which would write numbers differently.
 class ClassicLocale {
  public:
   explicit ClassicLocale(std::ostream& os) : os_(os), before_(os.imbue(std::locale::classic())) {}

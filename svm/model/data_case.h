@@ -8,7 +8,7 @@
 namespace MCSVM_700 {
 
 // Indices and values are parallel: 0-based positions in the vector fields, and the entries there,
-// in the order in which the document gives them.
+// in the document's order.
 class SVMDataCase {
  public:
   // Writes one line: the target value, then "(index,value) " for each entry, or the bare values

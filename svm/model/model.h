@@ -87,8 +87,8 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   MCScore::MCStatus HandleMissInvalidValue(bool is_missing, bool is_invalid,
                                            const ScoreDictVar* var, ScoreResult*& result);
   // Adds to `value` the decision value of one machine: for k = 0, 1, ... in this order
-  // coefficient[k] * K(case, support_vector[k]), and last the machine's absolute value. Leaves
-  // `value` alone where there is no such machine, or one that is not whole. Always success.
+  // coefficient[k] * K(case, support_vector[k]), and last the machine's absolute value. Does not
+  // change `value` where there is no such machine, or the machine is not whole. Always success.
   MCScore::MCStatus ScoreSVMByKernelType(const std::vector<int>& case_idx,
                                          const std::vector<double>& case_val, int machine_index,
                                          double& value);
@@ -96,7 +96,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // --- Scoring many cases (batch.cpp) ---
 
   std::size_t EntryCount() const override;
-  // One a machine; of a regression the first machine only.
+  // One for each machine; for a regression, one for the first machine only.
   std::size_t DecisionCount() const override;
   std::pair<int, int> DecisionCategories(std::size_t decision) const override;
   void SetFiniteOnly(bool finite_only) override { finite_only_ = finite_only; }
@@ -109,22 +109,22 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // --- Deciding a category (classification.cpp) ---
 
   // Decision values are one per machine, in the machines' order. A winner is a position in the
-  // target categories; it may be none of them where a document names an unknown category, and
+  // target categories; where a document names an unknown category it may be out of range, and
   // filling the result then reports 90027. Percents are one per target category.
   MCScore::MCStatus ScoreSVMClsModel(const std::vector<int>& idx, const std::vector<double>& val,
                                      ScoreResult*& result);
   MCScore::MCStatus DoVotingForSVMCls(const std::vector<double>& decisions, int& winner,
                                       double& confidence, std::vector<double>& percents);
-  // NaN is nobody's best value; where every value is NaN the winner stays what it was.
+  // NaN is never the best value; where every value is NaN the winner does not change.
   MCScore::MCStatus VoteForOneAgainstAll(const std::vector<double>& decisions, int& winner,
                                          std::vector<double>& percents);
   MCScore::MCStatus VoteForOneAgainstOne(const std::vector<double>& decisions, int& winner,
                                          double& confidence, std::vector<double>& percents);
-  // One machine's vote. On the threshold and for NaN it is the alternate category's.
+  // One machine's vote. On the threshold and for NaN it goes to the alternate category.
   MCScore::MCStatus GetTicketByBinaryClass(const std::vector<double>& decisions, int machine,
                                            int& winner);
-  // Adds every machine's vote to its category's ticket; votes for no category of the list are not
-  // counted. 90027 where the machines are not the pairs of the categories.
+  // Adds every machine's vote to its category's ticket; votes for a category outside the list are
+  // not counted. 90027 where the machines are not the pairs of the categories.
   MCScore::MCStatus GetTicketsToCategories(const std::vector<double>& decisions,
                                            std::vector<int>& tickets);
   MCScore::MCStatus GetTicketByMultiClass(const std::vector<double>& decisions, int& winner,
@@ -144,7 +144,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   MCScore::MCStatus GetProbablitiesForMultiClass(std::vector<int> tickets, int& winner,
                                                  double& confidence, std::vector<double>& percents);
   // Fills r, one row per category: r[i][j] is the probability of i given that it is i or j, within
-  // [1e-7, 0.9999999]. Machines stand for the pairs (0,1), (0,2), ..., (1,2), ... in order. Rows
+  // [1e-7, 0.9999999]. Machines are those of the pairs (0,1), (0,2), ..., (1,2), ... in order. Rows
   // that are too short or too long for a square matrix are resized.
   MCScore::MCStatus CalculateClassProbabilites(const std::vector<double>& decisions,
                                                std::vector<std::vector<double>>& r);
@@ -169,20 +169,20 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   void Display(std::ostream& os) const override;
 
  private:
-  // What scoring works in besides a case and its result; one a thread (workspace.h).
+  // The working memory of scoring besides a case and its result; one for each thread (workspace.h).
   struct Workspace;
   static Workspace& ThisThreadsWorkspace();
 
-  // GetScore without its safety net and its trace line.
+  // GetScore without its catch-all and its trace line.
   MCScore::MCStatus ScoreCase(const ScoreCaseRecord* record, ScoreResult*& result, bool flag);
   // One line in the log for a case that fails.
   static void TraceFailure(const MCScore::MCStatus& status);
-  // Entry e of the case goes to entries[e * stride]; `read` becomes their number. `result` is told
-  // of a missing value; null where nobody is.
+  // Entry e of the case goes to entries[e * stride]; `read` becomes their number. `result`, if not
+  // null, gets a missing prediction where an input is missing and the policy asks for that.
   MCScore::MCStatus ReadEntries(const ScoreCaseRecord& record, bool flag, ScoreResult** result,
                                 double* entries, std::size_t stride, std::size_t& read);
   MCScore::MCStatus MissingStatus(const ScoreDictVar* var);
-  // A batch: the decision values of all cases, and what each case's make of it (batch.cpp).
+  // A batch: the decision values of all cases, and each case's results from them (batch.cpp).
   MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases, double* decisions,
                                 std::size_t stride);
   static void FailBatch(const MCScore::MCStatus& status, std::size_t count,
@@ -198,10 +198,10 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // Writes the standard deviation of a regression's value and the bounds of its interval; false,
   // with nothing written, where the model computes none.
   bool IntervalAround(double value, double& std_dev, double& lower, double& upper) const;
-  // Packs the machines of the data that the model holds; without an engine where they are not such
-  // as the engine takes (engine_setup.cpp).
+  // Packs the machines of the data that the model holds; makes no engine where it cannot take them
+  // (engine_setup.cpp).
   void SetUpEngine(const SVMConst::KernelParameters& kernel);
-  // Whether the data still are what the engine was made of, as far as their number goes.
+  // Whether the data still have the numbers of machines and fields that the engine was made for.
   bool EngineFits() const;
   // The decision values of a case, DecisionCount() of them, by the engine where it takes the case;
   // ScoreSVMByKernelType gives the same bits.
@@ -213,7 +213,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                        double* decisions, std::size_t stride);
   bool EngineTakes(const std::vector<int>& idx, const std::vector<double>& val) const;
   ScoreDictVar* FindVarByName(const std::string& name) const;
-  // Null for a position that is none of the machines'.
+  // Null for a position at which there is no machine.
   const SVMModelData::ST_SUPPORTVECTORMACHINE* Machine(int index) const;
   void PredictMissing(ScoreResult& result);
   // One row per category that the data counts, each a copy of `percents`, filled from the machines.

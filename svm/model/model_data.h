@@ -29,7 +29,7 @@ struct ST_CATEGORICALPREDICTOR {
   double coefficient = 0.0;
 };
 
-// What the vendor extension of a machine says. Doubles that it leaves out are system-missing.
+// What the vendor extension of a machine says. Doubles that it omits are system-missing.
 struct ST_MACHINEEXTENSION {
   double standard_deviation = NumericValue::GetSysmisValue();  // regression
   int response_index = -1;                                     // classification, and the rest too
@@ -57,8 +57,8 @@ class SVMModelData {
     std::vector<MCSVM_700::SVMDataCase*> support_vectors;  // parallel to the coefficients
     ST_MACHINEEXTENSION* extension = nullptr;
 
-    // Whether every coefficient has a vector, and every vector an entry for each index: whatever
-    // the translator reads does.
+    // Whether every coefficient has a vector, and every vector an entry for each index. True for
+    // whatever the translator reads.
     bool IsWhole() const;
   };
 
@@ -107,7 +107,7 @@ class SVMModelData {
 
   void AddFieldRef(std::string name, std::string missing_replacement);
   void AddCategoricalPredictor(std::string name, std::string value, double coefficient);
-  // Takes ownership. Null holds the place of a machine that is absent.
+  // Takes ownership. Null takes the place of a machine that is absent.
   void AddSupportVectorMachine(ST_SUPPORTVECTORMACHINE* machine);
   // `indices` are 1-based. Nothing happens for an empty id, an empty list, lists that differ in
   // length, or an id that is already there: the first instance of an id stays.

@@ -6,7 +6,7 @@ namespace MCZandor_850 {
 
 void SVMModel::Display(std::ostream& os) const {
   os << "\nBegin Display of SupportVectorMachineModel." << std::endl;
-  // The label stands alone: the fields themselves are not listed.
+  // The label has nothing after it: the fields themselves are not listed.
   os << "Input Vector fields is: "
      << " Only prediction? ";
   os << (prediction_only_ ? "True." : "False.") << std::endl;

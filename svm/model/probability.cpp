@@ -71,7 +71,7 @@ MCStatus SVMModel::CalculateClassProbabilites(const std::vector<double>& decisio
       r[i][i] = 0.0;
       for (std::size_t j = i + 1; j < categories; ++j) {
         if (m >= machines.size() || m >= decisions.size()) continue;
-        // In place of an absent machine the parameters of the one before are used again.
+        // For an absent machine the parameters of the previous one are used again.
         if (machines[m] != nullptr) parameters = machines[m]->extension;
         if (parameters == nullptr) continue;
         r[i][j] = Clamp(ComputeVEMAZValue(decisions[m], parameters->a, parameters->b));
@@ -89,7 +89,7 @@ MCStatus SVMModel::DoMultiProbLearn(std::vector<std::vector<double>>& r,
     const auto classes = static_cast<int>(r.size());
     for (auto& row : r) row.resize(r.size(), 0.0);
     MCMath_850::MCSymMatrix coupling(classes, true);
-    // Only where memory has run out.
+    // Only if memory has run out.
     if (!coupling.IsValidMatrix()) return MCStatus(MCScore::kCannotScore, false);
     FillCouplingMatrix(r, coupling);
     MCSVM_700::SVMMultiProbLearn learner(nullptr, classes, coupling);

@@ -19,13 +19,13 @@ MCStatus SVMModel::ScoreSVMRegModel(const std::vector<int>& idx, const std::vect
 }
 
 MCStatus SVMModel::FillSVMRegResult(double value, ScoreResult*& result) {
-  // The prediction of a classification result is a category: never to be written to.
+  // The prediction of a classification result is a category, which must never be written to.
   auto* reg_result = dynamic_cast<ScoreRegResult*>(result);
   if (reg_result != nullptr && reg_result->GetPrediction() != nullptr) {
     if (auto* number = dynamic_cast<NumericValue*>(reg_result->GetPrediction())) {
       number->SetDoubleValue(value);
     } else {
-      // The case before this one had a missing prediction that was a text.
+      // The previous case had a missing prediction that was a text.
       reg_result->SetPrediction(new NumericValue(value));
     }
   }

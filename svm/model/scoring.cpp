@@ -20,8 +20,8 @@ namespace {
 // that `flag` hides behind one, from the derived values. Null where it is missing.
 const ScoreValue* FindValue(const ScoreDictVar& var, const ScoreCaseRecord& record,
                             const DerivedCaseRecord* derived, bool flag) {
-  // The position of a derived field is one in the derived values: it means nothing in the case. Its
-  // name does: a case may bring the value along.
+  // The position of a derived field refers to the derived values and means nothing in the case. Its
+  // name does: a case may include the value.
   const bool findable = !var.IsDerived() || !record.IsIndexedByPosition();
   const bool in_case = findable && !(flag && var.IsHiddenByDerived());
   const ScoreValue* value = in_case ? record.GetValueOf(var) : nullptr;
@@ -175,7 +175,7 @@ void SVMModel::PredictMissing(ScoreResult& result) {
   }
   // Any other kind could take what is lent to it for its own.
   if (dynamic_cast<ScoreRegResult*>(&result) == nullptr) return;
-  // A regression result owns its prediction: the one it has is changed, or it gets a new one.
+  // A regression result owns its prediction, which is changed in place or replaced.
   auto* number = dynamic_cast<NumericValue*>(result.GetPrediction());
   if (!as_number) {
     result.SetPrediction(new StringValue(""));

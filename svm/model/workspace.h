@@ -1,4 +1,4 @@
-// What one thread scores in.
+// The working memory of one thread that scores.
 #ifndef SVM_MODEL_WORKSPACE_H_
 #define SVM_MODEL_WORKSPACE_H_
 
@@ -10,7 +10,7 @@
 
 namespace MCZandor_850 {
 
-// Holds nothing from one case to the next but memory, so every model of a thread uses the same.
+// Only memory is kept from one case to the next, so all models of a thread share one.
 struct SVMModel::Workspace {
   MCSVM_700::PackedScratch scratch;
   std::vector<double> decisions;  // of one case

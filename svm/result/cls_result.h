@@ -22,7 +22,7 @@ class SVMClsResult : public ScoreClsResult {
   double GetConfidence() const override { return confidence_; }
   ScoreResultType GetScoreResultType() const override { return kSVMClassificationResult; }
 
-  // Always true. A category that is added twice is there twice.
+  // Always true. A category that is added twice is listed twice.
   bool AddValuePercent(ScoreValue* value, double percent) override;
   // The first entry whose value equals `value`; -1.0 where there is none.
   double GetPercent(const ScoreValue* value) const override;

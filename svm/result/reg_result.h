@@ -15,7 +15,7 @@ class SVMRegResult : public ScoreRegResult, public ScoreIntervalResult {
   SVMRegResult(const SVMRegResult&) = delete;
   SVMRegResult& operator=(const SVMRegResult&) = delete;
 
-  // Takes ownership and deletes the value held so far, unless it is the same one.
+  // Takes ownership and deletes the earlier value, unless it is the same one.
   void SetPrediction(ScoreValue* value) override;
   ScoreValue* GetPrediction() const override { return prediction_; }
   const ScoreDictVar* GetTarget() const override { return target_; }

@@ -25,7 +25,7 @@ void SVMTranslator::SetTransformDirectionary(xercesc::DOMElement* root,
                                              xercesc::DOMElement* model_element,
                                              DOMElemUtility* util, ScoreModel* model) {
   if (root == nullptr || model_element == nullptr || util == nullptr || model == nullptr) return;
-  // Versions 3 and 4 have transformations that this system reads; version 2 has older ones.
+  // This system reads the transformations of versions 3 and 4, not the older ones of version 2.
   const std::string version = util->GetAttributeToString(root, tags::XML_ATT_VERSION, false);
   const bool enabled = !version.empty() && (version[0] == '3' || version[0] == '4');
   xercesc::DOMElement* element =
@@ -86,7 +86,7 @@ void SVMTranslator::SetDictVarRole(xercesc::DOMElement* mining_field, DOMElemUti
       role = ScoreModel::kOtherRole;
     }
   } catch (const SSException&) {
-    // A field that does not say what it is for is an input.
+    // A field without a usage type is an input.
   }
   model->SetVarRole(var, role);
 }

@@ -13,8 +13,8 @@ namespace tags = PMMLModelTags;
 
 namespace {
 
-// What a host gives for an attribute that is absent. A document that states this very number is
-// read as if it stated nothing.
+// What a host returns for an attribute that is absent. A document that states exactly this number
+// is read as if the attribute were absent.
 constexpr double kAbsent = -1.0;
 
 }  // namespace

@@ -14,7 +14,7 @@ namespace code = svmscore::code;
 
 namespace {
 
-// The child `name` of a machine, of which there must be one.
+// The child `name` of a machine, which must exist.
 xercesc::DOMElement* ChildOfMachine(xercesc::DOMElement* machine_element, DOMElemUtility* util,
                                     const std::string& name) {
   if (machine_element == nullptr || util == nullptr) return nullptr;
@@ -25,7 +25,7 @@ xercesc::DOMElement* ChildOfMachine(xercesc::DOMElement* machine_element, DOMEle
   }
 }
 
-// The number of children `name` of `list`, which must have some; `list_name` is its name.
+// The number of children `name` of `list`, which must have at least one; `list_name` is its name.
 unsigned long CountOf(xercesc::DOMElement* list, DOMElemUtility* util, const std::string& name,
                       const std::string& list_name) {
   if (list == nullptr || util == nullptr) return 0;
@@ -76,7 +76,7 @@ void SVMTranslator::ParseSupportVectorMachine(unsigned long machines,
   const std::vector<const ScoreValue*>& categories = model->GetTargetCategories();
   const CategoryIndex index(this, categories);
   xercesc::DOMNodeList* list = GetElementsByTagName(model_element, tags::XML_ELE_SVM_SVM);
-  // The model goes by what its last machine says.
+  // The last machine decides for the model.
   bool has_extension = false;
   bool failed = false;
   for (unsigned long i = 0; i < machines; ++i) {

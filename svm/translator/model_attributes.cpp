@@ -108,7 +108,7 @@ bool SVMTranslator::DoValidationForTargets(SVMModel* model, unsigned long machin
   } else if (categories > 2 && data->IsClassOneAgainstAll()) {
     fits = true;
   } else {
-    // A count that wrapped below zero fits no number of machines.
+    // A count that wrapped below zero never matches the number of machines.
     const int pairs = PairCount(categories);
     fits = pairs >= 0 && machines == static_cast<unsigned long>(pairs);
   }

@@ -14,9 +14,9 @@
 namespace MCZandor_850 {
 
 // Appends the tokens of `text` to `output` as numbers and returns how many there were. Runs of
-// separators count as one, so no token is empty. A token is the value of its longest numeric
-// prefix, or 0; as an int it is truncated toward zero, and saturates. `text` is written to. Null
-// for either text gives nothing. Any number of threads may split texts of their own.
+// separators count as one, so no token is empty. The value of a token is that of its longest
+// numeric prefix, or 0; as an int it is truncated toward zero, and saturates. `text` is modified.
+// Null for either text gives nothing. Any number of threads may split texts of their own.
 template <typename T>
 int SPLITTER_STR(char* text, const char* separators, std::vector<T>& output) {
   static_assert(std::is_same_v<T, int> || std::is_same_v<T, double>);
@@ -32,7 +32,7 @@ int SPLITTER_STR(char* text, const char* separators, std::vector<T>& output) {
   for (char* next = std::find_if_not(text, end, is_separator); next != end;
        next = std::find_if_not(next, end, is_separator)) {
     if constexpr (std::is_same_v<T, int>) {
-      // Plain positions, without the detour over a double; up to nine digits always fit.
+      // Plain positions, without a conversion to double; up to nine digits always fit.
       int position = 0;
       char* digit = next;
       for (; digit - next < 9 && *digit >= '0' && *digit <= '9'; ++digit) {

@@ -18,7 +18,7 @@ namespace MCZandor_850 {
 // utilities, models and dictionaries are borrowed, except where a function says that it hands
 // something over. Every function does nothing (and returns null, 0, false or an empty text) when a
 // pointer that it needs is null. Failures are SSExceptions at the element where they happened;
-// nothing that was already put into the model or its data is taken back.
+// what was already put into the model or its data stays there.
 class SVMTranslator : public PMMLTranslator {
  public:
   SVMTranslator();
@@ -48,7 +48,7 @@ class SVMTranslator : public PMMLTranslator {
   bool DoValidationForTargets(SVMModel* model, unsigned long machines, SVMModelData* data);
 
   // dictionaries.cpp: variables, derived fields, roles and replacements.
-  // The dictionary becomes the model's, and the one that later stages look into.
+  // The dictionary becomes the model's, and later stages look fields up in it.
   void SetDataDirectionary(xercesc::DOMElement* root, DOMElemUtility* util, ScoreModel* model);
   // Transformations that cannot be built leave the model without any.
   void SetTransformDirectionary(xercesc::DOMElement* root, xercesc::DOMElement* model_element,
@@ -110,8 +110,8 @@ class SVMTranslator : public PMMLTranslator {
                                               unsigned long index);
   xercesc::DOMElement* GetElemOfCoefficient(xercesc::DOMNodeList* coefficients,
                                             unsigned long index);
-  // Pairs the i-th coefficient with the i-th support vector. A pair whose support vector is none of
-  // the data's instances is left out.
+  // Pairs the i-th coefficient with the i-th support vector. A pair whose support vector is not
+  // among the data's instances is left out.
   bool MapCoefficientToDataSet(xercesc::DOMElement* support_vectors,
                                xercesc::DOMElement* coefficients, DOMElemUtility* util,
                                unsigned long coefficient_count, SVMModelData* data,
@@ -128,7 +128,7 @@ class SVMTranslator : public PMMLTranslator {
                             bool has_extension, bool required);
   std::string GetAlternateTagCateAtt(xercesc::DOMElement* machine_element, DOMElemUtility* util,
                                      bool has_extension, bool required);
-  // `default_threshold` where the machine states none, or none that can be read.
+  // `default_threshold` where the machine states none, or one that cannot be read.
   double GetSVMThresholdAtt(xercesc::DOMElement* machine_element, DOMElemUtility* util,
                             double default_threshold);
   // Both are 0.0 where the attribute is required and absent, or cannot be read.
@@ -139,8 +139,8 @@ class SVMTranslator : public PMMLTranslator {
   // empty list or text.
   int GetIndexOfTargetCate(const std::vector<const ScoreValue*>& categories,
                            const std::string& text) const;
-  // Until this object goes, a look-up of one of these categories takes constant time. One at a
-  // time.
+  // As long as this object lives, looking up one of these categories takes constant time. Only one
+  // may exist at a time.
   class CategoryIndex {
    public:
     CategoryIndex(SVMTranslator* translator, const std::vector<const ScoreValue*>& categories);
@@ -149,7 +149,7 @@ class SVMTranslator : public PMMLTranslator {
     CategoryIndex& operator=(const CategoryIndex&) = delete;
 
     const std::vector<const ScoreValue*>* Categories() const { return categories_; }
-    // That of the first category with the text, or the number of categories.
+    // The position of the first category with the text, or the number of categories.
     int PositionOf(const std::string& text) const;
 
    private:

@@ -78,8 +78,8 @@ unsigned long SVMTranslator::GetVectorInstances(xercesc::DOMElement* vector_dict
   }
 }
 
-// Walked with rising indices a node list continues where it stood; any other order would make
-// reading a dictionary quadratic.
+// With rising indices a node list continues where it stopped; any other order would make reading a
+// dictionary quadratic.
 void SVMTranslator::ParseVectorInstance(xercesc::DOMNodeList* instances, DOMElemUtility* util,
                                         unsigned long index, SVMModelData* data) {
   if (instances == nullptr || util == nullptr || data == nullptr) return;
@@ -119,8 +119,8 @@ void SVMTranslator::ParseRealSparseArray(xercesc::DOMElement* array, DOMElemUtil
                       tags::XML_ELE_SVM_REALSPARSEARRAY);
   }
   if (indices_element == nullptr) {
-    // An array without indices stands for explicit zeros. How many are too many for a document from
-    // elsewhere is said by whoever loads it.
+    // An array without indices means explicit zeros. The loader decides how many are too many for a
+    // document that is not trusted.
     for (int k = 0; k < size; ++k) {
       indices.push_back(k + 1);
       values.push_back(0.0);

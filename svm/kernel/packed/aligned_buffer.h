@@ -13,7 +13,7 @@ class AlignedBuffer {
   double* data() { return data_.get(); }
   const double* data() const { return data_.get(); }
   std::size_t size() const { return size_; }
-  // Makes room for `size` doubles. What was held is lost where that takes a new array.
+  // Makes room for `size` doubles. The content is lost if that takes a new array.
   void Reserve(std::size_t size) {
     if (size <= size_) return;
     data_.reset();

@@ -14,8 +14,8 @@ using packed::VectorForms;
 
 namespace {
 
-// Tiles that share a pass over the vectors take this much at most: they should stay in the second
-// level of cache beside a block.
+// Tiles that share a pass over the vectors take at most this much, so that they stay in the second
+// level of cache together with a block.
 constexpr std::size_t kTileBytes = std::size_t{256} * 1024;
 
 std::uint64_t NextNumber() {

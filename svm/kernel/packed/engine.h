@@ -1,5 +1,5 @@
 // MCSVM_700::PackedEngine: the decision values of all machines of a model, many vectors or cases at
-// a time, with the very bits of the plain kernels.
+// a time, with exactly the bits of the plain kernels.
 #ifndef SVM_KERNEL_PACKED_ENGINE_H_
 #define SVM_KERNEL_PACKED_ENGINE_H_
 
@@ -18,8 +18,8 @@ namespace MCSVM_700 {
 
 class PackedEngine;
 
-// What an engine works in: one for each thread that scores, for any number of engines in turn.
-// Allocates when it first meets an engine that needs more than any before, and not otherwise.
+// The working memory of an engine: one for each thread that scores, for any number of engines in
+// turn. Allocates only when it first meets an engine that needs more than any before.
 class PackedScratch {
  public:
   // How cases were scored since this object was made.
@@ -39,16 +39,16 @@ class PackedScratch {
  private:
   friend class PackedEngine;
 
-  std::uint64_t engine_ = 0;  // the number of the engine that everything fits
+  std::uint64_t engine_ = 0;  // the number of the engine that everything is sized for
   packed::Work work_ = {};
   packed::AlignedBuffer values_, tiles_, sums_, rejects_, nonzero_value_, column_;
   std::vector<std::uint32_t> nonzero_field_;
   std::vector<int> positions_;   // 0, 1, ... fields - 1
-  std::vector<double> entries_;  // of the case that the plain kernels work on
+  std::vector<double> entries_;  // of the case that the plain kernels score
   Counts counts_;
 };
 
-// A model as the engine takes it.
+// A model in the form that the engine takes.
 struct PackedInput {
   SVMConst::KernelParameters kernel;
   std::size_t fields = 0;  // entries of a case, at most 2^31 - 1
@@ -60,18 +60,18 @@ struct PackedInput {
 };
 
 // Immutable: any number of threads may use one, each with a scratch of its own. Refuses nothing:
-// vectors and cases that it cannot pack exactly go to the plain kernels. Only allocation fails, by
-// std::bad_alloc.
+// vectors and cases that it cannot pack exactly go to the plain kernels. Only allocation can fail,
+// by std::bad_alloc.
 //
 // Decision value m is 0.0 + c[0] K(x, v[0]) + c[1] K(x, v[1]) + ... + offset for machine m's terms
 // in their order, where K is the plain kernel's value of the case x with an entry for every field.
-// A result that is NaN may be another NaN than the plain one; all other results have the same bits.
-// Made and used in the rounding mode to nearest.
+// A result that is NaN may be a different NaN from the plain one; all other results have the same
+// bits. REQUIRES: the rounding mode is to nearest.
 class PackedEngine {
  public:
   // `operations` are those of an instruction set that the CPU has, or null for the plain kernels
-  // throughout. Compares the packed code with the plain kernels on a small model first; where a bit
-  // differs the engine is plain.
+  // throughout. Compares the packed code with the plain kernels on a small model first; if a bit
+  // differs, the engine uses the plain kernels.
   PackedEngine(const PackedInput& input, const packed::Operations* operations);
   PackedEngine(const PackedEngine&) = delete;
   PackedEngine& operator=(const PackedEngine&) = delete;
@@ -94,7 +94,7 @@ class PackedEngine {
   PackedEngine(const PackedInput& input, const packed::Operations* operations,
                packed::VectorForms forms);
 
-  // Whether an engine of this kernel agrees with the plain kernels.
+  // Whether an engine with this kernel agrees with the plain kernels.
   static bool Agrees(const PackedInput& input, const packed::Operations* operations,
                      packed::VectorForms forms);
   void DecidePlain(const double* x, std::size_t stride, PackedScratch& scratch, double* decisions,
@@ -108,7 +108,7 @@ class PackedEngine {
     std::vector<double> coefficients;
   };
 
-  std::uint64_t number_;  // unlike that of any other engine of the process
+  std::uint64_t number_;  // unique among the engines of the process
   std::unique_ptr<SVMKernelFunction> kernel_;
   std::vector<packed::VectorView> pool_;
   std::vector<PlainMachine> plain_machines_;

@@ -6,7 +6,7 @@
 
 namespace MCSVM_700::packed {
 
-// 128 pairs (tail, scale); exp_table.py says what they are.
+// 128 pairs (tail, scale); exp_table.py describes them.
 extern const std::uint64_t kExpTable[256];
 
 }  // namespace MCSVM_700::packed

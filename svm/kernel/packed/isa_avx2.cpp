@@ -1,5 +1,5 @@
-// The packed forms for CPUs with AVX2 and FMA. Compiled with flags of its own: define nothing here
-// that another file could link, and include no header of the standard library with functions in it.
+// The packed forms for CPUs with AVX2 and FMA. This file has its own compiler flags: define nothing
+// here that another file could link, and include no standard header that defines functions.
 #include <immintrin.h>
 
 #include "svm/kernel/packed/kernels.inc"

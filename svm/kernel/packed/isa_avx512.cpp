@@ -1,8 +1,7 @@
-// The packed forms for CPUs with AVX-512 (F, DQ, VL). Compiled with flags of its own: define
-// nothing here that another file could link, and include no header of the standard library with
-// functions in it.
+// The packed forms for CPUs with AVX-512 (F, DQ, VL). This file has its own compiler flags: define
+// nothing here that another file could link, and include no standard header that defines functions.
 #if defined(__GNUC__) && !defined(__clang__)
-// g++ 12 takes the undefined registers inside its own intrinsics for mistakes.
+// g++ 12 warns about the undefined registers inside its own intrinsics.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #pragma GCC diagnostic ignored "-Wuninitialized"
 #endif

@@ -42,9 +42,9 @@ struct Work;
 
 struct ModelView {
   SVMConst::KernelParameters kernel;
-  int whole_degree;    // the degree where the vector form of pow serves it, else 0
+  int whole_degree;    // the degree where the vector form of pow can compute it, else 0
   bool vector_values;  // the vector form of exp or tanh, if the kernel has one, may be used
-  bool gaps;           // some coefficient in a segment stands for "not used"
+  bool gaps;           // some coefficient in a segment means "not used"
 
   std::size_t fields;
   std::size_t vectors;         // of the pool
@@ -75,7 +75,7 @@ struct ModelView {
                         std::uint32_t vector);
 };
 
-// What one call at a time works in. Buffers are 64-byte aligned; `lanes` are those of the
+// The working memory of one call at a time. Buffers are 64-byte aligned; `lanes` are those of the
 // instruction set, T = tile lanes.
 struct Work {
   double* values;   // [vectors rounded up to 32] or, for tiles, [that][T] where there are chains

@@ -7,7 +7,7 @@
 namespace MCSVM_700::packed {
 namespace {
 
-// Below this share of filled entries, columns beat blocks by visiting only what is there.
+// Below this share of filled entries, columns are faster than blocks: they visit only filled ones.
 constexpr double kSparseFill = 0.1;
 constexpr std::size_t kSparseFields = 32;
 
@@ -60,7 +60,7 @@ bool Packing::WantsColumns(std::span<const VectorView> pooled, Storage storage) 
 }
 
 void Packing::PackBlocks(std::span<const VectorView> pooled) {
-  // An empty model has a block too: a null pointer would say "sparse".
+  // An empty model has a block too, because a null pointer means "sparse".
   const std::size_t size = std::max(RoundUp(vectors_, kBlock) * fields_, kBlock);
   blocks_.Reserve(size);
   std::fill_n(blocks_.data(), size, 0.0);
@@ -99,9 +99,9 @@ void Packing::PackColumns(std::span<const VectorView> pooled) {
   }
 }
 
-// Neighbours go into one segment while few enough of its coefficients would stand for "not used":
-// a vector may use a third of the segment's machines, and new machines may join while the rows stay
-// two thirds full, or are few.
+// Neighbours go into one segment while few enough of its coefficients mean "not used": a vector
+// may be used by as few as a third of the segment's machines, and new machines may join while the
+// rows stay two thirds full, or are few.
 void Packing::PackMachines(std::span<const MachineView> machines, const Pool& pool,
                            std::size_t lanes) {
   users_.resize(vectors_);
@@ -152,7 +152,7 @@ void Packing::AddSegment(std::size_t begin, std::size_t end,
                          const std::vector<std::uint32_t>& machines, std::size_t lanes) {
   if (machines.empty()) return;
   const std::size_t row = machines.size() == 1 ? 1 : RoundUp(machines.size(), lanes);
-  // Whole blocks are read where there is one machine.
+  // With a single machine, whole blocks are read.
   std::vector<double> coefficients((end - begin) * row + kBlock, 0.0);
   for (std::size_t v = begin; v < end; ++v) {
     gaps_ = gaps_ || users_[v].size() != machines.size();

@@ -30,12 +30,13 @@ class Packing {
   Packing(const Packing&) = delete;
   Packing& operator=(const Packing&) = delete;
 
-  // The members from `gaps` on, but for plain_context and plain_value. Points into this object.
+  // Sets the members from `gaps` on, except plain_context and plain_value. They point into this
+  // object.
   void Describe(ModelView& view) const;
 
  private:
-  // Positions ascend strictly within [0, fields), and entries are finite: such a vector equals its
-  // dense form.
+  // Whether positions ascend strictly within [0, fields), and entries are finite: such a vector
+  // equals its dense form.
   bool Packs(const VectorView& vector) const;
   bool WantsColumns(std::span<const VectorView> pooled, Storage storage) const;
   void PackBlocks(std::span<const VectorView> pooled);

@@ -39,8 +39,8 @@ Precedence PrecedenceOf(std::span<const MachineView> machines, std::size_t vecto
   return graph;
 }
 
-// The graph's nodes so that each follows its predecessors, in the order of first use where that is
-// free. Where the machines contradict one another, the earliest node left goes next.
+// The graph's nodes in an order in which each follows its predecessors, by first use where there is
+// a choice. Where the machines contradict one another, the earliest remaining node comes next.
 std::vector<std::uint32_t> Sorted(Precedence graph) {
   std::priority_queue<std::uint32_t, std::vector<std::uint32_t>, std::greater<>> ready;
   std::vector<bool> placed(graph.vectors.size(), false);

@@ -22,13 +22,13 @@ struct Pool {
   std::vector<std::uint32_t> vectors;  // the model's vector at each position of the pool
   // Per machine, the positions of its terms in the pool.
   std::vector<std::vector<std::uint32_t>> terms;
-  // Per machine, whether those ascend strictly. Walking through the pool then meets the machine's
+  // Per machine, whether those ascend strictly. Walking through the pool then visits the machine's
   // terms in their own order, which its sum must keep.
   std::vector<bool> ascending;
 };
 
-// Takes the vectors that some machine uses. Where one order of the pool suits all machines it is
-// found; otherwise some machines do not ascend. A machine that uses a vector twice never does.
+// Takes the vectors that some machine uses. An order that suits all machines is found if there is
+// one; otherwise some machines do not ascend. A machine that uses a vector twice never does.
 // REQUIRES: vector indices are below vector_count.
 Pool MakePool(std::span<const MachineView> machines, std::size_t vector_count);
 

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kFields = 7;
 constexpr std::size_t kVectors = 45;  // one block and part of another
-constexpr std::size_t kCases = 37;    // whole tiles and a rest
+constexpr std::size_t kCases = 37;    // whole tiles and a remainder
 
 // Three machines that share vectors, the last with terms that do not ascend.
 struct SmallModel {

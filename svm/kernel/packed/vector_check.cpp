@@ -19,16 +19,16 @@ constexpr std::size_t kUniform = 3000;
 constexpr std::size_t kLogarithmic = 1000;
 constexpr std::size_t kDense = 40000;
 
-// Where a library with fused multiply-add and one without give different bits, which happens once
-// in some hundreds or thousands of arguments and nowhere beyond these ranges.
+// Within these ranges a library with fused multiply-add and one without give different bits for one
+// in some hundreds or thousands of arguments; outside them, for none.
 constexpr double kExpRange = 40.0;
 constexpr double kTanhRange = 1.0;
 constexpr double kWitnesses[] = {
     -0x1.ea721c7192600p-3, -0x1.066277e5ff088p+2, -0x1.caf4084ca1e84p+3, 0x1.9a33212d175e6p-4,
     0x1.280c3fd137e70p-1,  -0x1.70c47ca621740p-3, -0x1.c6ff45dac304dp-6};
 
-// Uniform over [-reach, reach], then of every size from 2^-60 to reach, then closely over
-// [-dense, dense], then the odd ones.
+// Uniform over [-reach, reach], then of every magnitude from 2^-60 to reach, then densely over
+// [-dense, dense], then special values.
 std::vector<double> Arguments(double reach, double dense) {
   std::mt19937_64 bits(20240229);
   const auto unit = [&] { return static_cast<double>(bits() >> 11) * 0x1p-53; };
@@ -70,8 +70,7 @@ bool TanhMatches(const Operations& operations) {
          Match(Arguments(24.0, kTanhRange), operations.tanh, [](double x) { return std::tanh(x); });
 }
 
-// The whole number from 1 to kMaxWholeDegree that `degree` is, where the form matches for it, else
-// 0.
+// `degree` if it is a whole number from 1 to kMaxWholeDegree for which the form matches, else 0.
 int WholeDegreeThatMatches(const Operations& operations, double degree) {
   if (operations.pow == nullptr || !(degree >= 1.0 && degree <= kMaxWholeDegree)) return 0;
   const int whole = static_cast<int>(degree);
@@ -102,7 +101,7 @@ VectorForms Try(const Operations& operations, KernelFunctionType form, double de
 }  // namespace
 
 VectorForms MatchingForms(const Operations& operations, KernelFunctionType form, double degree) {
-  // The library and the forms stay what they are while the process runs.
+  // The library and the forms do not change while the process runs.
   static std::mutex mutex;
   static std::map<std::tuple<const void*, KernelFunctionType, double>, VectorForms> known;
   const void* function = nullptr;

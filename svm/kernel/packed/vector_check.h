@@ -10,12 +10,12 @@ namespace MCSVM_700::packed {
 // Which vector forms a kernel may use.
 struct VectorForms {
   bool values = false;   // that of exp or tanh, whichever the kernel calls
-  int whole_degree = 0;  // the degree of a polynomial kernel, where the form of pow serves it
+  int whole_degree = 0;  // the degree of a polynomial kernel if the form of pow can compute it
 };
 
 // Tries tens of thousands of arguments, most of them where libraries are known to differ. A form is
-// allowed where every bit is the library's; where one is not, the library's own function is called.
-// Takes about a millisecond the first time; the answer is kept. Any number of threads may ask.
+// allowed if every bit is the library's; otherwise the library's own function is called.
+// Takes about a millisecond the first time; the answer is kept. Any number of threads may call it.
 VectorForms MatchingForms(const Operations& operations, KernelFunctionType form, double degree);
 
 }  // namespace MCSVM_700::packed
