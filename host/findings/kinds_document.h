@@ -38,8 +38,8 @@ inline constexpr std::array kDocumentFindings = {
                 "the version is none of those of PMML, and is read as the newest (4.4)",
                 "the version decides which elements are read", "state a version from 3.0 to 4.4"},
     FindingKind{"version-raised", FindingClass::kGuessed, code::kNeedsIntake,
-                "the version has no derived fields, and the document, which needs them, is read as "
-                "one of version 4.0",
+                "the version has no derived fields, and the document, which has or needs some, is "
+                "read as one of version 4.0",
                 "vector positions have the values that the document derives for them",
                 "state the version that the document was written for"},
     FindingKind{"root-name", FindingClass::kGuessed, code::kBadContent,

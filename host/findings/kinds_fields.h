@@ -97,10 +97,6 @@ inline constexpr std::array kFieldFindings = {
                 "the derived fields of the model are computed together with those of the document",
                 "the document means the same in this form",
                 "nothing; export anew if another reader cannot take it as it is"},
-    FindingKind{"transformations-off", FindingClass::kError, code::kUnsupported,
-                "derived fields in a document of a version that has none are not computed",
-                "vector positions that need these fields have no value",
-                "state the version that the document was written for"},
     FindingKind{
         "map-missing-to", FindingClass::kStandard, 0,
         "the value that a vector position gives to missing inputs enters through a derived field",

@@ -29,20 +29,14 @@ DOMElement* OnlyOne(Intake& intake, DOMElement* parent, const std::string& name)
   return first;
 }
 
-// Only versions 3 and 4 have derived fields.
-void CheckVersionHasFields(Intake& intake, const DOMElement* list) {
-  const std::string version = AttributeText(intake.Root(), "version");
-  if (list == nullptr || version.starts_with('3') || version.starts_with('4')) return;
-  intake.Tell("transformations-off", list, "derived fields of version " + version, NameOf(list));
-}
-
 }  // namespace
 
 void MergeTransformations(Intake& intake) {
   DOMElement* global = OnlyOne(intake, intake.Root(), "TransformationDictionary");
   DOMElement* local = OnlyOne(intake, intake.Model(), "LocalTransformations");
-  CheckVersionHasFields(intake, global);
-  CheckVersionHasFields(intake, local);
+  if (FindChild(global, kDerived) != nullptr || FindChild(local, kDerived) != nullptr) {
+    AllowDerivedFields(intake);
+  }
   if (global == nullptr || FindChild(local, kDerived) == nullptr) return;
   intake.Tell("transformations-merged", local);
   std::unordered_map<std::string, DOMElement*> global_fields;

@@ -57,7 +57,6 @@ class VectorPositions {
     const DOMElement* hiding = Known().FindHiding(name);
     const DOMElement* field = hiding != nullptr ? hiding : Known().Find(name);
     if (field == nullptr) return;
-    if (NameOf(field) == "DerivedField") AllowDerivedFields(intake_);
     if (!IsOfType(replacement, TypeOf(field)) && !replacement.empty()) {
       intake_.Tell("map-missing-unreadable", position, replacement, "mapMissingTo", "FieldRef");
       replacement.clear();
@@ -90,7 +89,6 @@ class VectorPositions {
     if (!name || !value || !coefficient) return;
     const DOMElement* field = Known().Find(*name);
     if (field == nullptr) return;
-    if (NameOf(field) == "DerivedField") AllowDerivedFields(intake_);
     const bool listed = Known().Lists(field, *value);
     const bool hidden = Known().FindHiding(*name) != nullptr;
     if (!std::isfinite(*coefficient)) {

@@ -142,9 +142,10 @@ void VectorReader::ReadSparse(DOMElement* array) {
     }
     intake_.Tell("integer-sparse-array", array);
     Rename(array, "REAL-SparseArray");
+  } else if (entries == nullptr && integers != nullptr) {
+    intake_.Tell("integer-sparse-array", array);
   }
   if (entries == nullptr && integers != nullptr) {
-    intake_.Tell("integer-sparse-array", array);
     Rename(integers, "REAL-Entries");
     entries = integers;
   }

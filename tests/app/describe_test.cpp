@@ -169,7 +169,7 @@ const Silent kOfDocuments[] = {
      {"name='note' usageType='active'", "name='note' usageType='Active'"}},
     {"second-target at MiningField",
      {kTarget, kTarget + "<MiningField name='note' usageType='predicted'/>", kNote, ""}},
-    {"transformations-off at LocalTransformations",
+    {"version-raised at PMML",
      {"version='4.4'", "version='2.1'", kLocal[0], kLocal[1]}},
     {"local-transformations-hidden at LocalTransformations",
      {"<SupportVectorMachineModel", "<TransformationDictionary/><SupportVectorMachineModel",

@@ -55,8 +55,9 @@ TEST(OldTwoClassForm, GivesWayToTheNewerRule) {
         << version << model;
   }
   const std::string machine = Identity("targetCategory='yes'");
-  EXPECT_EQ(Refusal(Deciding('3', '2', second, machine + machine).Text()),
-            "260304 SupportVectorMachineModel:3");
+  EXPECT_EQ(
+      Refusal(Deciding('3', '2', second, machine + machine).Text(), svmscore::IntakeMode::kStrict),
+      "260304 SupportVectorMachineModel:3");
 }
 
 // Three classes, one machine a pair: f(a,b) = x, f(b,c) = x, and a third.
@@ -92,7 +93,7 @@ TEST(Method, IsInferredWhereEveryPairHasItsMachine) {
 TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
   Parts parts;
   parts.model += " svmRepresentation='Coefficients'";
-  EXPECT_EQ(Refusal(parts.Text()), "260313 SupportVectors:7");
+  EXPECT_EQ(Refusal(parts.Text(), svmscore::IntakeMode::kStrict), "260313 SupportVectors:7");
   parts.vectors = Replaced(parts.vectors, "id='a'", "id='machine 1'");
   parts.machines =
       "<SupportVectorMachine><Coefficients absoluteValue='0.9'>"
@@ -107,11 +108,17 @@ TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
   sum += 0 * 3.0;
   EXPECT_EQ(Predict(parts.Text(), At("0.7", "3")), sum + 0.9);
 
+  const std::string unreadable = Replaced(parts.Text(), "'0.1'", "'0.1 2'");
+  EXPECT_EQ(Read(unreadable).Steps(), "bad-coefficient, coefficient-form");
+  EXPECT_EQ(Predict(unreadable, At("0.7", "3")), 0.9);
+
+  // A translator says that there are no support vectors.
   parts.machines = Replaced(parts.machines, "<Coefficient/>", "");
   EXPECT_EQ(Refusal(parts.Text()), "260251 Coefficients:7");
-  EXPECT_EQ(Refusal(Replaced(parts.Text(), "'0.1'", "'0.1 2'")), "260153 Coefficient:7");
+  EXPECT_EQ(Score(parts.Text(), At("0.7", "3")), "260115 SupportVectorMachine:7");
   parts.kernel = "<RadialBasisKernelType/>";
   EXPECT_EQ(Refusal(parts.Text()), "260304 SupportVectorMachineModel:3");
+  EXPECT_EQ(Score(parts.Text(), At("0.7", "3")), "260115 SupportVectorMachine:7");
   // A translator says that there is no kernel.
   parts.kernel = "";
   parts.machines =

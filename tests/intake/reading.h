@@ -58,7 +58,8 @@ struct Reading {
   svmscore::PmmlDocument document;
   std::vector<svmscore::Finding> findings;
 
-  // Like "dense-array 2, zero-vector": the kinds of findings in order, with their places where not 1.
+  // Like "dense-array 2, zero-vector": the kinds of findings in order, with their places where
+  // not 1.
   std::string Steps() const;
   // The n-th element of that name as XML text without white space between elements; attributes by
   // name.

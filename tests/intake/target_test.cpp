@@ -70,35 +70,6 @@ TEST(Categories, ComeFromTheMachinesWhereTheTargetListsNone) {
   EXPECT_EQ(Score(parts.Text(), kAbove), "no");
 }
 
-// Machines whose probabilities stand in another order, or are those of the other category.
-TEST(Pairs, OfProbabilitiesGetTheTargetsOrder) {
-  Parts parts;
-  parts.Classify({"a", "b", "c"});
-  parts.model += " classificationMethod='OneAgainstOne'";
-  const auto machine = [](const std::string& alternate, const std::string& sigmoid) {
-    return Replaced(Parts::Machine("a", alternate), "<SupportVectors>",
-                    sigmoid + "<SupportVectors>");
-  };
-  const auto text = [&parts](const std::string& machines) {
-    parts.machines = machines;
-    return parts.Text();
-  };
-  const std::string ab = machine("b", Sigmoid("a", "b", 1, -2));
-  const std::string ac = machine("c", Sigmoid("a", "c", -1, 3));
-  const std::string ca = machine("c", Sigmoid("c", "a", 1, -3));
-  const std::string bc = machine("c", Sigmoid("b", "c", 2, 1));
-  const Reading ordered = Read(text(ab + ac + bc));
-  EXPECT_EQ(ordered.Steps(), "");
-  for (const std::string& machines : {bc + ab + ac, ab + ca + bc, ca + bc + ab}) {
-    const Reading reading = Read(text(machines));
-    EXPECT_EQ(reading.Steps(), "pairs-ordered");
-    EXPECT_EQ(reading.Show("SupportVectorMachineModel"), ordered.Show("SupportVectorMachineModel"));
-  }
-  EXPECT_EQ(Read(text(ab + ac + ac)).Steps(), "pair-out-of-order");
-  EXPECT_EQ(Refusal(text(ab + ac + ac), svmscore::IntakeMode::kStrict),
-            "260313 SupportVectorMachine:7");
-}
-
 TEST(Target, IsAddedToARegressionThatNamesNone) {
   Parts parts;
   const std::string expected = Score(parts.Text(), kAbove);

@@ -150,7 +150,8 @@ TEST(OutputFields, FeaturesThatNoSuchModelComputesAreMissingAndTold) {
   EXPECT_EQ(NoteCount(Chain("<OutputField name='a'/>")), 0U);
 }
 
-TEST(OutputFields, WhatIsWrongIsRefusedByNameAndPlace) {
+// By default only a name that no field has is refused; what else is wrong leaves its column empty.
+TEST(OutputFields, WhatIsWrongIsToldOrRefusedByNameAndPlace) {
   const std::string refused[][2] = {
       {Derive("a", "b") + Derive("b", "1"),
        "output field a refers to b, which comes after it in element OutputField"},
@@ -167,15 +168,33 @@ TEST(OutputFields, WhatIsWrongIsRefusedByNameAndPlace) {
       {"<Field name='a'/>", "element Field in element Output is not supported"},
   };
   for (const auto& [fields, complaint] : refused) {
-    const std::string message = Refusal(Chain(fields));
+    const std::string message = Refusal(Chain(fields), svmscore::LoadChecks::kStrict);
     EXPECT_NE(message.find(complaint), std::string::npos) << message;
     EXPECT_NE(message.find("line "), std::string::npos) << message;
+    if (complaint.find("nobody") != std::string::npos) {
+      EXPECT_EQ(Refusal(Chain(fields)), message);
+      continue;
+    }
+    const std::string good = "<OutputField name='good'/>";
+    Scoring scoring(Chain(fields + good));
+    ASSERT_GE(scoring.Plan().Notes().size(), 1U) << fields;
+    EXPECT_NE(scoring.Plan().Notes()[0].text.find(complaint), std::string::npos) << fields;
+    scoring.Score(kFirst);
+    EXPECT_EQ(scoring.Number("good"), 2.44125) << fields;
+    const auto& first = scoring.Plan().Fields()[0];
+    EXPECT_TRUE(first.name == "good" || scoring.Text(first.name).empty() ||
+                fields.find("name='a'/><") != std::string::npos)
+        << fields;
   }
-  // A field of the dictionary that the mining schema leaves out is none of the model's.
+  // A field of the dictionary that the mining schema leaves out may be read all the same.
   const std::string unused = "<DataField name='z' optype='continuous' dataType='double'/>$&";
-  EXPECT_NE(Refusal(Edit(Chain(Derive("a", "z")), "</DataDictionary>", unused))
-                .find("refers to the field z"),
+  const std::string text = Edit(Chain(Derive("a", "z")), "</DataDictionary>", unused);
+  EXPECT_NE(Refusal(text, svmscore::LoadChecks::kStrict).find("refers to the field z"),
             std::string::npos);
+  Scoring scoring(text);
+  EXPECT_EQ(scoring.Plan().Notes().size(), 1U);
+  scoring.Score({{"x1", "0.7"}, {"x2", "0.3"}, {"z", "5"}});
+  EXPECT_EQ(scoring.Number("a"), 5.0);
 }
 
 TEST(OutputFields, NumbersCostNoAllocation) {

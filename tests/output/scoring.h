@@ -40,9 +40,10 @@ inline std::string Edit(const std::string& text, const std::string& pattern,
 
 class Scoring {
  public:
-  explicit Scoring(const std::string& text)
+  explicit Scoring(const std::string& text,
+                   svmscore::LoadChecks checks = svmscore::LoadChecks::kRefuse)
       : loaded_(svmscore::LoadModel(svmscore::Plugin(SVMSCORE_PLUGIN_FILE),
-                                    svmscore::PmmlDocument::FromText(text, "test.pmml"))),
+                                    svmscore::PmmlDocument::FromText(text, "test.pmml"), checks)),
         record_(loaded_.active, true, ReplacesMissing()),
         scratch_(*loaded_.output, ReplacesMissing()) {}
 
@@ -105,9 +106,10 @@ class Scoring {
 };
 
 // How a document is refused: "CODE SENTENCE"; empty where it is not.
-inline std::string Refusal(const std::string& document) {
+inline std::string Refusal(const std::string& document,
+                           svmscore::LoadChecks checks = svmscore::LoadChecks::kRefuse) {
   try {
-    Scoring scoring(document);
+    Scoring scoring(document, checks);
   } catch (const MCZandor_850::SSException& error) {
     return std::to_string(error.GetErrorCode()) + " " + error.what();
   }
