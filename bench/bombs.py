@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""How long documents that blow up are looked at: bombs.py SVMSCORE
+"""How long it takes to refuse documents that would blow up: bombs.py SVMSCORE
 
 Has `describe` refuse each, nine times, and prints as Markdown the median of the processor time, in
-milliseconds, and the peak of resident memory. Exit status 1 where one is not refused, or takes more
+milliseconds, and the peak of resident memory. Exit status 1 if one is not refused, or takes more
 than 100 ms.
 """
 import os

@@ -2,9 +2,9 @@
 // the plain kernels and against the peak of this CPU's arithmetic, and prints a table in Markdown.
 //
 // All are measured in turn, round after round, in one thread, by the thread's own processor time:
-// clocks drift and other programs interfere, and what is measured side by side suffers alike. A
-// figure is the median over the rounds of the time of one case; a ratio the median over the rounds
-// of that round's ratio, with its quartiles.
+// clocks drift and other programs interfere, and this affects all parts of a round alike. A
+// figure is the median over the rounds of the time of one case; a ratio is the median over the
+// rounds of that round's ratio, with its quartiles.
 #include <time.h>
 
 #include <algorithm>
@@ -92,7 +92,7 @@ Part FunctionPart(const PackedInput& input, const packed::Operations* operations
           count};
 }
 
-// What the arithmetic of one case takes at the peak: each term of each vector, and the functions.
+// The time of one case's arithmetic at peak speed: each term of each vector, and the functions.
 std::string Share(const Workload& workload, const Part& batch, const Part& term,
                   const Part& function) {
   std::vector<double> shares;

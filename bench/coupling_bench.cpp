@@ -1,4 +1,4 @@
-// What coupling costs beside the rest of scoring: Google Benchmark, nanoseconds a case.
+// What coupling costs compared with the rest of scoring: Google Benchmark, nanoseconds per case.
 #include <benchmark/benchmark.h>
 
 #include <cmath>

@@ -2,10 +2,10 @@
 """How much memory and time a document takes: document_memory.py SVMSCORE [MEGABYTES]
 
 Writes documents of several shapes, each of about that size (20 MB), has `describe` and `score` load
-them, and prints as Markdown the peak of resident memory over the size of the document, less what
-the program takes for a document of no size, and the seconds that `describe` took. Records and
-classes of which there are many are examined by `doctor` as well, whose seconds follow. The last
-shapes are as hard for the parser as the usual limits let them be.
+them, and prints as Markdown the peak of resident memory divided by the size of the document, without
+the memory for an empty document, and the seconds that `describe` took. Documents of many records or
+classes are also examined by `doctor`, whose seconds follow. The last shapes are as hard for the
+parser as the default limits allow.
 """
 import os
 import pathlib
@@ -63,7 +63,7 @@ def inline_table():
 
 
 def nested(tag, content):
-    """The tag stands numbered on the first 990 levels."""
+    """Elements 1,900 deep; the first 990 are the numbered tag."""
     return ("".join(tag.format(i) if i < 990 else "<a>" for i in range(1900)) + content
             + "</a>" * 1900)
 
@@ -150,7 +150,7 @@ def peak(command, path):
     arguments = [program, command, str(path)] + (["/dev/null"] if command == "score" else [])
     child = subprocess.Popen(arguments, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     _, status, usage = os.wait4(child.pid, 0)
-    # Without cases, score loads and then says so; doctor tells of what it finds.
+    # Without cases, score loads the model and then fails; doctor may report findings.
     if os.waitstatus_to_exitcode(status) not in (0, 1 if command == "doctor" else 5):
         raise SystemExit(f"{command} {path}: status {status}")
     return usage.ru_maxrss * 1024, time.perf_counter() - start

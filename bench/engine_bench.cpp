@@ -1,5 +1,6 @@
 // What one case costs as models grow: Google Benchmark, with the time of one term (one field of one
-// vector) or of one vector beside each time. Straight lines show as equal times of a term.
+// vector) or of one vector next to each time. Where cost grows linearly, the time per term is
+// constant.
 #include <benchmark/benchmark.h>
 
 #include <random>

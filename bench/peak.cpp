@@ -16,7 +16,7 @@ using D8 = double __attribute__((vector_size(64), may_alias));
 #pragma GCC diagnostic ignored "-Wpsabi"
 #endif
 
-// What each round reads anew.
+// Read again in each round.
 alignas(64) double entries[kVectors * 8] = {0.5, 0.125, 0.375, 0.625};
 
 // Inlined into functions of an instruction set, whose registers they then use. The sums are
@@ -38,7 +38,7 @@ template <class D, bool kDistance>
   const D y = D{} + 0.75;
   D x0 = {}, x1 = {}, x2 = {}, x3 = {}, y0 = {}, y1 = {}, y2 = {}, y3 = {};
   for (std::size_t round = 0; round < rounds; ++round) {
-    asm volatile("" : : "r"(entries) : "memory");  // or the terms would be formed once
+    asm volatile("" : : "r"(entries) : "memory");  // else the terms would be computed only once
     const D* v = reinterpret_cast<const D*>(entries);
     Term<D, kDistance>(x0, x, v[0]);
     Term<D, kDistance>(y0, y, v[0]);

@@ -1,4 +1,4 @@
-// What this CPU's arithmetic can do at best, measured in the same run as what is compared with it.
+// The peak speed of this CPU's arithmetic, measured in the same run as the code compared with it.
 #ifndef BENCH_PEAK_H_
 #define BENCH_PEAK_H_
 
@@ -8,9 +8,9 @@
 
 namespace bench {
 
-// Forms `rounds` * PeakTerms() terms of a distance (subtract, multiply, add) or of a product
-// (multiply, add) in registers, in as many independent sums as hide the latencies. Returns their
-// sum, so that they are formed.
+// Computes `rounds` * PeakTerms() terms of a distance (subtract, multiply, add) or of a product
+// (multiply, add) in registers, in enough independent sums to hide the latencies. Returns their
+// sum, so that they are not optimised away.
 double DistanceTerms(MCSVM_700::packed::Isa isa, std::size_t rounds);
 double ProductTerms(MCSVM_700::packed::Isa isa, std::size_t rounds);
 std::size_t TermsOfARound(MCSVM_700::packed::Isa isa);

@@ -1,6 +1,6 @@
 // vector_functions [MILLIONS [SEED]]: compares the vector forms of exp, tanh and pow with the C
 // library's functions on that many million random arguments each, 100 by default, and prints how
-// many bits patterns differ. Exit status 1 where one does.
+// many bit patterns differ. Exit status 1 if one does.
 #include <bit>
 #include <cmath>
 #include <cstdio>
@@ -18,7 +18,8 @@ constexpr std::size_t kChunk = 4096;
 
 std::mt19937_64 bits;
 
-// Half of the numbers uniform over [-reach, reach], the other half of any size from 2^-70 to reach.
+// Half of the numbers uniform over [-reach, reach], the others of any magnitude from 2^-70 to
+// reach.
 void Fill(std::vector<double>& numbers, double reach) {
   const auto unit = [] { return static_cast<double>(bits() >> 11) * 0x1p-53; };
   const double octaves = std::log2(reach) + 70.0;

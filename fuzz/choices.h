@@ -9,14 +9,14 @@
 
 namespace svmscore::fuzz {
 
-// The same bytes always decide the same. When they have run out every decision is the first one, so
-// that whatever is built from them comes to an end.
+// The same bytes always give the same decisions. Once they have run out every decision is the first
+// choice, so that whatever is built from them comes to an end.
 class Choices {
  public:
   Choices(const std::uint8_t* data, std::size_t size) : next_(data), left_(size) {}
 
-  // Takes the last `part` of the `whole` off: what is decided with those stays the same while
-  // the others change.
+  // Splits off the last `part` in `whole` of the bytes: decisions made with those stay the same
+  // while the other bytes change.
   Choices SplitOff(std::size_t part, std::size_t whole);
 
   bool IsEmpty() const { return left_ == 0; }
@@ -39,11 +39,11 @@ class Choices {
   std::size_t left_;
 };
 
-// A number as text: mostly small ones, now and then one at an edge of some type, or no number.
+// A number as text: mostly a small one, sometimes one at the edge of some type, or not a number.
 std::string NumberText(Choices& choices);
-// A number that arithmetic may stumble over, or an ordinary one.
+// A number that arithmetic may have trouble with, or an ordinary one.
 double OddNumber(Choices& choices);
-// A text of a vocabulary that documents, cases and patterns share, or of a few letters.
+// A word from a vocabulary that documents, cases and patterns share, or a few letters.
 std::string Word(Choices& choices);
 
 }  // namespace svmscore::fuzz

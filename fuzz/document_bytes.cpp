@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace svmscore::fuzz;
   const TimeLimit limit;
-  // What stands at the end of a document decides its cases as well.
+  // The end of the document also decides its cases.
   Choices cases = Choices(data, size).SplitOff(1, 4);
   PutThrough({reinterpret_cast<const char*>(data), size}, cases);
   return 0;

@@ -1,4 +1,4 @@
-// An input that never ends: what the other programs here rely on must report it.
+// An input that never ends, to test that the time limit of the other programs reports it.
 #include <cstddef>
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-// The packed engine beside the plain kernels, for models and cases of any shape.
+// The packed engine against the plain kernels, for models and cases of any shape.
 #include "fuzz/choices.h"
 #include "fuzz/promise.h"
 #include "fuzz/time_limit.h"
@@ -13,7 +13,7 @@ namespace packed = MCSVM_700::packed;
 
 constexpr std::size_t kMostProducts = 40000;
 
-// A vector whose positions ascend, or else whatever comes.
+// A vector whose positions ascend, or are arbitrary.
 void AddVector(sample::Model& model, Choices& choices) {
   std::vector<int> positions;
   std::vector<double> entries;
@@ -59,7 +59,7 @@ sample::Model MakeModel(Choices& choices) {
     model.degree = choices.Half() ? static_cast<double>(choices.Below(10)) : OddNumber(choices);
   }
   model.fields = Size(choices);
-  // Vectors are given out of a few bytes: the inputs stay short, and the vectors share values.
+  // Vectors are made from a few bytes: inputs stay short, and the vectors share values.
   const std::size_t different = 1 + choices.Below(6);
   const std::size_t vectors = Size(choices);
   for (std::size_t v = 0; v < vectors; ++v) {
@@ -74,7 +74,7 @@ sample::Model MakeModel(Choices& choices) {
   return model;
 }
 
-// As many as keep an input to some milliseconds.
+// Few enough that an input takes some milliseconds.
 sample::Cases MakeCases(const sample::Model& model, Choices& choices) {
   const std::size_t most = 1 + kMostProducts / (1 + model.fields * model.positions.size());
   sample::Cases cases{model.fields, 1 + Size(choices) % most, {}};
@@ -95,7 +95,7 @@ void Compare(const sample::Model& model, const sample::Cases& cases, bool with_w
   for (const Isa isa : {Isa::kSse2, Isa::kAvx2, Isa::kAvx512}) {
     if (CpuHas(isa)) check(NameOf(isa), packed::OperationsOf(isa));
   }
-  // The forms of AVX-512 by AVX2 take longer than all the others.
+  // The AVX-512 forms emulated by AVX2 take longer than all the others.
   if (with_wide && CpuHas(Isa::kAvx2)) check("avx512_by_avx2", &packed::WideOperations());
 }
 

@@ -59,7 +59,7 @@ tools::CaseFiles MakeCaseFiles(const LoadedModel& loaded, Choices& choices) {
   cases.name = "cases";
   cases.header = NamesFor(loaded);
   cases.rows = MakeRows(loaded, cases.header, 1 + choices.Below(kMostExplained), choices);
-  // Of a model without inputs a row is empty, which is no row of a table.
+  // For a model without inputs a row would be empty, and so not a row of a table.
   if (cases.header.empty()) cases.rows.clear();
   TextTable scores = Scores(loaded, cases, choices);
   if (!choices.Rarely()) Spoil(scores, choices);

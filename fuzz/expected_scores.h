@@ -1,4 +1,4 @@
-// What cases should score, made from what they do score.
+// Expected scores of cases, made from their actual scores.
 #ifndef FUZZ_EXPECTED_SCORES_H_
 #define FUZZ_EXPECTED_SCORES_H_
 
@@ -8,8 +8,8 @@
 
 namespace svmscore::fuzz {
 
-// A few cases and their scores, some of them spoilt in the ways that doctor tells apart: columns
-// that have changed places, signs, offsets and scales, single cells.
+// A few cases and their scores, some of them spoilt in the ways that doctor distinguishes: columns
+// swapped, signs, offsets and scales changed, single cells altered.
 tools::CaseFiles MakeCaseFiles(const LoadedModel& loaded, Choices& choices);
 
 }  // namespace svmscore::fuzz

@@ -61,7 +61,7 @@ void Fill(InputCaseRecord& record, Choices choices) {
   }
 }
 
-// The same case computed by positions, again, and by names comes to the same bits.
+// The same case, computed by position, once more, and by name, gives the same bits.
 void Compute(const TransformationDictionary& derived, const ScoreDictionary& inputs,
              Choices& choices) {
   std::vector<const ScoreDictVar*> variables;

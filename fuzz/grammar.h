@@ -1,4 +1,4 @@
-// Documents as a grammar: mostly right ones, with something odd in them now and then.
+// A grammar of documents: mostly correct ones, with something odd in them now and then.
 #ifndef FUZZ_GRAMMAR_H_
 #define FUZZ_GRAMMAR_H_
 

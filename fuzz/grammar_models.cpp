@@ -29,14 +29,14 @@ constexpr std::array<std::string_view, 13> kFeatures = {"predictedValue",
 constexpr std::array<std::string_view, 6> kResultTypes = {"double", "string", "integer",
                                                           "double", "float",  "boolean"};
 
-// What the parts of a model have to know of one another.
+// What the parts of a model have to know about one another.
 struct Shape {
   bool classification;
   bool pairs;  // one against one
   bool coefficients;
   Names classes;
   Names inputs;   // fields of the dictionary
-  Names numbers;  // what vector fields may name
+  Names numbers;  // fields that vector fields may name
   std::size_t fields = 0;
   std::size_t vectors = 0;
 };

@@ -1,4 +1,4 @@
-// A file that lives in memory only, for code that takes a path.
+// A file that exists only in memory, for code that takes a path.
 #ifndef FUZZ_MEMORY_FILE_H_
 #define FUZZ_MEMORY_FILE_H_
 

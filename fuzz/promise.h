@@ -1,4 +1,4 @@
-// What a fuzzer holds the system to.
+// Checks on the promises that a fuzzer tests.
 #ifndef FUZZ_PROMISE_H_
 #define FUZZ_PROMISE_H_
 

@@ -36,8 +36,8 @@ LoadedModel LoadAgain(const std::string& document, LoadChecks checks) {
   return LoadModel(ThePlugin(), PmmlDocument::FromText(document, kName), checks);
 }
 
-// A model of its own: the first case fixes how all later ones must be laid out, and the document's
-// verification has had it.
+// Loads a model of its own: the first case fixes the layout of all later ones, and in the other
+// model that was a case of the document's verification.
 void Score(const std::string& document, Choices& choices) {
   const LoadChecks checks = choices.Half() ? LoadChecks::kStrict : LoadChecks::kRefuse;
   try {
@@ -48,7 +48,7 @@ void Score(const std::string& document, Choices& choices) {
   }
 }
 
-// With scores to explain where there are any.
+// Also explains expected scores where there are any.
 void Examine(const tools::OpenedDocument& opened, tools::DocumentSource& source,
              const std::string& document, Choices& choices) {
   std::optional<tools::CaseFiles> files;

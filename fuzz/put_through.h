@@ -1,4 +1,4 @@
-// A document on all ways through the system.
+// Puts a document through everything that the system does with one.
 #ifndef FUZZ_PUT_THROUGH_H_
 #define FUZZ_PUT_THROUGH_H_
 

@@ -1,4 +1,5 @@
-// Runs a fuzzer's function on files, without the engine that makes inputs up: replay FILE|FOLDER...
+// Runs a fuzzer's function on files, without the engine that generates inputs: replay
+// FILE|FOLDER...
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -28,10 +29,10 @@ int main(int argc, char** argv) {
     std::ifstream file(path, std::ios::binary);
     if (!file) return 2;
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    // Its own memory, so that a sanitizer sees a read beyond the end.
+    // A buffer of its own, so that a sanitizer detects a read beyond the end.
     const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
     LLVMFuzzerTestOneInput(input.data(), input.size());
   }
-  // No input at all would prove nothing.
+  // Without any input nothing would be tested.
   return files.empty() ? 2 : 0;
 }

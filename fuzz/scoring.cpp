@@ -34,7 +34,7 @@ bool IsSame(const transform::Value& a, const transform::Value& b) {
   return a.IsText() ? a.GetText() == b.GetText() : IsSame(a.GetNumber(), b.GetNumber());
 }
 
-// "" where the outcomes are the same, else in what they differ.
+// "" if the outcomes are the same, else where they differ.
 std::string Difference(const Outcome& a, const Outcome& b, const ScoreDictVar& target) {
   if (a.status != b.status) return "status";
   if (a.ending != b.ending) return "ending";
@@ -172,7 +172,7 @@ void ScoreCases(const LoadedModel& loaded, Choices& choices) {
   app::CaseBlock block;
   block.rows.text = CsvOf(rows);
   scorer.Score(block);
-  // Of a model without inputs a row is empty, which is an error.
+  // For a model without inputs a row is empty, which is an error.
   if (names.empty()) return;
   Promise(!block.error, "the rows are read");
   Promise(block.tally.cases == rows.size(), "every case is counted");

@@ -1,4 +1,4 @@
-// Scoring under scrutiny: what the fuzzers of documents and of tables share.
+// Scoring with checks, shared by the fuzzers of documents and of tables.
 #ifndef FUZZ_SCORING_H_
 #define FUZZ_SCORING_H_
 
@@ -27,7 +27,7 @@ struct RunOptions {
 // Also sets the model's own options.
 RunOptions ChooseOptions(MCZandor_850::ScoreModel& model, Choices& choices);
 
-// As the program makes it of a header; throws its Failure. `loaded` must outlive the plan.
+// Made from a header as the program does; throws its Failure. `loaded` must outlive the plan.
 app::ScoringPlan PlanOf(const LoadedModel& loaded, const std::vector<std::string_view>& header,
                         const RunOptions& options);
 

@@ -23,7 +23,7 @@ using app::CsvError;
 using app::CsvRows;
 using app::ScoringPlan;
 
-// What a run writes, and how it ends.
+// The output of a run, and how it ended.
 struct Written {
   std::string text;
   std::uint64_t cases = 0;

@@ -9,7 +9,7 @@
 namespace svmscore::fuzz {
 namespace {
 
-// Only what a signal may interrupt anything for.
+// Calls only functions that are allowed in a signal handler.
 void EndProcess(int) {
   constexpr char kText[] = "broken promise: an input takes no more than its processor time\n";
   if (write(STDERR_FILENO, kText, sizeof kText - 1) < 0) _exit(1);

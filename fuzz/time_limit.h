@@ -4,12 +4,13 @@
 
 namespace svmscore::fuzz {
 
-// Ten times what the slowest input takes under the sanitizers, by itself. It is the process's own
-// time that counts, so that a busy machine makes no finding.
+// Ten times what the slowest input takes under the sanitizers, on an idle machine. The process's
+// own processor time is counted, so that a busy machine does not cause findings.
 inline constexpr int kSecondsForAnInput = 120;
 
-// One at a time. When the process, with all its threads, has used so many seconds of processor time
-// since, says so and ends it as any other fault would: the engine keeps the input.
+// Once the process, with all its threads, has used that many seconds of processor time since this
+// was made, says so and ends the process as any other fault would, so that the engine keeps the
+// input. Only one may exist at a time.
 class TimeLimit {
  public:
   explicit TimeLimit(int seconds = kSecondsForAnInput);

@@ -36,7 +36,7 @@ void Write(const Node& node, std::string& out) {
   out += '<' + node.name;
   for (std::size_t i = 0; i < node.attributes.size(); ++i) {
     const auto& [name, value] = node.attributes[i];
-    // A second attribute of the same name would only stop the parser.
+    // A second attribute of the same name would only be a parse error.
     const auto same = [&key = name](const auto& other) { return other.first == key; };
     if (std::any_of(node.attributes.begin(), node.attributes.begin() + static_cast<long>(i),
                     same)) {

@@ -1,4 +1,4 @@
-// Elements of a document to be, as plain values.
+// The elements of a document, as plain values.
 #ifndef FUZZ_TREE_H_
 #define FUZZ_TREE_H_
 
@@ -21,15 +21,15 @@ struct Node {
     attributes.emplace_back(attribute, std::move(value));
     return *this;
   }
-  // The new child stays where it is until the next is added.
+  // The reference is valid until the next child is added.
   Node& Add(Node child) { return children.emplace_back(std::move(child)); }
   Node& Add(const std::string& element) { return children.emplace_back(element); }
 };
 
 std::string XmlOf(const Node& root);
 
-// Damages a few elements below the root: drops, doubles, swaps and nests them, renames them and
-// their attributes, and gives attributes and texts other values. Keeps the tree small.
+// Damages a few elements below the root: removes, doubles, swaps and nests them, renames them and
+// their attributes, and changes the values of attributes and texts. Keeps the tree small.
 void Mutate(Node& root, Choices& choices);
 
 }  // namespace svmscore::fuzz

@@ -1,4 +1,4 @@
-// Where a virtual operation stands in its class's table of operations.
+// The position of a virtual operation in its class's table of operations.
 #ifndef TESTS_SLOT_ORDER_H_
 #define TESTS_SLOT_ORDER_H_
 

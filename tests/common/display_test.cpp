@@ -15,7 +15,7 @@ using namespace MCDisplay_850;  // NOLINT: what is tested
 
 const double kMiss = MCCommon_850::MCMV::Missing();
 
-// What `write` writes to the diagnostic stream.
+// The text that `write` writes to the diagnostic stream.
 std::string Shown(const std::function<void()>& write) {
   std::ostringstream os;
   const ScopedOutStream redirected(os);
@@ -43,7 +43,7 @@ TEST(Display, TimeStampIsTheLocalTime) {
   EXPECT_TRUE(shown.starts_with("\nt: " + before) || shown.starts_with("\nt: " + Today())) << shown;
 }
 
-// One of each layout: all others are made of the same pieces.
+// One of each layout; all others are combinations of these.
 TEST(Display, LinesOfEachKind) {
   std::vector<double> numbers(11, 1);
   numbers[10] = kMiss;
@@ -70,7 +70,7 @@ TEST(Display, LinesOfEachKind) {
          DisplayVPD("p", {{0.5, kMiss}});
        },
        "\np (size = 1)\n(0.5,miss) "},
-      // More rows claimed than elements there.
+      // More rows than there are elements for.
       {[] {
          DisplayDVTRS({1, 2}, 5);
        },

@@ -1,4 +1,4 @@
-// The plug-in as a host meets it: loaded by its file, known by two names.
+// The plug-in as a host sees it: loaded from its file, with two exported names.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -53,7 +53,7 @@ TEST_F(PluginTest, ItsExceptionsAreTheHosts) {
   }
 }
 
-// Blanks and odd wording belong to the texts.
+// Blanks and odd wording are intended.
 TEST(MessagesTest, TextsAreExactlyThese) {
   const std::string classification = "functionName could be either classification" +
                                      std::string(12, ' ') +

@@ -21,7 +21,7 @@ struct Field {
     stats->SetMissingReplacement(&value);
     var.SetVarStats(stats);
   }
-  // What models see of a cell: its number or text, or that it is missing or invalid.
+  // A cell as models see it: its number or text, or that it is missing or invalid.
   std::string Read(const char* cell, bool replace = true) {
     var.SetTreatment(treatment);
     InputCaseRecord record({&var}, true, replace);
@@ -76,7 +76,7 @@ TEST(InputCaseRecord, ListedValuesCloseTheSetAndCompareByType) {
   EXPECT_EQ(numbers.Read("1.0"), "1");
   EXPECT_EQ(numbers.Read("2"), "invalid");
   Field texts(OpType::kCategorical, DataType::kString);
-  // One that is learnt later does not close the set.
+  // A category that is added later does not close the set.
   texts.var.AddCategory(StringValue("a"), "a");
   texts.var.AddCategory(StringValue("a"), "a");
   EXPECT_EQ(texts.var.GetCategoryCount(), 1);
@@ -89,7 +89,7 @@ TEST(InputCaseRecord, ListedValuesCloseTheSetAndCompareByType) {
 TEST(InputCaseRecord, ReplacesMissingOnlyWhereAsked) {
   Field field;
   field.var.DeclareInterval({0.0, 1.0, true, true});
-  field.ReplaceMissing(NumericValue(20.0));  // outside the interval, and taken all the same
+  field.ReplaceMissing(NumericValue(20.0));  // outside the interval, but used all the same
   field.var.DeclareMissing("-1");
   field.var.DeclareMissing("20");
   EXPECT_EQ(field.Read("-1"), "20");
@@ -117,7 +117,7 @@ TEST(InputCaseRecord, TreatsInvalidValuesAsDeclared) {
   field.treatment.invalid = Invalid::kAsValue;
   field.treatment.invalid_replacement = std::make_shared<StringValue>("other");
   EXPECT_EQ(field.Read("odd"), "other");
-  // What is no number is nothing to take as it is, and nothing to replace.
+  // A text that is not a number can neither be taken as it is nor be limited.
   Field number;
   number.ReplaceMissing(NumericValue(1.0));
   number.treatment.invalid = Invalid::kAsIs;

@@ -81,7 +81,7 @@ TEST(ParseDictionary, RefusesWhatTheStandardDoesNotKnow) {
       {x, "name='x' outliers='asExtremeValues'", code::kAttributeMissing},
       {DataField("x", "categorical", "boolean"), "name='x' missingValueReplacement='abc'",
        code::kBadValue},
-      {x, "name='x' missingValueReplacement='abc'", 0},  // the translator's to read
+      {x, "name='x' missingValueReplacement='abc'", 0},  // left to the translator
       {x, "name='x' invalidValueTreatment='asValue'", code::kAttributeMissing},
       {x, "name='other' outliers='odd'", 0},
   };
@@ -106,7 +106,7 @@ TEST(ParseDictionary, AppliesTheMiningSchema) {
   EXPECT_EQ(d["x"].GetTypeCode(), 3);
   EXPECT_EQ(d["x"].GetTreatment().low, 1.0);
   EXPECT_EQ(d["z"].GetTreatment().outliers, FieldTreatment::Outliers::kAsMissing);
-  // Categories lie nowhere.
+  // Categories have no outliers.
   EXPECT_EQ(d["x"].GetTreatment().outliers, FieldTreatment::Outliers::kAsIs);
   EXPECT_EQ(d["x"].GetTreatment().invalid, FieldTreatment::Invalid::kAsMissing);
   ASSERT_NE(d["b"].GetMissingReplacement(), nullptr);

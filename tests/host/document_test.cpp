@@ -14,7 +14,7 @@ namespace {
 using MCZandor_850::SSException;
 using testing::StartsWith;
 
-// Code, place and sentence with which reading fails.
+// The code, place and sentence with which reading fails.
 template <typename Read>
 std::string Failure(Read read) {
   try {

@@ -1,4 +1,4 @@
-// Documents that ask for too much, and documents that point at something outside.
+// Documents that ask for too much, and documents that refer to something outside.
 #include "host/xml/limits.h"
 
 #include <array>
@@ -134,7 +134,7 @@ TEST(Limits, TravelWithTheDocument) {
   EXPECT_EQ(LimitsOf(nullptr).entries, Limits{}.entries);
 }
 
-// The beginning, and then blanks for ever.
+// The beginning, and then blanks forever.
 class Endless : public std::streambuf {
  public:
   explicit Endless(std::string beginning) : beginning_(std::move(beginning)) {}
@@ -173,7 +173,7 @@ TEST(Limits, EndAnEndlessStream) {
   }
 }
 
-// Notices who opens a file, and who connects to a port of this machine.
+// Detects that a file is opened, or a port of this machine connected to.
 class Trap {
  public:
   Trap() {
@@ -201,7 +201,7 @@ class Trap {
     return {"file://" + path_, path_,
             "http://127.0.0.1:" + std::to_string(ntohs(address_.sin_port)) + "/x"};
   }
-  // Whether it has sprung since the last call.
+  // Whether that has happened since the last call.
   bool Sprung() {
     std::array<char, 4096> events;
     const bool opened = read(opened_, events.data(), events.size()) > 0;
@@ -230,9 +230,9 @@ TEST(Outside, IsNeverOpenedNorAsked) {
   ASSERT_TRUE(trap.Sprung()) << "the trap must notice a connection";
   const std::string schema = "<a xmlns:s='http://www.w3.org/2001/XMLSchema-instance' s:";
   const struct {
-    std::string before;  // what stands around the target
+    std::string before;  // what surrounds the target
     std::string after;
-    std::string code;  // empty: it is read, for what it points at is nobody's concern
+    std::string code;  // empty: the document is read, and the reference ignored
   } cases[] = {
       {"<!DOCTYPE a SYSTEM '", "'><a>&x;</a>", "260302"},
       {"<!DOCTYPE a SYSTEM '", "'><a b='&x;'/>", "260302"},

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-// That no locale has a say shows when the tests run in one with a decimal comma.
+// That the locale has no influence is tested by running this in one with a decimal comma.
 TEST(ParseNumber, TakesTheXmlGrammarAndNothingElse) {
   EXPECT_EQ(ParseNumber(" 2.5e-1\n"), 0.25);
   EXPECT_EQ(ParseNumber("+7."), 7.0);

@@ -39,7 +39,7 @@ TEST(Kernels, SparseSumsCountEveryEntryOnce) {
   const Sparse b{{3, 4}, {5, 1}};
   EXPECT_DOUBLE_EQ(Evaluate(SVMKFRBF(0.25), a, b), std::exp(-0.25 * 11));
   EXPECT_DOUBLE_EQ(Evaluate(SVMKFRBF(0.25), b, a), std::exp(-0.25 * 11));
-  // What is left over in either list counts.
+  // The rest of the longer list counts, too.
   EXPECT_DOUBLE_EQ(Evaluate(SVMKFRBF(1), {{0, 1, 8}, {1, 1, 2}}, {{0}, {1}}), std::exp(-5.0));
   EXPECT_DOUBLE_EQ(Evaluate(SVMKFRBF(1), kEmpty, {{2, 9}, {1, 1}}), std::exp(-2.0));
 }

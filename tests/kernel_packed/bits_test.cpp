@@ -27,7 +27,7 @@ class PackedBits : public LevelTest {
   }
 };
 
-// One of each kernel in each storage, and no machine.
+// Each kernel in each storage, without machines.
 std::vector<Model> RandomModels(std::size_t fields, std::size_t vectors, double fill,
                                 Random& random) {
   std::vector<Model> models;
@@ -75,8 +75,8 @@ TEST_P(PackedBits, ForEveryNumberOfCases) {
   }
 }
 
-// Machines that share vectors in one order, in orders that contradict one another, that leave
-// vectors out, use one twice, have none or have coefficients of 0.
+// Machines that share vectors in one order or in contradicting orders, that omit vectors, use one
+// twice, have none or have coefficients of 0.
 TEST_P(PackedBits, HoweverMachinesShareVectors) {
   Random random(3);
   for (const double left_out : {0.0, 0.1, 0.5, 0.95}) {
@@ -116,7 +116,8 @@ TEST_P(PackedBits, OfVectorsThatCannotBePacked) {
   }
 }
 
-// Each odd value in a case of its own beside ordinary ones, so that a wrong lane would show.
+// Each odd value in a case of its own between ordinary ones, so that a wrong lane would be
+// detected.
 TEST_P(PackedBits, OfCasesWithOddNumbers) {
   Random random(6);
   const double odd[] = {0.0, -0.0, 5e-324, -2e-310, 1e-160, 1e160, -1.7e308, kInfinity, -kInfinity};
@@ -138,7 +139,7 @@ TEST_P(PackedBits, OfCasesWithOddNumbers) {
   }
 }
 
-// No sum may turn into -0.0 or lose one.
+// No sum may become -0.0 or lose that sign.
 TEST_P(PackedBits, OfNegativeZeros) {
   Random random(7);
   for (Model& model : RandomModels(3, 0, 0.0, random)) {

@@ -63,7 +63,7 @@ TEST_P(Engine, GoesPlainWhereTheSelfCheckFails) {
 TEST_P(Engine, ServesManyThreads) {
   Random random(3);
   Model model = ThreeClasses(random);
-  model.AddVector({5, 2}, {0.5, 0.25});  // so that the plain kernels take part
+  model.AddVector({5, 2}, {0.5, 0.25});  // so that the plain kernels are used as well
   AddMachineOfAll(model, random);
   const Cases cases = RandomCases(12, 101, 1.0, random);
   const std::vector<double> expected = ByDefinition(model, cases);
@@ -84,7 +84,7 @@ TEST_P(Engine, ServesManyThreads) {
   for (const auto& decisions : found) EXPECT_EQ(sample::Difference(expected, decisions), "");
 }
 
-// One scratch goes from engine to engine, larger and smaller, dense, sparse and with chains.
+// One scratch is used by several engines, larger and smaller, dense, sparse and with chains.
 TEST_P(Engine, SharesAScratchWithOthers) {
   Random random(4);
   PackedScratch scratch;
@@ -118,8 +118,8 @@ TEST(Storage, FollowsTheFill) {
   EXPECT_FALSE(sparse(5, 0.01));
 }
 
-// Vectors of two machines in the order that both need, found although the first machine alone would
-// place 3 last; and what happens where there is none.
+// Vectors of two machines in the order that both need, which is found although the first machine
+// alone would place 3 last; and what happens where there is no such order.
 TEST(Pool, KeepsTheOrderOfEveryMachine) {
   using testing::ElementsAre;
   const std::vector<double> ones(4, 1.0);

@@ -23,7 +23,7 @@ class VectorFunctions : public LevelTest {
   }
 };
 
-// Uniform, of every size, and next to the ends of what the vector forms cover.
+// Uniform, of every magnitude, and near the ends of the ranges that the vector forms cover.
 std::vector<double> Arguments(double reach) {
   Random random(7);
   std::vector<double> arguments = {0.0, 5e-324, std::numeric_limits<double>::max(), INFINITY, NAN};
@@ -83,7 +83,7 @@ TEST_P(VectorFunctions, AreInUse) {
   }
 }
 
-// A library whose last bit differs once in a while must be noticed, and then be called.
+// A library whose last bit differs once in a while must be detected, and then be called.
 TEST_P(VectorFunctions, AreLeftAsideWhereTheLibraryDiffers) {
   Operations other = *operations();
   other.exp = [](const double* in, double* out, std::size_t count) {

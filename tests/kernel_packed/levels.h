@@ -1,4 +1,4 @@
-// Runs a test once for every instruction set. Those that this CPU lacks show up as skipped, by
+// Runs a test once for every instruction set. Those that this CPU lacks are reported as skipped, by
 // name.
 #ifndef TESTS_KERNEL_PACKED_LEVELS_H_
 #define TESTS_KERNEL_PACKED_LEVELS_H_

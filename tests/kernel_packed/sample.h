@@ -1,4 +1,4 @@
-// Models and cases made up for the tests, and what the plain kernels make of them.
+// Models and cases generated for the tests, and their results by the plain kernels.
 #ifndef TESTS_KERNEL_PACKED_SAMPLE_H_
 #define TESTS_KERNEL_PACKED_SAMPLE_H_
 
@@ -29,7 +29,7 @@ struct Machine {
   double offset = 0.0;
 };
 
-// Owns what the views of its input point to.
+// Owns what the views in its input point to.
 struct Model {
   MCSVM_700::packed::KernelFunctionType form = MCSVM_700::packed::KernelFunctionType::kLinear;
   double gamma = 0.7;
@@ -53,8 +53,8 @@ Model RandomModel(MCSVM_700::packed::KernelFunctionType form, std::size_t fields
                   std::size_t vectors, double fill, Random& random);
 // One machine that uses all vectors in order.
 void AddMachineOfAll(Model& model, Random& random);
-// One machine for each pair of classes, as one-against-one has it: the vectors of the one class,
-// then those of the other. A machine leaves a vector out with the given chance.
+// One machine for each pair of classes, as in one-against-one: the vectors of one class, then those
+// of the other. A machine omits each vector with the given probability.
 void AddPairwiseMachines(Model& model, std::size_t classes, double left_out, Random& random);
 
 // Cases in columns: entry f of case c is [f * count + c].
@@ -71,14 +71,14 @@ Cases RandomCases(std::size_t fields, std::size_t count, double fill, Random& ra
 std::vector<double> ByDefinition(const Model& model, const Cases& cases);
 
 enum class Nan { kExact, kAnyNan };
-// "" where all bits are equal, else what differs first.
+// "" if all bits are equal, else the first difference.
 std::string Difference(const std::vector<double>& expected, const std::vector<double>& found,
                        Nan nan = Nan::kExact);
-// Difference for the engine on all cases at once and one by one. Where infinities cancel, which NaN
-// comes out is the compiler's choice.
+// Difference for the engine on all cases at once and one by one. Where infinities cancel, the
+// compiler decides which NaN results.
 std::string EngineDifference(const Model& model, const Cases& cases,
                              const MCSVM_700::packed::Operations* operations);
-// The same, where ByDefinition has been called already.
+// The same, with the result of ByDefinition given.
 std::string EngineDifference(const Model& model, const Cases& cases,
                              const std::vector<double>& expected,
                              const MCSVM_700::packed::Operations* operations);

@@ -1,5 +1,5 @@
-// SIMDe spells the intrinsics in terms of what the compiler's flags allow; here that is not
-// AVX-512.
+// SIMDe implements the intrinsics with the instructions that the compiler's flags allow, here
+// without AVX-512.
 #define SIMDE_ENABLE_NATIVE_ALIASES
 #include <simde/x86/avx512.h>
 #include <simde/x86/fma.h>
@@ -15,7 +15,7 @@
 
 namespace {
 
-// The one that SIMDe lacks.
+// An intrinsic that SIMDe lacks.
 template <int kScale>
 simde__m512d Gather(simde__m512i positions, const double* table) {
   static_assert(kScale == sizeof(double));
@@ -26,7 +26,7 @@ simde__m512d Gather(simde__m512i positions, const double* table) {
   return simde_mm512_loadu_pd(value);
 }
 
-// SIMDe's own takes an `or` of modes for something else, lacking parentheses.
+// SIMDe's own misreads an `or` of modes, because it lacks parentheses.
 template <int kMode>
 simde__m512d RoundScale(simde__m512d a) {
   return simde_mm512_roundscale_pd(a, kMode);

@@ -1,5 +1,5 @@
-// The packed forms of AVX-512, file and all, with each of its instructions put together from those
-// of AVX2: tested wherever there is AVX2.
+// The packed forms of AVX-512, from the same source file, with each instruction emulated by those
+// of AVX2, so that they are tested on every machine with AVX2.
 #ifndef TESTS_KERNEL_PACKED_WIDE_H_
 #define TESTS_KERNEL_PACKED_WIDE_H_
 

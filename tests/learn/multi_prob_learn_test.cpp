@@ -16,7 +16,7 @@ using MCSVM_700::SVMMultiProbLearn;
 using Vector = std::vector<double>;
 using Rows = std::vector<Vector>;
 
-// Counts how often it is asked; says yes from the given time on.
+// Counts how often it is asked; says yes from the given call on.
 class Query : public MCCommon_850::MCQueryCancel {
  public:
   explicit Query(int cancel_at = 1000) : cancel_at_(cancel_at) {}
@@ -88,8 +88,8 @@ TEST(Learner, EndsWithinTheStoppingBoundOfTheMinimum) {
   }
 }
 
-// The first sweep's outcome was worked out in exact fractions. Leaving the quadratic form as it was
-// at the start of the sweep, or normalising once a sweep, changes the second digit.
+// The first sweep's result was computed in exact fractions. Keeping the quadratic form of the start
+// of the sweep, or normalising only once in a sweep, changes the second digit.
 TEST(Learner, CancelledBeforeASweepKeepsTheOneBefore) {
   const Vector expected[] = {Vector(3, 1.0 / 3),
                              {0.6658266317485471, 0.2248338643610145, 0.10933950389043846}};
@@ -113,7 +113,7 @@ TEST(Learner, CountsItsSweepsAndStartsAnew) {
     const char* name;
     Rows q;
     int sweeps;
-    double first;  // probability, where it is a number that matters
+    double first;  // the first probability, where it matters
   } rows[] = {{"a minimum", {{0.25, -0.25}, {-0.25, 0.25}}, 1, 0.5},
               {"in two", CouplingOf(kThree), 2, 0.6759486389326246},
               {"restless", {{1, 5}, {5, 2}}, 100, 0},
@@ -146,7 +146,7 @@ TEST(CancelInfo, OnceSetItIsNotAskedAgain) {
   EXPECT_EQ(query.asked, 0);
 }
 
-// Breaks within the matrix's part.
+// Line breaks within the matrix's part.
 struct TooShort : std::streambuf {
   TooShort() { setp(room, room + sizeof room); }
   char room[100];

@@ -152,7 +152,7 @@ TEST(Batch, HasTheBitsOfSingleCasesAndOfTheDefinition) {
   }
 }
 
-// Data that change after the set-up are no longer what the packed engine holds.
+// The packed engine must not be used once the data have changed after the set-up.
 TEST(Batch, HasTheBitsOfSingleCasesWithoutTheEngine) {
   Classifier classifier(3);
   for (const int target : {0, 1}) classifier.Add(target, -1);
@@ -191,7 +191,7 @@ TEST(Batch, UnwantedColumnsAreLeftOut) {
   results.status = status.data();
   Classifier(3).AddPairs(3, true).Model()->ScoreBatch({entries, 2, 2}, results);
   EXPECT_EQ(status, std::vector<long>(2, 0));
-  // The status is wanted: no data, no target, a coefficient without a vector.
+  // Failures of whole batches: no data, no target, a coefficient without a vector.
   SVMModel without_data;
   SVMModel without_target;
   without_target.SetSupportVectorMachineModel(new SVMModelData);

@@ -34,7 +34,7 @@ struct Inputs {
     data->SetFunctionName(!regression);
     data->SetCateNumOfTarget(regression ? 1 : 2);
     data->AddFieldRef("n", "");
-    data->AddCategoricalPredictor("c", "green", 2.5);  // which changes no entry
+    data->AddCategoricalPredictor("c", "green", 2.5);  // the coefficient changes no entry
     data->AddCategoricalPredictor("c", "blue", 1);
     data->AddFieldRef("unknown", "");
     EchoMachine(*data, 0, 0, 1);
@@ -72,7 +72,7 @@ TEST(CaseValues, EveryFieldGetsAnEntry) {
   const Inputs inputs(true);
   EXPECT_EQ(Entries(*inputs.model, Case(0, "green")), (Doubles{0, 1, 0, 0}));
   EXPECT_EQ(Entries(*inputs.model, Case(2.5, "red")), (Doubles{2.5, 0, 0, 0}));
-  // A value that is no category, let through, is not the category that is none either.
+  // A value outside the categories that is let through does not equal an unknown category.
   FieldTreatment as_is;
   as_is.invalid = FieldTreatment::Invalid::kAsIs;
   inputs.model->GetDictionary()->FindVar("c")->SetTreatment(as_is);
@@ -101,7 +101,7 @@ TEST(CaseValues, NoRecordNoDataOrNoTargetCannotBeScored) {
   EXPECT_EQ(result, nullptr);
 }
 
-// Nothing is scored, and nothing fails.
+// Nothing is scored and nothing fails.
 TEST(CaseValues, WithoutEntriesTheResultStaysAsItIs) {
   const Inputs classification(false);
   SVMClsResult category(nullptr);
@@ -213,7 +213,7 @@ TEST(CaseValues, DerivedFieldsAndTheInputsTheyHide) {
     model.SetSupportVectorMachineModel(data);
 
     SCOPED_TRACE(by_position);
-    // The first value stands where a derived field's own position would point.
+    // The first value is where a derived field's own position would point.
     const MapRecord record({{"h", 7}, {"n", 0.5}}, by_position);
     model.SetUpDictVarIndex(&record, false);
     EXPECT_EQ(Entries(model, record), (Doubles{5, 7}));
@@ -239,7 +239,7 @@ TEST(CaseValues, FieldsOfAnUnknownKindAreInvalid) {
   EXPECT_EQ(Decide(*classifier.Model(), {1}).code, 90027);
 }
 
-// Also of one that throws: nothing leaves GetScore.
+// Even one by an exception, which must not leave GetScore.
 TEST(CaseValues, EveryFailureLeavesItsLine) {
   const std::string path = testing::TempDir() + "svmscore_model_test.log";
   std::remove(path.c_str());

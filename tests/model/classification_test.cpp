@@ -105,7 +105,7 @@ TEST(Results, PredictionOnlyHoldsThePredictionAndNothingElse) {
 TEST(Results, HandedBackResultsAreFilledAnew) {
   const auto model = Classifier(3).AddPairs(3).Model();
   SVMClsResult result(model->GetTargetVar());
-  // A result of the other kind would own the category it is given.
+  // A result of the other kind would take ownership of the category.
   SVMRegResult wrong(nullptr);
   for (const double decision : {1.0, -1.0}) {
     const MapRecord record = CaseOf(Doubles(3, decision));

@@ -29,7 +29,7 @@ inline std::string Numbered(std::string name, std::size_t number) {
   return name += std::to_string(number);
 }
 
-// Of equal bits only: -0.0 is not 0.0, and a NaN equals itself.
+// Compares bits: -0.0 is not 0.0, and a NaN equals itself.
 inline std::vector<std::uint64_t> Bits(const std::vector<double>& numbers) {
   std::vector<std::uint64_t> bits;
   for (const double number : numbers) bits.push_back(std::bit_cast<std::uint64_t>(number));
@@ -163,7 +163,7 @@ inline MapRecord CaseOf(const std::vector<double>& decisions) {
   return MapRecord(cells);
 }
 
-// What came of a classification, in plain types.
+// The result of a classification, in plain types.
 struct Decided {
   long code;
   std::string category;  // empty where there is none
@@ -188,7 +188,7 @@ inline Decided Decide(SVMModel& model, const std::vector<double>& decisions) {
   return Read(Score(model, CaseOf(decisions), result), result);
 }
 
-// The same past the checks on input values: NaN and infinities reach the machines.
+// The same without the checks on input values: NaN and infinities reach the machines.
 inline Decided DecideUnchecked(SVMModel& model, const std::vector<double>& decisions) {
   SVMClsResult result(model.GetTargetVar());
   ScoreResult* base = &result;

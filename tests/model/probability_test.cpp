@@ -70,8 +70,8 @@ TEST(Pairwise, FilledPairByPairAndClamped) {
   EXPECT_EQ(model->CalculateClassProbabilites({1}, none).GetErrorCode(), 90027);
 }
 
-// The pair without parameters takes none from its neighbours and uses up no machine, so that the
-// pairs after it stay empty too.
+// The pair without parameters takes none from its neighbours and does not consume a machine, so
+// that the pairs after it stay empty too.
 TEST(Pairwise, AMachineWithoutItsExtensionAmongMachinesWithOne) {
   Classifier classifier(3);
   Machine* second = classifier.AddPairs(3, true).data->GetSupportVectorMachines()[1];
@@ -88,7 +88,7 @@ TEST(Pairwise, AMachineWithoutItsExtensionAmongMachinesWithOne) {
   EXPECT_EQ(decided.category, "a");
 }
 
-// The vote before it counts once more, and the parameters before it serve its pair.
+// The previous vote counts once more, and the previous parameters are used for its pair.
 TEST(Pairwise, AnAbsentMachineRepeatsTheOneBefore) {
   Classifier classifier(3);
   classifier.AddPairs(3);

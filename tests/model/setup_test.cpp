@@ -49,7 +49,7 @@ TEST(SetUp, KernelAndItsParametersFollowTheData) {
     double value = 0;
     model.ScoreSVMByKernelType({0}, {2.0}, 0, value);
     EXPECT_DOUBLE_EQ(value, kernel.value + 0.25) << kernel.type;
-    // An unknown kernel is no kernel; nothing is added then, nor for a machine that is not there.
+    // An unknown kernel counts as no kernel; then nothing is added, nor for an absent machine.
     model.ScoreSVMByKernelType({0}, {2.0}, -1, value);
     model.ScoreSVMByKernelType({0}, {2.0}, 1, value);
     data->SetSVMKernelType(static_cast<SVMConst::KernelFunctionType>(4));
@@ -59,7 +59,7 @@ TEST(SetUp, KernelAndItsParametersFollowTheData) {
   }
 }
 
-// Terms in order, the absolute value last, all on top of what the caller has: any other order loses
+// The caller's value first, then the terms in order, the absolute value last: any other order loses
 // the 1.
 TEST(SetUp, DecisionValueIsSummedInOrder) {
   SVMModel model;

@@ -1,4 +1,4 @@
-// Output fields: what their features give, and what their expressions may name.
+// Output fields: the values of their features, and the names that their expressions may use.
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -81,7 +81,7 @@ TEST(OutputFields, AFailureInsideAnExpressionStaysThere) {
   EXPECT_FALSE(scoring.Number("bad"));
   EXPECT_EQ(scoring.Text("after"), "5");
   EXPECT_TRUE(scoring.Number("y_hat"));
-  // Without a prediction an expression is evaluated, after an invalid input it is not.
+  // An expression is evaluated even without a prediction, but not after an invalid input.
   EXPECT_EQ(scoring.Score({}).status, 90029);
   EXPECT_EQ(scoring.Text("after"), "5");
   EXPECT_EQ(scoring.Score({{"x1", "abc"}}).status, 90027);
@@ -110,7 +110,7 @@ TEST(OutputFields, ProbabilitiesAreThoseThatTheModelComputes) {
   EXPECT_FALSE(plain.Number("best"));
   EXPECT_FALSE(plain.Number("alarm"));
 
-  // The category that responds is the target's second.
+  // The response category is the target's second.
   Scoring calibrated(Edit(two, "<SupportVectors ",
                           "<Extension extender='svmscore'><ResponseCategory response='alarm' "
                           "nonResponse='ok'/><ProbabilityParameters A='2' B='0'/></Extension>$&"));
@@ -121,7 +121,7 @@ TEST(OutputFields, ProbabilitiesAreThoseThatTheModelComputes) {
   EXPECT_EQ(calibrated.Number("best"), outcome.confidence);
 }
 
-// Those of a regression are read by the whole program.
+// Those of a regression are tested with the whole program.
 TEST(OutputFields, ResidualsOfACategoryNeedTheActualOne) {
   Scoring label(WithOutput("grades.pmml",
                            "<OutputField name='r' feature='residual'/>"
@@ -129,7 +129,7 @@ TEST(OutputFields, ResidualsOfACategoryNeedTheActualOne) {
   label.Score({{"colour", "blue"}, {"grade", "B"}, {"class", "low"}});
   EXPECT_DOUBLE_EQ(label.Number("r").value(), -2.0 / 3);
   EXPECT_DOUBLE_EQ(label.Number("low").value(), 1.0);
-  // What is wrong with the actual value says nothing against the inputs.
+  // An invalid actual value does not make the inputs invalid.
   EXPECT_EQ(label.Score({{"colour", "blue"}, {"grade", "B"}, {"class", "none"}}).status, 0);
   EXPECT_FALSE(label.Number("r"));
 }

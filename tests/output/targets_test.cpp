@@ -1,4 +1,4 @@
-// What targets make of a model's number, and what they predict where inputs are missing.
+// What targets do to a model's number, and what they predict where inputs are missing.
 #include <gtest/gtest.h>
 
 #include "tests/output/scoring.h"
@@ -120,7 +120,7 @@ TEST(Targets, TheLargestPriorIsPredictedWhereInputsAreMissing) {
   EXPECT_FALSE(scoring.Number("p"));
 }
 
-// Neither the first nor the last; of equal ones the first.
+// Neither the first nor the last; among equal ones the first.
 TEST(Targets, TheLargestOfThreePriorsIsFound) {
   const std::string grades = Edit(Document("grades.pmml"), " missingValueReplacement=.2.5.", "");
   Scoring scoring(Edit(grades, "<LocalTransformations>", R"(<Targets><Target>

@@ -61,7 +61,7 @@ std::optional<svmscore::output::Verification> Read(const std::string& text) {
   return svmscore::output::ReadVerification(document.Dom());
 }
 
-// That the records are read to the last cell is seen where the program verifies a document.
+// Tests of the program's verification check that records are read to the last cell.
 TEST(ReadVerification, GivesAllowancesAndTellsWrongCounts) {
   const auto read = Read(Edit(Document("chain.pmml"), "recordCount=\"2\"", "recordCount=\"3\""));
   ASSERT_EQ(read->columns.size(), 4U);

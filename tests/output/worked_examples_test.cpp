@@ -1,4 +1,4 @@
-// Three small models whose results were worked out by hand.
+// Three small models whose results were computed by hand.
 #include <gtest/gtest.h>
 
 #include "tests/output/scoring.h"

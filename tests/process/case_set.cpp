@@ -120,7 +120,7 @@ void CaseSet::Score() {
     try {
       loaded_.output->Evaluate(one->outcome, one->record, one->outputs);
       one->evaluated = true;
-    } catch (const std::bad_alloc&) {  // is allowed to host functions
+    } catch (const std::bad_alloc&) {  // which host functions may throw
     } catch (...) {
       escaped_ = true;
     }

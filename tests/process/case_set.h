@@ -1,4 +1,4 @@
-// Documents that together use every part of the product, and made-up cases for any of them.
+// Documents that together use every part of the product, and generated cases for any of them.
 #ifndef TESTS_PROCESS_CASE_SET_H_
 #define TESTS_PROCESS_CASE_SET_H_
 
@@ -22,8 +22,8 @@ const std::vector<std::string>& Documents();
 const svmscore::Plugin& ThePlugin();
 svmscore::LoadedModel Load(const std::string& path);
 
-// Whatever was worked out of one case: the bits of numbers, and hashes of texts. The same cases of
-// the same document have equal answers.
+// All results of one case: the bits of numbers, and hashes of texts. The same cases of the same
+// document have equal answers.
 struct Answer {
   long status = 0;
   std::vector<std::uint64_t> bits;  // empty where the case failed
@@ -39,8 +39,8 @@ class CaseSet {
   CaseSet(const CaseSet&) = delete;
   CaseSet& operator=(const CaseSet&) = delete;
 
-  // Scores each case alone, then those that a batch takes as a batch, then computes output fields.
-  // Allocates nothing but what the product allocates.
+  // Scores each case alone, then those that a batch accepts as a batch, then computes output
+  // fields. Allocates nothing itself; only the product does.
   void Score();
   // One answer for each case alone, then one for each in the batch.
   std::vector<Answer> Answers() const;

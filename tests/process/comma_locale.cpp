@@ -1,5 +1,5 @@
-// Loaded before a program (LD_PRELOAD) it puts the program into a locale with a decimal comma, as
-// an embedding program may have done. A program that cannot be put there ends at once.
+// Preloaded (LD_PRELOAD), this puts a program into a locale with a decimal comma, as an embedding
+// program may have done. A program for which that fails ends at once.
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +17,7 @@ struct CommaLocale {
     try {
       std::locale::global(std::locale(kName));
       std::setlocale(LC_ALL, kName);
-      // What the system says of files stays in the language of the tests.
+      // The system's messages about files stay in the language of the tests.
       std::setlocale(LC_MESSAGES, "C");
       std::snprintf(half, sizeof half, "%.1f", 0.5);
     } catch (const std::exception& error) {

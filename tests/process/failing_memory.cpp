@@ -32,7 +32,7 @@ void Free(void* memory) {
 
 }  // namespace
 
-// The other forms come down to these; the address sanitizer's form without exceptions would not.
+// The other forms call these; the address sanitizer's form without exceptions would not.
 void* operator new(std::size_t size) {
   CountCall();
   return Counted(std::malloc(size == 0 ? 1 : size));

@@ -1,4 +1,4 @@
-// Makes allocations of the whole test program fail on demand, and counts those that are held.
+// Makes allocations of the whole test program fail on demand, and counts those not yet freed.
 #ifndef TESTS_PROCESS_FAILING_MEMORY_H_
 #define TESTS_PROCESS_FAILING_MEMORY_H_
 
@@ -18,7 +18,7 @@ class FailingMemory {
 
 // Calls of operator new since the last FailingMemory began.
 long Allocations();
-// What operator new has given and operator delete has not taken back.
+// The number of blocks that operator new has returned and operator delete has not freed.
 long HeldAllocations();
 
 }  // namespace svmscore_test

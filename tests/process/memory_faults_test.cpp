@@ -1,8 +1,8 @@
 // Memory that runs out while a document is loaded or a case is scored. Loading throws
-// std::bad_alloc and leaves nothing behind; scoring ends in a status, and the model stays good.
+// std::bad_alloc and leaks nothing; scoring ends in a status, and the model stays usable.
 //
-// Documents are tried at their first allocations and at steps from there; the argument --all tries
-// every allocation.
+// Documents are tested with failures at their first allocations and at regular steps after that;
+// the argument --all tests every allocation.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -35,13 +35,13 @@ std::vector<long> Places(long count, long most) {
   return places;
 }
 
-// Rounds that a document of that size affords.
+// The number of rounds for a document of that size.
 long RoundsFor(const std::string& path) {
   const auto size = static_cast<long>(std::filesystem::file_size(path));
   return std::clamp(2'500'000L / size, 20L, 500L);
 }
 
-// Each on a thread of its own, which has none of the working memory of those before.
+// Each on a thread of its own, which has no working memory left from earlier ones.
 void OnNewThread(const std::function<void()>& work) {
   std::thread(work).join();
 }
@@ -59,7 +59,7 @@ std::vector<Answer> AnswersOf(const LoadedModel& loaded) {
 class MemoryFaults : public testing::TestWithParam<std::string> {
  protected:
   void SetUp() override {
-    // What lives as long as the process is allocated here.
+    // Allocates what lives as long as the process.
     expected_ = AnswersOf(Load(GetParam()));
     EXPECT_TRUE(std::any_of(expected_.begin(), expected_.end(),
                             [](const Answer& answer) { return answer.bits.size() > 1; }));
@@ -91,7 +91,7 @@ TEST_P(MemoryFaults, LoadingThrowsAndLeavesNothingBehind) {
         otherwise = true;
       }
       ASSERT_FALSE(otherwise) << "threw something else at allocation " << n << " of " << count;
-      // One that does not matter must not make a lesser model.
+      // A failure that does not stop loading must not change the model.
       if (loaded) {
         ASSERT_EQ(AnswersOf(*loaded), expected_) << "allocation " << n;
       }

@@ -1,6 +1,6 @@
-// Memory that runs out anywhere in the program, from its first allocation: it ends as it would
-// have, but for single cases that it may give up, or says so in one line, with exit status 1 and
-// nothing under the name of the output.
+// Memory that runs out anywhere in the program, from its first allocation on: the program ends as
+// it would have, except for single cases that it may give up, or reports it in one line, with exit
+// status 1 and no file under the name of the output.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -67,7 +67,7 @@ Ended RunFailing(const std::vector<std::string>& arguments, const TemporaryFolde
   return ended;
 }
 
-// Line by line; scoring may have given a case up.
+// Compares line by line; single cases may have been given up.
 void ExpectSame(const std::string& got, const std::string& expected) {
   std::istringstream got_lines(got), expected_lines(expected);
   std::string line, wanted;
@@ -100,7 +100,7 @@ TEST_P(ProgramFaults, EndWithAMessage) {
   ASSERT_FALSE(expected.empty()) << good.err;
   int runs = 0;
   int failed = 0;
-  // Dense where the program starts, then at steps.
+  // Every allocation when the program starts, then some of them.
   for (long n = 1; n <= good.calls; n += n < kPlaces / 4 ? 1 : 1 + good.calls / kPlaces) {
     const Failing failing = ++runs % 2 == 0 ? Failing::kOne : Failing::kAllFromThere;
     std::remove(results.c_str());

@@ -1,5 +1,5 @@
-// Models loaded and scored side by side, as the thread sanitizer sees it: it also proves that what
-// is shared is shared as said.
+// Models loaded and scored in parallel. Under the thread sanitizer this also tests that objects are
+// shared only as documented.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -35,8 +35,8 @@ std::vector<Answer> Score(const LoadedModel& loaded) {
   return cases.Answers();
 }
 
-// Nothing is started before: the parser, the plug-in and the log meet all threads at once. Models
-// leave the thread that made and used them.
+// Nothing is started before: the parser, the plug-in and the log are first used by all threads at
+// once. Models are freed by another thread than the one that made and used them.
 TEST(Threads, LoadModelsSideBySide) {
   const std::vector<std::string> documents = SomeDocuments();
   std::vector<std::map<std::string, std::vector<Answer>>> answers(kThreads);

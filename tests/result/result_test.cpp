@@ -9,7 +9,7 @@ namespace {
 
 using namespace MCZandor_850;  // NOLINT: what is tested
 
-// Tells when it is deleted.
+// Reports when it is deleted.
 class Watched : public NumericValue {
  public:
   explicit Watched(int& deleted) : NumericValue(1), deleted_(deleted) {}

@@ -58,7 +58,7 @@ TEST(Apply, LooksAtMapMissingToBeforeTheFunction) {
   EXPECT_EQ(Compute(Apply("isMissing", "mapMissingTo='1'", kX)), "false false true invalid");
   EXPECT_EQ(Compute(Apply("avg", "mapMissingTo='9'", kX + "<Constant>2</Constant>")),
             "3 1 9 invalid");
-  // Every level has its own: the inner result is a missing argument of the outer call.
+  // Every level has its own treatment: the inner result is a missing argument of the outer call.
   EXPECT_EQ(Compute(Apply("+", "mapMissingTo='5.0'", Apply("*", "", kX + kX) + kOne)),
             "17 1 5 invalid");
 }
@@ -81,7 +81,7 @@ TEST(DefineFunction, ConvertsArgumentsAndResult) {
       "<ParameterField name='a'/><ParameterField name='b' dataType='string'/>" +
       CallToXml("if(isMissing(a), concat('none:', b), concat(half(a), ':', b))") +
       "</DefineFunction>";
-  // The untyped constant 007 is a text for the parameter that is one.
+  // The untyped constant 007 is a text where the parameter is a text.
   EXPECT_EQ(Compute(CallToXml("tag(x, 007)"), functions), "2:007 0:007 none:007 invalid");
   EXPECT_EQ(Compute(CallToXml("half('5')"), functions), "3 3 3 3");
   EXPECT_EQ(Compute(CallToXml("half('?')"), functions), "invalid invalid invalid invalid");
@@ -122,7 +122,7 @@ TEST(DefineFunction, SeesItsParametersOnly) {
   EXPECT_THAT(refusal(define("f", "p") + define("f", "p"), "1"),
               StartsWith("260310 at element DefineFunction, line 6"));
   EXPECT_THAT(refusal(define("f", "p"), "f(1, 2)"), StartsWith("260315"));
-  // A built-in function comes before one that a document defines under its name.
+  // A built-in function takes precedence over one that a document defines under its name.
   EXPECT_EQ(Compute(CallToXml("abs(-3)"), define("abs", "'mine'")), "3 3 3 3");
 }
 

@@ -7,7 +7,7 @@
 
 namespace svmscore::transform {
 
-// The element that stands for a text such as  if(lessThan(x, 2.5), 'a''b', missing).
+// The element for a text such as  if(lessThan(x, 2.5), 'a''b', missing).
 // Numbers are constants without a type, 'text' is one of type string, true and false are booleans,
 // date'2024-02-29' (or any other type before the quote) is one of that type; a name is a field, and
 // with arguments a function.

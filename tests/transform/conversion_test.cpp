@@ -1,4 +1,4 @@
-// The types of derived fields: what a value becomes in each of them.
+// The types of derived fields, and what a value becomes as each of them.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -11,7 +11,7 @@ namespace svmscore::transform {
 namespace {
 
 std::string As(const std::string& data_type, const std::string& call) {
-  // Through a field of type string where the result is a date, whose number would say little.
+  // By way of a string field where the result is a date, whose number would be hard to read.
   const bool readable = data_type.starts_with("date") || data_type == "time" ||
                         data_type == "timeSeconds" || data_type == "boolean";
   // A constant by itself would be converted, or refused, at load.

@@ -21,7 +21,7 @@ Loaded Over(const std::string& field, const std::string& type, const std::string
   return Loaded(Document(field, DerivedField("d", type, expression)));
 }
 
-// Until an input changes, whoever asks gets the same values, and they are computed once.
+// Until an input changes, the same values are returned, and they are computed only once.
 TEST(DerivedValues, AreKeptWithTheRecord) {
   const Loaded loaded = Over(DataField("x", "double"), "double",
                              "<NormContinuous field='x'><LinearNorm orig='0' norm='0'/>"
@@ -54,7 +54,7 @@ TEST(NormContinuous, FollowsItsPoints) {
   EXPECT_EQ(run(""), "0 10 15 20 5 0 -10 missing");
   EXPECT_EQ(run("outliers='asIs' mapMissingTo='7'"), "0 10 15 20 5 0 -10 7");
   EXPECT_EQ(run("outliers='asExtremeValues' mapMissingTo='-1'"), "10 10 15 20 5 0 0 -1");
-  // A replacement for missing values is none for outliers that became missing.
+  // A replacement for missing values is not used for outliers that became missing.
   EXPECT_EQ(run("outliers='asMissingValues' mapMissingTo='-1'"), "missing 10 15 20 5 0 missing -1");
 }
 
@@ -105,7 +105,7 @@ TEST(NormDiscrete, IsAThermometerOfOrderedValues) {
                  "<NormDiscrete field='x' value='mid' method='thermometer'/>")
                 .DeriveEach("low mid high -"),
             "0 1 1 missing");
-  // Without a list the natural order counts.
+  // Without a list the natural order is used.
   EXPECT_EQ(Over(DataField("x", "integer", "ordinal"), "double",
                  "<NormDiscrete field='x' value='5' method='thermometer'/>")
                 .DeriveEach("4 5 10"),
@@ -146,7 +146,7 @@ TEST(Discretize, FindsBinsByTheirOrderAsOneByOne) {
                 "<Discretize field='x'>" + all + "</Discretize>");
   };
   const Loaded fast = discretize(bins);
-  // One more bin that reaches over all others, at the end: the search is one by one.
+  // One more bin at the end that overlaps all others, so that bins are searched one by one.
   const Loaded slow = discretize(bins + Bin("missing", "openOpen", "leftMargin='-9'"));
   for (double x = -1.0; x < 42.0; x += 0.25) {
     const std::string at = std::to_string(x);

@@ -29,7 +29,8 @@ std::string Document(const std::string& data_fields, const std::string& transfor
 // element of either kind.
 std::string ModelDocument(const std::string& data_fields, const std::string& mining_fields,
                           const std::string& transformations, const std::string& fields);
-// An InlineTable. Its columns, and the cells of a row, are parted by ; and a row may have too few.
+// An InlineTable. Its columns, and the cells of a row, are separated by ; and a row may have too
+// few.
 std::string Table(const std::string& columns, const std::vector<std::string>& rows);
 
 // A document that is loaded, with its dictionaries.
@@ -40,8 +41,8 @@ class Loaded {
 
   // A derived field's value in a case: "missing", "invalid", or its text.
   std::string Derive(const std::string& name, const Case& values) const;
-  // The derived field d for each of the texts, parted by blanks, that the field x may have. The
-  // text - is a missing one. The results are parted by blanks, too.
+  // The derived field d for each of the texts of the field x, separated by blanks. The text - means
+  // a missing value. The results are separated by blanks, too.
   std::string DeriveEach(const std::string& texts) const;
 
   MCZandor_850::ScoreDictionary* Inputs() const { return inputs_; }
@@ -56,8 +57,8 @@ class Loaded {
   std::unique_ptr<MCZandor_850::TransformationDictionary> dictionary_;
 };
 
-// Loads the document and says how that fails: "CODE at ELEMENT, line N: SENTENCE"; empty where it
-// does not.
+// Loads the document and returns how that fails: "CODE at ELEMENT, line N: SENTENCE"; empty where
+// it does not.
 std::string Refusal(const std::string& document);
 
 std::string Show(const MCZandor_850::ScoreValue* value);

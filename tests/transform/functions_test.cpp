@@ -1,4 +1,4 @@
-// The built-in functions, by tables of calls and what they come to.
+// The built-in functions, by tables of calls and their results.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -145,7 +145,7 @@ TEST(Functions, CompareOrdinalFieldsByTheirOrder) {
   Check({"lessThan(level, 'mid') = false", "greaterThan(level, 'mid') = true",
          "lessThan('low', level) = true", "greaterThan(level, 'none') = missing",
          "equal(level, 'high') = true", "greaterThan(level, 2) = missing"});
-  // The values of a field of numbers, 3 before 0.5 before 1, also where a text spells them.
+  // The values of a field of numbers, 3 before 0.5 before 1, also given as texts.
   Check({"lessThan(stage, 1) = true", "lessThan(3, stage) = true",
          "greaterThan(stage, '3.0') = true", "lessOrEqual(stage, '5e-1') = true",
          "lessThan(stage, '1') = true", "lessThan(stage, '2') = missing",
@@ -176,7 +176,7 @@ TEST(Functions, MatchAndReplaceByExpressions) {
          "replace('aaa', 'b*', '-') = -a-a-a-"});
 }
 
-// A class counts by the length that it is written at, so that few steps spend the work.
+// A character class counts by the length of its text, so that few steps spend the work.
 TEST(Functions, GiveUpOnSearchesThatTakeTooMuchWork) {
   const auto run = [](const std::string& call, const std::string& text) {
     return Loaded(Document(DataField("t", "string"), DerivedField("d", "string", CallToXml(call))))
@@ -189,14 +189,14 @@ TEST(Functions, GiveUpOnSearchesThatTakeTooMuchWork) {
   EXPECT_EQ(run("matches(t, '" + wide + "{4000,}[0-9]')", few), "invalid") << "a step that fails";
   EXPECT_EQ(run("matches(t, '(a*)\\1[0-9]')", few), "invalid") << "back references";
   EXPECT_EQ(run("replace(t, 'a(?=" + wide + "*+)', 'b')", few), "invalid") << "many matches";
-  // Long texts as such are none of these.
+  // A long text alone does not take too much work.
   EXPECT_EQ(run("matches(t, '[a-z]+[0-9]')", few + "1"), "true");
   std::string words;
   for (int i = 0; i < 20000; ++i) words += "some word ";
   EXPECT_EQ(run("stringLength(replace(t, '[a-z]*e +', ''))", words), "100000");
 }
 
-// Too long to be compiled with a meter: lists of words go, the rest is refused.
+// Too long to be compiled with a meter: lists of words are accepted, the rest is refused.
 TEST(Functions, SearchForLongLists) {
   std::string list = "x1";
   for (int i = 0; i < 3000; ++i) list += "|w" + std::to_string(i);
@@ -244,7 +244,7 @@ TEST(Functions, InvertTheNormalDistribution) {
   for (const double p :
        {1e-290, 1e-100, 1e-16, 1e-5, 0.02, 0.0243, 0.3, 0.5, 0.7, 0.99, 0.999999}) {
     const double z = *ParseNumber(Evaluate("stdNormalIDF(" + FormatNumber(p) + ")"));
-    // The density says how far z may be off for its probability to be right to the last places.
+    // The density gives the error of z that keeps its probability correct to the last places.
     const double back = 0.5 * std::erfc(-z / std::sqrt(2.0));
     EXPECT_NEAR(back / p, 1.0, 4e-16 * (1.0 + z * z)) << p;
   }

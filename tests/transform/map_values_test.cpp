@@ -40,7 +40,7 @@ TEST(MapValues, ComparesKeysInTheFieldsType) {
             "one tenth zero invalid");
   EXPECT_EQ(Mapped(DataField("x", "float"), rows).DeriveEach("0.1"), "tenth");
   EXPECT_EQ(Mapped(kText, rows).DeriveEach("1"), "missing");
-  // Two integers that no double tells apart.
+  // Two integers that are the same double.
   EXPECT_EQ(
       Mapped(DataField("x", "integer"), {"9223372036854775807;odd", "9223372036854775806;even"})
           .DeriveEach("9223372036854775807 9223372036854775806 9223372036854775805"),
@@ -73,7 +73,7 @@ TEST(MapValues, ReadsPrefixedAndSpreadOutCells) {
       "<out>\n <![CDATA[1 &]]> 2\n</out></row></InlineTable>";
   EXPECT_EQ(run("data:in", table), "1 & 2 missing");
   EXPECT_EQ(run("in", table), "missing 1 & 2");
-  // Where no cell has the prefix, the rest of the name counts.
+  // Where no cell has the prefix, the rest of the name is compared.
   EXPECT_EQ(run("data:in", Table("in;out", {"A;1"})), "1 missing");
 }
 

@@ -1,4 +1,4 @@
-// Which names mean what, in which order fields are computed, and which are.
+// What names refer to, in which order fields are computed, and which fields are.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -77,7 +77,7 @@ TEST(References, FindLocalFieldsThenInputsThenGlobalOnes) {
                                 "<FieldRef field='d'/><FieldRef field='x'/>"));
   };
   const Loaded local = load(Local(doubled));
-  // A field that is computed from its own name means the input.
+  // A field that refers to its own name means the input.
   EXPECT_EQ(local.Derive("x", {{"x", "4"}}), "8");
   EXPECT_EQ(local.DeriveEach("4"), "9");
   EXPECT_TRUE(local.Inputs()->FindVar("x")->IsHiddenByDerived());

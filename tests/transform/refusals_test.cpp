@@ -1,4 +1,4 @@
-// What cannot be right, or is not supported, is refused while a document is loaded: by code,
+// What cannot be correct, or is not supported, is refused while a document is loaded, with code,
 // element and line.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ struct Bad {
   std::string words;
 };
 
-// Each stands in a derived field of type double, on line 6 of the document.
+// Each is in a derived field of type double, on line 6 of the document.
 std::string RefusalOf(const std::string& expression) {
   const std::string fields = DataField("x", "double") + DataField("day", "date", "ordinal");
   return Refusal(Document(fields, DerivedField("d", "double", expression)));
@@ -91,7 +91,7 @@ TEST(Refusals, OfCallsNameTheFunctionOrItsArgument) {
   for (const auto& row : calls) CheckAll({{CallToXml(row[0]), row[1] + " Apply", row[2]}});
 }
 
-// What a document fixes is converted once, to the type that it ends in.
+// A constant of a document is converted once, to the final type.
 TEST(Refusals, MeetTextsThatAreNotOfTheirType) {
   const std::string interval = "<Interval closure='openOpen' leftMargin='1'/>";
   const auto map = [](const std::string& attributes, const std::string& field,
@@ -133,7 +133,7 @@ TEST(Refusals, CoverFieldsAndContainers) {
   const std::string one = "<Constant>1</Constant>";
   const std::string twice = DerivedField("d", "double", one) + DerivedField("d", "double", one);
   const std::string parameter = "<DefineFunction name='f'><ParameterField name='p'/>";
-  // A wrong function is refused although nothing calls it, and so is a field that nothing needs.
+  // A wrong function is refused even if nothing calls it, and so is a field that nothing needs.
   for (const auto& [transformations, start] :
        Case{{twice, "260310 at element DerivedField, line 5"},
             {"<DerivedField optype='continuous' dataType='double'>" + one + "</DerivedField>",
@@ -201,7 +201,7 @@ TEST(Refusals, BoundTheNesting) {
   };
   EXPECT_EQ(RefusalOf(nested(990)), "");
   EXPECT_THAT(RefusalOf(nested(1500)), HasSubstr("nested more than"));
-  // Calls of functions count for as much as they nest themselves, in either order of definition.
+  // Calls of functions count as deep as they nest themselves, in either order of definition.
   for (const bool callers_first : {true, false}) {
     std::string functions;
     for (int i = 0; i < 1500; ++i) {

@@ -40,7 +40,7 @@ TEST(Scale, LoadsAndComputesLongChains) {
   const std::string document = Document(DataField("x", "integer"), ChainOfFields("x"));
   const double start = Seconds();
   const Loaded loaded(document);
-  EXPECT_LT(Seconds() - start, 20.0);  // takes tenths of a second; sanitizers take their time
+  EXPECT_LT(Seconds() - start, 20.0);  // takes tenths of a second; longer under sanitizers
   EXPECT_EQ(loaded.Derive("d0", {{"x", "7"}}), "20007");
 }
 

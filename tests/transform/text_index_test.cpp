@@ -163,9 +163,9 @@ TEST(TextIndex, NormalisesTheText) {
                       "Testing the app for a few days convinced me the interfaces are "
                       "User friendliness"}}),
             "1");
-  // Without an expression, signs stand for themselves; case follows the index.
+  // Without a regular expression, signs have no special meaning; case follows the index.
   EXPECT_EQ(Indexed(Index("", "c", Step("", {"a.b$;c"})), {{"t", "A.B$ axb$"}}), "1");
-  // Where edits are allowed, a row replaces words that come near to it.
+  // Where edits are allowed, a row replaces similar words.
   EXPECT_EQ(Indexed(Index("maxLevenshteinDistance='1'", "zzz", Step("", {"colour;zzz"})),
                     {{"t", "color, colours culor"}}),
             "2");

@@ -93,7 +93,7 @@ TEST(DictionariesTest, AnIndicatorTeachesItsVariableACategory) {
       learnt.model.GetDictionary(), learnt.model.GetTransformationDictionary(), "isred"))
       << "it is there";
 
-  // A list stays what it is, also where another variable has none.
+  // A list does not change, even where another variable has none.
   Reading listed(Edit(Edit(document, "name=\"color\" optype=\"categorical\" dataType=\"string\"/",
                            "name='color' optype='categorical' dataType='string'>"
                            "<Value value='blue'/></DataField"),

@@ -1,4 +1,4 @@
-// Small documents to translate, and a way to spoil them.
+// Small documents to translate, and ways to damage them.
 #ifndef TESTS_TRANSLATOR_DOCUMENTS_H_
 #define TESTS_TRANSLATOR_DOCUMENTS_H_
 

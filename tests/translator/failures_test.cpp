@@ -44,7 +44,7 @@ TEST_P(FailureTest, IsThrownAndTheTranslatorGoesOn) {
 INSTANTIATE_TEST_SUITE_P(Documents, FailureTest, testing::ValuesIn(kFailures),
                          [](const auto& row) { return row.param.name; });
 
-// Of several faults the one of the earlier stage is told.
+// Of several faults the one of the earlier stage is reported.
 // clang-format off
 const Failure kSeveralFaults[] = {
     {"ScorableFirst", kCls, "functionName=.*? ", "isScorable='FALSE' ", 260281,

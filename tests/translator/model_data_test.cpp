@@ -1,4 +1,4 @@
-// The store by itself: its guards and what they leave.
+// The store by itself: what its guards reject and keep.
 #include "svm/model/model_data.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// Who frees what, and when. The faults that these tests are for show under the address sanitizer;
-// fuzz/ spoils documents at random.
+// Who frees what, and when. The address sanitizer detects the faults that these tests are for;
+// fuzz/ damages documents at random.
 #include <gtest/gtest.h>
 
 #include "host/model/ss_exception.h"
@@ -28,7 +28,7 @@ TEST(OwnershipTest, ModelAndTranslatorOutliveEachOther) {
   EXPECT_EQ(model->GetModelType(), 29);
 }
 
-// How many are too many is for whoever loads a document to say.
+// Limits on a document are enforced by its loader.
 TEST(OwnershipTest, LimitsOfADocumentAreNotTheTranslators) {
   svmscore::Limits limits;
   limits.entries = 1;
@@ -41,7 +41,7 @@ TEST(OwnershipTest, LimitsOfADocumentAreNotTheTranslators) {
   EXPECT_NE(model, nullptr);
 }
 
-// A Targets element that cannot be read shows whether it was: only with a dictionary at hand.
+// A Targets element that cannot be read shows whether it was read, which takes a dictionary.
 TEST(OwnershipTest, ADictionaryThatCannotBeReadLeavesNone) {
   const std::string without =
       Edit(Edit(Classification(), "<DataDictionary>.*</DataDictionary>", ""), "</MiningSchema>",

@@ -9,7 +9,7 @@
 
 namespace svmscore_test {
 
-// Keeps what was read, so that it can be looked at.
+// Keeps what was read, so that it can be inspected.
 struct Reading {
   explicit Reading(const std::string& text)
       : document(svmscore::PmmlDocument::FromText(text, "test.pmml")),

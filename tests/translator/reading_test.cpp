@@ -1,4 +1,4 @@
-// What documents turn into, and what is left out without a word.
+// What documents turn into, and what is silently left out.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
