@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # check_commands.sh ROOT PROGRAM: runs the svmscore commands that the README and docs/ show, and
-# fails where their standard output is not what stands below them.
+# fails if their standard output is not what is shown below them.
 #
-# Looked at are the blocks marked `console`: a line "$ ./svmscore ..." and the lines below it, up to
-# the next command or the end of the block. A last line "..." stands for further lines.
+# It checks blocks marked `console`: a line "$ ./svmscore ..." and the lines below it, up to the next
+# command or the end of the block. A last line "..." means further lines.
 set -euo pipefail
 cd -- "$1"
 program=$2

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# check_paths.sh ROOT: fails where a README or a page under docs/ names a file or folder that is not
-# there, or, in a row that names a file and then a function, a function that the file lacks.
+# check_paths.sh ROOT: fails if a README or a page under docs/ names a file or folder that does not
+# exist, or, in a row that names a file and then a function, a function that the file lacks.
 #
-# A path is what stands between backticks and holds a slash or ends like a file of this project.
-# It counts from the root, or from the folder of the page that names it.
+# A path is a text in backticks that contains a slash or ends like a file of this project. It is
+# relative to the root, or to the folder of the page that names it.
 set -euo pipefail
 cd -- "$1"
 
@@ -29,7 +29,7 @@ check_page() {
     file=''
     while IFS= read -r piece; do
       if is_path "$piece"; then
-        # What a build or an installation makes is not in the tree.
+        # Files made by a build or an installation are not in the tree.
         [[ $piece == build/* || $piece == lib/* || $piece == bin/* ]] && continue
         seen=$((seen + 1))
         file=$piece
