@@ -145,10 +145,6 @@ inline constexpr std::array kMachineFindings = {
     FindingKind{"threshold-not-used", FindingClass::kNote, 0,
                 "a threshold stands where none is compared", "it decides nothing there",
                 "remove it"},
-    FindingKind{"extension-not-first", FindingClass::kError, code::kBadContent,
-                "an Extension with what its machine needs is not the first one of the machine, and "
-                "is not read",
-                "no probabilities are computed", "make it the first Extension of its machine"},
     FindingKind{
         "extension-incomplete", FindingClass::kError, code::kLacksChildren,
         "an Extension that lacks what its machine needs gives it no probabilities, or no interval",

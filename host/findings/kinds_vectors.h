@@ -59,10 +59,6 @@ inline constexpr std::array kVectorFindings = {
         "index-out-of-range", FindingClass::kError, code::kBadContent,
         "an index stands for none of the vector fields: its value is compared with no input",
         "the value counts as a distance to every case", "number the positions from 1"},
-    FindingKind{"indices-unordered", FindingClass::kError, code::kBadContent,
-                "the indices of a sparse array do not ascend strictly",
-                "values are compared with the wrong inputs",
-                "write each index once, in ascending order"},
     FindingKind{"index-repeated", FindingClass::kError, code::kBadContent,
                 "of several entries of a vector with one index the first is compared with the "
                 "input, and the others with 0",

@@ -74,6 +74,9 @@ void CheckOneAgainstOne(Intake& intake, const std::vector<NamedMachine>& machine
 void CheckOneAgainstAll(Intake& intake, const std::vector<NamedMachine>& machines,
                         std::size_t categories) {
   if (FormPairs(machines)) {
+    // Of a method that is not known it was told that it counts as one-against-all.
+    const std::string method = AttributeText(intake.Model(), "classificationMethod");
+    if (!method.empty() && method != "OneAgainstAll") return;
     TellOf(intake, "method-contradicts-machines", intake.Model(),
            "one-against-all, with " + std::to_string(machines.size()) +
                " machines that pair every category with every other,");

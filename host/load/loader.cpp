@@ -75,7 +75,9 @@ void TellTransformations(LoadedModel& loaded, bool strict) {
     TellFinding(
         loaded, strict,
         left_out ? KindOfFinding("derived-field-left-out") : KindOfFinding("input-not-in-schema"),
-        remark.reason.GetElement(), remark.reason.what());
+        remark.reason.GetElement(),
+        remark.reason.GetErrorCode() == code::kBadContent ? remark.reason.GetMessageParts().front()
+                                                          : remark.reason.what());
   }
   const DOMElement* model = FindModelElement(loaded.document.Dom());
   const DOMElement* schema = FindChild(model, "MiningSchema");

@@ -1,199 +1,120 @@
-// What doctor finds in documents by themselves: one fault each, and nothing in sound ones.
+// What doctor finds in documents by themselves: one fault each, and nothing in sound ones; and that
+// score tells of it and refuses it as the catalogue says.
+#include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "host/findings/finding.h"
 #include "tests/doctor/patients.h"
 
 namespace svmscore::app {
+
+std::string TextOf(const Patient& patient) {
+  const std::string& base = patient.base;
+  std::string text;
+  if (base.empty()) {
+    text = ReadFile(DATA_FOLDER "/sound.pmml");
+  } else if (base == "three") {
+    // No score depends on the field.
+    text = Edited(ReadFile(TEST_FOLDER "/app/data/three.pmml"),
+                  {"<MiningField name='note' usageType='active'/>", ""});
+  } else if (base == "two" || base == "line") {
+    text = ReadFile(TEST_FOLDER "/app/data/" + base + ".pmml");
+  } else {
+    text = ReadFile(Example(base + "/model.pmml"));
+  }
+  return Edited(std::move(text), patient.edits);
+}
+
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
-const std::string kSoundDocument = Data("sound.pmml");
+const std::string kSoundDocument = DATA_FOLDER "/sound.pmml";
 
-struct Patient {
-  std::string findings;  // worst first; every one that the document has
-  Edits edits;
-  std::string example = "";  // that is edited, or else the sound document
-
-  friend void PrintTo(const Patient& patient, std::ostream* os) {
-    *os << patient.example << ": " << patient.findings;
+std::vector<Patient> AllPatients() {
+  std::vector<Patient> all;
+  for (const auto& some :
+       {DocumentPatients(), VectorPatients(), MachinePatients(), SuspicionPatients()}) {
+    all.insert(all.end(), some.begin(), some.end());
   }
-};
+  return all;
+}
+
+// The kinds that "NAME at ELEMENT, NAME" names.
+std::set<std::string> KindsIn(const std::string& findings) {
+  std::set<std::string> kinds;
+  std::istringstream list(findings);
+  for (std::string entry; std::getline(list >> std::ws, entry, ',');) {
+    kinds.insert(entry.substr(0, entry.find(' ')));
+  }
+  return kinds;
+}
 
 class Doctor : public testing::TestWithParam<Patient> {};
+INSTANTIATE_TEST_SUITE_P(Documents, Doctor, testing::ValuesIn(AllPatients()));
 
 TEST_P(Doctor, FindsWhatIsWrongAndNothingElse) {
-  const auto& [findings, edits, example] = GetParam();
-  const std::string path = example.empty() ? kSoundDocument : Example(example + "/model.pmml");
-  const Diagnosis diagnosis = Diagnose(Edited(ReadFile(path), edits));
-  EXPECT_EQ(diagnosis.findings, findings) << diagnosis.json.dump(1);
+  const Diagnosis diagnosis = Diagnose(TextOf(GetParam()));
+  EXPECT_EQ(diagnosis.findings, GetParam().findings) << diagnosis.json.dump(1);
 }
 
-const Patient kSound[] = {
-    {"", {}},
-    {"", {}, "iris"},
-    {"", {}, "tumour"},
-    {"", {}, "diabetes"},
-};
-INSTANTIATE_TEST_SUITE_P(Sound, Doctor, testing::ValuesIn(kSound));
-
-const Patient kReading[] = {
-    // The rest of a document that is refused is looked at all the same.
-    {"refused at PMML, unlisted-category at NormDiscrete",
-     {"version='4.4'", "version='5.0'", "'Male'/></D", "'male'/></D"}},
-    {"reading-remark at PMML", {"version='4.4'", "version='4.3'"}},
-    {"guessed-reading at SupportVectorMachineModel",
-     {"classificationMethod='OneAgainstOne' ", ""},
-     "iris"},
-    {"count-disagrees at DataDictionary", {"numberOfFields='5'", "numberOfFields='6'"}},
-    {"verification-disagrees at ModelVerification",
-     {"</SupportVectorMachine>",
-      "</SupportVectorMachine><ModelVerification><VerificationFields><VerificationField "
-      "field='age'/><VerificationField field='sex'/><VerificationField "
-      "field='grade'/><VerificationField field='size'/><VerificationField "
-      "field='y'/></VerificationFields><InlineTable><row><age>25</age><sex>Male</sex><grade>B</"
-      "grade><size>0.5</size><y>no</y></row></InlineTable></ModelVerification>"}},
-    {"verification-unreadable at ModelVerification",
-     {"</SupportVectorMachine>", "</SupportVectorMachine><ModelVerification/>"}},
-};
-INSTANTIATE_TEST_SUITE_P(Reading, Doctor, testing::ValuesIn(kReading));
-
-// Another expression for the derived field `band`, and other constants that it is compared with.
-Edits Band(const std::string& expression, const std::string& constants) {
-  return {"*<Discretize[^]*</Discretize>",
-          expression,
-          "'equal'",
-          "'isIn'",
-          "*<Constant dataType='string'>young</Constant>",
-          constants};
+// Score tells of every kind that the strict reading refuses, and of no other; the strict reading
+// refuses with the code of such a kind, and says how to let the document through.
+TEST_P(Doctor, AndScoreGoByOneList) {
+  const TemporaryFolder folder;
+  const std::string model = folder.Write("model.pmml", TextOf(GetParam()));
+  const Ran ran = RunProgram({"score", model}, "x\n");
+  const Ran strict = RunProgram({"score", model, "--strict-document"}, "x\n");
+  const std::set<std::string> found = KindsIn(GetParam().findings);
+  if (found.contains("refused")) {
+    EXPECT_EQ(ran.status, 3);
+    return;
+  }
+  EXPECT_NE(ran.status, 3) << ran.err;
+  std::vector<std::string> codes;
+  for (const FindingKind& kind : AllFindingKinds()) {
+    const bool told = found.contains(std::string(kind.name)) && kind.IsRefusedWhenStrict();
+    const std::string sentence(kind.sentence);
+    const std::string line = ": " + sentence;
+    EXPECT_THAT(ran.err, told ? testing::Matcher<const std::string&>(HasSubstr(line))
+                              : Not(HasSubstr(line + ':')))
+        << kind.name;
+    if (told) codes.push_back("[" + std::to_string(kind.strict_code) + "] ");
+  }
+  EXPECT_EQ(strict.status == 3, !codes.empty()) << strict.err;
+  if (codes.empty()) return;
+  EXPECT_TRUE(std::any_of(codes.begin(), codes.end(), [&strict](const std::string& code) {
+    return strict.err.find(code) != std::string::npos;
+  })) << strict.err;
+  EXPECT_THAT(strict.err, HasSubstr("or leave out --strict-document"));
 }
 
-const std::string kAll =
-    "<Constant>a</Constant><Constant>b</Constant><Constant>c</Constant><Constant>d</Constant>";
-const std::string kBins =
-    "<Discretize field='age' defaultValue='c' mapMissingTo='d'><DiscretizeBin binValue='a'>"
-    "<Interval closure='openOpen' rightMargin='9'/></DiscretizeBin><DiscretizeBin binValue='b'>"
-    "<Interval closure='openOpen' leftMargin='9'/></DiscretizeBin></Discretize>";
-const std::string kTable =
-    "<MapValues outputColumn='o' defaultValue='c' mapMissingTo='d'><FieldColumnPair field='sex' "
-    "column='i'/><InlineTable><row><i>Male</i><o>a</o></row><row><i>Female</i><o>b</o></row>"
-    "</InlineTable></MapValues>";
+TEST(Catalogue, HasADocumentForEveryKind) {
+  std::set<std::string> provoked;
+  for (const Patient& patient : AllPatients()) provoked.merge(KindsIn(patient.findings));
+  for (const std::string& kind : KindsOfScores()) provoked.insert(kind);
+  provoked.insert("vectors-unexamined");  // limits_test.cpp of tests/app
+  for (const FindingKind& kind : AllFindingKinds()) {
+    EXPECT_TRUE(provoked.contains(std::string(kind.name))) << kind.name;
+  }
+}
 
-const Patient kFields[] = {
-    {"", Band("<Constant>a</Constant>", "<Constant>a</Constant>")},
-    {"unlisted-category at Constant", Band("<Constant>a</Constant>", "<Constant>b</Constant>")},
-    {"", Band(kBins, kAll)},
-    {"unlisted-category at Constant", Band(kBins, kAll + "<Constant>e</Constant>")},
-    {"", Band(kTable, kAll)},
-    {"unlisted-category at Constant", Band(kTable, kAll + "<Constant>e</Constant>")},
-    {"unlisted-category at Constant", {">young</Constant>", ">Young</Constant>"}},
-    {"unmapped-category at MapValues, unlisted-table-key at row", {"<g>A</g>", "<g>a</g>"}},
-    {"unmapped-category at MapValues", {"<n>2</n>", ""}},
-    // With a default, a table need not list every category.
-    {"unlisted-table-key at row",
-     {"<g>A</g>", "<g>C</g>", "'n' dataType", "'n' defaultValue='0' dataType"}},
-    // Values that are not listed may come where they are taken as they are.
-    {"",
-     {"'sex' value='Male'", "'sex' value='male'", "<MiningField name='sex'/>",
-      "<MiningField name='sex' invalidValueTreatment='asIs'/>"}},
-    {"inactive-field at MiningField",
-     {"<MiningField name='sex'/>", "<MiningField name='sex' usageType='supplementary'/>"}},
-    {"unused-field at MiningField", {"<FieldRef field='size'/>", "<FieldRef field='age_n'/>"}},
-    {"unused-derived-field at DerivedField",
-     {"</LocalTransformations>",
-      "<DerivedField name='rest' optype='continuous' dataType='double'><FieldRef "
-      "field='size'/></DerivedField></LocalTransformations>"}},
-    {"constant-field at VectorFields",
-     {"1 2 1 0.5<", "1 0 1 0.5<", "<Indices>1 3 5<", "<Indices>1 4 5<"}},
-    {"field-dominates at VectorFields",
-     {"1 2 1 0.5<", "1 2000 1 0.5<", "gamma='0.5'", "gamma='1e-6'"}},
-    {"indicator-not-0-or-1 at FieldRef", {"-0.5 1 2 1", "-0.5 1.3 2 1", "0.25 1 1", "0.25 -0.7 1"}},
-    {"vector-outside-interval at FieldRef", {"1 2 1 0.5<", "1 2 1 7<", "0.25 1 1<", "0.25 1 -6<"}},
-};
-INSTANTIATE_TEST_SUITE_P(Fields, Doctor, testing::ValuesIn(kFields));
-
-const Patient kVectorsAndKernels[] = {
-    {"refused at Array, vector-length at Array, vector-dropped at VectorInstance",
-     {"numberOfVectors='3'", "", "</VectorDictionary>",
-      "<VectorInstance id='d'><Array>1 2 3 4</Array></VectorInstance></VectorDictionary>"}},
-    {"refused at Array, vector-dropped at VectorInstance",
-     {"numberOfVectors='3'", "", "</VectorDictionary>",
-      "<VectorInstance id='d'><Array n='6'>1 2 3 4 5</Array></VectorInstance></VectorDictionary>"}},
-    {"refused at REAL-Entries, vector-length at REAL-SparseArray",
-     {"<Indices>1 3 5<", "<Indices>1 3<"}},
-    {"unused-vector at VectorInstance",
-     {"numberOfVectors='3'", "", "</VectorDictionary>",
-      "<VectorInstance id='d'><REAL-SparseArray n='5'/></VectorInstance></VectorDictionary>"}},
-    {"unknown-kernel at LaplaceKernelType",
-     {"<RadialBasisKernelType", "<LaplaceKernelType/><RadialBasisKernelType"}},
-    {"kernel-parameter-misnamed at RadialBasisKernelType", {"gamma='0.5'", "sigma='1'"}},
-    {"unknown-kernel-attribute at RadialBasisKernelType", {"gamma='0.5'", "gamma='0.5' sigma='1'"}},
-    {"kernel-parameter-absent at RadialBasisKernelType", {"gamma='0.5'", ""}},
-    {"negative-gamma at RadialBasisKernelType", {"gamma='0.5'", "gamma='-0.5'"}},
-    {"fractional-degree at PolynomialKernelType",
-     {"<RadialBasisKernelType gamma='0.5'",
-      "<PolynomialKernelType gamma='1' coef0='1' degree='2.5'"}},
-    {"kernel-vanishes at RadialBasisKernelType", {"gamma='0.5'", "gamma='5000'"}},
-    {"kernel-constant at RadialBasisKernelType", {"gamma='0.5'", "gamma='1e-14'"}},
-    {"kernel-saturates at SigmoidKernelType",
-     {"<RadialBasisKernelType gamma='0.5'", "<SigmoidKernelType gamma='1' coef0='50'"}},
-};
-INSTANTIATE_TEST_SUITE_P(VectorsAndKernels, Doctor, testing::ValuesIn(kVectorsAndKernels));
-
-const Patient kMachines[] = {
-    {"zero-machine at Coefficients", {"*(<Coefficient value=')[-0-9.]*", "$010"}},
-    {"constant-side at Coefficients, one-signed-machine at Coefficients",
-     {"<Coefficient value='-1'/>", "<Coefficient value='1'/>"}},
-    {"constant-side at Coefficients", {"absoluteValue='0.1'", "absoluteValue='1.01'"}},
-    // The signs of a bounded kernel: -1 is still in reach.
-    {"", {"absoluteValue='0.1'", "absoluteValue='0.99'"}},
-    {"coefficients-unbalanced at Coefficients",
-     {"<Coefficient value='-", "<Coefficient value='"},
-     "diabetes"},
-    {"offset-sign at Coefficients", {"absoluteValue='-", "absoluteValue='"}, "tumour"},
-    {"offset-off at Coefficients", {"absoluteValue='-0.1", "absoluteValue='-0.9"}, "tumour"},
-    // A threshold may carry the offset.
-    {"",
-     {"absoluteValue='-0.12310679071170864'", "absoluteValue='0'",
-      "alternateTargetCategory='benign'",
-      "alternateTargetCategory='benign' threshold='0.12310679071170864'"},
-     "tumour"},
-    {"extension-contradicts-votes at SupportVectorMachine", {"A='-", "A='"}, "tumour"},
-    {"machine-sign at SupportVectorMachine, extension-contradicts-votes at SupportVectorMachine, "
-     "constant-field at VectorFields, made-readable at SupportVectorMachine",
-     {"response='0' nonResponse='1'", "response='1' nonResponse='0'"},
-     "digits"},
-    {"max-wins-inverted at SupportVectorMachineModel",
-     {"maxWins='true'", "maxWins='false'"},
-     "iris"},
-    {"machine-sign at SupportVectorMachine",
-     {"targetCategory='setosa' alternateTargetCategory='versicolor'",
-      "targetCategory='versicolor' alternateTargetCategory='setosa'"},
-     "iris"},
-    {"method-contradicts-machines at SupportVectorMachineModel",
-     {"'OneAgainstOne'", "'OneAgainstAll'"},
-     "iris"},
-    {"target-repeated at SupportVectorMachine, category-never-predicted at DataField",
-     {"'OneAgainstOne'", "'OneAgainstAll'", "* alternateTargetCategory='[a-z]*'", ""},
-     "iris"},
-    {"pair-repeated at SupportVectorMachine",
-     {"targetCategory='setosa' alternateTargetCategory='virginica'",
-      "targetCategory='versicolor' alternateTargetCategory='setosa' "},
-     "iris"},
-    {"same-category-twice at SupportVectorMachine, category-never-predicted at DataField",
-     {"alternateTargetCategory='no'", "alternateTargetCategory='yes'"}},
-    {"threshold-not-used at SupportVectorMachine",
-     {"<SupportVectorMachine>", "<SupportVectorMachine threshold='0.5'>"},
-     "diabetes"},
-    {"max-wins-early at SupportVectorMachineModel",
-     {"PMML-4_4", "PMML-4_1", "version='4.4'", "version='4.1'"}},
-};
-INSTANTIATE_TEST_SUITE_P(Machines, Doctor, testing::ValuesIn(kMachines));
+// What only doctor finds is a suspicion or an error, and is said to be so by its lack of a code.
+TEST(Catalogue, RefusesWhatIsGuessedLostOrWrong) {
+  for (const FindingKind& kind : AllFindingKinds()) {
+    const bool told =
+        kind.of_class == FindingClass::kGuessed || kind.of_class == FindingClass::kLossy;
+    const bool error = kind.of_class == FindingClass::kError;
+    EXPECT_TRUE(error || kind.IsRefusedWhenStrict() == told) << kind.name;
+  }
+}
 
 TEST(Doctor, SaysWhatWhereAndWhatToDo) {
   const TemporaryFolder folder;
@@ -210,7 +131,7 @@ error unlisted-category, line 21, NormDiscrete
   Remedy: spell the category as the DataDictionary does, or list it there.
 
 warning count-disagrees, line 27, VectorDictionary
-  numberOfVectors says 4, and there are 3 VectorInstance elements: what is there counts
+  numberOfVectors 4 beside 3 VectorInstance elements in element VectorDictionary
   Consequence: what is there counts; if something was lost on the way, scores are wrong.
   Remedy: export the document anew, or correct the count.
 )");

@@ -18,6 +18,27 @@ inline std::string Example(const std::string& name) {
   return std::string(EXAMPLES_FOLDER "/") + name;
 }
 
+// A document with a fault.
+struct Patient {
+  std::string findings;  // worst first; every one that the document has
+  Edits edits;
+  std::string base = "";  // what is edited: one of the examples or of tests/app, or the sound one
+
+  friend void PrintTo(const Patient& patient, std::ostream* os) {
+    *os << patient.base << ": " << patient.findings;
+  }
+};
+std::string TextOf(const Patient& patient);
+
+// document_patients.cpp, machine_patients.cpp: found where the document is read.
+std::vector<Patient> DocumentPatients();
+std::vector<Patient> VectorPatients();
+std::vector<Patient> MachinePatients();
+// suspicion_patients.cpp: found by doctor.
+std::vector<Patient> SuspicionPatients();
+// scores_test.cpp: the kinds that scores take to find.
+std::vector<std::string> KindsOfScores();
+
 struct Diagnosis {
   int status = -1;
   std::string findings;  // as "NAME at ELEMENT, NAME", in the order of the report

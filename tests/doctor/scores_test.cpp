@@ -56,6 +56,9 @@ const Fault kFaults[] = {
      {"targetCategory='setosa' alternateTargetCategory='versicolor'",
       "targetCategory='versicolor' alternateTargetCategory='setosa'"}},
     {"iris",
+     "method-mistaken at SupportVectorMachineModel",
+     {"'OneAgainstOne'", "'OneAgainstAll'"}},
+    {"iris",
      "classes-permuted at SupportVectorMachine",
      {"*'setosa'", "'x'", "*'virginica'", "'setosa'", "*'x'", "'virginica'"}},
     {"tumour", "offset-sign at Coefficients", {"absoluteValue='-", "absoluteValue='"}},
@@ -83,7 +86,7 @@ std::vector<std::string> With(const TemporaryFolder& folder, const std::string& 
 
 // The expected scores are those of another model, wherever the field has a certain value.
 TEST(Scores, NameTheFieldThatTellsTheRowsApart) {
-  const std::string model = ReadFile(Data("sound.pmml"));
+  const std::string model = ReadFile(DATA_FOLDER "/sound.pmml");
   std::string rows;
   for (int i = 0; i < 16; ++i) {
     rows += std::to_string(20 + i * 7 % 50) + (i % 2 == 0 ? ",Male" : ",Female") +
@@ -109,22 +112,51 @@ TEST(Scores, NameTheFieldThatTellsTheRowsApart) {
             "grade is \"B\" in all rows that disagree, and in none that agree");
 }
 
-// Training with coef0 = 0, and a document that leaves it out.
-TEST(Scores, TellOfDefaultsThatTheProducerMeantOtherwise) {
-  const std::string document =
-      Edited(ReadFile(Data("sound.pmml")),
-             {"<RadialBasisKernelType gamma='0.5'", "<PolynomialKernelType gamma='1' degree='2'"});
+// What the producer meant, what it wrote instead, and what doctor makes of it.
+struct Slip {
+  std::string finding;
+  Edits meant;
+  Edits written;
+};
+
+const Edits kPolynomial = {"<RadialBasisKernelType gamma='0.5'",
+                           "<PolynomialKernelType gamma='1' coef0='0' degree='2'"};
+Edits Percentages(const std::string& first, const std::string& second) {
+  return {"</MiningSchema>",
+          "</MiningSchema><Output><OutputField name='first' feature='probability' value='" + first +
+              "'/><OutputField name='second' feature='probability' value='" + second +
+              "'/></Output>",
+          "<SupportVectors ",
+          "<Extension extender='svmscore'><ResponseCategory response='yes' nonResponse='no'/>"
+          "<ProbabilityParameters A='-1' B='0.1'/></Extension><SupportVectors "};
+}
+
+const Slip kSlips[] = {
+    {"kernel-default-differs at PolynomialKernelType",
+     kPolynomial,
+     {kPolynomial[0], "<PolynomialKernelType gamma='1' degree='2'"}},
+    {"offset-not-wanted at Coefficients",
+     {"absoluteValue='0.1'", "absoluteValue='0'"},
+     {"absoluteValue='0.1'", "absoluteValue='0.37'"}},
+    {"percentages-swapped at SupportVectorMachine", Percentages("yes", "no"),
+     Percentages("no", "yes")},
+};
+
+TEST(Scores, TellWhatWasMeant) {
   std::string cases = "age,sex,grade,size\n";
   for (int i = 0; i < 40; ++i) {
     cases += std::to_string(i * 2) + (i % 2 == 0 ? ",Male" : ",Female") +
              (i % 4 < 2 ? ",A," : ",B,") + std::to_string(i % 7 - 3) + "\n";
   }
-  const TemporaryFolder folder;
-  const std::string meant =
-      folder.Write("m.pmml", Edited(document, {"gamma='1'", "gamma='1' coef0='0'"}));
-  const Ran scored = RunProgram({"score", meant}, cases);
-  EXPECT_THAT(Diagnose(document, With(folder, cases, scored.out)).findings,
-              HasSubstr("kernel-default-differs at PolynomialKernelType"));
+  const std::string sound = ReadFile(DATA_FOLDER "/sound.pmml");
+  for (const Slip& slip : kSlips) {
+    const TemporaryFolder folder;
+    const Ran meant =
+        RunProgram({"score", folder.Write("m.pmml", Edited(sound, slip.meant))}, cases);
+    const Diagnosis diagnosis =
+        Diagnose(Edited(sound, slip.written), With(folder, cases, meant.out));
+    EXPECT_THAT(diagnosis.findings, StartsWith("mismatch, " + slip.finding)) << meant.out;
+  }
 }
 
 TEST(Scores, ThatNobodyExpectsOrCanReadAreRefused) {
@@ -133,7 +165,8 @@ TEST(Scores, ThatNobodyExpectsOrCanReadAreRefused) {
   for (const std::string& expected :
        {folder.Write("expected.csv", "prediction,status\n,\n"), folder.Path("none.csv")}) {
     EXPECT_EQ(
-        RunProgram({"doctor", Data("sound.pmml"), "--input", cases, "--expected", expected}).status,
+        RunProgram({"doctor", DATA_FOLDER "/sound.pmml", "--input", cases, "--expected", expected})
+            .status,
         5);
   }
 }
@@ -154,4 +187,15 @@ TEST(Scores, AreReadAndComparedAsAskedFor) {
 }
 
 }  // namespace
+
+std::vector<std::string> KindsOfScores() {
+  std::vector<std::string> kinds = {"mismatch", "mismatch-field"};
+  const auto add = [&kinds](const std::string& finding) {
+    kinds.push_back(finding.substr(0, finding.find(' ')));
+  };
+  for (const Fault& fault : kFaults) add(fault.finding);
+  for (const Slip& slip : kSlips) add(slip.finding);
+  return kinds;
+}
+
 }  // namespace svmscore::app

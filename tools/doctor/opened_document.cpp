@@ -41,7 +41,10 @@ OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source) {
     return opened;
   }
   try {
-    opened.loaded = LoadModel(plugin, *std::exchange(opened.document, std::nullopt));
+    // As score does, which looks at a document a second time where the first reading fails.
+    opened.loaded = LoadModel(plugin, [&] {
+      return opened.document ? *std::exchange(opened.document, std::nullopt) : source.Parse();
+    });
   } catch (const SSException& error) {
     opened.refused = Refusal(error);
   }

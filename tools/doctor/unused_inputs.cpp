@@ -26,15 +26,11 @@ void CheckNeeds(const Examined& examined, FindingList& findings) {
                  fmt::format("nothing that is scored depends on \"{}\"", name));
   }
   for (const std::string& name : graph.Needed(false)) {
-    const Element* data = graph.DataField(name);
-    if (data == nullptr || graph.IsActive(name)) continue;
     const Element* mining = graph.MiningField(name);
-    std::string why = "and the mining schema does not list it";
-    if (mining != nullptr) {
-      why = fmt::format("and its usageType is \"{}\"", AttributeText(mining, "usageType"));
-    }
-    findings.Add("inactive-field", mining != nullptr ? mining : data,
-                 fmt::format("vectors need \"{}\", {}", name, why));
+    if (graph.DataField(name) == nullptr || mining == nullptr || graph.IsActive(name)) continue;
+    findings.Add("inactive-field", mining,
+                 fmt::format("vectors need \"{}\", and its usageType is \"{}\"", name,
+                             AttributeText(mining, "usageType")));
   }
 }
 
