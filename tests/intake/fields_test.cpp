@@ -15,10 +15,6 @@ std::string Scaled(const std::string& name, const std::string& field, const std:
          "'/></NormContinuous></DerivedField>";
 }
 
-std::string Global(const std::string& content) {
-  return "<TransformationDictionary>" + content + "</TransformationDictionary>";
-}
-
 // The decision value is the first position times 1 plus the second times 10.
 Parts Sum() {
   Parts parts;

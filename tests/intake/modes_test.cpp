@@ -17,10 +17,6 @@ const std::string kLag =
     "<DerivedField name='lag' optype='continuous' dataType='double'><Lag field='x'/>"
     "</DerivedField>";
 
-std::string Global(const std::string& content) {
-  return "<TransformationDictionary>" + content + "</TransformationDictionary>";
-}
-
 std::string Local(const std::string& content) {
   return "<LocalTransformations>" + content + "</LocalTransformations>";
 }

@@ -86,6 +86,11 @@ svmscore::LoadedModel Load(const std::string& text, svmscore::LoadChecks checks)
 // The same for a document that predicts a number.
 double Predict(const std::string& text, const Case& inputs);
 
+// Derived fields and functions of the whole document, as Parts::global.
+inline std::string Global(const std::string& content) {
+  return "<TransformationDictionary>" + content + "</TransformationDictionary>";
+}
+
 }  // namespace svmscore_test
 
 #endif  // TESTS_INTAKE_READING_H_
