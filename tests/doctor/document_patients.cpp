@@ -206,8 +206,7 @@ std::vector<Patient> DocumentPatients() {
         "version='3.2'", "PMML-4_4", "PMML-3_2", "targetCategory='a' alternateTargetCategory='b'",
         "targetCategory='a'"},
        "three"},
-      {"refused at SupportVectorMachine, extension-content at SupportVectorMachine, unused-vector "
-       "at VectorInstance",
+      {"read-to-the-letter at PMML, unused-vector at VectorInstance",
        {"*<SupportVectors.*</SupportVectors>", "", "*<Extension.*</Extension>", "",
         "*<SupportVectorMachine>",
         "<Extension><SupportVectorMachine><SupportVectors><SupportVector "

@@ -126,7 +126,7 @@ TEST(Doctor, SaysWhatWhereAndWhatToDo) {
   EXPECT_EQ(ran.out, model + R"(: 2 findings, 1 changes scores
 
 error unlisted-category, line 21, NormDiscrete
-  "male" is no category of "sex", "Male" is
+  "male" is no category of "sex", "Male" is, in element NormDiscrete
   Consequence: no valid input can have this category: its indicator is 0 for every case, or its cases are invalid.
   Remedy: spell the category as the DataDictionary does, or list it there.
 

@@ -35,8 +35,8 @@ std::vector<Patient> SuspicionPatients() {
       {"", {}, "tumour"},
       {"", {}, "diabetes"},
       // The rest of a document that is refused is looked at all the same.
-      {"refused at FieldRef, unlisted-category at NormDiscrete",
-       {"<FieldRef field='size'/>", "<FieldRef field='sise'/>", "'Male'/></D", "'male'/></D"}},
+      {"refused at SupportVectorMachineModel, unlisted-category at NormDiscrete",
+       {"functionName", "isScorable='false' functionName", "'Male'/></D", "'male'/></D"}},
       {"verification-disagrees at ModelVerification",
        {"</SupportVectorMachine>",
         "</SupportVectorMachine><ModelVerification><VerificationFields><VerificationField "
@@ -80,7 +80,7 @@ std::vector<Patient> SuspicionPatients() {
       {"refused at Array",
        {"numberOfVectors='3'", "", "</VectorDictionary>",
         "<VectorInstance id='d'><Array>1 2 3 4</Array></VectorInstance></VectorDictionary>"}},
-      {"refused at Array",
+      {"count-disagrees at Array, dense-array at Array, unused-vector at VectorInstance",
        {"numberOfVectors='3'", "", "</VectorDictionary>",
         "<VectorInstance id='d'><Array n='6'>1 2 3 4 "
         "5</Array></VectorInstance></VectorDictionary>"}},
@@ -116,8 +116,8 @@ std::vector<Patient> SuspicionPatients() {
         "alternateTargetCategory='benign' threshold='0.12310679071170864'"},
        "tumour"},
       {"extension-contradicts-votes at SupportVectorMachine", {"A='-", "A='"}, "tumour"},
-      {"machine-sign at SupportVectorMachine, extension-contradicts-votes at SupportVectorMachine, "
-       "constant-field at VectorFields, made-readable at SupportVectorMachine",
+      {"response-later at SupportVectorMachine, extension-contradicts-votes at "
+       "SupportVectorMachine, constant-field at VectorFields",
        {"response='0' nonResponse='1'", "response='1' nonResponse='0'"},
        "digits"},
       {"max-wins-inverted at SupportVectorMachineModel",
