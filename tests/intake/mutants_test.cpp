@@ -222,7 +222,7 @@ TEST_F(Mutants, OfTheDocumentsOfTests) {
     } catch (const SSException&) {
       continue;  // no document that could be damaged any further
     }
-    for (int i = 0; i < Count(12) && !HasFailure(); ++i) {
+    for (int i = 0; i < Count(60) && !HasFailure(); ++i) {
       CompareMade([&tree](Choices&) { return *tree; });
     }
   }
