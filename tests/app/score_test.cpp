@@ -84,7 +84,7 @@ TEST(Score, WritesWhatIsAskedFor) {
       {"line.pmml --prediction-only --columns all", "x\n1\n", interval + ",status\n2.1,,,,0\n"},
       {"line.pmml", "x\n1.5\nNA\n1e308\n",
        interval + ",status\n3.1,0.5,1.602133863223005,4.597866136776995,0\n,,,,90029\n"
-                  "INF,0.5,INF,INF,0\n"},
+                  ",,,,90027\n"},
       {"line.pmml --decisions", "x\n1\n",
        interval + ",decision,status\n2.1,0.5,0.6021338632230051,3.597866136776995,2.1,0\n"},
       {"three.pmml --decisions", "width,height,colour\n1,2,blue\n,1,red\n",

@@ -83,10 +83,6 @@ std::vector<Patient> DocumentPatients() {
       {"second-target at MiningField",
        {kTarget, kTarget + "<MiningField name='note' usageType='predicted'/>"},
        "three"},
-      {"transformations-off at LocalTransformations, version-disagreement at PMML",
-       {"version='4.4'", "version='2.1'", "<PolynomialKernelType",
-        "<LocalTransformations/><PolynomialKernelType"},
-       "three"},
       {"unknown-vector-field at Constant", {kWidthEntry, "<Constant/>" + kWidthEntry}, "three"},
       {"count-disagrees at VectorFields", {"numberOfFields='3'", "numberOfFields='2'"}, "three"},
 
