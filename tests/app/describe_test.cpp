@@ -16,13 +16,6 @@ namespace {
 using nlohmann::json;
 using testing::HasSubstr;
 
-json Describe(const std::string& model, const Edits& edits) {
-  const TemporaryFolder folder;
-  const Ran ran = RunProgram({"describe", EditedFile(folder, Data(model), edits), "--json"});
-  EXPECT_EQ(ran.status, 0) << ran.err;
-  return ran.status == 0 ? json::parse(ran.out) : json::object();
-}
-
 TEST(Describe, TellsWhatAModelIs) {
   const Ran ran = RunProgram({"describe", Data("three.pmml")});
   EXPECT_EQ(ran.status, 0) << ran.err;
