@@ -216,16 +216,17 @@ TEST(BadModel, WhatIsReadInAnotherWayIsALineForEachKindAndRefusedWhenStrict) {
   const std::string model =
       EditedFile(folder, Data("line.pmml"),
                  {vector, vector + "<SupportVector vectorId='u'/><SupportVector vectorId='w'/>",
-                  coefficient, coefficient + "<Coefficient value='3'/><Coefficient value='4,5'/>"});
+                  "numberOfSupportVectors='1'", "", "numberOfCoefficients='1'", "", coefficient,
+                  coefficient + "<Coefficient value='3'/><Coefficient value='4,5'/>"});
   const Ran ran = RunProgram({"score", model}, "x\n1\n");
   EXPECT_EQ(ran.status, 0);
   EXPECT_EQ(ran.out, RunProgram({"score", Data("line.pmml")}, "x\n1\n").out);
   const std::string told =
-      ": line 20, SupportVector: a support vector that names no vector is left "
-      "out, together with its coefficient: the vectorId \"u\", which no VectorInstance has, in "
-      "element SupportVector (the first of 2 places)\n";
+      ": error: line 20, SupportVector: a support vector that names no vector is left "
+      "out, together with its coefficient: the vectorId \"u\", which no VectorInstance with values "
+      "has, in element SupportVector (the first of 2 places)\n";
   EXPECT_THAT(ran.err, HasSubstr("svmscore: " + model + told));
-  EXPECT_THAT(ran.err, HasSubstr("svmscore: " + model + ": line 21, Coefficient: a threshold, "));
+  EXPECT_THAT(ran.err, HasSubstr("svmscore: " + model + ": error: line 21, Coefficient: a coeff"));
   EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), 3) << ran.err;
   for (const char* command : {"score", "verify"}) {
     const Ran strict = RunProgram({command, model, "--strict-document"}, "x\n1\n");
@@ -233,10 +234,17 @@ TEST(BadModel, WhatIsReadInAnotherWayIsALineForEachKindAndRefusedWhenStrict) {
     EXPECT_THAT(strict.err, HasSubstr(": [260153] \"4,5\" is not an allowed value"));
   }
   const std::string described = RunProgram({"describe", model}).out;
-  EXPECT_THAT(described, HasSubstr("How the document is read\n  line 21, Coefficient: a "));
+  EXPECT_THAT(described, HasSubstr("What is lost or wrong\n  error: line 21, Coefficient: a "));
   EXPECT_THAT(described, Not(HasSubstr("refuses this model")));
   EXPECT_THAT(RunProgram({"describe", model, "--strict-document"}).out,
               HasSubstr("score refuses this model: [260153] "));
+}
+
+TEST(BadPlugin, IsNamedWithTheReason) {
+  const Ran ran = RunProgram({"score", Data("line.pmml"), "--plugin", "/no/plugin.so"}, "x\n1\n");
+  EXPECT_EQ(ran.status, 3);
+  EXPECT_THAT(ran.err, HasSubstr("[260305] cannot load the plug-in /no/plugin.so: "));
+  EXPECT_THAT(ran.err, HasSubstr("SVMSCORE_PLUGIN"));
 }
 
 }  // namespace

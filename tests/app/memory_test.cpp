@@ -129,7 +129,7 @@ TEST(Time, OfDoctorIsNotThatOfCategoriesTimesMachines) {
   const auto seconds_of = [&model](const char* command) {
     const double before = SecondsOfChildren();
     const Ran ran = RunProgram({command, model});
-    EXPECT_NE(ran.out.find("no-absolute-value"), std::string::npos) << ran.err;
+    EXPECT_NE(ran.out.find("absoluteValue"), std::string::npos) << ran.err;
     return SecondsOfChildren() - before;
   };
   EXPECT_LT(seconds_of("doctor"), 6.0 * seconds_of("describe"));

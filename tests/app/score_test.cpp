@@ -147,8 +147,9 @@ TEST(Score, TellsOfEmptyOutputFieldsAndOfUnlistedDecisions) {
   const std::string log = folder.Path("log");
   const Ran ran = Score(model + " --log " + log, "x\n1\n");
   EXPECT_THAT(ran.err, StartsWith("svmscore: " + model +
-                                  ": line 13, OutputField: output field p "
-                                  "stays empty: a regression has no probabilities\n"));
+                                  ": line 13, OutputField: the document declares a result that the "
+                                  "model does not give, or not as it is declared: output field p "
+                                  "stays empty: a regression has no probabilities"));
   EXPECT_THAT(ReadFile(log), EndsWith("no probabilities\n"));
   EXPECT_EQ(Score(model + " --log " + log, "x\n2\n1\n3\n").out, "p,d,status\n,2,0\n,1,0\n,3,0\n");
   EXPECT_THAT(ReadFile(log), EndsWith("no probabilities\nsvmscore log: Output field d has a value "

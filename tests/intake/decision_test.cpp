@@ -10,8 +10,8 @@ namespace {
 std::string Identity(const std::string& attributes, bool linear = false) {
   return "<SupportVectorMachine " + attributes + '>' +
          (linear ? "" : "<SupportVectors><SupportVector vectorId='a'/></SupportVectors>") +
-         "<Coefficients absoluteValue='0'><Coefficient value='1'/>" + (linear ? "<Coefficient value='0'/>" : "") +
-         "</Coefficients></SupportVectorMachine>";
+         "<Coefficients absoluteValue='0'><Coefficient value='1'/>" +
+         (linear ? "<Coefficient value='0'/>" : "") + "</Coefficients></SupportVectorMachine>";
 }
 
 Parts Deciding(char major, char minor, const std::string& model, const std::string& machines) {

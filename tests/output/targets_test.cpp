@@ -130,19 +130,35 @@ TEST(Targets, TheLargestOfThreePriorsIsFound) {
   EXPECT_EQ(scoring.Score({{"colour", "red"}, {"grade", "A"}}).prediction.GetText(), "mid");
 }
 
-TEST(Targets, ValuesThatMeanNothingAreRefused) {
+// The case is scored without them.
+TEST(Targets, ValuesThatMeanNothingAreToldAndRefusedWhenStrict) {
   const std::string alarm =
       Edit(Document("alarm.pmml"), "<LocalTransformations>",
            R"(<Targets><Target><TargetValue value="ok" priorProbability="2"/></Target></Targets>
               <LocalTransformations>)");
-  for (const auto& [document, code] : std::vector<std::pair<std::string, std::string>>{
-           {Line(OnlyTarget(R"(min="2" max="1")")), "260313"},
-           {Line(OnlyTarget("castInteger=\"up\"")), "260153"},
-           {Line(OnlyTarget("rescaleFactor=\"two\"")), "260153"},
-           {alarm, "260153"}}) {
-    const std::string refusal = Refusal(document);
-    EXPECT_EQ(refusal.substr(0, 6), code) << refusal;
+  for (const auto& [document, what] : std::vector<std::pair<std::string, std::string>>{
+           {Line(OnlyTarget(R"(min="2" max="1")")), "greater than max"},
+           {Line(OnlyTarget("castInteger=\"up\"")), "\"up\""},
+           {Line(OnlyTarget("rescaleFactor=\"two\"")), "\"two\""},
+           {alarm, "\"2\""}}) {
+    EXPECT_EQ(Refusal(document), "");
+    const std::string refusal = Refusal(document, svmscore::LoadChecks::kStrict);
+    EXPECT_NE(refusal.find(what), std::string::npos) << refusal;
     EXPECT_NE(refusal.find("line "), std::string::npos) << refusal;
+  }
+}
+
+// A plug-in may give a model that predicts no field.
+TEST(Targets, AModelWithoutOneIsRefused) {
+  svmscore::LoadedModel loaded =
+      svmscore::LoadModel(svmscore::Plugin(SVMSCORE_PLUGIN_FILE),
+                          svmscore::PmmlDocument::FromText(Line(""), "test.pmml"));
+  loaded.model->SetVarRole("y", MCZandor_850::ScoreModel::kOtherRole);
+  try {
+    const svmscore::output::OutputPlan plan(*loaded.model, loaded.document.Dom());
+    FAIL() << "a plan without a target";
+  } catch (const MCZandor_850::SSException& error) {
+    EXPECT_EQ(error.GetErrorCode(), 260306);
   }
 }
 

@@ -80,14 +80,14 @@ TEST(Refusals, OfCallsNameTheFunctionOrItsArgument) {
       {"-(x)", "260315", "- is given 1 arguments but takes 2"},
       {"if(x)", "260315", "2 to 3"},
       {"avg()", "260315", "1 or more"},
-      {"matches('a', '(')", "260313", "no regular expression"},
+      {"matches('a', '(')", "260313", "not a regular expression"},
       {"replace('a', 'b', '$x')", "260313", "dollar"},
       {"formatNumber(x, '%s')", "260313", "%s"},
       {"formatNumber(x, '%d%d')", "260313", "one conversion"},
       {"formatNumber(x, '%99999d')", "260313", "99999"},
       {"formatDatetime(x, '%Q')", "260313", "%Q"},
       {"dateDaysSinceYear('2023-02-30', 1960)", "260313", "\"2023-02-30\" is not a date"},
-      {"dateDaysSinceYear(x, 'then')", "260313", "no year"}};
+      {"dateDaysSinceYear(x, 'then')", "260313", "not a year"}};
   for (const auto& row : calls) CheckAll({{CallToXml(row[0]), row[1] + " Apply", row[2]}});
 }
 
@@ -146,10 +146,14 @@ TEST(Refusals, CoverFieldsAndContainers) {
             {parameter + CallToXml("g(p)") + "</DefineFunction>", "260314 at element Apply"}}) {
     EXPECT_THAT(Refusal(Document("", transformations)), StartsWith(start));
   }
+  // A field that the model does not need may be of any kind; one that it needs may not.
   const std::string lag = DerivedField("d", "double", "<Lag field='x'/>");
-  EXPECT_THAT(Refusal(ModelDocument(
-                  "", "", "<TransformationDictionary>" + lag + "</TransformationDictionary>", "")),
-              StartsWith("260304 at element Lag"));
+  const auto refusal = [&lag](const std::string& positions) {
+    return Refusal(ModelDocument(
+        "", "", "<TransformationDictionary>" + lag + "</TransformationDictionary>", positions));
+  };
+  EXPECT_EQ(refusal(""), "");
+  EXPECT_THAT(refusal("<FieldRef field='d'/>"), StartsWith("260304 at element Lag"));
 }
 
 TEST(Refusals, SpareExtensions) {

@@ -198,7 +198,7 @@ TEST(TextIndex, GivesUpOnStepsWithoutEnd) {
 TEST(TextIndex, RefusesWhatItCannotDo) {
   for (const auto& [index, complaint] :
        Case{{Index("tokenize='false'", "a"), "tokenize"},
-            {Index("wordSeparatorCharacterRE='['", "a"), "no regular expression"},
+            {Index("wordSeparatorCharacterRE='['", "a"), "not a regular expression"},
             {Index("countHits='someHits'", "a"), "someHits"},
             {Index("localTermWeights='heavy'", "a"), "heavy"},
             {Index("", "a", "<TextIndexNormalization><TableLocator/></TextIndexNormalization>"),

@@ -80,8 +80,12 @@ TEST(DictionariesTest, TransformationsDependOnTheVersionAndTheirPlace) {
   Reading both(WithLocalTransformations(document, kIsRed));
   EXPECT_EQ(both.model.GetTransformationDictionary()->FindDerived("isred"), nullptr);
 
-  Reading unusable(WithDocumentTransformations(Classification(), Edit(kSquare, "\"x\"", "'who'")));
-  EXPECT_EQ(unusable.model.GetTransformationDictionary(), nullptr);
+  // A field that cannot be computed takes all others along where the vectors need it.
+  const std::string unusable =
+      WithDocumentTransformations(Classification(), Edit(kSquare, "\"x\"", "'who'"));
+  EXPECT_NE(Reading(unusable).model.GetTransformationDictionary(), nullptr);
+  Reading needed(Edit(unusable, "<CategoricalP", "<FieldRef field='sq'/>$&"));
+  EXPECT_EQ(needed.model.GetTransformationDictionary(), nullptr);
 }
 
 TEST(DictionariesTest, AnIndicatorTeachesItsVariableACategory) {
