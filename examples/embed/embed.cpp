@@ -10,11 +10,11 @@
 #include <thread>
 #include <vector>
 
-#include "host/text/number_text.h"
 #include "host/load/loader.h"
 #include "host/load/plugin.h"
 #include "host/model/score_case_record.h"
 #include "host/model/ss_exception.h"
+#include "host/text/number_text.h"
 
 namespace {
 

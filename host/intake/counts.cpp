@@ -16,8 +16,8 @@ std::size_t CountChildren(const DOMElement* parent, const char* name) {
 
 // Counts only where a number is stated.
 template <typename Count>
-void CheckCount(Intake& intake, const DOMElement* element, const char* attribute, const std::string& what,
-                const Count& count) {
+void CheckCount(Intake& intake, const DOMElement* element, const char* attribute,
+                const std::string& what, const Count& count) {
   const std::string text = AttributeText(element, attribute);
   if (text.empty()) return;
   const std::size_t actual = count();
@@ -29,7 +29,8 @@ void CheckCount(Intake& intake, const DOMElement* element, const char* attribute
 
 void CheckChildCount(Intake& intake, const DOMElement* element, const char* attribute,
                      const char* name) {
-  CheckCount(intake, element, attribute, name + std::string(" elements"), [&] { return CountChildren(element, name); });
+  CheckCount(intake, element, attribute, name + std::string(" elements"),
+             [&] { return CountChildren(element, name); });
 }
 
 }  // namespace

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "host/transform/read_word_rules.h"
 #include "host/text/field_text.h"
+#include "host/transform/read_word_rules.h"
 #include "host/transform/table/inline_table.h"
 
 namespace svmscore::transform {

@@ -9,7 +9,8 @@
 namespace svmscore::app {
 namespace {
 
-// Texts of all lengths around a block, with every special byte and its neighbours, from every place.
+// Texts of all lengths around a block, with every special byte and its neighbours, from every
+// place.
 TEST(SpecialBytes, AreTheFirstOnesWhereverTheSearchBegins) {
   const std::string_view special("\n\r\",\0", 5);
   const std::string_view others("\x01\t\x0B\x0E !#+-0A\x80\xAC\xFF", 14);
