@@ -57,7 +57,8 @@ std::vector<double> Percentages(const std::string& document, LoadChecks checks) 
 
 std::vector<std::string> Serious(const std::string& document) {
   std::vector<std::string> names;
-  for (const auto& finding : Scoring(document).Loaded().findings) {
+  Scoring scoring(document);
+  for (const auto& finding : scoring.Loaded().findings) {
     if (finding.kind->IsRefusedWhenStrict()) names.emplace_back(finding.Name());
   }
   return names;
@@ -130,7 +131,8 @@ TEST(Calibration, OfSomeMachinesIsNotUsed) {
     EXPECT_EQ(Percentages(document, LoadChecks::kAsIs) == Percentages(votes, LoadChecks::kAsIs),
               letter_votes);
     bool told = false;
-    for (const auto& finding : Scoring(document).Loaded().findings) {
+    Scoring scoring(document);
+    for (const auto& finding : scoring.Loaded().findings) {
       if (finding.Name() != "extension-on-some") continue;
       told = true;
       EXPECT_THAT(finding.detail, testing::HasSubstr(lacking));
