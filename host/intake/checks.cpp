@@ -2,6 +2,8 @@
 // as their defaults, without a word. Whoever wants scores is told.
 #include <unordered_set>
 
+#include "host/intake/counts.h"
+#include "host/intake/finite.h"
 #include "host/intake/steps.h"
 #include "host/intake/target_categories.h"
 #include "host/output/scheme.h"
@@ -46,8 +48,10 @@ bool HasValues(const DOMElement* instance) {
 // The identifiers of all vectors that are kept, borrowed from the document.
 std::unordered_set<WideView> CheckInstances(Intake& intake) {
   std::unordered_set<WideView> ids;
-  for (const DOMElement* instance :
-       Children(intake.ModelChild("VectorDictionary"), "VectorInstance")) {
+  std::size_t count = 0;
+  const DOMElement* dictionary = intake.ModelChild("VectorDictionary");
+  for (const DOMElement* instance : Children(dictionary, "VectorInstance")) {
+    ++count;
     const WideView id = AttributeView(instance, "id");
     // A translator says that there is none.
     if (id.data() == nullptr) continue;
@@ -58,6 +62,7 @@ std::unordered_set<WideView> CheckInstances(Intake& intake) {
                   "VectorInstance");
     }
   }
+  CheckStatedCount(intake, dictionary, "numberOfVectors", "VectorInstance elements", count);
   return ids;
 }
 
@@ -81,6 +86,7 @@ void CheckMachine(Intake& intake, const DOMElement* machine,
     const WideView value = AttributeView(coefficient, "value");
     if (value.data() == nullptr) intake.Tell("no-coefficient-value", coefficient);
     CheckNumber(intake, "bad-coefficient", coefficient, "value");
+    CheckFiniteAttribute(intake, coefficient, "value");
     all_zero = all_zero && ParseNumber(Narrow(value)).value_or(0.0) == 0.0;
     ++terms;
   }
@@ -101,6 +107,8 @@ void CheckMachine(Intake& intake, const DOMElement* machine,
     }
     ++vectors;
   }
+  CheckStatedCount(intake, support, "numberOfSupportVectors", "SupportVector elements", vectors);
+  CheckStatedCount(intake, coefficients, "numberOfCoefficients", "Coefficient elements", terms);
   // A translator says which of the two lists is empty.
   if (vectors == 0 || terms == 0) return;
   if (left == 0) intake.Error("empty-machine", machine, "no term that is left", NameOf(machine));

@@ -23,16 +23,9 @@ bool IsFinite(WideView word) {
   return !number || std::isfinite(*number);
 }
 
-void Check(Intake& intake, const DOMElement* element, const char* name) {
-  const WideView text = AttributeView(element, name);
-  WideView rest = text;
-  if (text.data() == nullptr || IsFinite(NextWord(rest))) return;
-  intake.Tell("number-not-finite", element, name + (" " + Narrow(text)), NameOf(element));
-}
-
 void CheckExtension(Intake& intake, const DOMElement* extension) {
   const DOMElement* sigmoid = FindChild(extension, "ProbabilityParameters");
-  for (const char* name : {"A", "B"}) Check(intake, sigmoid, name);
+  for (const char* name : {"A", "B"}) CheckFiniteAttribute(intake, sigmoid, name);
   const DOMElement* deviation = FindChild(extension, "StandardDeviation");
   if (deviation == nullptr) return;
   WideText joined;
@@ -45,6 +38,13 @@ void CheckExtension(Intake& intake, const DOMElement* extension) {
 
 }  // namespace
 
+void CheckFiniteAttribute(Intake& intake, const DOMElement* element, const char* name) {
+  const WideView text = AttributeView(element, name);
+  WideView rest = text;
+  if (text.data() == nullptr || IsFinite(NextWord(rest))) return;
+  intake.Tell("number-not-finite", element, name + (" " + Narrow(text)), NameOf(element));
+}
+
 void CheckFiniteWords(Intake& intake, const DOMElement* element, WideView text) {
   for (WideView word = NextWord(text); !word.empty(); word = NextWord(text)) {
     if (IsFinite(word)) continue;
@@ -53,23 +53,20 @@ void CheckFiniteWords(Intake& intake, const DOMElement* element, WideView text) 
 }
 
 void CheckFiniteNumbers(Intake& intake) {
-  Check(intake, intake.Model(), "threshold");
+  CheckFiniteAttribute(intake, intake.Model(), "threshold");
   for (const char* kind : {"PolynomialKernelType", "RadialBasisKernelType", "SigmoidKernelType"}) {
     for (const char* name : {"gamma", "coef0", "degree"}) {
-      Check(intake, intake.ModelChild(kind), name);
+      CheckFiniteAttribute(intake, intake.ModelChild(kind), name);
     }
   }
   for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
-    Check(intake, machine, "threshold");
-    const DOMElement* coefficients = FindChild(machine, "Coefficients");
-    Check(intake, coefficients, "absoluteValue");
-    for (const DOMElement* coefficient : Children(coefficients, "Coefficient")) {
-      Check(intake, coefficient, "value");
-    }
+    CheckFiniteAttribute(intake, machine, "threshold");
+    CheckFiniteAttribute(intake, FindChild(machine, "Coefficients"), "absoluteValue");
     CheckExtension(intake, VendorExtension(machine));
   }
   for (const DOMElement* target : Children(intake.ModelChild("Targets"), "Target")) {
-    for (const char* name : {"rescaleConstant", "rescaleFactor"}) Check(intake, target, name);
+    for (const char* name : {"rescaleConstant", "rescaleFactor"})
+      CheckFiniteAttribute(intake, target, name);
   }
 }
 

@@ -7,6 +7,9 @@
 
 namespace svmscore::intake {
 
+// Remarks on an attribute (of an element that may be null) that begins with such a number.
+void CheckFiniteAttribute(Intake& intake, const DOMElement* element, const char* name);
+
 // Remarks on the first word of the element's text that is INF, -INF, NaN or a number beyond the
 // range.
 void CheckFiniteWords(Intake& intake, const DOMElement* element, WideView text);

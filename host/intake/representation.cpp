@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "host/intake/counts.h"
 #include "host/intake/steps.h"
 #include "host/intake/vectors.h"
 #include "host/xml/attributes.h"
@@ -23,6 +24,7 @@ class LinearMachines {
         linear_(linear) {
     for (DOMElement* instance : Children(vectors, "VectorInstance")) {
       ids_.insert(Narrow(AttributeView(instance, "id")));
+      ++instances_;
     }
   }
 
@@ -43,7 +45,12 @@ class LinearMachines {
     }
     WideText entries;
     if (!Gather(coefficients, entries)) return;
+    if (!converted_) {
+      CheckStatedCount(intake_, vectors_, "numberOfVectors", "VectorInstance elements", instances_);
+    }
     converted_ = true;
+    CheckStatedCount(intake_, coefficients, "numberOfCoefficients", "Coefficient elements",
+                     fields_);
     intake_.Tell("coefficient-form", machine);
     if (support != nullptr) Remove(support);
     support = MakeElement(intake_.Dom(), "SupportVectors");
@@ -99,6 +106,7 @@ class LinearMachines {
   std::size_t fields_;
   bool linear_;
   bool converted_ = false;
+  std::size_t instances_ = 0;  // in the document
   std::size_t machines_ = 0;
   std::unordered_set<std::string> ids_;
 };

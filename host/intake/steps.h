@@ -93,7 +93,7 @@ void CheckPairs(Intake& intake);
 // Changes nothing.
 void CheckFiniteNumbers(Intake& intake);
 
-// counts.cpp: remarks on counts that are not those of what is there. Changes nothing.
+// counts.cpp: remarks on counts of fields that are not those of what is there. Changes nothing.
 void CheckCounts(Intake& intake);
 
 // categories_used.cpp: remarks on categories that are compared with fields which cannot have them.
@@ -104,7 +104,8 @@ void CheckCategoriesUsed(Intake& intake);
 // nothing.
 void CheckLayout(Intake& intake);
 
-// checks.cpp: remarks on what machines lose in silence. Changes nothing.
+// checks.cpp: remarks on what machines lose in silence, and on counts of vectors and terms that are
+// not those of what is there. Changes nothing.
 void CheckMachines(Intake& intake);
 
 }  // namespace svmscore::intake

@@ -1,6 +1,7 @@
 // Output fields: the values of their features, and the names that their expressions may use.
 #include <cmath>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/output/scoring.h"
