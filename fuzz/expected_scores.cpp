@@ -22,7 +22,7 @@ constexpr std::size_t kMostExplained = 8;
 
 TextTable Scores(const LoadedModel& loaded, const TextTable& cases, Choices& choices) {
   RunOptions options;
-  if (choices.Half()) options.columns = app::ColumnChoice::kComputed;
+  if (choices.Half()) options.columns = tools::ColumnChoice::kComputed;
   const app::ScoringPlan plan = PlanOf(loaded, {cases.header.begin(), cases.header.end()}, options);
   app::CaseScorer scorer(plan);
   scorer.FixPositions();

@@ -3,8 +3,8 @@
 #include <optional>
 #include <sstream>
 
-#include "app/describe/summary_output.h"
-#include "app/doctor/report.h"
+#include "app/describe/summary_text.h"
+#include "app/doctor/report_text.h"
 #include "app/load/intake_report.h"
 #include "fuzz/expected_scores.h"
 #include "fuzz/memory_file.h"
@@ -13,7 +13,9 @@
 #include "host/load/loader.h"
 #include "host/model/ss_exception.h"
 #include "tools/base/bad_input.h"
+#include "tools/describe/summary_json.h"
 #include "tools/doctor/examination.h"
+#include "tools/doctor/report_json.h"
 
 namespace svmscore::fuzz {
 namespace {
@@ -24,7 +26,7 @@ constexpr const char* kName = "model.pmml";
 
 void Describe(const LoadedModel& loaded) {
   const tools::ModelSummary summary = tools::Summarise(loaded);
-  Promise(!app::TextOf(summary).empty() && !app::JsonOf(summary).empty(), "a summary tells");
+  Promise(!app::TextOf(summary).empty() && !tools::JsonOf(summary).empty(), "a summary tells");
   for (const Finding& finding : loaded.findings) {
     Promise(!SentenceOf(finding).empty(), "a finding is told");
   }
@@ -62,7 +64,7 @@ void Examine(const tools::OpenedDocument& opened, tools::DocumentSource& source,
     Promise(files.has_value(), "scores that do not fit");
     findings = tools::Examine(opened, ThePlugin(), source, std::nullopt);
   }
-  Promise(!app::ReportText(kName, findings).empty() && !app::ReportJson(kName, findings).empty(),
+  Promise(!app::ReportText(kName, findings).empty() && !tools::ReportJson(kName, findings).empty(),
           "a report tells");
 }
 

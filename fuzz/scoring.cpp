@@ -7,7 +7,6 @@
 #include <set>
 #include <utility>
 
-#include "app/score/case_batch.h"
 #include "fuzz/promise.h"
 #include "host/model/score_status.h"
 
@@ -65,7 +64,7 @@ void CompareBatch(const ScoringPlan& plan, const Rows& rows) {
   if (batch_model == nullptr) return;
   const output::TargetRules& targets = plan.output->Targets();
   InputCaseRecord record(plan.columns.variables, true, plan.replace_missing);
-  app::CaseBatch batch(*batch_model, targets.Target().GetCategories().size(), rows.size());
+  tools::CaseBatch batch(*batch_model, targets.Target().GetCategories().size(), rows.size());
   std::vector<std::unique_ptr<ScoreResult>> results;
   std::vector<Outcome> alone;
   for (const std::vector<std::string>& row : rows) {
@@ -100,8 +99,8 @@ const Plugin& ThePlugin() {
 
 RunOptions ChooseOptions(ScoreModel& model, Choices& choices) {
   RunOptions options;
-  constexpr std::array kColumns = {app::ColumnChoice::kDocument, app::ColumnChoice::kComputed,
-                                   app::ColumnChoice::kAll};
+  constexpr std::array kColumns = {tools::ColumnChoice::kDocument, tools::ColumnChoice::kComputed,
+                                   tools::ColumnChoice::kAll};
   options.columns = choices.Pick(kColumns);
   options.json = choices.Half();
   options.decisions = choices.Half() && dynamic_cast<BatchModel*>(&model) != nullptr;
@@ -122,10 +121,10 @@ ScoringPlan PlanOf(const LoadedModel& loaded, const std::vector<std::string_view
   plan.replace_missing = loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
   plan.output = loaded.output.get();
   plan.computes_output =
-      options.columns == app::ColumnChoice::kDocument && !loaded.output->Fields().empty();
-  plan.results = app::MakeColumns(*loaded.model, *loaded.output, options.columns, plan.columns,
-                                  options.decisions, options.copied);
-  std::vector<std::string> names;
+      options.columns == tools::ColumnChoice::kDocument && !loaded.output->Fields().empty();
+  plan.results =
+      tools::MakeColumns(*loaded.model, *loaded.output, options.columns, options.decisions);
+  std::vector<std::string> names = options.copied;
   for (const auto& column : plan.results) names.push_back(column->Name());
   plan.format = options.json ? app::JsonLinesFormat(names) : app::CsvFormat(std::move(names));
   return plan;

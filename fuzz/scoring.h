@@ -18,7 +18,7 @@ const Plugin& ThePlugin();
 
 // Options of a run.
 struct RunOptions {
-  app::ColumnChoice columns = app::ColumnChoice::kDocument;
+  tools::ColumnChoice columns = tools::ColumnChoice::kDocument;
   bool json = false;
   bool decisions = false;
   std::vector<std::string> missing_tokens;

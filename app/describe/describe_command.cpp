@@ -3,13 +3,14 @@
 #include <sstream>
 #include <string>
 
-#include "app/describe/summary_output.h"
+#include "app/describe/summary_text.h"
 #include "app/files/output_file.h"
 #include "app/load/model_file.h"
 #include "app/options/file_option.h"
 #include "app/options/limit_option.h"
 #include "host/model/score_model.h"
 #include "host/text/printable.h"
+#include "tools/describe/summary_json.h"
 
 namespace svmscore::app {
 namespace {
@@ -59,7 +60,7 @@ ExitStatus DescribeCommand::Run() {
   summary.refused = described.refused;
   if (dump_) summary.listing = ListingOf(*described.loaded.model);
   OutputFile output("-");
-  output.Write(json_ ? JsonOf(summary) : TextOf(summary));
+  output.Write(json_ ? tools::JsonOf(summary) : TextOf(summary));
   return kDone;
 }
 

@@ -1,9 +1,10 @@
+#include "app/describe/summary_text.h"
+
 #include <algorithm>
 #include <iterator>
 
 #include <fmt/format.h>
 
-#include "app/describe/summary_output.h"
 #include "host/text/number_text.h"
 #include "host/text/printable.h"
 

@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 
 #include "app/base/failure.h"
-#include "app/doctor/report.h"
+#include "app/doctor/report_text.h"
 #include "app/files/output_file.h"
 #include "app/load/model_file.h"
 #include "app/options/file_option.h"
@@ -14,6 +14,7 @@
 #include "app/options/tolerance_option.h"
 #include "app/table/read_table.h"
 #include "tools/doctor/examination.h"
+#include "tools/doctor/report_json.h"
 
 namespace svmscore::app {
 
@@ -48,7 +49,7 @@ ExitStatus DoctorCommand::Run() {
   tools::DocumentSource source(model_, limits_);
   const tools::OpenedDocument opened = tools::OpenDocument(plugin, source);
   if (!opened.IsRead()) {
-    if (json_) OutputFile("-").Write(ReportJson(model_, {*opened.refused}));
+    if (json_) OutputFile("-").Write(tools::ReportJson(model_, {*opened.refused}));
     throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->detail));
   }
   std::optional<tools::CaseFiles> files;
@@ -59,7 +60,7 @@ ExitStatus DoctorCommand::Run() {
   }
   const std::vector<Finding> found = tools::Examine(opened, plugin, source, files);
   OutputFile output("-");
-  output.Write(json_ ? ReportJson(model_, found) : ReportText(model_, found));
+  output.Write(json_ ? tools::ReportJson(model_, found) : ReportText(model_, found));
   const bool changes = std::any_of(found.begin(), found.end(),
                                    [](const Finding& finding) { return finding.IsError(); });
   return changes ? kDisagrees : kDone;

@@ -22,6 +22,20 @@ constexpr std::size_t kMostRows = 512;
 // So many bytes of text are held for the output fields of a chunk; one row may be beyond.
 constexpr std::size_t kMostTexts = std::size_t{16} << 20;
 
+// A line of output, as the columns of results write it.
+class LineSink final : public tools::CellSink {
+ public:
+  LineSink(const RowFormat& format, std::string& out) : format_(format), out_(out) {}
+  void Empty() override { format_.Empty(out_); }
+  void Text(std::string_view text) override { format_.Text(out_, text); }
+  void Number(double number) override { format_.Number(out_, number); }
+  void Whole(long number) override { format_.Whole(out_, number); }
+
+ private:
+  const RowFormat& format_;
+  std::string& out_;
+};
+
 // The status of a case that the model is not asked about, logged as the model would.
 long RefuseInvalid() {
   MCZandor_850::ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld",
@@ -59,7 +73,7 @@ CaseScorer::CaseScorer(const ScoringPlan& plan)
   chunk_rows_ = std::clamp(kChunkCells / std::max<std::size_t>(width, 1), kLeastRows, kMostRows);
   if (model == nullptr) return;
   const std::size_t categories = plan.output->Targets().Target().GetCategories().size();
-  batch_ = std::make_unique<CaseBatch>(*model, categories, chunk_rows_);
+  batch_ = std::make_unique<tools::CaseBatch>(*model, categories, chunk_rows_);
 }
 
 CaseScorer::~CaseScorer() = default;
@@ -142,7 +156,7 @@ void CaseScorer::ReadOutputInputs() {
 
 void CaseScorer::WriteChunk(CaseBlock& block) {
   const RowFormat& format = *plan_.format;
-  CellWriter cell(format, block.out);
+  LineSink cell(format, block.out);
   const std::size_t inputs = plan_.output->InputCount();
   while (written_ < rows_.size() && block.out.size() < plan_.long_output) {
     const std::size_t r = written_++;
@@ -159,12 +173,21 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
     block.tally.Count(outcome.status);
     const bool decided = batch_ != nullptr && rows_[r].status == 0 &&
                          batch_->Results().status[rows_[r].place] != MCScore::kCannotScore;
-    const ScoredCase scored{cells, outcome, outputs_,
-                            decided ? batch_->Results().decisions + rows_[r].place : nullptr,
-                            decided ? batch_->Results().stride : 0};
-    for (std::size_t i = 0; i < plan_.results.size(); ++i) {
-      format.Begin(block.out, i);
-      plan_.results[i]->Write(scored, cell);
+    const tools::ScoredCase scored{outcome, outputs_,
+                                   decided ? batch_->Results().decisions + rows_[r].place : nullptr,
+                                   decided ? batch_->Results().stride : 0};
+    std::size_t column = 0;
+    for (const std::size_t position : plan_.columns.copied) {
+      format.Begin(block.out, column++);
+      if (cells[position].empty()) {
+        cell.Empty();
+      } else {
+        cell.Text(cells[position]);
+      }
+    }
+    for (const auto& result : plan_.results) {
+      format.Begin(block.out, column++);
+      result->Write(scored, cell);
     }
     format.EndRow(block.out);
   }

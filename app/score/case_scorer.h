@@ -9,8 +9,6 @@
 #include <string_view>
 #include <vector>
 
-#include "app/score/case_batch.h"
-#include "app/score/result_columns.h"
 #include "app/score/row_format.h"
 #include "app/table/csv_row.h"
 #include "app/table/row_blocks.h"
@@ -18,6 +16,8 @@
 #include "host/model/score_model.h"
 #include "host/output/output_plan.h"
 #include "tools/base/case_columns.h"
+#include "tools/score/case_batch.h"
+#include "tools/score/result_columns.h"
 
 namespace svmscore::app {
 
@@ -29,7 +29,7 @@ struct ScoringPlan {
   bool replace_missing = false;
   const output::OutputPlan* output = nullptr;
   bool computes_output = false;  // the results hold columns of output fields
-  ResultColumns results;
+  tools::ResultColumns results;  // after the copied cells
   std::unique_ptr<RowFormat> format;
   Limits limits;  // of the rows
   // So much text is not held back for rows that follow: a thousand cases may be two bytes each to
@@ -107,7 +107,7 @@ class CaseScorer {
   MCZandor_850::InputCaseRecord record_;
   output::OutputScratch outputs_;
   std::unique_ptr<MCZandor_850::ScoreResult> result_;  // of a model that takes no batches
-  std::unique_ptr<CaseBatch> batch_;                   // null for such a model
+  std::unique_ptr<tools::CaseBatch> batch_;            // null for such a model
   // What output fields depend on, of each row of the chunk: [rows][plan_.output->InputCount()].
   std::vector<transform::Value> output_inputs_;
   transform::Arena input_texts_;

@@ -20,19 +20,20 @@
 #include "app/options/limit_option.h"
 #include "app/score/pipeline.h"
 #include "app/score/progress.h"
-#include "app/score/result_columns.h"
 #include "app/score/row_format.h"
 #include "app/table/csv_row.h"
 #include "app/table/row_blocks.h"
 #include "host/model/scoring_log.h"
 #include "tools/base/case_columns.h"
 #include "tools/base/error_text.h"
+#include "tools/score/result_columns.h"
 
 namespace svmscore::app {
 namespace {
 
 using MCZandor_850::ScoreModel;
 using MCZandor_850::ScoringLog;
+using tools::ColumnChoice;
 
 constexpr int kMostThreads = 1024;
 
@@ -97,16 +98,18 @@ tools::CaseColumns ReadColumns(RowBlocks& input, const Limits& limits, const Loa
   return tools::MatchColumns(names, loaded, copied, input_name);
 }
 
-// The names of the output's columns, of which the first `copied` are copied from the input. In JSON
-// a name must not be given twice; in CSV a second one is told.
-std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copied, bool json) {
-  std::vector<std::string> names;
+// The names of the output's columns: those copied from the input, then those of the results. In
+// JSON a name must not be given twice; in CSV a second one is told.
+std::vector<std::string> NamesOf(const std::vector<std::string>& copied,
+                                 const tools::ResultColumns& results, bool json) {
+  std::vector<std::string> names = copied;
+  for (const auto& column : results) names.push_back(column->Name());
   std::unordered_map<std::string_view, std::size_t> positions;
-  for (const auto& column : results) {
-    const std::string& name = column->Name();
-    const auto [first, is_new] = positions.emplace(name, names.size());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    const std::string& name = names[i];
+    const auto [first, is_new] = positions.emplace(name, i);
     if (!is_new) {
-      const bool passed = first->second < copied;
+      const bool passed = first->second < copied.size();
       const std::string text = fmt::format(
           "the output {} two columns \"{}\": {}", json ? "would have" : "has", name,
           passed ? "name it once in --passthrough, and not at all where the output has one of its "
@@ -116,7 +119,6 @@ std::vector<std::string> NamesOf(const ResultColumns& results, std::size_t copie
       if (json) throw Failure(kUsageError, text);
       Tell(text);
     }
-    names.push_back(name);
   }
   return names;
 }
@@ -219,9 +221,9 @@ ExitStatus ScoreCommand::Run() {
   if (decisions_ && dynamic_cast<BatchModel*>(&model) == nullptr) {
     throw Failure(kUsageError, "--decisions: the plug-in's model does not give decision values");
   }
-  plan.results = MakeColumns(model, *loaded.output, choice, plan.columns, decisions_, copied);
+  plan.results = tools::MakeColumns(model, *loaded.output, choice, decisions_);
   const bool json = format_ == "jsonl";
-  std::vector<std::string> names = NamesOf(plan.results, copied.size(), json);
+  std::vector<std::string> names = NamesOf(copied, plan.results, json);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
 
   HandleEndingSignals();

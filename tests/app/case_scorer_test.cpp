@@ -41,7 +41,7 @@ std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const std::
   plan.columns = tools::MatchColumns({"width", "height", "colour"}, loaded, {}, "cases");
   plan.replace_missing = true;
   plan.output = loaded.output.get();
-  plan.results = MakeColumns(model, *loaded.output, ColumnChoice::kAll, plan.columns, false, {});
+  plan.results = tools::MakeColumns(model, *loaded.output, tools::ColumnChoice::kAll, false);
   plan.format = CsvFormat({});
   CaseScorer scorer(plan);
   scorer.FixPositions();

@@ -1,14 +1,12 @@
+#include "tools/describe/summary_json.h"
+
 #include <cmath>
 
 #include <nlohmann/json.hpp>
 
-#include "app/describe/summary_output.h"
 #include "host/text/number_text.h"
 
-namespace svmscore::app {
-
-using output::Method;
-using tools::NameOf;
+namespace svmscore::tools {
 namespace {
 
 using Json = nlohmann::ordered_json;
@@ -22,9 +20,9 @@ Json TextOrNull(const std::string& text) {
   return text.empty() ? Json() : Json(text);
 }
 
-Json InputsOf(const tools::ModelSummary& summary) {
+Json InputsOf(const ModelSummary& summary) {
   Json inputs = Json::array();
-  for (const tools::InputSummary& input : summary.inputs) {
+  for (const InputSummary& input : summary.inputs) {
     inputs.push_back({{"name", input.name},
                       {"optype", input.optype},
                       {"dataType", input.type},
@@ -34,9 +32,9 @@ Json InputsOf(const tools::ModelSummary& summary) {
   return inputs;
 }
 
-Json MachinesOf(const tools::ModelSummary& summary) {
+Json MachinesOf(const ModelSummary& summary) {
   Json machines = Json::array();
-  for (const tools::MachineSummary& machine : summary.machines) {
+  for (const MachineSummary& machine : summary.machines) {
     machines.push_back({{"target", TextOrNull(machine.target)},
                         {"alternate", TextOrNull(machine.alternate)},
                         {"threshold", NumberOf(machine.threshold)},
@@ -46,7 +44,7 @@ Json MachinesOf(const tools::ModelSummary& summary) {
   return machines;
 }
 
-Json FindingsOf(const tools::ModelSummary& summary) {
+Json FindingsOf(const ModelSummary& summary) {
   Json findings = Json::array();
   for (const Finding& finding : summary.findings) {
     findings.push_back({{"name", finding.Name()},
@@ -64,7 +62,7 @@ Json FindingsOf(const tools::ModelSummary& summary) {
 
 }  // namespace
 
-std::string JsonOf(const tools::ModelSummary& summary) {
+std::string JsonOf(const ModelSummary& summary) {
   Json parameters = Json::object();
   for (const auto& [name, value] : summary.parameters) parameters[name] = NumberOf(value);
   const bool regression = summary.scheme.method == Method::kRegression;
@@ -100,4 +98,4 @@ std::string JsonOf(const tools::ModelSummary& summary) {
   return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-}  // namespace svmscore::app
+}  // namespace svmscore::tools

@@ -1,6 +1,6 @@
 // Cases on their way through a model's batch interface.
-#ifndef APP_SCORE_CASE_BATCH_H_
-#define APP_SCORE_CASE_BATCH_H_
+#ifndef TOOLS_SCORE_CASE_BATCH_H_
+#define TOOLS_SCORE_CASE_BATCH_H_
 
 #include <cstddef>
 #include <memory>
@@ -8,7 +8,7 @@
 
 #include "host/model/batch_model.h"
 
-namespace svmscore::app {
+namespace svmscore::tools {
 
 // Holds cases up to a fixed number and what the model makes of them. Used by one thread.
 class CaseBatch {
@@ -38,6 +38,6 @@ class CaseBatch {
   BatchResults results_;
 };
 
-}  // namespace svmscore::app
+}  // namespace svmscore::tools
 
-#endif  // APP_SCORE_CASE_BATCH_H_
+#endif  // TOOLS_SCORE_CASE_BATCH_H_

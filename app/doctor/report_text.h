@@ -1,6 +1,6 @@
-// Findings for people, and as JSON.
-#ifndef APP_DOCTOR_REPORT_H_
-#define APP_DOCTOR_REPORT_H_
+// Findings for people.
+#ifndef APP_DOCTOR_REPORT_TEXT_H_
+#define APP_DOCTOR_REPORT_TEXT_H_
 
 #include <string>
 #include <vector>
@@ -11,8 +11,7 @@ namespace svmscore::app {
 
 // `findings` in the order in which they are written.
 std::string ReportText(const std::string& file, const std::vector<Finding>& findings);
-std::string ReportJson(const std::string& file, const std::vector<Finding>& findings);
 
 }  // namespace svmscore::app
 
-#endif  // APP_DOCTOR_REPORT_H_
+#endif  // APP_DOCTOR_REPORT_TEXT_H_

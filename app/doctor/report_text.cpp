@@ -1,17 +1,14 @@
-#include "app/doctor/report.h"
+#include "app/doctor/report_text.h"
 
 #include <algorithm>
 #include <map>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "host/text/printable.h"
 
 namespace svmscore::app {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // Findings of a kind that are written for people, before the rest is only counted.
 constexpr std::size_t kShown = 5;
@@ -57,27 +54,6 @@ std::string ReportText(const std::string& file, const std::vector<Finding>& find
     }
   }
   return text;
-}
-
-std::string ReportJson(const std::string& file, const std::vector<Finding>& findings) {
-  Json list = Json::array();
-  for (const Finding& finding : findings) {
-    list.push_back(
-        {{"name", finding.Name()},
-         {"severity", SeverityName(finding.kind->of_class)},
-         {"class", ClassName(finding.kind->of_class)},
-         {"changesScores", finding.IsError()},
-         {"element", finding.place.element.empty() ? Json() : Json(finding.place.element)},
-         {"line", finding.place.line > 0 ? Json(finding.place.line) : Json()},
-         {"further", finding.more},
-         {"what", finding.What()},
-         {"consequence", finding.kind->consequence},
-         {"remedy", finding.kind->remedy}});
-  }
-  const Json all = {{"file", file},
-                    {"changesScores", CountChanging(findings) > 0},
-                    {"findings", std::move(list)}};
-  return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace svmscore::app

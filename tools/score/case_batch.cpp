@@ -1,8 +1,8 @@
-#include "app/score/case_batch.h"
+#include "tools/score/case_batch.h"
 
 #include <algorithm>
 
-namespace svmscore::app {
+namespace svmscore::tools {
 namespace {
 
 // Keeps the rows of a matrix from starting at addresses that fall into one set of the cache.
@@ -48,4 +48,4 @@ void CaseBatch::Score() {
   model_.ScoreBatch({entries_.data(), stride_, count_}, results_);
 }
 
-}  // namespace svmscore::app
+}  // namespace svmscore::tools

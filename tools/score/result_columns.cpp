@@ -1,11 +1,12 @@
-#include "app/score/result_columns.h"
+#include "tools/score/result_columns.h"
 
+#include <optional>
 #include <utility>
 
 #include "host/model/score_dict_var.h"
 #include "host/model/score_result.h"
 
-namespace svmscore::app {
+namespace svmscore::tools {
 namespace {
 
 using MCZandor_850::ScoreClsResult;
@@ -20,7 +21,7 @@ using transform::Value;
 // What results hold in place of a confidence, percentage or deviation that was not computed.
 constexpr double kNotComputed = -1.0;
 
-void WriteComputed(double number, CellWriter& cell) {
+void WriteComputed(double number, CellSink& cell) {
   if (number == kNotComputed) {
     cell.Empty();
   } else {
@@ -28,27 +29,10 @@ void WriteComputed(double number, CellWriter& cell) {
   }
 }
 
-class CopiedCell : public ResultColumn {
- public:
-  CopiedCell(std::string name, std::size_t position)
-      : ResultColumn(std::move(name)), position_(position) {}
-  void Write(const ScoredCase& scored, CellWriter& cell) const override {
-    const std::string_view text = scored.cells[position_];
-    if (text.empty()) {
-      cell.Empty();
-    } else {
-      cell.Text(text);
-    }
-  }
-
- private:
-  std::size_t position_;
-};
-
 class Status : public ResultColumn {
  public:
-  Status() : ResultColumn("status") {}
-  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+  Status() : ResultColumn("status", CellKind::kWhole) {}
+  void Write(const ScoredCase& scored, CellSink& cell) const override {
     cell.Whole(scored.outcome.status);
   }
 };
@@ -57,7 +41,7 @@ class Status : public ResultColumn {
 class FromOutcome : public ResultColumn {
  public:
   using ResultColumn::ResultColumn;
-  void Write(const ScoredCase& scored, CellWriter& cell) const final {
+  void Write(const ScoredCase& scored, CellSink& cell) const final {
     if (scored.outcome.IsPredicted()) {
       WriteOutcome(scored.outcome, cell);
     } else {
@@ -66,16 +50,16 @@ class FromOutcome : public ResultColumn {
   }
 
  private:
-  virtual void WriteOutcome(const Outcome& outcome, CellWriter& cell) const = 0;
+  virtual void WriteOutcome(const Outcome& outcome, CellSink& cell) const = 0;
 };
 
 class PredictedCategory : public FromOutcome {
  public:
   explicit PredictedCategory(const std::vector<const ScoreValue*>& categories)
-      : FromOutcome("prediction"), categories_(categories) {}
+      : FromOutcome("prediction", CellKind::kCategory), categories_(categories) {}
 
  private:
-  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+  void WriteOutcome(const Outcome& outcome, CellSink& cell) const override {
     if (outcome.category < 0) {
       cell.Empty();
     } else {
@@ -88,10 +72,10 @@ class PredictedCategory : public FromOutcome {
 
 class PredictedNumber : public FromOutcome {
  public:
-  PredictedNumber() : FromOutcome("prediction") {}
+  PredictedNumber() : FromOutcome("prediction", CellKind::kNumber) {}
 
  private:
-  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+  void WriteOutcome(const Outcome& outcome, CellSink& cell) const override {
     if (outcome.prediction.IsPresent()) {
       cell.Number(outcome.prediction.GetNumber());
     } else {
@@ -102,10 +86,10 @@ class PredictedNumber : public FromOutcome {
 
 class Confidence : public FromOutcome {
  public:
-  Confidence() : FromOutcome("confidence") {}
+  Confidence() : FromOutcome("confidence", CellKind::kNumber) {}
 
  private:
-  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+  void WriteOutcome(const Outcome& outcome, CellSink& cell) const override {
     WriteComputed(outcome.confidence, cell);
   }
 };
@@ -113,10 +97,12 @@ class Confidence : public FromOutcome {
 class Probability : public FromOutcome {
  public:
   Probability(const ScoreValue& category, std::size_t index, const TargetRules& targets)
-      : FromOutcome("probability(" + category.GetText() + ")"), index_(index), targets_(targets) {}
+      : FromOutcome("probability(" + category.GetText() + ")", CellKind::kNumber),
+        index_(index),
+        targets_(targets) {}
 
  private:
-  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+  void WriteOutcome(const Outcome& outcome, CellSink& cell) const override {
     if (outcome.ending == Outcome::Ending::kPredicted) {
       WriteComputed(targets_.PercentOf(outcome, index_), cell);
     } else {
@@ -133,8 +119,8 @@ class Probability : public FromOutcome {
 class Decision : public ResultColumn {
  public:
   Decision(std::string name, std::size_t machine)
-      : ResultColumn(std::move(name)), machine_(machine) {}
-  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+      : ResultColumn(std::move(name), CellKind::kNumber), machine_(machine) {}
+  void Write(const ScoredCase& scored, CellSink& cell) const override {
     if (scored.decisions == nullptr) {
       cell.Empty();
     } else {
@@ -148,10 +134,10 @@ class Decision : public ResultColumn {
 
 class StandardDeviation : public FromOutcome {
  public:
-  StandardDeviation() : FromOutcome("stddev") {}
+  StandardDeviation() : FromOutcome("stddev", CellKind::kNumber) {}
 
  private:
-  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+  void WriteOutcome(const Outcome& outcome, CellSink& cell) const override {
     WriteComputed(outcome.std_dev, cell);
   }
 };
@@ -160,10 +146,10 @@ class IntervalBound : public FromOutcome {
  public:
   enum Side { kLower, kUpper };
   explicit IntervalBound(Side side)
-      : FromOutcome(side == kLower ? "ci_lower" : "ci_upper"), side_(side) {}
+      : FromOutcome(side == kLower ? "ci_lower" : "ci_upper", CellKind::kNumber), side_(side) {}
 
  private:
-  void WriteOutcome(const Outcome& outcome, CellWriter& cell) const override {
+  void WriteOutcome(const Outcome& outcome, CellSink& cell) const override {
     if (outcome.has_interval) {
       cell.Number(side_ == kLower ? outcome.lower : outcome.upper);
     } else {
@@ -177,10 +163,10 @@ class IntervalBound : public FromOutcome {
 // A column that the document declares.
 class OutputColumn : public ResultColumn {
  public:
-  OutputColumn(std::string name, int field)
-      : ResultColumn(std::move(name)), field_(static_cast<std::size_t>(field)) {}
+  OutputColumn(const output::OutputPlan& plan, std::size_t field)
+      : ResultColumn(plan.Fields()[field].name, KindOf(plan, field)), field_(field) {}
 
-  void Write(const ScoredCase& scored, CellWriter& cell) const override {
+  void Write(const ScoredCase& scored, CellSink& cell) const override {
     const Value& value = scored.outputs.Cell(field_);
     if (!value.IsPresent()) {
       cell.Empty();
@@ -194,6 +180,15 @@ class OutputColumn : public ResultColumn {
   }
 
  private:
+  // Cells of a field of no certain type may be of any kind.
+  static CellKind KindOf(const output::OutputPlan& plan, std::size_t field) {
+    const std::optional<FieldType> type = plan.Fields()[field].type;
+    if (!type) return CellKind::kAny;
+    if (type->data == DataType::kInteger) return CellKind::kWhole;
+    const bool number = type->data == DataType::kDouble || type->data == DataType::kFloat;
+    return number ? CellKind::kNumber : CellKind::kText;
+  }
+
   std::size_t field_;
 };
 
@@ -238,15 +233,11 @@ std::string DecisionName(const TargetRules& targets, std::pair<int, int> decides
 }  // namespace
 
 ResultColumns MakeColumns(const ScoreModel& model, const output::OutputPlan& output,
-                          ColumnChoice choice, const tools::CaseColumns& columns, bool decisions,
-                          const std::vector<std::string>& copied_names) {
+                          ColumnChoice choice, bool decisions) {
   ResultColumns made;
-  for (std::size_t i = 0; i < columns.copied.size(); ++i) {
-    Add<CopiedCell>(made, copied_names[i], columns.copied[i]);
-  }
   if (choice == ColumnChoice::kDocument && !output.Fields().empty()) {
     for (const int field : output.FinalFields()) {
-      Add<OutputColumn>(made, output.Fields()[static_cast<std::size_t>(field)].name, field);
+      Add<OutputColumn>(made, output, static_cast<std::size_t>(field));
     }
   } else {
     AddPlainColumns(model, output.Targets(), choice == ColumnChoice::kAll, made);
@@ -259,4 +250,4 @@ ResultColumns MakeColumns(const ScoreModel& model, const output::OutputPlan& out
   return made;
 }
 
-}  // namespace svmscore::app
+}  // namespace svmscore::tools

@@ -1,0 +1,18 @@
+// Findings as JSON.
+#ifndef TOOLS_DOCTOR_REPORT_JSON_H_
+#define TOOLS_DOCTOR_REPORT_JSON_H_
+
+#include <string>
+#include <vector>
+
+#include "host/findings/finding.h"
+
+namespace svmscore::tools {
+
+// One object, indented, with a line end. `findings` in the order in which they are written. Bytes
+// that are not UTF-8 become U+FFFD.
+std::string ReportJson(const std::string& file, const std::vector<Finding>& findings);
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_DOCTOR_REPORT_JSON_H_

@@ -1,0 +1,24 @@
+// Where the cells of results go: a line of text, or a column of numbers.
+#ifndef TOOLS_SCORE_CELL_SINK_H_
+#define TOOLS_SCORE_CELL_SINK_H_
+
+#include <string_view>
+
+namespace svmscore::tools {
+
+// Takes exactly one call a cell. [one thread] for each sink. Lives: the text for the call. Fails:
+// as the class says that takes the cells.
+class CellSink {
+ public:
+  virtual void Empty() = 0;
+  virtual void Text(std::string_view text) = 0;
+  virtual void Number(double number) = 0;
+  virtual void Whole(long number) = 0;
+
+ protected:
+  ~CellSink() = default;
+};
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_SCORE_CELL_SINK_H_
