@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "svm/kernel/packed/engine.h"
+#include "svm/kernel/packed/packed_engine.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // Any bytes as a document.
+#include "fuzz/checked_scoring.h"
 #include "fuzz/put_through.h"
-#include "fuzz/scoring.h"
 #include "fuzz/time_limit.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {

@@ -1,7 +1,7 @@
 // Documents of the grammar, some of them damaged.
+#include "fuzz/checked_scoring.h"
 #include "fuzz/grammar.h"
 #include "fuzz/put_through.h"
-#include "fuzz/scoring.h"
 #include "fuzz/time_limit.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {

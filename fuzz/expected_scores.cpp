@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "app/table/read_table.h"
+#include "fuzz/checked_scoring.h"
 #include "fuzz/grammar.h"
 #include "fuzz/memory_file.h"
 #include "fuzz/promise.h"
-#include "fuzz/scoring.h"
 #include "host/text/number_text.h"
 
 namespace svmscore::fuzz {

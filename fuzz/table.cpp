@@ -10,9 +10,9 @@
 #include "app/base/failure.h"
 #include "app/files/input_file.h"
 #include "app/table/row_blocks.h"
+#include "fuzz/checked_scoring.h"
 #include "fuzz/memory_file.h"
 #include "fuzz/promise.h"
-#include "fuzz/scoring.h"
 #include "fuzz/time_limit.h"
 #include "tools/base/bad_input.h"
 

@@ -3,7 +3,7 @@
 #include <unordered_set>
 
 #include "host/intake/counts.h"
-#include "host/intake/finite.h"
+#include "host/intake/finite_numbers.h"
 #include "host/intake/steps.h"
 #include "host/intake/target_categories.h"
 #include "host/output/scheme.h"

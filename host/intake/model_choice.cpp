@@ -1,5 +1,5 @@
 // A document may hold no, one or several models; the first support vector machine is scored.
-#include "host/intake/anomaly.h"
+#include "host/intake/anomaly_detection.h"
 #include "host/intake/steps.h"
 #include "host/xml/edit.h"
 #include "host/xml/elements.h"

@@ -4,7 +4,7 @@
 
 #include <unordered_set>
 
-#include "host/intake/fields.h"
+#include "host/intake/declared_fields.h"
 #include "host/intake/steps.h"
 #include "host/text/field_text.h"
 #include "host/text/number_text.h"
@@ -33,7 +33,7 @@ void AddTarget(Intake& intake) {
   DOMElement* dictionary = FindChild(intake.Root(), "DataDictionary");
   if (schema == nullptr || dictionary == nullptr) return;
   intake.Tell("target-added", schema);
-  const std::string name = Fields(intake).FreshName("prediction");
+  const std::string name = DeclaredFields(intake).FreshName("prediction");
   DOMElement* field = AddElement(dictionary, "DataField");
   SetAttribute(field, "name", name);
   SetAttribute(field, "optype", "continuous");

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <memory>
 
-#include "host/intake/fields.h"
+#include "host/intake/declared_fields.h"
 #include "host/intake/steps.h"
 #include "host/text/field_text.h"
 #include "host/text/field_types.h"
@@ -46,8 +46,8 @@ class VectorPositions {
 
  private:
   // Built for the first position.
-  Fields& Known() {
-    if (!fields_) fields_ = std::make_unique<Fields>(intake_);
+  DeclaredFields& Known() {
+    if (!fields_) fields_ = std::make_unique<DeclaredFields>(intake_);
     return *fields_;
   }
 
@@ -130,7 +130,7 @@ class VectorPositions {
   }
 
   Intake& intake_;
-  std::unique_ptr<Fields> fields_;
+  std::unique_ptr<DeclaredFields> fields_;
   bool any_ = false;
 };
 

@@ -8,7 +8,7 @@
 
 #include <fmt/format.h>
 
-#include "host/intake/finite.h"
+#include "host/intake/finite_numbers.h"
 #include "host/intake/steps.h"
 #include "host/text/number_text.h"
 #include "host/xml/elements.h"

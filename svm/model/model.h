@@ -12,7 +12,7 @@
 #include "host/model/score_value.h"
 #include "host/translate/base_model.h"
 #include "svm/kernel/kernel_function.h"
-#include "svm/kernel/packed/engine.h"
+#include "svm/kernel/packed/packed_engine.h"
 #include "svm/model/model_data.h"
 
 namespace MCZandor_850 {
@@ -29,7 +29,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   SVMModel();
   ~SVMModel() override;
 
-  // --- Set-up (setup.cpp) ---
+  // --- Set-up (model_setup.cpp) ---
 
   // Null is ignored. Replaces and deletes earlier data, and builds from the new data the model
   // type, the vector field variables and the kernel.
@@ -67,7 +67,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // null where there are none; std::bad_alloc.
   BaseDictionary* GetVarsOfRole(VarRole role) const override;
 
-  // --- Scoring one case (scoring.cpp) ---
+  // --- Scoring one case (score_case.cpp) ---
 
   // [first case alone] Owns: the caller a result that was null. Lives: the record for the call;
   // what a result of a classification holds as long as the model. Fails: 90027, 90029.
@@ -93,7 +93,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                          const std::vector<double>& case_val, int machine_index,
                                          double& value);
 
-  // --- Scoring many cases (batch.cpp) ---
+  // --- Scoring many cases (score_batch.cpp) ---
 
   std::size_t EntryCount() const override;
   // One for each machine; for a regression, one for the first machine only.
@@ -182,7 +182,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   MCScore::MCStatus ReadEntries(const ScoreCaseRecord& record, bool flag, ScoreResult** result,
                                 double* entries, std::size_t stride, std::size_t& read);
   MCScore::MCStatus MissingStatus(const ScoreDictVar* var);
-  // A batch: the decision values of all cases, and each case's results from them (batch.cpp).
+  // A batch: the decision values of all cases, and each case's results from them (score_batch.cpp).
   MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases, double* decisions,
                                 std::size_t stride);
   static void FailBatch(const MCScore::MCStatus& status, std::size_t count,

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "svm/kernel/packed/aligned_buffer.h"
-#include "svm/kernel/packed/engine.h"
+#include "svm/kernel/packed/packed_engine.h"
 #include "svm/model/model.h"
 
 namespace MCZandor_850 {

@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "host/text/number_text.h"
-#include "tests/intake/reading.h"
+#include "tests/intake/document_parts.h"
 
 namespace svmscore_test {
 namespace {

@@ -23,7 +23,7 @@
 #include "fuzz/tree.h"
 #include "host/xml/elements.h"
 #include "host/xml/transcoder.h"
-#include "tests/intake/reading.h"
+#include "tests/intake/document_parts.h"
 
 namespace svmscore_test {
 namespace {

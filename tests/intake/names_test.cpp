@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/intake/reading.h"
+#include "tests/intake/document_parts.h"
 
 namespace svmscore_test {
 namespace {

@@ -1,7 +1,7 @@
 // Targets, their categories, and models that have none.
 #include <gtest/gtest.h>
 
-#include "tests/intake/reading.h"
+#include "tests/intake/document_parts.h"
 
 namespace svmscore_test {
 namespace {

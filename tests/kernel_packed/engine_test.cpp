@@ -1,4 +1,4 @@
-#include "svm/kernel/packed/engine.h"
+#include "svm/kernel/packed/packed_engine.h"
 
 #include <gmock/gmock.h>
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "svm/kernel/packed/engine.h"
+#include "svm/kernel/packed/packed_engine.h"
 
 namespace sample {
 

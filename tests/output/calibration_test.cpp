@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "host/findings/finding.h"
-#include "tests/output/scoring.h"
+#include "tests/output/document_scoring.h"
 
 namespace svmscore_test {
 namespace {

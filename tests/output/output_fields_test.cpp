@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/output/scoring.h"
+#include "tests/output/document_scoring.h"
 #include "tests/process/failing_memory.h"
 #include "tests/transform/call_text.h"
 

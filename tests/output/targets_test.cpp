@@ -1,7 +1,7 @@
 // What targets do to a model's number, and what they predict where inputs are missing.
 #include <gtest/gtest.h>
 
-#include "tests/output/scoring.h"
+#include "tests/output/document_scoring.h"
 
 namespace svmscore_test {
 namespace {

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "host/model/ss_exception.h"
-#include "host/output/verification.h"
-#include "tests/output/scoring.h"
+#include "host/output/verification_records.h"
+#include "tests/output/document_scoring.h"
 
 namespace svmscore_test {
 namespace {

@@ -1,7 +1,7 @@
 // Three small models whose results were computed by hand.
 #include <gtest/gtest.h>
 
-#include "tests/output/scoring.h"
+#include "tests/output/document_scoring.h"
 
 namespace svmscore_test {
 namespace {

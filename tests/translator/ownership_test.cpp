@@ -4,7 +4,7 @@
 
 #include "host/model/ss_exception.h"
 #include "tests/translator/documents.h"
-#include "tests/translator/reading.h"
+#include "tests/translator/translation_stages.h"
 
 namespace svmscore_test {
 namespace {

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "tests/translator/documents.h"
-#include "tests/translator/reading.h"
+#include "tests/translator/translation_stages.h"
 
 namespace svmscore_test {
 namespace {

@@ -18,23 +18,23 @@ struct Examined {
   const ModelNumbers& numbers;
 };
 
-// verification.cpp: the document's own verification records.
+// verification_check.cpp: the document's own verification records.
 void CheckVerification(const LoadedModel& loaded, FindingList& findings);
 // unused_vectors.cpp: vectors that nothing uses.
 void CheckVectorsUsed(const Examined& examined, FindingList& findings);
-// categories.cpp: tables whose keys are not the categories of their fields, and categories that no
-// machine names.
+// category_checks.cpp: tables whose keys are not the categories of their fields, and categories
+// that no machine names.
 void CheckCategories(const Examined& examined, FindingList& findings);
 // unused_inputs.cpp: inputs and derived fields that nothing needs, or that are no inputs.
 void CheckNeeds(const Examined& examined, FindingList& findings);
-// attributes.cpp: attributes that decide nothing, that other readers pass over, or that leave cases
-// without scores.
+// attribute_checks.cpp: attributes that decide nothing, that other readers pass over, or that leave
+// cases without scores.
 void CheckAttributes(const Examined& examined, FindingList& findings);
-// scale.cpp: vector positions and kernel values.
+// kernel_scale.cpp: vector positions and kernel values.
 void CheckScale(const Examined& examined, FindingList& findings);
-// coefficients.cpp: the coefficients of each machine, and its absoluteValue.
+// coefficient_checks.cpp: the coefficients of each machine, and its absoluteValue.
 void CheckTerms(const Examined& examined, FindingList& findings);
-// margin.cpp: vectors that stand where training never leaves them.
+// margin_check.cpp: vectors that stand where training never leaves them.
 void CheckMargin(const Examined& examined, FindingList& findings);
 // machine_signs.cpp: what the machines say of the vectors that they share, and what extensions say
 // of them.

@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include "host/output/verification.h"
+#include "host/output/verification_records.h"
 #include "host/text/number_text.h"
 #include "tools/base/bad_input.h"
 

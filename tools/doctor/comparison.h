@@ -66,10 +66,10 @@ bool ExplainByCategories(const Suspect& suspect, const CaseFiles& files,
 enum class NumberRelation { kNegated, kShifted, kRescaled };
 bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, NumberRelation relation,
                       FindingList& findings);
-// changes.cpp: a change of the document that brings the expected values out.
+// document_changes.cpp: a change of the document that brings the expected values out.
 bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Comparison& comparison,
                      FindingList& findings);
-// separation.cpp: a field that tells the rows that disagree from the others.
+// separating_field.cpp: a field that tells the rows that disagree from the others.
 void FindSeparatingFields(const Suspect& suspect, const CaseFiles& files,
                           const Comparison& comparison, FindingList& findings);
 

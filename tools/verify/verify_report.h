@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "host/output/verification.h"
+#include "host/output/verification_records.h"
 #include "tools/verify/verify_case.h"
 
 namespace svmscore::tools {

@@ -1,7 +1,7 @@
 // MCSVM_700::PackedEngine: the decision values of all machines of a model, many vectors or cases at
 // a time, with exactly the bits of the plain kernels.
-#ifndef SVM_KERNEL_PACKED_ENGINE_H_
-#define SVM_KERNEL_PACKED_ENGINE_H_
+#ifndef SVM_KERNEL_PACKED_PACKED_ENGINE_H_
+#define SVM_KERNEL_PACKED_PACKED_ENGINE_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -119,4 +119,4 @@ class PackedEngine {
 
 }  // namespace MCSVM_700
 
-#endif  // SVM_KERNEL_PACKED_ENGINE_H_
+#endif  // SVM_KERNEL_PACKED_PACKED_ENGINE_H_

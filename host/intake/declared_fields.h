@@ -1,6 +1,6 @@
 // The fields that a document declares or derives, by name.
-#ifndef HOST_INTAKE_FIELDS_H_
-#define HOST_INTAKE_FIELDS_H_
+#ifndef HOST_INTAKE_DECLARED_FIELDS_H_
+#define HOST_INTAKE_DECLARED_FIELDS_H_
 
 #include <string>
 #include <unordered_map>
@@ -12,9 +12,9 @@ namespace svmscore::intake {
 
 // Built once, after the lists of derived fields were made one; keeps up with the fields that are
 // added through it.
-class Fields {
+class DeclaredFields {
  public:
-  explicit Fields(Intake& intake);
+  explicit DeclaredFields(Intake& intake);
 
   // The DataField or DerivedField of that name; null where there is none.
   DOMElement* Find(const std::string& name) const;
@@ -43,4 +43,4 @@ bool IsValid(const DOMElement* value);
 
 }  // namespace svmscore::intake
 
-#endif  // HOST_INTAKE_FIELDS_H_
+#endif  // HOST_INTAKE_DECLARED_FIELDS_H_

@@ -1,6 +1,6 @@
 // A translator takes INF, NaN and numbers beyond the range as they are, and whatever is computed
 // from them says nothing about its case.
-#include "host/intake/finite.h"
+#include "host/intake/finite_numbers.h"
 
 #include <array>
 #include <cmath>

@@ -1,7 +1,7 @@
 // The rules by which machines decide, from the oldest version on.
 #include <gtest/gtest.h>
 
-#include "tests/intake/reading.h"
+#include "tests/intake/document_parts.h"
 
 namespace svmscore_test {
 namespace {

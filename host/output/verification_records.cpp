@@ -1,4 +1,4 @@
-#include "host/output/verification.h"
+#include "host/output/verification_records.h"
 
 #include <cmath>
 

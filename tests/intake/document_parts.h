@@ -1,6 +1,6 @@
 // Documents put together from parts, and what becomes of them: as trees, as steps, as scores.
-#ifndef TESTS_INTAKE_READING_H_
-#define TESTS_INTAKE_READING_H_
+#ifndef TESTS_INTAKE_DOCUMENT_PARTS_H_
+#define TESTS_INTAKE_DOCUMENT_PARTS_H_
 
 #include <string>
 #include <utility>
@@ -93,4 +93,4 @@ inline std::string Global(const std::string& content) {
 
 }  // namespace svmscore_test
 
-#endif  // TESTS_INTAKE_READING_H_
+#endif  // TESTS_INTAKE_DOCUMENT_PARTS_H_

@@ -1,4 +1,4 @@
-#include "tests/intake/reading.h"
+#include "tests/intake/document_parts.h"
 
 #include <memory>
 

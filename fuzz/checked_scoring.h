@@ -1,6 +1,6 @@
 // Scoring with checks, shared by the fuzzers of documents and of tables.
-#ifndef FUZZ_SCORING_H_
-#define FUZZ_SCORING_H_
+#ifndef FUZZ_CHECKED_SCORING_H_
+#define FUZZ_CHECKED_SCORING_H_
 
 #include <string>
 #include <string_view>
@@ -45,4 +45,4 @@ void ScoreCases(const LoadedModel& loaded, Choices& choices);
 
 }  // namespace svmscore::fuzz
 
-#endif  // FUZZ_SCORING_H_
+#endif  // FUZZ_CHECKED_SCORING_H_

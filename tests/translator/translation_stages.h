@@ -1,6 +1,6 @@
 // A document read by the translator, one stage after another.
-#ifndef TESTS_TRANSLATOR_READING_H_
-#define TESTS_TRANSLATOR_READING_H_
+#ifndef TESTS_TRANSLATOR_TRANSLATION_STAGES_H_
+#define TESTS_TRANSLATOR_TRANSLATION_STAGES_H_
 
 #include <string>
 
@@ -43,4 +43,4 @@ struct Reading {
 
 }  // namespace svmscore_test
 
-#endif  // TESTS_TRANSLATOR_READING_H_
+#endif  // TESTS_TRANSLATOR_TRANSLATION_STAGES_H_

@@ -1,6 +1,6 @@
 // Scores cases with a document, as a host does: from texts to output cells.
-#ifndef TESTS_OUTPUT_SCORING_H_
-#define TESTS_OUTPUT_SCORING_H_
+#ifndef TESTS_OUTPUT_DOCUMENT_SCORING_H_
+#define TESTS_OUTPUT_DOCUMENT_SCORING_H_
 
 #include <fstream>
 #include <iterator>
@@ -118,4 +118,4 @@ inline std::string Refusal(const std::string& document,
 
 }  // namespace svmscore_test
 
-#endif  // TESTS_OUTPUT_SCORING_H_
+#endif  // TESTS_OUTPUT_DOCUMENT_SCORING_H_

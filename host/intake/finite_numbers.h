@@ -1,6 +1,6 @@
 // Numbers that are none to compute with.
-#ifndef HOST_INTAKE_FINITE_H_
-#define HOST_INTAKE_FINITE_H_
+#ifndef HOST_INTAKE_FINITE_NUMBERS_H_
+#define HOST_INTAKE_FINITE_NUMBERS_H_
 
 #include "host/intake/intake.h"
 #include "host/xml/edit.h"
@@ -16,4 +16,4 @@ void CheckFiniteWords(Intake& intake, const DOMElement* element, WideView text);
 
 }  // namespace svmscore::intake
 
-#endif  // HOST_INTAKE_FINITE_H_
+#endif  // HOST_INTAKE_FINITE_NUMBERS_H_

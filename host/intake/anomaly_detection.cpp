@@ -1,4 +1,4 @@
-#include "host/intake/anomaly.h"
+#include "host/intake/anomaly_detection.h"
 
 #include <array>
 #include <unordered_map>

@@ -1,6 +1,6 @@
 // One-class models inside an AnomalyDetectionModel.
-#ifndef HOST_INTAKE_ANOMALY_H_
-#define HOST_INTAKE_ANOMALY_H_
+#ifndef HOST_INTAKE_ANOMALY_DETECTION_H_
+#define HOST_INTAKE_ANOMALY_DETECTION_H_
 
 #include "host/intake/intake.h"
 
@@ -13,4 +13,4 @@ bool LiftModel(Intake& intake, DOMElement* outer, DOMElement* inner);
 
 }  // namespace svmscore::intake
 
-#endif  // HOST_INTAKE_ANOMALY_H_
+#endif  // HOST_INTAKE_ANOMALY_DETECTION_H_

@@ -1,4 +1,4 @@
-#include "fuzz/scoring.h"
+#include "fuzz/checked_scoring.h"
 
 #include <array>
 #include <bit>

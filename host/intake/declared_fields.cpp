@@ -1,4 +1,4 @@
-#include "host/intake/fields.h"
+#include "host/intake/declared_fields.h"
 
 #include "host/transform/build_dictionary.h"
 #include "host/xml/edit.h"
@@ -24,7 +24,7 @@ bool IsValid(const DOMElement* value) {
   return property.data() == nullptr || property == u"valid";
 }
 
-Fields::Fields(Intake& intake) : intake_(intake) {
+DeclaredFields::DeclaredFields(Intake& intake) : intake_(intake) {
   const DOMElement* schema = intake.ModelChild("MiningSchema");
   std::unordered_set<std::string> inputs;
   for (const DOMElement* field : Children(schema, "MiningField")) {
@@ -49,18 +49,18 @@ Fields::Fields(Intake& intake) : intake_(intake) {
   }
 }
 
-DOMElement* Fields::Find(const std::string& name) const {
+DOMElement* DeclaredFields::Find(const std::string& name) const {
   const auto found = fields_.find(name);
   if (found == fields_.end() || NameOf(found->second) == kOutputField) return nullptr;
   return found->second;
 }
 
-DOMElement* Fields::FindHiding(const std::string& name) const {
+DOMElement* DeclaredFields::FindHiding(const std::string& name) const {
   const auto found = hiding_.find(name);
   return found == hiding_.end() ? nullptr : found->second;
 }
 
-bool Fields::Lists(const DOMElement* field, const std::string& value) {
+bool DeclaredFields::Lists(const DOMElement* field, const std::string& value) {
   const auto [found, is_new] = values_.try_emplace(field);
   if (is_new) {
     for (const DOMElement* listed : Children(field, "Value")) {
@@ -70,7 +70,7 @@ bool Fields::Lists(const DOMElement* field, const std::string& value) {
   return found->second.contains(value);
 }
 
-std::string Fields::FreshName(const std::string& wish) {
+std::string DeclaredFields::FreshName(const std::string& wish) {
   std::string name = wish;
   // Many positions have the same wish.
   for (int& number = tried_.try_emplace(wish, 1).first->second; fields_.contains(name);) {
@@ -79,8 +79,8 @@ std::string Fields::FreshName(const std::string& wish) {
   return name;
 }
 
-DOMElement* Fields::AddDerived(const std::string& name, const std::string& op_type,
-                               const std::string& data_type) {
+DOMElement* DeclaredFields::AddDerived(const std::string& name, const std::string& op_type,
+                                       const std::string& data_type) {
   DOMElement* field = AddElement(Transformations(), "DerivedField");
   SetAttribute(field, "name", name);
   SetAttribute(field, "optype", op_type);
@@ -89,7 +89,7 @@ DOMElement* Fields::AddDerived(const std::string& name, const std::string& op_ty
   return field;
 }
 
-DOMElement* Fields::Transformations() {
+DOMElement* DeclaredFields::Transformations() {
   if (DOMElement* global = FindChild(intake_.Root(), "TransformationDictionary")) return global;
   if (DOMElement* local = intake_.ModelChild("LocalTransformations")) return local;
   DOMElement* next = FirstElement(intake_.Model());

@@ -1,7 +1,7 @@
 // The records by which a document lets its users check their installation.
 // [one thread] for each document; Judge [any thread].
-#ifndef HOST_OUTPUT_VERIFICATION_H_
-#define HOST_OUTPUT_VERIFICATION_H_
+#ifndef HOST_OUTPUT_VERIFICATION_RECORDS_H_
+#define HOST_OUTPUT_VERIFICATION_RECORDS_H_
 
 #include <functional>
 #include <optional>
@@ -66,4 +66,4 @@ SVMSCORE_HOST_API Judgement Judge(std::string_view expected, const transform::Va
 
 }  // namespace svmscore::output
 
-#endif  // HOST_OUTPUT_VERIFICATION_H_
+#endif  // HOST_OUTPUT_VERIFICATION_RECORDS_H_

@@ -1,7 +1,7 @@
 // Derived fields and vector positions.
 #include <gtest/gtest.h>
 
-#include "tests/intake/reading.h"
+#include "tests/intake/document_parts.h"
 
 namespace svmscore_test {
 namespace {
