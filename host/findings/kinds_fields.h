@@ -113,8 +113,7 @@ inline constexpr std::array kFieldFindings = {
                 "a case that lacks the input is treated as the mining schema says",
                 "write a value of the type of the field"},
     FindingKind{"input-not-in-schema", FindingClass::kGuessed, code::kBadContent,
-                "a field that the mining schema leaves out is an input, for a derived field is "
-                "computed from it",
+                "a field that the mining schema leaves out is an input, because the model reads it",
                 "cases must supply it", "list it in the MiningSchema"},
     FindingKind{
         "derived-field-left-out", FindingClass::kLossy, code::kBadContent,

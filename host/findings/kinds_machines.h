@@ -153,6 +153,12 @@ inline constexpr std::array kMachineFindings = {
                 "some machines have a usable Extension and others have none, so that all decide by "
                 "votes",
                 "no probabilities are computed", "give every machine an extension"},
+    FindingKind{
+        "probabilities-missing", FindingClass::kError, code::kBadContent,
+        "some machines have a usable Extension and others have none, and not every machine "
+        "names the categories that it could vote for",
+        "there are neither probabilities nor votes of all machines: cases fail, or lack votes",
+        "give every machine an extension, or name the categories of every machine"},
     FindingKind{"deviation-negative", FindingClass::kError, code::kBadContent,
                 "a StandardDeviation below 0 turns the interval around; -1 leaves it out",
                 "no interval is computed that a value could be in",

@@ -65,7 +65,7 @@ inline constexpr std::array kVectorFindings = {
                 "the vector stands elsewhere than it was meant to",
                 "write each index once, in ascending order"},
     FindingKind{"default-value-unreadable", FindingClass::kError, code::kBadValue,
-                "the default value of a sparse array is no number, and counts as 0",
+                "the default value of a sparse array is no finite number, and counts as 0",
                 "positions that the array does not list are 0", "write a number"},
     FindingKind{"array-type", FindingClass::kGuessed, code::kBadValue,
                 "an array of the type string is read as one of numbers",

@@ -82,15 +82,22 @@ void CheckMachine(Intake& intake, const DOMElement* machine,
   }
   std::size_t terms = 0;
   bool all_zero = true;
+  bool any_number = false;
   for (const DOMElement* coefficient : Children(coefficients, "Coefficient")) {
     const WideView value = AttributeView(coefficient, "value");
     if (value.data() == nullptr) intake.Tell("no-coefficient-value", coefficient);
     CheckNumber(intake, "bad-coefficient", coefficient, "value");
     CheckFiniteAttribute(intake, coefficient, "value");
-    all_zero = all_zero && ParseNumber(Narrow(value)).value_or(0.0) == 0.0;
+    if (all_zero || !any_number) {
+      const std::optional<double> number = ParseNumber(Narrow(value));
+      any_number = any_number || number;
+      all_zero = all_zero && number.value_or(0.0) == 0.0;
+    }
     ++terms;
   }
-  if (all_zero && terms > 0) {
+  if (!any_number && terms > 0) {
+    intake.Error("empty-machine", machine, "no coefficient that is a number", NameOf(machine));
+  } else if (all_zero && terms > 0) {
     intake.Tell("zero-machine", coefficients, std::to_string(terms) + " coefficients of 0",
                 "Coefficients");
   }

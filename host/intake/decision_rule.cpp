@@ -1,10 +1,12 @@
 // The rule by which machines decide: that of the oldest versions in the words of the newer ones,
-// and the method of a vote that does not name it.
+// the method of a vote that does not name it, and the categories that a vote is about.
 #include <algorithm>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "host/intake/declared_fields.h"
 #include "host/intake/steps.h"
 #include "host/intake/target_categories.h"
 #include "host/xml/attributes.h"
@@ -49,24 +51,66 @@ void ReadOldSecond(Intake& intake) {
   SetAttribute(machine, "threshold", kBelowHalf);
 }
 
-void InferMethod(Intake& intake) {
-  if (Has(intake.Model(), "classificationMethod")) return;
+// The categories that machines name where each names two and there is one machine for each pair of
+// them, by keys; else empty.
+std::set<std::string> PairedCategories(const Intake& intake, const LabelKeys& keys) {
   std::set<std::pair<std::string, std::string>> pairs;
-  std::set<std::string> labels;
+  std::set<std::string> names;
   std::size_t machines = 0;
   for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
     std::string first = FindAttribute(machine, "targetCategory").value_or("");
     std::string second = FindAttribute(machine, "alternateTargetCategory").value_or("");
-    if (first.empty() || second.empty() || first == second) return;
-    labels.insert({first, second});
+    if (first.empty() || second.empty()) return {};
+    first = keys.Of(first);
+    second = keys.Of(second);
+    if (first == second) return {};
+    names.insert({first, second});
     if (second < first) std::swap(first, second);
     pairs.emplace(std::move(first), std::move(second));
     ++machines;
   }
-  const std::size_t wanted = labels.size() * (labels.size() - 1) / 2;
-  if (labels.size() < 3 || machines != wanted || pairs.size() != wanted) return;
-  // The target may list more categories than the machines name.
-  if (!FitsPairs(intake)) return;
+  const std::size_t wanted = names.size() * (names.size() - 1) / 2;
+  if (machines != wanted || pairs.size() != wanted) return {};
+  return names;
+}
+
+// Leaves categories out of the target that no machine names; false, and nothing is left out, where
+// a machine names one that the target does not list.
+bool LeaveOutUnused(Intake& intake, const Target& target, const LabelKeys& keys,
+                    const std::set<std::string>& names) {
+  std::set<std::string> listed;
+  for (const std::string& category : ListedCategories(target)) listed.insert(keys.Of(category));
+  if (listed.empty()) return true;
+  if (!std::includes(listed.begin(), listed.end(), names.begin(), names.end())) return false;
+  if (listed.size() == names.size()) return true;
+  intake.Tell("category-unused", target.data_field);
+  const auto is_unused = [&](const DOMElement* value) {
+    const auto text = FindAttribute(value, "value");
+    return text && !names.contains(keys.Of(*text));
+  };
+  bool in_field = false;
+  for (DOMElement* value : Children(target.data_field, "Value")) {
+    if (!IsValid(value)) continue;
+    in_field = true;
+    if (is_unused(value)) SetAttribute(value, "property", "invalid");
+  }
+  if (in_field) return true;
+  std::vector<DOMElement*> unused;
+  for (DOMElement* value : Children(target.target, "TargetValue")) {
+    if (is_unused(value)) unused.push_back(value);
+  }
+  for (DOMElement* value : unused) Remove(value);
+  return true;
+}
+
+// Machines that name two categories each decide between pairs, whatever the standard's default is.
+void InferMethod(Intake& intake) {
+  if (Has(intake.Model(), "classificationMethod")) return;
+  const Target target = FindTarget(intake);
+  if (target.data_field == nullptr) return;
+  const LabelKeys keys(target.data_field);
+  const std::set<std::string> names = PairedCategories(intake, keys);
+  if (names.empty() || !LeaveOutUnused(intake, target, keys, names) || names.size() < 3) return;
   intake.Tell("method-inferred", intake.Model());
   SetAttribute(intake.Model(), "classificationMethod", "OneAgainstOne");
 }

@@ -4,10 +4,14 @@
 
 #include <array>
 #include <cmath>
+#include <string>
+#include <unordered_set>
 
 #include "host/intake/steps.h"
 #include "host/intake/target_categories.h"
+#include "host/text/field_types.h"
 #include "host/text/number_text.h"
+#include "host/xml/attributes.h"
 #include "host/xml/elements.h"
 
 namespace svmscore::intake {
@@ -36,6 +40,24 @@ void CheckExtension(Intake& intake, const DOMElement* extension) {
   }
 }
 
+// Replacements of missing values, of fields that are numbers.
+void CheckReplacements(Intake& intake) {
+  std::unordered_set<std::string> numbers;
+  for (const DOMElement* field :
+       Children(FindChild(intake.Root(), "DataDictionary"), "DataField")) {
+    const auto type = ParseDataType(AttributeText(field, "dataType"));
+    const bool continuous = AttributeView(field, "optype") == u"continuous";
+    if (continuous && type && IsNumberStored(type->data)) {
+      numbers.insert(AttributeText(field, "name"));
+    }
+  }
+  for (const DOMElement* field : Children(intake.ModelChild("MiningSchema"), "MiningField")) {
+    if (AttributeView(field, "missingValueReplacement").empty()) continue;
+    if (!numbers.contains(AttributeText(field, "name"))) continue;
+    CheckFiniteAttribute(intake, field, "missingValueReplacement");
+  }
+}
+
 }  // namespace
 
 void CheckFiniteAttribute(Intake& intake, const DOMElement* element, const char* name) {
@@ -53,6 +75,7 @@ void CheckFiniteWords(Intake& intake, const DOMElement* element, WideView text) 
 }
 
 void CheckFiniteNumbers(Intake& intake) {
+  CheckReplacements(intake);
   CheckFiniteAttribute(intake, intake.Model(), "threshold");
   for (const char* kind : {"PolynomialKernelType", "RadialBasisKernelType", "SigmoidKernelType"}) {
     for (const char* name : {"gamma", "coef0", "degree"}) {

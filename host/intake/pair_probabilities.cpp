@@ -1,6 +1,7 @@
 // A translator takes the probability of the n-th machine for that of the n-th pair of the target's
 // categories, the earlier one as response, whatever categories the machine names: the extension is
 // read by the position of its machine. Whoever meant something else is told.
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -59,6 +60,16 @@ void CheckPair(Intake& intake, const DOMElement* machine, const Positions& posit
   const auto names = [&](std::size_t first, std::size_t second) {
     return known && !place.AtEnd() && response->second == first && other->second == second;
   };
+  const auto target = positions.find(AttributeText(machine, "targetCategory"));
+  const auto alternate = positions.find(AttributeText(machine, "alternateTargetCategory"));
+  const bool named = target != positions.end() && alternate != positions.end();
+  if (named && known &&
+      std::minmax(target->second, alternate->second) !=
+          std::minmax(response->second, other->second)) {
+    intake.Tell("pair-out-of-order", machine,
+                "an extension for another pair than it decides between", NameOf(machine));
+    return;
+  }
   if (names(place.Earlier(), place.Later())) return;
   if (names(place.Later(), place.Earlier())) {
     intake.Tell("response-later", machine, "a response that is the later category of its pair",
@@ -80,9 +91,12 @@ std::string Listed(const std::vector<std::size_t>& machines) {
   return text;
 }
 
-bool NamesCategories(const DOMElement* machine) {
-  return !AttributeView(machine, "targetCategory").empty() &&
-         !AttributeView(machine, "alternateTargetCategory").empty();
+// Whether the machine can vote: one of a pair must name both of its categories.
+bool CanVote(const Intake& intake, const DOMElement* machine) {
+  if (AttributeView(machine, "targetCategory").empty()) return false;
+  const bool all = AttributeText(intake.Model(), "classificationMethod") != "OneAgainstOne" &&
+                   CategoryPositions(FindTarget(intake)).size() > 2;
+  return all || !AttributeView(machine, "alternateTargetCategory").empty();
 }
 
 }  // namespace
@@ -93,17 +107,23 @@ void UseCalibrationOfAll(Intake& intake) {
   const DOMElement* first = nullptr;
   DOMElement* last = nullptr;
   std::size_t machines = 0;
+  bool voting = true;
   for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
     ++machines;
     last = machine;
+    voting = voting && CanVote(intake, machine);
     if (output::IsCompleteExtension(VendorExtension(machine), true)) continue;
     lacking.push_back(machines);
     if (first == nullptr) first = machine;
   }
   if (lacking.empty() || lacking.size() == machines) return;
+  if (!voting) {
+    return intake.Tell("probabilities-missing", first, "no probability of " + Listed(lacking),
+                       NameOf(first));
+  }
   intake.Tell("extension-on-some", first, "no probability of " + Listed(lacking), NameOf(first));
-  // The last machine decides for all. One that names no categories could not vote.
-  if (lacking.back() == machines || !NamesCategories(last)) return;
+  // The last machine decides for all.
+  if (lacking.back() == machines) return;
   SetAttribute(VendorExtension(last), "extender", "svmscore, not used");
 }
 

@@ -65,12 +65,18 @@ void ListCategories(Intake& intake, const Target& target) {
   if (!ListedCategories(target).empty()) return;
   const LabelKeys keys(target.data_field);
   std::unordered_set<std::string> known;
+  std::vector<std::string> labels;
   for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
     for (const LabelPlace& place : LabelsOf(machine)) {
-      if (!known.insert(keys.Of(place.label)).second) continue;
-      if (known.size() == 1) intake.Tell("target-categories", target.data_field);
-      SetAttribute(AddElement(target.data_field, "Value"), "value", place.label);
+      // A translator says that the target has no categories.
+      if (!keys.CanBe(place.label)) return;
+      if (known.insert(keys.Of(place.label)).second) labels.push_back(place.label);
     }
+  }
+  if (labels.empty()) return;
+  intake.Tell("target-categories", target.data_field);
+  for (const std::string& label : labels) {
+    SetAttribute(AddElement(target.data_field, "Value"), "value", label);
   }
 }
 
@@ -93,6 +99,10 @@ Target FindTarget(const Intake& intake) {
 LabelKeys::LabelKeys(const DOMElement* data_field) {
   const auto type = ParseDataType(FindAttribute(data_field, "dataType").value_or("string"));
   if (type && IsNumberStored(type->data)) number_type_ = type;
+}
+
+bool LabelKeys::CanBe(const std::string& label) const {
+  return !number_type_ || KeyFromFieldText(label, *number_type_);
 }
 
 std::string LabelKeys::Of(const std::string& label) const {

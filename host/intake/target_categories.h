@@ -26,6 +26,8 @@ class LabelKeys {
  public:
   explicit LabelKeys(const DOMElement* data_field);
   std::string Of(const std::string& label) const;
+  // Whether the target's type has a value that the text spells.
+  bool CanBe(const std::string& label) const;
 
  private:
   std::optional<FieldType> number_type_;  // nothing where texts are compared

@@ -3,6 +3,7 @@
 #include "host/intake/vectors.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
@@ -165,7 +166,8 @@ void VectorReader::ReadSparse(DOMElement* array) {
 std::optional<WideView> VectorReader::ReadDefault(const DOMElement* array) const {
   const WideView stated = AttributeView(array, "defaultValue");
   if (stated.data() == nullptr) return std::nullopt;
-  const std::optional<double> number = ParseNumber(Narrow(stated));
+  std::optional<double> number = ParseNumber(Narrow(stated));
+  if (number && !std::isfinite(*number)) number.reset();
   if (!number) {
     intake_.Tell("default-value-unreadable", array, Narrow(stated), "defaultValue", NameOf(array));
   }

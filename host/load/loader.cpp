@@ -18,6 +18,7 @@ namespace {
 
 using MCZandor_850::BaseTranslator;
 using MCZandor_850::PMMLTranslator;
+using MCZandor_850::ScoreDictionary;
 using MCZandor_850::ScoreDictVar;
 using MCZandor_850::ScoreModel;
 using MCZandor_850::SSException;
@@ -65,6 +66,15 @@ void TellFinding(LoadedModel& loaded, bool strict, KindOfFinding kind, const DOM
       {kind, {NameOf(at), loaded.document.LineOf(at)}, DetailOf(*kind, parts)});
 }
 
+// The fields that a mining schema lists.
+std::unordered_set<std::string> DeclaredNames(const DOMElement* schema) {
+  std::unordered_set<std::string> declared;
+  for (const DOMElement* field : Children(schema, "MiningField")) {
+    declared.insert(AttributeText(field, "name"));
+  }
+  return declared;
+}
+
 // Tells what the derived fields are not, or refuses it, and makes inputs of the fields that the
 // model reads although its mining schema leaves them out.
 void TellTransformations(LoadedModel& loaded, bool strict) {
@@ -82,10 +92,7 @@ void TellTransformations(LoadedModel& loaded, bool strict) {
   const DOMElement* model = FindModelElement(loaded.document.Dom());
   const DOMElement* schema = FindChild(model, "MiningSchema");
   if (schema == nullptr) return;
-  std::unordered_set<std::string> declared;
-  for (const DOMElement* field : Children(schema, "MiningField")) {
-    declared.insert(AttributeText(field, "name"));
-  }
+  const std::unordered_set<std::string> declared = DeclaredNames(schema);
   for (const ScoreDictVar* var : derived->GetProgram().NeededInputs()) {
     if (!declared.contains(var->GetName())) {
       loaded.model->SetVarRole(var, ScoreModel::kActiveRole);
@@ -97,6 +104,23 @@ void TellTransformations(LoadedModel& loaded, bool strict) {
 std::string FieldName(const DOMElement* field) {
   const bool reference = NameOf(field) == "FieldRef";
   return FindAttribute(field, reference ? "field" : "name").value_or("");
+}
+
+// Tells of vector fields that the mining schema leaves out, or refuses them.
+void TellVectorFields(LoadedModel& loaded, bool strict) {
+  const DOMElement* model = FindModelElement(loaded.document.Dom());
+  const DOMElement* schema = FindChild(model, "MiningSchema");
+  const ScoreDictionary* dictionary = loaded.model->GetDictionary();
+  if (schema == nullptr || dictionary == nullptr) return;
+  const std::unordered_set<std::string> declared = DeclaredNames(schema);
+  const DOMElement* vectors = FindChild(model, "VectorDictionary");
+  for (const DOMElement* field = FirstElement(FindChild(vectors, "VectorFields")); field != nullptr;
+       field = NextElement(field)) {
+    const std::string name = FieldName(field);
+    if (declared.contains(name) || dictionary->FindVar(name) == nullptr) continue;
+    TellFinding(loaded, strict, "input-not-in-schema", field,
+                "the field " + name + ", which is a vector field and the MiningSchema leaves out,");
+  }
 }
 
 // The kinds that count days or seconds are numbers; a day, a clock time and a moment are none.
@@ -177,6 +201,11 @@ IntakeMode ModeOf(LoadChecks checks) {
   return checks == LoadChecks::kStrict ? IntakeMode::kStrict : IntakeMode::kTolerate;
 }
 
+bool SaysTheSame(const SSException& one, const SSException& other) {
+  return one.GetErrorCode() == other.GetErrorCode() &&
+         one.GetMessageParts() == other.GetMessageParts();
+}
+
 // Who finds fault with a document.
 enum class Judge { kTranslator, kHost };
 
@@ -185,7 +214,9 @@ void TranslateReadable(LoadedModel& loaded, const std::optional<SSException>& re
     loaded.model = Translate(*loaded.translator, loaded.document);
   } catch (SSException& error) {
     loaded.document.Locate(error);
-    if (refused) error.AddRemark(std::string("besides, ") + refused->what());
+    if (refused && !SaysTheSame(*refused, error)) {
+      error.AddRemark(std::string("besides, ") + refused->what());
+    }
     throw;
   }
 }
@@ -208,6 +239,7 @@ LoadedModel Load(const Plugin& plugin, PmmlDocument document, LoadChecks checks,
     if (refused && refuses) throw SSException(*refused);
     if (refuses) CheckTransformations(*loaded.model, loaded.document);
     if (!as_is) TellTransformations(loaded, checks == LoadChecks::kStrict);
+    if (!as_is) TellVectorFields(loaded, checks == LoadChecks::kStrict);
     ReadOutput(loaded, checks);
     CollectInputs(loaded, CheckVectorFields(*loaded.model, loaded.document, refuses));
     if (auto* model = dynamic_cast<BatchModel*>(loaded.model.get())) model->SetFiniteOnly(!as_is);
@@ -227,10 +259,16 @@ LoadedModel LoadLetter(const Plugin& plugin, PmmlDocument document, const SSExce
     letter.emplace(Load(plugin, std::move(document), LoadChecks::kAsIs, unused));
   } catch (SSException& own) {
     if (judge == Judge::kTranslator) throw SSException(error);
-    own.AddRemark(std::string("besides, ") + error.what());
+    if (!SaysTheSame(own, error)) {
+      own.AddRemark(std::string("besides, ") + error.what());
+    }
     throw;
   }
-  if (judge == Judge::kHost) throw SSException(error);
+  if (judge == Judge::kHost) {
+    SSException refused(error);
+    refused.SetRemedy(refused.GetRemedy() + ", or give --as-is to score it to the letter");
+    throw refused;
+  }
   const DOMElement* root = letter->document.Dom()->getDocumentElement();
   letter->findings.push_back(
       {"read-to-the-letter", {NameOf(root), letter->document.LineOf(root)}, error.what()});

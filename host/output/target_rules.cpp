@@ -48,7 +48,7 @@ const DOMElement* FindTarget(const DOMElement* model, const std::string& target,
 
 TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* document,
                          std::vector<Note>& notes, Faults faults, bool as_written)
-    : model_(&model), target_(model.GetTargetVar()), faults_(faults) {
+    : model_(&model), target_(model.GetTargetVar()), faults_(faults), finite_only_(!as_written) {
   const DOMElement* model_element = FindModelElement(document);
   if (target_ == nullptr) ThrowAt(model_element, code::kNoTarget, "MiningSchema");
   scheme_ = SchemeOf(model_element, target_->GetCategories().size());
@@ -217,6 +217,7 @@ Outcome TargetRules::Finish(const MCScore::MCStatus& status, const ScoreResult* 
     if (regression != nullptr && interval != nullptr && interval->GetInterval(lower, upper)) {
       FinishInterval(lower, upper, outcome);
     }
+    RequireFinite(outcome);
     return outcome;
   }
   outcome.category = target_->GetCategoryIndex(result->GetPrediction());
@@ -225,6 +226,7 @@ Outcome TargetRules::Finish(const MCScore::MCStatus& status, const ScoreResult* 
   }
   outcome.confidence = result->GetConfidence();
   outcome.result = dynamic_cast<const ScoreClsResult*>(result);
+  RequireFinite(outcome);
   return outcome;
 }
 
@@ -240,6 +242,7 @@ Outcome TargetRules::Finish(const BatchResults& results, std::size_t position) c
     if (results.has_interval[position]) {
       FinishInterval(results.lower[position], results.upper[position], outcome);
     }
+    RequireFinite(outcome);
     return outcome;
   }
   if (results.category[position] >= 0) {
@@ -249,6 +252,7 @@ Outcome TargetRules::Finish(const BatchResults& results, std::size_t position) c
   outcome.confidence = results.confidence[position];
   outcome.percents = results.percents + position;
   outcome.percent_stride = results.stride;
+  RequireFinite(outcome);
   return outcome;
 }
 
@@ -268,6 +272,25 @@ void TargetRules::FinishInterval(double lower, double upper, Outcome& outcome) c
   outcome.lower = Scale(lower);
   outcome.upper = Scale(upper);
   if (factor_ < 0.0) std::swap(outcome.lower, outcome.upper);
+}
+
+void TargetRules::RequireFinite(Outcome& outcome) const {
+  if (!finite_only_ || !outcome.IsPredicted()) return;
+  bool finite = true;
+  if (scheme_.method == Method::kRegression) {
+    finite = !outcome.prediction.IsPresent() || std::isfinite(outcome.prediction.GetNumber());
+    if (!std::isfinite(outcome.std_dev)) outcome.std_dev = kNotComputed;
+    outcome.has_interval =
+        outcome.has_interval && std::isfinite(outcome.lower) && std::isfinite(outcome.upper);
+  } else if (scheme_.percentages == Percentages::kProbabilities) {
+    finite = std::isfinite(outcome.confidence);
+    for (std::size_t k = 0; k < categories_.size(); ++k) {
+      finite = finite && std::isfinite(outcome.PercentAt(k));
+    }
+  }
+  if (finite) return;
+  outcome = Outcome();
+  outcome.status = MCScore::kInvalidValue;
 }
 
 // A step that the document does not ask for does not change a bit.

@@ -63,7 +63,9 @@ class SVMSCORE_HOST_API TargetRules {
  public:
   // Reads the Target element for the model's target. Appends to `notes`; `faults` says what happens
   // to values that are not allowed. With `as_written` the percentages stay in the order in which
-  // the model's results hold them. [one thread] for each document. Lives: the document for the
+  // the model's results hold them, and results that are not finite are results; without, a case
+  // fails (90027) whose value or probabilities are not finite, and an interval that is not finite
+  // is not there. [one thread] for each document. Lives: the document for the
   // call. Fails: SSException for values that are refused; std::bad_alloc.
   TargetRules(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document,
               std::vector<Note>& notes, Faults faults, bool as_written);
@@ -111,6 +113,8 @@ class SVMSCORE_HOST_API TargetRules {
   void FinishNumber(double raw, double std_dev, Outcome& outcome) const;
   void FinishInterval(double lower, double upper, Outcome& outcome) const;
   void PredictDefault(Outcome& outcome) const;
+  // Fails a case whose result is not finite, where that is asked for.
+  void RequireFinite(Outcome& outcome) const;
 
   const MCZandor_850::ScoreModel* model_;
   const MCZandor_850::ScoreDictVar* target_;
@@ -132,6 +136,7 @@ class SVMSCORE_HOST_API TargetRules {
   transform::Value default_;
   int default_category_ = -1;
   bool second_responds_ = false;
+  bool finite_only_ = false;
 };
 
 }  // namespace svmscore::output
