@@ -135,8 +135,8 @@ void Measure(const Workload& workload, const packed::Operations* operations) {
   Part definition{
       [&] { plain.Decide(workload.rows[next_plain++ % cases].data(), scratch, one.data()); }, 1.0};
   Part batch{[&] {
-               engine.DecideMany(workload.columns.data(), cases, cases, scratch, decisions.data(),
-                                 cases);
+               engine.DecideMany({workload.columns.data(), cases}, cases, scratch,
+                                 {decisions.data(), cases});
              },
              static_cast<double>(cases)};
   Part single{[&] {

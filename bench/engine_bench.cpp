@@ -64,8 +64,8 @@ void Decide(benchmark::State& state) {
     if (count == 0) {
       engine.Decide(model.cases.data(), scratch, model.decisions.data());
     } else {
-      engine.DecideMany(model.cases.data(), Model::kCases, count, scratch, model.decisions.data(),
-                        Model::kCases);
+      engine.DecideMany({model.cases.data(), Model::kCases}, count, scratch,
+                        {model.decisions.data(), Model::kCases});
     }
     benchmark::DoNotOptimize(model.decisions.data());
   }
@@ -87,15 +87,15 @@ void Sizes(benchmark::internal::Benchmark* sizes) {
 }
 BENCHMARK(Decide)->Apply(Sizes);
 
-// One engine, read by all threads, each with cases of its own.
+// One engine, read by all threads, each with its own cases.
 void DecideOnThreads(benchmark::State& state) {
   static Model model(2000, 50, 1);
   static const PackedEngine engine(model.input, packed::OperationsOf(svmscore::ChosenIsa().isa));
   PackedScratch scratch;
   std::vector<double> decisions(Model::kCases);
   for (auto _ : state) {
-    engine.DecideMany(model.cases.data(), Model::kCases, Model::kCases, scratch, decisions.data(),
-                      Model::kCases);
+    engine.DecideMany({model.cases.data(), Model::kCases}, Model::kCases, scratch,
+                      {decisions.data(), Model::kCases});
     benchmark::DoNotOptimize(decisions.data());
   }
   Report(state, Model::kCases, model);

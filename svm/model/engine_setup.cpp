@@ -91,19 +91,20 @@ MCScore::MCStatus SVMModel::Decide(const std::vector<int>& idx, const std::vecto
     engine_->Decide(val.data(), ThisThreadsWorkspace().scratch, decisions.data());
     return {};
   }
-  return DecideByDefinition(idx, val, decisions.data(), 1);
+  return DecideByDefinition(idx, val, {decisions.data(), 1});
 }
 
 MCScore::MCStatus SVMModel::DecideByDefinition(const std::vector<int>& idx,
-                                               const std::vector<double>& val, double* decisions,
-                                               std::size_t stride) {
+                                               const std::vector<double>& val,
+                                               MCSVM_700::packed::DecisionColumns decisions) {
   for (std::size_t m = 0; m < DecisionCount(); ++m) {
     const auto* machine = Machine(static_cast<int>(m));
     if (machine != nullptr && !machine->IsWhole()) {
       return MCScore::MCStatus(MCScore::kCannotScore, false);
     }
-    decisions[m * stride] = 0.0;
-    ScoreSVMByKernelType(idx, val, static_cast<int>(m), decisions[m * stride]);
+    double& value = decisions.values[m * decisions.stride];
+    value = 0.0;
+    ScoreSVMByKernelType(idx, val, static_cast<int>(m), value);
   }
   return {};
 }

@@ -64,7 +64,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // [any thread] Fails: never.
   int GetModelType() const override { return model_type_; }
   // [any thread] Owns: the caller. Lives: until deleted, its variables as long as the model. Fails:
-  // null where there are none; std::bad_alloc.
+  // null if there are none; std::bad_alloc.
   BaseDictionary* GetVarsOfRole(VarRole role) const override;
 
   // --- Scoring one case (score_case.cpp) ---
@@ -82,7 +82,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                    std::vector<int>& idx, std::vector<double>& val);
   bool IsMissScoreValue(const ScoreDictVar* var, const ScoreValue* value) const;
   bool IsInvalidScoreValue(const ScoreDictVar* var, const ScoreValue* value) const;
-  // Null where there is none; owned by the variable.
+  // Null if absent; owned by the variable.
   const ScoreValue* GetMissReplacement(const ScoreDictVar* var);
   MCScore::MCStatus HandleMissInvalidValue(bool is_missing, bool is_invalid,
                                            const ScoreDictVar* var, ScoreResult*& result);
@@ -183,13 +183,13 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                 double* entries, std::size_t stride, std::size_t& read);
   MCScore::MCStatus MissingStatus(const ScoreDictVar* var);
   // A batch: the decision values of all cases, and each case's results from them (score_batch.cpp).
-  MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases, double* decisions,
-                                std::size_t stride);
+  MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases,
+                                MCSVM_700::packed::DecisionColumns decisions);
   static void FailBatch(const MCScore::MCStatus& status, std::size_t count,
                         const svmscore::BatchResults& results);
-  MCScore::MCStatus FinishCategory(const double* decisions, std::size_t stride, std::size_t c,
+  MCScore::MCStatus FinishCategory(MCSVM_700::packed::DecisionColumns decisions, std::size_t c,
                                    const svmscore::BatchResults& results);
-  MCScore::MCStatus FinishValue(const double* decision, std::size_t c,
+  MCScore::MCStatus FinishValue(double decision, std::size_t c,
                                 const svmscore::BatchResults& results);
   // 90027 for decision values that no result is made of; see SetFiniteOnly.
   MCScore::MCStatus CheckDecisions(const std::vector<double>& decisions) const;
@@ -207,13 +207,13 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // ScoreSVMByKernelType gives the same bits.
   MCScore::MCStatus Decide(const std::vector<int>& idx, const std::vector<double>& val,
                            std::vector<double>& decisions);
-  // The same by ScoreSVMByKernelType: decision m goes to decisions[m * stride]. 90029 where a
-  // machine is not whole.
+  // The same by ScoreSVMByKernelType, for the first case of `decisions`. 90029 where a machine is
+  // not whole.
   MCScore::MCStatus DecideByDefinition(const std::vector<int>& idx, const std::vector<double>& val,
-                                       double* decisions, std::size_t stride);
+                                       MCSVM_700::packed::DecisionColumns decisions);
   bool EngineTakes(const std::vector<int>& idx, const std::vector<double>& val) const;
   ScoreDictVar* FindVarByName(const std::string& name) const;
-  // Null for a position at which there is no machine.
+  // Null if there is no machine at this position.
   const SVMModelData::ST_SUPPORTVECTORMACHINE* Machine(int index) const;
   void PredictMissing(ScoreResult& result);
   // One row per category that the data counts, each a copy of `percents`, filled from the machines.

@@ -9,6 +9,7 @@
 namespace MCZandor_850 {
 
 using MCScore::MCStatus;
+using MCSVM_700::packed::DecisionColumns;
 using svmscore::BatchCases;
 using svmscore::BatchResults;
 
@@ -64,19 +65,19 @@ void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) 
     return FailBatch(MCStatus(MCScore::kCannotScore, false), cases.count, results);
   }
   try {
-    double* decisions = results.decisions;
-    std::size_t stride = results.stride;
-    if (decisions == nullptr) {
-      stride = cases.count;
-      ThisThreadsWorkspace().columns.Reserve(std::max<std::size_t>(DecisionCount(), 1) * stride);
-      decisions = ThisThreadsWorkspace().columns.data();
+    DecisionColumns decisions{results.decisions, results.stride};
+    if (decisions.values == nullptr) {
+      auto& columns = ThisThreadsWorkspace().columns;
+      columns.Reserve(std::max<std::size_t>(DecisionCount(), 1) * cases.count);
+      decisions = {columns.data(), cases.count};
     }
-    const MCStatus decided = DecideBatch(cases, decisions, stride);
+    const MCStatus decided = DecideBatch(cases, decisions);
     if (decided.IsError()) return FailBatch(decided, cases.count, results);
     const bool classifies = data_->IsClassification();
     for (std::size_t c = 0; c < cases.count; ++c) {
-      const MCStatus status = classifies ? FinishCategory(decisions + c, stride, c, results)
-                                         : FinishValue(decisions + c, c, results);
+      const MCStatus status =
+          classifies ? FinishCategory(decisions, c, results)
+                     : FinishValue(DecisionCount() > 0 ? decisions.values[c] : 0.0, c, results);
       TraceFailure(status);
       results.status[c] = status.GetErrorCode();
     }
@@ -92,11 +93,10 @@ void SVMModel::FailBatch(const MCStatus& status, std::size_t count, const BatchR
   }
 }
 
-MCStatus SVMModel::DecideBatch(const BatchCases& cases, double* decisions, std::size_t stride) {
+MCStatus SVMModel::DecideBatch(const BatchCases& cases, DecisionColumns decisions) {
   Workspace& workspace = ThisThreadsWorkspace();
   if (EngineFits()) {
-    engine_->DecideMany(cases.entries, cases.stride, cases.count, workspace.scratch, decisions,
-                        stride);
+    engine_->DecideMany({cases.entries, cases.stride}, cases.count, workspace.scratch, decisions);
     return {};
   }
   workspace.idx.resize(EntryCount());
@@ -106,13 +106,14 @@ MCStatus SVMModel::DecideBatch(const BatchCases& cases, double* decisions, std::
     for (std::size_t e = 0; e < workspace.val.size(); ++e) {
       workspace.val[e] = cases.entries[e * cases.stride + c];
     }
-    const MCStatus status = DecideByDefinition(workspace.idx, workspace.val, decisions + c, stride);
+    const MCStatus status =
+        DecideByDefinition(workspace.idx, workspace.val, {decisions.values + c, decisions.stride});
     if (status.IsError()) return status;
   }
   return {};
 }
 
-MCStatus SVMModel::FinishCategory(const double* decisions, std::size_t stride, std::size_t c,
+MCStatus SVMModel::FinishCategory(DecisionColumns decisions, std::size_t c,
                                   const BatchResults& results) {
   const std::size_t categories = target_categories_.size();
   Put(results.category, c, -1);
@@ -125,7 +126,7 @@ MCStatus SVMModel::FinishCategory(const double* decisions, std::size_t stride, s
   workspace.decisions.resize(DecisionCount());
   if (workspace.decisions.empty() || EntryCount() == 0) return {};
   for (std::size_t m = 0; m < workspace.decisions.size(); ++m) {
-    workspace.decisions[m] = decisions[m * stride];
+    workspace.decisions[m] = decisions.values[m * decisions.stride + c];
   }
   const MCStatus checked = CheckDecisions(workspace.decisions);
   if (checked.IsError()) return checked;
@@ -145,7 +146,7 @@ MCStatus SVMModel::FinishCategory(const double* decisions, std::size_t stride, s
   return status;
 }
 
-MCStatus SVMModel::FinishValue(const double* decision, std::size_t c, const BatchResults& results) {
+MCStatus SVMModel::FinishValue(double decision, std::size_t c, const BatchResults& results) {
   Put(results.category, c, -1);
   Put(results.confidence, c, kNone);
   double std_dev = kNone;
@@ -153,8 +154,7 @@ MCStatus SVMModel::FinishValue(const double* decision, std::size_t c, const Batc
   double upper = 0.0;
   // Without entries nothing is computed, and the value is missing.
   const bool computed = EntryCount() > 0;
-  const double value =
-      computed ? (DecisionCount() > 0 ? *decision : 0.0) : NumericValue::GetSysmisValue();
+  const double value = computed ? decision : NumericValue::GetSysmisValue();
   if (computed && finite_only_ && !std::isfinite(value)) {
     Put(results.value, c, NumericValue::GetSysmisValue());
     Put(results.std_dev, c, kNone);

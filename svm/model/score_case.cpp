@@ -173,7 +173,7 @@ void SVMModel::PredictMissing(ScoreResult& result) {
     result.SetPrediction(as_number ? static_cast<ScoreValue*>(&missing_number_) : &missing_text_);
     return;
   }
-  // Any other kind could take what is lent to it for its own.
+  // Any other kind could take ownership of the values.
   if (dynamic_cast<ScoreRegResult*>(&result) == nullptr) return;
   // A regression result owns its prediction, which is changed in place or replaced.
   auto* number = dynamic_cast<NumericValue*>(result.GetPrediction());

@@ -116,8 +116,7 @@ TEST_P(PackedBits, OfVectorsThatCannotBePacked) {
   }
 }
 
-// Each odd value in a case of its own between ordinary ones, so that a wrong lane would be
-// detected.
+// Each odd value in its own case between ordinary ones, so that a wrong lane would be detected.
 TEST_P(PackedBits, OfCasesWithOddNumbers) {
   Random random(6);
   const double odd[] = {0.0, -0.0, 5e-324, -2e-310, 1e-160, 1e160, -1.7e308, kInfinity, -kInfinity};

@@ -36,7 +36,7 @@ TEST_P(Engine, RunsTheCodeOfItsInstructionSet) {
   std::vector<double> decisions(3 * 64);
   engine.Decide(cases.Case(0).data(), scratch, decisions.data());
   EXPECT_EQ(scratch.last_isa(), engine.isa());
-  engine.DecideMany(cases.columns.data(), 64, 64, scratch, decisions.data(), 64);
+  engine.DecideMany({cases.columns.data(), 64}, 64, scratch, {decisions.data(), 64});
   EXPECT_EQ(scratch.counts().alone, packed_cases / 64);
   EXPECT_EQ(scratch.counts().tiled, packed_cases);
   EXPECT_EQ(scratch.counts().plain, 65 - packed_cases / 64 - packed_cases);
@@ -75,8 +75,8 @@ TEST_P(Engine, ServesManyThreads) {
       PackedScratch scratch;
       for (std::size_t begin = 0; begin < cases.count; begin += 10 + t) {
         const std::size_t here = std::min(10 + t, cases.count - begin);
-        engine.DecideMany(cases.columns.data() + begin, cases.count, here, scratch,
-                          found[t].data() + begin, cases.count);
+        engine.DecideMany({cases.columns.data() + begin, cases.count}, here, scratch,
+                          {found[t].data() + begin, cases.count});
       }
     });
   }
@@ -98,7 +98,7 @@ TEST_P(Engine, SharesAScratchWithOthers) {
       const Cases cases = RandomCases(model.fields, 50, 0.5, random);
       std::vector<double> found(50);
       PackedEngine(model.Input(), operations())
-          .DecideMany(cases.columns.data(), 50, 50, scratch, found.data(), 50);
+          .DecideMany({cases.columns.data(), 50}, 50, scratch, {found.data(), 50});
       EXPECT_EQ(sample::Difference(ByDefinition(model, cases), found), "") << vectors;
     }
   }

@@ -145,8 +145,8 @@ std::string EngineDifference(const Model& model, const Cases& cases,
   if (operations != nullptr && engine.isa() != operations->isa) return "the engine went plain";
   PackedScratch scratch;
   std::vector<double> found(expected.size());
-  engine.DecideMany(cases.columns.data(), cases.count, cases.count, scratch, found.data(),
-                    cases.count);
+  engine.DecideMany({cases.columns.data(), cases.count}, cases.count, scratch,
+                    {found.data(), cases.count});
   const std::string many = Difference(expected, found, Nan::kAnyNan);
   if (!many.empty()) return "many cases: " + many;
   std::vector<double> decisions(model.machines.size());

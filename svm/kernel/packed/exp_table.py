@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Writes the table of exp_table.cpp to standard output: 128 pairs of 64-bit words.
 
-Pair k stands for 2^(k/128). With H that number rounded to double, the second word is the bits of H
+Pair k represents 2^(k/128). With H that number rounded to double, the second word is the bits of H
 less (k << 52) / 128, so that adding an exponent in 128ths gives a scale; the first is the bits of
 T = 2^(k/128) / H - 1 rounded to double, the part that H lacks.
 """

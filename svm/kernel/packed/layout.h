@@ -38,6 +38,18 @@ struct Chain {
   const double* coefficients;
 };
 
+// Cases in columns: entry f of case c is entries[f * stride + c].
+struct CaseColumns {
+  const double* entries;
+  std::size_t stride;
+};
+
+// Decision values in columns: that of machine m for case c is values[m * stride + c].
+struct DecisionColumns {
+  double* values;
+  std::size_t stride;
+};
+
 struct Work;
 
 struct ModelView {
@@ -67,12 +79,11 @@ struct ModelView {
   const double* offsets;  // [machines], added last
 
   // Vectors that cannot be packed, ascending. Their lanes hold zeros; plain_value gives their
-  // kernel value for the case whose entry of field f is x[f * stride].
+  // kernel value for the first case of `x`.
   const std::uint32_t* plain_vectors;
   std::size_t plain_count;
   const void* plain_context;
-  double (*plain_value)(const void* context, Work& work, const double* x, std::size_t stride,
-                        std::uint32_t vector);
+  double (*plain_value)(const void* context, Work& work, CaseColumns x, std::uint32_t vector);
 };
 
 // The working memory of one call at a time. Buffers are 64-byte aligned; `lanes` are those of the

@@ -16,13 +16,10 @@ struct Operations {
   // Decision values of one case of finite entries, [machines]. False: the packed form cannot score
   // the case, and `decisions` holds nothing useful.
   bool (*decide_one)(const ModelView& model, const double* x, Work& work, double* decisions);
-  // Decision values of some of the first `count` >= 1 cases; entry f of case c is
-  // columns[f * stride + c], decision m of case c goes to decisions[m * decision_stride + c].
-  // Returns how many were taken, at least 1; work.rejects is not 0 for those of them that the
-  // packed form cannot score.
-  std::size_t (*decide_many)(const ModelView& model, const double* columns, std::size_t stride,
-                             std::size_t count, Work& work, double* decisions,
-                             std::size_t decision_stride);
+  // Decision values of some of the first `count` >= 1 cases. Returns how many were taken, at least
+  // 1; work.rejects is not 0 for those of them that the packed form cannot score.
+  std::size_t (*decide_many)(const ModelView& model, CaseColumns cases, std::size_t count,
+                             Work& work, DecisionColumns decisions);
 
   // out[i] = f(in[i]). Null where the library's functions are called instead, as without FMA.
   void (*exp)(const double* in, double* out, std::size_t count);

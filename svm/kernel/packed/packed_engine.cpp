@@ -99,17 +99,16 @@ void PackedEngine::Decide(const double* x, PackedScratch& scratch, double* decis
     ++scratch.counts_.alone;
     return;
   }
-  DecidePlain(x, 1, scratch, decisions, 1);
+  DecidePlain({x, 1}, scratch, {decisions, 1});
 }
 
-void PackedEngine::DecideMany(const double* columns, std::size_t stride, std::size_t count,
-                              PackedScratch& scratch, double* decisions,
-                              std::size_t decision_stride) const {
+void PackedEngine::DecideMany(packed::CaseColumns cases, std::size_t count, PackedScratch& scratch,
+                              packed::DecisionColumns decisions) const {
   if (view_.machines == 0) return;
   Fit(scratch);
   if (view_.fields == 0) {  // there may be no columns
     for (std::size_t c = 0; c < count; ++c) {
-      DecidePlain(nullptr, 0, scratch, decisions + c, decision_stride);
+      DecidePlain({nullptr, 0}, scratch, {decisions.values + c, decisions.stride});
     }
     return;
   }
@@ -119,34 +118,35 @@ void PackedEngine::DecideMany(const double* columns, std::size_t stride, std::si
     double rejected = 1.0;
     const double* rejects = &rejected;
     if (operations_ != nullptr) {
-      taken = operations_->decide_many(view_, columns + done, stride, count - done, scratch.work_,
-                                       decisions + done, decision_stride);
+      taken = operations_->decide_many(view_, {cases.entries + done, cases.stride}, count - done,
+                                       scratch.work_, {decisions.values + done, decisions.stride});
       rejects = scratch.work_.rejects;
     }
     for (std::size_t c = 0; c < taken; ++c) {
       if (rejects[c] == 0.0) {
         ++(taken > 1 ? scratch.counts_.tiled : scratch.counts_.alone);
       } else {
-        DecidePlain(columns + done + c, stride, scratch, decisions + done + c, decision_stride);
+        DecidePlain({cases.entries + done + c, cases.stride}, scratch,
+                    {decisions.values + done + c, decisions.stride});
       }
     }
     done += taken;
   }
 }
 
-double PackedEngine::PlainValue(const void* engine, packed::Work& work, const double* x,
-                                std::size_t stride, std::uint32_t vector) {
+double PackedEngine::PlainValue(const void* engine, packed::Work& work, packed::CaseColumns x,
+                                std::uint32_t vector) {
   const auto& self = *static_cast<const PackedEngine*>(engine);
   auto& scratch = *static_cast<PackedScratch*>(work.plain);
-  for (std::size_t f = 0; f < self.view_.fields; ++f) scratch.entries_[f] = x[f * stride];
+  for (std::size_t f = 0; f < self.view_.fields; ++f) scratch.entries_[f] = x.entries[f * x.stride];
   return self.kernel_->Evaluate(scratch.positions_, scratch.entries_, *self.pool_[vector].positions,
                                 *self.pool_[vector].entries);
 }
 
-void PackedEngine::DecidePlain(const double* x, std::size_t stride, PackedScratch& scratch,
-                               double* decisions, std::size_t decision_stride) const {
+void PackedEngine::DecidePlain(packed::CaseColumns x, PackedScratch& scratch,
+                               packed::DecisionColumns decisions) const {
   ++scratch.counts_.plain;
-  for (std::size_t f = 0; f < view_.fields; ++f) scratch.entries_[f] = x[f * stride];
+  for (std::size_t f = 0; f < view_.fields; ++f) scratch.entries_[f] = x.entries[f * x.stride];
   double* values = scratch.work_.values;
   for (std::size_t v = 0; v < pool_.size(); ++v) {
     values[v] = kernel_->Evaluate(scratch.positions_, scratch.entries_, *pool_[v].positions,
@@ -158,7 +158,7 @@ void PackedEngine::DecidePlain(const double* x, std::size_t stride, PackedScratc
     for (std::size_t k = 0; k < machine.coefficients.size(); ++k) {
       sum += machine.coefficients[k] * values[machine.terms[k]];
     }
-    decisions[m * decision_stride] = sum + view_.offsets[m];
+    decisions.values[m * decisions.stride] = sum + view_.offsets[m];
   }
 }
 

@@ -59,7 +59,7 @@ struct PackedInput {
   packed::Storage storage = packed::Storage::kByFill;
 };
 
-// Immutable: any number of threads may use one, each with a scratch of its own. Refuses nothing:
+// Immutable: any number of threads may use one, each with its own scratch. Refuses nothing:
 // vectors and cases that it cannot pack exactly go to the plain kernels. Only allocation can fail,
 // by std::bad_alloc.
 //
@@ -85,10 +85,9 @@ class PackedEngine {
 
   // x[fields] to decisions[machines].
   void Decide(const double* x, PackedScratch& scratch, double* decisions) const;
-  // Entry f of case c is columns[f * stride + c], decision m of it decisions[m * decision_stride +
-  // c]. The bits are those of Decide, for any count.
-  void DecideMany(const double* columns, std::size_t stride, std::size_t count,
-                  PackedScratch& scratch, double* decisions, std::size_t decision_stride) const;
+  // The first `count` cases. The bits are those of Decide, for any count.
+  void DecideMany(packed::CaseColumns cases, std::size_t count, PackedScratch& scratch,
+                  packed::DecisionColumns decisions) const;
 
  private:
   PackedEngine(const PackedInput& input, const packed::Operations* operations,
@@ -97,11 +96,12 @@ class PackedEngine {
   // Whether an engine with this kernel agrees with the plain kernels.
   static bool Agrees(const PackedInput& input, const packed::Operations* operations,
                      packed::VectorForms forms);
-  void DecidePlain(const double* x, std::size_t stride, PackedScratch& scratch, double* decisions,
-                   std::size_t decision_stride) const;
+  // The first case alone, by the plain kernels.
+  void DecidePlain(packed::CaseColumns x, PackedScratch& scratch,
+                   packed::DecisionColumns decisions) const;
   void Fit(PackedScratch& scratch) const;
-  static double PlainValue(const void* engine, packed::Work& work, const double* x,
-                           std::size_t stride, std::uint32_t vector);
+  static double PlainValue(const void* engine, packed::Work& work, packed::CaseColumns x,
+                           std::uint32_t vector);
 
   struct PlainMachine {
     std::vector<std::uint32_t> terms;  // positions in the pool

@@ -72,12 +72,12 @@ bool PackedEngine::Agrees(const PackedInput& input, const packed::Operations* op
     PackedScratch scratch;
     std::vector<double> expected(machines * kCases);
     PackedEngine(small, nullptr, {})
-        .DecideMany(model.cases.data(), kCases, kCases, scratch, expected.data(), kCases);
+        .DecideMany({model.cases.data(), kCases}, kCases, scratch, {expected.data(), kCases});
     for (const packed::Storage storage : {packed::Storage::kDense, packed::Storage::kSparse}) {
       small.storage = storage;
       const PackedEngine engine(small, operations, forms);
       std::vector<double> many(machines * kCases);
-      engine.DecideMany(model.cases.data(), kCases, kCases, scratch, many.data(), kCases);
+      engine.DecideMany({model.cases.data(), kCases}, kCases, scratch, {many.data(), kCases});
       std::vector<double> one(machines * kCases);
       for (std::size_t c = 0; c < kCases; ++c) {
         std::vector<double> x(kFields);
