@@ -1,4 +1,5 @@
-// Something about a document that whoever scores with it should know.
+// Something about a document that its user should know. [any thread] Lives: texts of a kind, as
+// long as the process; arguments for the call. Fails: std::bad_alloc, or as stated.
 #ifndef HOST_FINDINGS_FINDING_H_
 #define HOST_FINDINGS_FINDING_H_
 
@@ -53,21 +54,21 @@ SVMSCORE_HOST_API std::vector<FindingKind> AllFindingKinds();
 struct SVMSCORE_HOST_API Finding {
   KindOfFinding kind;
   Place place;
-  std::string detail;    // what it is about here: a name, a value, an index; may be empty
-  std::size_t more = 0;  // further places of the kind that have no finding of their own
+  std::string detail;    // what is concerned here: a name, a value, an index; may be empty
+  std::size_t more = 0;  // further places of the kind without a separate finding
 
   std::string_view Name() const { return kind->name; }
   bool IsError() const { return kind->of_class == FindingClass::kError; }
-  // What is the matter here: the detail, or else what the kind says.
+  // What is wrong here: the detail, or else the sentence of the kind.
   std::string_view What() const { return detail.empty() ? kind->sentence : detail; }
 };
 
-// What is found, in the words of the message with which the kind is refused; of a kind that is
-// never refused the first part as it is. Empty without parts.
+// The detail of a finding: the sentence of the message that refuses the kind, with these parts; for
+// a kind that is never refused, the first part. Empty without parts.
 SVMSCORE_HOST_API std::string DetailOf(const FindingKind& kind,
                                        const std::vector<std::string>& parts);
 
-// Throws that message at `element` (null where there is no place).
+// Throws that message, an SSException, at `element` (null if there is no place).
 [[noreturn]] SVMSCORE_HOST_API void RefuseStrictly(const FindingKind& kind,
                                                    const XERCES_CPP_NAMESPACE::DOMElement* element,
                                                    const std::vector<std::string>& parts);

@@ -8,15 +8,15 @@
 
 namespace svmscore {
 
-// What follows from a finding of the kind. Score tells of the last three, and its strict reading
+// What follows from a finding of the kind. Score reports the last three, and its strict reading
 // refuses them; describe and doctor show all.
 enum class FindingClass {
   kNote,       // no score depends on it
-  kStandard,   // a form that PMML defines, or a spelling of it, and that is only rewritten
-  kSuspicion,  // it breaks no rule, but hardly comes out of training: for doctor alone
-  kGuessed,    // the document leaves open what decides scores, and the usual reading was taken
-  kLossy,      // something of the document is not used, or used as something else than is written
-  kError,      // scores differ from those that the author meant, or there are none
+  kStandard,   // a form that PMML defines, or a spelling of it, which is only rewritten
+  kSuspicion,  // it breaks no rule, but training hardly produces it: only doctor reports it
+  kGuessed,  // the document leaves something open that scores depend on; the usual reading was used
+  kLossy,    // part of the document is not used, or not used as written
+  kError,    // scores differ from those that the author meant, or there are no scores
 };
 
 // The texts live as long as the program.
@@ -25,7 +25,7 @@ struct FindingKind {
   FindingClass of_class;
   int strict_code;            // of the message with which the strict reading refuses; 0 for kinds
                               // that it never refuses: those that only doctor can find
-  std::string_view sentence;  // what is the matter
+  std::string_view sentence;  // what is wrong
   std::string_view consequence;  // what it means for scores
   std::string_view remedy;       // what to do
 

@@ -1,4 +1,4 @@
-// Kinds of finding. Of machines, and of how they decide together.
+// Kinds of finding about machines, and how they decide together.
 #ifndef HOST_FINDINGS_KINDS_MACHINES_H_
 #define HOST_FINDINGS_KINDS_MACHINES_H_
 
@@ -9,21 +9,23 @@
 namespace svmscore {
 
 inline constexpr std::array kMachineFindings = {
-    FindingKind{"coefficient-form", FindingClass::kStandard, 0,
-                "a linear machine given by one coefficient a field is read as one support vector",
-                "the document means the same in this form",
-                "nothing; export anew if another reader cannot take it as it is"},
+    FindingKind{
+        "coefficient-form", FindingClass::kStandard, 0,
+        "a linear machine given by one coefficient for each field is read as one support vector",
+        "the document means the same in this form",
+        "nothing; export it again if another program cannot read it as it is"},
     FindingKind{"coefficient-form-mistaken", FindingClass::kLossy, code::kBadContent,
-                "a machine that has support vectors is scored with them, though svmRepresentation "
-                "says Coefficients",
+                "a machine that has support vectors is scored with them, although "
+                "svmRepresentation says Coefficients",
                 "decision values are those of the support vectors",
                 "write svmRepresentation=\"SupportVectors\", or remove the support vectors"},
-    FindingKind{"category-spelling", FindingClass::kStandard, 0,
-                "a category that a machine spells differently is taken as the target's equal value",
-                "the document means the same in this form",
-                "nothing; export anew if another reader cannot take it as it is"},
+    FindingKind{
+        "category-spelling", FindingClass::kStandard, 0,
+        "a machine spells a category differently from the target; the target's equal value is used",
+        "the document means the same in this form",
+        "nothing; export it again if another program cannot read it as it is"},
     FindingKind{"second-category", FindingClass::kGuessed, code::kNeedsIntake,
-                "a machine that names one of the target's two categories decides between both",
+                "a machine that names only one of the target's two categories decides between both",
                 "cases on the other side of the threshold get the category that is not named",
                 "name both categories of the machine"},
     FindingKind{"unknown-vector", FindingClass::kError, code::kBadContent,
@@ -38,12 +40,12 @@ inline constexpr std::array kMachineFindings = {
                 "the decision value lacks their terms, and all others may be paired wrongly",
                 "give every coefficient a support vector"},
     FindingKind{"bad-coefficient", FindingClass::kError, code::kBadValue,
-                "a coefficient that is no number counts as 0", "the decision value lacks the term",
-                "write a number"},
+                "a coefficient that is not a number counts as 0",
+                "the decision value lacks the term", "write a number"},
     FindingKind{"no-coefficient-value", FindingClass::kNote, 0, "a coefficient has no value",
-                "the term counts for nothing, as the standard says", "write the value"},
+                "the term is 0, as the standard says", "write the value"},
     FindingKind{"bad-absolute-value", FindingClass::kError, code::kBadValue,
-                "an absoluteValue that is no number counts as 0",
+                "an absoluteValue that is not a number counts as 0",
                 "every decision value of the machine is shifted", "write a number"},
     FindingKind{"no-absolute-value", FindingClass::kNote, 0, "a machine states no absoluteValue",
                 "it is 0, as the standard says", "state it"},
@@ -52,14 +54,15 @@ inline constexpr std::array kMachineFindings = {
         "a machine has a second list of support vectors or of coefficients, which is not read",
         "its terms are not part of the decision value", "put all terms of a machine into one list"},
     FindingKind{"empty-machine", FindingClass::kError, code::kBadContent,
-                "none of the terms of a machine is left", "the machine says the same of every case",
-                "export the machine anew with its terms"},
+                "a machine has no usable terms", "the machine gives every case the same value",
+                "export the machine again with its terms"},
     FindingKind{"zero-machine", FindingClass::kError, code::kBadContent,
-                "all coefficients of a machine are 0", "the machine says the same of every case",
-                "export the machine anew with its coefficients"},
+                "all coefficients of a machine are 0",
+                "the machine gives every case the same value",
+                "export the machine again with its coefficients"},
     FindingKind{"one-signed-machine", FindingClass::kSuspicion, 0,
                 "all coefficients of a machine have the same sign",
-                "the machine knows one side only, and may decide for it throughout",
+                "the machine may choose the same category for every case",
                 "check the signs of the coefficients against the producer"},
     FindingKind{"coefficients-unbalanced", FindingClass::kSuspicion, 0,
                 "the coefficients of a machine do not add up to 0, as training leaves them",
@@ -74,7 +77,7 @@ inline constexpr std::array kMachineFindings = {
                 "every decision value is shifted by twice the absoluteValue",
                 "change the sign of absoluteValue, or of all coefficients"},
     FindingKind{"offset-off", FindingClass::kSuspicion, 0,
-                "the absoluteValue of a machine is not the one that its vectors ask for",
+                "the absoluteValue of a machine does not fit its vectors",
                 "every decision value may be shifted",
                 "check absoluteValue against the producer, and that all terms were exported"},
     FindingKind{"machine-sign", FindingClass::kError, 0,
@@ -86,11 +89,10 @@ inline constexpr std::array kMachineFindings = {
                 "all machines decide for the wrong one of their two categories",
                 "every machine votes for the wrong one of its two categories",
                 "set maxWins to the opposite"},
-    FindingKind{
-        "extension-contradicts-votes", FindingClass::kSuspicion, 0,
-        "the extension of a machine names the opposite category to its votes",
-        "a reader that knows the extension and one that does not predict opposite categories",
-        "swap response and nonResponse, or set maxWins to the opposite"},
+    FindingKind{"extension-contradicts-votes", FindingClass::kSuspicion, 0,
+                "the extension of a machine names the opposite category to its votes",
+                "programs that know the extension predict the opposite of those that do not",
+                "swap response and nonResponse, or set maxWins to the opposite"},
     FindingKind{"percentages-exchanged", FindingClass::kNote, 0,
                 "the response category is the second one of the target",
                 "the model's own results hold the two percentages in the other order; score, "
@@ -99,24 +101,24 @@ inline constexpr std::array kMachineFindings = {
                 "make the first category of the target the response: swap response and "
                 "nonResponse, and change the signs of A and B"},
     FindingKind{"response-later", FindingClass::kLossy, code::kBadContent,
-                "of three and more categories the probability of a machine is that of the earlier "
-                "category of its pair, also where its response names the later one",
+                "with three or more categories, the probability of a machine belongs to the "
+                "earlier category of its pair, even where its response names the later one",
                 "if it was meant for the response, it is given to the other category of the pair",
                 "make the earlier category the response: swap response and nonResponse, and change "
                 "the signs of A and B if the probability is that of the later one"},
-    FindingKind{
-        "pair-out-of-order", FindingClass::kError, code::kBadContent,
-        "the probability of a machine is taken for another pair of categories than it names",
-        "its probability is given to other categories than it names",
-        "put the machines into the order of the pairs of categories as the target lists them, the "
-        "first one as response"},
+    FindingKind{"pair-out-of-order", FindingClass::kError, code::kBadContent,
+                "the probability of a machine is used for another pair of categories than the "
+                "machine names",
+                "categories get probabilities that belong to others",
+                "put the machines into the order of the pairs of categories as the target lists "
+                "them, the first category as response"},
     FindingKind{"unknown-category", FindingClass::kError, code::kBadValue,
                 "a machine names a category that the target does not have",
-                "votes for it count for nothing",
+                "votes for it are ignored",
                 "spell the category as the target does, or list it there"},
     FindingKind{"category-never-predicted", FindingClass::kSuspicion, 0,
-                "no machine names a category of the target", "it is never predicted",
-                "add its machines, or take it off the target"},
+                "a category of the target is not named by any machine", "it is never predicted",
+                "add its machines, or remove it from the target"},
     FindingKind{"same-category-twice", FindingClass::kError, code::kBadContent,
                 "both categories of a machine are the same", "the machine decides nothing",
                 "name both categories of the machine"},
@@ -125,13 +127,14 @@ inline constexpr std::array kMachineFindings = {
                 "one pair counts twice, and another one not at all",
                 "export one machine for each pair of categories"},
     FindingKind{"target-repeated", FindingClass::kError, code::kBadContent,
-                "two machines stand for the same category",
+                "two machines decide for the same category",
                 "one of the two decides for the category, and another category has no machine",
                 "export one machine for each category"},
     FindingKind{
         "method-contradicts-machines", FindingClass::kError, code::kBadContent,
         "the model is one-against-all, and its machines pair every category with every other",
-        "the machine with the most extreme value wins, which pairs do not make comparable",
+        "the machine with the most extreme value wins, although values of different pairs are not "
+        "comparable",
         "write classificationMethod=\"OneAgainstOne\""},
     FindingKind{"machine-count", FindingClass::kError, code::kBadContent,
                 "the number of machines does not fit the number of categories",
@@ -143,15 +146,14 @@ inline constexpr std::array kMachineFindings = {
                 "the model decides one-against-one",
                 "write classificationMethod=\"OneAgainstOne\", or remove the extension"},
     FindingKind{"threshold-not-used", FindingClass::kNote, 0,
-                "a threshold stands where none is compared", "it decides nothing there",
+                "a threshold is given where none is used", "the threshold has no effect",
                 "remove it"},
     FindingKind{
         "extension-incomplete", FindingClass::kError, code::kLacksChildren,
         "an Extension that lacks what its machine needs gives it no probabilities, or no interval",
         "no probabilities or no interval are computed", "complete it"},
     FindingKind{"extension-on-some", FindingClass::kLossy, code::kBadContent,
-                "some machines have a usable Extension and others have none, so that all decide by "
-                "votes",
+                "some machines have a usable Extension and others do not, so all decide by votes",
                 "no probabilities are computed", "give every machine an extension"},
     FindingKind{
         "probabilities-missing", FindingClass::kError, code::kBadContent,
@@ -160,9 +162,8 @@ inline constexpr std::array kMachineFindings = {
         "there are neither probabilities nor votes of all machines: cases fail, or lack votes",
         "give every machine an extension, or name the categories of every machine"},
     FindingKind{"deviation-negative", FindingClass::kError, code::kBadContent,
-                "a StandardDeviation below 0 turns the interval around; -1 leaves it out",
-                "no interval is computed that a value could be in",
-                "write a number that is not negative"},
+                "a negative StandardDeviation reverses the interval; -1 omits it",
+                "the interval is empty or missing", "write a number that is not negative"},
 };
 
 }  // namespace svmscore

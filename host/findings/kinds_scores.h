@@ -1,4 +1,4 @@
-// Kinds of finding. Of scores that differ from expected ones.
+// Kinds of finding about scores that differ from expected ones.
 #ifndef HOST_FINDINGS_KINDS_SCORES_H_
 #define HOST_FINDINGS_KINDS_SCORES_H_
 
@@ -9,11 +9,11 @@
 namespace svmscore {
 
 inline constexpr std::array kScoreFindings = {
-    FindingKind{"mismatch", FindingClass::kError, 0, "scores are not those that are expected",
-                "the model does not give what is expected", "see the other findings"},
+    FindingKind{"mismatch", FindingClass::kError, 0, "scores differ from the expected ones",
+                "the model does not give the expected scores", "see the other findings"},
     FindingKind{
         "mismatch-field", FindingClass::kSuspicion, 0,
-        "a field tells the rows that disagree from the others",
+        "a field distinguishes the rows that disagree from the others",
         "the rows that disagree have this in common",
         "look at how the field is declared and treated, and at its values in the file of cases"},
     FindingKind{"classes-swapped", FindingClass::kError, 0,
@@ -26,8 +26,8 @@ inline constexpr std::array kScoreFindings = {
         "cases get the wrong category",
         "put the categories of the machines, or of the target, into the order of the training"},
     FindingKind{"percentages-swapped", FindingClass::kError, 0,
-                "percentages are expected of other categories",
-                "percentages stand in the columns of other categories",
+                "the expected percentages belong to other categories",
+                "percentages are in the columns of other categories",
                 "swap response and nonResponse, or the value attributes of the output fields"},
     FindingKind{"offset-not-wanted", FindingClass::kError, 0,
                 "the expected values come out without the absoluteValue",

@@ -75,14 +75,14 @@ TEST(Describe, TellsHowADocumentIsReadAndWhatIsLost) {
                   "", "maxWins='true'", "maxWins='1'", "threshold='0'", "threshold='none'"});
   const std::string out = RunProgram({"describe", model}).out;
   EXPECT_THAT(out, HasSubstr("\nHow the document is read\n"
-                             "  line 11, SupportVectorMachineModel: maxWins is read"));
+                             "  line 11, SupportVectorMachineModel: maxWins is written"));
   EXPECT_THAT(out,
               HasSubstr("\nWhat is lost or wrong\n"
-                        "  line 29, VectorInstance: a vector is left out, and with it the terms "
+                        "  line 29, VectorInstance: a vector is left out, together with the terms "
                         "of machines that name it: no array of numbers in element "
                         "VectorInstance (the first of 100 places)\n"
-                        "  error: line 11, SupportVectorMachineModel: a threshold that is no "
-                        "number counts as if it were not there: \"none\" is not"));
+                        "  error: line 11, SupportVectorMachineModel: a threshold that is not "
+                        "a number is ignored: \"none\" is not"));
   const json described = json::parse(RunProgram({"describe", model, "--json"}).out);
   const json& findings = described["findings"];
   ASSERT_EQ(findings.size(), 7u) << findings.dump(1);

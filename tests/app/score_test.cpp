@@ -148,7 +148,7 @@ TEST(Score, TellsOfEmptyOutputFieldsAndOfUnlistedDecisions) {
   const Ran ran = Score(model + " --log " + log, "x\n1\n");
   EXPECT_THAT(ran.err, StartsWith("svmscore: " + model +
                                   ": line 13, OutputField: the document declares a result that the "
-                                  "model does not give, or not as it is declared: output field p "
+                                  "model does not compute, or computes differently: output field p "
                                   "stays empty: a regression has no probabilities"));
   EXPECT_THAT(ReadFile(log), EndsWith("no probabilities\n"));
   EXPECT_EQ(Score(model + " --log " + log, "x\n2\n1\n3\n").out, "p,d,status\n,2,0\n,1,0\n,3,0\n");

@@ -1,5 +1,5 @@
-// What doctor finds in documents by themselves: one fault each, and nothing in sound ones; and that
-// score tells of it and refuses it as the catalogue says.
+// What doctor finds in documents by themselves: one fault in each, and none in sound ones; and that
+// score reports and refuses it as the catalogue says.
 #include <algorithm>
 #include <set>
 #include <string>
@@ -65,8 +65,8 @@ TEST_P(Doctor, FindsWhatIsWrongAndNothingElse) {
   EXPECT_EQ(diagnosis.findings, GetParam().findings) << diagnosis.json.dump(1);
 }
 
-// Score tells of every kind that the strict reading refuses, and of no other; the strict reading
-// refuses with the code of such a kind, and says how to let the document through.
+// Score reports exactly the kinds that the strict reading refuses; the strict reading refuses with
+// the code of such a kind, and says how to accept the document.
 TEST_P(Doctor, AndScoreGoByOneList) {
   const TemporaryFolder folder;
   const std::string model = folder.Write("model.pmml", TextOf(GetParam()));
@@ -89,7 +89,7 @@ TEST_P(Doctor, AndScoreGoByOneList) {
     if (told) codes.push_back("[" + std::to_string(kind.strict_code) + "] ");
   }
   EXPECT_EQ(strict.status == 3, !codes.empty()) << strict.err;
-  // What the letter lets through, and only that, is refused with the code of what was made of it.
+  // Only a document that is scored as written is refused with the code of the rewritten one.
   if (codes.empty() || found.contains("read-to-the-letter")) return;
   EXPECT_TRUE(std::any_of(codes.begin(), codes.end(), [&strict](const std::string& code) {
     return strict.err.find(code) != std::string::npos;
@@ -107,7 +107,7 @@ TEST(Catalogue, HasADocumentForEveryKind) {
   }
 }
 
-// What only doctor finds is a suspicion or an error, and is said to be so by its lack of a code.
+// What only doctor finds is a suspicion or an error without a code.
 TEST(Catalogue, RefusesWhatIsGuessedLostOrWrong) {
   for (const FindingKind& kind : AllFindingKinds()) {
     const bool told =
@@ -127,14 +127,14 @@ TEST(Doctor, SaysWhatWhereAndWhatToDo) {
   EXPECT_EQ(ran.out, model + R"(: 2 findings, 1 changes scores
 
 error unlisted-category, line 21, NormDiscrete
-  "male" is no category of "sex", "Male" is, in element NormDiscrete
+  "male" is not a category of "sex", "Male" is, in element NormDiscrete
   Consequence: no valid input can have this category: its indicator is 0 for every case, or its cases are invalid.
   Remedy: spell the category as the DataDictionary does, or list it there.
 
 warning count-disagrees, line 27, VectorDictionary
   numberOfVectors 4 beside 3 VectorInstance elements in element VectorDictionary
-  Consequence: what is there counts; if something was lost on the way, scores are wrong.
-  Remedy: export the document anew, or correct the count.
+  Consequence: the items that are present are used; if some were lost, scores are wrong.
+  Remedy: export the document again, or correct the count.
 )");
 }
 
