@@ -92,10 +92,10 @@ void CaseScorer::Score(CaseBlock& block) {
   written_ = 0;
   reader_.emplace(block.rows.text.data(), block.rows.text.size(), block.rows.first_line,
                   plan_.limits);
-  GoOn(block);
+  Resume(block);
 }
 
-void CaseScorer::GoOn(CaseBlock& block) {
+void CaseScorer::Resume(CaseBlock& block) {
   block.out.clear();
   block.tally = {};
   block.done = false;

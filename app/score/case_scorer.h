@@ -68,10 +68,10 @@ class CaseScorer {
   CaseScorer& operator=(const CaseScorer&) = delete;
 
   // Scores the rows of the block up to the first broken one, or until `out` is long: then `done` is
-  // false, and once `out` is written, GoOn of the same scorer, on any thread, goes on with a new
+  // false, and once `out` is written, Resume of the same scorer, on any thread, goes on with a new
   // one.
   void Score(CaseBlock& block);
-  void GoOn(CaseBlock& block);
+  void Resume(CaseBlock& block);
   // Lets the model fix the positions of its variables in records, which must not happen on several
   // threads at once. One that takes no batches does so on the first case that it sees: it is shown
   // one without values.

@@ -146,7 +146,7 @@ class Run {
     WriteOut(block);
     if (!block.done) input_.ShrinkBlocks();
     while (!block.done) {
-      block.scorer->GoOn(block);
+      block.scorer->Resume(block);
       WriteOut(block);
     }
     block.scorer.reset();

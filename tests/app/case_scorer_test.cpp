@@ -50,7 +50,7 @@ std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const std::
   plan.long_output = long_output;
   std::string all;
   std::uint64_t cases = 0;
-  for (scorer.Score(block);; scorer.GoOn(block)) {
+  for (scorer.Score(block);; scorer.Resume(block)) {
     // Only the last row of a piece may be beyond.
     EXPECT_LT(block.out.rfind('\n', block.out.size() - 2) + 1, long_output + 1);
     all += block.out;
