@@ -48,7 +48,7 @@ class ComparedCategories {
     const auto& set = ValuesOf(field);
     if (!set || set->Holds(value)) return;
     const std::string similar = set->Similar(value);
-    std::string what = '"' + value + "\" is no category of \"" + field + '"';
+    std::string what = '"' + value + "\" is not a category of \"" + field + '"';
     if (!similar.empty()) what += ", \"" + similar + "\" is,";
     intake_.Tell("unlisted-category", element, what, NameOf(element));
   }

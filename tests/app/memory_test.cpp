@@ -92,7 +92,7 @@ TEST(Memory, StaysBelowTwoHundredMegabytesForFieldsOfManyValues) {
                   "</MiningSchema>",
                   "</MiningSchema><LocalTransformations>" + fields + "</LocalTransformations>"});
   const Ran ran = RunProgram({"doctor", model});
-  EXPECT_NE(ran.out.find("\"D7\" is no category of \"d0\", \"d7\" is"), std::string::npos)
+  EXPECT_NE(ran.out.find("\"D7\" is not a category of \"d0\", \"d7\" is"), std::string::npos)
       << ran.err;
   EXPECT_LT(ran.peak_kib, 200L << 10U);
 }

@@ -1,4 +1,5 @@
-// Every finding has a page, every page a finding, and page and index say what the catalogue says.
+// Every finding has a page, every page belongs to a finding, and page and index agree with the
+// catalogue.
 #include <filesystem>
 #include <set>
 #include <sstream>

@@ -36,7 +36,7 @@ std::vector<Patient> VectorPatients();
 std::vector<Patient> MachinePatients();
 // suspicion_patients.cpp: found by doctor.
 std::vector<Patient> SuspicionPatients();
-// scores_test.cpp: the kinds that scores take to find.
+// scores_test.cpp: the kinds that only scores show.
 std::vector<std::string> KindsOfScores();
 
 struct Diagnosis {

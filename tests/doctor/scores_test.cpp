@@ -1,4 +1,4 @@
-// What doctor makes of scores that are not the expected ones.
+// What doctor concludes from scores that differ from the expected ones.
 #include <sstream>
 #include <string>
 #include <vector>
@@ -84,7 +84,7 @@ std::vector<std::string> With(const TemporaryFolder& folder, const std::string& 
           folder.Write("expected.csv", expected)};
 }
 
-// The expected scores are those of another model, wherever the field has a certain value.
+// Where the field has a certain value, the expected scores are those of another model.
 TEST(Scores, NameTheFieldThatTellsTheRowsApart) {
   const std::string model = ReadFile(DATA_FOLDER "/sound.pmml");
   std::string rows;
@@ -112,7 +112,7 @@ TEST(Scores, NameTheFieldThatTellsTheRowsApart) {
             "grade is \"B\" in all rows that disagree, and in none that agree");
 }
 
-// What the producer meant, what it wrote instead, and what doctor makes of it.
+// What the producer meant, what it wrote instead, and what doctor finds.
 struct Slip {
   std::string finding;
   Edits meant;

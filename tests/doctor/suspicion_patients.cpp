@@ -1,5 +1,4 @@
-// Documents that break no rule, or that take a look at numbers, tables and records to find fault
-// with.
+// Documents that break no rule, or whose faults show only in numbers, tables and records.
 #include "tests/doctor/patients.h"
 
 namespace svmscore::app {
@@ -34,7 +33,7 @@ std::vector<Patient> SuspicionPatients() {
       {"", {}, "iris"},
       {"", {}, "tumour"},
       {"", {}, "diabetes"},
-      // The rest of a document that is refused is looked at all the same.
+      // The rest of a refused document is still checked.
       {"refused at SupportVectorMachineModel, unlisted-category at NormDiscrete",
        {"functionName", "isScorable='false' functionName", "'Male'/></D", "'male'/></D"}},
       {"verification-disagrees at ModelVerification",
@@ -58,7 +57,7 @@ std::vector<Patient> SuspicionPatients() {
       // With a default, a table need not list every category.
       {"unlisted-table-key at row",
        {"<g>A</g>", "<g>C</g>", "'n' dataType", "'n' defaultValue='0' dataType"}},
-      // Values that are not listed may come where they are taken as they are.
+      // Values that are not listed may occur if invalid values are used as they are.
       {"",
        {"'sex' value='Male'", "'sex' value='male'", "<MiningField name='sex'/>",
         "<MiningField name='sex' invalidValueTreatment='asIs'/>"}},
@@ -109,7 +108,7 @@ std::vector<Patient> SuspicionPatients() {
        "diabetes"},
       {"offset-sign at Coefficients", {"absoluteValue='-", "absoluteValue='"}, "tumour"},
       {"offset-off at Coefficients", {"absoluteValue='-0.1", "absoluteValue='-0.9"}, "tumour"},
-      // A threshold may carry the offset.
+      // A threshold may replace the offset.
       {"",
        {"absoluteValue='-0.12310679071170864'", "absoluteValue='0'",
         "alternateTargetCategory='benign'",

@@ -1,4 +1,4 @@
-// Why work on a document or a table ends early. What a translator refuses is an SSException.
+// Exceptions for input that cannot be used. What a translator refuses is an SSException.
 #ifndef TOOLS_BASE_BAD_INPUT_H_
 #define TOOLS_BASE_BAD_INPUT_H_
 

@@ -17,8 +17,8 @@ using MCZandor_850::ScoreDictVar;
 // Names that a message lists before it says how many more there are.
 constexpr std::size_t kListedNames = 10;
 
-// What to add to a message about a column that a header lacks: with line ends of CR alone, a whole
-// file is one header. Empty where it does not look so.
+// What to add to a message about a column that a header lacks: if lines end with CR alone, the
+// whole file looks like one header. Empty if it does not look so.
 const char* LineEndHint(const std::vector<std::string_view>& header) {
   const bool found = std::any_of(header.begin(), header.end(), [](std::string_view name) {
     return name.find('\r') != name.npos && name.find('\n') == name.npos;

@@ -12,7 +12,7 @@
 namespace svmscore::tools {
 namespace {
 
-// Keeps what it hands out. What stops reading early keeps no more than it has seen.
+// Keeps the bytes that it hands out; if reading stops early, only those read so far.
 class KeepingBuffer : public std::streambuf {
  public:
   KeepingBuffer(std::streambuf& source, std::string& kept) : source_(source), kept_(kept) {}

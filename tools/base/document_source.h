@@ -9,8 +9,9 @@
 
 namespace svmscore::tools {
 
-// A pipe gives its content once only, so that is kept; a file is read anew each time. Everything
-// that fails is an SSException.
+// A pipe gives its content only once, so it is kept; a file is read again each time. [one thread]
+// for each object. Lives: what is returned, as long as this object; a document is independent of
+// it. Fails: SSException, std::bad_alloc; Path never.
 class DocumentSource {
  public:
   DocumentSource(std::string path, const Limits& limits)
@@ -18,7 +19,7 @@ class DocumentSource {
 
   const std::string& Path() const { return path_; }
   PmmlDocument Parse();
-  // The bytes of the document; what is parsed afterwards is exactly these.
+  // The bytes of the document; later calls of Parse read exactly these.
   const std::string& Text();
 
  private:

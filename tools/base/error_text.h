@@ -9,12 +9,12 @@
 
 namespace svmscore::tools {
 
-// The system's own words for an error number.
+// The system's words for an error number. [any thread] Fails: std::bad_alloc.
 inline std::string ErrorText(int error) {
   return std::generic_category().message(error);
 }
 
-// [CODE] what is wrong (where). What to do.
+// [CODE] what is wrong (where). What to do. [any thread] Fails: std::bad_alloc.
 std::string Explain(const MCZandor_850::SSException& error);
 
 }  // namespace svmscore::tools

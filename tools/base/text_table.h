@@ -13,7 +13,7 @@ struct TextTable {
   std::vector<std::string> header;
   std::vector<std::vector<std::string>> rows;  // each as wide as the header
 
-  // -1 where there is no such column.
+  // -1 if there is no such column. [any thread] Fails: never.
   int FindColumn(std::string_view column) const;
 };
 

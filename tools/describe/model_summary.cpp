@@ -24,7 +24,7 @@ std::string OpTypeName(int type_code) {
   return kNames.at(static_cast<std::size_t>(type_code));
 }
 
-// A kernel's parameter as scoring takes it: absent and -1 both stand for 1.
+// A kernel's parameter as scoring uses it: 1 if it is absent or -1.
 double ParameterOf(const Element* kernel, const std::string& name) {
   const double number = ParseNumber(AttributeText(kernel, name)).value_or(-1.0);
   return number == -1.0 ? 1.0 : number;
@@ -64,7 +64,7 @@ void SummariseMachines(const Element* model, const VectorIndex& vectors, ModelSu
   }
 }
 
-// Inputs that the mining schema does not make active, but vectors read, are inputs all the same.
+// Fields that vectors read are inputs, even if the mining schema does not make them active.
 void SummariseInputs(const LoadedModel& loaded, ModelSummary& summary) {
   const auto add = [&summary](const ScoreDictVar& var, bool needed) {
     InputSummary input{var.GetName(), std::string(DataTypeName(var.GetFieldType().data)),

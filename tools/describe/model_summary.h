@@ -1,4 +1,4 @@
-// What there is to tell of a model, gathered from its document and its dictionary.
+// A summary of a model, gathered from its document and its dictionary.
 #ifndef TOOLS_DESCRIBE_MODEL_SUMMARY_H_
 #define TOOLS_DESCRIBE_MODEL_SUMMARY_H_
 
@@ -26,7 +26,7 @@ struct InputSummary {
 };
 
 struct MachineSummary {
-  std::string target;     // empty where the machine names none
+  std::string target;     // empty if the machine names none
   std::string alternate;  // likewise
   double threshold = 0.0;
   double offset = 0.0;  // added to the sum of the kernel's terms
@@ -54,14 +54,16 @@ struct ModelSummary {
   std::size_t terms = 0;
   std::vector<MachineSummary> machines;
   std::vector<std::string> output_fields;  // the columns that the document names
-  std::optional<std::string> refused;      // why the model cannot be scored with
+  std::optional<std::string> refused;      // why scoring with the model is refused
   std::vector<Finding> findings;           // how the document is read, and what of it has no effect
-  std::optional<std::string> listing;      // the model's own Display text, where it was asked for
+  std::optional<std::string> listing;      // the model's own Display text, if it was asked for
 };
 
+// Leaves `refused` and `listing` to the caller. [one thread] for each document. Owns: the caller.
+// Lives: the model for the call. Fails: std::bad_alloc.
 ModelSummary Summarise(const LoadedModel& loaded);
 
-// The names under which a summary is written.
+// The names that a summary uses. [any thread] Fails: std::bad_alloc.
 std::string NameOf(Method method);
 std::string NameOf(Percentages percentages);
 

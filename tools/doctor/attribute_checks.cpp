@@ -1,4 +1,4 @@
-// Attributes that decide nothing, that other readers pass over, or that leave cases without scores.
+// Attributes that have no effect, that other programs ignore, or that leave cases without scores.
 #include <cmath>
 
 #include <fmt/format.h>
@@ -22,14 +22,14 @@ void CheckThresholds(const Examined& examined, const char* where, FindingList& f
   for (const MachineNumbers& machine : examined.numbers.machines) check(machine.element);
 }
 
-// 4.0 to 4.2: the versions that have the decision rule and lack the attribute.
+// Versions 4.0 to 4.2 have the decision rule but not the attribute.
 void CheckMaxWins(const Inspected& document, FindingList& findings) {
   const std::string version = AttributeText(document.root, "version");
   const bool early =
       version.starts_with("4.0") || version.starts_with("4.1") || version.starts_with("4.2");
   if (!early || AttributeText(document.model, "maxWins") != "true") return;
   findings.Add("max-wins-early", document.model,
-               fmt::format("maxWins stands in a document of version {}", version));
+               fmt::format("the document uses maxWins, which version {} lacks", version));
 }
 
 void CheckDegree(const KernelNumbers& kernel, FindingList& findings) {

@@ -33,17 +33,17 @@ class CategoryChecks {
   }
 
  private:
-  // What the field can be; worked out once a field.
+  // The values that the field can have; determined once for each field.
   const intake::FieldGraph::Values& ValuesOf(const std::string& field) {
     const auto [found, is_new] = values_.try_emplace(field);
     if (is_new) found->second = graph_.ValuesOf(field);
     return found->second;
   }
 
-  // A field that a table is searched for, and what the table's column has for it.
+  // A field that is looked up in a table, and the keys of the table's column for it.
   struct Key {
     std::string field;
-    intake::FieldGraph::Values set;  // null: not known, or looked at already
+    intake::FieldGraph::Values set;  // null: unknown, or already checked
     intake::ValueSet mapped;         // those of the set that have a result
     const Element* first_unlisted = nullptr;
     std::vector<std::string> unlisted;
@@ -51,7 +51,7 @@ class CategoryChecks {
 
   void CheckTable(const Element* map_values) {
     const Element* table = FindChild(map_values, "InlineTable");
-    // A table that stands elsewhere is refused when the document is loaded.
+    // A table in another place is refused when the document is loaded.
     if (FindChild(map_values, "TableLocator") != nullptr) return;
     std::vector<Key> keys;
     std::vector<std::string> columns;
@@ -106,7 +106,7 @@ class CategoryChecks {
     std::vector<std::string> names = key.set->Without(key.mapped, kMostListed);
     for (std::string& name : names) name = fmt::format("\"{}\"", name);
     findings_.Add("unmapped-category", map_values,
-                  fmt::format("the table gives nothing for {} of \"{}\", and has no default",
+                  fmt::format("the table has no value for {} of \"{}\", and no default",
                               Listed(names, unmapped - names.size()), key.field));
   }
 

@@ -1,5 +1,6 @@
-// What the intake does not look for, for it takes long or is no fault: the checks of a document by
-// itself, one file each family.
+// The checks of a document by itself, one file for each family: those that the intake leaves out
+// because they take long, or because what they find is not a fault. [one thread] for each document.
+// Lives: arguments for the call. Fails: std::bad_alloc.
 #ifndef TOOLS_DOCTOR_CHECKS_H_
 #define TOOLS_DOCTOR_CHECKS_H_
 
@@ -11,8 +12,7 @@
 
 namespace svmscore::tools {
 
-// What the checks look at. The numbers are those that the document spells, also where its model is
-// refused.
+// What the checks look at. The numbers are those in the document, even if its model is refused.
 struct Examined {
   const Inspected& document;
   const ModelNumbers& numbers;
@@ -20,27 +20,27 @@ struct Examined {
 
 // verification_check.cpp: the document's own verification records.
 void CheckVerification(const LoadedModel& loaded, FindingList& findings);
-// unused_vectors.cpp: vectors that nothing uses.
+// unused_vectors.cpp: vectors that no machine uses.
 void CheckVectorsUsed(const Examined& examined, FindingList& findings);
 // category_checks.cpp: tables whose keys are not the categories of their fields, and categories
 // that no machine names.
 void CheckCategories(const Examined& examined, FindingList& findings);
-// unused_inputs.cpp: inputs and derived fields that nothing needs, or that are no inputs.
+// unused_inputs.cpp: inputs and derived fields that no score needs, and fields that are read
+// without being inputs.
 void CheckNeeds(const Examined& examined, FindingList& findings);
-// attribute_checks.cpp: attributes that decide nothing, that other readers pass over, or that leave
+// attribute_checks.cpp: attributes that have no effect, that other programs ignore, or that leave
 // cases without scores.
 void CheckAttributes(const Examined& examined, FindingList& findings);
 // kernel_scale.cpp: vector positions and kernel values.
 void CheckScale(const Examined& examined, FindingList& findings);
 // coefficient_checks.cpp: the coefficients of each machine, and its absoluteValue.
 void CheckTerms(const Examined& examined, FindingList& findings);
-// margin_check.cpp: vectors that stand where training never leaves them.
+// margin_check.cpp: an absoluteValue that does not fit the vectors on the margin.
 void CheckMargin(const Examined& examined, FindingList& findings);
-// machine_signs.cpp: what the machines say of the vectors that they share, and what extensions say
-// of them.
+// machine_signs.cpp: machines and extensions that contradict each other about the same vectors.
 void CheckSigns(const Examined& examined, FindingList& findings);
 
-// All but the first.
+// All but CheckVerification.
 void CheckAll(const Inspected& document, FindingList& findings);
 
 }  // namespace svmscore::tools

@@ -10,9 +10,10 @@
 namespace svmscore::tools {
 namespace {
 
-// Coefficients are written with six digits at least; so many of them may round away this share.
+// Coefficients are written with at least six digits; their rounding errors may add up to this
+// share.
 constexpr double kRounding = 1e-4;
-// With fewer terms a machine may well be somebody's own.
+// A machine with fewer terms may have been written by hand.
 constexpr std::size_t kTrained = 10;
 
 struct Sums {

@@ -12,7 +12,7 @@
 namespace svmscore::tools {
 namespace {
 
-// Rows whose values are shown, and rows whose numbers are.
+// How many rows are shown with values, and how many by their numbers.
 constexpr std::size_t kShownValues = 3;
 constexpr std::size_t kShownRows = 10;
 
@@ -80,8 +80,8 @@ void TellMismatch(const CaseFiles& files, const Comparison& comparison, FindingL
   findings.Add("mismatch", nullptr, std::move(what));
 }
 
-// The plainest explanation first, of any comparison; that something is on another scale may be true
-// of one whose columns mean something else.
+// The simplest explanation comes first, for every way to read the columns: another scale may also
+// fit columns that mean something else.
 const Comparison* FirstExplained(const Suspect& suspect, const CaseFiles& files,
                                  const std::vector<Comparison>& comparisons,
                                  FindingList& findings) {

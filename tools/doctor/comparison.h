@@ -1,4 +1,6 @@
-// Scores beside expected ones, row by row.
+// Compares scores with expected ones, row by row, and looks for an explanation of differences. [one
+// thread] for each model and source. Owns: the caller. Lives: arguments for the call. Fails: as
+// stated; std::bad_alloc.
 #ifndef TOOLS_DOCTOR_COMPARISON_H_
 #define TOOLS_DOCTOR_COMPARISON_H_
 
@@ -23,9 +25,9 @@ struct CaseFiles {
 
 struct ComparedCell {
   bool agrees = true;
-  std::string got;                 // empty where there is no value
-  std::optional<double> number;    // where there is one
-  std::optional<double> expected;  // where what is expected is a number
+  std::string got;                 // empty if there is no value
+  std::optional<double> number;    // if there is one
+  std::optional<double> expected;  // if a number is expected
 };
 
 struct ComparedRow {
@@ -48,28 +50,28 @@ std::size_t CountWrong(const LoadedModel& loaded, const CaseFiles& files,
                        const ExpectedColumns& columns, const std::vector<std::size_t>& rows,
                        std::size_t limit);
 
-// The model under scrutiny, and how to make others of its document.
+// The examined model, and what is needed to load changed versions of its document.
 struct Suspect {
   const LoadedModel& loaded;
   const Plugin& plugin;
   DocumentSource& source;
 };
 
-// Tells of scores that differ from the expected ones, and of what would explain it. Throws a
+// Reports scores that differ from the expected ones, and what would explain the difference. Throws
 // BadCases for files that do not fit together or expect nothing.
 void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& findings);
 
-// explanations.cpp: what the expected values are to those that came out. Returns whether that
+// explanations.cpp: how the expected values relate to the actual ones. Returns whether that
 // explains the disagreement.
 bool ExplainByCategories(const Suspect& suspect, const CaseFiles& files,
                          const Comparison& comparison, FindingList& findings);
 enum class NumberRelation { kNegated, kShifted, kRescaled };
 bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, NumberRelation relation,
                       FindingList& findings);
-// document_changes.cpp: a change of the document that brings the expected values out.
+// document_changes.cpp: a change of the document that leads to the expected values.
 bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Comparison& comparison,
                      FindingList& findings);
-// separating_field.cpp: a field that tells the rows that disagree from the others.
+// separating_field.cpp: a field that distinguishes the rows that disagree from the others.
 void FindSeparatingFields(const Suspect& suspect, const CaseFiles& files,
                           const Comparison& comparison, FindingList& findings);
 

@@ -1,5 +1,5 @@
-// Changes of the document, one at a time: the one that brings the expected values out explains why
-// they are not there.
+// Tries changes of the document, one at a time: a change that leads to the expected values explains
+// why the document does not.
 #include <algorithm>
 #include <functional>
 
@@ -16,14 +16,14 @@ namespace {
 
 using xercesc::DOMElement;
 
-// Each change takes loading the document anew and scoring these rows.
+// Each change loads the document again and scores these rows.
 constexpr std::size_t kRowsOfAKind = 500;
 constexpr std::size_t kMachines = 60;
 
 struct Change {
   KindOfFinding kind;
   std::string what;
-  // Returns the element that it changed; null where there is nothing to change.
+  // Returns the element that it changed; null if there is nothing to change.
   std::function<DOMElement*(DOMElement* model)> make;
 };
 
@@ -50,8 +50,7 @@ void Multiply(DOMElement* element, const std::string& attribute, double factor) 
   if (value && *value != 0.0) Set(element, attribute, FormatNumber(*value * factor));
 }
 
-// Multiplies the coefficients of the machines, and what is added to their terms; with `only` those
-// of one machine.
+// Multiplies the coefficients and the absoluteValue of the machines; with `only`, of one machine.
 Change Factors(KindOfFinding kind, std::string what, double coefficients, double offset,
                std::optional<std::size_t> only) {
   return {kind, std::move(what), [=](DOMElement* model) {
@@ -171,7 +170,7 @@ std::vector<Change> ChangesOf(const LoadedModel& loaded) {
   return changes;
 }
 
-// Up to so many rows that disagree, and as many that agree.
+// At most so many rows that disagree, and as many that agree.
 std::vector<std::size_t> RowsToTry(const Comparison& comparison, std::size_t& wrong) {
   std::vector<std::size_t> rows(comparison.wrong);
   if (rows.size() > kRowsOfAKind) rows.resize(kRowsOfAKind);
@@ -189,7 +188,7 @@ bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Compa
                      FindingList& findings) {
   std::size_t wrong = 0;
   const std::vector<std::size_t> rows = RowsToTry(comparison, wrong);
-  // A change that leaves one row in ten as it was may be one of two faults.
+  // A change may explain one of two faults, so up to a tenth of the rows may still disagree.
   std::size_t limit = wrong / 10 + 1;
   std::optional<Finding> best;
   for (const Change& change : ChangesOf(suspect.loaded)) {
@@ -204,10 +203,10 @@ bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Compa
       const std::size_t left = CountWrong(changed, files, comparison.columns, rows, limit);
       if (left >= limit) continue;
       best = finding;
-      if (left > 0) best->detail += fmt::format(", save for {} of {} rows", left, rows.size());
+      if (left > 0) best->detail += fmt::format(", except in {} of {} rows", left, rows.size());
       limit = left;
     } catch (const MCZandor_850::SSException&) {
-      // The document cannot mean this.
+      // The changed document cannot be loaded.
     }
     if (limit == 0) break;
   }

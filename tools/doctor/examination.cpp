@@ -13,7 +13,7 @@ bool IsSame(const Finding& a, const Finding& b) {
   return a.kind == b.kind && a.place == b.place;
 }
 
-// What the scores have shown needs not be told again for what the document looks like.
+// A fault that the scores have shown is not reported again from the document alone.
 void CheckDocument(const OpenedDocument& opened, FindingList& findings) {
   if (FindModelElement(opened.Document().Dom()) == nullptr) return;
   const std::vector<Finding> shown = findings.Found();

@@ -13,11 +13,14 @@
 
 namespace svmscore::tools {
 
-// Whether score would take the document: only then are scores compared.
+// Whether score would accept the document: only then are scores compared. [any thread] Fails:
+// never.
 bool IsScored(const OpenedDocument& opened);
 
-// What is suspicious about the document of `source`, the most severe first. `files` hold what cases
-// should score; BadCases where they do not fit. REQUIRES: opened.IsRead().
+// What is suspicious about the document of `source`, the most severe first. `files` hold cases and
+// the expected scores. REQUIRES: opened.IsRead(). [one thread] for each document and source. Owns:
+// the caller. Lives: arguments for the call. Fails: BadCases if the files do not fit;
+// std::bad_alloc.
 std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
                              DocumentSource& source, const std::optional<CaseFiles>& files);
 

@@ -1,4 +1,4 @@
-// What the expected values are to those that came out.
+// How the expected values relate to the actual ones.
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -16,7 +16,7 @@ namespace {
 
 using Kind = Quantity::Kind;
 
-// Fewer rows agree with anything.
+// With fewer rows, any explanation would fit.
 constexpr std::size_t kNeededRows = 3;
 constexpr double kPrecision = 1e-6;
 
@@ -24,7 +24,7 @@ const Element* FirstMachine(const LoadedModel& loaded) {
   return FindChild(FindModelElement(loaded.document.Dom()), "SupportVectorMachine");
 }
 
-// The expected category for each that is predicted, where that is one for each; else nothing.
+// The expected category for each predicted one, if it is always the same; else nothing.
 std::map<std::string, std::string> Renaming(const CaseFiles& files, const Comparison& comparison,
                                             std::size_t column) {
   std::map<std::string, std::string> renamed;
@@ -74,8 +74,8 @@ bool Near(double a, double b) {
   return std::abs(a - b) <= kPrecision * std::max(std::abs(a), std::abs(b)) + 1e-12;
 }
 
-// True where column `from` holds what is expected of column `to`; with `complement`, where it holds
-// what is left of 1.
+// True if column `from` holds the values expected of column `to`; with `complement`, 1 minus these
+// values.
 bool Holds(const Comparison& comparison, std::size_t from, std::size_t to, bool complement) {
   std::size_t rows = 0;
   for (const ComparedRow& row : comparison.rows) {
@@ -103,7 +103,7 @@ bool ExplainPercentages(const Suspect& suspect, const Comparison& comparison,
     });
     const std::string& name = comparison.columns[to].quantity.name;
     if (from != columns.end()) {
-      what += fmt::format("{}{} stands in {}", what.empty() ? "" : ", ", name,
+      what += fmt::format("{}{} is in {}", what.empty() ? "" : ", ", name,
                           comparison.columns[*from].quantity.name);
     } else if (two && Holds(comparison, to, to, true)) {
       what += fmt::format("{}{} holds what is expected of the other category",

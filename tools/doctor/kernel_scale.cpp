@@ -1,4 +1,5 @@
-// Vector positions that tell little or too much, and kernel values that tell nothing.
+// Vector positions that matter too little or too much, and kernel values that do not distinguish
+// vectors.
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -14,9 +15,9 @@ namespace {
 
 using Type = KernelNumbers::Type;
 
-// Vectors whose kernel values are looked at, spread over all.
+// The number of vectors whose kernel values are examined, spread over all.
 constexpr std::size_t kVectorsLookedAt = 60;
-// A field with more than this share of the distance leaves nothing to the others.
+// A field with more than this share of the distance leaves too little for the others.
 constexpr double kDominates = 0.9999;
 constexpr double kVanishes = 1e-12;
 constexpr double kIsOne = 1.0 - 1e-9;
@@ -92,7 +93,7 @@ void CheckKernelValues(const Examined& examined, FindingList& findings) {
   const std::string gamma = "gamma is " + FormatNumber(numbers.kernel.gamma);
   if (numbers.kernel.type == Type::kRadialBasis) {
     if (all([](double value) { return value < kVanishes; })) {
-      findings.Add("kernel-vanishes", element, gamma + ", and no two vectors see each other");
+      findings.Add("kernel-vanishes", element, gamma + ", and no two vectors are similar");
     } else if (all([](double value) { return value > kIsOne && value <= 1.0; })) {
       findings.Add("kernel-constant", element, gamma + ", and all vectors look alike");
     }
@@ -125,7 +126,7 @@ bool IsInside(const Element* interval, double value) {
       .Contains(value);
 }
 
-// A linear machine may hold one vector of weights, which is no case.
+// A linear machine may hold a single vector of weights, which is not a training case.
 void CheckReach(const Examined& examined, FindingList& findings) {
   const ModelNumbers& numbers = examined.numbers;
   if (numbers.kernel.type == Type::kLinear || numbers.vectors.size() < 2) return;
@@ -140,7 +141,8 @@ void CheckReach(const Examined& examined, FindingList& findings) {
                                      : values->Holds(FormatNumber(value));
           })) {
         findings.Add("indicator-not-0-or-1", positions[i],
-                     fmt::format("most vectors hold other numbers at {}", numbers.fields[i]));
+                     fmt::format("most vectors hold numbers at {} that the field cannot have",
+                                 numbers.fields[i]));
       }
       continue;
     }

@@ -1,4 +1,4 @@
-// Which category a positive decision value stands for, told from several places.
+// Which category a positive decision value means, compared between the places that say so.
 #include <map>
 #include <set>
 
@@ -11,7 +11,7 @@
 namespace svmscore::tools {
 namespace {
 
-constexpr std::size_t kNeededVectors = 3;  // vectors that must speak against a machine
+constexpr std::size_t kNeededVectors = 3;  // vectors that must contradict a machine
 constexpr double kClear = 0.9;             // the share of them that makes it clear
 
 struct Sides {
@@ -24,9 +24,9 @@ Sides SidesByVotes(const MachineNumbers& machine, bool max_wins) {
                   : Sides{machine.alternate, machine.target};
 }
 
-// Probabilities of three and more categories go by position: the machines stand for the pairs of
-// the target's categories in order, whatever their labels say. The two categories of each machine;
-// empty where they do not go by position.
+// The two categories of each machine by its position; empty if positions do not count. With three
+// or more categories, probabilities go by position: the machines are those of the pairs of the
+// target's categories in order, whatever their labels say.
 std::vector<Sides> PairsInOrder(const Examined& examined) {
   const std::vector<std::string>& categories = examined.document.categories;
   const auto scheme = output::SchemeOf(examined.document.model, categories.size());
@@ -41,7 +41,7 @@ std::vector<Sides> PairsInOrder(const Examined& examined) {
 }
 
 // By the machine's extension: 1 / (1 + exp(A f + B)) is the probability of the response category.
-// `in_order` are the categories that it is taken for, where that goes by position.
+// `in_order` are the categories of its position, if positions count.
 std::optional<Sides> SidesByExtension(const MachineNumbers& machine, const Sides* in_order) {
   const Element* extension = output::MachineExtension(machine.element);
   if (extension == nullptr || !output::IsCompleteExtension(extension, true)) return std::nullopt;
@@ -65,13 +65,13 @@ void CheckExtensions(const ModelNumbers& numbers, FindingList& findings) {
     }
     findings.Add(
         "extension-contradicts-votes", machine.element,
-        fmt::format("a positive decision value stands for \"{}\" by its extension, and for "
-                    "\"{}\" by its votes",
-                    extension->positive, votes.positive));
+        fmt::format(
+            "a positive decision value means \"{}\" by its extension, and \"{}\" by its votes",
+            extension->positive, votes.positive));
   }
 }
 
-// A vector that serves in several machines of pairs belongs to the category that these pairs share.
+// A vector used by several machines belongs to the category that their pairs share.
 std::vector<std::string> CategoriesOfVectors(const ModelNumbers& numbers) {
   std::vector<std::optional<std::set<std::string>>> possible(numbers.vectors.size());
   std::vector<std::size_t> uses(numbers.vectors.size(), 0);
@@ -95,8 +95,8 @@ std::vector<std::string> CategoriesOfVectors(const ModelNumbers& numbers) {
   return categories;
 }
 
-// True where the machine puts vectors of known categories on the wrong side; nothing where too few
-// are known, or where they do not agree.
+// True if the machine puts vectors of known categories on the wrong side; nothing if too few are
+// known, or if they do not agree.
 std::optional<bool> IsReversed(const MachineNumbers& machine, const Sides& sides,
                                const std::vector<std::string>& categories) {
   std::size_t right = 0;
@@ -132,17 +132,16 @@ void CheckSharedVectors(const Examined& examined, const std::vector<Sides>& pair
   }
   if (reversed.size() > 1 && upright == 0 && !extended) {
     findings.Add("max-wins-inverted", examined.document.model,
-                 fmt::format("by maxWins=\"{}\" each machine takes the vectors that it shares with "
-                             "others for another category than they do",
+                 fmt::format("by maxWins=\"{}\" each machine assigns the vectors that it shares "
+                             "with others to a different category than they do",
                              numbers.max_wins));
     return;
   }
   for (const MachineNumbers* machine : reversed) {
-    findings.Add(
-        "machine-sign", machine->element,
-        fmt::format("it takes the vectors that it shares with other machines for the wrong "
-                    "one of \"{}\" and \"{}\"",
-                    machine->target, machine->alternate));
+    findings.Add("machine-sign", machine->element,
+                 fmt::format("it assigns the vectors that it shares with other machines to the "
+                             "wrong one of \"{}\" and \"{}\"",
+                             machine->target, machine->alternate));
   }
 }
 

@@ -1,7 +1,7 @@
 // Training leaves every vector whose coefficient is not at its bound on the margin of its machine:
-// its decision value is 1 or -1, with the sign of the coefficient. So each of them tells what the
-// machine's absoluteValue must be, and where they agree with each other and not with the document,
-// the document is wrong.
+// its decision value is 1 or -1, with the sign of the coefficient. So the absoluteValue can be
+// computed from each of them; if they agree with each other but not with the document, the document
+// is wrong.
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -15,12 +15,12 @@
 namespace svmscore::tools {
 namespace {
 
-constexpr std::size_t kSample = 40;  // vectors of each sign that are asked, spread over the machine
+constexpr std::size_t kSample = 40;  // vectors of each sign that are used, spread over the machine
 constexpr std::size_t kNeededOnMargin = 2;  // of each sign that must be on the margin
 constexpr double kAlike = 0.02;  // training stops within 0.001 by default, and up to 0.01
 constexpr double kWrong = 0.1;
 
-// The absoluteValues that the vectors of one sign ask for, in ascending order.
+// The absoluteValues computed from the vectors of one sign, in ascending order.
 std::vector<double> AskedFor(const ModelNumbers& numbers, const MachineNumbers& machine,
                              double sign) {
   double bound = 0.0;
@@ -44,7 +44,8 @@ std::vector<double> AskedFor(const ModelNumbers& numbers, const MachineNumbers& 
   return asked;
 }
 
-// What all vectors on the margin ask for; nothing where they are too few or do not agree.
+// The absoluteValue that all vectors on the margin agree on; nothing if they are too few or do not
+// agree.
 std::optional<double> AskedByAll(const ModelNumbers& numbers, const MachineNumbers& machine) {
   const std::vector<double> above = AskedFor(numbers, machine, 1.0);
   const std::vector<double> below = AskedFor(numbers, machine, -1.0);
@@ -64,13 +65,13 @@ void CheckMargin(const Examined& examined, FindingList& findings) {
   for (const MachineNumbers& machine : examined.numbers.machines) {
     const std::optional<double> asked = AskedByAll(examined.numbers, machine);
     if (!asked) continue;
-    // A threshold is an offset too, from the other side.
+    // A threshold acts as an offset with the opposite sign.
     const double offset = machine.offset - (thresholds ? machine.threshold : 0.0);
     if (std::abs(offset - *asked) < kWrong) continue;
     const bool sign = std::abs(offset + *asked) < 0.5 * kWrong;
     findings.Add(sign ? KindOfFinding("offset-sign") : KindOfFinding("offset-off"),
                  machine.coefficients_element,
-                 fmt::format("absoluteValue is {}, and the vectors on the margin ask for {:.4g}",
+                 fmt::format("absoluteValue is {}, but the vectors on the margin need {:.4g}",
                              FormatNumber(machine.offset), *asked + machine.offset - offset));
   }
 }

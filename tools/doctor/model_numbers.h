@@ -18,10 +18,10 @@ struct KernelNumbers {
   double coef0 = 1.0;
   double degree = 1.0;
 
-  // What the checks go by. Scores come from the model, which alone decides the last digits.
-  // REQUIRES: x and y have the same length.
+  // The kernel value for the checks. Scores come from the model; their last digits may differ.
+  // REQUIRES: x and y have the same length. [any thread] Fails: never.
   double Value(const std::vector<double>& x, const std::vector<double>& y) const;
-  // True where no kernel value is beyond -1 and 1.
+  // True if every kernel value is within [-1, 1].
   bool IsBounded() const {
     return type == Type::kRadialBasis ? gamma >= 0.0 : type == Type::kSigmoid;
   }
@@ -33,7 +33,7 @@ struct MachineNumbers {
   std::string target;
   std::string alternate;
   std::vector<std::size_t> vectors;  // positions among those of the model; parallel to the next
-  std::vector<double> coefficients;  // without those that are 0
+  std::vector<double> coefficients;  // without terms whose coefficient is 0
   double offset = 0.0;
   double threshold = 0.0;
 };
@@ -45,18 +45,20 @@ struct ModelNumbers {
   std::vector<MachineNumbers> machines;
   KernelNumbers kernel;
   bool max_wins = false;
-  // The first vector beyond the document's limit of entries; no vectors and machines are held then.
+  // The first vector beyond the document's limit of entries; vectors and machines are then empty.
   const Element* beyond_limit = nullptr;
 };
 
-// Terms that are lost are left out; so is what is no number.
+// Leaves out the terms that scoring leaves out, and words that are not numbers. [one thread] for
+// each document. Lives: the document, longer than the result. Fails: std::bad_alloc.
 ModelNumbers ReadNumbers(const Inspected& inspected);
 
-// Whether the machines are one for each pair of the categories that they name, three at least.
+// Whether there is one machine for each pair of the categories that they name, and at least three
+// categories. [any thread] Fails: std::bad_alloc.
 bool FormPairs(const ModelNumbers& numbers);
 
-// The names in words: no more than these, and how many more there are, with `more` beside those
-// that are given.
+// The names as a list in words: at most kMostListed of them, then how many more there are, `more`
+// included. [any thread] Fails: std::bad_alloc.
 inline constexpr std::size_t kMostListed = 8;
 std::string Listed(const std::vector<std::string>& names, std::size_t more = 0);
 

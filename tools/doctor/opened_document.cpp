@@ -14,7 +14,8 @@ Finding Refusal(const SSException& error) {
   return {"refused", error.Where(), Explain(error)};
 }
 
-// Makes the document readable without its model. One of an unknown version is read as the newest.
+// Makes the document readable without its model. A document of an unknown version is read as the
+// newest.
 void ReadAlone(DocumentSource& source, OpenedDocument& opened) {
   for (const char* version : {"", "4.4"}) {
     opened.document = source.Parse();
@@ -41,7 +42,7 @@ OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source) {
     return opened;
   }
   try {
-    // As score does, which looks at a document a second time where the first reading fails.
+    // As score does, which reads a document a second time if the first reading fails.
     opened.loaded = LoadModel(plugin, [&] {
       return opened.document ? *std::exchange(opened.document, std::nullopt) : source.Parse();
     });

@@ -13,17 +13,19 @@
 namespace svmscore::tools {
 
 struct OpenedDocument {
-  std::optional<LoadedModel> loaded;     // nothing where no model comes of the document
-  std::optional<PmmlDocument> document;  // the document itself, where there is no model
+  std::optional<LoadedModel> loaded;     // nothing if no model can be made from the document
+  std::optional<PmmlDocument> document;  // the document itself, if there is no model
   std::vector<Finding> findings;         // of the intake
-  std::optional<Finding> refused;        // why score would not take it
+  std::optional<Finding> refused;        // why score refuses it
 
   bool IsRead() const { return loaded || document; }
   // REQUIRES: the document is read.
   const PmmlDocument& Document() const { return loaded ? loaded->document : *document; }
 };
 
-// Of a file that cannot be read or is no XML there is neither model nor document, only the refusal.
+// For a file that cannot be read or is not XML there is neither model nor document, only the
+// refusal. [one thread] for each source. Owns: the caller. Fails: SSException if the file can be
+// read once but not again; std::bad_alloc. A refusal is in the result.
 OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source);
 
 }  // namespace svmscore::tools

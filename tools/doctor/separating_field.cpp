@@ -1,4 +1,4 @@
-// A field that tells the rows that disagree from the others.
+// Finds fields that distinguish the rows that disagree from the others.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -12,7 +12,7 @@
 namespace svmscore::tools {
 namespace {
 
-// Fewer rows on either side are told apart by any field.
+// With fewer rows on either side, any field would distinguish them.
 constexpr std::size_t kNeededForValues = 3;
 constexpr std::size_t kNeededForNumbers = 6;
 constexpr std::size_t kFewValues = 3;
@@ -33,7 +33,7 @@ std::optional<std::string> Missing(const Column& column) {
 std::optional<std::string> Values(const Column& column) {
   const std::set<std::string> wrong(column.wrong.begin(), column.wrong.end());
   const std::set<std::string> right(column.right.begin(), column.right.end());
-  // As many values as rows is no pattern.
+  // As many values as rows is not a pattern.
   if (wrong.size() > kFewValues || wrong.size() * 2 > column.wrong.size()) return std::nullopt;
   std::string text;
   for (const std::string& value : wrong) {

@@ -1,4 +1,4 @@
-// Inputs and derived fields that nothing needs, or that are no inputs.
+// Inputs and derived fields that no score needs, and fields that are read without being inputs.
 #include <fmt/format.h>
 
 #include "host/intake/field_graph.h"
@@ -14,16 +14,14 @@ void CheckNeeds(const Examined& examined, FindingList& findings) {
   for (const Element* field : graph.AllMining()) {
     const std::string name = AttributeText(field, "name");
     if (graph.IsActive(name) && graph.DataField(name) != nullptr && !needed.contains(name)) {
-      findings.Add("unused-field", field,
-                   fmt::format("nothing that is scored depends on \"{}\"", name));
+      findings.Add("unused-field", field, fmt::format("no score depends on \"{}\"", name));
     }
   }
   for (const Element* field : graph.AllDerived()) {
     const std::string name = AttributeText(field, "name");
     // The file does not hold fields that were added while it was read.
     if (needed.contains(name) || document.document.LineOf(field) == 0) continue;
-    findings.Add("unused-derived-field", field,
-                 fmt::format("nothing that is scored depends on \"{}\"", name));
+    findings.Add("unused-derived-field", field, fmt::format("no score depends on \"{}\"", name));
   }
   for (const std::string& name : graph.Needed(false)) {
     const Element* mining = graph.MiningField(name);

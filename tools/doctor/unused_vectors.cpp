@@ -1,4 +1,4 @@
-// Vectors that nothing uses.
+// Vectors that no machine uses.
 #include <string>
 #include <unordered_set>
 
@@ -19,7 +19,7 @@ void CheckVectorsUsed(const Examined& examined, FindingList& findings) {
   for (const VectorInstance& instance : examined.document.vectors.Instances()) {
     if (!instance.dropped.empty() || named.contains(instance.id)) continue;
     findings.Add("unused-vector", instance.element,
-                 fmt::format("no machine names the vector \"{}\"", instance.id));
+                 fmt::format("no machine uses the vector \"{}\"", instance.id));
   }
 }
 

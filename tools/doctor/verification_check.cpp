@@ -16,7 +16,7 @@ void CheckVerification(const LoadedModel& loaded, FindingList& findings) {
     const VerifyReport report = VerifyDocument(loaded, [](std::string_view) {});
     if (report.Disagreements() == 0) return;
     findings.Add("verification-disagrees", element,
-                 fmt::format("{} of {} values of its records are not what the model gives",
+                 fmt::format("the model does not give {} of {} values of its records",
                              report.Disagreements(), report.Compared()));
   } catch (const MCZandor_850::SSException& error) {
     findings.Add("verification-unreadable", element, error.what());

@@ -1,4 +1,4 @@
-// The findings of a check after the other.
+// The findings of one check after another.
 #ifndef TOOLS_FINDINGS_FINDING_LIST_H_
 #define TOOLS_FINDINGS_FINDING_LIST_H_
 
@@ -12,12 +12,14 @@
 
 namespace svmscore::tools {
 
-// Gathers findings in the order in which the checks meet them.
+// Collects findings in the order in which the checks find them. [one thread] for each object.
+// Lives: the document, longer than this object; what Found returns, until the next Add. Fails: Add
+// by std::bad_alloc; the rest never.
 class FindingList {
  public:
   explicit FindingList(const PmmlDocument& document) : document_(document) {}
 
-  // `element` may be null, for findings that no place has.
+  // `element` may be null, for findings without a place.
   void Add(KindOfFinding kind, const Element* element, std::string detail);
   void Add(Finding finding) { findings_.push_back(std::move(finding)); }
 

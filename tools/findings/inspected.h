@@ -1,4 +1,4 @@
-// A document as the checks look at it.
+// The parts of a document that checks look at.
 #ifndef TOOLS_FINDINGS_INSPECTED_H_
 #define TOOLS_FINDINGS_INSPECTED_H_
 
@@ -12,7 +12,7 @@
 
 namespace svmscore::tools {
 
-// Points into the document, and into the model where there is one.
+// Points into the document, and into the model if there is one.
 struct Inspected {
   const PmmlDocument& document;
   const Element* root;   // PMML
@@ -25,8 +25,11 @@ struct Inspected {
   const output::OutputPlan* output;        // null where it could not be read
 };
 
+// [one thread] for each document, as the form below. Lives: the argument, longer than the result.
+// Fails: std::bad_alloc.
 Inspected Inspect(const LoadedModel& loaded);
-// A document without its model, told from what it declares. REQUIRES: it has a model element.
+// The same for a document without its model, from its declarations. REQUIRES: it has a model
+// element.
 Inspected Inspect(const PmmlDocument& document);
 
 }  // namespace svmscore::tools

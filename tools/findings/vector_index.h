@@ -13,11 +13,14 @@ namespace svmscore::tools {
 struct VectorInstance {
   const Element* element = nullptr;
   std::string id;
-  std::string dropped;  // why the model has no such vector; empty for one that it has
+  std::string dropped;  // why the model leaves the vector out; empty if it does not
 };
 
+// [one thread] for each document. Lives: the document, longer than this object; what is returned,
+// as long as this object. Fails: the constructor by std::bad_alloc; the rest never.
 class VectorIndex {
  public:
+  // `model` is the model element.
   explicit VectorIndex(const Element* model);
 
   const std::vector<VectorInstance>& Instances() const { return instances_; }
@@ -33,9 +36,11 @@ class VectorIndex {
   std::vector<const Element*> fields_;
 };
 
-// The blank-separated parts of an element's text; none for null.
+// The blank-separated parts of an element's text; none for null. [one thread] for each document.
+// Fails: std::bad_alloc.
 std::vector<std::string> TokensOf(const Element* element);
-// The element with the entries of a sparse array: REAL-Entries, or else Entries.
+// The element with the entries of a sparse array: REAL-Entries, or else Entries; null if absent.
+// [one thread] for each document. Lives: as long as the document. Fails: never.
 const Element* EntriesOf(const Element* sparse_array);
 
 // The pairs of SupportVector and Coefficient elements that become terms of the machine.
@@ -44,6 +49,7 @@ struct MachineTerms {
   std::vector<const Element*> coefficients;  // all Coefficient elements
   std::size_t kept = 0;
 };
+// [one thread] for each document. Lives: elements, as long as the document. Fails: std::bad_alloc.
 MachineTerms TermsOf(const Element* machine, const VectorIndex& index);
 
 }  // namespace svmscore::tools
