@@ -15,33 +15,11 @@ namespace {
 namespace code = svmscore::code;
 using svmscore::Children;
 using svmscore::FindAttribute;
-using svmscore::FindNumber;
 using svmscore::OpType;
+using svmscore::ReadInterval;
 using svmscore::RefuseValue;
 using svmscore::RequireAttribute;
 using xercesc::DOMElement;
-
-svmscore::Interval ReadInterval(const DOMElement* element) {
-  svmscore::Interval interval;
-  const std::string closure = RequireAttribute(element, "closure");
-  if (closure != "openOpen" && closure != "openClosed" && closure != "closedOpen" &&
-      closure != "closedClosed") {
-    RefuseValue(element, "closure", closure);
-  }
-  interval.left_closed = closure.starts_with("closed");
-  interval.right_closed = closure.ends_with("Closed");
-  if (const auto left = FindNumber(element, "leftMargin")) interval.left = *left;
-  if (const auto right = FindNumber(element, "rightMargin")) interval.right = *right;
-  if (!FindAttribute(element, "leftMargin") && !FindAttribute(element, "rightMargin")) {
-    svmscore::ThrowAt(element, code::kBadContent, "neither leftMargin nor rightMargin is given",
-                      "Interval");
-  }
-  if (interval.left > interval.right) {
-    svmscore::ThrowAt(element, code::kBadContent, "leftMargin is greater than rightMargin",
-                      "Interval");
-  }
-  return interval;
-}
 
 void ReadValue(const DOMElement* element, ScoreDictVar& var) {
   const std::string text = RequireAttribute(element, "value");
