@@ -77,7 +77,7 @@ void HandDown(DOMElement* outer, DOMElement* inner, const char* name, const Merg
   }
 }
 
-// What stands in the way, or nothing.
+// What prevents the lift, or nothing.
 std::string Obstacle(const DOMElement* outer, const DOMElement* inner) {
   const std::string type = FindAttribute(outer, "algorithmType").value_or("ocsvm");
   if (type != "ocsvm") return "the algorithmType " + type;

@@ -7,7 +7,7 @@
 namespace svmscore::intake {
 
 // Puts `inner` in the place of `outer`, with what `outer` says of fields, derived fields and
-// output. False where that cannot be done without changing the meaning; a reader that refuses
+// output. False where that cannot be done without changing the meaning; where findings are refused,
 // throws.
 bool LiftModel(Intake& intake, DOMElement* outer, DOMElement* inner);
 

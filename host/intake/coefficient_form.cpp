@@ -1,5 +1,6 @@
-// A linear machine may be given by one coefficient a field. That is a machine with one support
-// vector, the coefficients, which counts once: its kernel value is the same sum in the same order.
+// A linear machine may be given by one coefficient for each field. It equals a machine with a
+// single support vector that holds the coefficients and has the coefficient 1: the kernel value is
+// the same sum in the same order.
 #include <unordered_set>
 
 #include <fmt/format.h>

@@ -1,5 +1,6 @@
-// The rule by which machines decide: that of the oldest versions in the words of the newer ones,
-// the method of a vote that does not name it, and the categories that a vote is about.
+// The rule by which machines decide: rewrites the rule of the oldest versions in the form of the
+// newer ones, adds a voting method that the document leaves out, and takes categories that no
+// machine names out of the decision.
 #include <algorithm>
 #include <set>
 #include <string>
@@ -17,8 +18,8 @@ namespace {
 
 constexpr const char* kOldSecond = "alternateBinaryTargetCategory";
 
-// Values above the threshold select the target category, and with this one, the largest double
-// below a half, a half does too.
+// Values above the threshold select the target category. With this threshold, the largest double
+// below 0.5, the value 0.5 does too.
 constexpr const char* kBelowHalf = "0.49999999999999994";
 
 bool Has(const DOMElement* element, const std::string& attribute) {

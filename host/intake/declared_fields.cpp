@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* kOutputField = "OutputField";
 
-// Whether a model's child stands behind the place of its LocalTransformations.
+// Whether a model's child comes after the place of its LocalTransformations.
 bool FollowsTransformations(const DOMElement* child) {
   const std::string name = NameOf(child);
   return name.ends_with("KernelType") || name == "VectorDictionary" ||
@@ -72,7 +72,7 @@ bool DeclaredFields::Lists(const DOMElement* field, const std::string& value) {
 
 std::string DeclaredFields::FreshName(const std::string& wish) {
   std::string name = wish;
-  // Many positions have the same wish.
+  // Many positions ask for the same name.
   for (int& number = tried_.try_emplace(wish, 1).first->second; fields_.contains(name);) {
     name = wish + " (" + std::to_string(++number) + ")";
   }

@@ -16,13 +16,13 @@ class DeclaredFields {
  public:
   explicit DeclaredFields(Intake& intake);
 
-  // The DataField or DerivedField of that name; null where there is none.
+  // The DataField or DerivedField of that name; null if absent.
   DOMElement* Find(const std::string& name) const;
-  // The DerivedField that takes the place of the DataField of its name; null where there is none.
+  // The DerivedField that takes the place of the DataField of its name; null if absent.
   DOMElement* FindHiding(const std::string& name) const;
-  // Whether `field` lists `value` among its valid values, in these very letters.
+  // Whether `field` lists `value` among its valid values, spelled exactly so.
   bool Lists(const DOMElement* field, const std::string& value);
-  // `wish`, or where a field has that name, one that begins with it.
+  // `wish` itself, or if a field already has that name, a new name that begins with it.
   std::string FreshName(const std::string& wish);
   // A new derived field without its expression.
   DOMElement* AddDerived(const std::string& name, const std::string& op_type,

@@ -1,4 +1,4 @@
-// The version decides whether transformations exist, so it must be legible.
+// The version decides whether transformations exist, so it must be readable.
 #include <array>
 #include <charconv>
 #include <optional>

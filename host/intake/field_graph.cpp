@@ -32,7 +32,8 @@ std::string Folded(const std::string& text) {
   return folded;
 }
 
-// The fields that the elements below `element` refer to, and with `itself` those of its own.
+// The fields that the elements below `element` refer to, and with `itself` also those that
+// `element` refers to.
 std::vector<std::string> References(const Element* element, bool itself) {
   std::vector<std::string> names;
   const auto add = [&names](const Element* at) {
@@ -153,7 +154,7 @@ FieldGraph::Values FieldGraph::ValuesAt(const std::string& name, int depth) cons
   if (depth > kDeepest) return nullptr;
   const Element* derived = Derived(name);
   const Element* field = DataField(name);
-  // One that hides an input of its own name may give anything.
+  // A derived field that hides the input of its name may give anything.
   if (derived != nullptr && field != nullptr) return nullptr;
   if (derived != nullptr) return Computed(derived, depth);
   if (field == nullptr) return nullptr;
@@ -200,7 +201,7 @@ FieldGraph::Values FieldGraph::Computed(const Element* derived, int depth) const
   return known->second;
 }
 
-// What an expression other than a reference gives.
+// The values of an expression other than a reference.
 FieldGraph::Values FieldGraph::FromExpression(const Element* derived,
                                               const Element* expression) const {
   const std::string kind = NameOf(expression);

@@ -29,7 +29,7 @@ class SVMSCORE_HOST_API ValueSet {
   std::size_t Size() const { return values_.size() + (base_ == nullptr ? 0 : base_->Size()); }
   void Add(const std::string& value);
   bool Holds(const std::string& value) const { return HoldsKey(Key(value)); }
-  // One that differs from `value` in case or in blanks around it only; empty without one.
+  // A value that differs from `value` only in case or in blanks around it; empty if there is none.
   std::string Similar(const std::string& value) const;
   // At most `count` values that `other` does not hold.
   std::vector<std::string> Without(const ValueSet& other, std::size_t count) const;
@@ -43,11 +43,12 @@ class SVMSCORE_HOST_API ValueSet {
   bool numeric_;
   std::shared_ptr<const ValueSet> base_;  // may be null; has none of `values_`
   std::set<std::string> values_;
-  // Those of `values_` by what they have in common with similar ones; made when it is asked for.
+  // `values_` by a key that similar values share; made when first asked for.
   mutable std::unordered_map<std::string, std::string> folded_;
 };
 
-// Points into the document. Used by one thread.
+// [one thread] for each object. Lives: the document, longer than this object; what is returned, as
+// long as the document. Fails: std::bad_alloc.
 class SVMSCORE_HOST_API FieldGraph {
  public:
   using Values = std::shared_ptr<const ValueSet>;
@@ -65,8 +66,8 @@ class SVMSCORE_HOST_API FieldGraph {
   // The fields that vector positions need, directly and through derived fields; with `outputs`,
   // those too that output fields and verification records name.
   std::unordered_set<std::string> Needed(bool outputs) const;
-  // What the field can be, where that is a closed set: the values that it lists, and those that
-  // replace others; or what its expression gives. Null where anything may come. Fields that only
+  // The values that the field can have, if they are a closed set: those that it lists, those that
+  // replace others, or those of its expression. Null if any value is possible. Fields that only
   // pass values on share them.
   Values ValuesOf(const std::string& name) const;
 

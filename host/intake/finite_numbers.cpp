@@ -1,5 +1,5 @@
-// A translator takes INF, NaN and numbers beyond the range as they are, and whatever is computed
-// from them says nothing about its case.
+// A translator takes INF, NaN and numbers beyond the range as they are, and what is computed from
+// them says nothing about the case.
 #include "host/intake/finite_numbers.h"
 
 #include <array>
@@ -17,7 +17,7 @@
 namespace svmscore::intake {
 namespace {
 
-// Few words are looked at twice.
+// Most words pass the quick test; only the others are parsed.
 bool IsFinite(WideView word) {
   const std::size_t exponent = word.find_first_of(u"eE");
   const bool large = exponent != WideView::npos && word.size() - exponent > 3;

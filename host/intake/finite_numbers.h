@@ -1,4 +1,4 @@
-// Numbers that are none to compute with.
+// Numbers that cannot be computed with: infinite, NaN or too large.
 #ifndef HOST_INTAKE_FINITE_NUMBERS_H_
 #define HOST_INTAKE_FINITE_NUMBERS_H_
 

@@ -11,7 +11,7 @@ namespace svmscore {
 namespace intake {
 namespace {
 
-// Findings of a kind that are told one by one; further ones are only counted.
+// So many findings of a kind are listed one by one; further ones are only counted.
 constexpr std::size_t kDetailed = 5;
 
 }  // namespace
@@ -24,7 +24,7 @@ bool Intake::IsClassification() const {
   return FindAttribute(model_, "functionName") == "classification";
 }
 
-void Intake::Told(KindOfFinding kind, const DOMElement* at, std::vector<std::string> parts) {
+void Intake::AddFinding(KindOfFinding kind, const DOMElement* at, std::vector<std::string> parts) {
   if (mode_ == IntakeMode::kStrict && kind->IsRefusedWhenStrict()) RefuseStrictly(*kind, at, parts);
   Known& known = known_[kind->name];
   const bool standard = kind->of_class == FindingClass::kStandard;
@@ -59,14 +59,14 @@ void TakeSteps(Intake& intake) {
   HideExtensionContent(intake, extensions);
   PutOwnExtensionsFirst(intake);
   MergeTransformations(intake);
-  // Vectors are measured by the number of vector fields, and the linear form makes a vector of its
-  // own, so the three come in this order.
+  // Vectors are checked against the number of vector fields, and the linear form adds a vector, so
+  // the three come in this order.
   ExpressVectorFields(intake);
   UseSparseVectors(intake);
   UseSupportVectors(intake);
   TellKernelNumbersFromAbsence(intake);
-  // The decision rule of the oldest versions names the second category, which the target may have
-  // to learn, so the rule comes before the target, and the target before labels are compared.
+  // The decision rule of the oldest versions names the second category, which may have to be added
+  // to the target, so the rule comes before the target, and the target before labels are compared.
   UseOneDecisionRule(intake);
   CompleteTarget(intake);
   MatchLabels(intake);

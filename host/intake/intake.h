@@ -41,10 +41,11 @@ class Intake {
   // throws that message where the kind has one.
   template <typename... Parts>
   void Tell(KindOfFinding kind, const DOMElement* at, const Parts&... parts) {
-    Told(kind, at, {std::string(parts)...});
+    AddFinding(kind, at, {std::string(parts)...});
   }
 
-  // Tells what nobody can have meant, and refuses the document with the message of the kind.
+  // Reports an error that cannot be what the author meant, and refuses the document with the
+  // message of the kind.
   template <typename... Parts>
   void Error(KindOfFinding kind, const DOMElement* at, const Parts&... parts) {
     Tell(kind, at, parts...);
@@ -52,7 +53,7 @@ class Intake {
   }
 
   // Notes that the document is to be refused, unless a translator does so; the caller leaves the
-  // element as it is. In strict mode throws. For what cannot have been meant.
+  // element as it is. In strict mode throws. Only for content that the author cannot have meant.
   template <typename... Parts>
   void Refuse(const DOMElement* element, int code, const Parts&... parts) {
     if (mode_ == IntakeMode::kStrict) ThrowAt(element, code, parts...);
@@ -72,7 +73,7 @@ class Intake {
     std::size_t last = 0;  // the position of the last one among all findings
   };
 
-  void Told(KindOfFinding kind, const DOMElement* at, std::vector<std::string> parts);
+  void AddFinding(KindOfFinding kind, const DOMElement* at, std::vector<std::string> parts);
 
   PmmlDocument& document_;
   IntakeMode mode_;

@@ -1,5 +1,4 @@
-// A translator takes a kernel parameter of exactly -1 for one that is absent, and gives it the
-// default 1.
+// A translator treats a kernel parameter of exactly -1 as absent, and uses the default 1.
 #include <algorithm>
 #include <array>
 #include <string>
@@ -38,7 +37,7 @@ bool IsMinusOne(const DOMElement* kernel, const std::string& name) {
   return text && ParseNumber(*text) == -1.0;
 }
 
-// The one that a translator takes; null where there is none. Remarks on the others.
+// The kernel element that a translator uses; null if absent. Remarks on the others.
 DOMElement* FirstKernel(Intake& intake) {
   for (const DOMElement* child = FirstElement(intake.Model()); child != nullptr;
        child = NextElement(child)) {
@@ -112,7 +111,7 @@ void TellKernelNumbersFromAbsence(Intake& intake) {
     intake.Tell("kernel-minus-one", kernel);
     SetAttribute(kernel, name, kNeighbour);
   }
-  // The neighbour of a whole degree is no whole degree: negative bases would have no power.
+  // The double next to a whole degree is not whole, and negative bases would have no power.
   if (kind == "PolynomialKernelType" && IsMinusOne(kernel, "degree")) {
     intake.Tell("degree-minus-one", kernel, "a degree of -1", kind);
   }

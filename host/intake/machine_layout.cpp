@@ -74,7 +74,7 @@ void CheckOneAgainstOne(Intake& intake, const std::vector<NamedMachine>& machine
 void CheckOneAgainstAll(Intake& intake, const std::vector<NamedMachine>& machines,
                         std::size_t categories) {
   if (FormPairs(machines)) {
-    // Of a method that is not known it was told that it counts as one-against-all.
+    // An unknown method was already reported to count as one-against-all.
     const std::string method = AttributeText(intake.Model(), "classificationMethod");
     if (!method.empty() && method != "OneAgainstAll") return;
     TellOf(intake, "method-contradicts-machines", intake.Model(),

@@ -18,11 +18,11 @@ enum class IntakeMode {
 
 // Edits the document so that a translator, which reads exactly what its own rules read, understands
 // it as its author meant it. A document that needs no change is left as it is, and what a
-// translator itself refuses is left to it. Returns what was done and found, in order. What nobody
-// can have meant is put into `refused` (where that is not null), the first of it: whoever scores
-// refuses the document, after a translator has had its say. What is thrown is an SSException with
-// the element at fault; the document is then half changed and of no further use. One thread a
-// document.
+// translator itself refuses is left to it. Returns what was done and found, in order. The first
+// error that the author cannot have meant is put into `refused` (unless that is null): whoever
+// scores refuses the document with it, unless a translator refuses the document first. [one thread]
+// for each document. Owns: the caller. Fails: SSException with the element at fault, after which
+// the document is half changed and of no further use; std::bad_alloc.
 SVMSCORE_HOST_API std::vector<Finding> MakeReadable(
     PmmlDocument& document, IntakeMode mode,
     std::optional<MCZandor_850::SSException>* refused = nullptr);

@@ -1,4 +1,4 @@
-// What a mining schema says and a translator passes over, or takes in a way of its own.
+// Statements of a mining schema that a translator ignores or reads differently.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -19,7 +19,7 @@ constexpr std::array kUsages = {"active", "predicted", "target",          "suppl
 constexpr std::array kMissingTreatments = {"asIs",     "asMean",  "asMode",
                                            "asMedian", "asValue", "returnInvalid"};
 
-// Doubts an attribute whose text is none of the known words.
+// Remarks on an attribute whose text is not one of the known words.
 template <std::size_t kCount>
 void CheckWord(Intake& intake, const DOMElement* field, const char* attribute,
                const std::array<const char*, kCount>& known, Kind kind) {

@@ -1,4 +1,4 @@
-// Names of derived fields and functions that mean something else already.
+// Names of derived fields and functions that already mean something else.
 #include <unordered_set>
 
 #include "host/intake/steps.h"
@@ -33,7 +33,7 @@ void CheckNamesUsed(Intake& intake) {
   const DOMElement* global = FindChild(intake.Root(), "TransformationDictionary");
   CheckDerived(intake, intake.ModelChild("LocalTransformations"), "derived-field-over-input",
                declared);
-  // A data field that the model does not list is none of its inputs.
+  // A data field that the model does not list is not an input.
   const DOMElement* schema = intake.ModelChild("MiningSchema");
   const auto inputs = schema == nullptr ? declared : NamesIn(schema, "MiningField");
   std::erase_if(declared, [&inputs](const std::string& name) { return inputs.contains(name); });

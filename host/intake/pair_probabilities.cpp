@@ -1,6 +1,6 @@
-// A translator takes the probability of the n-th machine for that of the n-th pair of the target's
-// categories, the earlier one as response, whatever categories the machine names: the extension is
-// read by the position of its machine. Whoever meant something else is told.
+// A translator assigns the probability of the n-th machine to the n-th pair of the target's
+// categories, with the earlier category as response, whatever categories the machine names: the
+// position of the machine decides. A document that means something else gets a finding.
 #include <algorithm>
 #include <string>
 #include <unordered_map>
@@ -49,8 +49,8 @@ class PairWalk {
   std::size_t later_ = 1;
 };
 
-// Remarks on a machine whose extension names another pair than the one of its place, or names it
-// the other way round.
+// Remarks on a machine whose extension names a pair other than that of its position, or names the
+// pair in the opposite order.
 void CheckPair(Intake& intake, const DOMElement* machine, const Positions& positions,
                const PairWalk& place) {
   const DOMElement* pair = FindChild(VendorExtension(machine), "ResponseCategory");
@@ -75,8 +75,8 @@ void CheckPair(Intake& intake, const DOMElement* machine, const Positions& posit
     intake.Tell("response-later", machine, "a response that is the later category of its pair",
                 NameOf(machine));
   } else {
-    intake.Tell("pair-out-of-order", machine, "a probability that belongs to no pair of its place",
-                NameOf(machine));
+    intake.Tell("pair-out-of-order", machine,
+                "a probability for a pair other than that of its position", NameOf(machine));
   }
 }
 
@@ -134,8 +134,8 @@ void CheckPairs(Intake& intake) {
   for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
     last = machine;
   }
-  // Of two categories the response is found by its name. The last machine decides whether there are
-  // probabilities at all.
+  // With two categories the response is found by its name. The last machine decides whether there
+  // are probabilities at all.
   if (positions.size() < 3 || !output::IsCompleteExtension(VendorExtension(last), true)) return;
   PairWalk place(positions.size());
   for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
@@ -145,8 +145,8 @@ void CheckPairs(Intake& intake) {
     place.Next();
   }
   if (place.AtEnd() && place.Earlier() + 1 == positions.size()) return;
-  intake.Tell("pair-out-of-order", intake.Model(), "another number of machines than of pairs",
-              NameOf(intake.Model()));
+  intake.Tell("pair-out-of-order", intake.Model(),
+              "a number of machines other than the number of pairs", NameOf(intake.Model()));
 }
 
 }  // namespace svmscore::intake

@@ -1,4 +1,4 @@
-// Documents may give every element a namespace prefix; a translator knows the plain names only.
+// Documents may give every element a namespace prefix; a translator knows only the plain names.
 #include "host/intake/steps.h"
 #include "host/xml/attributes.h"
 #include "host/xml/edit.h"
@@ -30,8 +30,8 @@ std::vector<DOMElement*> UsePlainNames(Intake& intake) {
       at->getOwnerDocument()->renameNode(at, at->getNamespaceURI(), at->getLocalName());
     }
     const XMLCh* name = at->getNodeName();
-    // Cells of a table are named by the table's author; what an Extension holds is its author's,
-    // except for the one that a translator reads.
+    // Cells of a table and the content of an Extension keep the names that their author chose,
+    // except for the Extension that a translator reads.
     skip = name[0] == u'r' && WideView(name) == u"row";
     if (name[0] != u'E' || WideView(name) != u"Extension") continue;
     skip = FindAttribute(at, "extender") != "svmscore";

@@ -1,4 +1,4 @@
-// Attributes in the one spelling that a translator understands.
+// Rewrites attributes in the one spelling that a translator understands.
 #include <optional>
 
 #include "host/intake/steps.h"
@@ -11,7 +11,7 @@
 namespace svmscore::intake {
 namespace {
 
-// In small letters, without the white space around it.
+// In lower case, without the white space around it.
 std::string Plain(std::string text) {
   const std::size_t first = text.find_first_not_of(" \t\r\n");
   if (first == std::string::npos) return {};
@@ -36,7 +36,7 @@ void SpellMaxWins(Intake& intake) {
   SetAttribute(intake.Model(), "maxWins", "true");
 }
 
-// A translator refuses "false" in any case, and takes every other text for true.
+// A translator refuses "false" in any case, and reads every other text as true.
 void CheckIsScorable(Intake& intake) {
   const std::string text = FindAttribute(intake.Model(), "isScorable").value_or("");
   if (ParseBoolean(text) != false) return;
@@ -48,7 +48,7 @@ void SpellMethod(Intake& intake) {
   if (!text) return;
   for (const char* known : {"OneAgainstOne", "OneAgainstAll"}) {
     if (*text == known) return;
-    // Of another number of machines one-against-one would be no method.
+    // With another number of machines, one-against-one would not be possible.
     if (Plain(*text) != Plain(known) || !FitsPairs(intake)) continue;
     intake.Tell("method-spelling", intake.Model());
     return SetAttribute(intake.Model(), "classificationMethod", known);

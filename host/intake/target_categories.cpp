@@ -27,7 +27,7 @@ DOMElement* FindNamed(const DOMElement* parent, const std::string& element,
   return nullptr;
 }
 
-// A field for the result of a regression that names none, as those of one class do.
+// A field for the result of a regression that names no target, as one-class models do.
 void AddTarget(Intake& intake) {
   DOMElement* schema = intake.ModelChild("MiningSchema");
   DOMElement* dictionary = FindChild(intake.Root(), "DataDictionary");

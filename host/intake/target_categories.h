@@ -33,7 +33,7 @@ class LabelKeys {
   std::optional<FieldType> number_type_;  // nothing where texts are compared
 };
 
-// Values that the target lists: those of its DataField, or else of its Target.
+// The values that the target lists: those of its DataField, or else those of its Target.
 std::vector<std::string> ListedCategories(const Target& target);
 
 // Whether there is one machine for each pair of the categories that the target lists, or else the

@@ -19,7 +19,7 @@ void Append(DOMElement* from, DOMElement* to) {
   Remove(from);
 }
 
-// The holders of one name become one; null where there is none.
+// Merges the containers of that name into one; null if there is none.
 DOMElement* OnlyOne(Intake& intake, DOMElement* parent, const std::string& name) {
   DOMElement* first = FindChild(parent, name);
   while (DOMElement* further = FindNext(first, name)) {
@@ -50,7 +50,7 @@ void MergeTransformations(Intake& intake) {
   }
   for (DOMElement* field : Children(local, kDerived)) {
     const std::string name = FindAttribute(field, "name").value_or("");
-    // Among the document's own it would give way to the input.
+    // In the document's list the input would take precedence over it.
     if (declared.contains(name)) SetAttribute(field, "x-scope", "local");
     const auto found = global_fields.find(name);
     if (found == global_fields.end()) continue;

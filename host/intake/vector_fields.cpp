@@ -1,5 +1,5 @@
-// A translator takes a vector position from a field as it stands, or from one category as 1 or 0.
-// Everything else that a position may say becomes a derived field, to which the position refers.
+// For a vector position a translator uses the unchanged value of a field, or 1 or 0 for a category.
+// Any other position becomes a derived field, to which the position refers.
 #include <cmath>
 #include <memory>
 
@@ -15,7 +15,7 @@
 namespace svmscore::intake {
 namespace {
 
-// The type in which a field of the document is read; nothing where it is none.
+// The type in which a field is read; nothing for a name that is not a field.
 std::optional<FieldType> TypeOf(const DOMElement* field) {
   const bool continuous = AttributeView(field, "optype") == u"continuous";
   return ParseDataType(FindAttribute(field, "dataType").value_or(continuous ? "double" : "string"));
@@ -29,7 +29,7 @@ class VectorPositions {
  public:
   explicit VectorPositions(Intake& intake) : intake_(intake) {}
 
-  // Whether any position has been met.
+  // Whether any position has been seen.
   bool Any() const { return any_; }
 
   void Express(DOMElement* position) {
@@ -97,7 +97,7 @@ class VectorPositions {
       coefficient = 1.0;
     }
     if (listed && !hidden && *coefficient == 1.0) return;
-    // What the field cannot hold is never met.
+    // A value that the field cannot hold never occurs.
     if (!listed && !IsOfType(*value, TypeOf(field))) return;
     AllowDerivedFields(intake_);
     intake_.Tell(hidden                ? Kind("derived-field-reached")

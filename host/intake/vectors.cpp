@@ -1,5 +1,5 @@
-// A translator reads sparse arrays only, takes no notice of their length and default value, relies
-// on ascending indices, and reads of a text that is no number what it can.
+// A translator reads only sparse arrays, ignores their length and default value, relies on
+// ascending indices, and reads from a text that is not a number as much as it can.
 #include "host/intake/vectors.h"
 
 #include <algorithm>
@@ -132,7 +132,7 @@ void VectorReader::ReadSparse(DOMElement* array) {
     if (name == u"INT-Entries" && integers == nullptr) integers = child;
   }
   if (WideView(array->getNodeName()) != u"REAL-SparseArray") {
-    // A translator passes it over: one that it would refuse stays so.
+    // A translator ignores it, and a document that it would refuse stays refused.
     DOMElement* list = entries != nullptr ? entries : integers;
     const bool pairs =
         indices != nullptr && list != nullptr && CountWordsOf(indices) == CountWordsOf(list);
@@ -181,7 +181,7 @@ void VectorReader::ReadZeros(DOMElement* array, bool has_entries) {
     return SetAttribute(array, "n", std::to_string(fields_));
   }
   const auto number = stated.data() == nullptr ? 0.0 : ParseNumber(Narrow(stated));
-  // A translator says that the length is no number.
+  // A translator reports that the length is not a number.
   if (!number) return;
   const int length = TruncateToInt(*number);
   if (length < 1) {
@@ -191,7 +191,7 @@ void VectorReader::ReadZeros(DOMElement* array, bool has_entries) {
     intake_.Tell("no-indices", array, "Indices", "REAL-SparseArray");
   }
   if (!IsOutside(length)) return CheckLength(array);
-  // A few digits would otherwise ask for gigabytes of zeros.
+  // Otherwise a few digits could ask for gigabytes of zeros.
   intake_.Tell("surplus-zeros", array);
   SetAttribute(array, "n", std::to_string(fields_));
 }
@@ -206,7 +206,7 @@ bool VectorReader::IsFieldCount(WideView length) {
 void VectorReader::CheckLength(const DOMElement* array) {
   const WideView length = AttributeView(array, "n");
   if (length.data() == nullptr || length == fitting_length_ || IsFieldCount(length)) return;
-  // A translator says that the length of a sparse array is no number.
+  // A translator reports that the length of a sparse array is not a number.
   if (!ParseNumber(Narrow(length)) && IsSparse(array->getNodeName())) return;
   intake_.Tell("count-disagrees", array, VectorOf(Narrow(length), fields_), NameOf(array));
 }

@@ -1,4 +1,4 @@
-// One vector after another made a sparse array in ascending order.
+// Rewrites each vector as a sparse array in ascending order.
 #ifndef HOST_INTAKE_VECTORS_H_
 #define HOST_INTAKE_VECTORS_H_
 
@@ -12,7 +12,7 @@
 
 namespace svmscore::intake {
 
-// The positions of VectorFields, those of unknown kind left out.
+// The positions of VectorFields, without those of unknown kind.
 std::size_t CountVectorFields(const Intake& intake);
 
 class VectorReader {
@@ -36,7 +36,7 @@ class VectorReader {
 
   // Whether the text is the number of vector fields.
   bool IsFieldCount(WideView length);
-  // Of an array whose length nobody pays attention to.
+  // For an array whose length is ignored.
   void CheckLength(const DOMElement* array);
   std::size_t CountEntries(const DOMElement* list);
   void ReadIndices(const DOMElement* list);
@@ -46,7 +46,7 @@ class VectorReader {
   void CheckRepeated(const DOMElement* list) const;
   // How many positions the indices leave out.
   std::size_t CountGaps() const;
-  // The default value's text where it is another number than 0.
+  // The text of the default value, if it is a number other than 0.
   std::optional<WideView> ReadDefault(const DOMElement* array) const;
 
   Intake& intake_;
@@ -54,7 +54,7 @@ class VectorReader {
   WideText all_indices_;
   std::uint64_t implied_entries_ = 0;
   WideText fitting_length_;  // a text of attribute n that was found to fit
-  // Of the array at hand.
+  // Of the current array.
   WideText joined_;
   std::vector<int> indices_;  // from 1
   bool ascending_ = true;

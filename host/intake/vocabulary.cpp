@@ -1,5 +1,5 @@
-// The elements and attributes that a document may hold. What stands beside them is read by nobody,
-// and its author may have counted on it.
+// The elements and attributes that a document may hold. Nothing else is read, although the author
+// may have relied on it.
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -17,14 +17,13 @@ namespace {
 struct Definition {
   const char* name;
   const char* attributes;
-  // Those that may come more than once carry a star; % stands for any expression, and a lone ? for
-  // whatever comes; a lone ! for a text that takes in the texts of elements.
+  // A star marks those that may come more than once; % means any expression, a single ? anything,
+  // and a single ! a text that includes the texts of elements.
   const char* children = "";
 };
 
-// Elements that hold nothing which is read have no definition. Extensions may stand anywhere. A
-// lone ? for the attributes stands for whatever comes: kernel_parameters.cpp tells of those of
-// kernels.
+// Elements without content that is read have no definition. Extensions are allowed anywhere. A
+// single ? for the attributes means any attribute: kernel_parameters.cpp checks those of kernels.
 constexpr std::array kDefinitions = {
     Definition{"PMML", "version",
                "Header MiningBuildTask DataDictionary TransformationDictionary*"},
@@ -86,7 +85,7 @@ constexpr std::array kDefinitions = {
     Definition{"RadialBasisKernelType", "?"},
     Definition{"SigmoidKernelType", "?"},
     Definition{"VectorDictionary", "numberOfVectors", "VectorFields VectorInstance*"},
-    Definition{"VectorFields", "numberOfFields", "?"},  // vector_fields.cpp tells of the others
+    Definition{"VectorFields", "numberOfFields", "?"},  // vector_fields.cpp checks the others
     Definition{"CategoricalPredictor", "name value coefficient"},
     Definition{"VectorInstance", "id",
                "Array REAL-ARRAY NUM-ARRAY INT-ARRAY REAL-Array INT-Array REAL-SparseArray "
@@ -114,8 +113,7 @@ constexpr std::array kDefinitions = {
     Definition{"VerificationField", "field column precision zeroThreshold"},
 };
 
-// Attributes with values that no reader looks at twice; all others are looked at where they are
-// read.
+// Attributes whose values are not checked where they are read; all others are.
 struct Words {
   const char* element;
   const char* attribute;
@@ -204,7 +202,7 @@ class Vocabulary {
   }
 
  private:
-  // Null for elements that are not looked into. A document keeps one copy of a name.
+  // Null for elements whose content is not checked. A document keeps one copy of each name.
   const Entry* Find(const XMLCh* name) {
     const auto [known, is_new] = by_name_.try_emplace(name, nullptr);
     if (is_new) {
@@ -272,7 +270,7 @@ class Vocabulary {
     }
   }
 
-  // model_choice.cpp tells of models, kernel_parameters.cpp of kernels.
+  // model_choice.cpp checks models, kernel_parameters.cpp kernels.
   bool IsPassedOver(const DOMElement* parent, WideView name) const {
     return name == u"Extension" || name.starts_with(u"X-") ||
            (parent == intake_.Root() && IsModelName(Narrow(name))) ||

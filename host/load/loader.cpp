@@ -47,8 +47,7 @@ DOMElement* TransformationsInForce(const PmmlDocument& document) {
   return FindChild(FindModelElement(document.Dom()), "LocalTransformations");
 }
 
-// A translator drops transformations that cannot be built without a word; here the reason is
-// thrown.
+// A translator silently drops transformations that cannot be built; here the reason is thrown.
 void CheckTransformations(const ScoreModel& model, const PmmlDocument& document) {
   DOMElement* element = TransformationsInForce(document);
   if (element == nullptr || model.GetTransformationDictionary() != nullptr) return;
@@ -75,8 +74,8 @@ std::unordered_set<std::string> DeclaredNames(const DOMElement* schema) {
   return declared;
 }
 
-// Tells what the derived fields are not, or refuses it, and makes inputs of the fields that the
-// model reads although its mining schema leaves them out.
+// Reports derived fields that are not computed as written, or refuses them, and makes inputs of the
+// fields that the model reads although its mining schema leaves them out.
 void TellTransformations(LoadedModel& loaded, bool strict) {
   const TransformationDictionary* derived = loaded.model->GetTransformationDictionary();
   if (derived == nullptr) return;
@@ -100,13 +99,13 @@ void TellTransformations(LoadedModel& loaded, bool strict) {
   }
 }
 
-// What a vector field is called, by its kind of element.
+// How messages call a vector field, by its kind of element.
 std::string FieldName(const DOMElement* field) {
   const bool reference = NameOf(field) == "FieldRef";
   return FindAttribute(field, reference ? "field" : "name").value_or("");
 }
 
-// Tells of vector fields that the mining schema leaves out, or refuses them.
+// Reports vector fields that the mining schema leaves out, or refuses them.
 void TellVectorFields(LoadedModel& loaded, bool strict) {
   const DOMElement* model = FindModelElement(loaded.document.Dom());
   const DOMElement* schema = FindChild(model, "MiningSchema");
@@ -123,7 +122,7 @@ void TellVectorFields(LoadedModel& loaded, bool strict) {
   }
 }
 
-// The kinds that count days or seconds are numbers; a day, a clock time and a moment are none.
+// Types that count days or seconds are numbers; dates, times and both together are not.
 bool IsNumeric(const ScoreDictVar& var) {
   switch (var.GetFieldType().data) {
     case DataType::kString:
@@ -136,8 +135,8 @@ bool IsNumeric(const ScoreDictVar& var) {
   }
 }
 
-// The dictionary variables that vector fields name; refuses those that name nothing, and texts and
-// dates that would have to serve as numbers.
+// The dictionary variables that vector fields name; refuses names that no variable has, and texts
+// and dates where numbers are needed.
 std::unordered_set<const ScoreDictVar*> CheckVectorFields(const ScoreModel& model,
                                                           const PmmlDocument& document,
                                                           bool refuse) {
@@ -206,7 +205,7 @@ bool SaysTheSame(const SSException& one, const SSException& other) {
          one.GetMessageParts() == other.GetMessageParts();
 }
 
-// Who finds fault with a document.
+// Which part of the system refuses a document.
 enum class Judge { kTranslator, kHost };
 
 void TranslateReadable(LoadedModel& loaded, const std::optional<SSException>& refused) {
@@ -221,7 +220,7 @@ void TranslateReadable(LoadedModel& loaded, const std::optional<SSException>& re
   }
 }
 
-// `judge` is whoever has the document at present.
+// `judge` is the part that has the document at present.
 LoadedModel Load(const Plugin& plugin, PmmlDocument document, LoadChecks checks, Judge& judge) {
   RequireChosenIsa();
   LoadedModel loaded{std::move(document), plugin.GiveTranslator(), nullptr, {}, {}, {}, nullptr};
@@ -232,7 +231,7 @@ LoadedModel Load(const Plugin& plugin, PmmlDocument document, LoadChecks checks,
     std::optional<SSException> refused;
     if (!as_is) loaded.findings = MakeReadable(loaded.document, ModeOf(checks), &refused);
     CheckEntries(loaded.document.Dom());
-    // What a translator refuses comes first: nothing else may hide its code.
+    // An error of the translator comes first: no other error may hide its code.
     judge = Judge::kTranslator;
     TranslateReadable(loaded, refused);
     judge = Judge::kHost;

@@ -1,4 +1,6 @@
-// From a file to a model that can score: parsing, intake, translation, checks.
+// From a file to a model that can score: parsing, intake, translation, checks. [any thread],
+// several loads at once too. Owns: the caller. Lives: arguments for the call; a model, even without
+// the plug-in object. Fails: SSException, its place in words; std::bad_alloc.
 #ifndef HOST_LOAD_LOADER_H_
 #define HOST_LOAD_LOADER_H_
 
@@ -29,38 +31,38 @@ struct SVMSCORE_HOST_API LoadedModel {
   // All variables that the mining schema makes inputs. In dictionary order; owned by the model.
   std::vector<const MCZandor_850::ScoreDictVar*> active;
   // How the document was made readable, and what of it is guessed, lost or wrong; to the letter,
-  // only what its results are not.
+  // only results that are not as declared.
   std::vector<Finding> findings;
-  // What the document makes of results. Never null.
+  // The output fields and targets of the document. Never null.
   std::unique_ptr<output::OutputPlan> output;
 };
 
 // How a document is read.
 enum class LoadChecks {
-  // As its author meant it. What a translator reads is scored, and only what cannot have been meant
-  // is refused: names that no field has, a derived field in use that cannot be computed, texts that
-  // would have to serve as numbers, isScorable="0", a dense array that does not fit the vector
-  // fields, a machine of which nothing is left, an offset that is no number, and what is beyond a
-  // limit. A case with a decision value that is not finite fails.
+  // As its author meant it. A document that a translator reads is scored, unless it has an error
+  // that the author cannot have meant: a name that no field has, a derived field in use that cannot
+  // be computed, a text where a number is needed, isScorable="0", a dense array that does not fit
+  // the vector fields, a machine without usable terms, an offset that is not a number, or something
+  // beyond a limit. A case with a decision value that is not finite fails.
   kRefuse,
-  // The same, refusing nothing that the translator reads: for a program that describes a document
-  // rather than scoring with it, and tells of these itself.
+  // The same, but refuses nothing that the translator reads: for a program that only describes a
+  // document, and reports these errors itself.
   kTolerate,
-  // Refuses, and also refuses whatever is guessed, lost or wrong.
+  // As kRefuse, and also refuses whatever is guessed, lost or wrong.
   kStrict,
   // To the letter: the translator gets the document as it is written. What it reads is scored, and
   // what it refuses is refused. Percentages stay in the order in which its results hold them.
   kAsIs,
 };
 
-// Throws SSException, its place in words.
+// `plugin` makes the translator that reads `document`.
 SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin, PmmlDocument document,
                                         LoadChecks checks = LoadChecks::kRefuse);
 
-// The same for a document that can be parsed more than once. Where kRefuse ends in an error, the
-// document is looked at again as it is written: if a translator refuses it by itself, that is the
-// error; if a translator reads it, and only what was made of it fails, the model is the one to the
-// letter, with a remark that says so.
+// The same for a document that can be parsed more than once. If kRefuse ends in an error, the
+// document is read again as it is written: if a translator refuses it, that is the error; if a
+// translator reads it, and only the rewritten document fails, the model is the one read to the
+// letter, with a finding that says so.
 SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin,
                                         const std::function<PmmlDocument()>& parse,
                                         LoadChecks checks = LoadChecks::kRefuse);

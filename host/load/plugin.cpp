@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kFile = "svmscore_plugin.so";
 
-// Where the plug-in lies when nobody says: beside this library, or in a folder of its own there.
+// Where the plug-in is by default: beside this library, or in the subfolder svmscore.
 std::string DefaultPath() {
   if (const char* named = std::getenv("SVMSCORE_PLUGIN"); named != nullptr && *named != '\0') {
     return named;

@@ -19,7 +19,7 @@ namespace tags = MCZandor_850::PMMLModelTags;
 using MCZandor_850::BaseTranslator;
 using xercesc::DOMNode;
 
-// What a sparse array is made of; null for what it lacks.
+// The parts of a sparse array; null for a part that it lacks.
 struct SparseArray {
   explicit SparseArray(const Element* instance) {
     element = FindChild(instance, tags::XML_ELE_SVM_REALSPARSEARRAY);
@@ -71,7 +71,7 @@ void CheckEntries(const xercesc::DOMDocument* document) {
     return static_cast<const Element*>(instances->item(i));
   };
   std::uint64_t implied = 0;
-  std::uint64_t most = 0;  // an entry and what parts it from the next take two characters
+  std::uint64_t most = 0;  // an entry and the blank after it take two characters
   for (XMLSize_t i = 0; const Element* instance = instance_at(i); ++i) {
     const SparseArray array(instance);
     if (array.element == nullptr) continue;

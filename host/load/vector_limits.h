@@ -6,8 +6,9 @@
 
 namespace svmscore {
 
-// Throws an SSException (260318) where the sparse arrays have more entries, or more of those that
-// no text stands for, than the document's limits let through: a translator makes room for them all.
+// Throws an SSException (260318) if the sparse arrays have more entries, or more implied entries
+// without a text, than the document's limits allow: a translator makes room for all of them. [one
+// thread] for each document.
 void CheckEntries(const xercesc::DOMDocument* document);
 
 }  // namespace svmscore

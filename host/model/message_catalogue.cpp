@@ -1,5 +1,5 @@
-// The sentence behind every message code, and what to do about it. {0}, {1}, ... stand for the
-// message parts in order.
+// The sentence behind every message code, and what to do about it. {0}, {1}, ... are replaced by
+// the message parts in order.
 #include <algorithm>
 #include <array>
 

@@ -1,4 +1,4 @@
-// Where in a document something stands.
+// A place in a document.
 #ifndef HOST_MODEL_PLACE_H_
 #define HOST_MODEL_PLACE_H_
 
@@ -8,7 +8,7 @@ namespace svmscore {
 
 struct Place {
   std::string element;  // its name; empty where no element is meant
-  long line = 0;        // of its start tag; 0 where the file does not hold it
+  long line = 0;        // of its start tag; 0 if it is not in the file
   bool operator==(const Place&) const = default;
 };
 

@@ -33,7 +33,9 @@ class SVMSCORE_HOST_API BaseDictionary : public ScoreDictionary {
   BaseDictionary();
   ~BaseDictionary() override;
 
-  // False, and the variable is deleted, when its name is taken. Owns: the dictionary.
+  // False if its name is taken. Owns: the dictionary; a variable that is not added is deleted.
+  // Fails: std::bad_alloc, after which FindVar may return the deleted variable, so that the
+  // dictionary must only be deleted.
   bool AddVar(std::unique_ptr<ScoreDictVar> var);
   // Adds a variable that someone else owns under `name`. False when the name is taken.
   // Lives: the variable, longer than the dictionary.

@@ -42,12 +42,12 @@ class SVMSCORE_HOST_API ScoreModel {
   virtual void SetVarRole(const std::string& name, VarRole role) = 0;
   virtual void SetMissingValuePolicy(MVPolicy policy) = 0;
   virtual void SetVersionInfo(ScoreVersionInfo* version) = 0;
-  // With true, results hold the prediction and nothing else.
+  // With true, results hold only the prediction.
   virtual void SetPredictionOnly(bool prediction_only) = 0;
   virtual VarRole GetVarRole(const ScoreDictVar* var) const = 0;
   virtual VarRole GetVarRole(const std::string& name) const = 0;
   virtual ScoreVersionInfo* GetVersionInfo() const = 0;
-  // A new dictionary of the variables of a role; null when there are none.
+  // A new dictionary of the variables of a role; null if there are none.
   // Owns: the caller. Lives: its variables, as long as the model. Fails: std::bad_alloc.
   virtual BaseDictionary* GetVarsOfRole(VarRole role) const = 0;
   virtual const ScoreDictVar* GetTargetVar() const = 0;

@@ -24,11 +24,11 @@ class SVMSCORE_HOST_API ScoreResult {
 
   // Owns: as the derived class says.
   virtual void SetPrediction(ScoreValue* value) = 0;
-  // Null where there is none. Owns: never the caller.
+  // Null if absent. Owns: never the caller.
   virtual ScoreValue* GetPrediction() const = 0;
   virtual const ScoreDictVar* GetTarget() const = 0;
   virtual void SetConfidence(double confidence) = 0;
-  // -1.0 where there is none.
+  // -1.0 if absent.
   virtual double GetConfidence() const = 0;
   virtual ScoreResultType GetScoreResultType() const = 0;
 };
@@ -56,7 +56,7 @@ class SVMSCORE_HOST_API ScoreRegResult : public ScoreResult {
   ~ScoreRegResult() override {}
 
   virtual void SetStdDev(double std_dev) = 0;
-  // -1.0 where there is none.
+  // -1.0 if absent.
   virtual double GetStdDev() const = 0;
 };
 

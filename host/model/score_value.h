@@ -44,7 +44,7 @@ class SVMSCORE_HOST_API NumericValue : public ScoreValue {
   NumericValue(double value, std::string text);
   NumericValue(const svmscore::NumberKey& key, std::string text);
 
-  // The double that stands for a missing number. Ask for it; never assume its bits.
+  // The double that means a missing number. Ask for it; never assume its bits.
   static double GetSysmisValue();
 
   // Makes the value present (or missing, for the system-missing number) and forgets its text.

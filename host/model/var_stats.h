@@ -18,7 +18,7 @@ class SVMSCORE_HOST_API VarStats {
 
   // Keeps a copy of `value`; null removes the replacement.
   void SetMissingReplacement(const ScoreValue* value);
-  // Null where there is none. Owns: this record. Lives: until it is set again.
+  // Null if absent. Owns: this record. Lives: until it is set again.
   const ScoreValue* GetMissingReplacement() const { return replacement_.get(); }
 
  private:

@@ -13,7 +13,7 @@
 
 namespace svmscore::output {
 
-// Something that a document asks for and does not get, or gets in a way that is worth mentioning.
+// Something that a document asks for and does not get, or gets in a way worth mentioning.
 struct Note {
   const xercesc::DOMElement* element;  // the document's
   std::string text;                    // what, and what it means for the results

@@ -42,18 +42,17 @@ struct OutputField {
 
 class OutputScratch;
 
-// Made for a model and its document. Immutable.
-// [any thread], each with a scratch of its own. Lives: the model, longer than the plan; what
-// getters return, as long as the plan, but elements in notes only as long as the document. Fails:
-// Evaluate and ReadInputs by std::bad_alloc; getters never.
+// Made for a model and its document. Immutable. [any thread], each with its own scratch. Lives: the
+// model, longer than the plan; what getters return, as long as the plan, but elements in notes only
+// as long as the document. Fails: Evaluate and ReadInputs by std::bad_alloc; getters never.
 class SVMSCORE_HOST_API OutputPlan {
  public:
-  // Reads Targets and Output of the model in the document. An element may be wrong or not
-  // supported, such as an expression that refers to nothing or to a later field, or a name that is
-  // used twice: it is refused where `faults` says so; otherwise it is noted, an output field stays
-  // empty, and an attribute of a target is ignored. With `as_written`, percentages are in the order
-  // in which the model's results hold them. [one thread] for each document. Fails: SSException at
-  // an element that is refused; std::bad_alloc.
+  // Reads Targets and Output of the model in the document. An element that is wrong or not
+  // supported (an expression that refers to an unknown or later field, a name that is used twice)
+  // is refused if `faults` says so; otherwise it is noted, an output field stays empty, and an
+  // attribute of a target is ignored. With `as_written`, percentages are in the order in which the
+  // model's results hold them. [one thread] for each document. Fails: SSException at an element
+  // that is refused; std::bad_alloc.
   OutputPlan(const MCZandor_850::ScoreModel& model, const xercesc::DOMDocument* document,
              Faults faults = Faults::kRefuse, bool as_written = false);
   ~OutputPlan();

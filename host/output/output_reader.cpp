@@ -341,9 +341,9 @@ Field OutputReader::FieldOfInput(const ScoreDictVar& var) {
   const auto known = read_.find(&var);
   if (known != read_.end()) return known->second;
   if (!schema_.contains(var.GetName())) {
-    plan_.notes_.push_back({current_, "it reads the field " + var.GetName() +
-                                          ", which the MiningSchema leaves out: cases may have "
-                                          "it all the same"});
+    plan_.notes_.push_back(
+        {current_, "it reads the field " + var.GetName() +
+                       ", which the MiningSchema leaves out: cases may still supply it"});
   }
   Field field{NewSlot(), var.GetFieldType(), false, nullptr};
   field.ordinal = var.GetTypeCode() == static_cast<int>(OpType::kOrdinal);

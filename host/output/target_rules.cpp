@@ -20,7 +20,7 @@ using MCZandor_850::ScoreValue;
 using transform::Value;
 using xercesc::DOMElement;
 
-// What results hold where a deviation was not computed.
+// What results hold if no deviation was computed.
 constexpr double kNotComputed = -1.0;
 
 // The Target element for the model's target: the one that names it, else the only one, else the one
@@ -171,8 +171,8 @@ void TargetRules::ReadCategories(const DOMElement* element, std::vector<Note>& n
   default_ = categories_[static_cast<std::size_t>(default_category_)];
 }
 
-// A machine with the extension puts the probability of its response category first, whichever that
-// is.
+// A machine with the extension puts the probability of its response category first, whichever
+// category that is.
 void TargetRules::FindResponse(const DOMElement* model_element) {
   if (scheme_.method != Method::kBinary || scheme_.percentages != Percentages::kProbabilities) {
     return;

@@ -31,14 +31,14 @@ struct Outcome {
   };
   Ending ending = Ending::kFailed;
   long status = 0;              // 0, or the code of the case's failure
-  transform::Value prediction;  // of the target's type; missing where there is none
+  transform::Value prediction;  // of the target's type; missing if absent
   int category = -1;            // of the target; -1 where the prediction is not one of them
-  double confidence = -1.0;     // -1.0 where there is none
+  double confidence = -1.0;     // -1.0 if absent
   double std_dev = -1.0;        // likewise; in units of the target
   bool has_interval = false;
   double lower = 0.0;
   double upper = 0.0;
-  // A percentage by its position in the result; -1.0 where there is none.
+  // A percentage by its position in the result; -1.0 if absent.
   SVMSCORE_HOST_API double PercentAt(std::size_t position) const;
 
   bool IsPredicted() const { return ending <= Ending::kPredictedByDefault; }
@@ -57,8 +57,8 @@ struct Outcome {
 // same factor and constant; they are neither clamped nor made whole. A default prediction of the
 // document is used as it is.
 //
-// [any thread], each with outcomes of its own. Owns: these rules what they return. Lives: the
-// model, longer than this object; what is returned, as long as this object. Fails: never.
+// [any thread], each with its own outcomes. Owns: these rules what they return. Lives: the model,
+// longer than this object; what is returned, as long as this object. Fails: never.
 class SVMSCORE_HOST_API TargetRules {
  public:
   // Reads the Target element for the model's target. Appends to `notes`; `faults` says what happens
@@ -101,7 +101,7 @@ class SVMSCORE_HOST_API TargetRules {
   void ReadLimits(const xercesc::DOMElement* element);
   void ReadCast(const xercesc::DOMElement* element);
   void ReadCategories(const xercesc::DOMElement* element, std::vector<Note>& notes);
-  // The prior probability that `value` declares; nothing where there is none.
+  // The prior probability that `value` declares; nothing if absent.
   std::optional<double> PriorOf(const xercesc::DOMElement* value, std::vector<Note>& notes) const;
   void ReadDefault(const xercesc::DOMElement* element, std::vector<Note>& notes);
   transform::Value OfTargetType(double number) const;

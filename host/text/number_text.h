@@ -23,7 +23,7 @@ SVMSCORE_HOST_API std::optional<double> ParseNumber(std::string_view text);
 SVMSCORE_HOST_API std::optional<std::int64_t> ParseInteger(std::string_view text);
 
 // The value of the longest numeric prefix of the text by the rules of C's strtod in the "C"
-// locale, including white space and hexadecimal; 0 where there is none. `text` ends with a NUL.
+// locale, including white space and hexadecimal; 0 if there is none. `text` ends with a NUL.
 SVMSCORE_HOST_API double NumberPrefix(const char* text);
 
 // Reads the longest plain decimal number (optional minus sign, digits with at most one point,

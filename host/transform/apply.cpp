@@ -183,7 +183,7 @@ class DefinedCall : public Application {
   const std::shared_ptr<const UserFunction> function_;
 };
 
-// Evaluates the condition and the branch that it chooses, and nothing else.
+// Evaluates the condition, and only the branch that it chooses.
 class Choice : public Application {
  public:
   Choice(const Element* element, Operands operands) : Application(element, std::move(operands)) {

@@ -32,7 +32,7 @@ struct Context {
   // refused at `at`, with `what` to say what the text is; a blank one is an invalid value.
   Value Fixed(const Element* at, const std::string& what, std::string_view text, FieldType type,
               Arena& pool) const;
-  // The field that an attribute of `element` names; 260311 where there is none.
+  // The field that an attribute of `element` names; throws 260311 if there is no such field.
   Field FieldOf(const Element* element, const char* attribute) const;
 };
 

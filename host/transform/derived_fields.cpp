@@ -71,7 +71,7 @@ void Program::Evaluate(const ScoreCaseRecord& record, Scratch& scratch) const {
     if (step.type.data == DataType::kInteger) TellRounding(i, value);
     slots[slot] = Convert(value, step.type, scratch.arena_);
     if (slots[slot].IsPresent() && slots[slot].IsText()) {
-      // Every holder has a text of its own.
+      // Every holder has its own text.
       texts += slots[slot].GetText().size();
       if (texts > Arena::kMostBytes) slots[slot] = Value::Invalid();
     }

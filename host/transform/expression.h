@@ -49,8 +49,8 @@ class SVMSCORE_HOST_API Expression {
   virtual const ValueOrder* Order() const { return nullptr; }
   // The value, where it is the same for every case; else null.
   virtual const Value* Fixed() const { return nullptr; }
-  // Says that the expression is passed to a parameter declared with `type`. A constant that
-  // declares no type of its own then reads its text as that type.
+  // Says that the expression is passed to a parameter declared with `type`. A constant without a
+  // declared type then reads its text as that type.
   virtual void AdoptType(FieldType) {}
   // How deeply evaluation nests, including calls of defined functions.
   int Depth() const { return depth_; }
@@ -79,7 +79,7 @@ struct Field {
 class SVMSCORE_HOST_API Scope {
  public:
   virtual ~Scope();
-  // The field of that name; nothing where there is none.
+  // The field of that name; nothing if absent.
   virtual std::optional<Field> Find(const std::string& name) = 0;
 };
 

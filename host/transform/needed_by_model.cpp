@@ -1,4 +1,4 @@
-// What a model needs of the transformations of its document.
+// Which transformations of its document a model needs.
 #include "host/transform/build_dictionary.h"
 
 namespace svmscore::transform {

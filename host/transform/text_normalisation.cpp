@@ -18,7 +18,7 @@ constexpr std::size_t kMostGrowth = std::size_t{1} << 16;
 // before the last.
 constexpr std::size_t kShortText = std::size_t{1} << 9;
 
-// The text as a pattern that matches it and nothing else.
+// A pattern that matches exactly this text.
 std::string Quote(const std::string& text) {
   std::string quoted;
   for (const char c : text) {

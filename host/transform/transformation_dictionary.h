@@ -16,7 +16,7 @@ namespace svmscore::transform {
 class Program;
 class Scratch;
 
-// What a document says of its derived fields, and is not computed as it is written.
+// A derived field that is not computed as the document says.
 struct Remark {
   enum class Kind {
     kNotComputed,  // a field or a function that nothing needs, and that cannot be computed

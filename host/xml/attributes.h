@@ -15,7 +15,7 @@
 
 namespace svmscore {
 
-// Nothing where the element has no such attribute; an empty text is a text.
+// Nothing if the element has no such attribute; an empty text counts as a text.
 SVMSCORE_HOST_API std::optional<std::string> FindAttribute(const Element* element,
                                                            std::string_view name);
 // The empty text where the attribute is absent.

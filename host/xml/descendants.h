@@ -11,8 +11,8 @@ namespace svmscore {
 // In document order, without the element itself. Valid while the tree does not change. For rising
 // positions each look-up continues where the last one ended. One thread, as for its document.
 //
-// Unlike the lists of the parser's library it is held in the document's memory and nowhere else, so
-// it does not leak where memory runs out.
+// Unlike the lists of the parser's library it is kept only in the document's memory, so it does not
+// leak if memory runs out.
 class Descendants : public xercesc::DOMNodeList {
  public:
   // Belongs to the document of `root`. Throws xercesc::OutOfMemoryException.

@@ -26,7 +26,7 @@ struct Limits {
   std::uint64_t entity_expansion = 2000000;                 // UTF-16 units, of a document
   std::uint64_t vectors = 10000000;                         // VectorInstance elements
   std::uint64_t entries = 250000000;                        // of all vectors together
-  std::uint64_t implied_entries = 10000000;                 // those without a text of their own
+  std::uint64_t implied_entries = 10000000;                 // those that no text spells out
   std::uint64_t table_rows = 10000000;                      // of one InlineTable
   std::uint64_t columns = 1000000;                          // cells of one row of a CSV file
   std::uint64_t cell_length = std::uint64_t{8} << 20;       // bytes

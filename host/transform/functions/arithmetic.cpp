@@ -68,7 +68,7 @@ Value Divide(const Arguments& in) {
   return a && b ? Value::Result(*a / *b) : Value::Invalid();
 }
 
-// The present arguments combined from the left; missing where there are none.
+// The present arguments combined from the left; missing if there are none.
 template <typename Operation>
 Value Fold(const Arguments& in) {
   Value result = Value::Missing();

@@ -23,7 +23,7 @@ struct Arguments {
   std::span<const Value> values;
   Arena& arena;
   const Prepared* prepared;  // null where nothing was prepared
-  const ValueOrder* order;   // of the ordinal field among the arguments; null where there is none
+  const ValueOrder* order;   // of the ordinal field among the arguments; null if absent
 
   const Value& operator[](std::size_t index) const { return values[index]; }
   std::size_t size() const { return values.size(); }

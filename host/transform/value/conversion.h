@@ -1,6 +1,6 @@
-// Values of one type as values of another, and comparisons between types.
-// [any thread], each with an arena of its own. Lives: texts of results, as long as the arena and
-// the texts of the arguments. Fails: std::bad_alloc.
+// Values of one type as values of another, and comparisons between types. [any thread], each with
+// its own arena. Lives: texts of results, as long as the arena and the texts of the arguments.
+// Fails: std::bad_alloc.
 #ifndef HOST_TRANSFORM_VALUE_CONVERSION_H_
 #define HOST_TRANSFORM_VALUE_CONVERSION_H_
 
