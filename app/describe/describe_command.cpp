@@ -15,8 +15,8 @@
 namespace svmscore::app {
 namespace {
 
-// What the model writes of itself, in which names stand as they are: here they end no line and
-// steer no terminal.
+// The model's own listing. It contains names as they are; here their control characters are
+// escaped.
 std::string ListingOf(const MCZandor_850::ScoreModel& model) {
   std::ostringstream written;
   model.Display(written);
@@ -41,12 +41,12 @@ std::string ListingOf(const MCZandor_850::ScoreModel& model) {
 
 CLI::App* DescribeCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand(
-      "describe", "Tell what a model is, and what is not used of its document");
+      "describe", "Describe a model, and which parts of its document are not used");
   AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
   app->add_flag("--json", json_, "write JSON");
   app->add_flag("--dump", dump_, "add the model's own listing of all it holds");
   AddReadingOptions(*app, reading_,
-                    "tell why score --strict-document refuses the model, where it does");
+                    "also say why score --strict-document refuses the model, if it does");
   AddLimitOption(*app, limits_);
   AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
   return app;

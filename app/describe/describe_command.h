@@ -1,4 +1,4 @@
-// svmscore describe: what a model is, and what is not used of its document.
+// svmscore describe: what a model is, and which parts of its document are not used.
 #ifndef APP_DESCRIBE_DESCRIBE_COMMAND_H_
 #define APP_DESCRIBE_DESCRIBE_COMMAND_H_
 

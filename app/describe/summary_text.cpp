@@ -15,7 +15,7 @@ using output::Percentages;
 using tools::NameOf;
 namespace {
 
-// Rows of a table before the rest is only counted.
+// So many rows of a table are shown; the rest is only counted.
 constexpr std::size_t kShownMachines = 10;
 
 using Table = std::vector<std::vector<std::string>>;
@@ -38,7 +38,7 @@ std::string Listed(const std::vector<std::string>& names) {
   return list;
 }
 
-// Characters, so that columns of a table align for names beyond ASCII.
+// Counts characters, so that columns of a table align for names beyond ASCII.
 std::size_t WidthOf(const std::string& text) {
   return static_cast<std::size_t>(std::count_if(
       text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) >> 6U) != 2; }));

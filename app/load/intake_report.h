@@ -1,4 +1,4 @@
-// Telling how a model's document is read.
+// Reports how a model's document is read.
 #ifndef APP_LOAD_INTAKE_REPORT_H_
 #define APP_LOAD_INTAKE_REPORT_H_
 
@@ -8,8 +8,9 @@
 
 namespace svmscore::app {
 
-// Writes a line to standard error for each kind of step, and for each target or output field that
-// does not give what its declaration asks for. `path` names the document.
+// Writes a line to standard error for each kind of finding that is guessed, lost or wrong, with its
+// first place. `path` is what the lines call the document. [one thread] of the process. Lives:
+// arguments for the call. Fails: std::bad_alloc.
 void TellIntake(const std::string& path, const LoadedModel& loaded);
 
 }  // namespace svmscore::app

@@ -49,7 +49,7 @@ DescribedModel LoadModelToDescribe(tools::DocumentSource& source, const std::str
     try {
       return {Load(loaded, source, checks), std::nullopt};
     } catch (const SSException& error) {
-      // To the letter there is nothing but what a translator reads.
+      // To the letter, only what a translator reads exists.
       if (checks == LoadChecks::kAsIs) throw;
       refused = tools::Explain(error);
     }

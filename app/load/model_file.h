@@ -1,4 +1,6 @@
-// Loading the model that the command line names.
+// Loading the model that the command line names. [one thread] for each source. Owns: the caller.
+// Lives: arguments for the call. Fails: Failure(kModelError) with the message's code, what is
+// wrong, where, and what to do; std::bad_alloc.
 #ifndef APP_LOAD_MODEL_FILE_H_
 #define APP_LOAD_MODEL_FILE_H_
 
@@ -13,19 +15,18 @@
 
 namespace svmscore::app {
 
-// `plugin` is the file of the plug-in; empty for the installed one. Throws a Failure(kModelError)
-// with the message's code, what is wrong, where, and what to do.
+// `plugin` is the file of the plug-in; empty for the installed one.
 LoadedModel LoadModelFile(tools::DocumentSource& source, const std::string& plugin,
                           LoadChecks checks);
 
-// The plug-in of that file. Throws as LoadModelFile does.
+// The plug-in of that file; empty for the installed one.
 Plugin LoadPlugin(const std::string& path);
 
-// The failure for a model that cannot be used: names the file and explains the error.
+// Throws the failure for a model that cannot be used; it names the file and explains the error.
 [[noreturn]] void RefuseModel(const std::string& path, const MCZandor_850::SSException& error);
 
-// A model to describe: one that cannot be scored with is loaded all the same where that is
-// possible, and comes with the reason. To the letter it is not.
+// A model to describe. One that score refuses is loaded anyway if possible, and comes with the
+// reason; not so to the letter.
 struct DescribedModel {
   LoadedModel loaded;
   std::optional<std::string> refused;

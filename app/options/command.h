@@ -1,4 +1,4 @@
-// What every subcommand of the program is.
+// The interface of every subcommand.
 #ifndef APP_OPTIONS_COMMAND_H_
 #define APP_OPTIONS_COMMAND_H_
 
@@ -11,9 +11,10 @@ namespace svmscore::app {
 class Command {
  public:
   virtual ~Command() = default;
-  // Declares the subcommand and its arguments, which Run then reads. Called once.
+  // Declares the subcommand and its arguments, which Run then reads. Called once. Owns: `program`
+  // what is returned. Lives: this object, longer than the parsing.
   virtual CLI::App* AddTo(CLI::App& program) = 0;
-  // Failures are thrown as Failure.
+  // Called after parsing. Fails: Failure, std::bad_alloc.
   virtual ExitStatus Run() = 0;
 };
 

@@ -12,11 +12,11 @@ inline constexpr const char* kModelHelp = "PMML file of a support vector machine
 inline constexpr const char* kPluginHelp = "use this plug-in instead of the installed one";
 
 // Adds an option, or an argument, that sets `path`; this must outlive the parsing. An empty name,
-// as a script gives whose variable is not set, is refused, and not taken for none.
+// as from a script whose variable is not set, is refused; it does not count as absent.
 CLI::Option* AddFileOption(CLI::App& command, const std::string& name, std::string& path,
                            const std::string& help);
 
-// Throws a Failure(kUsageError) where both files of cases are standard input.
+// Fails: Failure(kUsageError) if both files of cases are standard input.
 void RefuseSharedInput(const std::string& input, const std::string& expected);
 
 }  // namespace svmscore::app

@@ -31,8 +31,10 @@ void SetLimit(const std::string& text, Limits& limits) {
   const char* last = text.data() + text.size();
   const auto [end, failure] = std::from_chars(first, last, number);
   if (failure != std::errc() || end != last) {
-    throw CLI::ValidationError("--limit",
-                               fmt::format("write {0}=NUMBER; \"{1}\" is none", found->name, text));
+    throw CLI::ValidationError(
+        "--limit",
+        fmt::format("write {0}=NUMBER, where NUMBER is a whole number; \"{1}\" is not one",
+                    found->name, text));
   }
   limits.*(found->limit) = number;
 }

@@ -18,7 +18,7 @@ struct ReadingOptions {
 // Adds --strict-document, with that help, and --as-is. `options` must outlive the parsing.
 void AddReadingOptions(CLI::App& command, ReadingOptions& options, const std::string& strict_help);
 
-// Throws a Failure(kUsageError) where both are given.
+// Fails: Failure(kUsageError) if both are given.
 LoadChecks ChecksOf(const ReadingOptions& options);
 
 }  // namespace svmscore::app

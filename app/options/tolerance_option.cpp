@@ -13,7 +13,7 @@ void AddToleranceOption(CLI::App& app, double& tolerance) {
   const auto set = [&tolerance](const std::string& text) {
     const std::optional<double> number = ParseNumber(text);
     if (!number || !std::isfinite(*number) || *number < 0.0) {
-      throw CLI::ValidationError("--tolerance", text + " is no finite number from 0 up");
+      throw CLI::ValidationError("--tolerance", text + " is not a finite number of at least 0");
     }
     tolerance = *number;
   };

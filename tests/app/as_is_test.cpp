@@ -23,7 +23,7 @@ TEST(AsIs, ExcludesTheStrictReading) {
   for (const std::string& command : kCommands) {
     const Ran ran = RunProgram({command, Data("line.pmml"), "--as-is", "--strict-document"});
     EXPECT_EQ(ran.status, 2) << command;
-    EXPECT_THAT(ran.err, HasSubstr("--as-is and --strict-document exclude each other"));
+    EXPECT_THAT(ran.err, HasSubstr("--as-is and --strict-document cannot be combined"));
   }
 }
 

@@ -11,7 +11,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// JSON has no spelling for what is not finite.
+// JSON cannot express infinities and NaN.
 Json NumberOf(double number) {
   return std::isfinite(number) ? Json(number) : Json(FormatNumber(number));
 }
