@@ -20,7 +20,7 @@ using D8 = double __attribute__((vector_size(64), may_alias));
 alignas(64) double entries[kVectors * 8] = {0.5, 0.125, 0.375, 0.625};
 
 // Inlined into functions of an instruction set, whose registers they then use. The sums are
-// variables of their own, since an array of them would be kept in memory.
+// separate variables, because an array would be kept in memory.
 template <class D, bool kDistance>
 [[gnu::always_inline]] inline void Term(D& sum, const D& x, const D& v) {
   if constexpr (kDistance) {

@@ -32,7 +32,7 @@ INTRODUCTION = """
 - Share of peak: the time of the case's arithmetic (subtract, multiply and add of every field of every
   vector, multiply and add for products, in registers; and the vector form of the kernel's function
   from the cache), both measured apart in the same rounds, over the time of many cases. The two overlap
-  on units of their own, so a little more than 100 % is possible."""
+  on separate units, so a little more than 100 % is possible."""
 
 
 def cpu():
@@ -116,7 +116,7 @@ def print_slopes(path, busy):
     print("""
 ## As models grow
 
-RBF, dense, nanoseconds. `cases` 0 stands for the form for one case, other values for that many at a
+RBF, dense, nanoseconds. `cases` 0 means the form for one case, other values for that many at a
 time; a straight line shows as equal times of a term (one field of one vector).
 
 | benchmark | a case | a term |

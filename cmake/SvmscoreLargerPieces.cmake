@@ -1,13 +1,13 @@
-# Several source files as one, since most of the work of a compiler is reading headers. CMake's own
-# way of doing so names the files by their full paths, so that a compiler cache finds nothing again
-# in another folder; here they are named from the build folder.
-# Who works on a few files has them compiled alone by the preset `dev`.
+# Compiles several source files as one, because compilers spend most of their time reading headers.
+# CMake's own way of doing so names the files by their full paths, so that a compiler cache would be
+# useless in another folder; here paths are relative to the build folder. The preset `dev` compiles
+# each file alone, which is faster after a small change.
 #
 # Names within a library must therefore differ, also those in namespaces without a name.
 set(SVMSCORE_FILES_AT_A_TIME 24 CACHE STRING "source files that are compiled as one")
 
-# Every target of a folder and of those below it. A source with options of its own stays alone,
-# and one with SKIP_UNITY_BUILD_INCLUSION.
+# Every target of a folder and of those below it. A source with its own options stays alone, and so
+# does one with SKIP_UNITY_BUILD_INCLUSION.
 function(svmscore_compile_in_larger_pieces folder)
   if(SVMSCORE_FILES_AT_A_TIME LESS 2)
     return()

@@ -19,8 +19,8 @@ if(SVMSCORE_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${SVMSCORE_CCACHE})
 endif()
 
-# Flags that decide numbers or correctness stand here and nowhere else. -ffp-contract=off: a score
-# has the same bits on every CPU, so no multiply and add may be fused behind the author's back.
+# Flags that decide numbers or correctness are only here. -ffp-contract=off: a score has the same
+# bits on every CPU, so no multiply and add may be fused behind the author's back.
 add_library(svmscore_flags INTERFACE)
 target_compile_options(svmscore_flags INTERFACE
   -ffp-contract=off -fno-fast-math

@@ -38,8 +38,8 @@ LoadedModel LoadAgain(const std::string& document, LoadChecks checks) {
   return LoadModel(ThePlugin(), PmmlDocument::FromText(document, kName), checks);
 }
 
-// Loads a model of its own: the first case fixes the layout of all later ones, and in the other
-// model that was a case of the document's verification.
+// Loads the model again: the first case fixes the layout of all later ones, and that of the other
+// model was a case of the document's verification.
 void Score(const std::string& document, Choices& choices) {
   const LoadChecks checks = choices.Half() ? LoadChecks::kStrict : LoadChecks::kRefuse;
   try {

@@ -1,4 +1,4 @@
-// Puts a document through everything that the system does with one.
+// Does with a document everything that the system can do with one.
 #ifndef FUZZ_PUT_THROUGH_H_
 #define FUZZ_PUT_THROUGH_H_
 
@@ -9,7 +9,7 @@
 namespace svmscore::fuzz {
 
 // Opens the document as doctor does, examines it with its verification, describes it, and scores a
-// few cases unless it is refused. Promises that a refusal says why, and that nothing else is
+// few cases unless it is refused. Checks that a refusal says why, and that no other exception is
 // thrown.
 void PutThrough(const std::string& document, Choices& choices);
 

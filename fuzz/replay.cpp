@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
     std::ifstream file(path, std::ios::binary);
     if (!file) return 2;
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    // A buffer of its own, so that a sanitizer detects a read beyond the end.
+    // A separate buffer, so that a sanitizer detects a read beyond the end.
     const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
     LLVMFuzzerTestOneInput(input.data(), input.size());
   }

@@ -29,7 +29,8 @@ class MCSymMatrix : public IMCSymMatrix {
   double ComputeVSV(const std::vector<double>& v) const override;
   double ComputeVSW(const std::vector<double>& v, const std::vector<double>& w) const override;
   bool SetElem(int i, int j, double value) override;
-  // Sets the element at packed position k; false, and nothing is stored, where there is none.
+  // Sets the element at packed position k; false, and nothing is stored, if there is no such
+  // position.
   bool SetElem(int k, double value);
   void Display() const override;
 

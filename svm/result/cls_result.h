@@ -24,7 +24,7 @@ class SVMClsResult : public ScoreClsResult {
 
   // Always true. A category that is added twice is listed twice.
   bool AddValuePercent(ScoreValue* value, double percent) override;
-  // The first entry whose value equals `value`; -1.0 where there is none.
+  // The first entry whose value equals `value`; -1.0 if absent.
   double GetPercent(const ScoreValue* value) const override;
   // In the order in which they were added.
   const std::vector<std::pair<ScoreValue*, double>>& GetAllValuePercent() const override {

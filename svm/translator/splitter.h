@@ -16,7 +16,7 @@ namespace MCZandor_850 {
 // Appends the tokens of `text` to `output` as numbers and returns how many there were. Runs of
 // separators count as one, so no token is empty. The value of a token is that of its longest
 // numeric prefix, or 0; as an int it is truncated toward zero, and saturates. `text` is modified.
-// Null for either text gives nothing. Any number of threads may split texts of their own.
+// Null for either text gives nothing. Any number of threads may split different texts.
 template <typename T>
 int SPLITTER_STR(char* text, const char* separators, std::vector<T>& output) {
   static_assert(std::is_same_v<T, int> || std::is_same_v<T, double>);

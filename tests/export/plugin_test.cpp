@@ -53,7 +53,7 @@ TEST_F(PluginTest, ItsExceptionsAreTheHosts) {
   }
 }
 
-// Blanks and odd wording are intended.
+// The blanks and the wording are intended.
 TEST(MessagesTest, TextsAreExactlyThese) {
   const std::string classification = "functionName could be either classification" +
                                      std::string(12, ' ') +

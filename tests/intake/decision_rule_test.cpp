@@ -112,14 +112,14 @@ TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
   EXPECT_EQ(Read(unreadable).Steps(), "bad-coefficient, coefficient-form");
   EXPECT_EQ(Predict(unreadable, At("0.7", "3")), 0.9);
 
-  // A translator says that there are no support vectors.
+  // A translator reports that there are no support vectors.
   parts.machines = Replaced(parts.machines, "<Coefficient/>", "");
   EXPECT_EQ(Refusal(parts.Text()), "260251 Coefficients:7");
   EXPECT_EQ(Score(parts.Text(), At("0.7", "3")), "260115 SupportVectorMachine:7");
   parts.kernel = "<RadialBasisKernelType/>";
   EXPECT_EQ(Refusal(parts.Text()), "260304 SupportVectorMachineModel:3");
   EXPECT_EQ(Score(parts.Text(), At("0.7", "3")), "260115 SupportVectorMachine:7");
-  // A translator says that there is no kernel.
+  // A translator reports that there is no kernel.
   parts.kernel = "";
   parts.machines =
       Replaced(parts.machines, "</Coefficients>", "<Coefficient value='1'/></Coefficients>");

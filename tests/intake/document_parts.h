@@ -51,7 +51,7 @@ struct Parts {
 // A Machine's extension that gives it probabilities.
 std::string Sigmoid(const std::string& response, const std::string& other, int a, int b);
 
-// Replaces every `from`; there must be some.
+// Replaces every `from`; there must be at least one.
 std::string Replaced(std::string text, const std::string& from, const std::string& to);
 
 struct Reading {
@@ -68,10 +68,10 @@ struct Reading {
 
 // The document as it is written.
 Reading Unread(const std::string& text);
-// What was made readable is readable: that a second reading changes nothing is checked.
+// Made readable. Checks that making it readable again changes nothing.
 Reading Read(const std::string& text, svmscore::IntakeMode mode = svmscore::IntakeMode::kTolerate);
-// In which reading ends: code, element and line, like "260153 Array:6"; for a step that the
-// strict mode refuses also its name, like "260307 dense-array Array:6".
+// The error that reading ends in: code, element and line, like "260153 Array:6"; for a step that
+// the strict mode refuses also its name, like "260307 dense-array Array:6".
 std::string Refusal(const std::string& text,
                     svmscore::IntakeMode mode = svmscore::IntakeMode::kTolerate);
 

@@ -195,7 +195,7 @@ TEST(Modes, ARootOfAnotherNameIsRead) {
   EXPECT_EQ(Score(text, kCase, LoadChecks::kStrict), "260313 XMML:1");
 }
 
-// Of votes by a rule that would not fit the machines.
+// Votes by a rule that would not fit the machines.
 TEST(Modes, AMethodIsTakenForAnotherWhereItFits) {
   Parts parts;
   parts.Classify({"a", "b", "c", "d"});
@@ -258,7 +258,7 @@ TEST(Modes, WhatNobodyCanHaveMeantIsRefusedAndScoredToTheLetter) {
   EXPECT_TRUE(svmscore::ParseNumber(Score(parts.Text(), kCase, LoadChecks::kAsIs)));
 }
 
-// What a translator says of a document is not hidden by what anybody else says of it.
+// An error of the translator is not hidden by an error of another part.
 TEST(Modes, ATranslatorsCodeComesFirst) {
   const std::string dense = "<VectorInstance id='c'><Array>1 2 3</Array></VectorInstance>";
   Parts parts;
@@ -291,7 +291,7 @@ TEST(Modes, ATranslatorsCodeComesFirst) {
   EXPECT_EQ(Score(Replaced(parts.Text(), dense, ""), kCase), "yes");
 }
 
-// What was made of this document is refused, and the document itself is not.
+// The rewritten document is refused, and the document as written is not.
 TEST(Modes, TheLetterIsScoredWhereItsMeaningCannotBe) {
   Parts parts;
   parts.machines = "<Extension>" + Parts::Machine("") +

@@ -2,7 +2,7 @@
 // by default too, unless it cannot have been meant, and what a translator refuses is refused with
 // its own code.
 //
-// With SVMSCORE_MUTANTS=NUMBER so many are made of each document, and with
+// With SVMSCORE_MUTANTS=NUMBER that many are made of each document, and with
 // SVMSCORE_DOCUMENTS=FOLDER also of those in this folder.
 #include <algorithm>
 #include <array>
@@ -38,7 +38,7 @@ namespace fs = std::filesystem;
 const std::set<std::string> kArrays = {"Array",     "REAL-ARRAY", "NUM-ARRAY",
                                        "INT-ARRAY", "REAL-Array", "INT-Array"};
 
-// Whether a derived field that the model needs cannot be computed: a translator then has none.
+// Whether a derived field that the model needs cannot be computed: a translator then drops it.
 bool LacksDerivedFields(const std::string& text) {
   const svmscore::LoadedModel loaded = Load(text, LoadChecks::kTolerate);
   const auto* root = loaded.document.Dom()->getDocumentElement();
@@ -58,11 +58,11 @@ bool CannotHaveBeenMeant(const SSException& error, const std::string& text) {
     case code::kBeyondLimit:
       return true;
     case code::kBadContent:
-      // An array that does not fit, or a machine of which nothing is left.
+      // An array that does not fit, or a machine without usable terms.
       if (kArrays.contains(element) || element == "SupportVectorMachine") return true;
       break;
     case code::kBadValue:
-      // Words in an array, or an offset that is no number.
+      // Words in an array, or an offset that is not a number.
       if (kArrays.contains(element) || element == "Coefficients") return true;
       break;
     default:
@@ -167,9 +167,9 @@ class Mutants : public testing::Test {
 
   void TearDown() override {
     for (const auto& [what, count] : tally_) RecordProperty(what, count);
-    // The net below the intake is for what nobody thought of.
+    // The checks after the intake should never be needed.
     EXPECT_LE(tally_["only to the letter"] * 50, tally_["all"]);
-    // The table would say nothing if hardly any document were read.
+    // The test would be worthless if hardly any document were read.
     EXPECT_GE(tally_["letter"] * 10, tally_["all"]);
   }
 

@@ -21,7 +21,7 @@ TEST(Names, APrefixChangesNothing) {
   parts.positions = "<FieldRef field='x'/><FieldRef field='d'/>";
   parts.machines = Replaced(parts.machines, "<SupportVectors>",
                             Sigmoid("yes", "no", -1, 0) + "<SupportVectors>");
-  // The cells of tables have names of their own.
+  // The cells of tables keep their names.
   const std::string prefixed =
       std::regex_replace(parts.Text(), std::regex("<(/?)([A-Z]|row)"), "<$1p:$2");
   const Reading reading =
@@ -42,7 +42,7 @@ TEST(Names, ForeignContentKeepsItsNames) {
   EXPECT_NE(reading.Show("o:Target"), "");
 }
 
-// Listed by name among a model's descendants, they would stand in for its own.
+// Listed by name among a model's descendants, they would be taken for its own.
 TEST(Names, PartsInsideAnExtensionAreNone) {
   Parts parts;
   const double expected = Predict(parts.Text(), At("1", "2"));

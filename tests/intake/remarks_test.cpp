@@ -1,4 +1,4 @@
-// What a translator passes over in silence, and the strict reading.
+// What a translator silently ignores, and the strict reading.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@ namespace {
 
 using svmscore::IntakeMode;
 
-// Nothing is changed, and the strict one refuses with what the first finding says.
+// The document is not changed, and the strict reading refuses it with the first finding.
 void ExpectRemarks(const std::string& text, const std::string& steps, const std::string& refusal) {
   const Reading reading = Read(text);
   EXPECT_EQ(reading.Steps(), steps);

@@ -95,7 +95,7 @@ TEST(VectorPositions, CategoriesCountTheirCoefficient) {
   EXPECT_EQ(score(weighted, ""), "status 90029");
   EXPECT_EQ(Read(Coloured("1.0", values).Text()).Steps(), "");
 
-  // A field without a list takes every value, and its categories are nothing to compare with.
+  // A field without a list takes every value, so there are no categories to compare with.
   const Parts unlisted = Coloured("1", "");
   EXPECT_EQ(Read(unlisted.Text()).Steps(), "category-unlisted");
   EXPECT_EQ(score(unlisted, "red"), "13");

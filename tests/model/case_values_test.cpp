@@ -239,7 +239,7 @@ TEST(CaseValues, FieldsOfAnUnknownKindAreInvalid) {
   EXPECT_EQ(Decide(*classifier.Model(), {1}).code, 90027);
 }
 
-// Even one by an exception, which must not leave GetScore.
+// Even a failure by an exception, which must not leave GetScore.
 TEST(CaseValues, EveryFailureLeavesItsLine) {
   const std::string path = testing::TempDir() + "svmscore_model_test.log";
   std::remove(path.c_str());

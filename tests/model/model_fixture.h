@@ -166,7 +166,7 @@ inline MapRecord CaseOf(const std::vector<double>& decisions) {
 // The result of a classification, in plain types.
 struct Decided {
   long code;
-  std::string category;  // empty where there is none
+  std::string category;  // empty if absent
   double confidence;
   std::vector<double> percents;
 };

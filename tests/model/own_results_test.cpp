@@ -62,7 +62,8 @@ TEST(OwnResults, OfAClassification) {
               (std::pair{const_cast<ScoreValue*>(model->GetTargetCategories()[1]), 1.0 / 3}));
   }
   EXPECT_TRUE(Score(*model, CaseOf({1}), result).IsError());
-  EXPECT_EQ(result.prediction->GetText(), "") << "the missing prediction, lent like a category";
+  EXPECT_EQ(result.prediction->GetText(), "")
+      << "the missing prediction, which the model owns like a category";
 }
 
 TEST(OwnResults, OfARegression) {

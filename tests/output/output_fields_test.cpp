@@ -11,7 +11,7 @@
 namespace svmscore_test {
 namespace {
 
-// The document with these output fields instead of its own.
+// The document with its output fields replaced by these.
 std::string WithOutput(const std::string& name, const std::string& fields) {
   return Edit(Document(name), "</MiningSchema>(\\s*<Output>[^]*</Output>)?",
               "</MiningSchema><Output>" + fields + "</Output>");

@@ -148,7 +148,7 @@ TEST(Targets, ValuesThatMeanNothingAreToldAndRefusedWhenStrict) {
   }
 }
 
-// A plug-in may give a model that predicts no field.
+// A plug-in may return a model that predicts no field.
 TEST(Targets, AModelWithoutOneIsRefused) {
   svmscore::LoadedModel loaded =
       svmscore::LoadModel(svmscore::Plugin(SVMSCORE_PLUGIN_FILE),

@@ -41,7 +41,7 @@ long RoundsFor(const std::string& path) {
   return std::clamp(2'500'000L / size, 20L, 500L);
 }
 
-// Each on a thread of its own, which has no working memory left from earlier ones.
+// Each on a new thread, which has no working memory left from earlier ones.
 void OnNewThread(const std::function<void()>& work) {
   std::thread(work).join();
 }

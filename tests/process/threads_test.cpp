@@ -24,7 +24,7 @@ void Together(const std::function<void(std::size_t)>& work) {
   for (std::thread& thread : threads) thread.join();
 }
 
-// All but the two largest, which add time and nothing else.
+// All but the two largest, which would only add time.
 std::vector<std::string> SomeDocuments() {
   return {Documents().begin(), Documents().end() - 2};
 }

@@ -36,7 +36,7 @@ std::string Table(const std::string& columns, const std::vector<std::string>& ro
 // A document that is loaded, with its dictionaries.
 class Loaded {
  public:
-  // Reads the element LocalTransformations or, where there is none, TransformationDictionary.
+  // Reads the element LocalTransformations or, if absent, TransformationDictionary.
   explicit Loaded(const std::string& document);
 
   // A derived field's value in a case: "missing", "invalid", or its text.

@@ -88,7 +88,7 @@ TEST(References, FindLocalFieldsThenInputsThenGlobalOnes) {
   EXPECT_EQ(global.DeriveEach("4"), "5");
   EXPECT_FALSE(global.Inputs()->FindVar("x")->IsHiddenByDerived());
 
-  // An input that is none of the model's is not seen.
+  // A field that is not an input of the model is not found.
   const Loaded unseen = load(Global(Derived("other", "*(x, 2)") + Derived("d", "other")));
   EXPECT_EQ(unseen.DeriveEach("4"), "8");
   EXPECT_TRUE(unseen.Inputs()->FindVar("other")->IsHiddenByDerived());
