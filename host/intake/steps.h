@@ -10,17 +10,18 @@
 
 namespace svmscore::intake {
 
-// names.cpp: elements with a prefix get plain names; contents of Extension and cells of tables keep
-// theirs. Returns the document's Extension elements, those inside others left out.
+// plain_names.cpp: elements with a prefix get plain names; contents of Extension and cells of
+// tables keep theirs. Returns the document's Extension elements, those inside others left out.
 std::vector<DOMElement*> UsePlainNames(Intake& intake);
 
-// version.cpp: remarks on a root of another name. Changes nothing.
+// document_version.cpp: remarks on a root of another name. Changes nothing.
 void CheckRoot(Intake& intake);
 
-// version.cpp: the root's version can be told from its first character.
+// document_version.cpp: the root's version can be told from its first character.
 void SettleVersion(Intake& intake);
 
-// version.cpp: documents of version 2 have no derived fields; this one gets a version that has.
+// document_version.cpp: documents of version 2 have no derived fields; this one gets a version that
+// has.
 void AllowDerivedFields(Intake& intake);
 
 // model_choice.cpp: the model to score is chosen, and lifted out of an anomaly detection model.
@@ -47,8 +48,8 @@ void CheckTargets(Intake& intake);
 // spellings.cpp: attributes in the one spelling that is understood.
 void UseKnownSpellings(Intake& intake);
 
-// schema.cpp: remarks on mining fields that are not read, or not as they are written. Changes
-// nothing.
+// mining_fields.cpp: remarks on mining fields that are not read, or not as they are written.
+// Changes nothing.
 void CheckMiningSchema(Intake& intake);
 
 // extensions.cpp: what looks like a part of the model inside an Extension is none.
@@ -63,33 +64,33 @@ void ExpressVectorFields(Intake& intake);
 // vectors.cpp: every vector is a sparse array in ascending order.
 void UseSparseVectors(Intake& intake);
 
-// representation.cpp: machines given by one coefficient a field become support vectors.
+// coefficient_form.cpp: machines given by one coefficient a field become support vectors.
 void UseSupportVectors(Intake& intake);
 
 // kernel_parameters.cpp: kernel parameters that would be taken for absent ones; remarks on other
 // kernels and parameters.
 void TellKernelNumbersFromAbsence(Intake& intake);
 
-// decision.cpp: the older way to name the second category, and vote layouts without a method.
+// decision_rule.cpp: the older way to name the second category, and vote layouts without a method.
 void UseOneDecisionRule(Intake& intake);
 
 // target_categories.cpp: there is a target, and it lists the categories of a classification.
 void CompleteTarget(Intake& intake);
 
-// labels.cpp: machines spell categories as the target does, and name both of two.
+// category_labels.cpp: machines spell categories as the target does, and name both of two.
 void MatchLabels(Intake& intake);
 
 // extensions.cpp: this system's Extension of a machine comes before those of others.
 void PutOwnExtensionsFirst(Intake& intake);
 
-// pairs.cpp: where only some machines have probabilities, none is used.
+// pair_probabilities.cpp: where only some machines have probabilities, none is used.
 void UseCalibrationOfAll(Intake& intake);
 
-// pairs.cpp: remarks on machines whose probabilities are taken for others than they name. Changes
-// nothing.
+// pair_probabilities.cpp: remarks on machines whose probabilities are taken for others than they
+// name. Changes nothing.
 void CheckPairs(Intake& intake);
 
-// finite.cpp: remarks on numbers of machines, kernels and targets that are none to compute with.
+// finite_numbers.cpp: remarks on infinite or NaN numbers of machines, kernels and targets.
 // Changes nothing.
 void CheckFiniteNumbers(Intake& intake);
 
