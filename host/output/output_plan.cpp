@@ -6,6 +6,7 @@
 #include "host/model/scoring_log.h"
 #include "host/output/output_reader.h"
 #include "host/transform/derived_fields.h"
+#include "host/transform/input_fields.h"
 #include "host/transform/value/conversion.h"
 
 namespace svmscore::output {
@@ -57,8 +58,7 @@ std::unique_ptr<DerivedCaseRecord> OutputPlan::GatherInputs(const ScoreCaseRecor
                                                             Value* inputs,
                                                             transform::Arena& texts) const {
   for (const Read& read : reads_) {
-    *inputs++ =
-        transform::FromRecord(record.GetValueOf(*read.var), read.var->GetFieldType(), texts);
+    *inputs++ = transform::InputValue(record.GetValueOf(*read.var), *read.var, texts);
   }
   if (transformations_ == nullptr) return nullptr;
   auto derived = transformations_->GetValuesForDerivedVars(&record, nullptr);
@@ -95,9 +95,8 @@ long OutputPlan::Compute(const Outcome& outcome, const Value* inputs,
     const Read& read = extra_reads_[i];
     const ScoreValue* value = scratch.extras_.GetValue(static_cast<int>(i));
     const bool usable = read.var->IsMissingValue(value) || read.var->IsValidValue(value);
-    slots[read.slot] = usable
-                           ? transform::FromRecord(value, read.var->GetFieldType(), scratch.arena_)
-                           : Value::Missing();
+    slots[read.slot] =
+        usable ? transform::InputValue(value, *read.var, scratch.arena_) : Value::Missing();
   }
   const transform::Frame frame{slots, scratch.arena_};
   long status = outcome.status;
@@ -110,7 +109,10 @@ long OutputPlan::Compute(const Outcome& outcome, const Value* inputs,
       texts += value.GetText().size();
       if (texts > transform::Arena::kMostBytes) value = Value::Invalid();
     }
-    if (value.IsInvalid() && status == 0) status = MCScore::kInvalidValue;
+    if (value.IsInvalid() && status == 0) {
+      status = MCScore::kInvalidValue;
+      scratch.first_invalid_ = i;
+    }
     slots[i] = value.IsPresent() ? value : Value::Missing();
     if (!steps_[i].decisions.empty() && value.IsPresent()) TellDecision(i, value);
   }

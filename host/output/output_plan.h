@@ -157,6 +157,9 @@ class SVMSCORE_HOST_API OutputScratch {
   MCZandor_850::InputCaseRecord& Extras() { return extras_; }
   // The value of an output field, of its type. REQUIRES: Evaluate was called.
   const transform::Value& Cell(std::size_t field) const { return slots_[field]; }
+  // The first field that was invalid and gave the case its status, where Evaluate says 90027 and
+  // the outcome did not.
+  std::size_t FirstInvalid() const { return first_invalid_; }
   // A cell as text, for dates and times too.
   std::string_view TextOf(const transform::Value& value);
 
@@ -164,6 +167,7 @@ class SVMSCORE_HOST_API OutputScratch {
   friend class OutputPlan;
 
   std::vector<transform::Value> slots_;
+  std::size_t first_invalid_ = 0;
   transform::Arena arena_;
   std::vector<transform::Value> inputs_;
   std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;  // holds texts of the inputs

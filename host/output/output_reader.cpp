@@ -9,6 +9,7 @@
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
 #include "host/text/number_text.h"
+#include "host/transform/derived_fields.h"
 #include "host/transform/transformation_dictionary.h"
 #include "host/transform/value/conversion.h"
 #include "host/xml/attributes.h"
@@ -367,6 +368,8 @@ Field OutputReader::FieldOfDerived(const ScoreDictVar& var) {
   Field field{NewSlot(), var.GetFieldType(), false, nullptr};
   field.ordinal = var.GetTypeCode() == static_cast<int>(OpType::kOrdinal);
   plan_.transformations_ = model_.GetTransformationDictionary();
+  const auto* step = plan_.transformations_->GetProgram().FindStep(var.GetCasePosition());
+  if (field.ordinal && step != nullptr) field.order = step->order;
   plan_.derived_.push_back({static_cast<std::size_t>(var.GetCasePosition()), field.slot});
   read_.emplace(&var, field);
   return field;

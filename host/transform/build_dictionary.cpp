@@ -349,8 +349,12 @@ std::unique_ptr<TransformationDictionary> Builder::Build() {
       RefuseContent(derived.element, "the fields up to this one evaluate more than " +
                                          std::to_string(kMostComputed) + " expressions for a case");
     }
-    for (const int index : derived.inputs) read[static_cast<std::size_t>(index)] = true;
-    steps.push_back({at, derived.type, derived.name});
+    std::vector<int> reads = derived.needs;
+    for (const int index : derived.inputs) {
+      read[static_cast<std::size_t>(index)] = true;
+      reads.push_back(static_cast<int>(derived_.size()) + index);
+    }
+    steps.push_back({at, derived.type, derived.name, derived.order, std::move(reads)});
   }
   std::vector<Program::Input> inputs;
   for (std::size_t i = 0; i < inputs_.size(); ++i) {

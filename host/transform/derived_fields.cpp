@@ -49,12 +49,24 @@ Program::Program(std::vector<std::unique_ptr<Expression>> expressions, std::vect
     : expressions_(std::move(expressions)),
       inputs_(std::move(inputs)),
       steps_(std::move(steps)),
+      step_of_(expressions_.size(), steps_.size()),
       slot_count_(slots),
       told_(std::make_unique<std::atomic<bool>[]>(steps_.size())) {
   for (const Input& input : inputs_) needed_.push_back(input.var);
+  for (std::size_t i = 0; i < steps_.size(); ++i) {
+    step_of_[static_cast<std::size_t>(steps_[i].slot)] = i;
+  }
 }
 
 Program::~Program() = default;
+
+const Program::Step* Program::FindStep(int slot) const {
+  const auto position = static_cast<std::size_t>(slot);
+  if (slot < 0 || position >= step_of_.size() || step_of_[position] == steps_.size()) {
+    return nullptr;
+  }
+  return &steps_[step_of_[position]];
+}
 
 void Program::Evaluate(const ScoreCaseRecord& record, Scratch& scratch) const {
   scratch.arena_.Reset();

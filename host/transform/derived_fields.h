@@ -64,6 +64,8 @@ class SVMSCORE_HOST_API Program {
     int slot;  // the position of the derived field
     FieldType type;
     std::string name;
+    std::shared_ptr<const ValueOrder> order;  // null unless the field lists its values in order
+    std::vector<int> reads;  // the slots of the fields that it is computed from directly
   };
 
   // `expressions` are those of all derived fields, by position; `steps` are the fields that are
@@ -77,6 +79,10 @@ class SVMSCORE_HOST_API Program {
   void Evaluate(const MCZandor_850::ScoreCaseRecord& record, Scratch& scratch) const;
 
   const std::vector<Step>& Steps() const { return steps_; }
+  // The step that computes a slot; null for the slot of an input, and where nothing needs the
+  // field.
+  const Step* FindStep(int slot) const;
+  const std::vector<Input>& Inputs() const { return inputs_; }
   // The input variables that the computed fields read, each once.
   const std::vector<const MCZandor_850::ScoreDictVar*>& NeededInputs() const { return needed_; }
   std::size_t SlotCount() const { return slot_count_; }
@@ -90,6 +96,7 @@ class SVMSCORE_HOST_API Program {
   std::vector<Input> inputs_;
   std::vector<const MCZandor_850::ScoreDictVar*> needed_;  // their variables
   std::vector<Step> steps_;
+  std::vector<std::size_t> step_of_;  // of each derived field; steps_.size() where there is none
   std::size_t slot_count_;
   std::unique_ptr<std::atomic<bool>[]> told_;  // one for each step
 };

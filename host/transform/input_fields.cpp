@@ -28,6 +28,10 @@ Value ReadInput(const ScoreCaseRecord& record, const ScoreDictVar& var, Arena& a
   } else {
     given = record.GetValue(var.GetName());
   }
+  return InputValue(given, var, arena);
+}
+
+Value InputValue(const ScoreValue* given, const ScoreDictVar& var, Arena& arena) {
   const Value value = FromRecord(given, var.GetFieldType(), arena);
   if (var.GetTreatment().invalid != FieldTreatment::Invalid::kAsIs || !value.IsPresent() ||
       given == var.GetMissingReplacement() || var.IsDeclaredValid(*given)) {

@@ -198,6 +198,51 @@ TEST(OutputFields, WhatIsWrongIsToldOrRefusedByNameAndPlace) {
   EXPECT_EQ(scoring.Number("a"), 5.0);
 }
 
+// One evaluator: an expression has one answer, whether an output field or a derived field holds it.
+TEST(OutputFields, AnExpressionMeansWhatItMeansInADerivedField) {
+  const std::string calls[] = {"isValid(x2)", "isNotValid(x2)", "lessThan(level, 'mid')",
+                               "greaterOrEqual(level, 'mid')", "isValid(note)"};
+  std::string derived =
+      "<DerivedField name='level' optype='ordinal' dataType='string'>" +
+      svmscore::transform::CallToXml("if(lessThan(x1, 1), 'high', 'low')") +
+      "<Value value='low'/><Value value='mid'/><Value value='high'/></DerivedField>";
+  std::string fields;
+  for (std::size_t i = 0; i < std::size(calls); ++i) {
+    const std::string number = std::to_string(i);
+    derived += "<DerivedField name='d" + number + "' optype='categorical' dataType='boolean'>" +
+               svmscore::transform::CallToXml(calls[i]) + "</DerivedField>";
+    fields += Derive("through" + number, "d" + number) + Derive("direct" + number, calls[i]);
+  }
+  std::string text = Edit(Chain(fields), "<PolynomialKernelType",
+                          "<LocalTransformations>" + derived + "</LocalTransformations>$&");
+  text = Edit(text, "(name=\"x2\" [^>]*)/>",
+              "$1><Interval closure='closedClosed' leftMargin='0' rightMargin='1'/></DataField>"
+              "<DataField name='note' optype='categorical' dataType='string'><Value value='a'/>"
+              "</DataField>");
+  text = Edit(text, "numberOfFields=\"3\"", "numberOfFields='4'");
+  text = Edit(text, "missingValueReplacement=\"0.25\"/>",
+              "invalidValueTreatment='asIs'/>"
+              "<MiningField name='note' usageType='supplementary' invalidValueTreatment='asIs'/>");
+  Scoring scoring(text);
+  const struct {
+    Case given;
+    std::string answers[std::size(calls)];
+  } rows[] = {
+      {{{"x1", "0.5"}, {"x2", "0.5"}, {"note", "a"}}, {"true", "false", "false", "true", "true"}},
+      {{{"x1", "2"}, {"x2", "7"}, {"note", "b"}}, {"false", "true", "true", "false", "false"}},
+  };
+  for (const auto& [given, answers] : rows) {
+    EXPECT_EQ(scoring.Score(given).status, 0);
+    for (std::size_t i = 0; i < std::size(calls); ++i) {
+      // The records of this test have supplementary fields for output fields only.
+      if (calls[i] != "isValid(note)") {
+        EXPECT_EQ(scoring.Text("through" + std::to_string(i)), answers[i]) << calls[i];
+      }
+      EXPECT_EQ(scoring.Text("direct" + std::to_string(i)), answers[i]) << calls[i];
+    }
+  }
+}
+
 TEST(OutputFields, NumbersCostNoAllocation) {
   Scoring scoring(Chain("<OutputField name='y_hat'/>" + Derive("log", "ln(y_hat)")));
   MCZandor_850::InputCaseRecord record(scoring.Loaded().active, true, true);
