@@ -91,12 +91,15 @@ std::string Listed(const std::vector<std::size_t>& machines) {
   return text;
 }
 
-// Whether the machine can vote: one of a pair must name both of its categories.
-bool CanVote(const Intake& intake, const DOMElement* machine) {
-  if (AttributeView(machine, "targetCategory").empty()) return false;
-  const bool all = AttributeText(intake.Model(), "classificationMethod") != "OneAgainstOne" &&
-                   CategoryPositions(FindTarget(intake)).size() > 2;
-  return all || !AttributeView(machine, "alternateTargetCategory").empty();
+// Whether every machine can vote: one of a pair must name both of its categories.
+bool CanVote(const Intake& intake) {
+  const bool pairs = AttributeText(intake.Model(), "classificationMethod") == "OneAgainstOne" ||
+                     CategoryPositions(FindTarget(intake)).size() < 3;
+  for (const DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
+    if (AttributeView(machine, "targetCategory").empty()) return false;
+    if (pairs && AttributeView(machine, "alternateTargetCategory").empty()) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -107,17 +110,15 @@ void UseCalibrationOfAll(Intake& intake) {
   const DOMElement* first = nullptr;
   DOMElement* last = nullptr;
   std::size_t machines = 0;
-  bool voting = true;
   for (DOMElement* machine : Children(intake.Model(), "SupportVectorMachine")) {
     ++machines;
     last = machine;
-    voting = voting && CanVote(intake, machine);
     if (output::IsCompleteExtension(VendorExtension(machine), true)) continue;
     lacking.push_back(machines);
     if (first == nullptr) first = machine;
   }
   if (lacking.empty() || lacking.size() == machines) return;
-  if (!voting) {
+  if (!CanVote(intake)) {
     return intake.Tell("probabilities-missing", first, "no probability of " + Listed(lacking),
                        NameOf(first));
   }

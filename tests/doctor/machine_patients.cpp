@@ -153,10 +153,22 @@ std::vector<Patient> MachinePatients() {
        {kMachines, kProbability, "response='a' nonResponse='b'", "response='b' nonResponse='a'"},
        "three"},
       {"extension-on-some at SupportVectorMachine", {kFirstMachine, kProbability}, "three"},
+      {"probabilities-missing at SupportVectorMachine",
+       {kFirstMachine, kProbability, " targetCategory='b' alternateTargetCategory='c, d'", ""},
+       "three"},
+      {"category-unused at DataField",
+       {"*<Extension.*</Extension>", "", "<Value value='no'/>",
+        "<Value value='no'/><Value value='maybe'/>"},
+       "two"},
 
       {"refused at SupportVectorMachine, unknown-vector at SupportVector, empty-machine at "
        "SupportVectorMachine",
        {"vectorId='w'/></SupportVectors>", "vectorId='W'/></SupportVectors>"},
+       "three"},
+      {"refused at SupportVectorMachine, bad-coefficient at Coefficient, empty-machine at "
+       "SupportVectorMachine",
+       {"absoluteValue='0.5'><Coefficient value='1'",
+        "absoluteValue='0.5'><Coefficient value='0,1'"},
        "three"},
       {"second-category at SupportVectorMachine",
        {"*<Extension.*</Extension>", "", " alternateTargetCategory='no'", ""},

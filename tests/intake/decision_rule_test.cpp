@@ -89,6 +89,57 @@ TEST(Method, IsInferredWhereEveryPairHasItsMachine) {
             "method-contradicts-machines");
 }
 
+// Machines that name two categories each are pairs, whatever else the target lists.
+TEST(Method, LeavesOutCategoriesThatNoMachineNames) {
+  const auto pair = [](const char* first, const char* second) {
+    return Identity(std::string("targetCategory='") + first + "' alternateTargetCategory='" +
+                    second + '\'');
+  };
+  const std::string three = pair("a", "b") + pair("b", "c") + pair("a", "c");
+  const struct {
+    const char* title;
+    std::vector<std::string> listed;
+    std::string machines;
+    std::string model;
+    std::string steps;
+    std::string decided;  // at -1 and 1
+  } cases[] = {
+      {"one pair of three", {"a", "z", "b"}, pair("a", "b"), "", "category-unused", "a b"},
+      {"three pairs of four",
+       {"z", "a", "b", "c"},
+       three,
+       "",
+       "category-unused, method-inferred",
+       "a c"},
+      {"a method that is named",
+       {"a", "z", "b"},
+       pair("a", "b"),
+       " classificationMethod='OneAgainstAll'",
+       "machine-count",
+       "a a"},
+      {"by an older attribute",
+       {"a", "z", "b"},
+       Identity("targetCategory='a'"),
+       " alternateBinaryTargetCategory='b'",
+       "alternate-on-model, category-unused",
+       "a b"},
+      {"pairs that are incomplete",
+       {"a", "b", "c"},
+       pair("a", "b") + pair("b", "c"),
+       "",
+       "machine-count",
+       "a a"},
+  };
+  for (const auto& [title, listed, machines, model, steps, decided] : cases) {
+    Parts parts = Deciding('4', '2', "", machines);
+    parts.Classify(listed);
+    parts.model += model;
+    const std::string text = parts.Text();
+    EXPECT_EQ(Read(text).Steps(), steps) << title;
+    EXPECT_EQ(Score(text, At("-1", "0")) + ' ' + Score(text, At("1", "0")), decided) << title;
+  }
+}
+
 // Coefficients by field, and as the support vectors that they sum up.
 TEST(CoefficientForm, ScoresTheSumOfItsCoefficients) {
   Parts parts;

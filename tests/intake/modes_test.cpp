@@ -129,6 +129,20 @@ TEST(Modes, WhatATranslatorScoresIsScored) {
           vector("<REAL-SparseArray n='2' defaultValue='none'><Indices>1 2</Indices>"
                  "<REAL-Entries>0.25 -1.5</REAL-Entries></REAL-SparseArray>"),
           "default-value-unreadable", "260153"),
+      Row("an infinite default",
+          vector("<REAL-SparseArray n='2' defaultValue='INF'><Indices>2</Indices>"
+                 "<REAL-Entries>-1.5</REAL-Entries></REAL-SparseArray>"),
+          "default-value-unreadable", "260153", -6.1, -6.1),
+      Row(
+          "a vector field that the schema leaves out",
+          [](Parts& p) { p.schema = Replaced(p.schema, "<MiningField name='y'/>", ""); },
+          "input-not-in-schema", "260313"),
+      Row(
+          "a replacement that is not a number",
+          [](Parts& p) {
+            p.schema = Replaced(p.schema, "name='y'", "name='y' missingValueReplacement='NaN'");
+          },
+          "number-not-finite", "260313"),
       Row("an index outside beside a default",
           vector("<REAL-SparseArray n='2' defaultValue='-1.5'><Indices>0 1</Indices>"
                  "<REAL-Entries>7 0.25</REAL-Entries></REAL-SparseArray>"),
@@ -200,13 +214,14 @@ TEST(Modes, AMethodIsTakenForAnotherWhereItFits) {
   Parts parts;
   parts.Classify({"a", "b", "c", "d"});
   parts.machines = Parts::Machine("a", "b") + Parts::Machine("a", "c") + Parts::Machine("b", "c");
+  parts.model += " classificationMethod='OneAgainstAll'";
   const auto expect_letter = [&](const std::string& findings) {
     EXPECT_EQ(Findings(parts.Text()), findings);
     EXPECT_EQ(Score(parts.Text(), kCase), "a");
     EXPECT_EQ(Score(parts.Text(), kCase, LoadChecks::kAsIs), "a");
   };
   expect_letter("method-contradicts-machines");
-  parts.model += " classificationMethod='oneAgainstOne'";
+  parts.model = Replaced(parts.model, "'OneAgainstAll'", "'oneAgainstOne'");
   expect_letter("unknown-method");
   parts.Classify({"a", "b", "c"});
   parts.root = Version('3', '2');

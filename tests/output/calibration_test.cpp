@@ -140,6 +140,20 @@ TEST(Calibration, OfSomeMachinesIsNotUsed) {
     EXPECT_TRUE(told);
     EXPECT_THROW(Scoring(document, LoadChecks::kStrict), MCZandor_850::SSException);
   }
+  // One-against-all names one category of each machine.
+  const std::string all = Edit(Edit(Edit(Edit(votes, "\"OneAgainstOne\"", "\"OneAgainstAll\""),
+                                         " alternateTargetCategory=\"[a-z]*\"", ""),
+                                    " alternateTargetCategory=\"[a-z]*\"", ""),
+                               " alternateTargetCategory=\"[a-z]*\"", "");
+  const std::vector<std::string> lacking_first = {"", Extension(kLowHigh), Extension(kMidHigh)};
+  EXPECT_EQ(Scoring(WithBefore(all, lacking_first))
+                .Score({{"size", "1"}, {"colour", "red"}, {"grade", "1"}})
+                .status,
+            0);
+  // Of pairs, who names one category cannot vote, and no case can be decided.
+  const std::string mute = Edit(votes, " alternateTargetCategory=\"[a-z]*\"", "");
+  Scoring scoring(WithBefore(mute, lacking_first));
+  EXPECT_EQ(scoring.Score({{"size", "1"}, {"colour", "red"}, {"grade", "1"}}).status, 90027);
 }
 
 }  // namespace

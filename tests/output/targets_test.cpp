@@ -1,4 +1,6 @@
 // What targets do to a model's number, and what they predict where inputs are missing.
+#include <limits>
+
 #include <gtest/gtest.h>
 
 #include "tests/output/document_scoring.h"
@@ -83,6 +85,23 @@ TEST(Targets, ANegativeFactorTurnsTheIntervalRound) {
   for (const auto& [field, number] : cells) EXPECT_EQ(scaled.Number(field), number) << field;
   EXPECT_EQ(scaled.Score({}).ending, Ending::kPredictedByDefault);
   for (const auto& [field, number] : cells) EXPECT_FALSE(scaled.Number(field)) << field;
+}
+
+// A factor that takes the value beyond the range, and a deviation that takes the interval there.
+TEST(Targets, AResultThatIsNotFiniteFailsTheCase) {
+  const std::string far = Line(OnlyTarget("rescaleFactor=\"1e308\""));
+  const std::string wide = Edit(Line(""), ">0.5<", ">1e308<");
+  EXPECT_EQ(Scoring(far).Score({{"x", "1"}}).prediction.GetNumber(), 1e308);
+  const Outcome failed = Scoring(far).Score({{"x", "-2"}});
+  EXPECT_EQ(failed.status, 90027);
+  EXPECT_FALSE(failed.prediction.IsPresent());
+  const Outcome letter = Scoring(far, svmscore::LoadChecks::kAsIs).Score({{"x", "-2"}});
+  EXPECT_EQ(letter.status, 0);
+  EXPECT_EQ(letter.prediction.GetNumber(), -std::numeric_limits<double>::infinity());
+  const Outcome without = Scoring(wide).Score({{"x", "2"}});
+  EXPECT_EQ(without.prediction.GetNumber(), 2.0);
+  EXPECT_FALSE(without.has_interval);
+  EXPECT_TRUE(Scoring(wide, svmscore::LoadChecks::kAsIs).Score({{"x", "2"}}).has_interval);
 }
 
 TEST(Targets, ADefaultValueIsPredictedAsItStands) {
