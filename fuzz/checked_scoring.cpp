@@ -122,8 +122,10 @@ ScoringPlan PlanOf(const LoadedModel& loaded, const std::vector<std::string_view
   plan.output = loaded.output.get();
   plan.computes_output =
       options.columns == tools::ColumnChoice::kDocument && !loaded.output->Fields().empty();
-  plan.results =
-      tools::MakeColumns(*loaded.model, *loaded.output, options.columns, options.decisions);
+  plan.results = tools::MakeColumns(*loaded.model, *loaded.output, options.columns,
+                                    options.decisions, options.decisions);
+  plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
+  plan.writes_reasons = options.decisions;
   std::vector<std::string> names = options.copied;
   for (const auto& column : plan.results) names.push_back(column->Name());
   plan.format = options.json ? app::JsonLinesFormat(names) : app::CsvFormat(std::move(names));

@@ -15,7 +15,7 @@ enum ExitStatus : int {
   kDisagrees = 1,  // verify and the like: the model does not give what it should
   kUsageError = 2,
   kModelError = 3,
-  kSomeCaseFailed = 4,
+  kSomeCaseFailed = 4,  // or, without --strict, all of them
   kInputError = 5,
   kOutputError = 6,
 };

@@ -67,7 +67,8 @@ int ParseAndRun(int argc, char** argv) {
   program.footer(
       "Exit status: 0 done; 1 verify or doctor found something wrong; 2 usage; 3 the model cannot "
       "be "
-      "used;\n4 some case failed under --strict; 5 the cases cannot be read; 6 the output cannot "
+      "used;\n4 no case could be scored, or some case failed under --strict; 5 the cases cannot be "
+      "read; 6 the output cannot "
       "be written.");
   ScoreCommand score;
   DescribeCommand describe;

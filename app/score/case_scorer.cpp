@@ -98,8 +98,9 @@ void CaseScorer::Score(CaseBlock& block) {
 void CaseScorer::Resume(CaseBlock& block) {
   block.out.clear();
   block.tally = {};
+  block.failures.Clear();
   block.done = false;
-  while (!block.done && block.out.size() < plan_.long_output) {
+  while (!block.done && HasRoom(block)) {
     if (written_ == rows_.size()) ScoreChunk(block);
     WriteChunk(block);
     block.done = !reader_ && written_ == rows_.size();
@@ -158,11 +159,12 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
   const RowFormat& format = *plan_.format;
   LineSink cell(format, block.out);
   const std::size_t inputs = plan_.output->InputCount();
-  while (written_ < rows_.size() && block.out.size() < plan_.long_output) {
+  while (written_ < rows_.size() && HasRoom(block)) {
     const std::size_t r = written_++;
     const std::string_view* cells = CellsOf(r);
     if (batch_ == nullptr) SetCells(cells);
     output::Outcome outcome = OutcomeOf(rows_[r]);
+    const long model_status = outcome.status;
     if (plan_.computes_output) {
       SetExtras(cells);
       outcome.status =
@@ -170,12 +172,18 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
               ? plan_.output->Evaluate(outcome, record_, outputs_)
               : plan_.output->Evaluate(outcome, output_inputs_.data() + r * inputs, outputs_);
     }
-    block.tally.Count(outcome.status);
     const bool decided = batch_ != nullptr && rows_[r].status == 0 &&
                          batch_->Results().status[rows_[r].place] != MCScore::kCannotScore;
-    const tools::ScoredCase scored{outcome, outputs_,
-                                   decided ? batch_->Results().decisions + rows_[r].place : nullptr,
-                                   decided ? batch_->Results().stride : 0};
+    const double* decisions = decided ? batch_->Results().decisions + rows_[r].place : nullptr;
+    const std::size_t stride = decided ? batch_->Results().stride : 0;
+    if (outcome.status != 0) {
+      Explain(cells, {outcome.status, model_status, decisions, stride, outputs_.FirstInvalid()},
+              block);
+    } else if (plan_.writes_reasons) {
+      reason_.clear();
+    }
+    block.tally.Count(outcome.status);
+    const tools::ScoredCase scored{outcome, outputs_, decisions, stride, reason_};
     std::size_t column = 0;
     for (const std::size_t position : plan_.columns.copied) {
       format.Begin(block.out, column++);
@@ -206,6 +214,24 @@ output::Outcome CaseScorer::OutcomeOf(const Row& row) {
   return targets.Finish(status, result);
 }
 
+void CaseScorer::Explain(const std::string_view* cells, const reasons::Ended& ended,
+                         CaseBlock& block) {
+  const std::vector<std::size_t>& positions = plan_.columns.cells;
+  if (failed_ == nullptr) {
+    failed_ =
+        std::make_unique<InputCaseRecord>(plan_.columns.variables, true, plan_.replace_missing);
+    given_.resize(positions.size());
+  }
+  for (std::size_t i = 0; i < positions.size(); ++i) {
+    SetCell(*failed_, i, cells, positions[i]);
+    given_[i] = {cells[positions[i]], IsMissing(cells[positions[i]])};
+  }
+  const std::vector<reasons::Reason> found =
+      plan_.examiner->Examine(*failed_, given_.data(), ended);
+  block.failures.Add(block.tally.cases, found);
+  if (plan_.writes_reasons) reason_ = TextOf(found);
+}
+
 void CaseScorer::SetCells(const std::string_view* cells) {
   const std::vector<std::size_t>& positions = plan_.columns.cells;
   for (std::size_t i = 0; i < positions.size(); ++i) SetCell(record_, i, cells, positions[i]);
@@ -225,6 +251,10 @@ void CaseScorer::SetCell(InputCaseRecord& record, std::size_t position,
   } else {
     record.SetText(position, cells[cell]);
   }
+}
+
+bool CaseScorer::HasRoom(const CaseBlock& block) const {
+  return block.out.size() + block.failures.Size() < plan_.long_output;
 }
 
 bool CaseScorer::IsMissing(std::string_view cell) const {

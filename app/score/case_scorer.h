@@ -9,12 +9,14 @@
 #include <string_view>
 #include <vector>
 
+#include "app/score/failures.h"
 #include "app/score/row_format.h"
 #include "app/table/csv_row.h"
 #include "app/table/row_blocks.h"
 #include "host/model/score_case_record.h"
 #include "host/model/score_model.h"
 #include "host/output/output_plan.h"
+#include "host/reasons/case_examiner.h"
 #include "tools/base/case_columns.h"
 #include "tools/score/case_batch.h"
 #include "tools/score/result_columns.h"
@@ -28,8 +30,11 @@ struct ScoringPlan {
   std::vector<std::string> missing_tokens;  // cells that count as missing besides empty ones
   bool replace_missing = false;
   const output::OutputPlan* output = nullptr;
-  bool computes_output = false;  // the results hold columns of output fields
-  tools::ResultColumns results;  // after the copied cells
+  bool computes_output = false;                     // the results hold columns of output fields
+  std::unique_ptr<reasons::CaseExaminer> examiner;  // for the variables of `columns`
+  bool logs_failures = false;                       // each failed case is written to the log
+  bool writes_reasons = false;                      // the results hold the column of reasons
+  tools::ResultColumns results;                     // after the copied cells
   std::unique_ptr<RowFormat> format;
   Limits limits;  // of the rows
   // So much text is not held back for rows that follow: a thousand cases may be two bytes each to
@@ -50,9 +55,12 @@ struct Tally {
 
 // A block on its way through the pipeline.
 struct CaseBlock {
+  explicit CaseBlock(bool keeps_failures = false) : failures(keeps_failures) {}
+
   RowBlock rows;
   std::string out;                // of the rows that are scored and not written yet
   Tally tally;                    // of the rows of `out`
+  Failures failures;              // likewise
   std::optional<CsvError> error;  // what is wrong with the row after the last one
   std::uint64_t bytes_read = 0;   // of the input, up to this block or a little further
   bool done = true;               // `out` ends with the last row
@@ -101,13 +109,20 @@ class CaseScorer {
   void SetCell(MCZandor_850::InputCaseRecord& record, std::size_t position,
                const std::string_view* cells, std::size_t cell);
   output::Outcome OutcomeOf(const Row& row);
+  // Why the case failed: into the block, and into `reason_` where there is a column for it.
+  void Explain(const std::string_view* cells, const reasons::Ended& ended, CaseBlock& block);
   bool IsMissing(std::string_view cell) const;
+  bool HasRoom(const CaseBlock& block) const;
 
   const ScoringPlan& plan_;
   MCZandor_850::InputCaseRecord record_;
   output::OutputScratch outputs_;
   std::unique_ptr<MCZandor_850::ScoreResult> result_;  // of a model that takes no batches
   std::unique_ptr<tools::CaseBatch> batch_;            // null for such a model
+  // A failed case that is looked at again; null until one has failed.
+  std::unique_ptr<MCZandor_850::InputCaseRecord> failed_;
+  std::vector<reasons::Given> given_;  // of the variables of such a case
+  std::string reason_;                 // of the case at hand; empty where it is scored
   // What output fields depend on, of each row of the chunk: [rows][plan_.output->InputCount()].
   std::vector<transform::Value> output_inputs_;
   transform::Arena input_texts_;

@@ -33,6 +33,8 @@ void KeepWithinBounds(std::string& buffer) {
 }
 
 struct BlockInWork : CaseBlock {
+  using CaseBlock::CaseBlock;
+
   // The one that goes on with a block whose output grew long; its thread takes a new one then.
   std::unique_ptr<CaseScorer> scorer;
 };
@@ -41,12 +43,16 @@ struct BlockInWork : CaseBlock {
 // are never more inside than this holds: the next one is always free.
 class BlockRing {
  public:
-  explicit BlockRing(std::size_t size) : blocks_(size) {}
+  BlockRing(std::size_t size, bool keeps_failures) {
+    for (std::size_t i = 0; i < size; ++i) {
+      blocks_.push_back(std::make_unique<BlockInWork>(keeps_failures));
+    }
+  }
   std::size_t Size() const { return blocks_.size(); }
-  BlockInWork& Next() { return blocks_[next_++ % blocks_.size()]; }
+  BlockInWork& Next() { return *blocks_[next_++ % blocks_.size()]; }
 
  private:
-  std::vector<BlockInWork> blocks_;
+  std::vector<std::unique_ptr<BlockInWork>> blocks_;
   std::size_t next_ = 0;
 };
 
@@ -75,13 +81,14 @@ class HandOver {
 class Run {
  public:
   Run(const ScoringPlan& plan, RowBlocks& input, const std::string& input_name, OutputFile& output,
-      Progress& progress, int threads)
+      Progress& progress, Failures& failures, int threads)
       : plan_(plan),
         input_(input),
         input_name_(input_name),
         output_(output),
         progress_(progress),
-        ring_(static_cast<std::size_t>(threads) + kSpareBlocks) {}
+        failures_(failures),
+        ring_(static_cast<std::size_t>(threads) + kSpareBlocks, plan.logs_failures) {}
 
   // What the threads have used is given up after their last turn.
   ~Run() { const HandOver::Turn turn(hand_over_); }
@@ -164,6 +171,7 @@ class Run {
 
   void WriteOut(const CaseBlock& block) {
     output_.Write(block.out);
+    failures_.Add(block.failures, total_.cases);
     total_.Add(block.tally);
     NoteCasesWritten(total_.cases);
   }
@@ -173,6 +181,7 @@ class Run {
   const std::string& input_name_;
   OutputFile& output_;
   Progress& progress_;
+  Failures& failures_;
   tbb::enumerable_thread_specific<std::unique_ptr<CaseScorer>> scorers_;
   BlockRing ring_;
   HandOver hand_over_;
@@ -183,14 +192,15 @@ class Run {
 }  // namespace
 
 Tally ScoreAll(const ScoringPlan& plan, RowBlocks& input, const std::string& input_name,
-               OutputFile& output, Progress& progress, int threads) {
+               OutputFile& output, Progress& progress, Failures& failures, int threads) {
   const int workers = std::min(threads, kMostOfACore * tbb::info::default_concurrency());
   // Allows more threads than cores where they are asked for.
   const tbb::global_control limit(tbb::global_control::max_allowed_parallelism,
                                   static_cast<std::size_t>(workers));
   tbb::task_arena arena(workers);
   Tally total;
-  arena.execute([&] { total = Run(plan, input, input_name, output, progress, workers).Score(); });
+  arena.execute(
+      [&] { total = Run(plan, input, input_name, output, progress, failures, workers).Score(); });
   return total;
 }
 

@@ -24,7 +24,7 @@ Progress::Progress(std::uint64_t input_size)
       last_shown_(start_ - kBetweenLines) {}
 
 Progress::~Progress() {
-  EraseLine();
+  Clear();
 }
 
 void Progress::Show(std::uint64_t cases, std::uint64_t bytes_read) {
@@ -44,7 +44,7 @@ void Progress::Show(std::uint64_t cases, std::uint64_t bytes_read) {
 }
 
 void Progress::Close(const Tally& tally) {
-  EraseLine();
+  Clear();
   Tell(fmt::format("{} cases, {} scored, {} missing, {} invalid, {:.3f} seconds", tally.cases,
                    tally.scored, tally.missing, tally.invalid, SecondsSince(start_)));
 }
@@ -53,7 +53,7 @@ double Progress::SecondsSince(Clock::time_point start) const {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-void Progress::EraseLine() {
+void Progress::Clear() {
   if (shown_) TellAsItIs(kEraseLine);
   shown_ = false;
 }

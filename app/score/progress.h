@@ -21,6 +21,8 @@ class Progress {
 
   // Rewrites the progress line now and then, where standard error is a terminal.
   void Show(std::uint64_t cases, std::uint64_t bytes_read);
+  // Takes the progress line away, for other lines to follow.
+  void Clear();
   // Writes the closing line.
   void Close(const Tally& tally);
 
@@ -28,8 +30,6 @@ class Progress {
   using Clock = std::chrono::steady_clock;
 
   double SecondsSince(Clock::time_point start) const;
-  void EraseLine();
-
   std::uint64_t input_size_;
   bool terminal_;
   bool shown_ = false;

@@ -156,7 +156,10 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
   app->add_flag("--decisions", decisions_,
                 "add each machine's decision value: decision(TARGET|ALTERNATE), decision for a "
                 "regression");
-  app->add_flag("--strict", strict_, "exit with status 4 if any case failed");
+  app->add_flag("--reasons", reasons_,
+                "add a last column, reason: why a case failed; empty for one that is scored");
+  app->add_flag("--strict", strict_,
+                "exit with status 4 if any case failed, and not only if none could be scored");
   AddReadingOptions(*app, reading_,
                     "refuse a model of whose document something is guessed, lost or wrong");
   app->add_option("--threads", threads_, "number of threads; default: all cores")
@@ -221,7 +224,10 @@ ExitStatus ScoreCommand::Run() {
   if (decisions_ && dynamic_cast<BatchModel*>(&model) == nullptr) {
     throw Failure(kUsageError, "--decisions: the plug-in's model does not give decision values");
   }
-  plan.results = tools::MakeColumns(model, *loaded.output, choice, decisions_);
+  plan.results = tools::MakeColumns(model, *loaded.output, choice, decisions_, reasons_);
+  plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
+  plan.logs_failures = ScoringLog::GetInstance().GetLevel() > 0;
+  plan.writes_reasons = reasons_;
   const bool json = format_ == "jsonl";
   std::vector<std::string> names = NamesOf(copied, plan.results, json);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
@@ -234,11 +240,22 @@ ExitStatus ScoreCommand::Run() {
   plan.format->Header(header);
   output.Write(header);
   const int threads = threads_ > 0 ? threads_ : oneapi::tbb::info::default_concurrency();
-  const Tally tally = ScoreAll(plan, input, file.Name(), output, progress, threads);
+  Tally tally;
+  Failures failures;
+  try {
+    tally = ScoreAll(plan, input, file.Name(), output, progress, failures, threads);
+  } catch (...) {
+    progress.Clear();
+    TellAsItIs(failures.Text());
+    throw;
+  }
   output.Commit();
+  progress.Clear();
+  TellAsItIs(failures.Text());
   progress.Close(tally);
   CheckLog(log_);
-  return strict_ && tally.scored < tally.cases ? kSomeCaseFailed : kDone;
+  const bool failed = strict_ ? tally.scored < tally.cases : tally.scored == 0 && tally.cases > 0;
+  return failed ? kSomeCaseFailed : kDone;
 }
 
 }  // namespace svmscore::app

@@ -33,6 +33,7 @@ class ScoreCommand : public Command {
   int threads_ = 0;
   bool prediction_only_ = false;
   bool decisions_ = false;
+  bool reasons_ = false;
   bool strict_ = false;
   ReadingOptions reading_;
 };

@@ -93,6 +93,8 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
     if (kept_.by != by) kept_ = {by, nullptr, false};
     return kept_;
   }
+  // What became of the value at a position, as when it was set.
+  InputState StateOf(std::size_t position) const { return slots_[position].state; }
   // The variable behind a position.
   const ScoreDictVar& Variable(std::size_t position) const { return *slots_[position].var; }
 

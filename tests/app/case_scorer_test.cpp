@@ -41,7 +41,9 @@ std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const std::
   plan.columns = tools::MatchColumns({"width", "height", "colour"}, loaded, {}, "cases");
   plan.replace_missing = true;
   plan.output = loaded.output.get();
-  plan.results = tools::MakeColumns(model, *loaded.output, tools::ColumnChoice::kAll, false);
+  plan.results = tools::MakeColumns(model, *loaded.output, tools::ColumnChoice::kAll, false, true);
+  plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
+  plan.writes_reasons = true;
   plan.format = CsvFormat({});
   CaseScorer scorer(plan);
   scorer.FixPositions();
@@ -71,7 +73,7 @@ TEST(CaseScorer, ScoresCaseByCaseWhatABatchGives) {
       "1,2,blue\n1,1,\n,1,red\n1,1,\"green\"\"\"\n,one,red\n-1,-1,red\ntoo short\n";
   const std::string scores = ScoredRows(loaded, single, rows);
   EXPECT_EQ(scores, ScoredRows(loaded, *loaded.model, rows));
-  EXPECT_NE(scores.find("90029\n"), std::string::npos);
+  EXPECT_NE(scores.find("90029,"), std::string::npos);
   // No row is lost, made twice or changed where output is written in pieces.
   for (std::size_t long_output = 1; long_output < scores.size() + 2; ++long_output) {
     EXPECT_EQ(ScoredRows(loaded, *loaded.model, rows, long_output), scores) << long_output;

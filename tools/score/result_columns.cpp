@@ -5,6 +5,7 @@
 
 #include "host/model/score_dict_var.h"
 #include "host/model/score_result.h"
+#include "host/output/decision_name.h"
 
 namespace svmscore::tools {
 namespace {
@@ -34,6 +35,18 @@ class Status : public ResultColumn {
   Status() : ResultColumn("status", CellKind::kWhole) {}
   void Write(const ScoredCase& scored, CellSink& cell) const override {
     cell.Whole(scored.outcome.status);
+  }
+};
+
+class FailureReason : public ResultColumn {
+ public:
+  FailureReason() : ResultColumn("reason", CellKind::kText) {}
+  void Write(const ScoredCase& scored, CellSink& cell) const override {
+    if (scored.reason.empty()) {
+      cell.Empty();
+    } else {
+      cell.Text(scored.reason);
+    }
   }
 };
 
@@ -219,21 +232,10 @@ void AddPlainColumns(const ScoreModel& model, const TargetRules& targets, bool a
   }
 }
 
-std::string DecisionName(const TargetRules& targets, std::pair<int, int> decides) {
-  if (targets.GetScheme().method == Method::kRegression) return "decision";
-  const auto name = [&targets](int category) {
-    const auto& categories = targets.Target().GetCategories();
-    const auto position = static_cast<std::size_t>(category);
-    return category >= 0 && position < categories.size() ? categories[position]->GetText() : "";
-  };
-  if (decides.second < 0) return "decision(" + name(decides.first) + ")";
-  return "decision(" + name(decides.first) + "|" + name(decides.second) + ")";
-}
-
 }  // namespace
 
 ResultColumns MakeColumns(const ScoreModel& model, const output::OutputPlan& output,
-                          ColumnChoice choice, bool decisions) {
+                          ColumnChoice choice, bool decisions, bool reasons) {
   ResultColumns made;
   if (choice == ColumnChoice::kDocument && !output.Fields().empty()) {
     for (const int field : output.FinalFields()) {
@@ -244,9 +246,10 @@ ResultColumns MakeColumns(const ScoreModel& model, const output::OutputPlan& out
   }
   const auto* batch = decisions ? dynamic_cast<const BatchModel*>(&model) : nullptr;
   for (std::size_t i = 0; batch != nullptr && i < batch->DecisionCount(); ++i) {
-    Add<Decision>(made, DecisionName(output.Targets(), batch->DecisionCategories(i)), i);
+    Add<Decision>(made, output::DecisionName(output.Targets(), batch->DecisionCategories(i)), i);
   }
   Add<Status>(made);
+  if (reasons) Add<FailureReason>(made);
   return made;
 }
 

@@ -19,6 +19,7 @@ struct ScoredCase {
   output::OutputScratch& outputs;  // computed where there are columns of output fields
   const double* decisions;         // of the first machine; null where the case has none
   std::size_t decision_stride;
+  std::string_view reason = {};  // why the case failed, in words; empty where it did not
 };
 
 // What the cells of a column hold unless they are empty. kCategory: texts that are categories of
@@ -49,9 +50,9 @@ enum class ColumnChoice {
 };
 
 // The columns of the result, then with `decisions` the decision value of every machine if the model
-// is a BatchModel, then the status.
+// is a BatchModel, then the status, then with `reasons` why a case failed.
 ResultColumns MakeColumns(const MCZandor_850::ScoreModel& model, const output::OutputPlan& output,
-                          ColumnChoice choice, bool decisions);
+                          ColumnChoice choice, bool decisions, bool reasons);
 
 }  // namespace svmscore::tools
 

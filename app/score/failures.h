@@ -1,0 +1,47 @@
+// What a run tells of the cases that failed.
+#ifndef APP_SCORE_FAILURES_H_
+#define APP_SCORE_FAILURES_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/reasons/reason.h"
+
+namespace svmscore::app {
+
+// Of some rows in a row: for each failed cell a line, the first ones or all, and how often each
+// reason occurred.
+class Failures {
+ public:
+  // `keep_all` lines, and not only as many as are shown in the end.
+  explicit Failures(bool keep_all = false) : keep_all_(keep_all) {}
+
+  // Those of a case that is the row at position `row`, from 0.
+  void Add(std::uint64_t row, const std::vector<reasons::Reason>& found);
+  // Those of rows of which the first one is at position `first_row`. Writes lines to the log where
+  // `other` has kept all.
+  void Add(const Failures& other, std::uint64_t first_row);
+  void Clear();
+  // Bytes of the lines.
+  std::size_t Size() const { return size_; }
+
+  // Lines for standard error, printable; empty where no case failed.
+  std::string Text() const;
+
+ private:
+  struct Line {
+    std::uint64_t row;
+    std::string text;
+  };
+
+  bool keep_all_;
+  std::vector<Line> lines_;
+  std::size_t size_ = 0;
+  std::uint64_t cells_ = 0;
+  reasons::ReasonCounts counts_;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_SCORE_FAILURES_H_
