@@ -57,14 +57,15 @@ void Examine(const tools::OpenedDocument& opened, tools::DocumentSource& source,
   if (tools::IsScored(opened) && choices.Half()) {
     files = MakeCaseFiles(LoadAgain(document, LoadChecks::kRefuse), choices);
   }
-  std::vector<Finding> findings;
+  tools::Examination examination;
   try {
-    findings = tools::Examine(opened, ThePlugin(), source, files);
+    examination = tools::Examine(opened, ThePlugin(), source, files);
   } catch (const tools::BadCases&) {
     Promise(files.has_value(), "scores that do not fit");
-    findings = tools::Examine(opened, ThePlugin(), source, std::nullopt);
+    examination = tools::Examine(opened, ThePlugin(), source, std::nullopt);
   }
-  Promise(!app::ReportText(kName, findings).empty() && !tools::ReportJson(kName, findings).empty(),
+  Promise(!app::ReportText(kName, examination).empty() &&
+              !tools::ReportJson(kName, examination).empty(),
           "a report tells");
 }
 

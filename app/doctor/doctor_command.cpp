@@ -49,7 +49,7 @@ ExitStatus DoctorCommand::Run() {
   tools::DocumentSource source(model_, limits_);
   const tools::OpenedDocument opened = tools::OpenDocument(plugin, source);
   if (!opened.IsRead()) {
-    if (json_) OutputFile("-").Write(tools::ReportJson(model_, {*opened.refused}));
+    if (json_) OutputFile("-").Write(tools::ReportJson(model_, {{*opened.refused}, {}}));
     throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->detail));
   }
   std::optional<tools::CaseFiles> files;
@@ -58,10 +58,10 @@ ExitStatus DoctorCommand::Run() {
     files.emplace(tools::CaseFiles{ReadTable(input_, limits_), ReadTable(expected_, limits_),
                                    missing_tokens_, tolerance_});
   }
-  const std::vector<Finding> found = tools::Examine(opened, plugin, source, files);
+  const tools::Examination examined = tools::Examine(opened, plugin, source, files);
   OutputFile output("-");
-  output.Write(json_ ? tools::ReportJson(model_, found) : ReportText(model_, found));
-  const bool changes = std::any_of(found.begin(), found.end(),
+  output.Write(json_ ? tools::ReportJson(model_, examined) : ReportText(model_, examined));
+  const bool changes = std::any_of(examined.findings.begin(), examined.findings.end(),
                                    [](const Finding& finding) { return finding.IsError(); });
   return changes ? kDisagrees : kDone;
 }

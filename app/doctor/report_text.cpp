@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <map>
+#include <string_view>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -35,8 +37,10 @@ std::string PlaceOf(const Finding& finding) {
 
 }  // namespace
 
-std::string ReportText(const std::string& file, const std::vector<Finding>& findings) {
+std::string ReportText(const std::string& file, const tools::Examination& examination) {
+  const std::vector<Finding>& findings = examination.findings;
   std::string text = fmt::format("{}: {}\n", Printable(file), Summary(findings));
+  if (examination.agreement) text += "\n" + examination.agreement->Text();
   std::map<std::string_view, std::size_t> kinds;
   for (const Finding& finding : findings) ++kinds[finding.Name()];
   std::map<std::string_view, std::size_t> met;

@@ -3,14 +3,13 @@
 #define APP_DOCTOR_REPORT_TEXT_H_
 
 #include <string>
-#include <vector>
 
-#include "host/findings/finding.h"
+#include "tools/doctor/examination.h"
 
 namespace svmscore::app {
 
-// `findings` in the order in which they are written.
-std::string ReportText(const std::string& file, const std::vector<Finding>& findings);
+// Findings in the order in which they are written, and how predictions agree with expected ones.
+std::string ReportText(const std::string& file, const tools::Examination& examination);
 
 }  // namespace svmscore::app
 

@@ -1,5 +1,7 @@
 #include "app/verify/verify_command.h"
 
+#include <utility>
+
 #include <fmt/format.h>
 
 #include "app/files/output_file.h"
@@ -101,8 +103,10 @@ ExitStatus VerifyCommand::Run() {
       report = tools::VerifyDocument(loaded, Print);
     } else {
       const tools::TextTable cases = ReadTable(input_, limits_);
-      report = tools::VerifyFiles(loaded, cases, ReadTable(expected_, limits_), tolerance_,
-                                  missing_tokens_);
+      tools::FilesReport files = tools::VerifyFiles(loaded, cases, ReadTable(expected_, limits_),
+                                                    tolerance_, missing_tokens_);
+      report = std::move(files.report);
+      if (files.agreement) report.Add(files.agreement->Text());
       if (report.Compared() == 0) {
         throw Failure(kInputError,
                       fmt::format("{} expects nothing: every cell is empty", expected_));

@@ -26,6 +26,9 @@ using transform::Program;
 
 namespace {
 
+// Reasons of a case, and fields that are looked at on the way from derived fields to inputs.
+constexpr std::size_t kMostReasons = 1000;
+constexpr std::size_t kMostSteps = 100000;
 // Inputs of a derived field that are told with their values, and bytes of each.
 constexpr std::size_t kInputsTold = 3;
 constexpr std::size_t kLongestTold = 32;
@@ -84,6 +87,7 @@ class CaseExaminer::Examination {
       FindDecisions(ended);
     } else {
       FindFields();
+      if (reasons_.empty()) DecideAgain(ended);
     }
     if (reasons_.empty()) {
       Add({.cause = ended.status == MCScore::kCannotScore ? Cause::kCannotScore
@@ -94,7 +98,10 @@ class CaseExaminer::Examination {
   }
 
  private:
-  void Add(Reason reason) { reasons_.push_back(std::move(reason)); }
+  void Add(Reason reason) {
+    if (!IsFull()) reasons_.push_back(std::move(reason));
+  }
+  bool IsFull() const { return reasons_.size() >= kMostReasons; }
   const ScoreModel& Model() const { return *examiner_.loaded_.model; }
 
   // Every text is the name of its field.
@@ -109,7 +116,7 @@ class CaseExaminer::Examination {
 
   void FindInvalidInputs() {
     if (IsHeader()) return Add({.cause = Cause::kHeaderRow});
-    for (std::size_t i = 0; i < record_.Size(); ++i) {
+    for (std::size_t i = 0; i < record_.Size() && !IsFull(); ++i) {
       if (record_.StateOf(i) == InputState::kInvalid) Add(ReasonOfInput(i));
     }
   }
@@ -159,6 +166,7 @@ class CaseExaminer::Examination {
       derived_ = transformations->GetValuesForDerivedVars(&record_, nullptr);
     }
     for (const ScoreDictVar* var : examiner_.fields_) {
+      if (IsFull() || (steps_ > kMostSteps && !reasons_.empty())) break;
       const ScoreValue* value = var->IsDerived() ? nullptr : record_.GetValueOf(*var);
       if (value == nullptr && derived_ != nullptr) value = derived_->GetDerived(*var);
       if (var->IsMissingValue(value)) {
@@ -203,6 +211,7 @@ class CaseExaminer::Examination {
       next = nullptr;
       for (const int slot : step->reads) {
         const transform::Value& value = derived_->Values().Slot(static_cast<std::size_t>(slot));
+        if (++steps_ > kMostSteps) break;
         const bool same = cause == Cause::kDerivedMissing ? value.IsMissing() : value.IsInvalid();
         if (!same) continue;
         if (const ScoreDictVar* input = InputOf(slot)) return AddBlamed(*input, var->GetName());
@@ -245,6 +254,25 @@ class CaseExaminer::Examination {
     return text;
   }
 
+  void DecideAgain(const Ended& ended) {
+    auto* batch = dynamic_cast<BatchModel*>(examiner_.loaded_.model.get());
+    if (batch == nullptr) return;
+    std::vector<double> entries(batch->EntryCount());
+    std::vector<double> decisions(batch->DecisionCount());
+    if (decisions.empty() || batch->ReadCase(record_, false, entries.data(), 1).IsError()) return;
+    long status = 0;
+    BatchResults results;
+    results.status = &status;
+    results.decisions = decisions.data();
+    results.stride = 1;
+    batch->ScoreBatch({entries.data(), 1, 1}, results);
+    if (status == MCScore::kCannotScore) return;
+    Ended decided = ended;
+    decided.decisions = decisions.data();
+    decided.stride = 1;
+    FindDecisions(decided);
+  }
+
   void FindDecisions(const Ended& ended) {
     for (std::size_t m = 0; m < examiner_.decision_names_.size(); ++m) {
       const double decision = ended.decisions[m * ended.stride];
@@ -270,6 +298,7 @@ class CaseExaminer::Examination {
   const Given* given_;
   std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;
   std::vector<Reason> reasons_;
+  std::size_t steps_ = 0;
 };
 
 std::vector<Reason> CaseExaminer::Examine(const InputCaseRecord& record, const Given* given,

@@ -26,7 +26,8 @@ struct Ended {
   long status = 0;        // the case's
   long model_status = 0;  // the same before output fields were computed: 0 where only those failed
   // The model's decision values where the case got as far as that: value m is at
-  // decisions[m * stride]. Null where it did not, or where they are not known.
+  // decisions[m * stride]. Null where it did not, or where they are not known: then they are
+  // computed once more, if they are what is left.
   const double* decisions = nullptr;
   std::size_t stride = 0;
   // The output field that has an invalid value; nothing where none has.
@@ -44,7 +45,7 @@ class SVMSCORE_HOST_API CaseExaminer {
   ~CaseExaminer();
 
   // Everything that is enough to fail the case, in the order of the inputs and then of the vector
-  // positions; never empty. `record` holds the failed case, with the layout of `variables`, as it
+  // positions, but not more than a thousand reasons; never empty. `record` holds the failed case, with the layout of `variables`, as it
   // was set for scoring, and `given` what it was set from, value by value.
   std::vector<Reason> Examine(const MCZandor_850::InputCaseRecord& record, const Given* given,
                               const Ended& ended) const;

@@ -198,7 +198,7 @@ TEST(BadModel, NamesStayWithinTheLinesOfReports) {
                                        {"*='x'", "='" + name + "'", "*='y'", "='y" + name + "'"});
   const std::string cases = folder.Write("cases.csv", "\"x\n0 cells\xC2\x9B\"\n1\n");
   const std::string expected = folder.Write("expected.csv", "\"z\n\x1B\"\n1\n");
-  for (const auto& [command, lines] : {std::pair{"describe", 24}, {"verify", 3}, {"doctor", 6}}) {
+  for (const auto& [command, lines] : {std::pair{"describe", 24}, {"verify", 4}, {"doctor", 8}}) {
     std::vector<std::string> arguments = {command, model};
     if (lines != 24) arguments.insert(arguments.end(), {"--input", cases, "--expected", expected});
     if (lines == 24) arguments.push_back("--dump");

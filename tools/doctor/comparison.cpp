@@ -54,7 +54,7 @@ std::string TextOfRow(const CaseFiles& files, const Comparison& comparison, std:
     if (compared.cells[i].agrees) continue;
     const ExpectedColumn& column = comparison.columns[i];
     std::string got = compared.cells[i].got;
-    if (got.empty()) got = fmt::format("nothing (status {})", compared.status);
+    if (got.empty()) got = fmt::format("nothing (status {}; {})", compared.status, compared.why);
     text = fmt::format("row {}: {}: expected {}, got {}", row + 1, column.quantity.name,
                        files.expected.rows[row][column.cell], got);
     break;
@@ -100,6 +100,20 @@ const Comparison* FirstExplained(const Suspect& suspect, const CaseFiles& files,
   return nullptr;
 }
 
+std::optional<Agreement> AgreementOf(const LoadedModel& loaded, const CaseFiles& files,
+                                     const Comparison& comparison) {
+  const std::size_t column = PredictionAmong(loaded, comparison.columns);
+  if (column == comparison.columns.size()) return std::nullopt;
+  const std::size_t cell = comparison.columns[column].cell;
+  Agreement agreement(loaded.output->Targets(), files.expected.header[cell]);
+  for (std::size_t row = 0; row < comparison.rows.size(); ++row) {
+    const std::string& got = comparison.rows[row].cells[column].got;
+    agreement.Add(row + 1, files.expected.rows[row][cell],
+                  got.empty() ? std::nullopt : std::optional<std::string_view>(got));
+  }
+  return agreement;
+}
+
 }  // namespace
 
 Comparison Compare(const LoadedModel& loaded, const CaseFiles& files,
@@ -109,7 +123,11 @@ Comparison Compare(const LoadedModel& loaded, const CaseFiles& files,
   VerifyCase scored(loaded);
   for (std::size_t row = 0; row < files.cases.rows.size(); ++row) {
     comparison.rows.push_back(CompareRow(files, columns, row, scored));
-    if (!comparison.rows.back().agrees) comparison.wrong.push_back(row);
+    ComparedRow& compared = comparison.rows.back();
+    if (!compared.agrees) comparison.wrong.push_back(row);
+    // Only the first rows are told with what they got.
+    const bool told = !compared.agrees && comparison.wrong.size() <= kShownValues;
+    if (told && compared.status != 0) compared.why = scored.WhyFailed();
     for (const ExpectedColumn& column : columns) {
       comparison.expects = comparison.expects || !files.expected.rows[row][column.cell].empty();
     }
@@ -129,7 +147,8 @@ std::size_t CountWrong(const LoadedModel& loaded, const CaseFiles& files,
   return wrong;
 }
 
-void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& findings) {
+std::optional<Agreement> CheckScores(const Suspect& suspect, const CaseFiles& files,
+                                     FindingList& findings) {
   std::vector<Comparison> comparisons;
   for (const ExpectedColumns& columns :
        ReadingsOf(suspect.loaded, files.cases, files.expected).all) {
@@ -137,18 +156,22 @@ void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& fi
     if (!comparisons.back().expects) {
       throw BadCases(fmt::format("{} expects nothing: every cell is empty", files.expected.name));
     }
-    if (comparisons.back().wrong.empty()) return;
+    if (comparisons.back().wrong.empty()) {
+      return AgreementOf(suspect.loaded, files, comparisons.back());
+    }
   }
   std::stable_sort(
       comparisons.begin(), comparisons.end(),
       [](const Comparison& a, const Comparison& b) { return a.wrong.size() < b.wrong.size(); });
   FindingList explained(suspect.loaded.document);
   const Comparison* comparison = FirstExplained(suspect, files, comparisons, explained);
-  TellMismatch(files, comparison != nullptr ? *comparison : comparisons.front(), findings);
+  const Comparison& told = comparison != nullptr ? *comparison : comparisons.front();
+  TellMismatch(files, told, findings);
   for (Finding& finding : explained.Take()) findings.Add(std::move(finding));
   if (comparison == nullptr) {
     FindSeparatingFields(suspect, files, comparisons.front(), findings);
   }
+  return AgreementOf(suspect.loaded, files, told);
 }
 
 }  // namespace svmscore::tools

@@ -33,6 +33,7 @@ struct ComparedCell {
 struct ComparedRow {
   bool agrees = true;
   long status = 0;
+  std::string why;                  // the case failed; of the first rows that disagree
   std::vector<ComparedCell> cells;  // one a column of the comparison
 };
 
@@ -57,9 +58,11 @@ struct Suspect {
   DocumentSource& source;
 };
 
-// Reports scores that differ from the expected ones, and what would explain the difference. Throws
-// BadCases for files that do not fit together or expect nothing.
-void CheckScores(const Suspect& suspect, const CaseFiles& files, FindingList& findings);
+// Reports scores that differ from the expected ones, and what would explain the difference. Returns
+// how well the predictions agree; nothing where the files expect none. Throws BadCases for files
+// that do not fit together or expect nothing.
+std::optional<Agreement> CheckScores(const Suspect& suspect, const CaseFiles& files,
+                                     FindingList& findings);
 
 // explanations.cpp: how the expected values relate to the actual ones. Returns whether that
 // explains the disagreement.

@@ -33,21 +33,25 @@ bool IsScored(const OpenedDocument& opened) {
   return opened.loaded && !opened.refused;
 }
 
-std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
-                             DocumentSource& source, const std::optional<CaseFiles>& files) {
+Examination Examine(const OpenedDocument& opened, const Plugin& plugin, DocumentSource& source,
+                    const std::optional<CaseFiles>& files) {
+  Examination examination;
   FindingList findings(opened.Document());
   if (opened.refused) findings.Add(*opened.refused);
   if (IsScored(opened)) {
-    if (files) CheckScores({*opened.loaded, plugin, source}, *files, findings);
+    if (files) {
+      examination.agreement = CheckScores({*opened.loaded, plugin, source}, *files, findings);
+    }
     CheckVerification(*opened.loaded, findings);
   }
   CheckDocument(opened, findings);
   for (const Finding& finding : opened.findings) findings.Add(finding);
-  std::vector<Finding> found = findings.Take();
+  std::vector<Finding>& found = examination.findings;
+  found = findings.Take();
   std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {
     return a.kind->of_class > b.kind->of_class;
   });
-  return found;
+  return examination;
 }
 
 }  // namespace svmscore::tools

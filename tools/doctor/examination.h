@@ -17,12 +17,17 @@ namespace svmscore::tools {
 // never.
 bool IsScored(const OpenedDocument& opened);
 
-// What is suspicious about the document of `source`, the most severe first. `files` hold cases and
-// the expected scores. REQUIRES: opened.IsRead(). [one thread] for each document and source. Owns:
-// the caller. Lives: arguments for the call. Fails: BadCases if the files do not fit;
-// std::bad_alloc.
-std::vector<Finding> Examine(const OpenedDocument& opened, const Plugin& plugin,
-                             DocumentSource& source, const std::optional<CaseFiles>& files);
+struct Examination {
+  std::vector<Finding> findings;       // the most severe first
+  std::optional<Agreement> agreement;  // of the files; nothing where they expect no predictions
+};
+
+// What is suspicious about the document of `source`. `files` hold cases and the expected scores.
+// REQUIRES: opened.IsRead(). [one thread] for each document and source. Owns: the caller. Lives:
+// arguments for the call, and `opened` as long as the agreement. Fails: BadCases if the files do
+// not fit; std::bad_alloc.
+Examination Examine(const OpenedDocument& opened, const Plugin& plugin, DocumentSource& source,
+                    const std::optional<CaseFiles>& files);
 
 }  // namespace svmscore::tools
 

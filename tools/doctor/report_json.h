@@ -3,15 +3,14 @@
 #define TOOLS_DOCTOR_REPORT_JSON_H_
 
 #include <string>
-#include <vector>
 
-#include "host/findings/finding.h"
+#include "tools/doctor/examination.h"
 
 namespace svmscore::tools {
 
-// One object, indented, with a line end. `findings` in the order in which they are written. Bytes
-// that are not UTF-8 become U+FFFD.
-std::string ReportJson(const std::string& file, const std::vector<Finding>& findings);
+// One object, indented, with a line end: the findings in the order in which they are written, and
+// how predictions agree with expected ones. Bytes that are not UTF-8 become U+FFFD.
+std::string ReportJson(const std::string& file, const Examination& examination);
 
 }  // namespace svmscore::tools
 

@@ -40,7 +40,8 @@ Value Computed(double number) {
 VerifyCase::VerifyCase(const LoadedModel& loaded)
     : loaded_(loaded),
       record_(InputsOf(loaded), true, ReplacesMissing(loaded)),
-      scratch_(*loaded.output, ReplacesMissing(loaded)) {
+      scratch_(*loaded.output, ReplacesMissing(loaded)),
+      given_(record_.Size()) {
   for (std::size_t i = 0; i < record_.Size(); ++i) {
     inputs_.emplace(record_.Variable(i).GetName(), Input{false, i});
   }
@@ -62,6 +63,7 @@ VerifyCase::~VerifyCase() = default;
 void VerifyCase::Clear() {
   record_.Clear();
   scratch_.Extras().Clear();
+  for (GivenText& given : given_) given = {};
 }
 
 std::optional<VerifyCase::Input> VerifyCase::FindInput(const std::string& name) const {
@@ -71,11 +73,35 @@ std::optional<VerifyCase::Input> VerifyCase::FindInput(const std::string& name) 
 
 void VerifyCase::Set(const Input& input, std::string_view text) {
   InputCaseRecord& record = input.extra ? scratch_.Extras() : record_;
-  if (text.empty() && record.Variable(input.position).GetStorageType() == 0) {
+  const bool missing = text.empty() && record.Variable(input.position).GetStorageType() == 0;
+  if (!input.extra) given_[input.position] = {std::string(text), missing};
+  if (missing) {
     record.SetMissing(input.position);
   } else {
     record.SetText(input.position, text);
   }
+}
+
+void VerifyCase::SetMissing(const Input& input, std::string_view text) {
+  if (!input.extra) given_[input.position] = {std::string(text), true};
+  (input.extra ? scratch_.Extras() : record_).SetMissing(input.position);
+}
+
+std::string VerifyCase::WhyFailed() {
+  std::vector<const ScoreDictVar*> variables;
+  std::vector<reasons::Given> given;
+  for (std::size_t i = 0; i < record_.Size(); ++i) {
+    variables.push_back(&record_.Variable(i));
+    given.push_back({given_[i].text, given_[i].missing});
+  }
+  if (examiner_ == nullptr) {
+    examiner_ = std::make_unique<reasons::CaseExaminer>(loaded_, variables);
+  }
+  reasons::Ended ended;
+  ended.status = outcome_.status;
+  ended.model_status = model_status_;
+  ended.output_field = scratch_.FirstInvalid();
+  return reasons::TextOf(examiner_->Examine(record_, given.data(), ended));
 }
 
 void VerifyCase::Score() {
@@ -87,6 +113,7 @@ void VerifyCase::Score() {
     result_.reset(result);
   }
   outcome_ = loaded_.output->Targets().Finish(status, result_.get());
+  model_status_ = outcome_.status;
   outcome_.status = loaded_.output->Evaluate(outcome_, record_, scratch_);
 }
 

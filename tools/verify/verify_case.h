@@ -12,6 +12,7 @@
 #include "host/load/loader.h"
 #include "host/model/score_case_record.h"
 #include "host/output/output_plan.h"
+#include "host/reasons/case_examiner.h"
 #include "host/transform/derived_fields.h"
 #include "host/transform/value/value.h"
 
@@ -58,9 +59,13 @@ class VerifyCase {
   void Clear();
   // An empty text is a missing number or an empty text.
   void Set(const Input& input, std::string_view text);
+  // Makes an input missing that was given a text which means so.
+  void SetMissing(const Input& input, std::string_view text);
   void Score();
 
   long Status() const { return outcome_.status; }
+  // Why the case failed, in words. REQUIRES: its status is not 0.
+  std::string WhyFailed();
   // The value that the case scored last has; valid until the next.
   transform::Value Read(const Quantity& quantity);
   std::string TextOf(const transform::Value& value);
@@ -76,6 +81,11 @@ class VerifyCase {
   std::vector<Quantity> Results() const;
 
  private:
+  struct GivenText {
+    std::string text;
+    bool missing = true;
+  };
+
   Quantity FromField(std::size_t field) const;
   transform::Value Derived(int position);
 
@@ -89,6 +99,9 @@ class VerifyCase {
   // Of the last case; null until it is asked for.
   std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;
   output::Outcome outcome_;
+  long model_status_ = 0;         // of the outcome before output fields were computed
+  std::vector<GivenText> given_;  // for the inputs of the record
+  std::unique_ptr<reasons::CaseExaminer> examiner_;  // null until a case has failed
 };
 
 }  // namespace svmscore::tools

@@ -1,6 +1,7 @@
 #include "tools/verify/verify_files.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -28,23 +29,38 @@ std::vector<Quantity> Candidates(const LoadedModel& loaded, const VerifyCase& sc
   return candidates;
 }
 
-ExpectedColumns MatchExpected(const TextTable& expected, const VerifyCase& scored) {
+ExpectedColumns MatchExpected(const LoadedModel& loaded, const TextTable& expected,
+                              const VerifyCase& scored) {
   ExpectedColumns matched;
   for (std::size_t i = 0; i < expected.header.size(); ++i) {
     auto quantity = scored.FindOutputField(expected.header[i]);
     if (!quantity) quantity = scored.FindPlainColumn(expected.header[i]);
     if (quantity) matched.push_back({i, *std::move(quantity)});
   }
+  // Beside a column of predictions, one of the target's name has the actual values.
+  const int target = expected.FindColumn(scored.Prediction().name);
+  if (target >= 0 && PredictionAmong(loaded, matched) == matched.size()) {
+    matched.push_back({static_cast<std::size_t>(target), scored.Prediction()});
+  }
   return matched;
 }
 
+// The first column that does not name the rows; the first one where all do.
+std::size_t FirstOfValues(const TextTable& expected) {
+  const auto found = std::find_if_not(expected.header.begin(), expected.header.end(), NamesRows);
+  return found == expected.header.end() ? 0
+                                        : static_cast<std::size_t>(found - expected.header.begin());
+}
+
+// Names of rows and inputs are no results that somebody expects.
 void RemarkLeftOut(const TextTable& expected, const ExpectedColumns& compared,
-                   VerifyReport& report) {
+                   const VerifyCase& scored, VerifyReport& report) {
   std::vector<std::string_view> names;
   for (std::size_t i = 0; i < expected.header.size(); ++i) {
     const bool used = std::any_of(compared.begin(), compared.end(),
                                   [i](const ExpectedColumn& column) { return column.cell == i; });
-    if (!used) names.push_back(expected.header[i]);
+    const std::string& name = expected.header[i];
+    if (!used && !NamesRows(name) && !scored.IsInput(name)) names.push_back(name);
   }
   if (!names.empty()) {
     report.Remark(fmt::format("not compared, for lack of an output of that name: {}",
@@ -53,6 +69,30 @@ void RemarkLeftOut(const TextTable& expected, const ExpectedColumns& compared,
 }
 
 }  // namespace
+
+std::size_t PredictionAmong(const LoadedModel& loaded, const ExpectedColumns& columns) {
+  const auto found =
+      std::find_if(columns.begin(), columns.end(), [&loaded](const ExpectedColumn& column) {
+        if (column.quantity.kind == Quantity::Kind::kPrediction) return true;
+        if (column.quantity.kind != Quantity::Kind::kOutputField) return false;
+        const auto field = static_cast<std::size_t>(column.quantity.index);
+        return loaded.output->Fields()[field].feature == Feature::kPredictedValue;
+      });
+  return static_cast<std::size_t>(found - columns.begin());
+}
+
+bool NamesRows(std::string_view column) {
+  constexpr std::array<std::string_view, 20> kNames = {
+      "row",      "rows",    "row_id", "rowid", "row.id", "row.names", "row_names",
+      "rownames", "rowname", "id",     "index", "idx",    "case",      "case_id",
+      "caseid",   "record",  "obs",    "no",    "nr",     "#"};
+  if (column.empty() || column.starts_with("Unnamed: ")) return true;
+  std::string folded(column);
+  std::transform(folded.begin(), folded.end(), folded.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return std::find(kNames.begin(), kNames.end(), folded) != kNames.end();
+}
 
 void RequireInputs(const LoadedModel& loaded, const TextTable& cases) {
   const std::vector<std::string_view> header(cases.header.begin(), cases.header.end());
@@ -65,8 +105,11 @@ void SetInputs(const TextTable& cases, const std::vector<std::string>& row,
   for (std::size_t i = 0; i < row.size(); ++i) {
     const auto input = scored.FindInput(cases.header[i]);
     if (row[i].empty() || !input) continue;
-    if (std::find(missing.begin(), missing.end(), row[i]) != missing.end()) continue;
-    scored.Set(*input, row[i]);
+    if (std::find(missing.begin(), missing.end(), row[i]) != missing.end()) {
+      scored.SetMissing(*input, row[i]);
+    } else {
+      scored.Set(*input, row[i]);
+    }
   }
 }
 
@@ -78,43 +121,56 @@ ExpectedReadings ReadingsOf(const LoadedModel& loaded, const TextTable& cases,
                                cases.name, cases.rows.size(), expected.name, expected.rows.size()));
   }
   const VerifyCase scored(loaded);
-  ExpectedColumns by_name = MatchExpected(expected, scored);
+  ExpectedColumns by_name = MatchExpected(loaded, expected, scored);
   if (!by_name.empty()) return {true, {std::move(by_name)}};
   ExpectedReadings readings;
+  const std::size_t cell = FirstOfValues(expected);
   for (Quantity& quantity : Candidates(loaded, scored)) {
-    readings.all.push_back({{0, std::move(quantity)}});
+    readings.all.push_back({{cell, std::move(quantity)}});
   }
   return readings;
 }
 
-VerifyReport VerifyFiles(const LoadedModel& loaded, const TextTable& cases,
-                         const TextTable& expected, double tolerance,
-                         const MissingTokens& missing) {
+FilesReport VerifyFiles(const LoadedModel& loaded, const TextTable& cases,
+                        const TextTable& expected, double tolerance, const MissingTokens& missing) {
   const auto [by_name, readings] = ReadingsOf(loaded, cases, expected);
   VerifyCase scored(loaded);
   output::Allowance allowance;
   allowance.precision = tolerance;
-  std::vector<VerifyReport> reports(readings.size());
+  std::vector<FilesReport> reports(readings.size());
+  std::vector<std::size_t> predictions;
+  for (std::size_t i = 0; i < readings.size(); ++i) {
+    predictions.push_back(PredictionAmong(loaded, readings[i]));
+    if (predictions[i] == readings[i].size()) continue;
+    const std::string& name = expected.header[readings[i][predictions[i]].cell];
+    reports[i].agreement.emplace(loaded.output->Targets(), name);
+  }
   for (std::size_t row = 0; row < cases.rows.size(); ++row) {
     SetInputs(cases, cases.rows[row], missing, scored);
     scored.Score();
     for (std::size_t i = 0; i < readings.size(); ++i) {
-      for (const ExpectedColumn& column : readings[i]) {
-        reports[i].Compare(row + 1, column.quantity, expected.rows[row][column.cell], allowance,
-                           scored);
+      for (std::size_t c = 0; c < readings[i].size(); ++c) {
+        const auto& [cell, quantity] = readings[i][c];
+        const std::string& text = expected.rows[row][cell];
+        reports[i].report.Compare(row + 1, quantity, text, allowance, scored);
+        if (c != predictions[i]) continue;
+        const transform::Value value = scored.Read(quantity);
+        reports[i].agreement->Add(
+            row + 1, text, value.IsPresent() ? std::optional(scored.TextOf(value)) : std::nullopt);
       }
     }
   }
   std::size_t chosen = 0;
   for (std::size_t i = readings.size(); i-- > 0;) {
-    if (reports[i].Disagreements() == 0) chosen = i;
+    if (reports[i].report.Disagreements() == 0) chosen = i;
   }
+  VerifyReport& report = reports[chosen].report;
   if (!by_name) {
-    reports[chosen].Remark(fmt::format(
-        "column {} is compared with {}", expected.header[0],
+    report.Remark(fmt::format(
+        "column {} is compared with {}", expected.header[readings[chosen][0].cell],
         chosen == 0 ? std::string("the prediction") : readings[chosen][0].quantity.name));
   }
-  RemarkLeftOut(expected, readings[chosen], reports[chosen]);
+  RemarkLeftOut(expected, readings[chosen], scored, report);
   return std::move(reports[chosen]);
 }
 

@@ -2,11 +2,14 @@
 #ifndef TOOLS_VERIFY_VERIFY_FILES_H_
 #define TOOLS_VERIFY_VERIFY_FILES_H_
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/load/loader.h"
 #include "tools/base/text_table.h"
+#include "tools/verify/agreement.h"
 #include "tools/verify/verify_report.h"
 
 namespace svmscore::tools {
@@ -25,6 +28,14 @@ struct ExpectedColumn {
 };
 using ExpectedColumns = std::vector<ExpectedColumn>;
 
+// The position of the column that holds what the model should predict, the first of several;
+// columns.size() where none does.
+std::size_t PredictionAmong(const LoadedModel& loaded, const ExpectedColumns& columns);
+
+// Whether a column of this name numbers or names the rows of a table, as an unnamed first column
+// does and one that is called "id" or "row".
+bool NamesRows(std::string_view column);
+
 struct ExpectedReadings {
   bool by_name = false;
   std::vector<ExpectedColumns> all;  // one where the columns are known by name
@@ -35,16 +46,22 @@ struct ExpectedReadings {
 void RequireInputs(const LoadedModel& loaded, const TextTable& cases);
 
 // The ways to read `expected`. Columns mean the values of their names: output fields, or the
-// columns that the program writes. Where none of the names is known, the first column means the
+// columns that the program writes; the target's own name means the prediction where no other column
+// does. Where none of the names is known, the first column that does not name the rows means the
 // prediction, or one of the output fields that are made from it: one reading each. Throws a
 // BadCases for files that do not fit together, and as RequireInputs does.
 ExpectedReadings ReadingsOf(const LoadedModel& loaded, const TextTable& cases,
                             const TextTable& expected);
 
+struct FilesReport {
+  VerifyReport report;
+  std::optional<Agreement> agreement;  // nothing where no column holds expected predictions
+};
+
 // Compares by the first reading that agrees on every row, or else by the first one. Throws as
 // ReadingsOf does.
-VerifyReport VerifyFiles(const LoadedModel& loaded, const TextTable& cases,
-                         const TextTable& expected, double tolerance, const MissingTokens& missing);
+FilesReport VerifyFiles(const LoadedModel& loaded, const TextTable& cases,
+                        const TextTable& expected, double tolerance, const MissingTokens& missing);
 
 }  // namespace svmscore::tools
 

@@ -40,7 +40,7 @@ void VerifyReport::Compare(std::size_t record, const Quantity& quantity, std::st
     got = Shortened(scored.TextOf(actual), kLongestInsert) +
           (quantity.is_label ? "" : Distance(judgement, allowed));
   } else if (scored.Status() != 0) {
-    got += fmt::format(" (status {})", scored.Status());
+    got += fmt::format(" (status {}; {})", scored.Status(), scored.WhyFailed());
   }
   lines_ += Printable(fmt::format("record {}: {}: expected {}, got {}", record,
                                   Shortened(quantity.name, kLongestInsert),
@@ -54,8 +54,8 @@ void VerifyReport::Compare(std::size_t record, const Quantity& quantity, std::st
 }
 
 std::string VerifyReport::Text() const {
-  return fmt::format("{}{}{} cells compared, {} disagree\n", remarks_, lines_, compared_,
-                     disagreements_);
+  return fmt::format("{}{}{}{} cells compared, {} disagree\n", remarks_, lines_, figures_,
+                     compared_, disagreements_);
 }
 
 }  // namespace svmscore::tools

@@ -30,16 +30,20 @@ class VerifyReport {
   void Compare(std::size_t record, const Quantity& quantity, std::string_view expected,
                const output::Allowance& allowance, VerifyCase& scored);
 
+  // Lines, printable already, to stand before the summary.
+  void Add(std::string_view lines) { figures_ += lines; }
+
   std::size_t Compared() const { return compared_; }
   std::size_t Disagreements() const { return disagreements_; }
-  // The remarks, one line for each disagreement, and the summary; all printable, and without what
-  // the sink has.
+  // The remarks, one line for each disagreement, what was added, and the summary; all printable,
+  // and without what the sink has.
   std::string Text() const;
 
  private:
   Sink sink_;
   std::string remarks_;
   std::string lines_;
+  std::string figures_;
   std::size_t compared_ = 0;
   std::size_t disagreements_ = 0;
 };
