@@ -21,6 +21,8 @@ constexpr std::size_t kLeastRows = 32;
 constexpr std::size_t kMostRows = 512;
 // So many bytes of text are held for the output fields of a chunk; one row may be beyond.
 constexpr std::size_t kMostTexts = std::size_t{16} << 20;
+// So many bytes of lines wait for the log.
+constexpr std::size_t kMostLogged = std::size_t{1} << 20;
 
 // A line of output, as the columns of results write it.
 class LineSink final : public tools::CellSink {
@@ -177,8 +179,14 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
     const double* decisions = decided ? batch_->Results().decisions + rows_[r].place : nullptr;
     const std::size_t stride = decided ? batch_->Results().stride : 0;
     if (outcome.status != 0) {
-      Explain(cells, {outcome.status, model_status, decisions, stride, outputs_.FirstInvalid()},
-              block);
+      long own_status = model_status;
+      if (batch_ != nullptr && rows_[r].status == 0) {
+        own_status = batch_->Results().status[rows_[r].place];
+      }
+      Explain(
+          cells,
+          {outcome.status, model_status, own_status, decisions, stride, outputs_.FirstInvalid()},
+          block);
     } else if (plan_.writes_reasons) {
       reason_.clear();
     }
@@ -254,7 +262,7 @@ void CaseScorer::SetCell(InputCaseRecord& record, std::size_t position,
 }
 
 bool CaseScorer::HasRoom(const CaseBlock& block) const {
-  return block.out.size() + block.failures.Size() < plan_.long_output;
+  return block.out.size() < plan_.long_output && block.failures.Size() < kMostLogged;
 }
 
 bool CaseScorer::IsMissing(std::string_view cell) const {

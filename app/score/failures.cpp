@@ -55,7 +55,7 @@ void Failures::Add(const Failures& other, std::uint64_t first_row) {
 }
 
 void Failures::Clear() {
-  lines_.clear();
+  lines_ = {};
   size_ = 0;
   cells_ = 0;
   counts_.Clear();

@@ -83,6 +83,8 @@ class CaseExaminer::Examination {
       FindInvalidInputs();
     } else if (ended.model_status == 0) {
       FindOutputField(ended);
+    } else if (ended.own_status == 0) {
+      FindResult();
     } else if (ended.decisions != nullptr) {
       FindDecisions(ended);
     } else {
@@ -131,7 +133,8 @@ class CaseExaminer::Examination {
       if (!given.text.empty()) reason.cause = Cause::kMeansMissing;
       return reason;
     }
-    const std::unique_ptr<ScoreValue> value = var.ValueFromText(given.text);
+    const std::unique_ptr<ScoreValue> value =
+        var.ValueFromText(given.read.empty() ? given.text : given.read);
     if (var.IsMissingValue(value.get())) {
       reason.cause = Cause::kMeansMissing;
       return reason;
@@ -281,10 +284,13 @@ class CaseExaminer::Examination {
            .field = examiner_.decision_names_[m],
            .detail = FormatNumber(decision)});
     }
+  }
+
+  void FindResult() {
     const auto& targets = examiner_.loaded_.output->Targets();
-    if (reasons_.empty() && targets.GetScheme().method == output::Method::kRegression) {
-      Add({.cause = Cause::kNotOfTargetType, .field = targets.Target().GetName()});
-    }
+    const bool number = targets.GetScheme().method == output::Method::kRegression;
+    Add({.cause = number ? Cause::kNotOfTargetType : Cause::kPercentsNotFinite,
+         .field = targets.Target().GetName()});
   }
 
   void FindOutputField(const Ended& ended) {

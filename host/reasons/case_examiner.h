@@ -19,12 +19,17 @@ namespace svmscore::reasons {
 struct Given {
   std::string_view text;  // may be empty where it is missing
   bool missing = false;   // to the caller: an empty cell, a null, a text that it takes as missing
+  // What the record was set from where that is another spelling, as of a number with a decimal
+  // comma; else empty.
+  std::string_view read = {};
 };
 
 // How a failed case ended.
 struct Ended {
   long status = 0;        // the case's
   long model_status = 0;  // the same before output fields were computed: 0 where only those failed
+  // The model's own, before the rules of the target: 0 where only its result was not usable.
+  long own_status = 0;
   // The model's decision values where the case got as far as that: value m is at
   // decisions[m * stride]. Null where it did not, or where they are not known: then they are
   // computed once more, if they are what is left.
@@ -45,8 +50,9 @@ class SVMSCORE_HOST_API CaseExaminer {
   ~CaseExaminer();
 
   // Everything that is enough to fail the case, in the order of the inputs and then of the vector
-  // positions, but not more than a thousand reasons; never empty. `record` holds the failed case, with the layout of `variables`, as it
-  // was set for scoring, and `given` what it was set from, value by value.
+  // positions, but not more than a thousand reasons; never empty. `record` holds the failed case,
+  // with the layout of `variables`, as it was set for scoring, and `given` what it was set from,
+  // value by value.
   std::vector<Reason> Examine(const MCZandor_850::InputCaseRecord& record, const Given* given,
                               const Ended& ended) const;
 

@@ -29,9 +29,10 @@ enum class Cause {
   kDerivedInvalid,
   // Of what the model makes of the case.
   kDecisionNotFinite,
-  kNoCategory,       // the decision values are for no category
-  kNoResult,         // no more is known than that the result is not valid
-  kNotOfTargetType,  // the prediction cannot be a value of the target's type
+  kNoCategory,  // the decision values are for no category
+  kNoResult,    // no more is known than that the result is not valid
+  kPercentsNotFinite,
+  kNotOfTargetType,  // the prediction is not finite, or cannot be a value of the target's type
   kOutputField,      // an output field comes to an invalid value
   kCannotScore,      // memory ran out, or the model lacks data
   // Of the case as a whole.

@@ -115,8 +115,10 @@ std::string WordsOf(const Reason& reason) {
       return "the decision values are for no category";
     case Cause::kNoResult:
       return "the model comes to no valid result";
+    case Cause::kPercentsNotFinite:
+      return "the probabilities are not finite numbers";
     case Cause::kNotOfTargetType:
-      return "the predicted value cannot be one of the target's type";
+      return "the predicted value is not finite, or cannot be one of the target's type";
     case Cause::kOutputField:
       return "the output field has no valid value";
     case Cause::kCannotScore:
@@ -156,8 +158,10 @@ std::string GroupOf(Cause cause, const ScoreDictVar* input) {
       return "decision values for no category";
     case Cause::kNoResult:
       return "no valid result";
+    case Cause::kPercentsNotFinite:
+      return "probabilities not finite";
     case Cause::kNotOfTargetType:
-      return "not of the target's type";
+      return "not finite, or not of the target's type";
     case Cause::kOutputField:
       return "not valid";
     case Cause::kCannotScore:

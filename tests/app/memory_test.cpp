@@ -22,6 +22,14 @@ TEST(Memory, StaysBelowTwoHundredMegabytesForInputsOfAnySize) {
   EXPECT_LT(ran.peak_kib, 200L << 10U);
 }
 
+// Two million rows that fail: 200 MB for the log, and as much of reasons.
+TEST(Memory, StaysBelowTwoHundredMegabytesForFailuresOfAnyNumber) {
+  const Ran ran = RunShell("(echo x; yes q | head -n 2000000) | \"$SVMSCORE\" score " +
+                           Data("line.pmml") + " --threads 8 --reasons --log /dev/null | wc -l");
+  EXPECT_EQ(ran.out, "2000001\n") << ran.err;
+  EXPECT_LT(ran.peak_kib, 200L << 10U);
+}
+
 // Rows of two bytes become rows of ten thousand: 400 MB that must not wait for each other.
 TEST(Memory, StaysBelowTwoHundredMegabytesForOutputsOfAnySize) {
   const TemporaryFolder folder;

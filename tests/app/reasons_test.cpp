@@ -128,6 +128,15 @@ TEST(Reasons, NameTheDerivedFieldDecisionOrOutputField) {
               reason);
   }
   const TemporaryFolder folder;
+  EXPECT_EQ(ReasonOf(EditedFile(folder, Data("line.pmml"),
+                                {"</MiningSchema>",
+                                 "</MiningSchema><Targets><Target rescaleFactor='1e308'/>"
+                                 "</Targets>"}),
+                     "x,z\n9,\n"),
+            "y: the predicted value is not finite, or cannot be one of the target's type");
+  const std::string two = EditedFile(folder, Data("two.pmml"), {"A='-1'", "A='INF'"});
+  EXPECT_THAT(RunProgram({"score", two, "--reasons"}, "x\n0\n").out,
+              HasSubstr(",,,,90027,y: the probabilities are not finite numbers\n"));
   EXPECT_EQ(
       RunProgram({"score", WithInput(folder, number, "", output), "--reasons"}, "x\n-1\n").out,
       "o,status,reason\n,90027,o: the output field has no valid value\n");

@@ -100,6 +100,7 @@ std::string VerifyCase::WhyFailed() {
   reasons::Ended ended;
   ended.status = outcome_.status;
   ended.model_status = model_status_;
+  ended.own_status = own_status_;
   ended.output_field = scratch_.FirstInvalid();
   return reasons::TextOf(examiner_->Examine(record_, given.data(), ended));
 }
@@ -112,6 +113,7 @@ void VerifyCase::Score() {
     status = loaded_.model->GetScore(&record_, result, false);
     result_.reset(result);
   }
+  own_status_ = status.GetErrorCode();
   outcome_ = loaded_.output->Targets().Finish(status, result_.get());
   model_status_ = outcome_.status;
   outcome_.status = loaded_.output->Evaluate(outcome_, record_, scratch_);

@@ -99,6 +99,7 @@ class VerifyCase {
   // Of the last case; null until it is asked for.
   std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;
   output::Outcome outcome_;
+  long own_status_ = 0;           // the model's own
   long model_status_ = 0;         // of the outcome before output fields were computed
   std::vector<GivenText> given_;  // for the inputs of the record
   std::unique_ptr<reasons::CaseExaminer> examiner_;  // null until a case has failed
