@@ -269,11 +269,13 @@ std::string ReasonCounts::TextOfGroup(const Key& key, const Entry& entry) {
 std::vector<ReasonCounts::Count> ReasonCounts::MostFrequent(std::size_t most) const {
   using Group = const std::pair<const Key, Entry>*;
   std::vector<Group> groups;
+  groups.reserve(counts_.size());
   for (const auto& group : counts_) groups.push_back(&group);
   std::stable_sort(groups.begin(), groups.end(),
                    [](Group a, Group b) { return a->second.cells > b->second.cells; });
   groups.resize(std::min(most, groups.size()));
   std::vector<Count> counts;
+  counts.reserve(groups.size());
   for (const Group group : groups) {
     counts.push_back({TextOfGroup(group->first, group->second), group->second.cells});
   }

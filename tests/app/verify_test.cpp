@@ -187,6 +187,22 @@ TEST(Verify, TellsHowWellPredictionsAgree) {
   }
 }
 
+TEST(Verify, TellsTheMostFrequentConfusionsOfManyCategories) {
+  const TemporaryFolder folder;
+  std::string cases = "width,height,colour\n1,1,red\n";
+  std::string expected = "kind\nb\n";
+  for (char name = 'p'; name < 'z'; ++name) {
+    cases += "1,1,red\n1,1,red\n1,1,red\n";
+    expected += std::string(1, name) + "\n" + name + "\na\n";
+  }
+  EXPECT_THAT(
+      RunProgram({"verify", Data("three.pmml"), "--input", folder.Write("cases", cases),
+                  "--expected", folder.Write("expected", expected)})
+          .out,
+      HasSubstr("accuracy 0.3226: 10 of 31 predictions are the expected category\nmost "
+                "frequent confusions:\n       2  p taken for a\n       2  q taken for a\n"));
+}
+
 TEST(Verify, ACaseWithoutAFiniteDecisionFailsWithItsReason) {
   const TemporaryFolder folder;
   const std::string model =

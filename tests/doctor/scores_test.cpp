@@ -39,7 +39,14 @@ TEST_P(Scores, AreExplained) {
 }
 
 TEST(Scores, ThatAgreeAreNoFinding) {
-  EXPECT_EQ(DiagnoseExample("digits", {}).findings, "constant-field at VectorFields");
+  const Diagnosis digits = DiagnoseExample("digits", {});
+  EXPECT_EQ(digits.findings, "constant-field at VectorFields");
+  EXPECT_EQ(digits.json["agreement"]["accuracy"], 1.0);
+  EXPECT_EQ(digits.json["agreement"]["confusions"].size(), 10U);
+  const Diagnosis diabetes = DiagnoseExample("diabetes", {});
+  EXPECT_EQ(diabetes.json["agreement"]["r2"], 1.0);
+  EXPECT_EQ(diabetes.json["agreement"]["largestDifference"], 0.0);
+  EXPECT_TRUE(Diagnose(ReadFile(DATA_FOLDER "/sound.pmml")).json["agreement"].is_null());
 }
 
 const Edits kNegated = {"*<Coefficient value='", "<Coefficient value='-", "*='--", "='"};
