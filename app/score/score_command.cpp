@@ -164,7 +164,7 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
                     "refuse a model of whose document something is guessed, lost or wrong");
   app->add_option("--threads", threads_, "number of threads; default: all cores")
       ->check(CLI::Range(1, kMostThreads));
-  AddFileOption(*app, "--log", log_, "append a trace to this file");
+  AddFileOption(*app, "--log", log_, "append a trace to this file, with the row of every failure");
   AddLimitOption(*app, limits_);
   AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
   return app;
