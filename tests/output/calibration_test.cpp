@@ -150,8 +150,9 @@ TEST(Calibration, OfSomeMachinesIsNotUsed) {
                 .Score({{"size", "1"}, {"colour", "red"}, {"grade", "1"}})
                 .status,
             0);
-  // Of pairs, who names one category cannot vote, and no case can be decided.
-  const std::string mute = Edit(votes, " alternateTargetCategory=\"[a-z]*\"", "");
+  // A pair that names no categories cannot vote, and no case can be decided.
+  const std::string mute =
+      Edit(votes, " targetCategory=\"mid\" alternateTargetCategory=\"high\"", "");
   Scoring scoring(WithBefore(mute, lacking_first));
   EXPECT_EQ(scoring.Score({{"size", "1"}, {"colour", "red"}, {"grade", "1"}}).status, 90027);
 }
