@@ -290,6 +290,8 @@ LoadedModel LoadModel(const Plugin& plugin, const std::function<PmmlDocument()>&
   try {
     return Load(plugin, std::move(document), checks, judge);
   } catch (const SSException& error) {
+    // What is refused in any case is refused with the same words, however strict the reading is.
+    if (checks == LoadChecks::kStrict) LoadModel(plugin, parse, LoadChecks::kRefuse);
     if (checks != LoadChecks::kRefuse) throw;
     refused = error;
   }

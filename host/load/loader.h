@@ -62,7 +62,8 @@ SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin, PmmlDocument docum
 // The same for a document that can be parsed more than once. If kRefuse ends in an error, the
 // document is read again as it is written: if a translator refuses it, that is the error; if a
 // translator reads it, and only the rewritten document fails, the model is the one read to the
-// letter, with a finding that says so.
+// letter, with a finding that says so. If kStrict ends in an error and kRefuse does too, the error
+// is that of kRefuse.
 SVMSCORE_HOST_API LoadedModel LoadModel(const Plugin& plugin,
                                         const std::function<PmmlDocument()>& parse,
                                         LoadChecks checks = LoadChecks::kRefuse);

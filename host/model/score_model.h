@@ -55,10 +55,11 @@ class SVMSCORE_HOST_API ScoreModel {
   virtual TransformationDictionary* GetTransformationDictionary() const = 0;
   virtual ScoreDictionary* GetResultDictionary() const = 0;
   // Scores one case. Where `result` is null a new one is made; any other must come from this model
-  // or be a result class of the host's own, and is filled in place. With `flag`, inputs that a
-  // derived field of the same name hides are read from the derived values.
-  // [first case alone] Owns: the caller the result. Lives: the record for the call; values in the
-  // result as its class says. Fails: 90027, 90029; never throws.
+  // or be a result class of the host's own, and is filled in place; one of the host's own that
+  // collects percentages must be emptied before the next case. With `flag`, inputs that a derived
+  // field of the same name hides are read from the derived values. [first case alone] Owns: the
+  // caller the result. Lives: the record for the call; values in the result as its class says.
+  // Fails: 90027, 90029; never throws.
   virtual MCScore::MCStatus GetScore(const ScoreCaseRecord* record, ScoreResult*& result,
                                      bool flag) = 0;
   virtual MVPolicy GetMissingValuePolicy() const = 0;

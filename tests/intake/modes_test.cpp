@@ -297,6 +297,7 @@ TEST(Modes, ATranslatorsCodeComesFirst) {
           Replaced(Replaced(parts.Text(), parts.model, model), pattern, replacement);
       EXPECT_EQ(Score(text, kCase), refusal);
       EXPECT_EQ(Score(text, kCase, LoadChecks::kAsIs), refusal);
+      EXPECT_EQ(Score(text, kCase, LoadChecks::kStrict), refusal);
     }
   }
   // The intake would name the second category; the translator lacks it.
