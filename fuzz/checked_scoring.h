@@ -22,6 +22,7 @@ struct RunOptions {
   bool json = false;
   bool decisions = false;
   std::vector<std::string> missing_tokens;
+  bool decimal_comma = false;
   std::vector<std::string> copied;
 };
 // Also sets the model's own options.

@@ -63,7 +63,8 @@ tools::CaseFiles MakeCaseFiles(const LoadedModel& loaded, Choices& choices) {
   if (cases.header.empty()) cases.rows.clear();
   TextTable scores = Scores(loaded, cases, choices);
   if (!choices.Rarely()) Spoil(scores, choices);
-  return {std::move(cases), std::move(scores), {"NA"}, choices.Half() ? 1e-9 : 0.25};
+  return {std::move(cases), std::move(scores), tools::CellRules({"NA"}),
+          choices.Half() ? 1e-9 : 0.25};
 }
 
 }  // namespace svmscore::fuzz

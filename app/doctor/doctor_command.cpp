@@ -11,6 +11,7 @@
 #include "app/load/model_file.h"
 #include "app/options/file_option.h"
 #include "app/options/limit_option.h"
+#include "app/options/table_option.h"
 #include "app/options/tolerance_option.h"
 #include "app/table/read_table.h"
 #include "tools/doctor/examination.h"
@@ -29,9 +30,7 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
   input->needs(expected);
   expected->needs(input);
   AddToleranceOption(*app, tolerance_);
-  app->add_option("--missing-token", missing_tokens_,
-                  "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
-      ->allow_extra_args(false);
+  AddTableOptions(*app, table_);
   app->add_flag("--json", json_, "write JSON");
   AddLimitOption(*app, limits_);
   AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
@@ -54,9 +53,11 @@ ExitStatus DoctorCommand::Run() {
   }
   std::optional<tools::CaseFiles> files;
   if (!input_.empty() && tools::IsScored(opened)) {
-    if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
-    files.emplace(tools::CaseFiles{ReadTable(input_, limits_), ReadTable(expected_, limits_),
-                                   missing_tokens_, tolerance_});
+    TellOverruledValues(table_.Cells(), *opened.loaded);
+    files.emplace(tools::CaseFiles{ReadTable(input_, table_.Rows(limits_)),
+                                   ReadTable(expected_, table_.Rows(limits_)), table_.Cells(),
+                                   tolerance_});
+    if (table_.decimal_comma) tools::ReadDecimalCommas(*opened.loaded, files->expected);
   }
   const tools::Examination examined = tools::Examine(opened, plugin, source, files);
   OutputFile output("-");

@@ -3,9 +3,9 @@
 #define APP_DOCTOR_DOCTOR_COMMAND_H_
 
 #include <string>
-#include <vector>
 
 #include "app/options/command.h"
+#include "app/table/table_options.h"
 #include "host/xml/limits.h"
 
 namespace svmscore::app {
@@ -20,7 +20,7 @@ class DoctorCommand : public Command {
   std::string input_;
   std::string expected_;
   std::string plugin_;
-  std::vector<std::string> missing_tokens_;
+  TableOptions table_;
   double tolerance_ = 1e-6;
   Limits limits_;
   bool json_ = false;

@@ -93,7 +93,7 @@ void CaseScorer::Score(CaseBlock& block) {
   rows_.clear();
   written_ = 0;
   reader_.emplace(block.rows.text.data(), block.rows.text.size(), block.rows.first_line,
-                  plan_.limits);
+                  plan_.rows);
   Resume(block);
 }
 
@@ -127,10 +127,7 @@ void CaseScorer::ScoreChunk(CaseBlock& block) {
 
 bool CaseScorer::ReadChunk(CsvRows& rows) {
   while (rows_.size() < chunk_rows_ && input_texts_.BytesTaken() < kMostTexts) {
-    if (!rows.Next(row_cells_)) return false;
-    if (row_cells_.size() != plan_.columns.width) {
-      throw WrongWidth(rows.RowLine(), row_cells_, plan_.columns.width);
-    }
+    if (!rows.Next(row_cells_, plan_.columns.width)) return false;
     ReadRow();
   }
   return true;
@@ -229,10 +226,14 @@ void CaseScorer::Explain(const std::string_view* cells, const reasons::Ended& en
     failed_ =
         std::make_unique<InputCaseRecord>(plan_.columns.variables, true, plan_.replace_missing);
     given_.resize(positions.size());
+    read_.resize(positions.size());
   }
   for (std::size_t i = 0; i < positions.size(); ++i) {
     SetCell(*failed_, i, cells, positions[i]);
-    given_[i] = {cells[positions[i]], IsMissing(cells[positions[i]])};
+    const std::string_view cell = cells[positions[i]];
+    const MCZandor_850::ScoreDictVar& var = *plan_.columns.variables[i];
+    given_[i] = {cell, plan_.cells.IsMissing(cell, var)};
+    if (plan_.cells.HasDecimalComma()) given_[i].read = plan_.cells.TextOf(cell, var, read_[i]);
   }
   const std::vector<reasons::Reason> found =
       plan_.examiner->Examine(*failed_, given_.data(), ended);
@@ -254,20 +255,16 @@ void CaseScorer::SetExtras(const std::string_view* cells) {
 
 void CaseScorer::SetCell(InputCaseRecord& record, std::size_t position,
                          const std::string_view* cells, std::size_t cell) {
-  if (cell == tools::kNoCell || IsMissing(cells[cell])) {
+  const MCZandor_850::ScoreDictVar& var = record.Variable(position);
+  if (cell == tools::kNoCell || plan_.cells.IsMissing(cells[cell], var)) {
     record.SetMissing(position);
   } else {
-    record.SetText(position, cells[cell]);
+    record.SetText(position, plan_.cells.TextOf(cells[cell], var, number_text_));
   }
 }
 
 bool CaseScorer::HasRoom(const CaseBlock& block) const {
   return block.out.size() < plan_.long_output && block.failures.Size() < kMostLogged;
-}
-
-bool CaseScorer::IsMissing(std::string_view cell) const {
-  return cell.empty() || std::find(plan_.missing_tokens.begin(), plan_.missing_tokens.end(),
-                                   cell) != plan_.missing_tokens.end();
 }
 
 }  // namespace svmscore::app

@@ -18,6 +18,7 @@
 #include "host/output/output_plan.h"
 #include "host/reasons/case_examiner.h"
 #include "tools/base/case_columns.h"
+#include "tools/base/cell_rules.h"
 #include "tools/score/case_batch.h"
 #include "tools/score/result_columns.h"
 
@@ -27,7 +28,7 @@ namespace svmscore::app {
 struct ScoringPlan {
   MCZandor_850::ScoreModel* model = nullptr;
   tools::CaseColumns columns;
-  std::vector<std::string> missing_tokens;  // cells that count as missing besides empty ones
+  tools::CellRules cells;
   bool replace_missing = false;
   const output::OutputPlan* output = nullptr;
   bool computes_output = false;                     // the results hold columns of output fields
@@ -36,7 +37,7 @@ struct ScoringPlan {
   bool writes_reasons = false;                      // the results hold the column of reasons
   tools::ResultColumns results;                     // after the copied cells
   std::unique_ptr<RowFormat> format;
-  Limits limits;  // of the rows
+  RowForm rows;
   // So much text is not held back for rows that follow: a thousand cases may be two bytes each to
   // read and a megabyte each to write.
   std::size_t long_output = std::size_t{16} << 20;
@@ -111,7 +112,6 @@ class CaseScorer {
   output::Outcome OutcomeOf(const Row& row);
   // Why the case failed: into the block, and into `reason_` where there is a column for it.
   void Explain(const std::string_view* cells, const reasons::Ended& ended, CaseBlock& block);
-  bool IsMissing(std::string_view cell) const;
   bool HasRoom(const CaseBlock& block) const;
 
   const ScoringPlan& plan_;
@@ -122,11 +122,13 @@ class CaseScorer {
   // A failed case that is looked at again; null until one has failed.
   std::unique_ptr<MCZandor_850::InputCaseRecord> failed_;
   std::vector<reasons::Given> given_;  // of the variables of such a case
+  std::vector<std::string> read_;      // of these, the texts that are read in another spelling
   std::string reason_;                 // of the case at hand; empty where it is scored
   // What output fields depend on, of each row of the chunk: [rows][plan_.output->InputCount()].
   std::vector<transform::Value> output_inputs_;
   transform::Arena input_texts_;
   std::size_t chunk_rows_;
+  std::string number_text_;
   std::vector<std::string_view> row_cells_;
   std::vector<std::string_view> cells_;  // [rows][width]
   std::vector<Row> rows_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <numeric>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -18,6 +19,7 @@
 #include "app/load/model_file.h"
 #include "app/options/file_option.h"
 #include "app/options/limit_option.h"
+#include "app/options/table_option.h"
 #include "app/score/pipeline.h"
 #include "app/score/progress.h"
 #include "app/score/row_format.h"
@@ -36,6 +38,7 @@ using MCZandor_850::ScoringLog;
 using tools::ColumnChoice;
 
 constexpr int kMostThreads = 1024;
+constexpr const char* kAllColumns = "*";
 
 void UsePolicy(ScoreModel& model, const std::string& policy) {
   if (policy == "replace") model.SetMissingValuePolicy(ScoreModel::kReplaceMissing);
@@ -60,6 +63,11 @@ std::vector<std::string> NamesIn(const std::vector<std::string>& lists) {
       throw Failure(kUsageError, fmt::format("--passthrough: {}", error.what()));
     }
   }
+  if (names.size() > 1 && std::count(names.begin(), names.end(), kAllColumns) > 0) {
+    throw Failure(kUsageError,
+                  "--passthrough: * means all columns of the input, so that no other name can be "
+                  "given beside it");
+  }
   return names;
 }
 
@@ -80,9 +88,9 @@ void CheckLog(const std::string& path) {
   if (!path.empty() && error != 0) throw LogFailure(path, error);
 }
 
-tools::CaseColumns ReadColumns(RowBlocks& input, const Limits& limits, const LoadedModel& loaded,
-                               const std::vector<std::string>& copied,
-                               const std::string& input_name) {
+// `copied` become the names of the columns to copy, where they are not named but all.
+tools::CaseColumns ReadColumns(RowBlocks& input, const RowForm& form, const LoadedModel& loaded,
+                               std::vector<std::string>& copied, const std::string& input_name) {
   RowBlock header;
   std::vector<std::string_view> names;
   try {
@@ -91,11 +99,18 @@ tools::CaseColumns ReadColumns(RowBlocks& input, const Limits& limits, const Loa
                                              "line with the names of the columns",
                                              input_name));
     }
-    CsvRows(header.text.data(), header.text.size(), header.first_line, limits).Next(names);
+    CsvRows(header.text.data(), header.text.size(), header.first_line, form).Next(names);
   } catch (const CsvError& error) {
     throw BrokenRow(input_name, error);
   }
-  return tools::MatchColumns(names, loaded, copied, input_name);
+  if (copied != std::vector<std::string>{kAllColumns}) {
+    return tools::MatchColumns(names, loaded, copied, input_name);
+  }
+  tools::CaseColumns columns = tools::MatchColumns(names, loaded, {}, input_name);
+  columns.copied.resize(names.size());
+  std::iota(columns.copied.begin(), columns.copied.end(), std::size_t{0});
+  copied.assign(names.begin(), names.end());
+  return columns;
 }
 
 // The names of the output's columns: those copied from the input, then those of the results. In
@@ -112,8 +127,8 @@ std::vector<std::string> NamesOf(const std::vector<std::string>& copied,
       const bool passed = first->second < copied.size();
       const std::string text = fmt::format(
           "the output {} two columns \"{}\": {}", json ? "would have" : "has", name,
-          passed ? "name it once in --passthrough, and not at all where the output has one of its "
-                   "own"
+          passed ? "name it once in --passthrough, and not at all where the input has two of that "
+                   "name or the output has one of its own"
                  : "the document declares an output field of the name of a column that is always "
                    "added; rename the field, or choose --columns raw");
       if (json) throw Failure(kUsageError, text);
@@ -142,15 +157,14 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
       ->check(CLI::IsMember({"auto", "all", "raw"}))
       ->capture_default_str();
   app->add_option("--passthrough", passthrough_,
-                  "names of input columns, separated by commas, to copy to the front")
+                  "names of input columns, separated by commas, to copy to the front; '*' for all")
       ->allow_extra_args(false);
-  app->add_option("--missing-token", missing_tokens_,
-                  "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
-      ->allow_extra_args(false);
+  AddTableOptions(*app, table_);
   app->add_option("--missing-policy", policy_,
                   "a case with a missing value: replace where the model says by what, "
                   "predict-missing, or fail; default: what the model says")
       ->check(CLI::IsMember({"replace", "predict-missing", "fail"}));
+  app->add_flag("--no-header", no_header_, "write no header line; the input has one all the same");
   app->add_flag("--prediction-only", prediction_only_,
                 "compute no confidence, probabilities or interval");
   app->add_flag("--decisions", decisions_,
@@ -201,7 +215,7 @@ ExitStatus ScoreCommand::Run() {
   const LoadChecks checks = ChecksOf(reading_);
   CheckFiles();
   StartLog(log_);
-  const std::vector<std::string> copied = NamesIn(passthrough_);
+  std::vector<std::string> copied = NamesIn(passthrough_);
   tools::DocumentSource source(model_, limits_);
   const LoadedModel loaded = LoadModelFile(source, plugin_, checks);
   TellIntake(model_, loaded);
@@ -210,13 +224,14 @@ ExitStatus ScoreCommand::Run() {
   UsePolicy(model, policy_);
 
   InputFile file(cases_);
-  RowBlocks input(file, limits_);
+  const RowForm rows = table_.Rows(limits_);
+  RowBlocks input(file, rows);
   ScoringPlan plan;
   plan.model = &model;
-  plan.limits = limits_;
-  plan.columns = ReadColumns(input, limits_, loaded, copied, file.Name());
-  plan.missing_tokens = missing_tokens_;
-  if (plan.missing_tokens.empty()) plan.missing_tokens = {"NA", "N/A"};
+  plan.rows = rows;
+  plan.columns = ReadColumns(input, rows, loaded, copied, file.Name());
+  plan.cells = table_.Cells();
+  TellOverruledValues(plan.cells, loaded);
   plan.replace_missing = model.GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
   const ColumnChoice choice = ChoiceOf(columns_);
   plan.output = loaded.output.get();
@@ -237,7 +252,7 @@ ExitStatus ScoreCommand::Run() {
   OutputFile output(output_);
   Progress progress(file.Size());
   std::string header;
-  plan.format->Header(header);
+  if (!no_header_) plan.format->Header(header);
   output.Write(header);
   const int threads = threads_ > 0 ? threads_ : oneapi::tbb::info::default_concurrency();
   Tally tally;

@@ -7,6 +7,7 @@
 
 #include "app/options/command.h"
 #include "app/options/reading_option.h"
+#include "app/table/table_options.h"
 #include "host/xml/limits.h"
 
 namespace svmscore::app {
@@ -27,7 +28,6 @@ class ScoreCommand : public Command {
   std::string policy_;
   std::string log_;
   std::string plugin_;
-  std::vector<std::string> missing_tokens_;
   std::vector<std::string> passthrough_;
   Limits limits_;
   int threads_ = 0;
@@ -35,6 +35,8 @@ class ScoreCommand : public Command {
   bool decisions_ = false;
   bool reasons_ = false;
   bool strict_ = false;
+  bool no_header_ = false;
+  TableOptions table_;
   ReadingOptions reading_;
 };
 

@@ -5,24 +5,32 @@
 #include "app/table/table_limit.h"
 
 namespace svmscore::app {
-CsvError WrongWidth(long line, const std::vector<std::string_view>& cells, std::size_t width) {
-  const bool empty = cells.size() == 1 && cells[0].empty();
-  return {line,
-          fmt::format("{} where the header has {} cells",
-                      empty ? "an empty line" : fmt::format("a row of {}", cells.size()), width)};
+
+void CsvRows::CheckBlank(const std::vector<std::string_view>& cells, std::size_t width) const {
+  const bool is_blank = cells.size() == 1 && *row_begin_ != '"' &&
+                        cells[0].find_first_not_of(" \t\r") == std::string_view::npos;
+  if (is_blank) return;
+  const bool split_number = form_.decimal_comma && form_.delimiter == ',' && cells.size() > width;
+  throw CsvError(
+      row_line_,
+      fmt::format("a row of {} where the header has {} cell{}{}", cells.size(), width,
+                  width == 1 ? "" : "s",
+                  split_number ? "; a comma separates cells here, so that a number with a decimal "
+                                 "comma must be quoted, or --delimiter must name another character"
+                               : ""));
 }
 
 bool CsvRows::Next(std::vector<std::string_view>& cells) {
   cells.clear();
   if (next_ == end_) return false;
   row_line_ = line_;
-  const char* begin = next_;
+  row_begin_ = next_;
   do {
     cells.push_back(next_ != end_ && *next_ == '"' ? QuotedCell() : PlainCell());
     CheckLimit(cells.back().size(), &Limits::cell_length);
     CheckLimit(cells.size(), &Limits::columns);
   } while (StepOverSeparator());
-  CheckLimit(static_cast<std::size_t>(next_ - begin), &Limits::row_length);
+  CheckLimit(static_cast<std::size_t>(next_ - row_begin_), &Limits::row_length);
   return true;
 }
 
@@ -30,7 +38,7 @@ std::string_view CsvRows::PlainCell() {
   const char* begin = next_;
   for (; next_ = special_.Find(next_, end_), next_ != end_; ++next_) {
     const char c = *next_;
-    if (c == ',' || c == '\n') break;
+    if (c == form_.delimiter || c == '\n') break;
     if (c == '\r' && AtRowEnd(next_)) break;
     if (c == '"') throw CsvError(line_, "a quotation mark inside a cell that is not quoted");
     if (c == '\0') throw CsvError(line_, "a NUL byte: the file is no UTF-8 text");
@@ -53,7 +61,7 @@ std::string_view CsvRows::QuotedCell() {
   }
   if (next_ == end_) throw CsvError(first_line, "a quoted cell that is never closed");
   ++next_;
-  if (next_ != end_ && *next_ != ',' && !AtRowEnd(next_)) {
+  if (next_ != end_ && *next_ != form_.delimiter && !AtRowEnd(next_)) {
     throw CsvError(line_, "text after the closing quotation mark of a cell");
   }
   return {begin, static_cast<std::size_t>(kept - begin)};
@@ -61,7 +69,7 @@ std::string_view CsvRows::QuotedCell() {
 
 bool CsvRows::StepOverSeparator() {
   if (next_ == end_) return false;
-  if (*next_ == ',') {
+  if (*next_ == form_.delimiter) {
     ++next_;
     return true;
   }
@@ -72,7 +80,7 @@ bool CsvRows::StepOverSeparator() {
 }
 
 void CsvRows::CheckLimit(std::size_t size, Limit limit) const {
-  if (size > limits_.*limit) throw CsvError(row_line_, BeyondTableLimit(limits_, limit));
+  if (size > form_.limits.*limit) throw CsvError(row_line_, BeyondTableLimit(form_.limits, limit));
 }
 
 bool CsvRows::AtRowEnd(const char* at) const {

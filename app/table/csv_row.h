@@ -1,4 +1,4 @@
-// Cells of comma-separated rows (RFC 4180), read in place.
+// Cells of rows that are separated by commas or another delimiter (RFC 4180), read in place.
 #ifndef APP_TABLE_CSV_ROW_H_
 #define APP_TABLE_CSV_ROW_H_
 
@@ -23,27 +23,50 @@ class CsvError : public std::runtime_error {
   long line_;
 };
 
+// How rows are written, and how long they may be.
+struct RowForm {
+  Limits limits;
+  char delimiter = ',';  // an ASCII character that is neither a quotation mark nor ends a line
+  bool decimal_comma = false;  // a number may hold the delimiter's comma only in a quoted cell
+};
+
 // Walks the rows of a text that ends where a row ends. Rows end with LF or CRLF; the last one may
-// lack its end. A quoted cell may hold commas, line ends and doubled quotation marks. A quotation
-// mark anywhere else, a NUL byte, and what exceeds a limit is a CsvError.
+// lack its end. A quoted cell may hold delimiters, line ends and doubled quotation marks. A
+// quotation mark anywhere else, a NUL byte, and what exceeds a limit is a CsvError.
 class CsvRows {
  public:
   // Quoted cells are rewritten in `text`, which must outlive the cells. `line` is the number of its
   // first line in the file.
-  CsvRows(char* text, std::size_t size, long line, const Limits& limits = {})
-      : next_(text), end_(text + size), line_(line), row_line_(line), limits_(limits) {}
+  CsvRows(char* text, std::size_t size, long line, const RowForm& form = {})
+      : next_(text),
+        end_(text + size),
+        special_(form.delimiter),
+        line_(line),
+        row_line_(line),
+        form_(form) {}
 
   // Fills `cells` with the next row; false at the end.
   bool Next(std::vector<std::string_view>& cells);
+  // The same for a table of `width` columns: passes over blank lines, but not where one column is
+  // all there is, since a blank line is an empty cell there. A row of another width is a CsvError.
+  bool Next(std::vector<std::string_view>& cells, std::size_t width) {
+    while (Next(cells)) {
+      if (cells.size() == width) return true;
+      CheckBlank(cells, width);
+    }
+    return false;
+  }
   // The line on which the row read last begins.
   long RowLine() const { return row_line_; }
 
  private:
   std::string_view PlainCell();
   std::string_view QuotedCell();
-  // Steps over what follows a cell: true for a comma, false for the end of the row.
+  // Steps over what follows a cell: true for a delimiter, false for the end of the row.
   bool StepOverSeparator();
   bool AtRowEnd(const char* at) const;
+  // Throws unless the row is a blank line.
+  void CheckBlank(const std::vector<std::string_view>& cells, std::size_t width) const;
   void CheckLimit(std::size_t size, Limit limit) const;
 
   char* next_;
@@ -51,11 +74,9 @@ class CsvRows {
   SpecialBytes special_;
   long line_;
   long row_line_;
-  Limits limits_;
+  const char* row_begin_ = nullptr;
+  RowForm form_;
 };
-
-// For a row that has not as many cells as its header.
-CsvError WrongWidth(long line, const std::vector<std::string_view>& cells, std::size_t width);
 
 }  // namespace svmscore::app
 

@@ -13,22 +13,19 @@
 namespace svmscore::app {
 namespace {
 
-void AddRows(RowBlock& block, const Limits& limits, tools::TextTable& table) {
+void AddRows(RowBlock& block, const RowForm& form, tools::TextTable& table) {
   std::vector<std::string_view> cells;
-  CsvRows rows(block.text.data(), block.text.size(), block.first_line, limits);
-  while (rows.Next(cells)) {
-    if (cells.size() != table.header.size()) {
-      throw WrongWidth(rows.RowLine(), cells, table.header.size());
-    }
+  CsvRows rows(block.text.data(), block.text.size(), block.first_line, form);
+  while (rows.Next(cells, table.header.size())) {
     table.rows.emplace_back(cells.begin(), cells.end());
   }
 }
 
 }  // namespace
 
-tools::TextTable ReadTable(const std::string& path, const Limits& limits) {
+tools::TextTable ReadTable(const std::string& path, const RowForm& form) {
   InputFile file(path);
-  RowBlocks blocks(file, limits);
+  RowBlocks blocks(file, form);
   RowBlock block;
   tools::TextTable table;
   table.name = file.Name();
@@ -39,9 +36,9 @@ tools::TextTable ReadTable(const std::string& path, const Limits& limits) {
                                              table.name));
     }
     std::vector<std::string_view> names;
-    CsvRows(block.text.data(), block.text.size(), block.first_line, limits).Next(names);
+    CsvRows(block.text.data(), block.text.size(), block.first_line, form).Next(names);
     table.header.assign(names.begin(), names.end());
-    while (blocks.Next(block)) AddRows(block, limits, table);
+    while (blocks.Next(block)) AddRows(block, form, table);
   } catch (const CsvError& error) {
     throw BrokenRow(table.name, error);
   }

@@ -4,13 +4,13 @@
 
 #include <string>
 
-#include "host/xml/limits.h"
+#include "app/table/csv_row.h"
 #include "tools/base/text_table.h"
 
 namespace svmscore::app {
 
 // "-" is standard input. Throws a Failure(kInputError) for a file that cannot be read or is no CSV.
-tools::TextTable ReadTable(const std::string& path, const Limits& limits);
+tools::TextTable ReadTable(const std::string& path, const RowForm& form);
 
 }  // namespace svmscore::app
 

@@ -18,11 +18,27 @@ bool RowBlocks::ReadHeader(RowBlock& header) {
   while (text_.size() < kByteOrderMark.size() && Fill()) {
   }
   if (text_.starts_with(kByteOrderMark)) text_.erase(0, kByteOrderMark.size());
+  DropBlankLines();
   ScanText();
   while (scan_.first_row_end == 0 && Fill()) ScanText();
   if (text_.empty()) return false;
   CutAt(scan_.first_row_end == 0 ? text_.size() : scan_.first_row_end, header);
   return true;
+}
+
+// Of the text that is not scanned yet.
+void RowBlocks::DropBlankLines() {
+  do {
+    const std::size_t begin = std::min(text_.find_first_not_of(" \t\r\n"), text_.size());
+    const std::size_t end = begin == 0 ? std::string::npos : text_.rfind('\n', begin - 1);
+    if (end != std::string::npos) {
+      line_ +=
+          std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(end) + 1, '\n');
+      text_.erase(0, end + 1);
+    }
+    if (text_.find_first_not_of(" \t\r\n") != std::string::npos) return;
+  } while (Fill());
+  text_.clear();
 }
 
 bool RowBlocks::Next(RowBlock& block) {
@@ -35,9 +51,9 @@ bool RowBlocks::Next(RowBlock& block) {
 
 bool RowBlocks::Fill() {
   if (at_end_) return false;
-  if (scan_.row_end == 0 && text_.size() > limits_.row_length) {
-    throw CsvError(
-        line_, "is a quoted cell never closed? " + BeyondTableLimit(limits_, &Limits::row_length));
+  if (scan_.row_end == 0 && text_.size() > form_.limits.row_length) {
+    throw CsvError(line_, "is a quoted cell never closed? " +
+                              BeyondTableLimit(form_.limits, &Limits::row_length));
   }
   buffer_.resize(block_bytes_);
   const std::size_t count = input_.Read(buffer_.data(), buffer_.size());
@@ -84,7 +100,7 @@ void RowBlocks::NoteRowEnds(std::size_t from, std::size_t to) {
 }
 
 bool RowBlocks::OpensCell(std::size_t quote) const {
-  return quote == 0 || text_[quote - 1] == ',' || text_[quote - 1] == '\n';
+  return quote == 0 || text_[quote - 1] == form_.delimiter || text_[quote - 1] == '\n';
 }
 
 // Hands out the text before `end` and keeps the rest, whose scan goes on where it stood unless the

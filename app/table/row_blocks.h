@@ -7,7 +7,7 @@
 #include <string>
 
 #include "app/files/input_file.h"
-#include "host/xml/limits.h"
+#include "app/table/csv_row.h"
 
 namespace svmscore::app {
 
@@ -23,11 +23,11 @@ class RowBlocks {
  public:
   // A block ends at the first end of a row at or after `block_bytes`, or earlier where the input
   // ends. `input` must outlive this object.
-  explicit RowBlocks(InputFile& input, const Limits& limits = {},
+  explicit RowBlocks(InputFile& input, const RowForm& form = {},
                      std::size_t block_bytes = 256U << 10U)
-      : input_(input), limits_(limits), block_bytes_(block_bytes) {}
+      : input_(input), form_(form), block_bytes_(block_bytes) {}
 
-  // The first row, without a byte-order mark; false where the input is empty.
+  // The first row that is no blank line, without a byte-order mark; false where there is none.
   bool ReadHeader(RowBlock& header);
   // The next rows; false at the end. Throws a Failure(kInputError) for an unreadable input and a
   // CsvError for a row that exceeds its limit, as one without end does.
@@ -53,13 +53,14 @@ class RowBlocks {
 
   // Reads on; false at the end of the input.
   bool Fill();
+  void DropBlankLines();
   void ScanText();
   void NoteRowEnds(std::size_t from, std::size_t to);
   bool OpensCell(std::size_t quote) const;
   void CutAt(std::size_t end, RowBlock& block);
 
   InputFile& input_;
-  Limits limits_;
+  RowForm form_;
   std::atomic<std::size_t> block_bytes_;
   std::string buffer_;
   std::string text_;

@@ -1,4 +1,4 @@
-// The bytes that end a cell of CSV or must not stand in one, found many at a time.
+// The bytes that end a cell of CSV or must not be part of one, found many at a time.
 #ifndef APP_TABLE_SPECIAL_BYTES_H_
 #define APP_TABLE_SPECIAL_BYTES_H_
 
@@ -13,8 +13,11 @@ namespace svmscore::app {
 // Looks at a block of the text once, and keeps where in it those bytes are. Used by one thread.
 class SpecialBytes {
  public:
-  // The first comma, line end, quotation mark or NUL at `from` or after it, or `end`. REQUIRES: the
-  // text from `from` on is what it was when this object first saw it.
+  explicit SpecialBytes(char delimiter = ',') {
+    std::memset(&delimiter_, static_cast<unsigned char>(delimiter), sizeof delimiter_);
+  }
+  // The first delimiter, line end, quotation mark or NUL at `from` or after it, or `end`. REQUIRES:
+  // the text from `from` on is what it was when this object first saw it.
   char* Find(char* from, char* end) {
     for (;;) {
       const auto at =
@@ -51,14 +54,16 @@ class SpecialBytes {
     for (std::size_t i = 0; i < kBlock; i += sizeof(Bytes)) {
       Bytes bytes;
       std::memcpy(&bytes, next + i, sizeof bytes);
-      const auto special = std::bit_cast<Halves>(
-          (bytes == ',') | (bytes == '\n') | (bytes == '\r') | (bytes == '"') | (bytes == '\0'));
+      const auto special =
+          std::bit_cast<Halves>((bytes == delimiter_) | (bytes == '\n') | (bytes == '\r') |
+                                (bytes == '"') | (bytes == '\0'));
       found_ |= (BitsOf(special.low) | BitsOf(special.high) << 8) << i;
     }
     if (size < kBlock) found_ &= (std::uint64_t{1} << size) - 1;
     block_ = block;
   }
 
+  Bytes delimiter_;  // in every place
   char* block_ = nullptr;
   std::uint64_t found_ = 0;  // of its 64 bytes, the first one lowest
 };

@@ -9,6 +9,7 @@
 #include "app/load/model_file.h"
 #include "app/options/file_option.h"
 #include "app/options/limit_option.h"
+#include "app/options/table_option.h"
 #include "app/options/tolerance_option.h"
 #include "app/table/read_table.h"
 #include "host/load/plugin.h"
@@ -60,9 +61,7 @@ CLI::App* VerifyCommand::AddTo(CLI::App& program) {
   AddFileOption(*app, "--write", write_,
                 "write the document anew to this file, with verification records made from the "
                 "cases of --input");
-  app->add_option("--missing-token", missing_tokens_,
-                  "a cell of this text is missing, as an empty one is; repeatable; default NA, N/A")
-      ->allow_extra_args(false);
+  AddTableOptions(*app, table_);
   AddReadingOptions(*app, reading_,
                     "refuse a model of whose document something is guessed, lost or wrong");
   AddLimitOption(*app, limits_);
@@ -91,20 +90,22 @@ void VerifyCommand::CheckArguments() const {
 ExitStatus VerifyCommand::Run() {
   CheckArguments();
   const LoadChecks checks = ChecksOf(reading_);
-  if (missing_tokens_.empty()) missing_tokens_ = {"NA", "N/A"};
   tools::DocumentSource source(model_, limits_);
   if (!write_.empty()) KeepText(source);
   const LoadedModel loaded = LoadModelFile(source, plugin_, checks);
   TellIntake(model_, loaded);
+  TellOverruledValues(table_.Cells(), loaded);
   if (!write_.empty()) return WriteRecords(loaded, source.Text());
   tools::VerifyReport report;
   try {
     if (expected_.empty()) {
       report = tools::VerifyDocument(loaded, Print);
     } else {
-      const tools::TextTable cases = ReadTable(input_, limits_);
-      tools::FilesReport files = tools::VerifyFiles(loaded, cases, ReadTable(expected_, limits_),
-                                                    tolerance_, missing_tokens_);
+      const tools::TextTable cases = ReadTable(input_, table_.Rows(limits_));
+      tools::TextTable expected = ReadTable(expected_, table_.Rows(limits_));
+      if (table_.decimal_comma) tools::ReadDecimalCommas(loaded, expected);
+      tools::FilesReport files =
+          tools::VerifyFiles(loaded, cases, expected, tolerance_, table_.Cells());
       report = std::move(files.report);
       if (files.agreement) report.Add(files.agreement->Text());
       if (report.Compared() == 0) {
@@ -121,11 +122,11 @@ ExitStatus VerifyCommand::Run() {
 
 ExitStatus VerifyCommand::WriteRecords(const LoadedModel& loaded,
                                        const std::string& document) const {
-  const tools::TextTable cases = ReadTable(input_, limits_);
+  const tools::TextTable cases = ReadTable(input_, table_.Rows(limits_));
   if (cases.rows.empty()) throw Failure(kInputError, fmt::format("{} has no case", cases.name));
   const tools::BlockPlace place = tools::FindBlockPlace(document, model_);
   const std::string written = tools::PutBlock(
-      document, place, tools::VerificationBlock(loaded, cases, missing_tokens_, place.prefix));
+      document, place, tools::VerificationBlock(loaded, cases, table_.Cells(), place.prefix));
   try {
     CheckWritten(written, write_, limits_, plugin_, reading_.as_is);
   } catch (const MCZandor_850::SSException& error) {

@@ -7,6 +7,7 @@
 
 #include "app/options/command.h"
 #include "app/options/reading_option.h"
+#include "app/table/table_options.h"
 #include "host/load/loader.h"
 
 namespace svmscore::app {
@@ -25,7 +26,7 @@ class VerifyCommand : public Command {
   std::string expected_;
   std::string write_;
   std::string plugin_;
-  std::vector<std::string> missing_tokens_;
+  TableOptions table_;
   Limits limits_;
   double tolerance_ = 1e-6;
   ReadingOptions reading_;

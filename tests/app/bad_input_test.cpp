@@ -51,7 +51,6 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
       {"width,height,colour,width\n", "the header names the column \"width\" twice"},
       {header + "1,1,red\n1,1\n", "line 3: a row of 2 where the header has 3 cells"},
       {header + "\"1\n\",1,red\n1,1,red,\n", "line 4: a row of 4 where the header has 3 cells"},
-      {header + "1,1,red\n\n", "line 3: an empty line where the header has 3 cells"},
       {header + "1,1,\"red\n1,1,red\n", "line 2: a quoted cell that is never closed"},
       {header + "1,1,re\"d\"\n", "line 2: a quotation mark inside a cell that is not quoted"},
       {header + "1,1,\"red\n\" \n", "line 3: text after the closing quotation mark of a cell"},

@@ -35,7 +35,7 @@ ComparedCell CompareCell(const Quantity& quantity, const std::string& expected, 
 
 ComparedRow CompareRow(const CaseFiles& files, const ExpectedColumns& columns, std::size_t row,
                        VerifyCase& scored) {
-  SetInputs(files.cases, files.cases.rows[row], files.missing, scored);
+  SetInputs(files.cases, files.cases.rows[row], files.rules, scored);
   scored.Score();
   ComparedRow compared;
   compared.status = scored.Status();

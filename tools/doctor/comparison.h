@@ -19,7 +19,7 @@ namespace svmscore::tools {
 struct CaseFiles {
   TextTable cases;
   TextTable expected;
-  MissingTokens missing;
+  CellRules rules;
   double tolerance;  // how far a number may be from the expected one, as a share of it
 };
 

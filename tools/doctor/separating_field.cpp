@@ -73,17 +73,18 @@ std::optional<std::string> Numbers(const Column& column) {
 
 void FindSeparatingFields(const Suspect& suspect, const CaseFiles& files,
                           const Comparison& comparison, FindingList& findings) {
-  const VerifyCase scored(suspect.loaded);
+  VerifyCase scored(suspect.loaded);
   for (std::size_t i = 0; i < files.cases.header.size(); ++i) {
     const std::string& name = files.cases.header[i];
     if (!scored.IsInput(name)) continue;
+    const MCZandor_850::ScoreDictVar& var = scored.VariableOf(*scored.FindInput(name));
+    std::string buffer;
     Column column;
     for (std::size_t row = 0; row < comparison.rows.size(); ++row) {
       const std::string& cell = files.cases.rows[row][i];
-      const bool missing =
-          std::find(files.missing.begin(), files.missing.end(), cell) != files.missing.end();
+      const bool missing = files.rules.IsMissing(cell, var);
       (comparison.rows[row].agrees ? column.right : column.wrong)
-          .push_back(missing ? std::string() : cell);
+          .push_back(missing ? std::string() : std::string(files.rules.TextOf(cell, var, buffer)));
     }
     if (column.wrong.size() < kNeededForValues || column.right.size() < kNeededForValues) return;
     auto pattern = Missing(column);

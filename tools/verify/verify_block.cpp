@@ -81,7 +81,7 @@ void NameElements(std::vector<Column>& columns) {
 
 // Columns of inputs, then columns of results.
 std::vector<Column> ScoreCases(const LoadedModel& loaded, const TextTable& cases,
-                               const MissingTokens& missing) {
+                               const CellRules& rules) {
   VerifyCase scored(loaded);
   std::vector<Column> inputs;
   std::vector<std::size_t> cells;
@@ -99,15 +99,18 @@ std::vector<Column> ScoreCases(const LoadedModel& loaded, const TextTable& cases
     quantities.push_back(std::move(quantity));
   }
   bool any_scored = false;
+  std::string buffer;
   for (const std::vector<std::string>& row : cases.rows) {
-    SetInputs(cases, row, missing, scored);
+    SetInputs(cases, row, rules, scored);
     scored.Score();
     any_scored = any_scored || scored.Status() == 0;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
       const std::string& cell = row[cells[i]];
-      const bool given =
-          !cell.empty() && std::find(missing.begin(), missing.end(), cell) == missing.end();
-      inputs[i].cells.push_back(given ? std::optional(cell) : std::nullopt);
+      const MCZandor_850::ScoreDictVar& var =
+          scored.VariableOf(*scored.FindInput(cases.header[cells[i]]));
+      const bool given = !rules.IsMissing(cell, var);
+      inputs[i].cells.push_back(given ? std::optional(std::string(rules.TextOf(cell, var, buffer)))
+                                      : std::nullopt);
     }
     for (std::size_t i = 0; i < results.size(); ++i) {
       const transform::Value value = scored.Read(quantities[i]);
@@ -130,9 +133,9 @@ std::vector<Column> ScoreCases(const LoadedModel& loaded, const TextTable& cases
 }  // namespace
 
 std::string VerificationBlock(const LoadedModel& loaded, const TextTable& cases,
-                              const MissingTokens& missing, const std::string& prefix) {
+                              const CellRules& rules, const std::string& prefix) {
   RequireInputs(loaded, cases);
-  std::vector<Column> columns = ScoreCases(loaded, cases, missing);
+  std::vector<Column> columns = ScoreCases(loaded, cases, rules);
   std::erase_if(columns, [](const Column& column) { return column.IsEmpty(); });
   NameElements(columns);
   std::string block = fmt::format(

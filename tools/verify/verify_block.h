@@ -15,7 +15,7 @@ namespace svmscore::tools {
 // Throws a BadCases for a text that XML cannot hold, for cases none of which gets a
 // score, and as RequireInputs does.
 std::string VerificationBlock(const LoadedModel& loaded, const TextTable& cases,
-                              const MissingTokens& missing, const std::string& prefix);
+                              const CellRules& rules, const std::string& prefix);
 
 // Where a document takes the block: these bytes are replaced by it.
 struct BlockPlace {

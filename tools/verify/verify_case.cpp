@@ -71,10 +71,17 @@ std::optional<VerifyCase::Input> VerifyCase::FindInput(const std::string& name) 
   return found == inputs_.end() ? std::nullopt : std::optional(found->second);
 }
 
-void VerifyCase::Set(const Input& input, std::string_view text) {
+const ScoreDictVar& VerifyCase::VariableOf(const Input& input) {
+  return (input.extra ? scratch_.Extras() : record_).Variable(input.position);
+}
+
+void VerifyCase::Set(const Input& input, std::string_view text, std::string_view given) {
   InputCaseRecord& record = input.extra ? scratch_.Extras() : record_;
   const bool missing = text.empty() && record.Variable(input.position).GetStorageType() == 0;
-  if (!input.extra) given_[input.position] = {std::string(text), missing};
+  if (!input.extra) {
+    given_[input.position] = {std::string(given.empty() ? text : given), missing,
+                              std::string(given.empty() ? given : text)};
+  }
   if (missing) {
     record.SetMissing(input.position);
   } else {
@@ -83,7 +90,7 @@ void VerifyCase::Set(const Input& input, std::string_view text) {
 }
 
 void VerifyCase::SetMissing(const Input& input, std::string_view text) {
-  if (!input.extra) given_[input.position] = {std::string(text), true};
+  if (!input.extra) given_[input.position] = {std::string(text), true, {}};
   (input.extra ? scratch_.Extras() : record_).SetMissing(input.position);
 }
 
@@ -92,7 +99,7 @@ std::string VerifyCase::WhyFailed() {
   std::vector<reasons::Given> given;
   for (std::size_t i = 0; i < record_.Size(); ++i) {
     variables.push_back(&record_.Variable(i));
-    given.push_back({given_[i].text, given_[i].missing});
+    given.push_back({given_[i].text, given_[i].missing, given_[i].read});
   }
   if (examiner_ == nullptr) {
     examiner_ = std::make_unique<reasons::CaseExaminer>(loaded_, variables);

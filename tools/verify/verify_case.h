@@ -57,8 +57,11 @@ class VerifyCase {
   bool IsInput(const std::string& name) const { return inputs_.contains(name); }
   // Makes every input missing.
   void Clear();
-  // An empty text is a missing number or an empty text.
-  void Set(const Input& input, std::string_view text);
+  // The variable behind an input.
+  const MCZandor_850::ScoreDictVar& VariableOf(const Input& input);
+  // An empty text is a missing number or an empty text. `given` is how the case spells it, where
+  // that is otherwise; else empty.
+  void Set(const Input& input, std::string_view text, std::string_view given = {});
   // Makes an input missing that was given a text which means so.
   void SetMissing(const Input& input, std::string_view text);
   void Score();
@@ -84,6 +87,7 @@ class VerifyCase {
   struct GivenText {
     std::string text;
     bool missing = true;
+    std::string read;  // where it is another spelling
   };
 
   Quantity FromField(std::size_t field) const;

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include "host/text/number_text.h"
 #include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
 
@@ -99,16 +100,34 @@ void RequireInputs(const LoadedModel& loaded, const TextTable& cases) {
   MatchColumns(header, loaded, {}, cases.name);
 }
 
-void SetInputs(const TextTable& cases, const std::vector<std::string>& row,
-               const MissingTokens& missing, VerifyCase& scored) {
+void SetInputs(const TextTable& cases, const std::vector<std::string>& row, const CellRules& rules,
+               VerifyCase& scored) {
+  std::string buffer;
   scored.Clear();
   for (std::size_t i = 0; i < row.size(); ++i) {
     const auto input = scored.FindInput(cases.header[i]);
     if (row[i].empty() || !input) continue;
-    if (std::find(missing.begin(), missing.end(), row[i]) != missing.end()) {
+    const MCZandor_850::ScoreDictVar& var = scored.VariableOf(*input);
+    if (rules.IsMissing(row[i], var)) {
       scored.SetMissing(*input, row[i]);
     } else {
-      scored.Set(*input, row[i]);
+      scored.Set(*input, rules.TextOf(row[i], var, buffer), row[i]);
+    }
+  }
+}
+
+void ReadDecimalCommas(const LoadedModel& loaded, TextTable& expected) {
+  const VerifyCase scored(loaded);
+  const bool texts = !CellRules::IsOfNumbers(loaded.output->Targets().Target());
+  std::string buffer;
+  for (std::size_t i = 0; i < expected.header.size(); ++i) {
+    auto quantity = scored.FindOutputField(expected.header[i]);
+    if (!quantity) quantity = scored.FindPlainColumn(expected.header[i]);
+    // A column that is not known may be the prediction.
+    if (quantity ? quantity->is_label && texts : texts) continue;
+    for (std::vector<std::string>& row : expected.rows) {
+      const std::string_view number = CellRules::ExchangePointAndComma(row[i], buffer);
+      if (ParseNumber(number) || ParseNumber(row[i])) row[i] = number;
     }
   }
 }
@@ -132,7 +151,7 @@ ExpectedReadings ReadingsOf(const LoadedModel& loaded, const TextTable& cases,
 }
 
 FilesReport VerifyFiles(const LoadedModel& loaded, const TextTable& cases,
-                        const TextTable& expected, double tolerance, const MissingTokens& missing) {
+                        const TextTable& expected, double tolerance, const CellRules& rules) {
   const auto [by_name, readings] = ReadingsOf(loaded, cases, expected);
   VerifyCase scored(loaded);
   output::Allowance allowance;
@@ -146,7 +165,7 @@ FilesReport VerifyFiles(const LoadedModel& loaded, const TextTable& cases,
     reports[i].agreement.emplace(loaded.output->Targets(), name);
   }
   for (std::size_t row = 0; row < cases.rows.size(); ++row) {
-    SetInputs(cases, cases.rows[row], missing, scored);
+    SetInputs(cases, cases.rows[row], rules, scored);
     scored.Score();
     for (std::size_t i = 0; i < readings.size(); ++i) {
       for (std::size_t c = 0; c < readings[i].size(); ++c) {

@@ -8,18 +8,19 @@
 #include <vector>
 
 #include "host/load/loader.h"
+#include "tools/base/cell_rules.h"
 #include "tools/base/text_table.h"
 #include "tools/verify/agreement.h"
 #include "tools/verify/verify_report.h"
 
 namespace svmscore::tools {
 
-// Cells that count as missing besides empty ones.
-using MissingTokens = std::vector<std::string>;
-
 // Gives the case the values of a row of `cases`.
-void SetInputs(const TextTable& cases, const std::vector<std::string>& row,
-               const MissingTokens& missing, VerifyCase& scored);
+void SetInputs(const TextTable& cases, const std::vector<std::string>& row, const CellRules& rules,
+               VerifyCase& scored);
+
+// Gives the numbers of `expected`, which are written with a comma, a point; texts stay.
+void ReadDecimalCommas(const LoadedModel& loaded, TextTable& expected);
 
 // A column of expected values, and what of a case it expects.
 struct ExpectedColumn {
@@ -61,7 +62,7 @@ struct FilesReport {
 // Compares by the first reading that agrees on every row, or else by the first one. Throws as
 // ReadingsOf does.
 FilesReport VerifyFiles(const LoadedModel& loaded, const TextTable& cases,
-                        const TextTable& expected, double tolerance, const MissingTokens& missing);
+                        const TextTable& expected, double tolerance, const CellRules& rules);
 
 }  // namespace svmscore::tools
 
