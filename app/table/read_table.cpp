@@ -9,6 +9,7 @@
 #include "app/table/broken_row.h"
 #include "app/table/csv_row.h"
 #include "app/table/row_blocks.h"
+#include "app/table/table_limit.h"
 
 namespace svmscore::app {
 namespace {
@@ -38,7 +39,13 @@ tools::TextTable ReadTable(const std::string& path, const RowForm& form) {
     std::vector<std::string_view> names;
     CsvRows(block.text.data(), block.text.size(), block.first_line, form).Next(names);
     table.header.assign(names.begin(), names.end());
-    while (blocks.Next(block)) AddRows(block, form, table);
+    for (std::uint64_t size = 0; blocks.Next(block);) {
+      size += block.text.size();
+      if (size > form.limits.table_size) {
+        throw CsvError(block.first_line, BeyondTableLimit(form.limits, &Limits::table_size));
+      }
+      AddRows(block, form, table);
+    }
   } catch (const CsvError& error) {
     throw BrokenRow(table.name, error);
   }

@@ -15,7 +15,7 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 }  // namespace
 
 bool RowBlocks::ReadHeader(RowBlock& header) {
-  while (text_.size() < kByteOrderMark.size() && Fill()) {
+  while (text_.size() < kByteOrderMark.size() && kByteOrderMark.starts_with(text_) && Fill()) {
   }
   if (text_.starts_with(kByteOrderMark)) text_.erase(0, kByteOrderMark.size());
   DropBlankLines();
@@ -56,10 +56,11 @@ bool RowBlocks::Fill() {
                               BeyondTableLimit(form_.limits, &Limits::row_length));
   }
   buffer_.resize(block_bytes_);
-  const std::size_t count = input_.Read(buffer_.data(), buffer_.size());
-  text_.append(buffer_, 0, count);
-  bytes_read_ += count;
-  at_end_ = count == 0;
+  const auto count = scan_.row_end == 0 ? input_.Read(buffer_.data(), buffer_.size())
+                                        : input_.ReadWaiting(buffer_.data(), buffer_.size());
+  if (!count) return false;
+  text_.append(buffer_, 0, *count);
+  at_end_ = *count == 0;
   return !at_end_;
 }
 

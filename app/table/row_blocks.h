@@ -22,7 +22,8 @@ struct RowBlock {
 class RowBlocks {
  public:
   // A block ends at the first end of a row at or after `block_bytes`, or earlier where the input
-  // ends. `input` must outlive this object.
+  // ends, or where whoever writes it pauses after the end of a row: no row waits for those that
+  // follow it. `input` must outlive this object.
   explicit RowBlocks(InputFile& input, const RowForm& form = {},
                      std::size_t block_bytes = 256U << 10U)
       : input_(input), form_(form), block_bytes_(block_bytes) {}
@@ -36,8 +37,8 @@ class RowBlocks {
   void ShrinkBlocks() {
     if (block_bytes_ > kLeastBlock) block_bytes_ = block_bytes_ / 2;
   }
-  // Bytes read so far.
-  std::uint64_t BytesRead() const { return bytes_read_; }
+  // Bytes of the file that were read so far.
+  std::uint64_t BytesRead() const { return input_.BytesRead(); }
 
  private:
   static constexpr std::size_t kLeastBlock = 4096;
@@ -51,7 +52,7 @@ class RowBlocks {
     bool quoted = false;
   };
 
-  // Reads on; false at the end of the input.
+  // Reads on; false at the end of the input, and where there is a row and it would wait for more.
   bool Fill();
   void DropBlankLines();
   void ScanText();
@@ -66,7 +67,6 @@ class RowBlocks {
   std::string text_;
   Scan scan_;
   long line_ = 1;
-  std::uint64_t bytes_read_ = 0;
   bool at_end_ = false;
 };
 

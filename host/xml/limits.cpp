@@ -48,6 +48,8 @@ constexpr std::array kNames = {
     LimitName{"columns", "the number of cells in a row", &Limits::columns},
     LimitName{"cell-length", "the length of a cell in bytes", &Limits::cell_length},
     LimitName{"row-length", "the length of a row in bytes", &Limits::row_length},
+    LimitName{"table-size", "the size in bytes of a table that is held in memory",
+              &Limits::table_size},
 };
 
 }  // namespace

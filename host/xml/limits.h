@@ -31,6 +31,7 @@ struct Limits {
   std::uint64_t columns = 1000000;                          // cells of one row of a CSV file
   std::uint64_t cell_length = std::uint64_t{8} << 20;       // bytes
   std::uint64_t row_length = std::uint64_t{16} << 20;       // bytes
+  std::uint64_t table_size = std::uint64_t{1} << 30;        // bytes, of a table held in memory
 
   bool operator==(const Limits&) const = default;
 };

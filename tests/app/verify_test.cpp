@@ -136,7 +136,7 @@ TEST(Verify, ComparesWithExpectedColumns) {
        "3 cells compared, 2 disagree\n"},
       {"y_hat\n1\n", 5, "has 5 rows of cases, and "},
       {"y_hat\n\n\n\n\n\n", 5, "every cell is empty"},
-      {"y_hat\n1\n1,2\n", 5, "expected.csv: line 3: a row of 2 where the header has 1 cells"},
+      {"y_hat\n1\n1,2\n", 5, "expected.csv: line 3: a row of 2 where the header has 1 cell"},
       {"", 5, "expected.csv: the file is empty"},
   };
   for (const auto& [expected, status, told, tolerance] : rows) {
@@ -227,7 +227,7 @@ TEST(Verify, ACaseWithoutAFiniteDecisionFailsWithItsReason) {
 TEST(Verify, RefusesTheCasesThatScoreRefuses) {
   const TemporaryFolder folder;
   const std::string expected = folder.Write("expected.csv", "prediction\n2\n");
-  for (const char* text : {"x1,x2,x1\n1,1,2\n", "X1,x2\n1,1\n", "x1,x2\n1,1\n\n"}) {
+  for (const char* text : {"x1,x2,x1\n1,1,2\n", "X1,x2\n1,1\n", "x1,x2\n1,1\n\n1\n"}) {
     const std::string cases = folder.Write("cases.csv", text);
     const std::string told = RunProgram({"score", kChain, cases}).err;
     for (const auto& [command, option, file] : {std::tuple{"verify", "--expected", expected},

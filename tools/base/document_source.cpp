@@ -6,7 +6,10 @@
 #include <fstream>
 #include <iterator>
 
+#include <fmt/format.h>
+
 #include "host/model/message_codes.h"
+#include "tools/base/decompression.h"
 #include "tools/base/error_text.h"
 
 namespace svmscore::tools {
@@ -15,7 +18,11 @@ namespace {
 // Keeps the bytes that it hands out; if reading stops early, only those read so far.
 class KeepingBuffer : public std::streambuf {
  public:
-  KeepingBuffer(std::streambuf& source, std::string& kept) : source_(source), kept_(kept) {}
+  // `kept` has what was read of the source already.
+  KeepingBuffer(std::streambuf& source, std::string& kept) : source_(source), kept_(kept) {
+    kept.copy(chunk_.data(), kept.size());
+    setg(chunk_.data(), chunk_.data(), chunk_.data() + kept.size());
+  }
 
  protected:
   int underflow() override {
@@ -32,6 +39,13 @@ class KeepingBuffer : public std::streambuf {
   std::array<char, 65536> chunk_;
 };
 
+std::string BeginningOf(std::istream& file) {
+  std::string beginning(kCompressionMark, '\0');
+  file.read(beginning.data(), std::ssize(beginning));
+  beginning.resize(static_cast<std::size_t>(file.gcount()));
+  return beginning;
+}
+
 bool IsPipe(const std::string& path) {
   std::error_code unknown;
   const auto type = std::filesystem::status(path, unknown).type();
@@ -42,11 +56,14 @@ bool IsPipe(const std::string& path) {
 
 PmmlDocument DocumentSource::Parse() {
   if (text_) return PmmlDocument::FromText(*text_, path_, limits_);
-  if (!IsPipe(path_)) return PmmlDocument::FromFile(path_, limits_);
   errno = 0;
-  std::ifstream pipe(path_, std::ios::binary);
-  if (!pipe) ThrowAt(nullptr, code::kFileUnreadable, path_, ErrorText(errno));
-  KeepingBuffer buffer(*pipe.rdbuf(), text_.emplace());
+  std::ifstream file(path_, std::ios::binary);
+  if (!file) ThrowAt(nullptr, code::kFileUnreadable, path_, ErrorText(errno));
+  std::string beginning = BeginningOf(file);
+  text_ = Decompress(file, beginning);
+  if (text_) return PmmlDocument::FromText(*text_, path_, limits_);
+  if (!IsPipe(path_)) return PmmlDocument::FromFile(path_, limits_);
+  KeepingBuffer buffer(*file.rdbuf(), text_.emplace(std::move(beginning)));
   std::istream stream(&buffer);
   return PmmlDocument::FromStream(stream, path_, limits_);
 }
@@ -55,7 +72,9 @@ const std::string& DocumentSource::Text() {
   if (text_) return *text_;
   errno = 0;
   std::ifstream file(path_, std::ios::binary);
-  std::string text;
+  std::string text = BeginningOf(file);
+  text_ = Decompress(file, text);
+  if (text_) return *text_;
   std::array<char, 65536> buffer;
   while (file) {
     errno = 0;
@@ -67,6 +86,33 @@ const std::string& DocumentSource::Text() {
     ThrowAt(nullptr, code::kFileUnreadable, path_, ErrorText(errno));
   }
   return text_.emplace(std::move(text));
+}
+
+std::optional<std::string> DocumentSource::Decompress(std::istream& file,
+                                                      std::string_view beginning) const try {
+  const std::unique_ptr<Decompressor> decompressor = DecompressorFor(beginning);
+  if (decompressor == nullptr) return std::nullopt;
+  std::string text;
+  std::array<char, 65536> in;
+  std::array<char, 65536> out;
+  std::size_t more = beginning.copy(in.data(), in.size());
+  for (; more > 0; more = static_cast<std::size_t>(file.gcount())) {
+    std::string_view ahead(in.data(), more);
+    std::size_t count = 0;
+    do {
+      count = decompressor->Read(ahead, out.data(), out.size());
+      text.append(out.data(), count);
+      if (text.size() > limits_.document_size) throw BeyondLimit(limits_, &Limits::document_size);
+    } while (count == out.size());
+    file.read(in.data(), std::ssize(in));
+  }
+  if (!decompressor->IsComplete()) {
+    throw BrokenCompression(
+        fmt::format("it ends before its {} stream does", decompressor->Format()));
+  }
+  return text;
+} catch (const BrokenCompression& error) {
+  ThrowAt(nullptr, code::kFileUnreadable, path_, error.what());
 }
 
 }  // namespace svmscore::tools

@@ -2,16 +2,18 @@
 #ifndef TOOLS_BASE_DOCUMENT_SOURCE_H_
 #define TOOLS_BASE_DOCUMENT_SOURCE_H_
 
+#include <iosfwd>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "host/xml/document.h"
 
 namespace svmscore::tools {
 
-// A pipe gives its content only once, so it is kept; a file is read again each time. [one thread]
-// for each object. Lives: what is returned, as long as this object; a document is independent of
-// it. Fails: SSException, std::bad_alloc; Path never.
+// A pipe gives its content only once, so it is kept, and so is what a compressed file holds; another
+// file is read again each time. [one thread] for each object. Lives: what is returned, as long as
+// this object; a document is independent of it. Fails: SSException, std::bad_alloc; Path never.
 class DocumentSource {
  public:
   DocumentSource(std::string path, const Limits& limits)
@@ -19,10 +21,13 @@ class DocumentSource {
 
   const std::string& Path() const { return path_; }
   PmmlDocument Parse();
-  // The bytes of the document; later calls of Parse read exactly these.
+  // The bytes of the document, decompressed; later calls of Parse read exactly these.
   const std::string& Text();
 
  private:
+  // What is left of the file where it is compressed, with what `beginning` has of it.
+  std::optional<std::string> Decompress(std::istream& file, std::string_view beginning) const;
+
   std::string path_;
   Limits limits_;
   std::optional<std::string> text_;
