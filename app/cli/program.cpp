@@ -1,5 +1,6 @@
 #include "app/cli/program.h"
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdlib>
@@ -60,6 +61,17 @@ std::string UsageText(const CLI::App& program, const CLI::ParseError& error) {
                      fmt::join(names, ", "));
 }
 
+// How the command that was given is used, or else the program.
+std::string HelpHint(const CLI::App& program) {
+  const std::vector<CLI::App*> given = program.get_subcommands();
+  if (given.empty()) return "Run svmscore --help for what it takes.\n";
+  const std::string name = "svmscore " + given.front()->get_name();
+  const std::string usage = CLI::Formatter().make_usage(given.front(), name);
+  const std::size_t begin = std::min(usage.find_first_not_of('\n'), usage.size());
+  return fmt::format("{}\nRun {} --help for what it takes.\n",
+                     usage.substr(begin, usage.find_last_not_of('\n') + 1 - begin), name);
+}
+
 int ParseAndRun(int argc, char** argv) {
   CLI::App program("Scores support vector machine models written in PMML.", "svmscore");
   program.set_version_flag("--version", "svmscore " SVMSCORE_VERSION);
@@ -84,7 +96,7 @@ int ParseAndRun(int argc, char** argv) {
     return std::cout.flush() ? status : kOutputError;
   } catch (const CLI::ParseError& error) {
     Complain(kUsageError, UsageText(program, error).c_str());
-    TellAsItIs("Run svmscore --help for what it takes.\n");
+    TellAsItIs(HelpHint(program));
     return kUsageError;
   }
   for (std::size_t i = 0; i < commands.size(); ++i) {

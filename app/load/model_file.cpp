@@ -31,13 +31,17 @@ void RefuseModel(const std::string& path, const SSException& error) {
   throw Failure(kModelError, fmt::format("{}: {}", path, tools::Explain(error)));
 }
 
+void RefuseModel(const tools::DocumentSource& source, const SSException& error) {
+  throw Failure(kModelError, fmt::format("{}: {}", source.Path(), tools::Explain(error, source)));
+}
+
 LoadedModel LoadModelFile(tools::DocumentSource& source, const std::string& plugin,
                           LoadChecks checks) {
   const Plugin loaded = LoadPlugin(plugin);
   try {
     return Load(loaded, source, checks);
   } catch (const SSException& error) {
-    RefuseModel(source.Path(), error);
+    RefuseModel(source, error);
   }
 }
 
@@ -51,11 +55,11 @@ DescribedModel LoadModelToDescribe(tools::DocumentSource& source, const std::str
     } catch (const SSException& error) {
       // To the letter, only what a translator reads exists.
       if (checks == LoadChecks::kAsIs) throw;
-      refused = tools::Explain(error);
+      refused = tools::Explain(error, source);
     }
     return {LoadModel(loaded, source.Parse(), LoadChecks::kTolerate), std::move(refused)};
   } catch (const SSException& error) {
-    RefuseModel(source.Path(), error);
+    RefuseModel(source, error);
   }
 }
 

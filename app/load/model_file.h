@@ -23,6 +23,8 @@ LoadedModel LoadModelFile(tools::DocumentSource& source, const std::string& plug
 Plugin LoadPlugin(const std::string& path);
 
 // Throws the failure for a model that cannot be used; it names the file and explains the error.
+[[noreturn]] void RefuseModel(const tools::DocumentSource& source,
+                              const MCZandor_850::SSException& error);
 [[noreturn]] void RefuseModel(const std::string& path, const MCZandor_850::SSException& error);
 
 // A model to describe. One that score refuses is loaded anyway if possible, and comes with the

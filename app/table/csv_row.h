@@ -62,6 +62,7 @@ class CsvRows {
  private:
   std::string_view PlainCell();
   std::string_view QuotedCell();
+  static std::string DelimiterHint(char beside);
   // Steps over what follows a cell: true for a delimiter, false for the end of the row.
   bool StepOverSeparator();
   bool AtRowEnd(const char* at) const;

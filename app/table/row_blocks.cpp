@@ -4,8 +4,12 @@
 #include <cstring>
 #include <string_view>
 
+#include <fmt/format.h>
+
+#include "app/base/failure.h"
 #include "app/table/csv_row.h"
 #include "app/table/table_limit.h"
+#include "tools/base/file_kind.h"
 
 namespace svmscore::app {
 namespace {
@@ -20,10 +24,19 @@ bool RowBlocks::ReadHeader(RowBlock& header) {
   if (text_.starts_with(kByteOrderMark)) text_.erase(0, kByteOrderMark.size());
   DropBlankLines();
   ScanText();
-  while (scan_.first_row_end == 0 && Fill()) ScanText();
+  while (scan_.first_row_end == 0 && IsText() && Fill()) ScanText();
   if (text_.empty()) return false;
+  IsText();
   CutAt(scan_.first_row_end == 0 ? text_.size() : scan_.first_row_end, header);
   return true;
+}
+
+// Throws where the input is known to be something else; else true.
+bool RowBlocks::IsText() const {
+  const std::string why =
+      tools::WhyNoTable({text_.data(), std::min(text_.size(), tools::kKindBytes)});
+  if (why.empty()) return true;
+  throw Failure(kInputError, fmt::format("{}: {}", input_.Name(), why));
 }
 
 // Of the text that is not scanned yet.

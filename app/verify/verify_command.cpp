@@ -45,7 +45,7 @@ void KeepText(tools::DocumentSource& source) {
   try {
     source.Text();
   } catch (const MCZandor_850::SSException& error) {
-    RefuseModel(source.Path(), error);
+    RefuseModel(source, error);
   }
 }
 

@@ -52,6 +52,22 @@ void CheckScan(const Limits& limits, const RawScan& scan) {
   throw error;
 }
 
+// The parser tells where it was when it decoded a block of the document, not where in it the byte
+// is.
+void PlaceBadByte(const RawScan& scan, SSException& error) {
+  const bool is_bad_byte = scan.BadByteLine() != 0 &&
+                           error.GetErrorCode() == code::kNotWellFormed &&
+                           !error.GetMessageParts().empty() &&
+                           error.GetMessageParts()[0].find("-byte sequence") != std::string::npos;
+  if (!is_bad_byte) return;
+  error.PutErrorMessage(code::kNotWellFormed, "it is not in UTF-8: " + error.GetMessageParts()[0]);
+  error.SetPlace(fmt::format("line {}", scan.BadByteLine()),
+                 {{}, static_cast<long>(scan.BadByteLine())});
+  error.SetRemedy(
+      "save the document in UTF-8, or let its first line declare the encoding that it is in, such "
+      "as ISO-8859-1 for Latin-1");
+}
+
 // Called when everything has been read.
 void CheckEnd(const RawScan& scan) {
   if (!scan.EndsInsideCharacter()) return;
@@ -206,8 +222,9 @@ PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& n
   DocumentParser parser(&parsed->memory, parsed->limits, source.BytesRead());
   try {
     parser.Parse(source);
-  } catch (const SSException&) {
+  } catch (SSException& error) {
     source.Check();
+    PlaceBadByte(source.Scan(), error);
     throw;
   }
   source.Check();
@@ -228,8 +245,13 @@ PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& 
   auto parsed = std::make_unique<Parsed>(name, limits);
   const std::uint64_t size = text.size();
   DocumentParser parser(&parsed->memory, parsed->limits, size);
-  parser.Parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(text.data()),
-                                          text.size(), kSystemId, false, &parsed->memory));
+  try {
+    parser.Parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(text.data()),
+                                            text.size(), kSystemId, false, &parsed->memory));
+  } catch (SSException& error) {
+    PlaceBadByte(scan, error);
+    throw;
+  }
   CheckEnd(scan);
   parsed->Take(parser);
   return PmmlDocument(std::move(parsed));

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
+
+#include "host/text/utf8.h"
 
 namespace svmscore {
 namespace {
@@ -63,6 +66,7 @@ bool RawScan::EndsInsideCharacter() const {
 
 void RawScan::ReadDecided(const void* bytes, std::size_t size) {
   if (encoding_.utf8) {
+    CheckUtf8({static_cast<const char*>(bytes), size});
     tail_.append(static_cast<const char*>(bytes) + size - std::min<std::size_t>(size, 3),
                  std::min<std::size_t>(size, 3));
     tail_.erase(0, tail_.size() - std::min<std::size_t>(tail_.size(), 3));
@@ -94,6 +98,36 @@ void RawScan::ReadDecided(const void* bytes, std::size_t size) {
     taken_ = 0;
     partial_ = 0;
   }
+}
+
+void RawScan::CheckUtf8(std::string_view bytes) {
+  if (bad_byte_line_ != 0) return;
+  std::string joined;
+  if (!open_.empty()) bytes = joined = std::exchange(open_, {}).append(bytes);
+  std::size_t at = 0;
+  const auto newlines = [&bytes, &at] {
+    return static_cast<std::uint64_t>(
+        std::count(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
+  };
+  while (at < bytes.size()) {
+    std::uint64_t eight = 0;
+    if (bytes.size() - at >= sizeof eight) {
+      std::memcpy(&eight, bytes.data() + at, sizeof eight);
+      if ((eight & 0x8080808080808080) == 0) {
+        at += sizeof eight;
+        continue;
+      }
+    }
+    const std::size_t size = Utf8SequenceSize(bytes.substr(at));
+    if (size == 0) {
+      if (bytes.size() - at < 4) break;
+      bad_byte_line_ = checked_lines_ + newlines();
+      return;
+    }
+    at += size;
+  }
+  checked_lines_ += newlines();
+  open_ = bytes.substr(at);
 }
 
 void RawScan::Read(const XMLCh* text, std::size_t size) {

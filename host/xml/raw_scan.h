@@ -44,6 +44,9 @@ class RawScan {
   std::uint64_t Line() const { return line_; }
   // What is wrong with the encoding.
   const std::string& EncodingProblem() const { return encoding_.problem; }
+  // The line of the first byte that is not UTF-8, where the document is read as that; 0 without
+  // one.
+  std::uint64_t BadByteLine() const { return bad_byte_line_; }
   // Whether the bytes read so far end inside a unit, or inside a character of UTF-8.
   bool EndsInsideCharacter() const;
 
@@ -57,6 +60,7 @@ class RawScan {
   void TakeCoarsely(unsigned char c);
   void CountAttribute();
   void ReadDecided(const void* bytes, std::size_t size);
+  void CheckUtf8(std::string_view bytes);
 
   std::uint64_t most_attributes_;
   std::uint64_t most_listed_;
@@ -75,7 +79,10 @@ class RawScan {
   std::string waiting_;
   RawEncoding encoding_;
   bool after_equals_ = false;
-  std::string tail_;       // of UTF-8, the last three bytes
+  std::string tail_;  // of UTF-8, the last three bytes
+  std::string open_;  // the bytes of a character that may go on in the next call
+  std::uint64_t checked_lines_ = 1;
+  std::uint64_t bad_byte_line_ = 0;
   std::size_t taken_ = 0;  // bytes of a unit that ends in the next call
   char32_t partial_ = 0;
 };

@@ -24,6 +24,12 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
+std::string Repeated(const std::string& text, int count) {
+  std::string repeated;
+  while (count-- > 0) repeated += text;
+  return repeated;
+}
+
 void ExpectPrintableLines(const std::string& text) {
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line);) {
@@ -43,11 +49,14 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
   } rows[] = {
       {"", empty},
       {"\xEF\xBB\xBF", empty},
-      {"colour,Width\n1,2\n", "the header lacks \"width\", \"height\", which the model needs"},
+      {"colour,Width\n1,2\n",
+       "the header lacks \"width\", \"height\", which the model needs; it has \"colour\", "
+       "\"Width\"; did you mean \"width\" by \"Width\"?"},
       {"width,height,colour\r1,1,red\r",
-       "the header lacks \"colour\", which the model needs; do the lines end with CR alone? They "
-       "must "
-       "end with LF or CRLF"},
+       "the header lacks \"colour\", which the model needs; it has \"width\", \"height\", "
+       "\"colour\\r1\", \"1\", \"red\"; do the lines end with CR alone? They must end with LF "
+       "or "
+       "CRLF"},
       {"width,height,colour,width\n", "the header names the column \"width\" twice"},
       {header + "1,1,red\n1,1\n", "line 3: a row of 2 where the header has 3 cells"},
       {header + "\"1\n\",1,red\n1,1,red,\n", "line 4: a row of 4 where the header has 3 cells"},
@@ -56,7 +65,6 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
       {header + "1,1,\"red\n\" \n", "line 3: text after the closing quotation mark of a cell"},
       {header + std::string("1,\0,red\n", 8), "line 2: " + nul},
       {header + std::string("1,\"\n\0\",red\n", 11), "line 3: " + nul},
-      {std::string("\xFF\xFEw\0,\0\n\0", 8), "line 1: " + nul},
   };
   for (const auto& [cases, message] : rows) {
     const TemporaryFolder folder;
@@ -78,7 +86,8 @@ TEST(BadInput, CasesThatCannotBeReadEndWithStatusFive) {
   const Ran copied = RunProgram({"score", Data("line.pmml"), "--passthrough", "id"}, "x\n1\n");
   EXPECT_EQ(copied.status, 5);
   EXPECT_EQ(copied.err,
-            "svmscore: standard input: the header lacks \"id\", which --passthrough names\n");
+            "svmscore: standard input: the header lacks \"id\", which --passthrough names; it has "
+            "\"x\"\n");
 }
 
 TEST(BadInput, WrongArgumentsEndWithStatusTwo) {
@@ -120,8 +129,14 @@ TEST(BadInput, WrongArgumentsEndWithStatusTwo) {
   }
   EXPECT_THAT(RunProgram({"scoore"}).err,
               StartsWith("svmscore: there is no command \"scoore\"; the commands are score, "));
-  EXPECT_THAT(RunProgram({"verify", model, "--write", ""}).err,
-              HasSubstr("--write: the name of a file is empty\n"));
+  EXPECT_EQ(RunProgram({"verify", model, "--write", ""}).err,
+            "svmscore: --write: the name of a file is empty\n"
+            "Usage: svmscore verify [OPTIONS] MODEL\n"
+            "Run svmscore verify --help for what it takes.\n");
+  EXPECT_THAT(RunProgram({"score", model, "--delimeter", ";"}).err,
+              HasSubstr("--delimeter\nUsage: svmscore score [OPTIONS] MODEL [CASES]\nRun svmscore "
+                        "score --help for what it takes.\n"));
+  EXPECT_THAT(RunProgram({"--nothing"}).err, HasSubstr("\nRun svmscore --help for what it takes."));
 }
 
 TEST(BadModel, EndWithStatusThreeAndTheTranslatorsCode) {
@@ -162,6 +177,36 @@ TEST(BadModel, TellTheModelTheCodeThePlaceAndWhatToDo) {
 }
 
 // Texts of a document that are told neither end a line nor steer a terminal, nor go on for pages.
+// Wherever the parser was when it met the byte.
+TEST(BadModel, AByteThatIsNotUtf8IsNamedByItsLine) {
+  const TemporaryFolder folder;
+  const std::string text = ReadFile(Data("three.pmml"));
+  const std::size_t end = text.find("</PMML>");
+  for (const char* lines : {"", "<!--\n\xC3\xA9-->", "<!-- \n\n -->"}) {
+    std::string long_text = text;
+    const std::string filling = Repeated(lines, 20000) + "<!--\n\xE9 -->";
+    long_text.insert(end, filling);
+    const auto line =
+        1 + std::count(long_text.begin(),
+                       long_text.begin() + static_cast<std::ptrdiff_t>(end + filling.find("\xE9 ")),
+                       '\n');
+    const std::string model = folder.Write("model.pmml", long_text);
+    const Ran ran = RunProgram({"describe", model});
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_THAT(ran.err, HasSubstr("it is not in UTF-8: "));
+    EXPECT_THAT(ran.err, HasSubstr(fmt::format("(line {}). Save the document in UTF-8", line)));
+    EXPECT_THAT(RunShell("cat " + model + " | \"$SVMSCORE\" describe /dev/stdin").err,
+                HasSubstr(fmt::format("(line {})", line)));
+  }
+}
+
+TEST(BadModel, AFolderIsNamedAsOne) {
+  const TemporaryFolder folder;
+  for (const char* command : {"score", "describe", "doctor", "verify"}) {
+    EXPECT_THAT(RunProgram({command, folder.Path("")}).err, HasSubstr(": Is a directory. "));
+  }
+}
+
 TEST(BadModel, ItsTextsStayWithinTheirLines) {
   const std::string field = "<FieldRef field='x";
   const std::string version = "xml version='1.0'";

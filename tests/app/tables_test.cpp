@@ -118,6 +118,106 @@ TEST(Tables, OptionsThatCannotBeMeantAreUsageErrors) {
   }
 }
 
+// One message is enough to mend the table.
+TEST(Tables, AHeaderThatDoesNotFitIsShownWithWhatMayBeMeant) {
+  const std::string lacks =
+      "the header lacks \"width\", \"height\", \"colour\", which the model needs";
+  std::string many = "name";
+  for (int i = 0; i < 20; ++i) many += ",column" + std::to_string(i) + std::string(100, 'x');
+  const struct {
+    Arguments options;
+    std::string cases;
+    std::string told;
+  } rows[] = {
+      {{},
+       "width;height;colour\n",
+       "it has \"width;height;colour\"; it seems to be separated by ';': "
+       "give --delimiter ';'\n"},
+      {{},
+       "width\t\"height\"\tcolour\n",
+       "are the cells separated by tabs? Then give --delimiter tab\n"},
+      {{}, "\"width\";\"height\"\n", "separated by ';'? Then give --delimiter ';'\n"},
+      {{}, "width\theight\tcolour\n", "by tabs: give --delimiter tab\n"},
+      {{"--delimiter", "|"}, "width,height,colour\n", "by ',': give --delimiter ','\n"},
+      {{}, "a b,width height colour\n", lacks + "; it has \"a b\", \"width height colour\"\n"},
+      {{}, "width height colour\n", "by ' ': give --delimiter ' '\n"},
+      {{}, "sep=;\nwidth;height;colour\n", "the line \"sep=\" is of no table"},
+      {{},
+       " Width,height ,color\n",
+       "it has \" Width\", \"height \", \"color\"; did you mean \"width\" by "
+       "\" Width\", \"height\" by \"height \", \"colour\" by \"color\"?\n"},
+      {{},
+       "weight,red,n\n",
+       lacks + "; it has \"weight\", \"red\", \"n\"; did you mean \"height\" by \"weight\"?\n"},
+      {{}, "1,2.5,3\n", "the first line must be a header"},
+      {{}, "gr\xF6\xDF,\xE4,b\n", "Latin-1 or Windows-1252; save the table in UTF-8"},
+  };
+  for (const auto& [options, cases, told] : rows) {
+    const Ran ran = Score("three.pmml", options, cases);
+    EXPECT_EQ(ran.status, 5);
+    EXPECT_THAT(ran.err, HasSubstr(told));
+  }
+  const std::string err = Score("three.pmml", {}, many + "\n").err;
+  EXPECT_THAT(err, HasSubstr(" and 11 more\n"));
+  EXPECT_LT(err.size(), 1000U);
+  const TemporaryFolder folder;
+  const Ran expected =
+      RunProgram({"verify", Data("line.pmml"), "--input", folder.Write("c", "x\n1\n"), "--expected",
+                  folder.Write("e", "status;prediction\n0;1\n")});
+  EXPECT_EQ(expected.status, 5);
+  EXPECT_THAT(expected.err,
+              HasSubstr("no column of the header is known; it seems to be separated by ';'"));
+}
+
+TEST(Tables, FilesOfAnotherKindAreRecognised) {
+  const TemporaryFolder folder;
+  const std::string table = "width,height,colour\n1,1,red\n";
+  std::string wide;
+  for (const char c : table) wide += {c, '\0'};
+  const std::string document = ReadFile(Data("three.pmml"));
+  const struct {
+    std::string file;
+    std::string as_table;
+    std::string as_model;
+  } rows[] = {
+      {std::string("PK\x03\x04\x14\0", 6),
+       "a ZIP archive, as Excel workbooks (.xlsx) are; save the sheet", "a ZIP archive"},
+      {"\xD0\xCF\x11\xE0\xA1", "an Excel workbook of the old kind", "an Excel workbook"},
+      {"\xFF\xFE" + wide, "its encoding is UTF-16", ""},
+      {wide, "its encoding is UTF-16", ""},
+      {" \n[\n  {\"width\": 1}]\n", "no table of text but JSON", "no PMML document but JSON"},
+      {"{\"width\": 1}\n", "no table of text but JSON", "no PMML document but JSON"},
+      {"<!doctype HTML><p>Not found", "a page of HTML", "a page of HTML"},
+      {document, "a PMML document; the model comes before the cases", ""},
+      {table, "", "The file seems to be a table of cases; the model comes first: MODEL CASES."},
+      {"svm_type c_svc\n", "", "a model in LIBSVM's format"},
+      {"BZh91AY&SY\x01", "compressed by bzip2; decompress it first", "compressed by bzip2"},
+  };
+  for (const auto& [file, as_table, as_model] : rows) {
+    const std::string path = folder.Write("file", file);
+    const std::string good = folder.Write("good", table);
+    if (!as_table.empty()) {
+      const std::vector<Arguments> commands = {
+          {"score", Data("three.pmml"), path},
+          {"verify", Data("three.pmml"), "--input", path, "--expected", good},
+          {"doctor", Data("three.pmml"), "--input", good, "--expected", path}};
+      for (const Arguments& arguments : commands) {
+        const Ran ran = RunProgram(arguments);
+        EXPECT_EQ(ran.status, 5);
+        EXPECT_THAT(ran.err, HasSubstr(path + ": "));
+        EXPECT_THAT(ran.err, HasSubstr(as_table));
+      }
+    }
+    if (as_model.empty()) continue;
+    for (const char* command : {"score", "describe", "doctor", "verify"}) {
+      const Ran ran = RunProgram({command, path});
+      EXPECT_EQ(ran.status, 3);
+      EXPECT_THAT(ran.err, HasSubstr("[260302] "));
+      EXPECT_THAT(ran.err, HasSubstr(as_model));
+    }
+  }
+}
+
 TEST(Tables, VerifyAndDoctorReadThemAlike) {
   const TemporaryFolder folder;
   const std::string cases = folder.Write("cases", "x;t\n\n1,5;a\n0,1;b\n-9,9;c\n");

@@ -8,6 +8,7 @@
 #include <fmt/ranges.h>
 
 #include "tools/base/bad_input.h"
+#include "tools/base/header_hints.h"
 
 namespace svmscore::tools {
 namespace {
@@ -17,19 +18,10 @@ using MCZandor_850::ScoreDictVar;
 // Names that a message lists before it says how many more there are.
 constexpr std::size_t kListedNames = 10;
 
-// What to add to a message about a column that a header lacks: if lines end with CR alone, the
-// whole file looks like one header. Empty if it does not look so.
-const char* LineEndHint(const std::vector<std::string_view>& header) {
-  const bool found = std::any_of(header.begin(), header.end(), [](std::string_view name) {
-    return name.find('\r') != name.npos && name.find('\n') == name.npos;
-  });
-  return found ? "; do the lines end with CR alone? They must end with LF or CRLF" : "";
-}
-
 class Header {
  public:
   Header(const std::vector<std::string_view>& names, const std::string& input_name)
-      : input_name_(input_name), hint_(LineEndHint(names)) {
+      : input_name_(input_name), names_(names) {
     for (std::size_t i = 0; i < names.size(); ++i) {
       const std::string name(names[i]);
       if (!positions_.emplace(name, i).second) repeated_.insert(name);
@@ -57,15 +49,15 @@ class Header {
         "\"{}\"",
         fmt::join(missing.begin(), missing.begin() + static_cast<std::ptrdiff_t>(shown), "\", \""));
     if (shown < missing.size()) list += fmt::format(" and {} more", missing.size() - shown);
-    throw BadCases(
-        fmt::format("{}: the header lacks {}, {}{}", input_name_, list, wanted_by, hint_));
+    throw BadCases(fmt::format("{}: the header lacks {}, {}{}", input_name_, list, wanted_by,
+                               HintsFor(names_, missing)));
   }
 
  private:
   const std::string& input_name_;
   std::unordered_map<std::string, std::size_t> positions_;
   std::unordered_set<std::string> repeated_;
-  const char* hint_;
+  const std::vector<std::string_view>& names_;
 };
 
 }  // namespace

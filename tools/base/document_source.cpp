@@ -11,6 +11,7 @@
 #include "host/model/message_codes.h"
 #include "tools/base/decompression.h"
 #include "tools/base/error_text.h"
+#include "tools/base/file_kind.h"
 
 namespace svmscore::tools {
 namespace {
@@ -59,6 +60,7 @@ PmmlDocument DocumentSource::Parse() {
   errno = 0;
   std::ifstream file(path_, std::ios::binary);
   if (!file) ThrowAt(nullptr, code::kFileUnreadable, path_, ErrorText(errno));
+  RefuseFolder();
   std::string beginning = BeginningOf(file);
   text_ = Decompress(file, beginning);
   if (text_) return PmmlDocument::FromText(*text_, path_, limits_);
@@ -72,6 +74,7 @@ const std::string& DocumentSource::Text() {
   if (text_) return *text_;
   errno = 0;
   std::ifstream file(path_, std::ios::binary);
+  if (file) RefuseFolder();
   std::string text = BeginningOf(file);
   text_ = Decompress(file, text);
   if (text_) return *text_;
@@ -86,6 +89,30 @@ const std::string& DocumentSource::Text() {
     ThrowAt(nullptr, code::kFileUnreadable, path_, ErrorText(errno));
   }
   return text_.emplace(std::move(text));
+}
+
+// A folder can be opened, and then not be read, for no reason that the library would tell.
+void DocumentSource::RefuseFolder() const {
+  std::error_code unknown;
+  if (!std::filesystem::is_directory(path_, unknown)) return;
+  ThrowAt(nullptr, code::kFileUnreadable, path_, ErrorText(EISDIR));
+}
+
+std::string DocumentSource::Beginning() const {
+  if (text_) return text_->substr(0, kKindBytes);
+  std::string beginning(kKindBytes, '\0');
+  std::ifstream file;
+  if (!IsPipe(path_)) file.open(path_, std::ios::binary);
+  file.read(beginning.data(), std::ssize(beginning));
+  beginning.resize(static_cast<std::size_t>(file.gcount()));
+  return beginning;
+}
+
+std::string Explain(const MCZandor_850::SSException& error, const DocumentSource& source) {
+  std::string text = Explain(error);
+  if (error.GetErrorCode() != code::kNotWellFormed) return text;
+  const std::string why = WhyNoDocument(source.Beginning());
+  return why.empty() ? text : text + " " + why;
 }
 
 std::optional<std::string> DocumentSource::Decompress(std::istream& file,

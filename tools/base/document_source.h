@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/model/ss_exception.h"
 #include "host/xml/document.h"
 
 namespace svmscore::tools {
@@ -23,8 +24,11 @@ class DocumentSource {
   PmmlDocument Parse();
   // The bytes of the document, decompressed; later calls of Parse read exactly these.
   const std::string& Text();
+  // The first bytes, decompressed; none where they cannot be read, or not a second time.
+  std::string Beginning() const;
 
  private:
+  void RefuseFolder() const;
   // What is left of the file where it is compressed, with what `beginning` has of it.
   std::optional<std::string> Decompress(std::istream& file, std::string_view beginning) const;
 
@@ -32,6 +36,9 @@ class DocumentSource {
   Limits limits_;
   std::optional<std::string> text_;
 };
+
+// What error_text.h says of the error, and what the file is where it is no PMML at all.
+std::string Explain(const MCZandor_850::SSException& error, const DocumentSource& source);
 
 }  // namespace svmscore::tools
 

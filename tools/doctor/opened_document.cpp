@@ -10,8 +10,8 @@ namespace {
 
 using MCZandor_850::SSException;
 
-Finding Refusal(const SSException& error) {
-  return {"refused", error.Where(), Explain(error)};
+Finding Refusal(const SSException& error, const DocumentSource& source) {
+  return {"refused", error.Where(), Explain(error, source)};
 }
 
 // Makes the document readable without its model. A document of an unknown version is read as the
@@ -38,7 +38,7 @@ OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source) {
   try {
     opened.document = source.Parse();
   } catch (const SSException& error) {
-    opened.refused = Refusal(error);
+    opened.refused = Refusal(error, source);
     return opened;
   }
   try {
@@ -47,7 +47,7 @@ OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source) {
       return opened.document ? *std::exchange(opened.document, std::nullopt) : source.Parse();
     });
   } catch (const SSException& error) {
-    opened.refused = Refusal(error);
+    opened.refused = Refusal(error, source);
   }
   if (opened.refused) {
     try {

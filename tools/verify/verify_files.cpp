@@ -12,6 +12,7 @@
 #include "host/text/number_text.h"
 #include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
+#include "tools/base/header_hints.h"
 
 namespace svmscore::tools {
 namespace {
@@ -142,6 +143,13 @@ ExpectedReadings ReadingsOf(const LoadedModel& loaded, const TextTable& cases,
   const VerifyCase scored(loaded);
   ExpectedColumns by_name = MatchExpected(loaded, expected, scored);
   if (!by_name.empty()) return {true, {std::move(by_name)}};
+  const std::string hint = DelimiterHint(
+      {expected.header.begin(), expected.header.end()}, [&scored](const std::string& name) {
+        return scored.FindOutputField(name) || scored.FindPlainColumn(name);
+      });
+  if (!hint.empty()) {
+    throw BadCases(fmt::format("{}: no column of the header is known; {}", expected.name, hint));
+  }
   ExpectedReadings readings;
   const std::size_t cell = FirstOfValues(expected);
   for (Quantity& quantity : Candidates(loaded, scored)) {

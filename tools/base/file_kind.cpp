@@ -1,0 +1,132 @@
+#include "tools/base/file_kind.h"
+
+#include <algorithm>
+#include <array>
+
+#include <fmt/format.h>
+
+namespace svmscore::tools {
+namespace {
+
+constexpr std::string_view kBlanks = " \t\r\n";
+constexpr const char* kDecompress = "decompress it first; only gzip and zstd are read as they are";
+constexpr const char* kExport = "export it as CSV in UTF-8";
+
+struct Kind {
+  std::string_view mark;
+  const char* what;
+  const char* for_table;
+};
+// Bytes with which no text begins.
+constexpr std::array kBinaryKinds = {
+    Kind{"PK\x03\x04", "a ZIP archive, as Excel workbooks (.xlsx) are",
+         "save the sheet as CSV in UTF-8, or unpack the archive"},
+    Kind{"\xD0\xCF\x11\xE0", "an Excel workbook of the old kind (.xls)",
+         "save the sheet as CSV in UTF-8"},
+    Kind{"PAR1\x15", "a Parquet file", kExport},
+    Kind{"ARROW1", "an Arrow file", kExport},
+    Kind{"%PDF-", "a PDF document", kExport},
+    Kind{"\xFD\x37zXZ", "compressed by xz", kDecompress},
+    Kind{"BZh91AY&SY", "compressed by bzip2", kDecompress},
+    Kind{"7z\xBC\xAF\x27\x1C", "a 7z archive", "unpack it"},
+    Kind{"\x04\x22\x4D\x18", "compressed by lz4", kDecompress},
+    Kind{"\x80\x02", "a Python pickle", kExport},
+    Kind{"\x80\x03", "a Python pickle", kExport},
+    Kind{"\x80\x04", "a Python pickle", kExport},
+    Kind{"\x80\x05", "a Python pickle", kExport},
+};
+
+const Kind* BinaryKind(std::string_view beginning) {
+  const auto* found = std::find_if(kBinaryKinds.begin(), kBinaryKinds.end(), [=](const Kind& kind) {
+    return beginning.starts_with(kind.mark);
+  });
+  return found == kBinaryKinds.end() ? nullptr : found;
+}
+
+// UTF-16 or UTF-32 by its byte-order mark, or by the zeros that Latin letters have there.
+const char* WideEncoding(std::string_view beginning) {
+  using namespace std::string_view_literals;
+  if (beginning.starts_with("\xFF\xFE\0\0"sv) || beginning.starts_with("\0\0\xFE\xFF"sv)) {
+    return "UTF-32";
+  }
+  if (beginning.starts_with("\xFF\xFE") || beginning.starts_with("\xFE\xFF")) return "UTF-16";
+  if (beginning.size() < 4) return nullptr;
+  const bool low_first = beginning[1] == '\0' && beginning[3] == '\0';
+  const bool high_first = beginning[0] == '\0' && beginning[2] == '\0';
+  return low_first != high_first ? "UTF-16" : nullptr;
+}
+
+std::string_view WithoutBlanks(std::string_view text) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text;
+}
+
+// An object, or a list of objects, lists or texts.
+bool IsJson(std::string_view text) {
+  if (text.empty() || (text[0] != '{' && text[0] != '[')) return false;
+  const std::string_view rest = text.substr(1);
+  const std::size_t next = rest.find_first_not_of(kBlanks);
+  if (next == std::string_view::npos) return rest.find('\n') != std::string_view::npos;
+  return rest[next] == '"' || (text[0] == '[' && (rest[next] == '{' || rest[next] == '['));
+}
+
+bool IsHtml(std::string_view text) {
+  std::string lower(text.substr(0, 14));
+  std::transform(lower.begin(), lower.end(), lower.begin(),
+                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; });
+  return lower.starts_with("<!doctype html") || lower.starts_with("<html");
+}
+
+}  // namespace
+
+std::string WhyNoTable(std::string_view beginning) {
+  if (const Kind* kind = BinaryKind(beginning)) {
+    return fmt::format("it is no table of text but {}; {}", kind->what, kind->for_table);
+  }
+  if (const char* encoding = WideEncoding(beginning)) {
+    return fmt::format(
+        "its encoding is {}, and tables are read in UTF-8; save it as CSV in UTF-8, or convert it: "
+        "iconv -f {} -t UTF-8",
+        encoding, encoding);
+  }
+  const std::string_view text = WithoutBlanks(beginning);
+  if (IsHtml(text))
+    return "it is no table of text but a page of HTML, perhaps one that reports an error";
+  if (text.starts_with("<?xml") || text.starts_with("<PMML") || text.starts_with("<!DOCTYPE")) {
+    return text.find("<PMML") == std::string_view::npos
+               ? "it is no table of text but XML; if it is the model, that comes before the cases: "
+                 "MODEL CASES"
+               : "it is no table of text but a PMML document; the model comes before the cases: "
+                 "MODEL CASES";
+  }
+  if (IsJson(text)) {
+    return "it is no table of text but JSON; write it as CSV, with a header line of the names";
+  }
+  return {};
+}
+
+std::string WhyNoDocument(std::string_view beginning) {
+  if (const Kind* kind = BinaryKind(beginning)) {
+    return fmt::format("The file is no PMML document but {}.", kind->what);
+  }
+  const std::string_view text = WithoutBlanks(beginning);
+  if (text.empty()) return {};
+  if (IsHtml(text)) return "The file is no PMML document but a page of HTML.";
+  if (text[0] == '<' || WideEncoding(beginning) != nullptr) return {};
+  if (IsJson(text)) return "The file is no PMML document but JSON.";
+  if (text.starts_with("svm_type ")) {
+    return "The file is no PMML document but a model in LIBSVM's format.";
+  }
+  const std::string_view line = text.substr(0, text.find('\n'));
+  const bool is_text = std::none_of(line.begin(), line.end(), [](char c) {
+    return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\r';
+  });
+  if (is_text && line.find_first_of(",;\t|") != std::string_view::npos) {
+    return "The file seems to be a table of cases; the model comes first: MODEL CASES.";
+  }
+  return {};
+}
+
+}  // namespace svmscore::tools

@@ -1,0 +1,179 @@
+#include "tools/base/header_hints.h"
+
+#include <algorithm>
+#include <numeric>
+#include <set>
+
+#include <fmt/format.h>
+
+#include "host/text/number_text.h"
+#include "host/text/printable.h"
+#include "host/text/utf8.h"
+
+namespace svmscore::tools {
+namespace {
+
+// Of a header: what is listed of it, and what is looked at.
+constexpr std::size_t kListedNames = 10;
+constexpr std::size_t kListedBytes = 60;
+constexpr std::size_t kComparedNames = 10000;
+constexpr std::size_t kComparedBytes = 100;
+
+bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t size = Utf8SequenceSize(text);
+    if (size == 0) return false;
+    text.remove_prefix(size);
+  }
+  return true;
+}
+
+// In lower case, without blanks and what stands for them.
+std::string Plain(std::string_view name) {
+  std::string plain;
+  for (const char c : name) {
+    if (std::string_view(" \t\r\n_.-").find(c) != std::string_view::npos) continue;
+    plain += c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
+  }
+  return plain;
+}
+
+// Bytes to insert, remove or replace.
+std::size_t Distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+      diagonal = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+    }
+  }
+  return row[b.size()];
+}
+
+// How far `name` of a header is from what is wanted: 0 but for case and blanks; too far to be meant
+// at all from `beyond` on.
+std::size_t DistanceOf(const std::string& name, const std::string& wanted, std::size_t beyond) {
+  if (name == wanted) return 0;
+  const std::size_t longer = std::max(name.size(), wanted.size());
+  const std::size_t shorter = std::min(name.size(), wanted.size());
+  return longer - shorter >= beyond ? beyond : Distance(name, wanted);
+}
+
+// "did you mean" for the first names that are nearly there.
+std::string NearNames(const std::vector<std::string_view>& header,
+                      const std::vector<std::string>& missing) {
+  std::vector<std::string> plain;
+  for (std::size_t i = 0; i < std::min(header.size(), kComparedNames); ++i) {
+    plain.push_back(header[i].size() > kComparedBytes ? std::string() : Plain(header[i]));
+  }
+  std::string pairs;
+  for (std::size_t m = 0; m < std::min(missing.size(), kListedNames); ++m) {
+    if (missing[m].size() > kComparedBytes) continue;
+    const std::string wanted = Plain(missing[m]);
+    std::size_t nearest = wanted.size() >= 8 ? 3 : wanted.size() >= 4 ? 2 : 1;
+    const std::string_view* found = nullptr;
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+      if (plain[i].empty()) continue;
+      const std::size_t distance = DistanceOf(plain[i], wanted, nearest);
+      if (distance >= nearest) continue;
+      nearest = distance;
+      found = &header[i];
+    }
+    if (found == nullptr) continue;
+    pairs += fmt::format("{}\"{}\" by \"{}\"", pairs.empty() ? "" : ", ", missing[m], *found);
+  }
+  return pairs.empty() ? "" : fmt::format("; did you mean {}?", pairs);
+}
+
+std::vector<std::string> Pieces(std::string_view name, char delimiter) {
+  std::vector<std::string> pieces;
+  for (;;) {
+    const std::size_t end = std::min(name.find(delimiter), name.size());
+    std::string_view piece = name.substr(0, end);
+    if (piece.size() > 1 && piece.front() == '"' && piece.back() == '"') {
+      piece = piece.substr(1, piece.size() - 2);
+    }
+    pieces.emplace_back(piece);
+    if (end == name.size()) return pieces;
+    name.remove_prefix(end + 1);
+  }
+}
+
+std::string ListOf(const std::vector<std::string_view>& header) {
+  std::string list;
+  for (std::size_t i = 0; i < std::min(header.size(), kListedNames); ++i) {
+    list += fmt::format("{}\"{}\"", i == 0 ? "" : ", ", Shortened(header[i], kListedBytes));
+  }
+  if (header.size() > kListedNames) {
+    list += fmt::format(" and {} more", header.size() - kListedNames);
+  }
+  return list;
+}
+
+// With line ends of CR alone a whole file is one header.
+bool EndsLinesWithCr(const std::vector<std::string_view>& header) {
+  return std::any_of(header.begin(), header.end(), [](std::string_view name) {
+    return name.find('\r') != name.npos && name.find('\n') == name.npos;
+  });
+}
+
+// Why the header may not be what it should; empty where it looks as others do.
+std::string Suspicion(const std::vector<std::string_view>& header,
+                      const std::vector<std::string>& missing) {
+  if (EndsLinesWithCr(header)) {
+    return "; do the lines end with CR alone? They must end with LF or CRLF";
+  }
+  if (header.size() <= 2 && header[0].starts_with("sep=")) {
+    return "; the line \"sep=\" is of no table: remove it, and name its character with --delimiter";
+  }
+  const std::set<std::string> wanted(missing.begin(), missing.end());
+  std::string hint =
+      DelimiterHint(header, [&wanted](const std::string& name) { return wanted.contains(name); });
+  if (!hint.empty()) return "; " + hint;
+  if (!std::all_of(header.begin(), header.end(), IsUtf8)) {
+    return "; the header is not in UTF-8 but, it seems, in Latin-1 or Windows-1252; save the table "
+           "in UTF-8, or convert it: iconv -f WINDOWS-1252 -t UTF-8";
+  }
+  if (std::all_of(header.begin(), header.end(),
+                  [](std::string_view name) { return ParseNumber(name).has_value(); })) {
+    return "; the first line must be a header with the names of the columns, and seems to be a row "
+           "of values";
+  }
+  return NearNames(header, missing);
+}
+
+}  // namespace
+
+std::string DelimiterHint(const std::vector<std::string_view>& header,
+                          const std::function<bool(const std::string&)>& is_known) {
+  char best = '\0';
+  std::size_t most = 0;
+  for (const char delimiter : {';', '\t', '|', ',', ' '}) {
+    if (delimiter == ' ' && header.size() > 1) continue;  // names hold blanks
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < std::min(header.size(), kComparedNames); ++i) {
+      if (header[i].find(delimiter) == std::string_view::npos) continue;
+      const std::vector<std::string> pieces = Pieces(header[i], delimiter);
+      count += static_cast<std::size_t>(std::count_if(pieces.begin(), pieces.end(), is_known));
+    }
+    if (count <= most) continue;
+    most = count;
+    best = delimiter;
+  }
+  if (best == '\0') return {};
+  const std::string name = best == '\t' ? "tab" : std::string(1, best);
+  return fmt::format("it seems to be separated by {}: give --delimiter {}",
+                     best == '\t' ? "tabs" : "'" + name + "'",
+                     best == '\t' ? name : "'" + name + "'");
+}
+
+std::string HintsFor(const std::vector<std::string_view>& header,
+                     const std::vector<std::string>& missing) {
+  return fmt::format("; it has {}{}", ListOf(header), Suspicion(header, missing));
+}
+
+}  // namespace svmscore::tools
