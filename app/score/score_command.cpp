@@ -114,9 +114,11 @@ tools::CaseColumns ReadColumns(RowBlocks& input, const RowForm& form, const Load
 }
 
 // The names of the output's columns: those copied from the input, then those of the results. In
-// JSON a name must not be given twice; in CSV a second one is told.
+// JSON a name must not be given twice; in CSV a second one is told. `names_of_document`: the
+// results have the names of output fields.
 std::vector<std::string> NamesOf(const std::vector<std::string>& copied,
-                                 const tools::ResultColumns& results, bool json) {
+                                 const tools::ResultColumns& results, bool json,
+                                 bool names_of_document) {
   std::vector<std::string> names = copied;
   for (const auto& column : results) names.push_back(column->Name());
   std::unordered_map<std::string_view, std::size_t> positions;
@@ -129,8 +131,10 @@ std::vector<std::string> NamesOf(const std::vector<std::string>& copied,
           "the output {} two columns \"{}\": {}", json ? "would have" : "has", name,
           passed ? "name it once in --passthrough, and not at all where the input has two of that "
                    "name or the output has one of its own"
-                 : "the document declares an output field of the name of a column that is always "
-                   "added; rename the field, or choose --columns raw");
+          : names_of_document
+              ? "the document declares an output field of the name of a column that is always "
+                "added, or two of one name; rename the field, or choose --columns raw"
+              : "two machines decide between the same categories; leave --decisions out");
       if (json) throw Failure(kUsageError, text);
       Tell(text);
     }
@@ -244,7 +248,7 @@ ExitStatus ScoreCommand::Run() {
   plan.logs_failures = ScoringLog::GetInstance().GetLevel() > 0;
   plan.writes_reasons = reasons_;
   const bool json = format_ == "jsonl";
-  std::vector<std::string> names = NamesOf(copied, plan.results, json);
+  std::vector<std::string> names = NamesOf(copied, plan.results, json, plan.computes_output);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
 
   HandleEndingSignals();

@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "host/load/refusal_remark.h"
 #include "host/load/vector_limits.h"
 #include "host/model/instruction_set.h"
 #include "host/model/message_codes.h"
@@ -213,6 +214,8 @@ void TranslateReadable(LoadedModel& loaded, const std::optional<SSException>& re
     loaded.model = Translate(*loaded.translator, loaded.document);
   } catch (SSException& error) {
     loaded.document.Locate(error);
+    const std::string remark = RemarkOnRefusal(error, loaded.document);
+    if (!remark.empty()) error.AddRemark(remark);
     if (refused && !SaysTheSame(*refused, error)) {
       error.AddRemark(std::string("besides, ") + refused->what());
     }

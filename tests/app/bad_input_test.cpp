@@ -169,8 +169,11 @@ TEST(BadModel, TellTheModelTheCodeThePlaceAndWhatToDo) {
     EXPECT_EQ(RunProgram({command, model}).err,
               "svmscore: " + model +
                   ": [260115] element LinearKernelType is missing in element "
-                  "SupportVectorMachineModel (element SupportVectorMachineModel, line 8). Add the "
-                  "element, or export the model again with a producer that writes it.\n");
+                  "SupportVectorMachineModel (element SupportVectorMachineModel, line 8); the "
+                  "model has no "
+                  "kernel; there are LinearKernelType, PolynomialKernelType, RadialBasisKernelType "
+                  "and SigmoidKernelType. Add the element, or export the model again with a "
+                  "producer that writes it.\n");
   }
   EXPECT_THAT(RunProgram({"score", folder.Path("none.pmml")}).err, HasSubstr("[260301] "));
   EXPECT_EQ(RunProgram({"score", Data("line.pmml"), "--plugin", model}).status, 3);
@@ -197,6 +200,53 @@ TEST(BadModel, AByteThatIsNotUtf8IsNamedByItsLine) {
     EXPECT_THAT(ran.err, HasSubstr(fmt::format("(line {}). Save the document in UTF-8", line)));
     EXPECT_THAT(RunShell("cat " + model + " | \"$SVMSCORE\" describe /dev/stdin").err,
                 HasSubstr(fmt::format("(line {})", line)));
+  }
+}
+
+// The translator's codes name one element for several faults.
+TEST(BadModel, ARefusalSaysWhatIsAtFault) {
+  const std::string line = ReadFile(Data("line.pmml"));
+  const std::string three = ReadFile(Data("three.pmml"));
+  const struct {
+    std::string document;
+    Edits edits;
+    std::string told;
+  } rows[] = {
+      {line,
+       {"<LinearKernelType/>", "<RBFKernelType/>"},
+       "has the kernel \"RBFKernelType\", which is none"},
+      {line,
+       {"<LinearKernelType/>", "<radialBasisKernel/>"},
+       "the kernel \"radialBasisKernel\", which"},
+      {line, {"*SupportVectorMachineModel", "TreeModel"}, "a model of another kind, \"TreeModel\""},
+      {line,
+       {"</SupportVectorMachine>", "</SupportVectorMachine><SupportVectorMachine/>"},
+       "a regression has 1 machine, and the model has 2"},
+      {line,
+       {"regression", "classification"},
+       "the function is classification, and the target \"y\" is continuous"},
+      {three,
+       {"classification", "regression"},
+       "the function is regression, and the target \"kind\" is not continuous"},
+      {three,
+       {"<Value value='b'/>", ""},
+       "the target \"kind\" lists 2 values, for which one against one needs 1 machine, and the "
+       "model has 3"},
+      {three,
+       {"<Value value='a'/><Value value='b'/>", ""},
+       "lists 1 value, and a classification needs 2"},
+      {three,
+       {"usageType='target'", "usageType='supplementary'"},
+       "no field of the data dictionary is the target"},
+  };
+  for (const auto& [document, edits, told] : rows) {
+    const TemporaryFolder folder;
+    const std::string model = folder.Write("model.pmml", Edited(document, edits));
+    for (const char* mode : {"--as-is"}) {
+      const Ran ran = RunProgram({"score", model, mode}, "x\n");
+      EXPECT_EQ(ran.status, 3);
+      EXPECT_THAT(ran.err, HasSubstr(told));
+    }
   }
 }
 

@@ -138,6 +138,22 @@ TEST(Score, TellsOfAnOutputFieldNamedLikeAnAddedColumn) {
   EXPECT_EQ(Score(model + " --format jsonl --columns raw", "x\n1\n").status, 0);
 }
 
+TEST(Score, AdvisesPlainNamesOnlyWhereTheyHelp) {
+  const TemporaryFolder folder;
+  const std::string model =
+      EditedFile(folder, Data("three.pmml"),
+                 {"alternateTargetCategory='c, d'", "alternateTargetCategory='b'"});
+  for (const char* columns : {"auto", "raw"}) {
+    const Ran ran =
+        Score(model + " --decisions --columns " + columns, "width,height,colour\n1,1,red\n");
+    EXPECT_THAT(
+        ran.err,
+        HasSubstr("two machines decide between the same categories; leave --decisions out\n"));
+  }
+  EXPECT_THAT(Score("line.pmml --passthrough '*'", "x,x1,x1\n1,2,3\n").err,
+              HasSubstr("where the input has two of that name"));
+}
+
 TEST(Score, TellsOfEmptyOutputFieldsAndOfUnlistedDecisions) {
   const TemporaryFolder folder;
   const std::string model =
