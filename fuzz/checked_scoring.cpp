@@ -104,7 +104,6 @@ RunOptions ChooseOptions(ScoreModel& model, Choices& choices) {
   options.columns = choices.Pick(kColumns);
   options.json = choices.Half();
   options.decisions = choices.Half() && dynamic_cast<BatchModel*>(&model) != nullptr;
-  options.decimal_comma = choices.Rarely();
   if (choices.Half()) options.missing_tokens = {"NA", Word(choices)};
   model.SetPredictionOnly(choices.Rarely());
   constexpr std::array kPolicies = {ScoreModel::kReplaceMissing, ScoreModel::kPredictMissing,
@@ -118,6 +117,7 @@ ScoringPlan PlanOf(const LoadedModel& loaded, const std::vector<std::string_view
   ScoringPlan plan;
   plan.model = loaded.model.get();
   plan.columns = tools::MatchColumns(header, loaded, options.copied, "cases");
+  plan.rows.delimiter = options.delimiter;
   plan.cells = tools::CellRules(options.missing_tokens, options.decimal_comma);
   plan.replace_missing = loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
   plan.output = loaded.output.get();

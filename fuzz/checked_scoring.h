@@ -23,6 +23,7 @@ struct RunOptions {
   bool decisions = false;
   std::vector<std::string> missing_tokens;
   bool decimal_comma = false;
+  char delimiter = ',';
   std::vector<std::string> copied;
 };
 // Also sets the model's own options.

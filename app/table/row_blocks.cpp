@@ -24,19 +24,22 @@ bool RowBlocks::ReadHeader(RowBlock& header) {
   if (text_.starts_with(kByteOrderMark)) text_.erase(0, kByteOrderMark.size());
   DropBlankLines();
   ScanText();
-  while (scan_.first_row_end == 0 && IsText() && Fill()) ScanText();
+  while (scan_.first_row_end == 0) {
+    if (text_.size() >= tools::kKindBytes) CheckBeginning();
+    if (!Fill()) break;
+    ScanText();
+  }
   if (text_.empty()) return false;
-  IsText();
+  CheckBeginning();
   CutAt(scan_.first_row_end == 0 ? text_.size() : scan_.first_row_end, header);
   return true;
 }
 
-// Throws where the input is known to be something else; else true.
-bool RowBlocks::IsText() const {
-  const std::string why =
-      tools::WhyNoTable({text_.data(), std::min(text_.size(), tools::kKindBytes)});
-  if (why.empty()) return true;
-  throw Failure(kInputError, fmt::format("{}: {}", input_.Name(), why));
+// Throws where the first row, of which so much is at hand as tells it, is known to be no text.
+void RowBlocks::CheckBeginning() const {
+  const std::size_t first = scan_.first_row_end == 0 ? text_.size() : scan_.first_row_end;
+  const std::string why = tools::WhyNoTable({text_.data(), std::min(first, tools::kKindBytes)});
+  if (!why.empty()) throw Failure(kInputError, fmt::format("{}: {}", input_.Name(), why));
 }
 
 // Of the text that is not scanned yet.

@@ -54,7 +54,7 @@ class RowBlocks {
 
   // Reads on; false at the end of the input, and where there is a row and it would wait for more.
   bool Fill();
-  bool IsText() const;
+  void CheckBeginning() const;
   void DropBlankLines();
   void ScanText();
   void NoteRowEnds(std::size_t from, std::size_t to);

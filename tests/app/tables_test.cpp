@@ -188,7 +188,7 @@ TEST(Tables, FilesOfAnotherKindAreRecognised) {
       {" \n[\n  {\"width\": 1}]\n", "no table of text but JSON", "no PMML document but JSON"},
       {"{\"width\": 1}\n", "no table of text but JSON", "no PMML document but JSON"},
       {"<!doctype HTML><p>Not found", "a page of HTML", "a page of HTML"},
-      {document, "a PMML document; the model comes before the cases", ""},
+      {document, "but XML; if it is the model, that comes before the cases: MODEL CASES", ""},
       {table, "", "The file seems to be a table of cases; the model comes first: MODEL CASES."},
       {"svm_type c_svc\n", "", "a model in LIBSVM's format"},
       {"BZh91AY&SY\x01", "compressed by bzip2; decompress it first", "compressed by bzip2"},

@@ -95,11 +95,8 @@ std::string WhyNoTable(std::string_view beginning) {
   if (IsHtml(text))
     return "it is no table of text but a page of HTML, perhaps one that reports an error";
   if (text.starts_with("<?xml") || text.starts_with("<PMML") || text.starts_with("<!DOCTYPE")) {
-    return text.find("<PMML") == std::string_view::npos
-               ? "it is no table of text but XML; if it is the model, that comes before the cases: "
-                 "MODEL CASES"
-               : "it is no table of text but a PMML document; the model comes before the cases: "
-                 "MODEL CASES";
+    return "it is no table of text but XML; if it is the model, that comes before the cases: MODEL "
+           "CASES";
   }
   if (IsJson(text)) {
     return "it is no table of text but JSON; write it as CSV, with a header line of the names";
