@@ -268,7 +268,7 @@ LoadedModel LoadLetter(const Plugin& plugin, PmmlDocument document, const SSExce
   }
   if (judge == Judge::kHost) {
     SSException refused(error);
-    refused.SetRemedy(refused.GetRemedy() + ", or give --as-is to score it to the letter");
+    refused.SetRemedy(refused.GetRemedy() + ", or give --as-is to score the document as it is written, with this fault");
     throw refused;
   }
   const DOMElement* root = letter->document.Dom()->getDocumentElement();
