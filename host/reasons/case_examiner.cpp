@@ -140,7 +140,12 @@ class CaseExaminer::Examination {
       return reason;
     }
     reason.cause = CauseOf(var, *value);
-    if (reason.cause == Cause::kWrongType) reason.hint = HintOfNumber(given.text);
+    const bool respelled = !given.read.empty() && given.read != given.text;
+    if (reason.cause == Cause::kWrongType) {
+      reason.hint = respelled && given.text.find('.') != std::string_view::npos
+                        ? Hint::kDecimalPoint
+                        : HintOfNumber(given.text);
+    }
     if (reason.cause == Cause::kNotListed) reason.hint = HintOfCategory(var, given.text);
     return reason;
   }

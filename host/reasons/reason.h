@@ -45,6 +45,7 @@ enum class Hint {
   kPercent,
   kApostrophe,  // in front of a number
   kDecimalComma,
+  kDecimalPoint,  // where decimal commas are read
   kThousands,     // separators of thousands
   kUnclearComma,  // one or the other: 1,234
   kUnit,          // a number with a unit or currency

@@ -182,6 +182,8 @@ std::string_view NameOf(Hint hint) {
       return " (an apostrophe)";
     case Hint::kDecimalComma:
       return " (a decimal comma)";
+    case Hint::kDecimalPoint:
+      return " (a point, where numbers have a decimal comma)";
     case Hint::kThousands:
       return " (separators of thousands)";
     case Hint::kUnclearComma:
@@ -232,6 +234,8 @@ std::string_view TextOf(Hint hint) {
       return "write it without the apostrophe";
     case Hint::kDecimalComma:
       return "write it with a decimal point";
+    case Hint::kDecimalPoint:
+      return "numbers have a decimal comma here; write it with one, and thousands without points";
     case Hint::kThousands:
       return "write it without separators of thousands";
     case Hint::kUnclearComma:

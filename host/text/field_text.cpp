@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "host/text/blank.h"
 #include "host/text/calendar.h"
 #include "host/text/number_text.h"
 
@@ -9,10 +10,6 @@ namespace svmscore {
 namespace {
 
 constexpr double kSecondsPerDay = 86400.0;
-
-bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
 
 // ASCII letters without regard to case.
 bool Spells(std::string_view text, std::string_view lower) {

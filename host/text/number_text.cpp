@@ -9,12 +9,10 @@
 #include <fast_float/fast_float.h>
 #include <locale.h>
 
+#include "host/text/blank.h"
+
 namespace svmscore {
 namespace {
-
-bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
 
 std::string_view Trim(std::string_view text) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);

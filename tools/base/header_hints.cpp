@@ -14,7 +14,7 @@ namespace svmscore::tools {
 namespace {
 
 // Of a header: what is listed of it, and what is looked at.
-constexpr std::size_t kListedNames = 10;
+constexpr std::size_t kListedColumns = 10;
 constexpr std::size_t kListedBytes = 60;
 constexpr std::size_t kComparedNames = 10000;
 constexpr std::size_t kComparedBytes = 100;
@@ -71,7 +71,7 @@ std::string NearNames(const std::vector<std::string_view>& header,
     plain.push_back(header[i].size() > kComparedBytes ? std::string() : Plain(header[i]));
   }
   std::string pairs;
-  for (std::size_t m = 0; m < std::min(missing.size(), kListedNames); ++m) {
+  for (std::size_t m = 0; m < std::min(missing.size(), kListedColumns); ++m) {
     if (missing[m].size() > kComparedBytes) continue;
     const std::string wanted = Plain(missing[m]);
     std::size_t nearest = wanted.size() >= 8 ? 3 : wanted.size() >= 4 ? 2 : 1;
@@ -105,11 +105,11 @@ std::vector<std::string> Pieces(std::string_view name, char delimiter) {
 
 std::string ListOf(const std::vector<std::string_view>& header) {
   std::string list;
-  for (std::size_t i = 0; i < std::min(header.size(), kListedNames); ++i) {
+  for (std::size_t i = 0; i < std::min(header.size(), kListedColumns); ++i) {
     list += fmt::format("{}\"{}\"", i == 0 ? "" : ", ", Shortened(header[i], kListedBytes));
   }
-  if (header.size() > kListedNames) {
-    list += fmt::format(" and {} more", header.size() - kListedNames);
+  if (header.size() > kListedColumns) {
+    list += fmt::format(" and {} more", header.size() - kListedColumns);
   }
   return list;
 }

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "host/text/blank.h"
 #include "host/text/calendar.h"
 #include "host/text/field_text.h"
 #include "host/text/number_text.h"
@@ -17,10 +18,6 @@ constexpr double kSecondsPerDay = 86400.0;
 constexpr double kIntegerLimit = 0x1p63;
 // Whole numbers below this are written as their digits, never with an exponent.
 constexpr double kPlainDigits = 1e15;
-
-bool IsBlank(char c) {
-  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
-}
 
 std::string_view Trim(std::string_view text) {
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
