@@ -152,9 +152,10 @@ inline constexpr std::array kMachineFindings = {
         "extension-incomplete", FindingClass::kError, code::kLacksChildren,
         "an Extension that lacks what its machine needs gives it no probabilities, or no interval",
         "no probabilities or no interval are computed", "complete it"},
-    FindingKind{"extension-on-some", FindingClass::kLossy, code::kBadContent,
+    FindingKind{"extension-on-some", FindingClass::kError, code::kBadContent,
                 "some machines have a usable Extension and others do not, so all decide by votes",
-                "no probabilities are computed", "give every machine an extension"},
+                "the columns of probabilities hold shares of votes, or are not there",
+                "give every machine an extension"},
     FindingKind{
         "probabilities-missing", FindingClass::kError, code::kBadContent,
         "some machines have a usable Extension and others have none, and not every machine "

@@ -268,7 +268,8 @@ LoadedModel LoadLetter(const Plugin& plugin, PmmlDocument document, const SSExce
   }
   if (judge == Judge::kHost) {
     SSException refused(error);
-    refused.SetRemedy(refused.GetRemedy() + ", or give --as-is to score the document as it is written, with this fault");
+    refused.SetRemedy(refused.GetRemedy() +
+                      "; --as-is scores it all the same, but not as its author meant");
     throw refused;
   }
   const DOMElement* root = letter->document.Dom()->getDocumentElement();

@@ -318,10 +318,11 @@ TEST(BadModel, WhatIsReadInAnotherWayIsALineForEachKindAndRefusedWhenStrict) {
   const std::string told =
       ": error: line 20, SupportVector: a support vector that names no vector is left "
       "out, together with its coefficient: the vectorId \"u\", which no VectorInstance with values "
-      "has, in element SupportVector (the first of 2 places)\n";
+      "has, in element SupportVector (the first of 2 places); the decision value lacks the term\n";
   EXPECT_THAT(ran.err, HasSubstr("svmscore: " + model + told));
   EXPECT_THAT(ran.err, HasSubstr("svmscore: " + model + ": error: line 21, Coefficient: a coeff"));
-  EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), 3) << ran.err;
+  EXPECT_THAT(ran.err, HasSubstr(": scores may be wrong: svmscore doctor says what to do, "));
+  EXPECT_EQ(std::count(ran.err.begin(), ran.err.end(), '\n'), 4) << ran.err;
   for (const char* command : {"score", "verify"}) {
     const Ran strict = RunProgram({command, model, "--strict-document"}, "x\n1\n");
     EXPECT_EQ(strict.status, 3) << command;
