@@ -3,19 +3,15 @@
 #include <fmt/format.h>
 
 #include "app/base/messages.h"
+#include "tools/findings/remarks.h"
 
 namespace svmscore::app {
 
 void TellIntake(const std::string& path, const LoadedModel& loaded) {
   bool wrong = false;
-  for (const Finding& finding : FirstOfEachKind(loaded.findings)) {
-    if (!finding.kind->IsRefusedWhenStrict()) continue;
-    if (finding.IsError()) {
-      wrong = true;
-      Tell(fmt::format("{}: error: {}; {}", path, SentenceOf(finding), finding.kind->consequence));
-    } else {
-      Tell(fmt::format("{}: {}", path, SentenceOf(finding)));
-    }
+  for (const std::string& remark : tools::RemarksOn(loaded)) {
+    wrong = wrong || remark.starts_with("error: ");
+    Tell(fmt::format("{}: {}", path, remark));
   }
   if (!wrong) return;
   Tell(path +

@@ -53,6 +53,12 @@ class SVMSCORE_HOST_API BatchModel {
   // [any thread] Fails: never.
   virtual std::pair<int, int> DecisionCategories(std::size_t decision) const = 0;
 
+  // The variable whose number is the entry, as it is, wherever InputCaseRecord::FindPlainNumber
+  // gives one; null for an entry that is made otherwise. Where all entries of a case are such
+  // numbers, ReadCase does nothing but copy them.
+  // [any thread] Lives: as long as the model. Fails: never.
+  virtual const MCZandor_850::ScoreDictVar* PlainEntry(std::size_t entry) const = 0;
+
   // Whether a case fails (90027) that has a decision value which is not finite, here and in
   // GetScore. At first it does not.
   // [set-up] Fails: never.

@@ -85,20 +85,22 @@ InputState InputCaseRecord::Treat(Slot& slot, const ScoreValue& value) {
   return Store(slot, InputState::kPresent, &value);
 }
 
-bool InputCaseRecord::StorePlain(Slot& slot, std::string_view text) {
-  const std::optional<double> number = svmscore::ParseNumber(text);
-  if (!number || !std::isfinite(*number) || *number == NumericValue::GetSysmisValue()) return false;
-  slot.number->SetDoubleValue(*number);
+bool InputCaseRecord::StorePlain(Slot& slot, double number) {
+  if (!std::isfinite(number) || number == NumericValue::GetSysmisValue()) return false;
+  slot.number->SetDoubleValue(number);
   Store(slot, InputState::kPresent, slot.number.get());
   slot.holds_plain = true;
-  slot.plain_number = *number;
+  slot.plain_number = number;
   return true;
 }
 
 InputState InputCaseRecord::SetText(std::size_t position, std::string_view text) {
   kept_.is_current = false;
   Slot& slot = slots_[position];
-  if (slot.takes_plain && StorePlain(slot, text)) return InputState::kPresent;
+  if (slot.takes_plain) {
+    const std::optional<double> number = svmscore::ParseNumber(text);
+    if (number && StorePlain(slot, *number)) return InputState::kPresent;
+  }
   if (slot.text != nullptr) {
     slot.text->SetText(text.data(), text.size());
     return Treat(slot, *slot.text);
@@ -115,6 +117,7 @@ InputState InputCaseRecord::SetText(std::size_t position, std::string_view text)
 InputState InputCaseRecord::SetNumber(std::size_t position, double number) {
   kept_.is_current = false;
   Slot& slot = slots_[position];
+  if (slot.takes_plain && StorePlain(slot, number)) return InputState::kPresent;
   if (slot.text != nullptr) {
     const std::string text = svmscore::FieldTextFromNumber(number, {});
     slot.text->SetText(text.data(), text.size());

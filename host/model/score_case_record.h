@@ -114,8 +114,8 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
     bool holds_plain = false;  // such a number is the current value
     double plain_number = 0.0;
   };
-  // Stores the text where it is a number that needs no treatment.
-  bool StorePlain(Slot& slot, std::string_view text);
+  // Stores the number where it needs no treatment. REQUIRES: slot.takes_plain.
+  bool StorePlain(Slot& slot, double number);
   InputState Store(Slot& slot, InputState state, const ScoreValue* value);
   InputState Treat(Slot& slot, const ScoreValue& value);
   InputState TreatMissing(Slot& slot);

@@ -12,6 +12,7 @@
 namespace svmscore::output {
 
 using MCZandor_850::DerivedCaseRecord;
+using MCZandor_850::InputCaseRecord;
 using MCZandor_850::ScoreCaseRecord;
 using MCZandor_850::ScoreModel;
 using MCZandor_850::ScoreValue;
@@ -61,6 +62,12 @@ std::unique_ptr<DerivedCaseRecord> OutputPlan::GatherInputs(const ScoreCaseRecor
     *inputs++ = transform::InputValue(record.GetValueOf(*read.var), *read.var, texts);
   }
   if (transformations_ == nullptr) return nullptr;
+  // An InputCaseRecord keeps the values itself.
+  if (const auto* record_of_inputs = dynamic_cast<const InputCaseRecord*>(&record)) {
+    const transform::Scratch& values = transformations_->ValuesOf(*record_of_inputs);
+    for (const ReadDerived& read : derived_) *inputs++ = values.Slot(read.position);
+    return nullptr;
+  }
   auto derived = transformations_->GetValuesForDerivedVars(&record, nullptr);
   for (const ReadDerived& read : derived_) *inputs++ = derived->Values().Slot(read.position);
   return derived;

@@ -76,16 +76,6 @@ struct KeptValues : WorkedOut {
   Scratch values;
 };
 
-// The values of the record's present case.
-const Scratch& ValuesOf(const InputCaseRecord& record, const Program& program) {
-  InputCaseRecord::Kept& kept = record.KeptBy(&program);
-  if (kept.what == nullptr) kept.what = std::make_unique<KeptValues>(program);
-  Scratch& values = static_cast<KeptValues&>(*kept.what).values;
-  if (!kept.is_current) program.Evaluate(record, values);
-  kept.is_current = true;
-  return values;
-}
-
 }  // namespace
 
 DerivedCaseRecord::DerivedCaseRecord(const TransformationDictionary& owner,
@@ -131,10 +121,19 @@ void TransformationDictionary::SetUpDerivedCaseRecord() {
   for (ScoreDictVar* var : GetVariables()) var->SetCasePosition(position++);
 }
 
+const Scratch& TransformationDictionary::ValuesOf(const InputCaseRecord& record) const {
+  InputCaseRecord::Kept& kept = record.KeptBy(program_.get());
+  if (kept.what == nullptr) kept.what = std::make_unique<KeptValues>(*program_);
+  Scratch& values = static_cast<KeptValues&>(*kept.what).values;
+  if (!kept.is_current) program_->Evaluate(record, values);
+  kept.is_current = true;
+  return values;
+}
+
 std::unique_ptr<DerivedCaseRecord> TransformationDictionary::GetValuesForDerivedVars(
     const ScoreCaseRecord* record, const ScoreDictionary*) const {
   if (const auto* inputs = dynamic_cast<const InputCaseRecord*>(record)) {
-    return std::make_unique<DerivedCaseRecord>(*this, ValuesOf(*inputs, *program_));
+    return std::make_unique<DerivedCaseRecord>(*this, ValuesOf(*inputs));
   }
   std::unique_ptr<Scratch> scratch = store_->Take();
   if (scratch == nullptr) scratch = std::make_unique<Scratch>(*program_);

@@ -103,6 +103,11 @@ class SVMSCORE_HOST_API TransformationDictionary : public BaseDictionary {
   std::unique_ptr<DerivedCaseRecord> GetValuesForDerivedVars(
       const ScoreCaseRecord* record, const ScoreDictionary* dictionary) const;
 
+  // The derived values of the record's present case, computed unless the record still keeps them.
+  // REQUIRES: SetUpDerivedCaseRecord was called.
+  // [any thread] Owns: the record. Lives: until the record changes. Fails: std::bad_alloc.
+  const svmscore::transform::Scratch& ValuesOf(const InputCaseRecord& record) const;
+
   const svmscore::transform::Program& GetProgram() const { return *program_; }
   const std::vector<svmscore::transform::Remark>& Remarks() const { return remarks_; }
 

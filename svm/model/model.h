@@ -99,6 +99,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // One for each machine; for a regression, one for the first machine only.
   std::size_t DecisionCount() const override;
   std::pair<int, int> DecisionCategories(std::size_t decision) const override;
+  const ScoreDictVar* PlainEntry(std::size_t entry) const override;
   void SetFiniteOnly(bool finite_only) override { finite_only_ = finite_only; }
   void FixPositions(const ScoreCaseRecord& record) override;
   MCScore::MCStatus ReadCase(const ScoreCaseRecord& record, bool flag, double* entries,

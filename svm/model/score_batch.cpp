@@ -41,6 +41,14 @@ std::pair<int, int> SVMModel::DecisionCategories(std::size_t decision) const {
   return {machine->target_index, machine->alternate_target_index};
 }
 
+const ScoreDictVar* SVMModel::PlainEntry(std::size_t entry) const {
+  // With a field of an unknown kind, entries no longer belong to the variables.
+  if (vector_field_vars_.size() < EntryCount() || entry >= EntryCount()) return nullptr;
+  const ScoreDictVar* var = vector_field_vars_[entry];
+  const bool reference = data_->GetVectorFieldTypes()[entry] == kFieldReference;
+  return reference && var != nullptr && !var->IsDerived() ? var : nullptr;
+}
+
 void SVMModel::FixPositions(const ScoreCaseRecord& record) {
   if (record.IsIndexedByPosition()) SetUpDictVarIndex(&record, false);
 }

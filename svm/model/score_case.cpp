@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <optional>
 
 #include "host/model/score_case_record.h"
 #include "host/model/scoring_log.h"
@@ -103,22 +104,28 @@ MCStatus SVMModel::FillCaseRecord(ScoreResult*& result, const ScoreCaseRecord* r
 MCStatus SVMModel::ReadEntries(const ScoreCaseRecord& record, bool flag, ScoreResult** result,
                                double* entries, std::size_t stride, std::size_t& read) {
   MCStatus status;
-  std::unique_ptr<DerivedCaseRecord> derived;
-  if (GetTransformationDictionary() != nullptr) {
-    derived = GetTransformationDictionary()->GetValuesForDerivedVars(&record, GetDictionary());
+  const auto* inputs = dynamic_cast<const InputCaseRecord*>(&record);
+  std::optional<DerivedCaseRecord> kept;
+  std::unique_ptr<DerivedCaseRecord> borrowed;
+  const DerivedCaseRecord* derived = nullptr;
+  if (const TransformationDictionary* dictionary = GetTransformationDictionary()) {
+    if (inputs != nullptr) {
+      derived = &kept.emplace(*dictionary, dictionary->ValuesOf(*inputs));
+    } else {
+      borrowed = dictionary->GetValuesForDerivedVars(&record, GetDictionary());
+      derived = borrowed.get();
+    }
   }
   const std::vector<void*>& fields = data_->GetVectorFields();
   const std::vector<VectorFieldType>& types = data_->GetVectorFieldTypes();
   const std::size_t count = EntryCount();
-  const auto* inputs = dynamic_cast<const InputCaseRecord*>(&record);
   for (read = 0; read < count && !status.IsError(); ++read) {
     const ScoreDictVar* var = read < vector_field_vars_.size() ? vector_field_vars_[read] : nullptr;
     if (const double* number = FindNumber(types[read], var, inputs, flag)) {
       entries[read * stride] = *number;
       continue;
     }
-    const ScoreValue* value =
-        var != nullptr ? FindValue(*var, record, derived.get(), flag) : nullptr;
+    const ScoreValue* value = var != nullptr ? FindValue(*var, record, derived, flag) : nullptr;
     if (IsMissScoreValue(var, value)) {
       status = result != nullptr ? HandleMissInvalidValue(true, false, var, *result)
                                  : MissingStatus(var);

@@ -62,6 +62,14 @@ class Header {
 
 }  // namespace
 
+std::vector<const ScoreDictVar*> InputsOf(const LoadedModel& loaded) {
+  std::vector<const ScoreDictVar*> inputs = loaded.needed;
+  const std::unordered_set<const ScoreDictVar*> listed(inputs.begin(), inputs.end());
+  std::copy_if(loaded.active.begin(), loaded.active.end(), std::back_inserter(inputs),
+               [&listed](const ScoreDictVar* var) { return listed.count(var) == 0; });
+  return inputs;
+}
+
 CaseColumns MatchColumns(const std::vector<std::string_view>& names, const LoadedModel& loaded,
                          const std::vector<std::string>& copied, const std::string& input_name) {
   const Header header(names, input_name);
@@ -72,11 +80,7 @@ CaseColumns MatchColumns(const std::vector<std::string_view>& names, const Loade
 
   CaseColumns columns;
   columns.width = names.size();
-  std::vector<const ScoreDictVar*> inputs = loaded.needed;
-  const std::unordered_set<const ScoreDictVar*> listed(inputs.begin(), inputs.end());
-  std::copy_if(loaded.active.begin(), loaded.active.end(), std::back_inserter(inputs),
-               [&listed](const ScoreDictVar* var) { return listed.count(var) == 0; });
-  for (const ScoreDictVar* var : inputs) {
+  for (const ScoreDictVar* var : InputsOf(loaded)) {
     if (!header.Has(var->GetName())) continue;
     columns.variables.push_back(var);
     columns.cells.push_back(header.PositionOf(var->GetName()));

@@ -23,6 +23,11 @@ struct CaseColumns {
   std::vector<std::size_t> copied;
 };
 
+// Every variable that a case may have a value of, each once: those that the model needs, then its
+// other inputs. The records of a model that is shared must begin with the needed ones, in that order.
+// [any thread] Owns: the model the variables. Fails: std::bad_alloc.
+std::vector<const MCZandor_850::ScoreDictVar*> InputsOf(const LoadedModel& loaded);
+
 // Finds the columns of a model's inputs, and those to copy, by their names. An input that the model
 // does not need may be absent. `input_name` is what messages call the table. [any thread] Owns: the
 // caller; the model the variables. Lives: the model, longer than the result. Fails: BadCases if a

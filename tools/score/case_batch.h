@@ -20,6 +20,10 @@ class CaseBatch {
   // Takes the case as the next one unless the status, which is the case's own, is an error.
   // REQUIRES: fewer cases than the capacity are held.
   MCScore::MCStatus Add(const MCZandor_850::ScoreCaseRecord& record);
+  // Makes room for cases whose entries the caller writes: of case c, EntriesOf(entry)[c].
+  // REQUIRES: `count` is at most the capacity.
+  void Reset(std::size_t count) { count_ = count; }
+  double* EntriesOf(std::size_t entry) { return entries_.data() + entry * stride_; }
   void Score();
 
   std::size_t Size() const { return count_; }

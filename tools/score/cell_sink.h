@@ -12,6 +12,8 @@ class CellSink {
  public:
   virtual void Empty() = 0;
   virtual void Text(std::string_view text) = 0;
+  // A category of the target, by its position and its text.
+  virtual void Category(int, std::string_view text) { Text(text); }
   virtual void Number(double number) = 0;
   virtual void Whole(long number) = 0;
 

@@ -69,18 +69,20 @@ class FromOutcome : public ResultColumn {
 class PredictedCategory : public FromOutcome {
  public:
   explicit PredictedCategory(const std::vector<const ScoreValue*>& categories)
-      : FromOutcome("prediction", CellKind::kCategory), categories_(categories) {}
+      : FromOutcome("prediction", CellKind::kCategory) {
+    for (const ScoreValue* category : categories) texts_.push_back(category->GetText());
+  }
 
  private:
   void WriteOutcome(const Outcome& outcome, CellSink& cell) const override {
     if (outcome.category < 0) {
       cell.Empty();
     } else {
-      cell.Text(categories_[static_cast<std::size_t>(outcome.category)]->GetText());
+      cell.Category(outcome.category, texts_[static_cast<std::size_t>(outcome.category)]);
     }
   }
 
-  const std::vector<const ScoreValue*>& categories_;
+  std::vector<std::string> texts_;
 };
 
 class PredictedNumber : public FromOutcome {

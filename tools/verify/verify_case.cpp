@@ -1,10 +1,8 @@
 #include "tools/verify/verify_case.h"
 
-#include <algorithm>
-#include <unordered_set>
-
 #include "host/model/score_status.h"
 #include "host/transform/transformation_dictionary.h"
+#include "tools/base/case_columns.h"
 
 namespace svmscore::tools {
 namespace {
@@ -20,15 +18,6 @@ using transform::Value;
 
 bool ReplacesMissing(const LoadedModel& loaded) {
   return loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
-}
-
-// Everything that is or may be an input, each variable once.
-std::vector<const ScoreDictVar*> InputsOf(const LoadedModel& loaded) {
-  std::vector<const ScoreDictVar*> inputs = loaded.active;
-  const std::unordered_set<const ScoreDictVar*> active(inputs.begin(), inputs.end());
-  std::copy_if(loaded.needed.begin(), loaded.needed.end(), std::back_inserter(inputs),
-               [&active](const ScoreDictVar* var) { return !active.contains(var); });
-  return inputs;
 }
 
 Value Computed(double number) {

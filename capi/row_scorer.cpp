@@ -1,0 +1,114 @@
+#include "capi/row_scorer.h"
+
+#include <utility>
+
+#include "host/model/score_status.h"
+#include "host/model/scoring_log.h"
+
+namespace svmscore::capi {
+namespace {
+
+using MCZandor_850::ScoreDictVar;
+using MCZandor_850::ScoreResult;
+
+// So many bytes of text are held for the output fields of rows; one row may be beyond.
+constexpr std::size_t kMostTexts = std::size_t{16} << 20;
+
+// The status of a case that the model is not asked about, logged as the model would.
+long RefuseInvalid() {
+  MCZandor_850::ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld",
+                                                    MCScore::kInvalidValue);
+  return MCScore::kInvalidValue;
+}
+
+}  // namespace
+
+ScoringPlan::ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool decisions)
+    : model(std::move(of_model)),
+      computes_output(choice == tools::ColumnChoice::kDocument && !Output().Fields().empty()),
+      reads_inputs(computes_output &&
+                   (Output().InputCount() > 0 || !Output().ExtraInputs().empty())),
+      results(tools::MakeColumns(*model->loaded.model, Output(), choice, decisions)) {}
+
+RowScorer::RowScorer(const ScoringPlan& plan, std::vector<const ScoreDictVar*> variables,
+                     std::size_t capacity)
+    : plan_(plan),
+      capacity_(plan.model->batch == nullptr ? 1 : capacity),
+      record_(std::move(variables), true, plan.model->replaces_missing),
+      outputs_(plan.Output(), plan.model->replaces_missing) {
+  if (plan.model->batch != nullptr) {
+    const std::size_t categories = plan.Output().Targets().Target().GetCategories().size();
+    batch_.emplace(*plan.model->batch, categories, capacity_);
+  }
+  rows_.reserve(capacity_);
+  if (plan.reads_inputs) output_inputs_.reserve(capacity_ * plan.Output().InputCount());
+}
+
+RowScorer::~RowScorer() = default;
+
+void RowScorer::Clear() {
+  rows_.clear();
+  output_inputs_.clear();
+  input_texts_.Reset();
+  if (batch_) batch_->Clear();
+}
+
+void RowScorer::Add() {
+  Row row;
+  if (record_.HasInvalid()) {
+    row.status = RefuseInvalid();
+  } else if (batch_) {
+    row.place = batch_->Size();
+    row.status = batch_->Add(record_).GetErrorCode();
+  } else {
+    ScoreResult* result = result_.release();
+    row.status = plan_.model->loaded.model->GetScore(&record_, result, false).GetErrorCode();
+    result_.reset(result);
+  }
+  rows_.push_back(row);
+  if (!plan_.reads_inputs) return;
+  const std::size_t count = plan_.Output().InputCount();
+  output_inputs_.resize(output_inputs_.size() + count);
+  if (record_.HasInvalid()) return;  // and no output field is computed
+  plan_.Output().ReadInputs(record_, output_inputs_.data() + output_inputs_.size() - count,
+                            input_texts_);
+}
+
+bool RowScorer::IsFull() const {
+  return rows_.size() == capacity_ || input_texts_.BytesTaken() >= kMostTexts;
+}
+
+void RowScorer::TakePlainRows(std::size_t count) {
+  rows_.resize(count);
+  for (std::size_t r = 0; r < count; ++r) rows_[r] = {0, r};
+  batch_->Reset(count);
+}
+
+void RowScorer::Score() {
+  if (batch_) batch_->Score();
+}
+
+output::Outcome RowScorer::Finish(std::size_t row) {
+  output::Outcome outcome = OutcomeOf(rows_[row]);
+  if (plan_.computes_output) {
+    const transform::Value* inputs =
+        plan_.reads_inputs ? output_inputs_.data() + row * plan_.Output().InputCount() : nullptr;
+    outcome.status = plan_.Output().Evaluate(outcome, inputs, outputs_);
+  }
+  return outcome;
+}
+
+output::Outcome RowScorer::OutcomeOf(const Row& row) const {
+  const output::TargetRules& targets = plan_.Output().Targets();
+  if (row.status != 0) return targets.Finish({row.status, false}, nullptr);
+  return batch_ ? targets.Finish(batch_->Results(), row.place) : targets.Finish({}, result_.get());
+}
+
+tools::ScoredCase RowScorer::Scored(std::size_t row, const output::Outcome& outcome) {
+  const bool decided = batch_ && rows_[row].status == 0 &&
+                       batch_->Results().status[rows_[row].place] != MCScore::kCannotScore;
+  return {outcome, outputs_, decided ? batch_->Results().decisions + rows_[row].place : nullptr,
+          decided ? batch_->Results().stride : 0};
+}
+
+}  // namespace svmscore::capi

@@ -1,0 +1,97 @@
+// From the values of rows to the cells of their results: what one thread does with a few rows.
+#ifndef CAPI_ROW_SCORER_H_
+#define CAPI_ROW_SCORER_H_
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "capi/input_cells.h"
+#include "capi/model.h"
+#include "host/model/score_case_record.h"
+#include "host/model/score_result.h"
+#include "host/output/output_plan.h"
+#include "host/transform/value/arena.h"
+#include "host/transform/value/value.h"
+#include "tools/score/case_batch.h"
+#include "tools/score/result_columns.h"
+
+namespace svmscore::capi {
+
+// What a scorer computes, made once and read by all its threads.
+struct ScoringPlan {
+  ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool decisions);
+
+  const output::OutputPlan& Output() const { return *model->loaded.output; }
+
+  SharedModel model;
+  bool computes_output;  // the results hold columns of output fields
+  bool reads_inputs;     // and those depend on more than the model's result
+  tools::ResultColumns results;
+};
+
+// Used by one thread: rows are put in one after the other, scored together, and written. Lives: the
+// plan, longer than it.
+class RowScorer {
+ public:
+  // `variables`: those of the record, first the needed ones, in their order.
+  RowScorer(const ScoringPlan& plan, std::vector<const MCZandor_850::ScoreDictVar*> variables,
+            std::size_t capacity);
+  ~RowScorer();
+  RowScorer(const RowScorer&) = delete;
+  RowScorer& operator=(const RowScorer&) = delete;
+
+  // At most so many rows are put in; 1 for a model that takes no batches.
+  std::size_t Capacity() const { return capacity_; }
+  MCZandor_850::InputCaseRecord& Record() { return record_; }
+  // What output fields read beside the record; to be set before the row is written.
+  MCZandor_850::InputCaseRecord& Extras() { return outputs_.Extras(); }
+
+  void Clear();
+  // Takes the record's case as the next row. REQUIRES: there is room. Fails: std::bad_alloc.
+  void Add();
+  bool IsFull() const;
+  std::size_t RowCount() const { return rows_.size(); }
+  // The rows at once, as the numbers of their entries, which the caller writes before Score: of row
+  // r PlainEntries(entry)[r]. REQUIRES: the model has plain_entries, and the plan reads no inputs.
+  double* PlainEntries(std::size_t entry) { return batch_->EntriesOf(entry); }
+  void TakePlainRows(std::size_t count);
+  void Score();
+  // Writes the cells of a row in the order of the plan's results: calls `begin` with the position
+  // of each column, which gives its sink. Fails: what sinks throw; std::bad_alloc.
+  template <typename Begin>
+  void Write(std::size_t row, const Begin& begin) {
+    const output::Outcome outcome = Finish(row);
+    const tools::ScoredCase scored = Scored(row, outcome);
+    for (std::size_t i = 0; i < plan_.results.size(); ++i) {
+      plan_.results[i]->Write(scored, begin(i));
+    }
+  }
+
+ private:
+  // A row: its place in the batch, or the status with which it stays outside.
+  struct Row {
+    long status = 0;
+    std::size_t place = 0;
+  };
+
+  output::Outcome Finish(std::size_t row);
+  output::Outcome OutcomeOf(const Row& row) const;
+  tools::ScoredCase Scored(std::size_t row, const output::Outcome& outcome);
+
+  const ScoringPlan& plan_;
+  std::size_t capacity_;
+  MCZandor_850::InputCaseRecord record_;
+  output::OutputScratch outputs_;
+  std::optional<tools::CaseBatch> batch_;
+  std::unique_ptr<MCZandor_850::ScoreResult> result_;  // of a model that takes no batches
+  // What output fields depend on, of each row: [rows][plan.Output().InputCount()].
+  std::vector<transform::Value> output_inputs_;
+  transform::Arena input_texts_;
+  std::vector<Row> rows_;
+};
+
+}  // namespace svmscore::capi
+
+#endif  // CAPI_ROW_SCORER_H_

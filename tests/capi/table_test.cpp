@@ -1,0 +1,94 @@
+// Tables through the C interface: the names and cells of the program, however the values lie.
+#include <algorithm>
+#include <cctype>
+
+#include <gtest/gtest.h>
+
+#include "tests/app/run_program.h"
+#include "tests/app/temporary_folder.h"
+#include "tests/capi/columns.h"
+#include "tests/process/case_set.h"
+
+namespace svmscore_test {
+namespace {
+
+constexpr std::size_t kRows = 1300;  // more than two blocks
+const std::vector<std::string> kChoices = {"auto", "raw", "all"};
+
+// What the program writes.
+Rows Expected(const std::string& document, const Rows& cases, const std::string& choice) {
+  const svmscore::app::Ran ran = svmscore::app::RunProgram(
+      {"score", document, "-", "--columns", choice, "--decisions"}, CsvOf(cases));
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  return RowsOf(ran.out);
+}
+
+class CTables : public testing::TestWithParam<std::string> {};
+
+TEST_P(CTables, AreScoredAsByTheProgram) {
+  const Model model = LoadFile(GetParam());
+  ASSERT_NE(model, nullptr);
+  const Rows cases = CasesFor(model.get(), kRows);
+  for (std::size_t choice = 0; choice < kChoices.size(); ++choice) {
+    const Rows expected = Expected(GetParam(), cases, kChoices[choice]);
+    svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
+    options.columns = static_cast<int>(choice);
+    options.decisions = 1;
+    for (const Form form :
+         {Form::kTexts, Form::kLongTexts, Form::kNumbers, Form::kMixed, Form::kDictionary}) {
+      options.category_codes = form == Form::kMixed ? 1 : 0;
+      const Scorer scorer = NewScorer(model.get(), &options);
+      const Columns columns(cases, form);
+      EXPECT_EQ(Score(scorer.get(), columns), expected)
+          << kChoices[choice] << ", form " << static_cast<int>(form);
+    }
+  }
+}
+
+// Cases without a bad value do not go through records where a model reads plain numbers: they must
+// get the same bits, and so must cases alone.
+TEST_P(CTables, OfGoodNumbersAreScoredAsByTheProgram) {
+  const Model model = LoadFile(GetParam());
+  Rows cases = CasesFor(model.get(), kRows);
+  std::erase_if(cases, [](const auto& row) {
+    return std::any_of(row.begin(), row.end(), [](const std::string& cell) {
+      return cell.empty() || cell == "INF" || cell == "NaN" || cell == "1e300" ||
+             cell == "no such thing";
+    });
+  });
+  ASSERT_GT(cases.size(), 40U);
+  const Rows expected = Expected(GetParam(), cases, "auto");
+  svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
+  options.decisions = 1;
+  const Scorer scorer = NewScorer(model.get(), &options);
+  for (const Form form : {Form::kNumbers, Form::kMixed, Form::kDictionary}) {
+    EXPECT_EQ(Score(scorer.get(), Columns(cases, form)), expected);
+  }
+}
+
+TEST_P(CTables, DoNotDependOnThreads) {
+  const Model model = LoadFile(GetParam());
+  const Columns columns(CasesFor(model.get(), 5 * kRows), Form::kNumbers);
+  Rows one;
+  for (const int threads : {1, 2, 5, SVMSCORE_ALL_CORES}) {
+    svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
+    options.threads = threads;
+    const Scorer scorer = NewScorer(model.get(), &options);
+    const Rows rows = Score(scorer.get(), columns);
+    if (one.empty()) one = rows;
+    EXPECT_EQ(rows, one) << threads << " threads";
+    EXPECT_EQ(Score(scorer.get(), columns), one) << "again";
+  }
+}
+
+std::string NameOfDocument(const testing::TestParamInfo<std::string>& document) {
+  std::string name = document.param.substr(sizeof(PROJECT_FOLDER));
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return std::isalnum(c) == 0; }, '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, CTables, testing::ValuesIn(Documents()), NameOfDocument);
+
+}  // namespace
+}  // namespace svmscore_test
