@@ -29,7 +29,7 @@ MCSvm::MCStatus SVMMultiProbLearn::MultiLearning() {
   MCSvm::MCStatus result;
   probabilities_.assign(static_cast<std::size_t>(std::max(class_count_, 0)), 1.0 / class_count_);
   const double tolerance = kToleranceTimesClasses / class_count_;
-  std::vector<double> product(probabilities_.size(), 0.0);
+  product_.assign(probabilities_.size(), 0.0);
   for (int sweep = 1;; ++sweep) {
     if (cancel_info_.IsCancel()) {
       DoCancel();
@@ -37,10 +37,10 @@ MCSvm::MCStatus SVMMultiProbLearn::MultiLearning() {
       return result;
     }
     Sweep();
-    if (!matrix_.ComputeSV(probabilities_, product)) break;
+    if (!matrix_.ComputeSV(probabilities_, product_)) break;
     const double form = matrix_.ComputeVSV(probabilities_);
     double largest = 0.0;
-    for (const double entry : product) largest = std::max(largest, std::abs(entry - form));
+    for (const double entry : product_) largest = std::max(largest, std::abs(entry - form));
     if (tolerance > largest || sweep == kMaxSweeps) break;
   }
   if (!cancel_info_.IsCancel() && !status_.IsError()) status_ = result;

@@ -46,6 +46,7 @@ class SVMMultiProbLearn {
   int class_count_;
   MCMath_850::MCSymMatrix& matrix_;
   std::vector<double> probabilities_;
+  std::vector<double> product_;  // Q p, after a sweep
 };
 
 }  // namespace MCSVM_700

@@ -123,7 +123,8 @@ MCStatus SVMModel::GetTicketByMultiClass(const std::vector<double>& decisions, i
                                          double& confidence, std::vector<double>& percents) {
   percents.clear();
   if (data_ != nullptr && !decisions.empty()) {
-    std::vector<int> tickets(target_categories_.size(), 0);
+    std::vector<int>& tickets = ThisThreadsWorkspace().tickets;
+    tickets.assign(target_categories_.size(), 0);
     if (!GetTicketsToCategories(decisions, tickets).IsError() && !tickets.empty()) {
       GetProbablitiesForMultiClass(tickets, winner, confidence, percents);
     }
@@ -137,7 +138,7 @@ MCStatus SVMModel::GetVEMATicketByBinaryClass(const std::vector<double>& decisio
   const ST_MACHINEEXTENSION* extension = machine != nullptr ? machine->extension : nullptr;
   if (!decisions.empty() && extension != nullptr) {
     winner = extension->response_index;
-    std::vector<std::vector<double>> r;
+    std::vector<std::vector<double>>& r = ThisThreadsWorkspace().pairs;
     const MCStatus status = PairwiseProbabilities(decisions, percents, r);
     if (!status.IsError() && extension->non_response_index >= 0 && r.size() > 1) {
       const double response = r[0][1];
@@ -158,7 +159,7 @@ MCStatus SVMModel::GetVEMATicketByBinaryClass(const std::vector<double>& decisio
 MCStatus SVMModel::GetVEMATicketByMultiClass(const std::vector<double>& decisions, int& winner,
                                              double& confidence, std::vector<double>& percents) {
   if (data_ == nullptr || decisions.empty()) return percents.empty() ? Undecided() : MCStatus();
-  std::vector<std::vector<double>> r;
+  std::vector<std::vector<double>>& r = ThisThreadsWorkspace().pairs;
   MCStatus status = PairwiseProbabilities(decisions, percents, r);
   if (!status.IsError()) status = DoMultiProbLearn(r, percents);
   if (status.IsError()) return status;

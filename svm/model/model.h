@@ -142,7 +142,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // --- Class probabilities (probability.cpp) ---
 
   // Appends each category's share of the votes to `percents`; the first of the largest shares wins.
-  MCScore::MCStatus GetProbablitiesForMultiClass(std::vector<int> tickets, int& winner,
+  MCScore::MCStatus GetProbablitiesForMultiClass(const std::vector<int>& tickets, int& winner,
                                                  double& confidence, std::vector<double>& percents);
   // Fills r, one row per category: r[i][j] is the probability of i given that it is i or j, within
   // [1e-7, 0.9999999]. Machines are those of the pairs (0,1), (0,2), ..., (1,2), ... in order. Rows

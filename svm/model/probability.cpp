@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 
-#include "math/symmetric_matrix.h"
-#include "svm/learn/multi_prob_learn.h"
 #include "svm/model/model.h"
+#include "svm/model/workspace.h"
 
 namespace MCZandor_850 {
 
@@ -35,7 +35,7 @@ void FillCouplingMatrix(const std::vector<std::vector<double>>& r,
 
 }  // namespace
 
-MCStatus SVMModel::GetProbablitiesForMultiClass(std::vector<int> tickets, int& winner,
+MCStatus SVMModel::GetProbablitiesForMultiClass(const std::vector<int>& tickets, int& winner,
                                                 double& confidence, std::vector<double>& percents) {
   if (data_ != nullptr && !tickets.empty()) {
     const auto machines = static_cast<double>(data_->GetSupportVectorMachines().size());
@@ -88,11 +88,12 @@ MCStatus SVMModel::DoMultiProbLearn(std::vector<std::vector<double>>& r,
   if (!r.empty() && percents.size() >= 3) {
     const auto classes = static_cast<int>(r.size());
     for (auto& row : r) row.resize(r.size(), 0.0);
-    MCMath_850::MCSymMatrix coupling(classes, true);
-    // Only if memory has run out.
-    if (!coupling.IsValidMatrix()) return MCStatus(MCScore::kCannotScore, false);
-    FillCouplingMatrix(r, coupling);
-    MCSVM_700::SVMMultiProbLearn learner(nullptr, classes, coupling);
+    std::optional<Workspace::Coupling>& coupling = ThisThreadsWorkspace().coupling;
+    // An order of -1: memory has run out.
+    if (!coupling || coupling->matrix.GetNRows() != classes) coupling.emplace(classes);
+    if (!coupling->matrix.IsValidMatrix()) return MCStatus(MCScore::kCannotScore, false);
+    FillCouplingMatrix(r, coupling->matrix);
+    MCSVM_700::SVMMultiProbLearn& learner = coupling->learner;
     if (learner.MultiLearning().IsError()) return MCStatus(MCScore::kInvalidValue, false);
     percents = learner.GetProbabilities();
   }

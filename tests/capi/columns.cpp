@@ -1,10 +1,10 @@
 #include "tests/capi/columns.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <map>
-#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -14,11 +14,20 @@ namespace svmscore_test {
 
 Rows RowsOf(const std::string& csv) {
   Rows rows;
-  std::istringstream lines(csv);
-  for (std::string line; std::getline(lines, line);) {
-    auto& row = rows.emplace_back();
-    std::istringstream cells(line + ',');
-    for (std::string cell; std::getline(cells, cell, ',');) row.push_back(cell);
+  bool quoted = false;
+  bool starts = true;
+  for (const char c : csv) {
+    if (starts) rows.emplace_back().emplace_back();
+    starts = false;
+    if (c == '"') {
+      quoted = !quoted;
+    } else if (c == ',' && !quoted) {
+      rows.back().emplace_back();
+    } else if (c == '\n' && !quoted) {
+      starts = true;
+    } else {
+      rows.back().back() += c;
+    }
   }
   return rows;
 }
@@ -26,10 +35,20 @@ Rows RowsOf(const std::string& csv) {
 std::string CsvOf(const Rows& rows) {
   std::string csv;
   for (const auto& row : rows) {
-    for (std::size_t i = 0; i < row.size(); ++i) csv += (i == 0 ? "" : ",") + row[i];
+    for (std::size_t i = 0; i < row.size(); ++i) csv += (i == 0 ? "\"" : ",\"") + row[i] + '"';
     csv += '\n';
   }
   return csv;
+}
+
+std::string Difference(const Rows& got, const Rows& expected) {
+  for (std::size_t r = 0; r < std::min(got.size(), expected.size()); ++r) {
+    if (got[r] != expected[r]) {
+      return "row " + std::to_string(r) + ": " + CsvOf({got[r]}) + "instead of " +
+             CsvOf({expected[r]});
+    }
+  }
+  return got.size() == expected.size() ? "" : "another number of rows";
 }
 
 template <typename T>
@@ -205,7 +224,7 @@ Rows Score(svmscore_scorer* scorer, const Columns& columns) {
   return status == SVMSCORE_OK ? RowsOf(table) : Rows();
 }
 
-Rows CasesFor(const svmscore_model* model, std::size_t count) {
+Rows CasesFor(const svmscore_model* model, std::size_t count, bool with_odd) {
   svmscore_model_facts facts = SVMSCORE_INIT(svmscore_model_facts);
   EXPECT_EQ(svmscore_model_get_facts(model, &facts, nullptr), SVMSCORE_OK);
   Rows rows(count + 1);
@@ -214,7 +233,7 @@ Rows CasesFor(const svmscore_model* model, std::size_t count) {
     EXPECT_EQ(svmscore_model_get_input(model, i, &input, nullptr), SVMSCORE_OK);
     rows[0].push_back(StringOf(input.name));
     for (std::size_t r = 0; r < count; ++r) {
-      const std::size_t odd = (r * 37 + i * 11) % 101;
+      const std::size_t odd = with_odd ? (r * 37 + i * 11) % 101 : 100;
       std::string cell;
       if (odd == 0) {
         cell = "";
@@ -235,6 +254,13 @@ Rows CasesFor(const svmscore_model* model, std::size_t count) {
     }
   }
   return rows;
+}
+
+std::string NameOfDocument(const testing::TestParamInfo<std::string>& document) {
+  std::string name = document.param.substr(sizeof(PROJECT_FOLDER));
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return std::isalnum(c) == 0; }, '_');
+  return name;
 }
 
 }  // namespace svmscore_test

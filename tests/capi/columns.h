@@ -8,15 +8,19 @@
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "capi/svmscore.h"
 
 namespace svmscore_test {
 
 // Rows of cells; the first names the columns.
 using Rows = std::vector<std::vector<std::string>>;
-// No cell is quoted.
+// No cell holds a quote.
 Rows RowsOf(const std::string& csv);
 std::string CsvOf(const Rows& rows);
+// Where the tables differ first; empty where they do not.
+std::string Difference(const Rows& got, const Rows& expected);
 
 // How cells are handed over.
 enum class Form {
@@ -78,8 +82,11 @@ std::string StringOf(const svmscore_text& text);
 // Scores, and compares nothing. Fails the test where the library fails.
 Rows Score(svmscore_scorer* scorer, const Columns& columns);
 
-// A table of odd and ordinary values for the inputs of a model.
-Rows CasesFor(const svmscore_model* model, std::size_t count);
+// A table of ordinary values for the inputs of a model, and of odd ones among them.
+Rows CasesFor(const svmscore_model* model, std::size_t count, bool with_odd = true);
+
+// For tests of the documents of tests/process/case_set.h.
+std::string NameOfDocument(const testing::TestParamInfo<std::string>& document);
 
 }  // namespace svmscore_test
 

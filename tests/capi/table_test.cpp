@@ -1,7 +1,4 @@
 // Tables through the C interface: the names and cells of the program, however the values lie.
-#include <algorithm>
-#include <cctype>
-
 #include <gtest/gtest.h>
 
 #include "tests/app/run_program.h"
@@ -39,30 +36,22 @@ TEST_P(CTables, AreScoredAsByTheProgram) {
       options.category_codes = form == Form::kMixed ? 1 : 0;
       const Scorer scorer = NewScorer(model.get(), &options);
       const Columns columns(cases, form);
-      EXPECT_EQ(Score(scorer.get(), columns), expected)
+      EXPECT_EQ(Difference(Score(scorer.get(), columns), expected), "")
           << kChoices[choice] << ", form " << static_cast<int>(form);
     }
   }
 }
 
-// Cases without a bad value do not go through records where a model reads plain numbers: they must
-// get the same bits, and so must cases alone.
+// Rows of good numbers need not go through records where a model reads them as they are.
 TEST_P(CTables, OfGoodNumbersAreScoredAsByTheProgram) {
   const Model model = LoadFile(GetParam());
-  Rows cases = CasesFor(model.get(), kRows);
-  std::erase_if(cases, [](const auto& row) {
-    return std::any_of(row.begin(), row.end(), [](const std::string& cell) {
-      return cell.empty() || cell == "INF" || cell == "NaN" || cell == "1e300" ||
-             cell == "no such thing";
-    });
-  });
-  ASSERT_GT(cases.size(), 40U);
+  const Rows cases = CasesFor(model.get(), kRows, false);
   const Rows expected = Expected(GetParam(), cases, "auto");
   svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
   options.decisions = 1;
   const Scorer scorer = NewScorer(model.get(), &options);
   for (const Form form : {Form::kNumbers, Form::kMixed, Form::kDictionary}) {
-    EXPECT_EQ(Score(scorer.get(), Columns(cases, form)), expected);
+    EXPECT_EQ(Difference(Score(scorer.get(), Columns(cases, form)), expected), "");
   }
 }
 
@@ -76,16 +65,9 @@ TEST_P(CTables, DoNotDependOnThreads) {
     const Scorer scorer = NewScorer(model.get(), &options);
     const Rows rows = Score(scorer.get(), columns);
     if (one.empty()) one = rows;
-    EXPECT_EQ(rows, one) << threads << " threads";
-    EXPECT_EQ(Score(scorer.get(), columns), one) << "again";
+    EXPECT_EQ(Difference(rows, one), "") << threads << " threads";
+    EXPECT_EQ(Difference(Score(scorer.get(), columns), one), "") << "again";
   }
-}
-
-std::string NameOfDocument(const testing::TestParamInfo<std::string>& document) {
-  std::string name = document.param.substr(sizeof(PROJECT_FOLDER));
-  std::replace_if(
-      name.begin(), name.end(), [](char c) { return std::isalnum(c) == 0; }, '_');
-  return name;
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, CTables, testing::ValuesIn(Documents()), NameOfDocument);
