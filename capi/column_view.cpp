@@ -5,8 +5,8 @@
 
 #include <fmt/format.h>
 
-#include "capi/error.h"
-#include "capi/structs.h"
+#include "capi/call_error.h"
+#include "capi/caller_structs.h"
 
 namespace svmscore::capi {
 namespace {

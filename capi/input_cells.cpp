@@ -7,8 +7,8 @@
 
 #include <fmt/format.h>
 
-#include "capi/error.h"
-#include "capi/structs.h"
+#include "capi/call_error.h"
+#include "capi/caller_structs.h"
 #include "host/model/score_dict_var.h"
 #include "host/text/field_text.h"
 #include "host/text/number_text.h"
@@ -48,6 +48,8 @@ void CheckFits(const ColumnView& column, const ColumnView& values, DataType type
                        : "give numbers, counted as the model counts them");
 }
 
+const MissingTexts kNone;
+
 DataType MomentType(CellType type) {
   if (type == CellType::kDate || type == CellType::kDate64) return DataType::kDate;
   return type == CellType::kDateTime ? DataType::kDateTime : DataType::kTime;
@@ -69,6 +71,12 @@ InputCell::InputCell(const ColumnView& column, const ScoreDictVar& var, const Mi
 
 InputCell::InputCell(const ScoreDictVar& var, const MissingTexts& missing)
     : column_(nullptr), type_(var.GetFieldType().data), missing_(missing) {}
+
+InputCell::InputCell(const ColumnView& column)
+    : column_(&column), type_(DataType::kString), missing_(kNone) {
+  const ColumnView& values = column.dictionary == nullptr ? column : *column.dictionary;
+  CheckFits(column, values, type_);
+}
 
 void InputCell::Set(InputCaseRecord& record, std::size_t position, std::size_t row) const {
   if (!column_->IsPresent(row)) {

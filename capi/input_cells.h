@@ -35,6 +35,9 @@ class InputCell {
                 std::int64_t number) const;
   void SetText(MCZandor_850::InputCaseRecord& record, std::size_t position,
                std::string_view text) const;
+  // For texts alone: of any type that is read.
+  explicit InputCell(const ColumnView& column);
+
   // The text that the value of a row would have in a file; empty where it is missing.
   std::string TextAt(std::size_t row) const;
 

@@ -5,7 +5,7 @@
 #include <charconv>
 #include <limits>
 
-#include "capi/error.h"
+#include "capi/call_error.h"
 #include "host/model/score_status.h"
 #include "host/text/number_text.h"
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "capi/model.h"
+#include "capi/model_state.h"
 #include "capi/svmscore.h"
 #include "tools/score/cell_sink.h"
 #include "tools/score/result_columns.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "capi/input_cells.h"
-#include "capi/model.h"
+#include "capi/model_state.h"
 #include "host/model/score_case_record.h"
 #include "host/model/score_result.h"
 #include "host/output/output_plan.h"

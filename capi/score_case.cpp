@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "capi/error.h"
+#include "capi/call_error.h"
 #include "capi/scorer.h"
 
 namespace svmscore::capi {

@@ -6,7 +6,7 @@
 #include <system_error>
 #include <thread>
 
-#include "capi/error.h"
+#include "capi/call_error.h"
 #include "capi/scorer.h"
 #include "tools/base/case_columns.h"
 

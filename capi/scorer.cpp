@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "capi/error.h"
-#include "capi/structs.h"
+#include "capi/call_error.h"
+#include "capi/caller_structs.h"
 
 namespace svmscore::capi {
 namespace {

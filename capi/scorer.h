@@ -9,7 +9,7 @@
 
 #include "capi/column_view.h"
 #include "capi/input_cells.h"
-#include "capi/model.h"
+#include "capi/model_state.h"
 #include "capi/result_table.h"
 #include "capi/row_scorer.h"
 

@@ -19,6 +19,9 @@ class DocumentSource {
  public:
   DocumentSource(std::string path, const Limits& limits)
       : path_(std::move(path)), limits_(limits) {}
+  // A document from memory; `name` is how messages call it.
+  DocumentSource(std::string name, std::string text, const Limits& limits)
+      : path_(std::move(name)), limits_(limits), text_(std::move(text)) {}
 
   const std::string& Path() const { return path_; }
   PmmlDocument Parse();

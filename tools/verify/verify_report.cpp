@@ -21,8 +21,21 @@ std::string Distance(const output::Judgement& judgement, const output::Allowance
 
 }  // namespace
 
+std::string LineOf(const Disagreement& of) {
+  std::string got = "nothing";
+  if (of.got) {
+    got = Shortened(*of.got, kLongestInsert) +
+          (of.is_label ? "" : Distance(of.judgement, of.allowed));
+  } else if (of.status != 0) {
+    got += fmt::format(" (status {}; {})", of.status, of.reason);
+  }
+  return Printable(fmt::format("record {}: {}: expected {}, got {}", of.record,
+                               Shortened(of.name, kLongestInsert),
+                               Shortened(of.expected, kLongestInsert), got));
+}
+
 void VerifyReport::Remark(std::string_view text) {
-  remarks_ += Printable(text) + '\n';
+  remarks_.push_back(Printable(text));
 }
 
 void VerifyReport::Compare(std::size_t record, const Quantity& quantity, std::string_view expected,
@@ -35,27 +48,35 @@ void VerifyReport::Compare(std::size_t record, const Quantity& quantity, std::st
   const output::Judgement judgement = output::Judge(expected, actual, allowed);
   if (judgement.agrees) return;
   ++disagreements_;
-  std::string got = "nothing";
-  if (actual.IsPresent()) {
-    got = Shortened(scored.TextOf(actual), kLongestInsert) +
-          (quantity.is_label ? "" : Distance(judgement, allowed));
-  } else if (scored.Status() != 0) {
-    got += fmt::format(" (status {}; {})", scored.Status(), scored.WhyFailed());
-  }
-  lines_ += Printable(fmt::format("record {}: {}: expected {}, got {}", record,
-                                  Shortened(quantity.name, kLongestInsert),
-                                  Shortened(expected, kLongestInsert), got)) +
-            '\n';
-  if (!sink_ || lines_.size() < kHandedOn) return;
-  sink_(remarks_);
-  sink_(lines_);
+  Disagreement& difference = differences_.emplace_back();
+  difference.record = record;
+  difference.name = quantity.name;
+  difference.expected = expected;
+  if (actual.IsPresent()) difference.got = scored.TextOf(actual);
+  difference.status = scored.Status();
+  if (!difference.got && difference.status != 0) difference.reason = scored.WhyFailed();
+  difference.is_label = quantity.is_label;
+  difference.judgement = judgement;
+  difference.allowed = allowed;
+  held_ += sizeof difference + difference.name.size() + expected.size();
+  if (difference.got) held_ += difference.got->size();
+  if (!sink_ || held_ < kHandedOn) return;
+  sink_(Lines());
   remarks_.clear();
-  lines_.clear();
+  differences_.clear();
+  held_ = 0;
+}
+
+std::string VerifyReport::Lines() const {
+  std::string lines;
+  for (const std::string& remark : remarks_) lines += remark + '\n';
+  for (const Disagreement& difference : differences_) lines += LineOf(difference) + '\n';
+  return lines;
 }
 
 std::string VerifyReport::Text() const {
-  return fmt::format("{}{}{}{} cells compared, {} disagree\n", remarks_, lines_, figures_,
-                     compared_, disagreements_);
+  return fmt::format("{}{}{} cells compared, {} disagree\n", Lines(), figures_, compared_,
+                     disagreements_);
 }
 
 }  // namespace svmscore::tools

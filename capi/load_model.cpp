@@ -1,4 +1,4 @@
-#include "capi/model.h"
+#include "capi/model_state.h"
 
 #include <algorithm>
 #include <array>
@@ -12,9 +12,9 @@
 #include <unordered_map>
 #include <utility>
 
-#include "capi/error.h"
+#include "capi/call_error.h"
+#include "capi/caller_structs.h"
 #include "capi/sha256.h"
-#include "capi/structs.h"
 #include "host/load/plugin.h"
 #include "host/model/message_codes.h"
 #include "host/text/field_types.h"

@@ -1,4 +1,4 @@
-#include "capi/error.h"
+#include "capi/call_error.h"
 
 #include <exception>
 #include <new>

@@ -1,6 +1,6 @@
 // Reading and writing the structs of the C interface, whose sizes are the caller's.
-#ifndef CAPI_STRUCTS_H_
-#define CAPI_STRUCTS_H_
+#ifndef CAPI_CALLER_STRUCTS_H_
+#define CAPI_CALLER_STRUCTS_H_
 
 #include <algorithm>
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "capi/error.h"
+#include "capi/call_error.h"
 
 namespace svmscore::capi {
 
@@ -61,4 +61,4 @@ inline std::string_view ViewOf(const svmscore_text& text) {
 
 }  // namespace svmscore::capi
 
-#endif  // CAPI_STRUCTS_H_
+#endif  // CAPI_CALLER_STRUCTS_H_

@@ -1,6 +1,6 @@
 // A loaded model as handles share it, and what is known of it.
-#ifndef CAPI_MODEL_H_
-#define CAPI_MODEL_H_
+#ifndef CAPI_MODEL_STATE_H_
+#define CAPI_MODEL_STATE_H_
 
 #include <memory>
 #include <mutex>
@@ -84,4 +84,4 @@ struct svmscore_model {
   svmscore::capi::SharedModel state;
 };
 
-#endif  // CAPI_MODEL_H_
+#endif  // CAPI_MODEL_STATE_H_

@@ -1,7 +1,7 @@
 // What the interface tells of a model.
-#include "capi/error.h"
-#include "capi/model.h"
-#include "capi/structs.h"
+#include "capi/call_error.h"
+#include "capi/caller_structs.h"
+#include "capi/model_state.h"
 #include "host/model/instruction_set.h"
 #include "host/output/scheme.h"
 

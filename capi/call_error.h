@@ -1,6 +1,6 @@
 // Why a call of the C interface failed, and the boundary that nothing is thrown across.
-#ifndef CAPI_ERROR_H_
-#define CAPI_ERROR_H_
+#ifndef CAPI_CALL_ERROR_H_
+#define CAPI_CALL_ERROR_H_
 
 #include <stdexcept>
 #include <string>
@@ -78,4 +78,4 @@ struct svmscore_error {
   svmscore::capi::Reason reason;
 };
 
-#endif  // CAPI_ERROR_H_
+#endif  // CAPI_CALL_ERROR_H_
