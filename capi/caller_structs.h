@@ -28,6 +28,18 @@ inline void CheckSize(std::size_t size, std::size_t first, const char* name) {
                  "set it to the size of the struct, as SVMSCORE_INIT does");
 }
 
+// Throws a Refusal where the struct has members that this library does not know and that are not 0:
+// they ask for something.
+inline void CheckRest(const void* given, std::size_t size, std::size_t known, const char* name) {
+  const char* bytes = static_cast<const char*>(given);
+  for (std::size_t i = known; i < size; ++i) {
+    if (bytes[i] != 0) {
+      RefuseArgument(std::string(name) + " has members of a later version of the library", name,
+                     "set them to 0, or use that version");
+    }
+  }
+}
+
 // The caller's struct as this library knows it; all zeros where `given` is null.
 template <typename Struct>
 Struct Read(const Struct* given, const char* name) {
@@ -35,6 +47,7 @@ Struct Read(const Struct* given, const char* name) {
   if (given == nullptr) return known;
   const std::size_t size = SizeOf(given);
   CheckSize(size, sizeof(Struct), name);
+  CheckRest(given, size, sizeof(Struct), name);
   std::memcpy(&known, given, std::min(size, sizeof(Struct)));
   return known;
 }

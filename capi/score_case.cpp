@@ -69,6 +69,21 @@ class NumberSink final : public tools::CellSink {
   double* at_ = nullptr;
 };
 
+// Whether a variable that takes every number takes the value as it is.
+bool IsPlain(double number) {
+  constexpr double kMost = std::numeric_limits<double>::max();
+  return number > -kMost && number <= kMost;
+}
+bool IsPlain(const svmscore_value& value) {
+  return value.kind == SVMSCORE_NUMBER && IsPlain(value.number);
+}
+double NumberOf(double number) {
+  return number;
+}
+double NumberOf(const svmscore_value& value) {
+  return value.number;
+}
+
 }  // namespace
 
 Scorer::Single::Single(const ScoringPlan& plan, const MissingTexts& missing)
@@ -110,6 +125,20 @@ void Scorer::SetInput(Single& single, std::size_t input, const svmscore_value& v
   }
 }
 
+template <typename Input>
+bool Scorer::SetPlain(Single& single, const Input* inputs, std::size_t input_count) const {
+  if (!single.takes_plain || input_count < plan_.model->record_inputs) return false;
+  for (std::size_t i = 0; i < plan_.model->record_inputs; ++i) {
+    if (!IsPlain(inputs[i])) return false;
+  }
+  const std::vector<std::size_t>& entries = plan_.model->plain_entries;
+  for (std::size_t e = 0; e < entries.size(); ++e) {
+    *single.rows.PlainEntries(e) = NumberOf(inputs[entries[e]]);
+  }
+  single.rows.TakePlainRows(1);
+  return true;
+}
+
 void Scorer::ScoreCase(const svmscore_value* inputs, std::size_t input_count,
                        svmscore_value* outputs, std::size_t output_count) {
   if (input_count > plan_.model->inputs.size()) {
@@ -117,28 +146,16 @@ void Scorer::ScoreCase(const svmscore_value* inputs, std::size_t input_count,
   }
   Single& single = TheSingle();
   single.rows.Clear();
-  constexpr svmscore_value kMissing{SVMSCORE_MISSING, -1, 0.0, 0, nullptr, 0};
-  for (std::size_t i = 0; i < plan_.model->inputs.size(); ++i) {
-    SetInput(single, i, i < input_count ? inputs[i] : kMissing);
+  if (!SetPlain(single, inputs, input_count)) {
+    constexpr svmscore_value kMissing{SVMSCORE_MISSING, -1, 0.0, 0, nullptr, 0};
+    for (std::size_t i = 0; i < plan_.model->inputs.size(); ++i) {
+      SetInput(single, i, i < input_count ? inputs[i] : kMissing);
+    }
+    single.rows.Add();
   }
-  single.rows.Add();
   single.rows.Score();
   ValueSink sink(outputs, output_count);
   single.rows.Write(0, [&](std::size_t column) -> ValueSink& { return sink.At(column); });
-}
-
-bool Scorer::SetPlain(Single& single, const double* inputs, std::size_t input_count) const {
-  constexpr double kMost = std::numeric_limits<double>::max();
-  if (!single.takes_plain || input_count < plan_.model->record_inputs) return false;
-  for (std::size_t i = 0; i < plan_.model->record_inputs; ++i) {
-    if (!(inputs[i] > -kMost && inputs[i] <= kMost)) return false;
-  }
-  const std::vector<std::size_t>& entries = plan_.model->plain_entries;
-  for (std::size_t e = 0; e < entries.size(); ++e) {
-    *single.rows.PlainEntries(e) = inputs[entries[e]];
-  }
-  single.rows.TakePlainRows(1);
-  return true;
 }
 
 void Scorer::ScoreNumbers(const double* inputs, std::size_t input_count, double* outputs,

@@ -62,7 +62,9 @@ class Scorer {
   };
   Single& TheSingle();
   void SetInput(Single& single, std::size_t input, const svmscore_value& value) const;
-  bool SetPlain(Single& single, const double* inputs, std::size_t input_count) const;
+  // Puts the inputs in as entries, and returns true, where all are numbers that need no record.
+  template <typename Input>
+  bool SetPlain(Single& single, const Input* inputs, std::size_t input_count) const;
 
   ScorerSettings settings_;
   ScoringPlan plan_;

@@ -10,8 +10,9 @@
  * - No function throws, ends the process, prints, or changes the locale, signal handlers, the current
  *   folder or the environment. (The trace that the environment variable SVMSCORE_LOG asks for is
  *   printed.) SVMSCORE_ISA, SVMSCORE_PLUGIN and SVMSCORE_LOG are read once.
- * - Structs begin with `size`, their size in bytes: the caller sets it, best by SVMSCORE_INIT. A later
- *   library reads the members that the caller's size covers, and takes the others as 0. Where a function
+ * - Structs begin with `size`, their size in bytes: the caller sets it, best by SVMSCORE_INIT. A
+ *   library reads the members that the size covers and takes the others as 0; members that it does not know
+ *   yet must be 0. Where a function
  *   takes an array of such structs, every element has the size of the first.
  * - Texts are UTF-8 with a length, and need no NUL at their end; SVMSCORE_NUL_ENDED as a length means
  *   that they have one. Texts that the library returns have one beyond their length. A text that is
@@ -399,7 +400,8 @@ typedef struct svmscore_value {
 
 /* Scores one case: its values in the order of the model's inputs, the result in the order of the scorer's
  * outputs, the status last. Values beyond `input_count` are missing; results beyond `output_count` are
- * not written. After the first case nothing is allocated, except for texts longer than any before.
+ * not written. After the first case nothing is allocated, except for texts longer than any before, and by
+ * derived fields that take texts apart.
  * [one thread] Lives: inputs, for the call; texts of the result, until the scorer's next call or its
  * end. Fails: SVMSCORE_ARGUMENT: more values than the model has inputs. A bad value is the status. */
 SVMSCORE_API int svmscore_score_case(svmscore_scorer *scorer, const svmscore_value *inputs,

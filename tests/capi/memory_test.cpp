@@ -1,0 +1,134 @@
+// Memory that runs out within the C interface: an error or a status, nothing lost, and everything
+// as good as before.
+#include <algorithm>
+#include <functional>
+#include <new>
+
+#include <gtest/gtest.h>
+
+#include "tests/app/temporary_folder.h"
+#include "tests/capi/arrow_batch.h"
+#include "tests/capi/columns.h"
+#include "tests/process/case_set.h"
+#include "tests/process/failing_memory.h"
+
+namespace svmscore_test {
+namespace {
+
+const std::string kMixed = PROJECT_FOLDER "/tests/process/data/mixed.pmml";
+
+// Calls `call` with the n-th allocation failing, for every n up to the number that it makes, but at
+// most about `most`. It returns the kind, and leaves nothing behind.
+void FailEach(const char* what, long most, const std::function<int(svmscore_error**)>& call) {
+  ASSERT_EQ(call(nullptr), SVMSCORE_OK) << what;
+  long count = 0;
+  {
+    const FailingMemory none(0, Failing::kOne);
+    ASSERT_EQ(call(nullptr), SVMSCORE_OK) << what;
+    count = Allocations();
+  }
+  long failed = 0;
+  for (long n = 1; n <= count; n += n < most / 2 ? 1 : std::max(1L, 2 * count / most)) {
+    for (const Failing failing : {Failing::kOne, Failing::kAllFromThere}) {
+      const long held = HeldAllocations();
+      svmscore_error* error = nullptr;
+      int kind = SVMSCORE_OK;
+      {
+        const FailingMemory memory(n, failing);
+        kind = call(&error);
+      }
+      if (kind != SVMSCORE_OK) {
+        ++failed;
+        ASSERT_EQ(kind, SVMSCORE_MEMORY) << what << ", allocation " << n;
+        ASSERT_STREQ(svmscore_error_message(error).data, "out of memory");
+      }
+      svmscore_error_free(error);
+      ASSERT_EQ(HeldAllocations(), held) << what << ", allocation " << n << " of " << count;
+    }
+  }
+  EXPECT_GT(failed, 0) << what;
+  ASSERT_EQ(call(nullptr), SVMSCORE_OK) << what << ", afterwards";
+}
+
+TEST(CMemory, LoadingTellingAndCheckingFailAndLoseNothing) {
+  const std::string text = svmscore::app::ReadFile(kMixed);
+  FailEach("load a file", 400, [](svmscore_error** error) {
+    svmscore_model* model = nullptr;
+    const int kind = svmscore_load_file(kMixed.data(), kMixed.size(), nullptr, &model, error);
+    svmscore_model_free(model);
+    return kind;
+  });
+  FailEach("load from memory", 100, [&text](svmscore_error** error) {
+    svmscore_model* model = nullptr;
+    const int kind = svmscore_load_memory(text.data(), text.size(), nullptr, &model, error);
+    svmscore_model_free(model);
+    return kind;
+  });
+  const Model model = LoadFile(kMixed);
+  const auto freed = [](int kind, char* json) {
+    svmscore_text_free(json);
+    return kind;
+  };
+  FailEach("describe", 200, [&](svmscore_error** error) {
+    char* json = nullptr;
+    const int kind = svmscore_describe(model.get(), &json, nullptr, error);
+    return freed(kind, json);
+  });
+  FailEach("doctor", 200, [&](svmscore_error** error) {
+    char* json = nullptr;
+    const int kind =
+        svmscore_doctor_memory(text.data(), text.size(), nullptr, nullptr, &json, nullptr, error);
+    return freed(kind, json);
+  });
+  const Rows cases = CasesFor(model.get(), 10);
+  const Columns columns(cases, Form::kTexts);
+  const Columns expected(Score(NewScorer(model.get()).get(), columns), Form::kTexts);
+  svmscore_expectation expectation = SVMSCORE_INIT(svmscore_expectation);
+  expectation.cases = columns.views.data();
+  expectation.case_column_count = columns.views.size();
+  expectation.expected = expected.views.data();
+  expectation.expected_column_count = expected.views.size();
+  expectation.row_count = columns.rows;
+  FailEach("verify", 200, [&](svmscore_error** error) {
+    char* json = nullptr;
+    const int kind = svmscore_verify(model.get(), &expectation, &json, nullptr, error);
+    return freed(kind, json);
+  });
+}
+
+TEST(CMemory, ScoringFailsOrEndsInAStatusAndLosesNothing) {
+  const Model model = LoadFile(kMixed);
+  const Rows cases = CasesFor(model.get(), 60);
+  const Columns columns(cases, Form::kNumbers);
+  const Rows expected = Score(NewScorer(model.get()).get(), columns);
+  FailEach("score", 300, [&](svmscore_error** error) {
+    svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
+    options.threads = 2;
+    svmscore_scorer* made = nullptr;
+    int kind = svmscore_scorer_new(model.get(), &options, &made, error);
+    const Scorer scorer(made);
+    svmscore_table table = SVMSCORE_INIT(svmscore_table);
+    if (kind == SVMSCORE_OK) {
+      kind = svmscore_score(made, columns.views.data(), columns.views.size(), columns.rows, &table,
+                            error);
+    }
+    return kind;
+  });
+  const Scorer scorer = NewScorer(model.get());
+  FailEach("arrow", 300, [&](svmscore_error** error) {
+    ArrowBatch* batch = nullptr;
+    static ArrowBatch kept(cases, {"u"});
+    batch = &kept;
+    ArrowSchema schema{};
+    ArrowArray array{};
+    const int kind =
+        svmscore_score_arrow(scorer.get(), &batch->schema, &batch->array, &schema, &array, error);
+    if (schema.release != nullptr) schema.release(&schema);
+    if (array.release != nullptr) array.release(&array);
+    return kind;
+  });
+  EXPECT_EQ(Difference(Score(scorer.get(), columns), expected), "");
+}
+
+}  // namespace
+}  // namespace svmscore_test
