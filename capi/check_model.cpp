@@ -85,10 +85,11 @@ tools::CaseFiles FilesOf(const svmscore_expectation& given, const LoadedModel& l
 }
 
 std::string Verify(const ModelState& state, const svmscore_expectation* expectation) {
-  if (expectation == nullptr) return tools::JsonOf(tools::VerifyDocument(state.loaded));
+  if (expectation == nullptr) return tools::JsonOf(tools::VerifyDocument(state.loaded), std::nullopt);
   const tools::CaseFiles files = FilesOf(Read(expectation, "expectation"), state.loaded);
-  return tools::JsonOf(tools::VerifyFiles(state.loaded, files.cases, files.expected,
-                                          files.tolerance, files.missing));
+  const tools::FilesReport report = tools::VerifyFiles(
+      state.loaded, files.cases, files.expected, files.tolerance, files.missing);
+  return tools::JsonOf(report.report, report.agreement);
 }
 
 std::string Examine(const LoadSettings& settings, tools::DocumentSource& source,
@@ -96,7 +97,7 @@ std::string Examine(const LoadSettings& settings, tools::DocumentSource& source,
   RequireChosenIsa();
   const Plugin plugin(settings.plugin_path);
   const tools::OpenedDocument opened = tools::OpenDocument(plugin, source);
-  if (!opened.IsRead()) return tools::ReportJson(source.Path(), {*opened.refused});
+  if (!opened.IsRead()) return tools::ReportJson(source.Path(), {{*opened.refused}, {}});
   std::optional<tools::CaseFiles> files;
   if (expectation != nullptr && tools::IsScored(opened)) {
     files = FilesOf(Read(expectation, "expectation"), *opened.loaded);

@@ -28,7 +28,7 @@ ScoringPlan::ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool 
       computes_output(choice == tools::ColumnChoice::kDocument && !Output().Fields().empty()),
       reads_inputs(computes_output &&
                    (Output().InputCount() > 0 || !Output().ExtraInputs().empty())),
-      results(tools::MakeColumns(*model->loaded.model, Output(), choice, decisions)) {}
+      results(tools::MakeColumns(*model->loaded.model, Output(), choice, decisions, false)) {}
 
 RowScorer::RowScorer(const ScoringPlan& plan, std::vector<const ScoreDictVar*> variables,
                      std::size_t capacity)

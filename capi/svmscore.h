@@ -431,8 +431,9 @@ typedef struct svmscore_expectation {
 
 /* Compares scores with those that `expectation` holds; without one, null, with the document's own
  * verification records. The JSON object holds "agrees", "compared" and "disagreements" (numbers of
- * cells), "remarks", and "differences": for each its "record" (from 1), "column", "expected", "got" (null
- * where there is nothing) and "status". `length` may be null.
+ * cells), "agreement" (how well predictions agree with expected ones: accuracy and confusions, or r2 and
+ * rmse), "remarks", and "differences": for each its "record" (from 1), "column", "expected", "got" (null
+ * where there is nothing), "status" and "reason". `length` may be null.
  * [any thread], one after the other for each model. Owns: the caller the text: svmscore_text_free.
  * Lives: arguments, for the call. Fails: SVMSCORE_DOCUMENT: no records, or records that cannot be read;
  * SVMSCORE_TABLE: columns that do not fit. Scores that disagree are no failure. */

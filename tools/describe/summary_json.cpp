@@ -1,101 +1,116 @@
 #include "tools/describe/summary_json.h"
 
-#include <cmath>
-
-#include <nlohmann/json.hpp>
-
-#include "host/text/number_text.h"
+#include "tools/base/json_text.h"
 
 namespace svmscore::tools {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-// JSON cannot express infinities and NaN.
-Json NumberOf(double number) {
-  return std::isfinite(number) ? Json(number) : Json(FormatNumber(number));
+std::optional<std::string> TextOrNull(const std::string& text) {
+  return text.empty() ? std::nullopt : std::optional(text);
 }
 
-Json TextOrNull(const std::string& text) {
-  return text.empty() ? Json() : Json(text);
-}
-
-Json InputsOf(const ModelSummary& summary) {
-  Json inputs = Json::array();
+void WriteInputs(const ModelSummary& summary, JsonText& json) {
+  json.Key("inputs").OpenArray();
   for (const InputSummary& input : summary.inputs) {
-    inputs.push_back({{"name", input.name},
-                      {"optype", input.optype},
-                      {"dataType", input.type},
-                      {"needed", input.needed},
-                      {"replacement", input.replacement ? Json(*input.replacement) : Json()}});
+    json.OpenObject();
+    json.Member("name", input.name);
+    json.Member("optype", input.optype);
+    json.Member("dataType", input.type);
+    json.Member("needed", input.needed);
+    json.Member("replacement", input.replacement);
+    json.CloseObject();
   }
-  return inputs;
+  json.CloseArray();
 }
 
-Json MachinesOf(const ModelSummary& summary) {
-  Json machines = Json::array();
+void WriteMachines(const ModelSummary& summary, JsonText& json) {
+  json.Key("machines").OpenArray();
   for (const MachineSummary& machine : summary.machines) {
-    machines.push_back({{"target", TextOrNull(machine.target)},
-                        {"alternate", TextOrNull(machine.alternate)},
-                        {"threshold", NumberOf(machine.threshold)},
-                        {"absoluteValue", NumberOf(machine.offset)},
-                        {"terms", machine.terms}});
+    json.OpenObject();
+    json.Member("target", TextOrNull(machine.target));
+    json.Member("alternate", TextOrNull(machine.alternate));
+    json.Member("threshold", machine.threshold);
+    json.Member("absoluteValue", machine.offset);
+    json.Member("terms", machine.terms);
+    json.CloseObject();
   }
-  return machines;
+  json.CloseArray();
 }
 
-Json FindingsOf(const ModelSummary& summary) {
-  Json findings = Json::array();
+void WriteFindings(const ModelSummary& summary, JsonText& json) {
+  json.Key("findings").OpenArray();
   for (const Finding& finding : summary.findings) {
-    findings.push_back({{"name", finding.Name()},
-                        {"class", ClassName(finding.kind->of_class)},
-                        {"element", TextOrNull(finding.place.element)},
-                        {"line", finding.place.line > 0 ? Json(finding.place.line) : Json()},
-                        {"further", finding.more},
-                        {"sentence", finding.kind->sentence},
-                        {"detail", TextOrNull(finding.detail)},
-                        {"consequence", finding.kind->consequence},
-                        {"remedy", finding.kind->remedy}});
+    json.OpenObject();
+    json.Member("name", finding.Name());
+    json.Member("class", ClassName(finding.kind->of_class));
+    json.Member("element", TextOrNull(finding.place.element));
+    json.Member("line", finding.place.line > 0 ? std::optional(finding.place.line) : std::nullopt);
+    json.Member("further", finding.more);
+    json.Member("sentence", finding.kind->sentence);
+    json.Member("detail", TextOrNull(finding.detail));
+    json.Member("consequence", finding.kind->consequence);
+    json.Member("remedy", finding.kind->remedy);
+    json.CloseObject();
   }
-  return findings;
+  json.CloseArray();
+}
+
+void WriteKernel(const ModelSummary& summary, JsonText& json) {
+  json.Key("kernel").OpenObject();
+  json.Member("type", summary.kernel);
+  json.Key("parameters").OpenObject();
+  for (const auto& [name, value] : summary.parameters) json.Member(name, value);
+  json.CloseObject();
+  json.CloseObject();
+}
+
+void WriteTarget(const ModelSummary& summary, JsonText& json) {
+  json.Key("target").OpenObject();
+  json.Member("name", summary.target);
+  json.Member("dataType", summary.target_type);
+  json.Member("categories", summary.categories);
+  json.CloseObject();
+}
+
+void WriteCounts(const ModelSummary& summary, JsonText& json) {
+  json.Key("counts").OpenObject();
+  json.Member("inputs", summary.inputs.size());
+  json.Member("derivedFields", summary.derived_fields);
+  json.Member("vectorFields", summary.vector_fields);
+  json.Member("vectors", summary.vectors);
+  json.Member("machines", summary.machines.size());
+  json.Member("terms", summary.terms);
+  json.CloseObject();
 }
 
 }  // namespace
 
 std::string JsonOf(const ModelSummary& summary) {
-  Json parameters = Json::object();
-  for (const auto& [name, value] : summary.parameters) parameters[name] = NumberOf(value);
   const bool regression = summary.scheme.method == Method::kRegression;
-  const Json all = {{"file", summary.file},
-                    {"pmmlVersion", TextOrNull(summary.pmml_version)},
-                    {"producer", TextOrNull(summary.producer)},
-                    {"modelName", TextOrNull(summary.model_name)},
-                    {"function", regression ? "regression" : "classification"},
-                    {"method", NameOf(summary.scheme.method)},
-                    {"maxWins", summary.max_wins},
-                    {"threshold", NumberOf(summary.threshold)},
-                    {"percentages", NameOf(summary.scheme.percentages)},
-                    {"interval", summary.scheme.interval},
-                    {"kernel", {{"type", summary.kernel}, {"parameters", parameters}}},
-                    {"target",
-                     {{"name", summary.target},
-                      {"dataType", summary.target_type},
-                      {"categories", summary.categories}}},
-                    {"missingPolicy", summary.missing_policy},
-                    {"counts",
-                     {{"inputs", summary.inputs.size()},
-                      {"derivedFields", summary.derived_fields},
-                      {"vectorFields", summary.vector_fields},
-                      {"vectors", summary.vectors},
-                      {"machines", summary.machines.size()},
-                      {"terms", summary.terms}}},
-                    {"inputs", InputsOf(summary)},
-                    {"machines", MachinesOf(summary)},
-                    {"outputFields", summary.output_fields},
-                    {"refused", summary.refused ? Json(*summary.refused) : Json()},
-                    {"findings", FindingsOf(summary)},
-                    {"display", summary.listing ? Json(*summary.listing) : Json()}};
-  return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  JsonText json;
+  json.OpenObject();
+  json.Member("file", summary.file);
+  json.Member("pmmlVersion", TextOrNull(summary.pmml_version));
+  json.Member("producer", TextOrNull(summary.producer));
+  json.Member("modelName", TextOrNull(summary.model_name));
+  json.Member("function", regression ? "regression" : "classification");
+  json.Member("method", NameOf(summary.scheme.method));
+  json.Member("maxWins", summary.max_wins);
+  json.Member("threshold", summary.threshold);
+  json.Member("percentages", NameOf(summary.scheme.percentages));
+  json.Member("interval", summary.scheme.interval);
+  WriteKernel(summary, json);
+  WriteTarget(summary, json);
+  json.Member("missingPolicy", summary.missing_policy);
+  WriteCounts(summary, json);
+  WriteInputs(summary, json);
+  WriteMachines(summary, json);
+  json.Member("outputFields", summary.output_fields);
+  json.Member("refused", summary.refused);
+  WriteFindings(summary, json);
+  json.Member("display", summary.listing);
+  json.CloseObject();
+  return json.Finish();
 }
 
 }  // namespace svmscore::tools

@@ -2,72 +2,41 @@
 
 #include <algorithm>
 #include <optional>
-#include <utility>
-#include <vector>
 
-#include <nlohmann/json.hpp>
+#include "tools/base/json_text.h"
+#include "tools/verify/verify_json.h"
 
 namespace svmscore::tools {
-namespace {
-
-using Json = nlohmann::ordered_json;
-
-// Pairs of an expected and a predicted category, the most frequent first: a whole matrix of twenty.
-constexpr std::size_t kConfusions = 400;
-
-template <typename Number>
-Json OrNull(const std::optional<Number>& number) {
-  return number ? Json(*number) : Json();
-}
-
-Json AgreementJson(const std::optional<Agreement>& agreement) {
-  if (!agreement) return {};
-  Json json = {{"column", agreement->Column()},
-               {"cases", agreement->Compared()},
-               {"withoutPrediction", agreement->Unpredicted()}};
-  if (!agreement->IsClassification()) {
-    const auto largest = agreement->LargestDifference();
-    json["r2"] = OrNull(agreement->RSquared());
-    json["rmse"] = OrNull(agreement->RootMeanSquare());
-    json["largestDifference"] = largest ? Json(largest->first) : Json();
-    json["largestDifferenceRow"] = largest ? Json(largest->second) : Json();
-    return json;
-  }
-  json["right"] = agreement->Right();
-  json["accuracy"] = OrNull(agreement->Accuracy());
-  Json confusions = Json::array();
-  for (const auto& [expected, predicted, cases] : agreement->Confusions()) {
-    if (confusions.size() == kConfusions) break;
-    confusions.push_back({{"expected", expected}, {"predicted", predicted}, {"cases", cases}});
-  }
-  json["confusions"] = std::move(confusions);
-  return json;
-}
-
-}  // namespace
 
 std::string ReportJson(const std::string& file, const Examination& examination) {
   const std::vector<Finding>& findings = examination.findings;
-  Json list = Json::array();
+  JsonText json;
+  json.OpenObject();
+  json.Member("file", file);
+  json.Member("changesScores",
+              std::any_of(findings.begin(), findings.end(),
+                          [](const Finding& finding) { return finding.IsError(); }));
+  json.Key("agreement");
+  WriteAgreement(examination.agreement, json);
+  json.Key("findings").OpenArray();
   for (const Finding& finding : findings) {
-    list.push_back(
-        {{"name", finding.Name()},
-         {"severity", SeverityName(finding.kind->of_class)},
-         {"class", ClassName(finding.kind->of_class)},
-         {"changesScores", finding.IsError()},
-         {"element", finding.place.element.empty() ? Json() : Json(finding.place.element)},
-         {"line", finding.place.line > 0 ? Json(finding.place.line) : Json()},
-         {"further", finding.more},
-         {"what", finding.What()},
-         {"consequence", finding.kind->consequence},
-         {"remedy", finding.kind->remedy}});
+    const Place& place = finding.place;
+    json.OpenObject();
+    json.Member("name", finding.Name());
+    json.Member("severity", SeverityName(finding.kind->of_class));
+    json.Member("class", ClassName(finding.kind->of_class));
+    json.Member("changesScores", finding.IsError());
+    json.Member("element", place.element.empty() ? std::nullopt : std::optional(place.element));
+    json.Member("line", place.line > 0 ? std::optional(place.line) : std::nullopt);
+    json.Member("further", finding.more);
+    json.Member("what", finding.What());
+    json.Member("consequence", finding.kind->consequence);
+    json.Member("remedy", finding.kind->remedy);
+    json.CloseObject();
   }
-  const Json all = {{"file", file},
-                    {"changesScores", std::any_of(findings.begin(), findings.end(),
-                                                  [](const Finding& f) { return f.IsError(); })},
-                    {"agreement", AgreementJson(examination.agreement)},
-                    {"findings", std::move(list)}};
-  return all.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  json.CloseArray();
+  json.CloseObject();
+  return json.Finish();
 }
 
 }  // namespace svmscore::tools
