@@ -85,10 +85,11 @@ tools::CaseFiles FilesOf(const svmscore_expectation& given, const LoadedModel& l
 }
 
 std::string Verify(const ModelState& state, const svmscore_expectation* expectation) {
-  if (expectation == nullptr) return tools::JsonOf(tools::VerifyDocument(state.loaded), std::nullopt);
+  if (expectation == nullptr)
+    return tools::JsonOf(tools::VerifyDocument(state.loaded), std::nullopt);
   const tools::CaseFiles files = FilesOf(Read(expectation, "expectation"), state.loaded);
-  const tools::FilesReport report = tools::VerifyFiles(
-      state.loaded, files.cases, files.expected, files.tolerance, files.missing);
+  const tools::FilesReport report =
+      tools::VerifyFiles(state.loaded, files.cases, files.expected, files.tolerance, files.missing);
   return tools::JsonOf(report.report, report.agreement);
 }
 

@@ -1,6 +1,6 @@
-/* c_program MODEL CASES: all of the C interface from C99. Scores the CSV file CASES, whose cells hold no
- * quotes, as a table and case by case, and prints what `svmscore score` prints; each step that does not
- * do as the header says ends it with a message. */
+/* c_program MODEL CASES: all of the C interface from C99. Scores the CSV file CASES, whose cells
+ * hold no quotes, as a table and case by case, and prints what `svmscore score` prints; each step
+ * that does not do as the header says ends it with a message. */
 #include <svmscore.h>
 
 #include <stdio.h>
@@ -9,21 +9,21 @@
 
 #define MOST_COLUMNS 128
 
-static void require(int holds, const char *what) {
+static void require(int holds, const char* what) {
   if (holds) return;
   fprintf(stderr, "c_program: %s\n", what);
   exit(1);
 }
 
-static void check(int kind, svmscore_error *error) {
+static void check(int kind, svmscore_error* error) {
   if (kind == SVMSCORE_OK) return;
   fprintf(stderr, "c_program: %s\n", svmscore_error_message(error).data);
   exit(1);
 }
 
-static char *read_file(const char *path, size_t *size) {
-  FILE *file = fopen(path, "rb");
-  char *data = NULL;
+static char* read_file(const char* path, size_t* size) {
+  FILE* file = fopen(path, "rb");
+  char* data = NULL;
   size_t room = 0;
   require(file != NULL, path);
   for (*size = 0;;) {
@@ -41,13 +41,13 @@ static char *read_file(const char *path, size_t *size) {
 
 /* A column of texts as it grows. */
 struct texts {
-  char *data;
+  char* data;
   size_t size, room;
-  int32_t *offsets;
+  int32_t* offsets;
   size_t count;
 };
 
-static void append(struct texts *texts, const char *cell, size_t size) {
+static void append(struct texts* texts, const char* cell, size_t size) {
   if (texts->size + size + 1 > texts->room) {
     texts->room = 2 * (texts->room + size + 1);
     texts->data = realloc(texts->data, texts->room);
@@ -61,7 +61,7 @@ static void append(struct texts *texts, const char *cell, size_t size) {
 }
 
 /* Cuts the file into columns; returns their number, and the number of rows. */
-static size_t cut(char *text, struct texts *columns, svmscore_column *views, size_t *rows) {
+static size_t cut(char* text, struct texts* columns, svmscore_column* views, size_t* rows) {
   size_t count = 0, column = 0, line = 0, i;
   char *cell = text, *at;
   for (at = text; *at != '\0'; ++at) {
@@ -102,24 +102,24 @@ static void print_number(double number) {
   fputs(text, stdout);
 }
 
-static int is_missing(const svmscore_column *column, size_t row) {
+static int is_missing(const svmscore_column* column, size_t row) {
   return column->validity != NULL && (column->validity[row / 8] >> row % 8 & 1) == 0;
 }
 
-static void print_cell(const svmscore_column *column, size_t row) {
+static void print_cell(const svmscore_column* column, size_t row) {
   if (is_missing(column, row)) return;
   if (column->type == SVMSCORE_F64) {
-    print_number(((const double *)column->data)[row]);
+    print_number(((const double*)column->data)[row]);
   } else if (column->type == SVMSCORE_I64) {
-    printf("%ld", (long)((const int64_t *)column->data)[row]);
+    printf("%ld", (long)((const int64_t*)column->data)[row]);
   } else {
-    const int64_t *offsets = column->offsets;
+    const int64_t* offsets = column->offsets;
     printf("%.*s", (int)(offsets[row + 1] - offsets[row]),
-           (const char *)column->data + offsets[row]);
+           (const char*)column->data + offsets[row]);
   }
 }
 
-static void print_table(const svmscore_table *table) {
+static void print_table(const svmscore_table* table) {
   size_t row, i;
   for (i = 0; i < table->column_count; ++i) {
     printf("%s%.*s", i == 0 ? "" : ",", (int)table->columns[i].name_length, table->columns[i].name);
@@ -136,12 +136,12 @@ static void print_table(const svmscore_table *table) {
 }
 
 /* Every case of the table alone gets what the table gave. */
-static void compare_cases(svmscore_scorer *scorer, const svmscore_model *model,
-                          const struct texts *columns, const svmscore_column *views, size_t count,
-                          const svmscore_table *table) {
+static void compare_cases(svmscore_scorer* scorer, const svmscore_model* model,
+                          const struct texts* columns, const svmscore_column* views, size_t count,
+                          const svmscore_table* table) {
   svmscore_value inputs[MOST_COLUMNS], outputs[MOST_COLUMNS];
   svmscore_model_facts facts = SVMSCORE_INIT(svmscore_model_facts);
-  svmscore_error *error = NULL;
+  svmscore_error* error = NULL;
   size_t row, i, k;
   check(svmscore_model_get_facts(model, &facts, &error), error);
   for (row = 0; row < table->row_count; ++row) {
@@ -166,25 +166,25 @@ static void compare_cases(svmscore_scorer *scorer, const svmscore_model *model,
       require(is_missing(&table->columns[i], row) == (outputs[i].kind == SVMSCORE_MISSING),
               "a case lacks what its row lacks");
       require(outputs[i].kind == SVMSCORE_MISSING ||
-                  outputs[i].number == ((const double *)table->columns[i].data)[row],
+                  outputs[i].number == ((const double*)table->columns[i].data)[row],
               "a case scores as its row");
     }
   }
 }
 
-static void remark(void *context, const char *text, size_t length) {
+static void remark(void* context, const char* text, size_t length) {
   require(strlen(text) == length, "a remark ends with a NUL");
-  ++*(int *)context;
+  ++*(int*)context;
 }
 
-int main(int argc, char **argv) {
+int main(int argc, char** argv) {
   static struct texts columns[MOST_COLUMNS];
   static svmscore_column views[MOST_COLUMNS];
   svmscore_load_options load = SVMSCORE_INIT(svmscore_load_options);
   svmscore_table table = SVMSCORE_INIT(svmscore_table);
   svmscore_model *model = NULL, *same = NULL;
   svmscore_scorer *scorer = NULL, *single = NULL;
-  svmscore_error *error = NULL;
+  svmscore_error* error = NULL;
   size_t size, count, rows, length;
   char *text, *document, *json = NULL;
   int remarks = 0;
