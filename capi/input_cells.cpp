@@ -164,9 +164,13 @@ void InputCell::SetWhole(InputCaseRecord& record, std::size_t position, std::int
   record.SetText(position, {buffer.data(), static_cast<std::size_t>(written.ptr - buffer.data())});
 }
 
+bool InputCell::MeansMissing(std::string_view text) const {
+  return std::find(missing_.begin(), missing_.end(), text) != missing_.end();
+}
+
 void InputCell::SetText(InputCaseRecord& record, std::size_t position,
                         std::string_view text) const {
-  if (std::find(missing_.begin(), missing_.end(), text) != missing_.end()) {
+  if (MeansMissing(text)) {
     record.SetMissing(position);
   } else {
     record.SetText(position, text);
@@ -184,6 +188,17 @@ void InputCell::SetBool(InputCaseRecord& record, std::size_t position, bool trut
 void InputCell::SetMoment(InputCaseRecord& record, std::size_t position, const ColumnView& column,
                           std::size_t row) const {
   record.SetText(position, FieldTextFromNumber(column.MomentAt(row), {MomentType(column.type), 0}));
+}
+
+bool InputCell::IsMissing(std::size_t row) const {
+  const ColumnView* column = column_;
+  if (!column->IsPresent(row)) return true;
+  if (column->type == CellType::kDictionary) {
+    row = column->CodeAt(row);
+    column = column->dictionary.get();
+    if (!column->IsPresent(row)) return true;
+  }
+  return ClassOf(column->type) == CellClass::kText && MeansMissing(column->TextAt(row));
 }
 
 std::string InputCell::TextAt(std::size_t row) const {

@@ -38,6 +38,9 @@ class InputCell {
   // For texts alone: of any type that is read.
   explicit InputCell(const ColumnView& column);
 
+  bool MeansMissing(std::string_view text) const;
+  // Whether the value of a row is missing, or a text that means so.
+  bool IsMissing(std::size_t row) const;
   // The text that the value of a row would have in a file; empty where it is missing.
   std::string TextAt(std::size_t row) const;
 

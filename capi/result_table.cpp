@@ -47,6 +47,8 @@ ResultTable::ResultTable(const tools::ResultColumns& results, SharedModel model,
     column.name = result->Name();
     column.kind = result->Kind();
     column.type = TypeOf(column.kind, category_codes);
+    // An output field of the document may have its name; the last one is the case's.
+    if (column.name == "status" && column.kind == CellKind::kWhole) status_ = columns_.size() - 1;
   }
   for (std::size_t i = 0; i < Categories().size(); ++i) {
     category_text_.append(Categories()[i].data, Categories()[i].length);
@@ -116,7 +118,7 @@ void ResultTable::Finish() {
     views_.push_back(ViewOf(column));
   }
   scored_ = missing_ = invalid_ = 0;
-  for (const std::int64_t status : columns_.back().wholes) {
+  for (const std::int64_t status : columns_[status_].wholes) {
     scored_ += status == 0;
     invalid_ += status == MCScore::kInvalidValue;
   }
@@ -166,7 +168,7 @@ svmscore_table ResultTable::View() const {
   view.row_count = rows_;
   view.column_count = columns_.size();
   view.columns = views_.data();
-  view.status = columns_.back().wholes.data();
+  view.status = columns_[status_].wholes.data();
   view.scored = scored_;
   view.missing = missing_;
   view.invalid = invalid_;

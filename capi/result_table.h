@@ -42,6 +42,7 @@ class ResultTable {
   };
 
   // `model` must outlive the table, for its categories.
+  // `results` hold the status, the last but for reasons.
   ResultTable(const tools::ResultColumns& results, SharedModel model, bool category_codes);
 
   ResultTable(const ResultTable&) = delete;
@@ -67,6 +68,7 @@ class ResultTable {
 
   SharedModel model_;
   std::size_t rows_ = 0;
+  std::size_t status_ = 0;  // the position of that column
   std::vector<Column> columns_;
   std::vector<svmscore_column> views_;
   std::string category_text_;

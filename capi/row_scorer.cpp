@@ -23,23 +23,26 @@ long RefuseInvalid() {
 
 }  // namespace
 
-ScoringPlan::ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool decisions)
+ScoringPlan::ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool decisions,
+                         bool reasons)
     : model(std::move(of_model)),
       computes_output(choice == tools::ColumnChoice::kDocument && !Output().Fields().empty()),
       reads_inputs(computes_output &&
                    (Output().InputCount() > 0 || !Output().ExtraInputs().empty())),
-      results(tools::MakeColumns(*model->loaded.model, Output(), choice, decisions, false)) {}
+      gives_reasons(reasons),
+      results(tools::MakeColumns(*model->loaded.model, Output(), choice, decisions, reasons)) {}
 
 RowScorer::RowScorer(const ScoringPlan& plan, std::vector<const ScoreDictVar*> variables,
                      std::size_t capacity)
     : plan_(plan),
       capacity_(plan.model->batch == nullptr ? 1 : capacity),
-      record_(std::move(variables), true, plan.model->replaces_missing),
+      record_(variables, true, plan.model->replaces_missing),
       outputs_(plan.Output(), plan.model->replaces_missing) {
   if (plan.model->batch != nullptr) {
     const std::size_t categories = plan.Output().Targets().Target().GetCategories().size();
     batch_.emplace(*plan.model->batch, categories, capacity_);
   }
+  if (plan.gives_reasons) examiner_.emplace(plan.model->loaded, variables);
   rows_.reserve(capacity_);
   if (plan.reads_inputs) output_inputs_.reserve(capacity_ * plan.Output().InputCount());
 }
@@ -88,27 +91,37 @@ void RowScorer::Score() {
   if (batch_) batch_->Score();
 }
 
-output::Outcome RowScorer::Finish(std::size_t row) {
-  output::Outcome outcome = OutcomeOf(rows_[row]);
+reasons::Ended RowScorer::Finish(std::size_t row, output::Outcome& outcome) {
+  outcome = OutcomeOf(rows_[row]);
+  reasons::Ended ended{outcome.status, outcome.status, rows_[row].status, nullptr, 0, {}};
   if (plan_.computes_output) {
     const transform::Value* inputs =
         plan_.reads_inputs ? output_inputs_.data() + row * plan_.Output().InputCount() : nullptr;
     outcome.status = plan_.Output().Evaluate(outcome, inputs, outputs_);
+    ended.status = outcome.status;
+    ended.output_field = outputs_.FirstInvalid();
   }
-  return outcome;
+  if (!batch_ || rows_[row].status != 0) return ended;
+  const BatchResults& results = batch_->Results();
+  const std::size_t place = rows_[row].place;
+  ended.own_status = results.status[place];
+  if (ended.own_status == MCScore::kCannotScore) return ended;
+  ended.decisions = results.decisions + place;
+  ended.stride = results.stride;
+  return ended;
+}
+
+std::string RowScorer::Explain(const reasons::Ended& ended,
+                               const std::vector<std::string>& texts) const {
+  std::vector<reasons::Given> given;
+  for (const std::string& text : texts) given.push_back({text, text.empty()});
+  return TextOf(examiner_->Examine(record_, given.data(), ended));
 }
 
 output::Outcome RowScorer::OutcomeOf(const Row& row) const {
   const output::TargetRules& targets = plan_.Output().Targets();
   if (row.status != 0) return targets.Finish({row.status, false}, nullptr);
   return batch_ ? targets.Finish(batch_->Results(), row.place) : targets.Finish({}, result_.get());
-}
-
-tools::ScoredCase RowScorer::Scored(std::size_t row, const output::Outcome& outcome) {
-  const bool decided = batch_ && rows_[row].status == 0 &&
-                       batch_->Results().status[rows_[row].place] != MCScore::kCannotScore;
-  return {outcome, outputs_, decided ? batch_->Results().decisions + rows_[row].place : nullptr,
-          decided ? batch_->Results().stride : 0};
 }
 
 }  // namespace svmscore::capi

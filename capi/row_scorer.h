@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "capi/input_cells.h"
@@ -12,6 +13,7 @@
 #include "host/model/score_case_record.h"
 #include "host/model/score_result.h"
 #include "host/output/output_plan.h"
+#include "host/reasons/case_examiner.h"
 #include "host/transform/value/arena.h"
 #include "host/transform/value/value.h"
 #include "tools/score/case_batch.h"
@@ -21,13 +23,14 @@ namespace svmscore::capi {
 
 // What a scorer computes, made once and read by all its threads.
 struct ScoringPlan {
-  ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool decisions);
+  ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool decisions, bool reasons);
 
   const output::OutputPlan& Output() const { return *model->loaded.output; }
 
   SharedModel model;
   bool computes_output;  // the results hold columns of output fields
   bool reads_inputs;     // and those depend on more than the model's result
+  bool gives_reasons;    // the last of the results is why a case failed
   tools::ResultColumns results;
 };
 
@@ -59,11 +62,20 @@ class RowScorer {
   void TakePlainRows(std::size_t count);
   void Score();
   // Writes the cells of a row in the order of the plan's results: calls `begin` with the position
-  // of each column, which gives its sink. Fails: what sinks throw; std::bad_alloc.
-  template <typename Begin>
-  void Write(std::size_t row, const Begin& begin) {
-    const output::Outcome outcome = Finish(row);
-    const tools::ScoredCase scored = Scored(row, outcome);
+  // of each column, which gives its sink. Of a row that failed, where reasons are wanted, `again`
+  // puts its values into a record and into texts, which are empty where a value is missing. Fails:
+  // what these throw; std::bad_alloc.
+  template <typename Begin, typename Again>
+  void Write(std::size_t row, const Begin& begin, const Again& again) {
+    output::Outcome outcome;
+    const reasons::Ended ended = Finish(row, outcome);
+    reason_.clear();
+    if (plan_.gives_reasons && ended.status != 0) {
+      std::vector<std::string> texts(record_.Size());
+      again(record_, texts);
+      reason_ = Explain(ended, texts);
+    }
+    const tools::ScoredCase scored{outcome, outputs_, ended.decisions, ended.stride, reason_};
     for (std::size_t i = 0; i < plan_.results.size(); ++i) {
       plan_.results[i]->Write(scored, begin(i));
     }
@@ -76,9 +88,9 @@ class RowScorer {
     std::size_t place = 0;
   };
 
-  output::Outcome Finish(std::size_t row);
+  reasons::Ended Finish(std::size_t row, output::Outcome& outcome);
   output::Outcome OutcomeOf(const Row& row) const;
-  tools::ScoredCase Scored(std::size_t row, const output::Outcome& outcome);
+  std::string Explain(const reasons::Ended& ended, const std::vector<std::string>& texts) const;
 
   const ScoringPlan& plan_;
   std::size_t capacity_;
@@ -90,6 +102,8 @@ class RowScorer {
   std::vector<transform::Value> output_inputs_;
   transform::Arena input_texts_;
   std::vector<Row> rows_;
+  std::string reason_;                             // of the row written last
+  std::optional<reasons::CaseExaminer> examiner_;  // where reasons are wanted
 };
 
 }  // namespace svmscore::capi

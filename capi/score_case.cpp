@@ -5,6 +5,7 @@
 
 #include "capi/call_error.h"
 #include "capi/scorer.h"
+#include "host/text/number_text.h"
 
 namespace svmscore::capi {
 namespace {
@@ -125,6 +126,19 @@ void Scorer::SetInput(Single& single, std::size_t input, const svmscore_value& v
   }
 }
 
+// Puts the values into the record, which plain ones went past, and tells their texts.
+void Scorer::Refill(Single& single, const svmscore_value* inputs, std::size_t input_count,
+                    std::vector<std::string>& texts) const {
+  for (std::size_t i = 0; i < texts.size() && i < input_count; ++i) {
+    SetInput(single, i, inputs[i]);
+    if (inputs[i].kind == SVMSCORE_NUMBER) texts[i] = FormatNumber(inputs[i].number);
+    if (inputs[i].kind == SVMSCORE_WHOLE) texts[i] = std::to_string(inputs[i].whole);
+    if (inputs[i].kind != SVMSCORE_TEXT || inputs[i].text == nullptr) continue;
+    const std::string_view text(inputs[i].text, inputs[i].length);
+    if (!single.cells[i].MeansMissing(text)) texts[i] = text;
+  }
+}
+
 template <typename Input>
 bool Scorer::SetPlain(Single& single, const Input* inputs, std::size_t input_count) const {
   if (!single.takes_plain || input_count < plan_.model->record_inputs) return false;
@@ -155,7 +169,11 @@ void Scorer::ScoreCase(const svmscore_value* inputs, std::size_t input_count,
   }
   single.rows.Score();
   ValueSink sink(outputs, output_count);
-  single.rows.Write(0, [&](std::size_t column) -> ValueSink& { return sink.At(column); });
+  single.rows.Write(
+      0, [&](std::size_t column) -> ValueSink& { return sink.At(column); },
+      [&](MCZandor_850::InputCaseRecord&, std::vector<std::string>& texts) {
+        Refill(single, inputs, input_count, texts);
+      });
 }
 
 void Scorer::ScoreNumbers(const double* inputs, std::size_t input_count, double* outputs,
@@ -176,7 +194,9 @@ void Scorer::ScoreNumbers(const double* inputs, std::size_t input_count, double*
   }
   single.rows.Score();
   NumberSink sink(outputs, output_count);
-  single.rows.Write(0, [&](std::size_t column) -> NumberSink& { return sink.At(column); });
+  single.rows.Write(
+      0, [&](std::size_t column) -> NumberSink& { return sink.At(column); },
+      [](MCZandor_850::InputCaseRecord&, std::vector<std::string>&) {});
 }
 
 }  // namespace svmscore::capi

@@ -149,7 +149,14 @@ class Scorer::TableRun {
         if (input_.extras[i]) input_.extras[i]->Set(rows_.Extras(), i, first + r);
       }
       rows_.Write(
-          r, [&](std::size_t column) -> ResultTable::Sink& { return sink_.At(first + r, column); });
+          r, [&](std::size_t column) -> ResultTable::Sink& { return sink_.At(first + r, column); },
+          [&](MCZandor_850::InputCaseRecord& record, std::vector<std::string>& texts) {
+            for (std::size_t i = 0; i < texts.size(); ++i) {
+              const InputCell& cell = input_.cells[i];
+              cell.Set(record, i, first + r);
+              if (!cell.IsMissing(first + r)) texts[i] = cell.TextAt(first + r);
+            }
+          });
     }
   }
 

@@ -52,6 +52,7 @@ ScorerSettings ReadSettings(const svmscore_scorer_options* options) {
   ScorerSettings settings;
   settings.choice = ChoiceOf(given.columns);
   settings.decisions = given.decisions != 0;
+  settings.reasons = given.reasons != 0;
   settings.category_codes = given.category_codes != 0;
   settings.threads = ThreadsOf(given.threads);
   settings.missing = ReadMissingTexts(given.missing_texts, given.missing_text_count);
@@ -60,7 +61,7 @@ ScorerSettings ReadSettings(const svmscore_scorer_options* options) {
 
 Scorer::Scorer(SharedModel model, ScorerSettings settings)
     : settings_(std::move(settings)),
-      plan_(std::move(model), settings_.choice, settings_.decisions),
+      plan_(std::move(model), settings_.choice, settings_.decisions, settings_.reasons),
       table_(std::make_shared<ResultTable>(plan_.results, plan_.model, settings_.category_codes)) {
   if (settings_.decisions && plan_.model->batch == nullptr) {
     RefuseArgument("the plug-in's model does not give decision values", "options.decisions");

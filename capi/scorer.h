@@ -18,6 +18,7 @@ namespace svmscore::capi {
 struct ScorerSettings {
   tools::ColumnChoice choice = tools::ColumnChoice::kDocument;
   bool decisions = false;
+  bool reasons = false;
   bool category_codes = false;
   std::size_t threads = 1;
   MissingTexts missing;
@@ -61,6 +62,8 @@ class Scorer {
     bool takes_plain;  // where every number is an entry, numbers need not go through a record
   };
   Single& TheSingle();
+  void Refill(Single& single, const svmscore_value* inputs, std::size_t input_count,
+              std::vector<std::string>& texts) const;
   void SetInput(Single& single, std::size_t input, const svmscore_value& value) const;
   // Puts the inputs in as entries, and returns true, where all are numbers that need no record.
   template <typename Input>

@@ -327,6 +327,7 @@ typedef struct svmscore_scorer_options {
   int32_t columns;   /* enum svmscore_choice */
   int32_t decisions; /* not 0: with the decision value of every machine */
   int32_t threads;   /* for tables: 0 and 1 mean one, SVMSCORE_ALL_CORES what the process may use */
+  int32_t reasons;   /* not 0: with the column `reason` at the end: why a case failed */
   int32_t category_codes; /* not 0: predicted categories are a DICTIONARY, not texts */
   /* Texts that mean a missing value, whole cells. Null: the empty text alone. */
   const svmscore_text* missing_texts;
@@ -353,8 +354,8 @@ typedef struct svmscore_output {
   size_t category_count;
 } svmscore_output;
 
-/* The columns that scoring gives: first those of the choice, then decision values, and `status`
- * last.
+/* The columns that scoring gives: first those of the choice, then decision values, `status`, and
+ * `reason` where it is wanted.
  * [any thread] Lives: what is returned, as long as the scorer. Fails: SVMSCORE_ARGUMENT; the count
  * never, 0 for null. */
 SVMSCORE_API size_t svmscore_scorer_output_count(const svmscore_scorer* scorer);
@@ -369,7 +370,7 @@ typedef struct svmscore_table {
   size_t row_count;
   size_t column_count;            /* svmscore_scorer_output_count */
   const svmscore_column* columns; /* in that order */
-  const int64_t* status;          /* [row_count]: the data of the last column */
+  const int64_t* status;          /* [row_count]: the data of the column `status` */
   uint64_t scored;                /* rows with status 0 */
   uint64_t missing;               /* rows with status 90029 */
   uint64_t invalid;               /* rows with status 90027 */
@@ -407,7 +408,7 @@ typedef struct svmscore_value {
 } svmscore_value;
 
 /* Scores one case: its values in the order of the model's inputs, the result in the order of the
- * scorer's outputs, the status last. Values beyond `input_count` are missing; results beyond
+ * scorer's outputs, the status among them. Values beyond `input_count` are missing; results beyond
  * `output_count` are not written. After the first case nothing is allocated, except for texts
  * longer than any before, and by derived fields that take texts apart.
  * [one thread] Lives: inputs, for the call; texts of the result, until the scorer's next call or

@@ -28,6 +28,7 @@ class Stream(ctypes.Structure):
 class ScorerOptions(ctypes.Structure):
     _fields_ = [('size', ctypes.c_size_t), ('columns', ctypes.c_int32),
                 ('decisions', ctypes.c_int32), ('threads', ctypes.c_int32),
+                ('reasons', ctypes.c_int32),
                 ('category_codes', ctypes.c_int32), ('missing_texts', ctypes.c_void_p),
                 ('missing_text_count', ctypes.c_size_t)]
 
@@ -54,7 +55,7 @@ def check(call, *arguments):
 def score(model, table, codes):
     """The scores of anything that exports a stream, as a pyarrow table."""
     scorer, scored = pointer(), Stream()
-    options = ScorerOptions(ctypes.sizeof(ScorerOptions), 0, 1, 2, codes, None, 0)
+    options = ScorerOptions(ctypes.sizeof(ScorerOptions), 0, 1, 2, 0, codes, None, 0)
     check(library.svmscore_scorer_new, model, ctypes.byref(options), ctypes.byref(scorer))
     capsule = table.__arrow_c_stream__()
     cases = unwrap(capsule, b'arrow_array_stream')

@@ -91,7 +91,7 @@ static size_t cut(char* text, struct texts* columns, svmscore_column* views, siz
   return count;
 }
 
-/* The shortest text that reads back to the number. */
+/* The shortest text that reads back to the number, with a point in every locale. */
 static void print_number(double number) {
   char text[64];
   int digits;
@@ -99,6 +99,7 @@ static void print_number(double number) {
     sprintf(text, "%.*g", digits, number);
     if (strtod(text, NULL) == number) break;
   }
+  text[strcspn(text, ",")] = strchr(text, ',') == NULL ? '\0' : '.';
   fputs(text, stdout);
 }
 

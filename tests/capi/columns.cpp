@@ -16,10 +16,13 @@ Rows RowsOf(const std::string& csv) {
   Rows rows;
   bool quoted = false;
   bool starts = true;
-  for (const char c : csv) {
+  for (std::size_t i = 0; i < csv.size(); ++i) {
+    const char c = csv[i];
     if (starts) rows.emplace_back().emplace_back();
     starts = false;
-    if (c == '"') {
+    if (c == '"' && quoted && csv.compare(i + 1, 1, "\"") == 0) {
+      rows.back().back() += csv[++i];
+    } else if (c == '"') {
       quoted = !quoted;
     } else if (c == ',' && !quoted) {
       rows.back().emplace_back();
@@ -241,7 +244,7 @@ Rows CasesFor(const svmscore_model* model, std::size_t count, bool with_odd) {
       } else if (odd == 1 && i % 3 == 1) {
         cell = "no such thing";
       } else if (odd < 4) {
-        cell = std::vector<std::string>{"INF", "-0", "1e300", "NaN"}[(r + i) % 4];
+        cell = std::vector<std::string>{"INF", "-0", "1e+300", "NaN"}[(r + i) % 4];
       } else if (input.category_count > 0) {
         cell = StringOf(input.categories[(r + i) % input.category_count]);
       } else if (StringOf(input.type) == "string") {

@@ -16,7 +16,7 @@ namespace svmscore_test {
 
 // Rows of cells; the first names the columns.
 using Rows = std::vector<std::vector<std::string>>;
-// No cell holds a quote.
+// Quoted cells may hold quotes; those that are written must not.
 Rows RowsOf(const std::string& csv);
 std::string CsvOf(const Rows& rows);
 // Where the tables differ first; empty where they do not.

@@ -63,7 +63,7 @@ TEST(CProcess, LoadsAndFreesOnThreads) {
 }
 
 // A sanitizer's own threads and memory stand in the way of the following.
-#if !defined(__SANITIZE_THREAD__) && !defined(__SANITIZE_ADDRESS__)
+#if !defined(SVMSCORE_SANITIZED)
 
 TEST(CProcess, AForkedChildScores) {
   const Model model = LoadFile(Documents()[0]);

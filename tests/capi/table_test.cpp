@@ -15,7 +15,7 @@ const std::vector<std::string> kChoices = {"auto", "raw", "all"};
 // What the program writes.
 Rows Expected(const std::string& document, const Rows& cases, const std::string& choice) {
   const svmscore::app::Ran ran = svmscore::app::RunProgram(
-      {"score", document, "-", "--columns", choice, "--decisions"}, CsvOf(cases));
+      {"score", document, "-", "--columns", choice, "--decisions", "--reasons"}, CsvOf(cases));
   EXPECT_TRUE(ran.status == 0 || ran.status == 4) << ran.err;
   return RowsOf(ran.out);
 }
@@ -31,6 +31,7 @@ TEST_P(CTables, AreScoredAsByTheProgram) {
     svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
     options.columns = static_cast<int>(choice);
     options.decisions = 1;
+    options.reasons = 1;
     for (const Form form :
          {Form::kTexts, Form::kLongTexts, Form::kNumbers, Form::kMixed, Form::kDictionary}) {
       options.category_codes = form == Form::kMixed ? 1 : 0;
@@ -49,6 +50,7 @@ TEST_P(CTables, OfGoodNumbersAreScoredAsByTheProgram) {
   const Rows expected = Expected(GetParam(), cases, "auto");
   svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
   options.decisions = 1;
+  options.reasons = 1;
   const Scorer scorer = NewScorer(model.get(), &options);
   for (const Form form : {Form::kNumbers, Form::kMixed, Form::kDictionary}) {
     EXPECT_EQ(Difference(Score(scorer.get(), Columns(cases, form)), expected), "");
