@@ -76,7 +76,9 @@ tools::CaseFiles FilesOf(const svmscore_expectation& given, const LoadedModel& l
   if (files.expected.header.empty()) {
     RefuseArgument("there is no column of expected values", "expectation.expected");
   }
-  files.missing = ReadMissingTexts(given.missing_texts, given.missing_text_count);
+  MissingTexts missing = ReadMissingTexts(given.missing_texts, given.missing_text_count);
+  missing.emplace_back();  // none at all would be the program's own
+  files.rules = tools::CellRules(std::move(missing));
   if (!(given.tolerance >= 0.0)) {
     RefuseArgument("the tolerance is no number from 0 upward", "expectation.tolerance");
   }
@@ -89,7 +91,7 @@ std::string Verify(const ModelState& state, const svmscore_expectation* expectat
     return tools::JsonOf(tools::VerifyDocument(state.loaded), std::nullopt);
   const tools::CaseFiles files = FilesOf(Read(expectation, "expectation"), state.loaded);
   const tools::FilesReport report =
-      tools::VerifyFiles(state.loaded, files.cases, files.expected, files.tolerance, files.missing);
+      tools::VerifyFiles(state.loaded, files.cases, files.expected, files.tolerance, files.rules);
   return tools::JsonOf(report.report, report.agreement);
 }
 

@@ -2,13 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <istream>
-#include <limits>
-#include <streambuf>
 #include <unordered_map>
 #include <utility>
 
@@ -16,10 +11,9 @@
 #include "capi/caller_structs.h"
 #include "capi/sha256.h"
 #include "host/load/plugin.h"
-#include "host/model/message_codes.h"
 #include "host/text/field_types.h"
 #include "tools/base/case_columns.h"
-#include "tools/base/error_text.h"
+#include "tools/base/document_source.h"
 #include "tools/findings/remarks.h"
 
 namespace svmscore::capi {
@@ -63,26 +57,6 @@ void UsePolicy(ScoreModel& model, int policy) {
                      "options.missing_policy");
   }
 }
-
-// Adds all bytes that are read through it to a digest.
-class DigestBuffer : public std::streambuf {
- public:
-  DigestBuffer(std::streambuf& source, Sha256& digest) : source_(source), digest_(digest) {}
-
- protected:
-  int underflow() override {
-    const std::streamsize count = source_.sgetn(chunk_.data(), std::ssize(chunk_));
-    if (count <= 0) return traits_type::eof();
-    digest_.Add(chunk_.data(), static_cast<std::size_t>(count));
-    setg(chunk_.data(), chunk_.data(), chunk_.data() + count);
-    return traits_type::to_int_type(chunk_[0]);
-  }
-
- private:
-  std::streambuf& source_;
-  Sha256& digest_;
-  std::array<char, 65536> chunk_;
-};
 
 InputFacts FactsOf(const ScoreDictVar& var, int role) {
   constexpr std::array kOpTypes = {"continuous", "ordinal", "cyclic", "categorical"};
@@ -145,45 +119,32 @@ void CollectFacts(ModelState& state) {
   state.remarks.Finish();
 }
 
-// Parses the file, and where `digest` is not null digests its bytes.
-PmmlDocument ParseFile(const std::string& path, const Limits& limits, Sha256* digest) {
-  if (digest == nullptr) return PmmlDocument::FromFile(path, limits);
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) ThrowAt(nullptr, code::kFileUnreadable, path, tools::ErrorText(errno));
-  DigestBuffer buffer(*file.rdbuf(), *digest);
-  std::istream stream(&buffer);
-  PmmlDocument document = PmmlDocument::FromStream(stream, path, limits);
-  stream.clear();
-  stream.ignore(std::numeric_limits<std::streamsize>::max());
-  return document;
+// The digest of a file's bytes, or of what a pipe has given to `source`.
+std::string DigestOf(tools::DocumentSource& source) {
+  Sha256 digest;
+  std::error_code unknown;
+  if (std::filesystem::is_regular_file(source.Path(), unknown)) {
+    std::ifstream file(source.Path(), std::ios::binary);
+    std::array<char, 65536> chunk;
+    while (file) {
+      file.read(chunk.data(), chunk.size());
+      digest.Add(chunk.data(), static_cast<std::size_t>(file.gcount()));
+    }
+  } else {
+    const std::string& text = source.Text();
+    digest.Add(text.data(), text.size());
+  }
+  return digest.Hex();
 }
 
-// All that a pipe gives.
-std::string ReadAll(const std::string& path, const Limits& limits) {
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  std::string text;
-  std::array<char, 65536> chunk;
-  while (file) {
-    file.read(chunk.data(), chunk.size());
-    text.append(chunk.data(), static_cast<std::size_t>(file.gcount()));
-    if (text.size() > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
-  }
-  if (!file.is_open() || file.bad()) {
-    ThrowAt(nullptr, code::kFileUnreadable, path, tools::ErrorText(errno));
-  }
-  return text;
-}
-
-// `digest` holds the document's bytes once it has been parsed.
-svmscore_model* Load(const LoadSettings& settings, const std::function<PmmlDocument()>& parse,
-                     Sha256& digest) {
+svmscore_model* Load(const LoadSettings& settings, tools::DocumentSource& source,
+                     std::string sha256) {
   const svmscore_load_options& options = settings.options;
   const LoadChecks checks = ChecksOf(options.mode);
   const Plugin plugin(settings.plugin_path);
-  auto state = std::make_shared<ModelState>(LoadModel(plugin, parse, checks));
-  state->sha256 = digest.Hex();
+  auto state = std::make_shared<ModelState>(LoadModel(
+      plugin, [&source] { return source.Parse(); }, checks));
+  state->sha256 = sha256.empty() ? DigestOf(source) : std::move(sha256);
   ScoreModel& model = *state->loaded.model;
   UsePolicy(model, options.missing_policy);
   model.SetPredictionOnly(options.prediction_only != 0);
@@ -198,30 +159,6 @@ svmscore_model* Load(const LoadSettings& settings, const std::function<PmmlDocum
     options.remark(options.remark_context, remarks[i].data, remarks[i].length);
   }
   return new svmscore_model{std::move(state)};
-}
-
-svmscore_model* LoadText(const LoadSettings& settings, const std::string& text,
-                         const std::string& name) {
-  Sha256 digest;
-  digest.Add(text.data(), text.size());
-  return Load(
-      settings, [&] { return PmmlDocument::FromText(text, name, settings.limits); }, digest);
-}
-
-svmscore_model* LoadFile(const LoadSettings& settings, const std::string& path) {
-  std::error_code unknown;
-  const auto type = std::filesystem::status(path, unknown).type();
-  if (type == std::filesystem::file_type::fifo || type == std::filesystem::file_type::socket) {
-    return LoadText(settings, ReadAll(path, settings.limits), path);
-  }
-  Sha256 digest;
-  bool parsed = false;
-  return Load(
-      settings,
-      [&] {
-        return ParseFile(path, settings.limits, std::exchange(parsed, true) ? nullptr : &digest);
-      },
-      digest);
 }
 
 }  // namespace
@@ -260,13 +197,15 @@ std::string ReadPath(const char* path, std::size_t length) {
 }  // namespace svmscore::capi
 
 using namespace svmscore::capi;
+namespace tools = svmscore::tools;
 
 int svmscore_load_file(const char* path, size_t path_length, const svmscore_load_options* options,
                        svmscore_model** model, svmscore_error** error) {
   return Guarded(error, [&] {
     Require(model, "model");
     const LoadSettings settings = ReadSettings(options);
-    *model = LoadFile(settings, ReadPath(path, path_length));
+    tools::DocumentSource source(ReadPath(path, path_length), settings.limits);
+    *model = Load(settings, source, {});
   });
 }
 
@@ -276,8 +215,11 @@ int svmscore_load_memory(const void* data, size_t data_size, const svmscore_load
     Require(model, "model");
     Require(data, "data");
     const LoadSettings settings = ReadSettings(options);
-    *model =
-        LoadText(settings, std::string(static_cast<const char*>(data), data_size), settings.name);
+    Sha256 digest;
+    digest.Add(data, data_size);
+    tools::DocumentSource source(
+        settings.name, std::string(static_cast<const char*>(data), data_size), settings.limits);
+    *model = Load(settings, source, digest.Hex());
   });
 }
 

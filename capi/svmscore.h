@@ -164,8 +164,8 @@ typedef struct svmscore_load_options {
   int32_t prediction_only; /* not 0: confidence, probabilities and intervals are not computed */
 } svmscore_load_options;
 
-/* Loads the document of a file, or of memory. `options` may be null. The model may be used by any
- * number of threads at once from then on.
+/* Loads the document of a file, compressed by gzip or zstd or not, or of memory. `options` may be
+ * null. The model may be used by any number of threads at once from then on.
  * [any thread] Owns: the caller the model: svmscore_model_free. Lives: arguments, for the call.
  * Fails: SVMSCORE_DOCUMENT, with code and place; SVMSCORE_SYSTEM: the file cannot be read
  * (260301), no plug-in (260305), SVMSCORE_ISA (260317). */
@@ -211,7 +211,7 @@ typedef struct svmscore_model_facts {
   size_t needed_count; /* of the inputs, the first so many are needed */
   size_t machine_count;
   size_t remark_count;
-  svmscore_text sha256; /* of the document's bytes: 64 lower-case hexadecimal digits */
+  svmscore_text sha256; /* of the bytes of the file, or of memory: 64 hexadecimal digits */
 } svmscore_model_facts;
 
 /* What an input is for. */
