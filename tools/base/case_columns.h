@@ -24,8 +24,8 @@ struct CaseColumns {
 };
 
 // Every variable that a case may have a value of, each once: those that the model needs, then its
-// other inputs. The records of a model that is shared must begin with the needed ones, in that order.
-// [any thread] Owns: the model the variables. Fails: std::bad_alloc.
+// other inputs. The records of a model that is shared must begin with the needed ones, in that
+// order. [any thread] Owns: the model the variables. Fails: std::bad_alloc.
 std::vector<const MCZandor_850::ScoreDictVar*> InputsOf(const LoadedModel& loaded);
 
 // Finds the columns of a model's inputs, and those to copy, by their names. An input that the model

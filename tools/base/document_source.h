@@ -12,9 +12,10 @@
 
 namespace svmscore::tools {
 
-// A pipe gives its content only once, so it is kept, and so is what a compressed file holds; another
-// file is read again each time. [one thread] for each object. Lives: what is returned, as long as
-// this object; a document is independent of it. Fails: SSException, std::bad_alloc; Path never.
+// A pipe gives its content only once, so it is kept, and so is what a compressed file holds;
+// another file is read again each time. [one thread] for each object. Lives: what is returned, as
+// long as this object; a document is independent of it. Fails: SSException, std::bad_alloc; Path
+// never.
 class DocumentSource {
  public:
   DocumentSource(std::string path, const Limits& limits)
