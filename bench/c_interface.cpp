@@ -148,7 +148,9 @@ void MeasureNumbers(const std::string& folder) {
   std::vector<double> shares;
   for (int round = 0; round < kRounds; ++round) {
     const double own = Measure(
-        [&] { engine.DecideMany(entries.data(), kRows, kRows, scratch, decisions.data(), kRows); },
+        [&] {
+          engine.DecideMany({entries.data(), kRows}, kRows, scratch, {decisions.data(), kRows});
+        },
         kRows);
     shares.push_back(own / Measure([&] { Score(scorer, columns); }, kRows));
   }
