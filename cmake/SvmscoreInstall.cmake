@@ -12,6 +12,7 @@ file(RELATIVE_PATH libraries_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTA
 set_target_properties(svmscore PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_bin}")
 set_target_properties(svmscore_c svmscore_host PROPERTIES INSTALL_RPATH "$ORIGIN")
 
+# What users of the libraries are given: headers where they are installed, not where they are built.
 set_target_properties(svmscore_c PROPERTIES
   EXPORT_NAME svmscore
   INTERFACE_INCLUDE_DIRECTORIES "$<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}/capi>")
