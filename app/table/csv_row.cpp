@@ -39,10 +39,13 @@ std::string_view CsvRows::PlainCell() {
   for (; next_ = special_.Find(next_, end_), next_ != end_; ++next_) {
     const char c = *next_;
     if (c == form_.delimiter || c == '\n') break;
-    if (c == '\r' && AtRowEnd(next_)) break;
+    if (c == '\r') {
+      if (AtRowEnd(next_)) break;
+      throw CsvError(line_, "a carriage return inside a cell that is not quoted" + HintOf(c));
+    }
     if (c == '"') {
       throw CsvError(line_, "a quotation mark inside a cell that is not quoted" +
-                                DelimiterHint(next_ == begin ? c : next_[-1]));
+                                HintOf(next_ == begin ? c : next_[-1]));
     }
     if (c == '\0') throw CsvError(line_, "a NUL byte: the file is no UTF-8 text");
   }
@@ -65,14 +68,14 @@ std::string_view CsvRows::QuotedCell() {
   if (next_ == end_) throw CsvError(first_line, "a quoted cell that is never closed");
   ++next_;
   if (next_ != end_ && *next_ != form_.delimiter && !AtRowEnd(next_)) {
-    throw CsvError(line_,
-                   "text after the closing quotation mark of a cell" + DelimiterHint(*next_));
+    throw CsvError(line_, "text after the closing quotation mark of a cell" + HintOf(*next_));
   }
   return {begin, static_cast<std::size_t>(kept - begin)};
 }
 
-// For a character beside a quoted cell where the delimiter is another one.
-std::string CsvRows::DelimiterHint(char beside) {
+// For a character beside a cell that neither separates cells nor ends a row.
+std::string CsvRows::HintOf(char beside) {
+  if (beside == '\r') return "; do the lines end with CR alone? They must end with LF or CRLF";
   if (std::string_view(";,|\t").find(beside) == std::string_view::npos) return {};
   const std::string name = beside == '\t' ? "tab" : fmt::format("'{}'", beside);
   return fmt::format("; are the cells separated by {}? Then give --delimiter {}",

@@ -32,7 +32,8 @@ struct RowForm {
 
 // Walks the rows of a text that ends where a row ends. Rows end with LF or CRLF; the last one may
 // lack its end. A quoted cell may hold delimiters, line ends and doubled quotation marks. A
-// quotation mark anywhere else, a NUL byte, and what exceeds a limit is a CsvError.
+// quotation mark or a carriage return anywhere else, a NUL byte, and what exceeds a limit is a
+// CsvError.
 class CsvRows {
  public:
   // Quoted cells are rewritten in `text`, which must outlive the cells. `line` is the number of its
@@ -62,7 +63,7 @@ class CsvRows {
  private:
   std::string_view PlainCell();
   std::string_view QuotedCell();
-  static std::string DelimiterHint(char beside);
+  static std::string HintOf(char beside);
   // Steps over what follows a cell: true for a delimiter, false for the end of the row.
   bool StepOverSeparator();
   bool AtRowEnd(const char* at) const;

@@ -68,8 +68,12 @@ bool RowBlocks::Next(RowBlock& block) {
 bool RowBlocks::Fill() {
   if (at_end_) return false;
   if (scan_.row_end == 0 && text_.size() > form_.limits.row_length) {
-    throw CsvError(line_, "is a quoted cell never closed? " +
-                              BeyondTableLimit(form_.limits, &Limits::row_length));
+    const bool has_cr =
+        text_.find('\n') == std::string::npos && text_.find('\r') != std::string::npos;
+    throw CsvError(line_,
+                   (has_cr ? "do the lines end with CR alone? They must end with LF or CRLF; "
+                           : "is a quoted cell never closed? ") +
+                       BeyondTableLimit(form_.limits, &Limits::row_length));
   }
   buffer_.resize(block_bytes_);
   const auto count = scan_.row_end == 0 ? input_.Read(buffer_.data(), buffer_.size())

@@ -43,6 +43,7 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
   const std::string empty =
       "the input is empty; it needs at least a header line with the names of the columns";
   const std::string nul = "a NUL byte: the file is no UTF-8 text";
+  const std::string cr = "; do the lines end with CR alone? They must end with LF or CRLF";
   const struct {
     std::string cases;
     std::string message;
@@ -53,10 +54,14 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
        "the header lacks \"width\", \"height\", which the model needs; it has \"colour\", "
        "\"Width\"; did you mean \"width\" by \"Width\"?"},
       {"width,height,colour\r1,1,red\r",
-       "the header lacks \"colour\", which the model needs; it has \"width\", \"height\", "
-       "\"colour\\r1\", \"1\", \"red\"; do the lines end with CR alone? They must end with LF "
-       "or "
-       "CRLF"},
+       "line 1: a carriage return inside a cell that is not quoted" + cr},
+      {"width,height,colour,note\r1,1,red,\r",
+       "line 1: a carriage return inside a cell that is not quoted" + cr},
+      {header + "1,1,red\r\n1,1,red\r1,1,red\r",
+       "line 3: a carriage return inside a cell that is not quoted" + cr},
+      {header + "1,1,\"red\"\r1,1,\"red\"\r",
+       "line 2: text after the closing quotation mark of a cell" + cr},
+      {header + "\r1,1,red\n", "line 2: a carriage return inside a cell that is not quoted" + cr},
       {"width,height,colour,width\n", "the header names the column \"width\" twice"},
       {header + "1,1,red\n1,1\n", "line 3: a row of 2 where the header has 3 cells"},
       {header + "\"1\n\",1,red\n1,1,red,\n", "line 4: a row of 4 where the header has 3 cells"},
@@ -74,6 +79,10 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
     EXPECT_EQ(ran.err, "svmscore: " + path + ": " + message + "\n");
     EXPECT_EQ(folder.FileCount(), 1U) << message;
   }
+  EXPECT_THAT(RunProgram({"score", Data("three.pmml"), "--limit", "row-length=100"},
+                         Repeated("1,1,red\r", 200))
+                  .err,
+              HasSubstr("line 1: do the lines end with CR alone?"));
 }
 
 TEST(BadInput, CasesThatCannotBeReadEndWithStatusFive) {

@@ -114,19 +114,9 @@ std::string ListOf(const std::vector<std::string_view>& header) {
   return list;
 }
 
-// With line ends of CR alone a whole file is one header.
-bool EndsLinesWithCr(const std::vector<std::string_view>& header) {
-  return std::any_of(header.begin(), header.end(), [](std::string_view name) {
-    return name.find('\r') != name.npos && name.find('\n') == name.npos;
-  });
-}
-
 // Why the header may not be what it should; empty where it looks as others do.
 std::string Suspicion(const std::vector<std::string_view>& header,
                       const std::vector<std::string>& missing) {
-  if (EndsLinesWithCr(header)) {
-    return "; do the lines end with CR alone? They must end with LF or CRLF";
-  }
   if (header.size() <= 2 && header[0].starts_with("sep=")) {
     return "; the line \"sep=\" is of no table: remove it, and name its character with --delimiter";
   }
