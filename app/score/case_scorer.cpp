@@ -90,6 +90,7 @@ void CaseScorer::FixPositions() {
 
 void CaseScorer::Score(CaseBlock& block) {
   block.error.reset();
+  block.row_like_cells.Clear();
   rows_.clear();
   written_ = 0;
   reader_.emplace(block.rows.text.data(), block.rows.text.size(), block.rows.first_line,
@@ -116,10 +117,14 @@ void CaseScorer::ScoreChunk(CaseBlock& block) {
   input_texts_.Reset();
   written_ = 0;
   if (batch_ != nullptr) batch_->Clear();
+  bool more = false;
   try {
-    if (!ReadChunk(*reader_)) reader_.reset();
+    more = ReadChunk(*reader_);
   } catch (const CsvError& error) {
     block.error = error;
+  }
+  if (!more) {
+    block.row_like_cells = reader_->CellsLikeRows();
     reader_.reset();
   }
   if (batch_ != nullptr) batch_->Score();

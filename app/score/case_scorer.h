@@ -62,6 +62,7 @@ struct CaseBlock {
   std::string out;                // of the rows that are scored and not written yet
   Tally tally;                    // of the rows of `out`
   Failures failures;              // likewise
+  RowLikeCells row_like_cells;    // of the whole block, once it is done
   std::optional<CsvError> error;  // what is wrong with the row after the last one
   std::uint64_t bytes_read = 0;   // of the input, up to this block or a little further
   bool done = true;               // `out` ends with the last row

@@ -81,13 +81,14 @@ class HandOver {
 class Run {
  public:
   Run(const ScoringPlan& plan, RowBlocks& input, const std::string& input_name, OutputFile& output,
-      Progress& progress, Failures& failures, int threads)
+      Progress& progress, Failures& failures, RowLikeCells& row_like_cells, int threads)
       : plan_(plan),
         input_(input),
         input_name_(input_name),
         output_(output),
         progress_(progress),
         failures_(failures),
+        row_like_cells_(row_like_cells),
         ring_(static_cast<std::size_t>(threads) + kSpareBlocks, plan.logs_failures) {}
 
   // What the threads have used is given up after their last turn.
@@ -157,6 +158,7 @@ class Run {
       WriteOut(block);
     }
     block.scorer.reset();
+    row_like_cells_.Add(block.row_like_cells);
     if (block.error) throw BrokenRow(input_name_, *block.error);
     progress_.Show(total_.cases, block.bytes_read);
     KeepWithinBounds(block.rows.text);
@@ -182,6 +184,7 @@ class Run {
   OutputFile& output_;
   Progress& progress_;
   Failures& failures_;
+  RowLikeCells& row_like_cells_;
   tbb::enumerable_thread_specific<std::unique_ptr<CaseScorer>> scorers_;
   BlockRing ring_;
   HandOver hand_over_;
@@ -192,15 +195,18 @@ class Run {
 }  // namespace
 
 Tally ScoreAll(const ScoringPlan& plan, RowBlocks& input, const std::string& input_name,
-               OutputFile& output, Progress& progress, Failures& failures, int threads) {
+               OutputFile& output, Progress& progress, Failures& failures,
+               RowLikeCells& row_like_cells, int threads) {
   const int workers = std::min(threads, kMostOfACore * tbb::info::default_concurrency());
   // Allows more threads than cores where they are asked for.
   const tbb::global_control limit(tbb::global_control::max_allowed_parallelism,
                                   static_cast<std::size_t>(workers));
   tbb::task_arena arena(workers);
   Tally total;
-  arena.execute(
-      [&] { total = Run(plan, input, input_name, output, progress, failures, workers).Score(); });
+  arena.execute([&] {
+    total =
+        Run(plan, input, input_name, output, progress, failures, row_like_cells, workers).Score();
+  });
   return total;
 }
 

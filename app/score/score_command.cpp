@@ -261,16 +261,21 @@ ExitStatus ScoreCommand::Run() {
   const int threads = threads_ > 0 ? threads_ : oneapi::tbb::info::default_concurrency();
   Tally tally;
   Failures failures;
-  try {
-    tally = ScoreAll(plan, input, file.Name(), output, progress, failures, threads);
-  } catch (...) {
+  RowLikeCells row_like_cells;
+  const auto tell = [&] {
     progress.Clear();
     TellAsItIs(failures.Text());
+    const std::string remark = row_like_cells.Text();
+    if (!remark.empty()) Tell(fmt::format("{}: {}", file.Name(), remark));
+  };
+  try {
+    tally = ScoreAll(plan, input, file.Name(), output, progress, failures, row_like_cells, threads);
+  } catch (...) {
+    tell();
     throw;
   }
   output.Commit();
-  progress.Clear();
-  TellAsItIs(failures.Text());
+  tell();
   progress.Close(tally);
   CheckLog(log_);
   const bool failed = strict_ ? tally.scored < tally.cases : tally.scored == 0 && tally.cases > 0;

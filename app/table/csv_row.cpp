@@ -83,7 +83,10 @@ std::string CsvRows::HintOf(char beside) {
 }
 
 bool CsvRows::StepOverSeparator() {
-  if (next_ == end_) return false;
+  if (next_ == end_) {
+    ++line_;
+    return false;
+  }
   if (*next_ == form_.delimiter) {
     ++next_;
     return true;

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/table/row_like_cells.h"
 #include "app/table/special_bytes.h"
 #include "host/xml/limits.h"
 
@@ -52,13 +53,18 @@ class CsvRows {
   // all there is, since a blank line is an empty cell there. A row of another width is a CsvError.
   bool Next(std::vector<std::string_view>& cells, std::size_t width) {
     while (Next(cells)) {
-      if (cells.size() == width) return true;
+      if (cells.size() == width) {
+        if (SpansLines()) row_like_cells_.Look(cells, form_.delimiter, row_line_);
+        return true;
+      }
       CheckBlank(cells, width);
     }
     return false;
   }
   // The line on which the row read last begins.
   long RowLine() const { return row_line_; }
+  // Cells of the rows of a table so far that may hold rows.
+  const RowLikeCells& CellsLikeRows() const { return row_like_cells_; }
 
  private:
   std::string_view PlainCell();
@@ -67,6 +73,8 @@ class CsvRows {
   // Steps over what follows a cell: true for a delimiter, false for the end of the row.
   bool StepOverSeparator();
   bool AtRowEnd(const char* at) const;
+  // Whether the row read last has line ends in its cells.
+  bool SpansLines() const { return line_ > row_line_ + 1; }
   // Throws unless the row is a blank line.
   void CheckBlank(const std::vector<std::string_view>& cells, std::size_t width) const;
   void CheckLimit(std::size_t size, Limit limit) const;
@@ -78,6 +86,7 @@ class CsvRows {
   long row_line_;
   const char* row_begin_ = nullptr;
   RowForm form_;
+  RowLikeCells row_like_cells_;
 };
 
 }  // namespace svmscore::app

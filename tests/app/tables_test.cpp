@@ -14,6 +14,7 @@ namespace svmscore::app {
 namespace {
 
 using testing::HasSubstr;
+using testing::Not;
 
 using Arguments = std::vector<std::string>;
 
@@ -92,6 +93,47 @@ TEST(Tables, ARowThatDoesNotFitIsNamedByItsLine) {
     const Ran ran = Score("three.pmml", options, cases);
     EXPECT_EQ(ran.status, 5);
     EXPECT_EQ(ran.err, "svmscore: standard input: " + told + "\n");
+  }
+}
+
+// One stray quotation mark is an error; two may make rows a cell that nobody reads.
+TEST(Tables, ACellThatSwallowedRowsIsToldWithItsLines) {
+  const auto remark = [](const std::string& cells) {
+    return "the cell" + cells +
+           " text that looks like rows; a quotation mark may be lost or added\n";
+  };
+  const std::string swallowed = "a,1,\"b\nc,2,d\"\n";
+  const struct {
+    std::string cases;
+    std::string told;  // empty: nothing
+  } rows[] = {
+      {"x,n,m\n1,a,b\n1,\"a,b\n2,a,b\n\n3,a,b\n4,c\",b\n5,a,b\n",
+       remark(" from line 3 to line 7 holds")},
+      {"n,x,m\r\n\"a,1,b\r\nc\",2,d", remark(" from line 2 to line 3 holds")},
+      {"n,x,m\n\"a\nb\",1,c\n" + swallowed + swallowed,
+       remark("s from line 4 to line 5, from line 6 to line 7 hold")},
+      {"n,x,m\n" + swallowed + swallowed + swallowed + swallowed,
+       remark("s from line 2 to line 3, from line 4 to line 5, from line 6 to line 7 and 1 more "
+              "hold")},
+      // Texts of several lines.
+      {"n,x,m\n\"a, b\nc\",1,d\n\"\n\n\",2,e\n\"f,g,h\ni,j,k\",3,l\n", ""},
+      {"n,x\n\"a, b\nc\",1\n", ""},
+      {"x\n\"1\n2\"\n", ""},
+  };
+  const TemporaryFolder folder;
+  const std::string expected = folder.Write("expected", "prediction\n2.1\n");
+  for (const auto& [cases, told] : rows) {
+    const std::string path = folder.Write("cases", cases);
+    for (const Arguments& arguments :
+         {Arguments{"score", Data("line.pmml"), path},
+          Arguments{"verify", Data("line.pmml"), "--input", path, "--expected", expected}}) {
+      const std::string err = RunProgram(arguments).err;
+      if (told.empty()) {
+        EXPECT_THAT(err, Not(HasSubstr("looks like rows"))) << cases;
+      } else {
+        EXPECT_THAT(err, HasSubstr("svmscore: " + path + ": " + told)) << cases;
+      }
+    }
   }
 }
 
