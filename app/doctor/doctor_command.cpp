@@ -55,7 +55,7 @@ ExitStatus DoctorCommand::Run() {
   if (!input_.empty() && tools::IsScored(opened)) {
     TellOverruledValues(table_.Cells(), *opened.loaded);
     files.emplace(tools::CaseFiles{ReadTable(input_, table_.Rows(limits_)),
-                                   ReadTable(expected_, table_.Rows(limits_)), table_.Cells(),
+                                   ReadExpected(expected_, table_.Rows(limits_)), table_.Cells(),
                                    tolerance_});
     if (table_.decimal_comma) tools::ReadDecimalCommas(*opened.loaded, files->expected);
   }

@@ -15,6 +15,17 @@
 namespace svmscore::app {
 namespace {
 
+// Whether the row has more than one cell where `delimiter` separates them.
+bool IsSeparatedBy(char delimiter, std::string row, RowForm form) {
+  form.delimiter = delimiter;
+  std::vector<std::string_view> cells;
+  try {
+    return CsvRows(row.data(), row.size(), 1, form).Next(cells) && cells.size() > 1;
+  } catch (const CsvError&) {
+    return false;
+  }
+}
+
 void AddRows(RowBlock& block, const RowForm& form, tools::TextTable& table,
              RowLikeCells& row_like_cells) {
   std::vector<std::string_view> cells;
@@ -25,9 +36,7 @@ void AddRows(RowBlock& block, const RowForm& form, tools::TextTable& table,
   row_like_cells.Add(rows.CellsLikeRows());
 }
 
-}  // namespace
-
-tools::TextTable ReadTable(const std::string& path, const RowForm& form) {
+tools::TextTable Read(const std::string& path, RowForm form, bool may_have_commas) {
   InputFile file(path);
   RowBlocks blocks(file, form);
   RowBlock block;
@@ -39,6 +48,11 @@ tools::TextTable ReadTable(const std::string& path, const RowForm& form) {
       throw Failure(kInputError, fmt::format("{}: the file is empty; it needs at least a header "
                                              "line with the names of the columns",
                                              table.name));
+    }
+    if (may_have_commas && !IsSeparatedBy(form.delimiter, block.text, form) &&
+        IsSeparatedBy(',', block.text, form)) {
+      form.delimiter = ',';
+      blocks.SetDelimiter(',');
     }
     std::vector<std::string_view> names;
     CsvRows(block.text.data(), block.text.size(), block.first_line, form).Next(names);
@@ -56,6 +70,16 @@ tools::TextTable ReadTable(const std::string& path, const RowForm& form) {
   const std::string remark = row_like_cells.Text();
   if (!remark.empty()) Tell(fmt::format("{}: {}", table.name, remark));
   return table;
+}
+
+}  // namespace
+
+tools::TextTable ReadTable(const std::string& path, const RowForm& form) {
+  return Read(path, form, false);
+}
+
+tools::TextTable ReadExpected(const std::string& path, const RowForm& form) {
+  return Read(path, form, true);
 }
 
 }  // namespace svmscore::app

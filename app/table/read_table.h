@@ -11,6 +11,9 @@ namespace svmscore::app {
 
 // "-" is standard input. Throws a Failure(kInputError) for a file that cannot be read or is no CSV.
 tools::TextTable ReadTable(const std::string& path, const RowForm& form);
+// The same for a table that another program may have written than the one of `form`: where the
+// header has commas and no delimiter of `form`, commas separate its cells.
+tools::TextTable ReadExpected(const std::string& path, const RowForm& form);
 
 }  // namespace svmscore::app
 

@@ -30,6 +30,11 @@ class RowBlocks {
 
   // The first row that is no blank line, without a byte-order mark; false where there is none.
   bool ReadHeader(RowBlock& header);
+  // For the rows that follow, once their header shows what separates cells.
+  void SetDelimiter(char delimiter) {
+    form_.delimiter = delimiter;
+    scan_ = {};
+  }
   // The next rows; false at the end. Throws a Failure(kInputError) for an unreadable input and a
   // CsvError for a row that exceeds its limit, as one without end does.
   bool Next(RowBlock& block);

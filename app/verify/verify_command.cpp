@@ -102,7 +102,7 @@ ExitStatus VerifyCommand::Run() {
       report = tools::VerifyDocument(loaded, Print);
     } else {
       const tools::TextTable cases = ReadTable(input_, table_.Rows(limits_));
-      tools::TextTable expected = ReadTable(expected_, table_.Rows(limits_));
+      tools::TextTable expected = ReadExpected(expected_, table_.Rows(limits_));
       if (table_.decimal_comma) tools::ReadDecimalCommas(loaded, expected);
       tools::FilesReport files =
           tools::VerifyFiles(loaded, cases, expected, tolerance_, table_.Cells());

@@ -292,6 +292,42 @@ TEST(Tables, VerifyAndDoctorReadThemAlike) {
   EXPECT_EQ(RunProgram(doctor).status, 1);
 }
 
+// What score wrote can be compared, however the cases are written.
+TEST(Tables, ExpectedScoresMayBeWrittenAsTheCasesOrAsScores) {
+  const std::string german = "x;t\n1,5;a\n0,1;b\n";
+  const struct {
+    std::string cases;
+    std::string expected;
+    Arguments options;
+    int status;
+  } rows[] = {
+      {german, "prediction;status\n3,1;0\n0,3;0\n", {"--decimal-comma"}, 0},
+      {german, "prediction;status\n3.1;0\n0.3;0\n", {"--decimal-comma"}, 0},
+      {german, "prediction,status\n3.1,0\n0.3,0\n", {"--decimal-comma"}, 0},
+      {german, "x,prediction\n\"1,5\",3.1\n\"0,1\",0.3\n", {"--decimal-comma"}, 0},
+      {german, "\"t\",\"prediction\"\n\"a;b\nc\",3.1\na,0.3\n", {"--decimal-comma"}, 0},
+      {german, "prediction,status\n3.2,0\n0.3,0\n", {"--decimal-comma"}, 1},
+      {german,
+       "prediction\n\"3,1\"\n0.3\n",
+       {"--decimal-comma"},
+       1},  // one of them groups thousands
+      {german, "prediction\n3,1\n0,3\n", {"--decimal-comma"}, 0},
+      {"x;t\n1.5;a\n", "status,prediction\n0,3.1\n", {}, 0},
+  };
+  for (const auto& [cases, expected, options, status] : rows) {
+    const TemporaryFolder folder;
+    const std::string input = folder.Write("cases", cases);
+    const std::string file = folder.Write("expected", expected);
+    for (const char* command : {"verify", "doctor"}) {
+      Arguments arguments = {command, Data("line.pmml"), "--delimiter", ";", "--input",
+                             input,   "--expected",      file};
+      arguments.insert(arguments.end(), options.begin(), options.end());
+      const Ran ran = RunProgram(arguments);
+      EXPECT_EQ(ran.status, status) << command << ' ' << expected << ran.out << ran.err;
+    }
+  }
+}
+
 // A text that looks like a number with a comma stays one, also where it is expected.
 TEST(Tables, DecimalCommasAreNotReadInTexts) {
   const TemporaryFolder folder;

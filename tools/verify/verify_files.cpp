@@ -126,6 +126,11 @@ void ReadDecimalCommas(const LoadedModel& loaded, TextTable& expected) {
     if (!quantity) quantity = scored.FindPlainColumn(expected.header[i]);
     // A column that is not known may be the prediction.
     if (quantity ? quantity->is_label && texts : texts) continue;
+    const auto is_comma_number = [i, &buffer](const std::vector<std::string>& row) {
+      return !ParseNumber(row[i]) &&
+             ParseNumber(CellRules::ExchangePointAndComma(row[i], buffer)).has_value();
+    };
+    if (std::none_of(expected.rows.begin(), expected.rows.end(), is_comma_number)) continue;
     for (std::vector<std::string>& row : expected.rows) {
       const std::string_view number = CellRules::ExchangePointAndComma(row[i], buffer);
       if (ParseNumber(number) || ParseNumber(row[i])) row[i] = number;

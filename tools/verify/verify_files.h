@@ -19,7 +19,8 @@ namespace svmscore::tools {
 void SetInputs(const TextTable& cases, const std::vector<std::string>& row, const CellRules& rules,
                VerifyCase& scored);
 
-// Gives the numbers of `expected`, which are written with a comma, a point; texts stay.
+// Gives the numbers of `expected` that are written with a comma a point; texts stay, and columns in
+// which no number has a decimal comma.
 void ReadDecimalCommas(const LoadedModel& loaded, TextTable& expected);
 
 // A column of expected values, and what of a case it expects.
