@@ -150,6 +150,41 @@ TEST(Verify, ComparesWithExpectedColumns) {
   }
 }
 
+TEST(Verify, ComparesDecisionValues) {
+  const std::string three = "width,height,colour\n1,1,red\n2,0.5,red\nq,1,red\n";
+  const std::string values = "decision(b|a),decision(a|b),\"decision(a|c, d)\"\n";
+  const struct {
+    std::string model, cases, expected;
+    int status;
+    std::string told;
+  } rows[] = {
+      {"line.pmml", "x\n1\n2\n", "decision\n2.1\n4.1\n", 0, "2 cells compared, 0 disagree\n"},
+      {"line.pmml", "x\n1\nNA\n", "decision\n2.2\n1\n", 1,
+       "record 1: decision: expected 2.2, got 2.1 (relative deviation 0.045, allowed 1e-06)\n"
+       "record 2: decision: expected 1, got nothing (status 90029; x: \"NA\" means missing, and "
+       "nothing replaces it)\n2 cells compared, 2 disagree\n"},
+      // A machine that the model lacks is not passed over.
+      {"three.pmml", three, values + "7,1,1.5\n,2,1\n,,\n", 1,
+       "expected, but the model has no machine for it: decision(b|a)\n"
+       "record 1: decision(b|a): expected 7, got nothing\n5 cells compared, 1 disagree\n"},
+      {"three.pmml", three, "decision(a|b),status\n1,0\n2,0\n,90027\n", 0,
+       "5 cells compared, 0 disagree\n"},
+      {"two.pmml", "x\n1\n", "decision\n1\n", 1, "column decision is compared with the pred"},
+      // A column beside decision values is the prediction, unless it names rows or is an input.
+      {"line.pmml", "x\n1\n", "x,row,wanted,decision,more\n1,1,2.1,2.1,4\n", 0,
+       "column wanted is compared with the prediction\n"
+       "not compared, for lack of an output of that name: more\nR2 undefined"},
+      {"line.pmml", "x\n1\n", "x,row,decision\n1,1,2.1\n", 0, "1 cells compared, 0 disagree\n"},
+  };
+  for (const auto& [model, cases, expected, status, told] : rows) {
+    const TemporaryFolder folder;
+    const Ran ran = RunProgram({"verify", Data(model), "--input", folder.Write("cases.csv", cases),
+                                "--expected", folder.Write("expected.csv", expected)});
+    EXPECT_EQ(ran.status, status) << expected << ran.err;
+    EXPECT_THAT(ran.out, StartsWith(told)) << expected;
+  }
+}
+
 // A model f = 2x + 0.1 of y, and one whose score follows the sign of x.
 TEST(Verify, TellsHowWellPredictionsAgree) {
   const std::string matrix = "confusion matrix, expected downwards, predicted across:\n";

@@ -70,7 +70,7 @@ const Fault kFaults[] = {
      {"*'setosa'", "'x'", "*'virginica'", "'setosa'", "*'x'", "'virginica'"}},
     {"tumour", "offset-sign at Coefficients", {"absoluteValue='-", "absoluteValue='"}},
     {"tumour",
-     "machine-sign at Coefficients",
+     "machine-sign at SupportVectorMachine",
      {"*(<Coefficient value|absoluteValue)='", "$1='-", "*='--", "='"}},
     {"tumour",
      "classes-swapped at SupportVectorMachine",
@@ -164,6 +164,16 @@ TEST(Scores, TellWhatWasMeant) {
         Diagnose(Edited(sound, slip.written), With(folder, cases, meant.out));
     EXPECT_THAT(diagnosis.findings, StartsWith("mismatch, " + slip.finding)) << meant.out;
   }
+}
+
+// Decision values show faults that leave all predictions right.
+TEST(Scores, IncludeDecisionValues) {
+  const Diagnosis lost = DiagnoseExample("iris", {"vectorId='v9'", "vectorId='v99'"});
+  EXPECT_THAT(lost.findings, StartsWith("mismatch, unknown-vector at SupportVector"));
+  EXPECT_THAT(std::string(lost.json["findings"][0]["what"]),
+              HasSubstr("50 of 50 rows disagree with "));
+  EXPECT_THAT(std::string(lost.json["findings"][0]["what"]),
+              HasSubstr("row 1: decision(setosa|versicolor): expected -0.848"));
 }
 
 TEST(Scores, ThatNobodyExpectsOrCanReadAreRefused) {

@@ -54,7 +54,12 @@ std::string TextOfRow(const CaseFiles& files, const Comparison& comparison, std:
     if (compared.cells[i].agrees) continue;
     const ExpectedColumn& column = comparison.columns[i];
     std::string got = compared.cells[i].got;
-    if (got.empty()) got = fmt::format("nothing (status {}; {})", compared.status, compared.why);
+    if (got.empty()) {
+      got = "nothing";
+      if (compared.status != 0) {
+        got += fmt::format(" (status {}; {})", compared.status, compared.why);
+      }
+    }
     text = fmt::format("row {}: {}: expected {}, got {}", row + 1, column.quantity.name,
                        files.expected.rows[row][column.cell], got);
     break;
@@ -78,6 +83,17 @@ void TellMismatch(const CaseFiles& files, const Comparison& comparison, FindingL
     }
   }
   findings.Add("mismatch", nullptr, std::move(what));
+}
+
+// Without the machines that the model lacks: what is wrong with the categories of a machine shows
+// in the predictions, and is found in the document. Unless nothing else is expected.
+ExpectedColumns WithoutLackingMachines(const ExpectedColumns& columns) {
+  ExpectedColumns kept;
+  for (const ExpectedColumn& column : columns) {
+    const Quantity& quantity = column.quantity;
+    if (quantity.kind != Quantity::Kind::kDecision || quantity.index >= 0) kept.push_back(column);
+  }
+  return kept.empty() ? columns : kept;
 }
 
 // The simplest explanation comes first, for every way to read the columns: another scale may also
@@ -152,7 +168,7 @@ std::optional<Agreement> CheckScores(const Suspect& suspect, const CaseFiles& fi
   std::vector<Comparison> comparisons;
   for (const ExpectedColumns& columns :
        ReadingsOf(suspect.loaded, files.cases, files.expected).all) {
-    comparisons.push_back(Compare(suspect.loaded, files, columns));
+    comparisons.push_back(Compare(suspect.loaded, files, WithoutLackingMachines(columns)));
     if (!comparisons.back().expects) {
       throw BadCases(fmt::format("{} expects nothing: every cell is empty", files.expected.name));
     }

@@ -59,7 +59,8 @@ Change Factors(KindOfFinding kind, std::string what, double coefficients, double
             for (DOMElement* machine : Children(model, "SupportVectorMachine")) {
               if (only && position++ != *only) continue;
               DOMElement* list = FindChild(machine, "Coefficients");
-              if (first == nullptr) first = list;
+              // Of a change of both, the whole machine is the place.
+              if (first == nullptr) first = coefficients == offset ? machine : list;
               Multiply(list, "absoluteValue", offset);
               if (coefficients == 1.0) continue;
               for (DOMElement* coefficient : Children(list, "Coefficient")) {

@@ -1,6 +1,11 @@
 #include "tools/verify/verify_case.h"
 
+#include <algorithm>
+#include <unordered_set>
+
+#include "host/model/batch_model.h"
 #include "host/model/score_status.h"
+#include "host/output/decision_name.h"
 #include "host/transform/transformation_dictionary.h"
 #include "tools/base/case_columns.h"
 
@@ -103,6 +108,7 @@ std::string VerifyCase::WhyFailed() {
 
 void VerifyCase::Score() {
   derived_.reset();
+  decisions_.reset();
   MCScore::MCStatus status(MCScore::kInvalidValue, false);
   if (!record_.HasInvalid()) {
     ScoreResult* result = result_.release();
@@ -137,6 +143,8 @@ Value VerifyCase::Read(const Quantity& quantity) {
       return Value::Integer(outcome_.status);
     case Kind::kDerived:
       return Derived(quantity.index);
+    case Kind::kDecision:
+      return Decision(quantity.index);
   }
   return Value::Missing();
 }
@@ -145,6 +153,27 @@ Value VerifyCase::Derived(int position) {
   derived_ =
       loaded_.model->GetTransformationDictionary()->GetValuesForDerivedVars(&record_, nullptr);
   return derived_->Values().Slot(static_cast<std::size_t>(position));
+}
+
+// As score writes it: also for a case that fails after its machines have decided.
+Value VerifyCase::Decision(int machine) {
+  auto* model = dynamic_cast<BatchModel*>(loaded_.model.get());
+  if (model == nullptr || machine < 0) return Value::Missing();
+  if (!decisions_) {
+    decisions_.emplace();
+    std::vector<double> entries(std::max<std::size_t>(model->EntryCount(), 1));
+    if (!record_.HasInvalid() && !model->ReadCase(record_, false, entries.data(), 1).IsError()) {
+      decisions_->resize(model->DecisionCount());
+      long status = 0;
+      BatchResults results;
+      results.status = &status;
+      results.decisions = decisions_->data();
+      results.stride = 1;
+      model->ScoreBatch({entries.data(), 1, 1}, results);
+    }
+  }
+  const auto position = static_cast<std::size_t>(machine);
+  return position < decisions_->size() ? Value::Double((*decisions_)[position]) : Value::Missing();
 }
 
 std::string VerifyCase::TextOf(const Value& value) {
@@ -170,6 +199,18 @@ std::optional<Quantity> VerifyCase::FindDerived(const std::string& name) const {
   return Quantity{name, Kind::kDerived, found->second, false};
 }
 
+std::optional<Quantity> VerifyCase::FindDecision(const std::string& name) const {
+  const auto* model = dynamic_cast<const BatchModel*>(loaded_.model.get());
+  if (model == nullptr || !name.starts_with("decision")) return std::nullopt;
+  for (std::size_t i = 0; i < model->DecisionCount(); ++i) {
+    if (name == output::DecisionName(loaded_.output->Targets(), model->DecisionCategories(i))) {
+      return Quantity{name, Kind::kDecision, static_cast<int>(i)};
+    }
+  }
+  const bool of_categories = name.starts_with("decision(") && name.ends_with(")");
+  return of_categories ? std::optional(Quantity{name, Kind::kDecision, -1}) : std::nullopt;
+}
+
 std::optional<Quantity> VerifyCase::FindPlainColumn(const std::string& name) const {
   const auto& targets = loaded_.output->Targets();
   if (name == "prediction") {
@@ -189,7 +230,7 @@ std::optional<Quantity> VerifyCase::FindPlainColumn(const std::string& name) con
     }
     ++index;
   }
-  return std::nullopt;
+  return FindDecision(name);
 }
 
 Quantity VerifyCase::Prediction() const {

@@ -30,10 +30,11 @@ struct Quantity {
     kUpper,
     kStatus,
     kDerived,
+    kDecision,
   };
   std::string name;
   Kind kind = Kind::kPrediction;
-  int index = 0;          // of the output field, the category, or the derived field
+  int index = 0;          // of the output field, category, derived field or machine; -1: no machine
   bool is_label = false;  // a category: compared as it is, whatever tolerance is allowed
 };
 
@@ -76,7 +77,8 @@ class VerifyCase {
   std::optional<Quantity> FindOutputField(const std::string& name) const;
   // A derived field that scoring computes.
   std::optional<Quantity> FindDerived(const std::string& name) const;
-  // A column by the plain name that the program gives it.
+  // A column by the plain name that the program gives it. A machine that the model lacks is found
+  // too where the name is that of a decision value between categories, and has no value.
   std::optional<Quantity> FindPlainColumn(const std::string& name) const;
   // The prediction, under the name of the target.
   Quantity Prediction() const;
@@ -92,6 +94,8 @@ class VerifyCase {
 
   Quantity FromField(std::size_t field) const;
   transform::Value Derived(int position);
+  transform::Value Decision(int machine);
+  std::optional<Quantity> FindDecision(const std::string& name) const;
 
   const LoadedModel& loaded_;
   MCZandor_850::InputCaseRecord record_;
@@ -103,7 +107,8 @@ class VerifyCase {
   // Of the last case; null until it is asked for.
   std::unique_ptr<MCZandor_850::DerivedCaseRecord> derived_;
   output::Outcome outcome_;
-  long own_status_ = 0;           // the model's own
+  std::optional<std::vector<double>> decisions_;  // of the last case; empty until one is asked for
+  long own_status_ = 0;                           // the model's own
   long model_status_ = 0;         // of the outcome before output fields were computed
   std::vector<GivenText> given_;  // for the inputs of the record
   std::unique_ptr<reasons::CaseExaminer> examiner_;  // null until a case has failed

@@ -54,15 +54,44 @@ std::size_t FirstOfValues(const TextTable& expected) {
                                         : static_cast<std::size_t>(found - expected.header.begin());
 }
 
+bool IsDecision(const ExpectedColumn& column) {
+  return column.quantity.kind == Quantity::Kind::kDecision;
+}
+
+bool IsCompared(std::size_t cell, const ExpectedColumns& columns) {
+  return std::any_of(columns.begin(), columns.end(),
+                     [cell](const ExpectedColumn& column) { return column.cell == cell; });
+}
+
+// Where only decision values are known by name, the first column beside them that may be a result;
+// header.size() without one.
+std::size_t FirstBesideDecisions(const TextTable& expected, const ExpectedColumns& by_name,
+                                 const VerifyCase& scored) {
+  const std::size_t none = expected.header.size();
+  if (!std::all_of(by_name.begin(), by_name.end(), IsDecision)) return none;
+  for (std::size_t i = 0; i < none; ++i) {
+    const std::string& name = expected.header[i];
+    if (!IsCompared(i, by_name) && !NamesRows(name) && !scored.IsInput(name)) return i;
+  }
+  return none;
+}
+
 // Names of rows and inputs are no results that somebody expects.
 void RemarkLeftOut(const TextTable& expected, const ExpectedColumns& compared,
                    const VerifyCase& scored, VerifyReport& report) {
   std::vector<std::string_view> names;
   for (std::size_t i = 0; i < expected.header.size(); ++i) {
-    const bool used = std::any_of(compared.begin(), compared.end(),
-                                  [i](const ExpectedColumn& column) { return column.cell == i; });
     const std::string& name = expected.header[i];
-    if (!used && !NamesRows(name) && !scored.IsInput(name)) names.push_back(name);
+    if (!IsCompared(i, compared) && !NamesRows(name) && !scored.IsInput(name))
+      names.push_back(name);
+  }
+  std::vector<std::string_view> lacking;
+  for (const ExpectedColumn& column : compared) {
+    if (IsDecision(column) && column.quantity.index < 0) lacking.push_back(column.quantity.name);
+  }
+  if (!lacking.empty()) {
+    report.Remark(
+        fmt::format("expected, but the model has no machine for it: {}", fmt::join(lacking, ", ")));
   }
   if (!names.empty()) {
     report.Remark(fmt::format("not compared, for lack of an output of that name: {}",
@@ -147,18 +176,20 @@ ExpectedReadings ReadingsOf(const LoadedModel& loaded, const TextTable& cases,
   }
   const VerifyCase scored(loaded);
   ExpectedColumns by_name = MatchExpected(loaded, expected, scored);
-  if (!by_name.empty()) return {true, {std::move(by_name)}};
+  std::size_t cell = FirstBesideDecisions(expected, by_name, scored);
+  if (!by_name.empty() && cell == expected.header.size()) return {true, {std::move(by_name)}};
   const std::string hint = DelimiterHint(
       {expected.header.begin(), expected.header.end()}, [&scored](const std::string& name) {
         return scored.FindOutputField(name) || scored.FindPlainColumn(name);
       });
-  if (!hint.empty()) {
+  if (by_name.empty() && !hint.empty()) {
     throw BadCases(fmt::format("{}: no column of the header is known; {}", expected.name, hint));
   }
   ExpectedReadings readings;
-  const std::size_t cell = FirstOfValues(expected);
+  if (by_name.empty()) cell = FirstOfValues(expected);
   for (Quantity& quantity : Candidates(loaded, scored)) {
     readings.all.push_back({{cell, std::move(quantity)}});
+    readings.all.back().insert(readings.all.back().end(), by_name.begin(), by_name.end());
   }
   return readings;
 }

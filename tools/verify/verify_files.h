@@ -49,8 +49,9 @@ void RequireInputs(const LoadedModel& loaded, const TextTable& cases);
 
 // The ways to read `expected`. Columns mean the values of their names: output fields, or the
 // columns that the program writes; the target's own name means the prediction where no other column
-// does. Where none of the names is known, the first column that does not name the rows means the
-// prediction, or one of the output fields that are made from it: one reading each. Throws a
+// does. Where none of the names is known, or decision values only, the first other column that does
+// not name the rows means the prediction, or one of the output fields that are made from it: one
+// reading each. Throws a
 // BadCases for files that do not fit together, and as RequireInputs does.
 ExpectedReadings ReadingsOf(const LoadedModel& loaded, const TextTable& cases,
                             const TextTable& expected);
