@@ -133,14 +133,15 @@ void CaseScorer::ScoreChunk(CaseBlock& block) {
 bool CaseScorer::ReadChunk(CsvRows& rows) {
   while (rows_.size() < chunk_rows_ && input_texts_.BytesTaken() < kMostTexts) {
     if (!rows.Next(row_cells_, plan_.columns.width)) return false;
-    ReadRow();
+    ReadRow(rows.RowLine());
   }
   return true;
 }
 
-void CaseScorer::ReadRow() {
+void CaseScorer::ReadRow(long line) {
   cells_.insert(cells_.end(), row_cells_.begin(), row_cells_.end());
   Row row;
+  row.line = line;
   if (batch_ != nullptr) {
     SetCells(row_cells_.data());
     row.place = batch_->Size();
@@ -186,8 +187,7 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
         own_status = batch_->Results().status[rows_[r].place];
       }
       Explain(
-          cells,
-          {outcome.status, model_status, own_status, decisions, stride, outputs_.FirstInvalid()},
+          r, {outcome.status, model_status, own_status, decisions, stride, outputs_.FirstInvalid()},
           block);
     } else if (plan_.writes_reasons) {
       reason_.clear();
@@ -224,8 +224,8 @@ output::Outcome CaseScorer::OutcomeOf(const Row& row) {
   return targets.Finish(status, result);
 }
 
-void CaseScorer::Explain(const std::string_view* cells, const reasons::Ended& ended,
-                         CaseBlock& block) {
+void CaseScorer::Explain(std::size_t row, const reasons::Ended& ended, CaseBlock& block) {
+  const std::string_view* cells = CellsOf(row);
   const std::vector<std::size_t>& positions = plan_.columns.cells;
   if (failed_ == nullptr) {
     failed_ =
@@ -242,7 +242,7 @@ void CaseScorer::Explain(const std::string_view* cells, const reasons::Ended& en
   }
   const std::vector<reasons::Reason> found =
       plan_.examiner->Examine(*failed_, given_.data(), ended);
-  block.failures.Add(block.tally.cases, found);
+  block.failures.Add(block.tally.cases, rows_[row].line, found);
   if (plan_.writes_reasons) reason_ = TextOf(found);
 }
 

@@ -92,13 +92,14 @@ class CaseScorer {
   struct Row {
     long status = 0;
     std::size_t place = 0;
+    long line = 0;  // of the table
   };
 
   // Makes the next rows the chunk, and lets the model score it.
   void ScoreChunk(CaseBlock& block);
   // Reads rows until the chunk is full; false at the end of the rows.
   bool ReadChunk(CsvRows& rows);
-  void ReadRow();
+  void ReadRow(long line);
   void ReadOutputInputs();
   // Writes rows of the chunk until they end or `out` is long.
   void WriteChunk(CaseBlock& block);
@@ -112,7 +113,7 @@ class CaseScorer {
                const std::string_view* cells, std::size_t cell);
   output::Outcome OutcomeOf(const Row& row);
   // Why the case failed: into the block, and into `reason_` where there is a column for it.
-  void Explain(const std::string_view* cells, const reasons::Ended& ended, CaseBlock& block);
+  void Explain(std::size_t row, const reasons::Ended& ended, CaseBlock& block);
   bool HasRoom(const CaseBlock& block) const;
 
   const ScoringPlan& plan_;

@@ -17,8 +17,8 @@ class Failures {
   // `keep_all` lines, and not only as many as are shown in the end.
   explicit Failures(bool keep_all = false) : keep_all_(keep_all) {}
 
-  // Those of a case that is the row at position `row`, from 0.
-  void Add(std::uint64_t row, const std::vector<reasons::Reason>& found);
+  // Those of a case that is the row at position `row`, from 0, and begins on `line` of the table.
+  void Add(std::uint64_t row, long line, const std::vector<reasons::Reason>& found);
   // Those of rows of which the first one is at position `first_row`. Writes lines to the log where
   // `other` has kept all.
   void Add(const Failures& other, std::uint64_t first_row);
@@ -32,8 +32,11 @@ class Failures {
  private:
   struct Line {
     std::uint64_t row;
+    long line;
     std::string text;
   };
+
+  static std::string PlaceOf(const Line& line);
 
   bool keep_all_;
   std::vector<Line> lines_;

@@ -45,8 +45,9 @@ void Progress::Show(std::uint64_t cases, std::uint64_t bytes_read) {
 
 void Progress::Close(const Tally& tally) {
   Clear();
-  Tell(fmt::format("{} cases, {} scored, {} missing, {} invalid, {:.3f} seconds", tally.cases,
-                   tally.scored, tally.missing, tally.invalid, SecondsSince(start_)));
+  Tell(fmt::format("{} case{}, {} scored, {} missing, {} invalid, {:.3f} seconds", tally.cases,
+                   tally.cases == 1 ? "" : "s", tally.scored, tally.missing, tally.invalid,
+                   SecondsSince(start_)));
 }
 
 double Progress::SecondsSince(Clock::time_point start) const {

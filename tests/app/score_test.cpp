@@ -241,7 +241,7 @@ TEST(Score, ShowsProgressOnATerminalOnly) {
   const Ran shown = RunShell("script -qec \"'$SVMSCORE' " + line + " -o /dev/null\" /dev/null");
   EXPECT_THAT(shown.out, HasSubstr("1 cases, "));
   EXPECT_THAT(shown.out, HasSubstr("100% of the input"));
-  EXPECT_THAT(RunShell("\"$SVMSCORE\" " + line).err, StartsWith("svmscore: 1 cases, "));
+  EXPECT_THAT(RunShell("\"$SVMSCORE\" " + line).err, StartsWith("svmscore: 1 case, "));
 }
 
 TEST(Program, TellsItsVersionAndItsUse) {

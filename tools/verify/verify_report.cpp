@@ -75,8 +75,8 @@ std::string VerifyReport::Lines() const {
 }
 
 std::string VerifyReport::Text() const {
-  return fmt::format("{}{}{} cells compared, {} disagree\n", Lines(), figures_, compared_,
-                     disagreements_);
+  return fmt::format("{}{}{} cell{} compared, {} disagree\n", Lines(), figures_, compared_,
+                     compared_ == 1 ? "" : "s", disagreements_);
 }
 
 }  // namespace svmscore::tools
