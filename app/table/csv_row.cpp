@@ -5,19 +5,52 @@
 #include "app/table/table_limit.h"
 
 namespace svmscore::app {
+namespace {
+
+bool IsDigits(std::string_view text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// How many numbers with a decimal comma the cells may have been, each two of them.
+std::size_t PairsOfDigits(const std::vector<std::string_view>& cells) {
+  std::size_t pairs = 0;
+  for (std::size_t i = 0; i + 1 < cells.size(); ++i) {
+    std::string_view whole = cells[i];
+    if (whole.starts_with('-')) whole.remove_prefix(1);
+    if (!IsDigits(whole) || !IsDigits(cells[i + 1])) continue;
+    ++pairs;
+    ++i;
+  }
+  return pairs;
+}
+
+}  // namespace
 
 void CsvRows::CheckBlank(const std::vector<std::string_view>& cells, std::size_t width) const {
   const bool is_blank = cells.size() == 1 && *row_begin_ != '"' &&
                         cells[0].find_first_not_of(" \t\r") == std::string_view::npos;
   if (is_blank) return;
-  const bool split_number = form_.decimal_comma && form_.delimiter == ',' && cells.size() > width;
-  throw CsvError(
-      row_line_,
-      fmt::format("a row of {} where the header has {} cell{}{}", cells.size(), width,
-                  width == 1 ? "" : "s",
-                  split_number ? "; a comma separates cells here, so that a number with a decimal "
-                                 "comma must be quoted, or --delimiter must name another character"
-                               : ""));
+  throw CsvError(row_line_,
+                 fmt::format("a row of {} where the header has {} cell{}{}", cells.size(), width,
+                             width == 1 ? "" : "s", WidthHint(cells, width)));
+}
+
+// Why a row may have more cells than the header.
+std::string CsvRows::WidthHint(const std::vector<std::string_view>& cells,
+                               std::size_t width) const {
+  if (cells.size() <= width) return {};
+  constexpr std::string_view kQuote =
+      "a comma separates cells here, so that a number with a decimal comma must be quoted";
+  if (form_.delimiter == ',' && form_.decimal_comma) {
+    return fmt::format("; {}, or --delimiter must name another character", kQuote);
+  }
+  const std::size_t more = cells.size() - width;
+  if (more == 1 && cells.back().empty()) return "; the row ends with a delimiter";
+  if (form_.delimiter == ',' && PairsOfDigits(cells) >= more) {
+    return fmt::format("; {}, and --decimal-comma given{}", kQuote,
+                       more == 1 ? "; or does a column of row numbers lack its name?" : "");
+  }
+  return more == 1 ? "; does a column of row numbers lack its name?" : "";
 }
 
 bool CsvRows::Next(std::vector<std::string_view>& cells) {

@@ -77,6 +77,7 @@ class CsvRows {
   bool SpansLines() const { return line_ > row_line_ + 1; }
   // Throws unless the row is a blank line.
   void CheckBlank(const std::vector<std::string_view>& cells, std::size_t width) const;
+  std::string WidthHint(const std::vector<std::string_view>& cells, std::size_t width) const;
   void CheckLimit(std::size_t size, Limit limit) const;
 
   char* next_;

@@ -8,8 +8,10 @@
 #include "host/model/score_status.h"
 #include "host/output/decision_name.h"
 #include "host/reasons/text_hints.h"
+#include "host/text/look_alikes.h"
 #include "host/text/number_text.h"
 #include "host/text/printable.h"
+#include "host/text/utf8.h"
 #include "host/transform/derived_fields.h"
 #include "host/transform/transformation_dictionary.h"
 #include "host/xml/attributes.h"
@@ -79,7 +81,9 @@ class CaseExaminer::Examination {
       : examiner_(examiner), record_(record), given_(given) {}
 
   std::vector<Reason> Find(const Ended& ended) {
-    if (record_.HasInvalid()) {
+    if (ended.model_status != 0 && ended.decisions == nullptr && IsEmptyRow()) {
+      Add({.cause = Cause::kEmptyRow});
+    } else if (record_.HasInvalid()) {
       FindInvalidInputs();
     } else if (ended.model_status == 0) {
       FindOutputField(ended);
@@ -141,10 +145,14 @@ class CaseExaminer::Examination {
     }
     reason.cause = CauseOf(var, *value);
     const bool respelled = !given.read.empty() && given.read != given.text;
+    if (reason.cause == Cause::kNotFinite && IsMissingWord(given.text)) {
+      reason.hint = Hint::kMissingWord;
+    }
     if (reason.cause == Cause::kWrongType) {
       reason.hint = respelled && given.text.find('.') != std::string_view::npos
                         ? Hint::kDecimalPoint
                         : HintOfNumber(given.text);
+      if (reason.hint == Hint::kDate && !IsOfNumbers(var)) reason.hint = Hint::kNone;
     }
     if (reason.cause == Cause::kNotListed) reason.hint = HintOfCategory(var, given.text);
     return reason;
@@ -159,12 +167,30 @@ class CaseExaminer::Examination {
     return listed && var.GetCategoryIndex(&value) < 0 ? Cause::kNotListed : Cause::kDeclaredInvalid;
   }
 
+  static bool IsOfNumbers(const ScoreDictVar& var) {
+    const DataType type = var.GetFieldType().data;
+    return type == DataType::kInteger || type == DataType::kFloat || type == DataType::kDouble;
+  }
+
   static Hint HintOfCategory(const ScoreDictVar& var, std::string_view text) {
+    if (!IsUtf8(text)) return Hint::kEncoding;
     if (IsMissingWord(text)) return Hint::kMissingWord;
-    const std::string_view without = WithoutBlanks(text);
-    const bool found =
-        without.size() < text.size() && var.GetCategoryIndexOfText(std::string(without)) >= 0;
-    return found ? Hint::kBlanks : Hint::kNone;
+    const auto is_category = [&var](std::string_view without) {
+      return var.GetCategoryIndexOfText(std::string(WithoutBlanks(without))) >= 0;
+    };
+    for (const char* replacement : {"", " "}) {
+      const std::string seen = ReplaceInvisible(text, replacement);
+      if (seen != text && is_category(seen)) return Hint::kInvisible;
+    }
+    return is_category(text) ? Hint::kBlanks : Hint::kNone;
+  }
+
+  // Of one input alone it is told by its name.
+  bool IsEmptyRow() const {
+    for (std::size_t i = 0; i < record_.Size(); ++i) {
+      if (!given_[i].missing || !given_[i].text.empty()) return false;
+    }
+    return record_.Size() > 1;
   }
 
   // The vector positions whose values are missing or invalid.

@@ -1,9 +1,11 @@
 #include "host/reasons/categories.h"
 
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 #include "host/reasons/text_hints.h"
+#include "host/text/number_text.h"
 #include "host/text/printable.h"
 
 namespace svmscore::reasons {
@@ -49,6 +51,7 @@ std::size_t EditDistance(std::string_view a, std::string_view b, std::size_t lim
 
 std::string NearestCategory(const ScoreDictVar& variable, std::string_view text) {
   if (text.size() > kLongestCompared) return {};
+  const std::optional<double> number = ParseNumber(text);
   const std::string wanted = Folded(text);
   std::size_t nearest = wanted.size() / 4 + 1;  // what is further away is another word
   std::string found;
@@ -56,6 +59,7 @@ std::string NearestCategory(const ScoreDictVar& variable, std::string_view text)
   for (const ScoreValue* category : variable.GetCategories()) {
     if (++compared > kCompared || nearest == 0) break;
     const std::string name = category->GetText();
+    if (number && ParseNumber(name) == number) return name;
     const std::size_t distance = EditDistance(wanted, Folded(name), nearest - 1);
     if (distance >= nearest) continue;
     nearest = distance;

@@ -9,10 +9,10 @@
 
 namespace svmscore::reasons {
 
-// The category that differs from `text` in blanks around it, in upper and lower case, or in a few
-// characters; empty without one. Of a variable with very many categories only the first thousands
-// are looked at.
-// [any thread] Owns: the caller. Fails: std::bad_alloc.
+// The category that is the same number as `text`, or differs from it in blanks around it, in upper
+// and lower case, or in a few characters; empty without one. Of a variable with very many
+// categories only the first thousands are looked at. [any thread] Owns: the caller. Fails:
+// std::bad_alloc.
 std::string NearestCategory(const MCZandor_850::ScoreDictVar& variable, std::string_view text);
 
 // The categories, quoted and separated by commas; of many the first few.

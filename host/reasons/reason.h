@@ -37,6 +37,7 @@ enum class Cause {
   kCannotScore,      // memory ran out, or the model lacks data
   // Of the case as a whole.
   kHeaderRow,  // every text is the name of its field
+  kEmptyRow,   // nothing is given for any of several inputs
 };
 
 // What a text that cannot be used looks like.
@@ -51,6 +52,10 @@ enum class Hint {
   kUnit,          // a number with a unit or currency
   kMissingWord,   // null, None, ...
   kBlanks,        // blanks around a category
+  kMinusSign,     // a minus sign or dash where a hyphen is read
+  kInvisible,     // characters that are not seen, such as a no-break space
+  kDate,          // a date where a number is wanted
+  kEncoding,      // bytes that are not UTF-8
 };
 
 // One reason. Lives: the names, as long as the model; the text, as long as the case that gave it.

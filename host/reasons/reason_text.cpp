@@ -6,6 +6,7 @@
 
 #include "host/reasons/categories.h"
 #include "host/reasons/reason.h"
+#include "host/text/look_alikes.h"
 #include "host/text/number_text.h"
 #include "host/text/printable.h"
 
@@ -21,7 +22,7 @@ constexpr std::size_t kReasonsTold = 3;
 constexpr std::size_t kIntervalsTold = 3;
 
 std::string Quoted(std::string_view text) {
-  return '"' + Printable(text, kLongestText) + '"';
+  return '"' + SpellInvisible(Printable(text, kLongestText)) + '"';
 }
 
 // What a value of the type is called: `"5%" is not a number`.
@@ -124,7 +125,9 @@ std::string WordsOf(const Reason& reason) {
     case Cause::kCannotScore:
       return "memory ran out, or the model lacks what scoring needs";
     case Cause::kHeaderRow:
-      return "the texts are the names of the fields: a second header";
+      return "it repeats the header";
+    case Cause::kEmptyRow:
+      return "every input is empty";
   }
   return {};
 }
@@ -167,7 +170,9 @@ std::string GroupOf(Cause cause, const ScoreDictVar* input) {
     case Cause::kCannotScore:
       return "memory ran out, or the model lacks data";
     case Cause::kHeaderRow:
-      return "a second header";
+      return "the header again";
+    case Cause::kEmptyRow:
+      return "every input empty";
   }
   return {};
 }
@@ -194,6 +199,14 @@ std::string_view NameOf(Hint hint) {
       return " (a word for a missing value)";
     case Hint::kBlanks:
       return " (blanks around it)";
+    case Hint::kMinusSign:
+      return " (a minus sign that is no hyphen)";
+    case Hint::kInvisible:
+      return " (invisible characters)";
+    case Hint::kDate:
+      return " (a date)";
+    case Hint::kEncoding:
+      return " (not in UTF-8)";
   }
   return "";
 }
@@ -246,6 +259,16 @@ std::string_view TextOf(Hint hint) {
       return "leave a missing value empty";
     case Hint::kBlanks:
       return "write it without the blanks around it";
+    case Hint::kMinusSign:
+      return "its minus sign is no hyphen but another character, such as U+2212; write -";
+    case Hint::kInvisible:
+      return "it holds invisible characters, shown as \\uXXXX here; write it without them";
+    case Hint::kDate:
+      return "has a spreadsheet made a date of the number? Format the column as numbers there";
+    case Hint::kEncoding:
+      return "the table is not in UTF-8 but, it seems, in Latin-1 or Windows-1252; save it in "
+             "UTF-8, "
+             "or convert it: iconv -f WINDOWS-1252 -t UTF-8";
   }
   return "";
 }

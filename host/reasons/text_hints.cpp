@@ -6,7 +6,9 @@
 #include <optional>
 #include <string>
 
+#include "host/text/look_alikes.h"
 #include "host/text/number_text.h"
+#include "host/text/utf8.h"
 
 namespace svmscore::reasons {
 namespace {
@@ -83,6 +85,53 @@ bool IsSomeNumber(std::string_view text) {
   return IsNumber(text) || HasDecimalComma(text) || HintOfGroups(text);
 }
 
+// The text with a hyphen for its minus sign; empty where it has none of another character.
+std::string WithHyphen(std::string_view text) {
+  constexpr std::array<std::string_view, 7> kMinusSigns = {"\u2212", "\u2010", "\u2011", "\u2012",
+                                                           "\u2013", "\uFE63", "\uFF0D"};
+  std::string hyphened(text);
+  for (const std::string_view sign : kMinusSigns) {
+    for (std::size_t at = 0; at = hyphened.find(sign, at), at != std::string::npos; ++at) {
+      hyphened.replace(at, sign.size(), "-");
+    }
+  }
+  return hyphened == text ? std::string() : hyphened;
+}
+
+// Digits and the name of a month, or three numbers, as spreadsheets show a date: 5-May, 1.2.2024.
+bool IsDate(std::string_view text) {
+  constexpr std::string_view kMonths = "jan feb mar apr may jun jul aug sep oct nov dec";
+  int numbers = 0;
+  int months = 0;
+  char separator = '\0';
+  for (std::size_t at = 0; at < text.size();) {
+    const auto is_letter = [](char c) { return std::isalpha(static_cast<unsigned char>(c)) != 0; };
+    const std::size_t begin = at;
+    if (IsDigit(text[at])) {
+      while (at < text.size() && IsDigit(text[at])) ++at;
+      if (at - begin > 4) return false;
+      ++numbers;
+    } else if (is_letter(text[at])) {
+      std::string word;
+      for (; at < text.size() && is_letter(text[at]); ++at) {
+        if (word.size() < 3) word += static_cast<char>(text[at] | 0x20);
+      }
+      if (word.size() < 3 || kMonths.find(word) == std::string_view::npos) return false;
+      ++months;
+    } else {
+      return false;
+    }
+    if (at == text.size()) break;
+    if (separator == '\0') separator = text[at];
+    if (text[at] != separator ||
+        std::string_view("-/. ").find(separator) == std::string_view::npos) {
+      return false;
+    }
+    if (++at == text.size()) return false;
+  }
+  return months == 0 ? numbers == 3 : months == 1 && (numbers == 1 || numbers == 2);
+}
+
 bool HasUnit(std::string_view text) {
   std::string_view number = text;
   const auto is_numeric = [](char c) { return IsDigit(c) || c == '.' || c == ',' || c == '-'; };
@@ -112,9 +161,13 @@ std::string_view WithoutBlanks(std::string_view text) {
 
 Hint HintOfNumber(std::string_view text) {
   if (text.size() > kLongest) return Hint::kNone;
+  if (!IsUtf8(text)) return Hint::kEncoding;
   if (IsMissingWord(text)) return Hint::kMissingWord;
+  const std::string seen = ReplaceInvisible(text, "");
   text = WithoutBlanks(text);
   if (text.empty()) return Hint::kMissingWord;
+  if (const std::string hyphened = WithHyphen(text); IsSomeNumber(hyphened))
+    return Hint::kMinusSign;
   if (text.back() == '%') {
     return IsSomeNumber(WithoutBlanks(text.substr(0, text.size() - 1))) ? Hint::kPercent
                                                                         : Hint::kNone;
@@ -122,6 +175,8 @@ Hint HintOfNumber(std::string_view text) {
   const std::string_view apostrophe = PrefixAmong(kApostrophes, text);
   if (!apostrophe.empty() && IsSomeNumber(text.substr(apostrophe.size()))) return Hint::kApostrophe;
   if (const auto hint = HintOfGroups(text)) return *hint;
+  if (IsNumber(seen)) return Hint::kInvisible;
+  if (IsDate(text)) return Hint::kDate;
   if (HasDecimalComma(text)) return Hint::kDecimalComma;
   return HasUnit(text) ? Hint::kUnit : Hint::kNone;
 }

@@ -25,6 +25,15 @@ inline std::size_t Utf8SequenceSize(std::string_view text) {
   return wrong ? 0 : size;
 }
 
+inline bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    const std::size_t size = Utf8SequenceSize(text);
+    if (size == 0) return false;
+    text.remove_prefix(size);
+  }
+  return true;
+}
+
 // The character that `sequence` is.
 // REQUIRES: Utf8SequenceSize(sequence) == sequence.size().
 inline std::uint32_t Utf8Character(std::string_view sequence) {

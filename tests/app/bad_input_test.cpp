@@ -51,8 +51,9 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
       {"", empty},
       {"\xEF\xBB\xBF", empty},
       {"colour,Width\n1,2\n",
-       "the header lacks \"width\", \"height\", which the model needs; it has \"colour\", "
-       "\"Width\"; did you mean \"width\" by \"Width\"?"},
+       "did you mean \"width\" by \"Width\"? The header lacks \"width\", \"height\", which the "
+       "model "
+       "needs; it has \"colour\", \"Width\""},
       {"width,height,colour\r1,1,red\r",
        "line 1: a carriage return inside a cell that is not quoted" + cr},
       {"width,height,colour,note\r1,1,red,\r",
@@ -64,7 +65,8 @@ TEST(BadInput, BrokenCasesEndWithStatusFiveAndLeaveNoFile) {
       {header + "\r1,1,red\n", "line 2: a carriage return inside a cell that is not quoted" + cr},
       {"width,height,colour,width\n", "the header names the column \"width\" twice"},
       {header + "1,1,red\n1,1\n", "line 3: a row of 2 where the header has 3 cells"},
-      {header + "\"1\n\",1,red\n1,1,red,\n", "line 4: a row of 4 where the header has 3 cells"},
+      {header + "\"1\n\",1,red\n1,1,red,\n",
+       "line 4: a row of 4 where the header has 3 cells; the row ends with a delimiter"},
       {header + "1,1,\"red\n1,1,red\n", "line 2: a quoted cell that is never closed"},
       {header + "1,1,re\"d\"\n", "line 2: a quotation mark inside a cell that is not quoted"},
       {header + "1,1,\"red\n\" \n", "line 3: text after the closing quotation mark of a cell"},

@@ -158,12 +158,22 @@ TEST(Reasons, SayWhatTheTextLooksLike) {
        "--decimal-comma)"},
       {"$5.00", "(write the number alone)"},
       {"5 kg", "(write the number alone)"},
-      {"None", "(leave a missing value empty, or give --missing-token with this text)"},
+      {"None", "(leave a missing value empty, or give --missing-token None)"},
+      {"NaN", "(leave a missing value empty, or give --missing-token NaN)"},
       {" null", "(leave a missing value empty, or give --missing-token with this text)"},
       {"five", "is not a number\n"},
       {"12,34,5", "is not a number\n"},
       {"%", "is not a number\n"},
-      {"2024-01-31", "is not a number\n"},
+      {"2024-01-31", "has a spreadsheet made a date of the number?"},
+      {"5-6-May", "has a spreadsheet made a date of the number?"},
+      {"Jun 12", "has a spreadsheet made a date of the number?"},
+      {"5-6", "is not a number\n"},
+      {"5-mm", "(write the number alone)"},
+      {"\u22121.5", "(its minus sign is no hyphen but another character, such as U+2212; write -)"},
+      {"1\u00A02",
+       "\"1\\u00A02\" is not a number (it holds invisible characters, shown as \\uXXXX here; "},
+      {"\u200B7", "\"\\u200B7\" is not a number (it holds invisible"},
+      {"1\xA0", "\"1\\xA0\" is not a number (the table is not in UTF-8 but"},
       {std::string(1000, '1') + "%", "is not a number\n"},
   };
   for (const auto& [cell, remedy] : rows) {
@@ -172,6 +182,35 @@ TEST(Reasons, SayWhatTheTextLooksLike) {
     EXPECT_THAT(RunProgram({"score", Data("line.pmml")}, "x\n" + text + "\n").err,
                 HasSubstr(remedy));
   }
+}
+
+TEST(Reasons, SayWhatACategoryLooksLike) {
+  const TemporaryFolder folder;
+  const std::string model = EditedFile(folder, Data("three.pmml"), {"*'red'", "'1'"});
+  const struct {
+    std::string cell, told;
+  } rows[] = {
+      {"1.0", "\"1.0\" is not one of its 2 categories; did you mean \"1\"?\n"},
+      {" 1", "(write it without the blanks around it)"},
+      {"1\u00A0",
+       "\"1\\u00A0\" is not one of its 2 categories; did you mean \"1\"? (it holds invisible"},
+      {"gr\xFCn", "save it in UTF-8, or convert it: iconv -f WINDOWS-1252 -t UTF-8)\n"},
+  };
+  for (const auto& [cell, told] : rows) {
+    EXPECT_THAT(RunProgram({"score", model}, "width,height,colour\n1,1," + cell + "\n").err,
+                HasSubstr(told));
+  }
+}
+
+// Rows are those of cases; an editor shows lines.
+TEST(Reasons, NameTheLineWhereItIsNotTheOneAfterTheRowsNumber) {
+  const Ran ran = RunProgram({"score", Data("three.pmml"), "--prediction-only", "--reasons"},
+                             "width,height,colour\nq,1,red\n\n1,\"1\n\",red\n,,\n");
+  EXPECT_THAT(ran.err, StartsWith("svmscore: row 1, width: \"q\" is not a number\n"));
+  EXPECT_THAT(ran.err, HasSubstr("svmscore: row 3, line 6: every input is empty\n"));
+  EXPECT_THAT(ran.out, HasSubstr(",90029,every input is empty\n"));
+  EXPECT_THAT(RunProgram({"score", Data("line.pmml")}, "x\n1\n").err,
+              StartsWith("svmscore: 1 case, 1 scored, "));
 }
 
 std::string ManyFailures(int count) {
@@ -203,7 +242,7 @@ TEST(Reasons, AreListedAndCountedAfterTheRunWhateverTheThreads) {
                                    "svmscore:    40000  colour: not one of its categories\n"
                                    "svmscore:    40000  height: no value given\n"
                                    "svmscore:    40000  height: not a number\n"
-                                   "svmscore:        1  a second header\n"
+                                   "svmscore:        1  the header again\n"
                                    "svmscore: 200001 cases, 40000 scored, 40000 missing, "));
     EXPECT_EQ(ran.status, 0);
   }
@@ -218,16 +257,14 @@ TEST(Reasons, AreInTheLastColumnAndInTheLog) {
                                               "--reasons"};
   EXPECT_EQ(RunProgram(arguments, cases).out,
             "prediction,status,reason\n2.1,0,\n,90027,\"x: \"\"q\"\" is not a number\"\n"
-            ",90027,the texts are the names of the fields: a second header\n");
+            ",90027,it repeats the header\n");
   std::vector<std::string> json = arguments;
   json.insert(json.end(), {"--format", "jsonl", "--log", log});
   EXPECT_THAT(RunProgram(json, cases).out,
               StartsWith("{\"prediction\":2.1,\"status\":0,\"reason\":null}\n{\"prediction\":null,"
                          "\"status\":90027,\"reason\":\"x: \\\"q\\\" is not a number\"}\n"));
-  EXPECT_THAT(ReadFile(log),
-              HasSubstr("svmscore log: row 2, x: \"q\" is not a number\n"
-                        "svmscore log: row 3: the texts are the names of the fields: a second "
-                        "header\n"));
+  EXPECT_THAT(ReadFile(log), HasSubstr("svmscore log: row 2, x: \"q\" is not a number\n"
+                                       "svmscore log: row 3: it repeats the header\n"));
   const Ran broken = RunProgram(arguments, cases + "1,2\n");
   EXPECT_EQ(broken.status, 5);
   EXPECT_THAT(broken.err,

@@ -81,6 +81,17 @@ TEST(Tables, ARowThatDoesNotFitIsNamedByItsLine) {
   } rows[] = {
       {{}, header + "\n\n1,1,red\n \n1,1\n", "line 6: a row of 2 where the header has 3 cells"},
       {{}, header + "\n\"\"\n", "line 3: a row of 1 where the header has 3 cells"},
+      {{},
+       header + "1,5,1,5,red\n",
+       "line 2: a row of 5 where the header has 3 cells; a comma separates cells here, so that a "
+       "number with a decimal comma must be quoted, and --decimal-comma given"},
+      {{},
+       header + "0,1.5,1.5,red\n",
+       "line 2: a row of 4 where the header has 3 cells; does a column of row numbers lack its "
+       "name?"},
+      {{},
+       header + "1.5,1.5,red,\n",
+       "line 2: a row of 4 where the header has 3 cells; the row ends with a delimiter"},
       {{"--delimiter", ";"},
        "\n\nwidth;height;colour\n1;1\n",
        "line 4: a row of 2 where the header has 3 cells"},
@@ -146,7 +157,8 @@ TEST(Tables, ReasonsShowNumbersAsTheTableHasThem) {
             ",90027,\"x: \"\"1,2,3\"\" is not a number\"\n"
             "3.1,0,\n");
   EXPECT_THAT(ran.err, HasSubstr("row 1, x: \"1.5\" is not a number (numbers have a decimal comma "
-                                 "here; write it with one, and thousands without points)\n"));
+                                 "here; write it with one, and thousands without points, or leave "
+                                 "--decimal-comma out)\n"));
   EXPECT_THAT(ran.err, HasSubstr("\"1,2,3\" is not a number\n"));
 }
 
@@ -185,25 +197,40 @@ TEST(Tables, AHeaderThatDoesNotFitIsShownWithWhatMayBeMeant) {
   } rows[] = {
       {{},
        "width;height;colour\n",
-       "it has \"width;height;colour\"; it seems to be separated by ';': "
-       "give --delimiter ';'\n"},
+       ": it seems to be separated by ';': give --delimiter ';'; " + lacks +
+           "; it has \"width;height;colour\"\n"},
       {{},
        "width\t\"height\"\tcolour\n",
        "are the cells separated by tabs? Then give --delimiter tab\n"},
       {{}, "\"width\";\"height\"\n", "separated by ';'? Then give --delimiter ';'\n"},
-      {{}, "width\theight\tcolour\n", "by tabs: give --delimiter tab\n"},
-      {{"--delimiter", "|"}, "width,height,colour\n", "by ',': give --delimiter ','\n"},
-      {{}, "a b,width height colour\n", lacks + "; it has \"a b\", \"width height colour\"\n"},
-      {{}, "width height colour\n", "by ' ': give --delimiter ' '\n"},
+      {{}, "width\theight\tcolour\n", "by tabs: give --delimiter tab;"},
+      {{"--delimiter", "|"}, "width,height,colour\n", "by ',': give --delimiter ',';"},
+      {{},
+       "a b,width height colour\n",
+       ": " + lacks + "; it has \"a b\", \"width height colour\"\n"},
+      {{}, "width height colour\n", "by ' ': give --delimiter ' ';"},
       {{}, "sep=;\nwidth;height;colour\n", "the line \"sep=\" is of no table"},
       {{},
        " Width,height ,color\n",
-       "it has \" Width\", \"height \", \"color\"; did you mean \"width\" by "
-       "\" Width\", \"height\" by \"height \", \"colour\" by \"color\"?\n"},
+       "did you mean \"width\" by \" Width\", \"height\" by \"height \", \"colour\" by \"color\"? "
+       "The "
+       "header lacks \"width\", \"height\", \"colour\", which the model needs; it has \" Width\", "
+       "\"height \", \"color\"\n"},
+      {{}, "weight,red,n\n", "did you mean \"height\" by \"weight\"? The header lacks \"width\""},
+      {{}, "\u200Bwidth,height,colour\n", "did you mean \"width\" by \"\\u200Bwidth\"? "},
+      {{"--passthrough", "Colour"},
+       "width,height,colour\n",
+       "did you mean \"colour\" by \"Colour\"? The header lacks \"Colour\", which --passthrough "
+       "names"},
+      {{"--passthrough", "gr\u00F6\u00DFe"},
+       "width,height,colour,gro\u0308\u00DFe\n",
+       "by \"gr\u00F6\u00DFe\" (the same letters, composed differently: Unicode normal forms C and "
+       "D)?"},
       {{},
-       "weight,red,n\n",
-       lacks + "; it has \"weight\", \"red\", \"n\"; did you mean \"height\" by \"weight\"?\n"},
-      {{}, "1,2.5,3\n", "the first line must be a header"},
+       "1,2.5,red\n",
+       "hold the names of the columns, and seems to be a row of values; the header"},
+      {{}, "Results of May\n1,2,red\n", "and seems to be a title; the header lacks"},
+      {{}, "Results of May,,\nwidth,height,colour\n", "and seems to be a title; the header lacks"},
       {{}, "gr\xF6\xDF,\xE4,b\n", "Latin-1 or Windows-1252; save the table in UTF-8"},
   };
   for (const auto& [options, cases, told] : rows) {
@@ -342,7 +369,7 @@ TEST(Tables, DecimalCommasAreNotReadInTexts) {
                       "--input",    folder.Write("c", text),
                       "--expected", folder.Write("e", "prediction\n2,5\n")};
   verify.insert(verify.end(), options.begin(), options.end());
-  EXPECT_THAT(RunProgram(verify).out, testing::EndsWith("\n1 cells compared, 0 disagree\n"));
+  EXPECT_THAT(RunProgram(verify).out, testing::EndsWith("\n1 cell compared, 0 disagree\n"));
 }
 
 TEST(Tables, ADeclaredValueIsNotMissingUnlessATokenThatIsGivenSaysSo) {

@@ -5,7 +5,6 @@
 #include <unordered_set>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include "tools/base/bad_input.h"
 #include "tools/base/header_hints.h"
@@ -14,9 +13,6 @@ namespace svmscore::tools {
 namespace {
 
 using MCZandor_850::ScoreDictVar;
-
-// Names that a message lists before it says how many more there are.
-constexpr std::size_t kListedNames = 10;
 
 class Header {
  public:
@@ -39,18 +35,12 @@ class Header {
     return positions_.at(name);
   }
 
-  void Require(const std::vector<std::string>& names, std::string_view wanted_by) const {
+  void Require(const std::vector<std::string>& names, NamedBy named_by) const {
     std::vector<std::string> missing;
     std::copy_if(names.begin(), names.end(), std::back_inserter(missing),
                  [this](const std::string& name) { return !Has(name); });
     if (missing.empty()) return;
-    const std::size_t shown = std::min(missing.size(), kListedNames);
-    std::string list = fmt::format(
-        "\"{}\"",
-        fmt::join(missing.begin(), missing.begin() + static_cast<std::ptrdiff_t>(shown), "\", \""));
-    if (shown < missing.size()) list += fmt::format(" and {} more", missing.size() - shown);
-    throw BadCases(fmt::format("{}: the header lacks {}, {}{}", input_name_, list, wanted_by,
-                               HintsFor(names_, missing)));
+    throw BadCases(fmt::format("{}: {}", input_name_, LackOf(missing, named_by, names_)));
   }
 
  private:
@@ -75,8 +65,8 @@ CaseColumns MatchColumns(const std::vector<std::string_view>& names, const Loade
   const Header header(names, input_name);
   std::vector<std::string> needed;
   for (const ScoreDictVar* var : loaded.needed) needed.push_back(var->GetName());
-  header.Require(needed, "which the model needs");
-  header.Require(copied, "which --passthrough names");
+  header.Require(needed, NamedBy::kModel);
+  header.Require(copied, NamedBy::kUser);
 
   CaseColumns columns;
   columns.width = names.size();

@@ -5,7 +5,9 @@
 #include <set>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
+#include "host/text/look_alikes.h"
 #include "host/text/number_text.h"
 #include "host/text/printable.h"
 #include "host/text/utf8.h"
@@ -19,19 +21,10 @@ constexpr std::size_t kListedBytes = 60;
 constexpr std::size_t kComparedNames = 10000;
 constexpr std::size_t kComparedBytes = 100;
 
-bool IsUtf8(std::string_view text) {
-  while (!text.empty()) {
-    const std::size_t size = Utf8SequenceSize(text);
-    if (size == 0) return false;
-    text.remove_prefix(size);
-  }
-  return true;
-}
-
-// In lower case, without blanks and what stands for them.
+// In lower case, without blanks, what stands for them, and what is not seen.
 std::string Plain(std::string_view name) {
   std::string plain;
-  for (const char c : name) {
+  for (const char c : ReplaceInvisible(name, "")) {
     if (std::string_view(" \t\r\n_.-").find(c) != std::string_view::npos) continue;
     plain += c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
   }
@@ -63,9 +56,10 @@ std::size_t DistanceOf(const std::string& name, const std::string& wanted, std::
   return longer - shorter >= beyond ? beyond : Distance(name, wanted);
 }
 
-// "did you mean" for the first names that are nearly there.
+// "did you mean" for the first names that are nearly there: what is missing is meant, or, where the
+// user has named it, the column of the header.
 std::string NearNames(const std::vector<std::string_view>& header,
-                      const std::vector<std::string>& missing) {
+                      const std::vector<std::string>& missing, NamedBy named_by) {
   std::vector<std::string> plain;
   for (std::size_t i = 0; i < std::min(header.size(), kComparedNames); ++i) {
     plain.push_back(header[i].size() > kComparedBytes ? std::string() : Plain(header[i]));
@@ -78,15 +72,38 @@ std::string NearNames(const std::vector<std::string_view>& header,
     const std::string_view* found = nullptr;
     for (std::size_t i = 0; i < plain.size(); ++i) {
       if (plain[i].empty()) continue;
-      const std::size_t distance = DistanceOf(plain[i], wanted, nearest);
+      const std::size_t distance =
+          AreComposedDifferently(header[i], missing[m]) ? 0 : DistanceOf(plain[i], wanted, nearest);
       if (distance >= nearest) continue;
       nearest = distance;
       found = &header[i];
     }
     if (found == nullptr) continue;
-    pairs += fmt::format("{}\"{}\" by \"{}\"", pairs.empty() ? "" : ", ", missing[m], *found);
+    const std::string theirs = SpellInvisible(*found);
+    pairs += fmt::format("{}\"{}\" by \"{}\"", pairs.empty() ? "" : ", ",
+                         named_by == NamedBy::kModel ? missing[m] : theirs,
+                         named_by == NamedBy::kModel ? theirs : missing[m]);
+    if (AreComposedDifferently(missing[m], *found)) {
+      pairs += " (the same letters, composed differently: Unicode normal forms C and D)";
+    }
   }
-  return pairs.empty() ? "" : fmt::format("; did you mean {}?", pairs);
+  return pairs.empty() ? "" : fmt::format("did you mean {}?", pairs);
+}
+
+// A line above the header, or a row of values, in place of the header.
+std::string NoHeader(const std::vector<std::string_view>& header, std::size_t missing) {
+  constexpr std::string_view kMust =
+      "the first line must hold the names of the columns, and seems ";
+  const auto numbers = static_cast<std::size_t>(
+      std::count_if(header.begin(), header.end(),
+                    [](std::string_view name) { return ParseNumber(name).has_value(); }));
+  if (2 * numbers > header.size()) return fmt::format("{}to be a row of values", kMust);
+  const auto is_filled = [](std::string_view name) { return !name.empty(); };
+  const auto filled = std::find_if(header.begin(), header.end(), is_filled);
+  const bool is_title = std::count_if(header.begin(), header.end(), is_filled) == 1 &&
+                        (header.size() > 2 || missing > 1) &&
+                        filled->find_first_of(";\t|,") == std::string_view::npos;
+  return is_title ? fmt::format("{}to be a title", kMust) : "";
 }
 
 std::vector<std::string> Pieces(std::string_view name, char delimiter) {
@@ -106,7 +123,8 @@ std::vector<std::string> Pieces(std::string_view name, char delimiter) {
 std::string ListOf(const std::vector<std::string_view>& header) {
   std::string list;
   for (std::size_t i = 0; i < std::min(header.size(), kListedColumns); ++i) {
-    list += fmt::format("{}\"{}\"", i == 0 ? "" : ", ", Shortened(header[i], kListedBytes));
+    list += fmt::format("{}\"{}\"", i == 0 ? "" : ", ",
+                        SpellInvisible(Shortened(header[i], kListedBytes)));
   }
   if (header.size() > kListedColumns) {
     list += fmt::format(" and {} more", header.size() - kListedColumns);
@@ -116,24 +134,21 @@ std::string ListOf(const std::vector<std::string_view>& header) {
 
 // Why the header may not be what it should; empty where it looks as others do.
 std::string Suspicion(const std::vector<std::string_view>& header,
-                      const std::vector<std::string>& missing) {
+                      const std::vector<std::string>& missing, NamedBy named_by) {
   if (header.size() <= 2 && header[0].starts_with("sep=")) {
-    return "; the line \"sep=\" is of no table: remove it, and name its character with --delimiter";
+    return "the line \"sep=\" is of no table: remove it, and name its character with --delimiter";
   }
   const std::set<std::string> wanted(missing.begin(), missing.end());
-  std::string hint =
+  const std::string delimiter =
       DelimiterHint(header, [&wanted](const std::string& name) { return wanted.contains(name); });
-  if (!hint.empty()) return "; " + hint;
+  if (!delimiter.empty()) return delimiter;
   if (!std::all_of(header.begin(), header.end(), IsUtf8)) {
-    return "; the header is not in UTF-8 but, it seems, in Latin-1 or Windows-1252; save the table "
-           "in UTF-8, or convert it: iconv -f WINDOWS-1252 -t UTF-8";
+    return "the header is not in UTF-8 but, it seems, in Latin-1 or Windows-1252; save the table "
+           "in "
+           "UTF-8, or convert it: iconv -f WINDOWS-1252 -t UTF-8";
   }
-  if (std::all_of(header.begin(), header.end(),
-                  [](std::string_view name) { return ParseNumber(name).has_value(); })) {
-    return "; the first line must be a header with the names of the columns, and seems to be a row "
-           "of values";
-  }
-  return NearNames(header, missing);
+  const std::string near = NearNames(header, missing, named_by);
+  return near.empty() ? NoHeader(header, missing.size()) : near;
 }
 
 }  // namespace
@@ -161,9 +176,21 @@ std::string DelimiterHint(const std::vector<std::string_view>& header,
                      best == '\t' ? name : "'" + name + "'");
 }
 
-std::string HintsFor(const std::vector<std::string_view>& header,
-                     const std::vector<std::string>& missing) {
-  return fmt::format("; it has {}{}", ListOf(header), Suspicion(header, missing));
+std::string LackOf(const std::vector<std::string>& missing, NamedBy named_by,
+                   const std::vector<std::string_view>& header) {
+  const std::size_t shown = std::min(missing.size(), kListedColumns);
+  std::string list = fmt::format(
+      "\"{}\"",
+      fmt::join(missing.begin(), missing.begin() + static_cast<std::ptrdiff_t>(shown), "\", \""));
+  if (shown < missing.size()) list += fmt::format(" and {} more", missing.size() - shown);
+  const std::string suspicion = Suspicion(header, missing, named_by);
+  // First what may be wrong: the lists that follow may be long.
+  const std::string_view begin = suspicion.empty()          ? "the"
+                                 : suspicion.ends_with('?') ? " The"
+                                                            : "; the";
+  return fmt::format("{}{} header lacks {}, which {}; it has {}", suspicion, begin, list,
+                     named_by == NamedBy::kModel ? "the model needs" : "--passthrough names",
+                     ListOf(header));
 }
 
 }  // namespace svmscore::tools

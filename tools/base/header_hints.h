@@ -9,10 +9,13 @@
 
 namespace svmscore::tools {
 
-// The rest of a message that a header lacks the columns `missing`, of which there is one at least:
-// what the header has, and what may be wrong with it. Bounded in length.
-std::string HintsFor(const std::vector<std::string_view>& header,
-                     const std::vector<std::string>& missing);
+enum class NamedBy { kModel, kUser };
+
+// A sentence about a header that lacks the columns `missing`, of which there is one at least, as
+// `named_by` names them: what may be wrong with it, what it lacks, and what it has. Bounded in
+// length.
+std::string LackOf(const std::vector<std::string>& missing, NamedBy named_by,
+                   const std::vector<std::string_view>& header);
 
 // How to read a header that has more known names where another character separates its cells;
 // empty where none does.
