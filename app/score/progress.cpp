@@ -32,7 +32,7 @@ void Progress::Show(std::uint64_t cases, std::uint64_t bytes_read) {
   const Clock::time_point now = Clock::now();
   if (now - last_shown_ < kBetweenLines) return;
   last_shown_ = now;
-  std::string line = fmt::format("{} cases, {:.0f} cases/s", cases,
+  std::string line = fmt::format("{} case{}, {:.0f} cases/s", cases, cases == 1 ? "" : "s",
                                  static_cast<double>(cases) / SecondsSince(start_));
   if (input_size_ > 0) {
     const std::uint64_t read = std::min(bytes_read, input_size_);

@@ -239,7 +239,7 @@ TEST(Score, ShowsProgressOnATerminalOnly) {
   const TemporaryFolder folder;
   const std::string line = "score " + Data("line.pmml") + " " + folder.Write("cases", "x\n1\n");
   const Ran shown = RunShell("script -qec \"'$SVMSCORE' " + line + " -o /dev/null\" /dev/null");
-  EXPECT_THAT(shown.out, HasSubstr("1 cases, "));
+  EXPECT_THAT(shown.out, HasSubstr("1 case, "));
   EXPECT_THAT(shown.out, HasSubstr("100% of the input"));
   EXPECT_THAT(RunShell("\"$SVMSCORE\" " + line).err, StartsWith("svmscore: 1 case, "));
 }

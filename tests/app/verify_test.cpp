@@ -174,7 +174,7 @@ TEST(Verify, ComparesDecisionValues) {
       {"line.pmml", "x\n1\n", "x,row,wanted,decision,more\n1,1,2.1,2.1,4\n", 0,
        "column wanted is compared with the prediction\n"
        "not compared, for lack of an output of that name: more\nR2 undefined"},
-      {"line.pmml", "x\n1\n", "x,row,decision\n1,1,2.1\n", 0, "1 cells compared, 0 disagree\n"},
+      {"line.pmml", "x\n1\n", "x,row,decision\n1,1,2.1\n", 0, "1 cell compared, 0 disagree\n"},
   };
   for (const auto& [model, cases, expected, status, told] : rows) {
     const TemporaryFolder folder;
@@ -195,13 +195,13 @@ TEST(Verify, TellsHowWellPredictionsAgree) {
       {"line.pmml", "x\n1\n2\n3\n", ",y\n1,2\n2,4\n3,7\n",
        "R2 0.934474, RMSE 0.525991, largest difference 0.9 (record 3), 3 cases\n"},
       {"line.pmml", "x\n1\n2\nNA\n", "id,what\na,2\nb,2\nc,7\n",
-       "R2 undefined, RMSE 1.48661, largest difference 2.1 (record 2), 2 cases; 1 cases have no "
+       "R2 undefined, RMSE 1.48661, largest difference 2.1 (record 2), 2 cases; 1 case has no "
        "prediction\n"},
       // Beside predictions, the target's column has the actual values.
       {"line.pmml", "x\n1\n", "y,prediction\n9,2.1\n",
-       "R2 undefined, RMSE 0, largest difference 0 (record 1), 1 cases\n"},
+       "R2 undefined, RMSE 0, largest difference 0 (record 1), 1 case\n"},
       {"two.pmml", "x\n1\n-1\n2\n-2\nq\n", "Row,the class\n1,yes\n2,yes\n3,yes\n4,maybe\n5,no\n",
-       "accuracy 0.5: 2 of 4 predictions are the expected category; 1 cases have no prediction\n" +
+       "accuracy 0.5: 2 of 4 predictions are the expected category; 1 case has no prediction\n" +
            matrix +
            "             yes      no   maybe\n"
            "yes            2       1       0\n"

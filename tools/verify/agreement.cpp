@@ -146,16 +146,20 @@ std::string Agreement::Matrix() const {
 std::string Agreement::Text() const {
   if (compared_ == 0) return {};
   const std::string without =
-      unpredicted_ == 0 ? "" : fmt::format("; {} cases have no prediction", unpredicted_);
+      unpredicted_ == 0
+          ? ""
+          : fmt::format("; {} no prediction", unpredicted_ == 1
+                                                  ? "1 case has"
+                                                  : fmt::format("{} cases have", unpredicted_));
   if (classification_) {
     return fmt::format("accuracy {:.4g}: {} of {} predictions are the expected category{}\n{}",
                        *Accuracy(), right_, compared_, without, Matrix());
   }
   const auto [largest, row] = *LargestDifference();
   const auto r_squared = RSquared();
-  return fmt::format("R2 {}, RMSE {:.6g}, largest difference {:.6g} (record {}), {} cases{}\n",
+  return fmt::format("R2 {}, RMSE {:.6g}, largest difference {:.6g} (record {}), {} case{}{}\n",
                      r_squared ? fmt::format("{:.6g}", *r_squared) : "undefined", *RootMeanSquare(),
-                     largest, row, compared_, without);
+                     largest, row, compared_, compared_ == 1 ? "" : "s", without);
 }
 
 }  // namespace svmscore::tools
