@@ -46,7 +46,7 @@ void ChooseModel(Intake& intake) {
       if (LiftModel(intake, models[i], inner)) models[i] = inner;
       intake.SetModel(FindChild(intake.Root(), "SupportVectorMachineModel"));
     } else if (HoldsMachine(models[i])) {
-      intake.Refuse(models[i], code::kUnsupported, "a SupportVectorMachineModel inside",
+      intake.Refuse(models[i], code::kUnsupported, "a SupportVectorMachineModel",
                     NameOf(models[i]));
     }
   }
