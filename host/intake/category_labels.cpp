@@ -51,6 +51,8 @@ std::vector<LabelPlace> LabelsOf(DOMElement* machine) {
 void MatchLabels(Intake& intake) {
   if (!intake.IsClassification()) return;
   const Target target = FindTarget(intake);
+  // A translator says that there is no target.
+  if (target.data_field == nullptr) return;
   const LabelKeys keys(target.data_field);
   std::unordered_map<std::string, std::string> category_of;  // by key
   std::vector<std::string> categories;
@@ -67,6 +69,7 @@ void MatchLabels(Intake& intake) {
       if (found == category_of.end()) {
         intake.Tell("unknown-category", place.element, place.label, place.attribute,
                     NameOf(place.element));
+        intake.SuggestMeant(place.label, categories);
         continue;
       }
       if (found->second == place.label) continue;

@@ -5,6 +5,7 @@
 #include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "host/intake/steps.h"
+#include "host/text/similar_name.h"
 #include "host/xml/attributes.h"
 
 namespace svmscore {
@@ -36,6 +37,12 @@ void Intake::AddFinding(KindOfFinding kind, const DOMElement* at, std::vector<st
   ++known.findings;
   known.last = findings_.size();
   findings_.push_back({kind, {NameOf(at), document_.LineOf(at)}, DetailOf(*kind, parts)});
+}
+
+void Intake::SuggestMeant(const std::string& name, const std::vector<std::string>& candidates) {
+  if (findings_.empty() || findings_.back().more > 0) return;
+  const std::string meant = DidYouMean(name, candidates);
+  if (!meant.empty()) findings_.back().detail += "; " + meant;
 }
 
 }  // namespace intake

@@ -44,6 +44,9 @@ class Intake {
     AddFinding(kind, at, {std::string(parts)...});
   }
 
+  // Adds to the finding that was told last which of the candidates the author may have meant.
+  void SuggestMeant(const std::string& name, const std::vector<std::string>& candidates);
+
   // Reports an error that cannot be what the author meant, and refuses the document with the
   // message of the kind.
   template <typename... Parts>

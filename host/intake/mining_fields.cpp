@@ -4,6 +4,7 @@
 #include <cmath>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "host/intake/steps.h"
 #include "host/text/number_key.h"
@@ -26,6 +27,7 @@ void CheckWord(Intake& intake, const DOMElement* field, const char* attribute,
   const auto text = FindAttribute(field, attribute);
   if (!text || std::find(known.begin(), known.end(), *text) != known.end()) return;
   intake.Tell(kind, field, *text, attribute, "MiningField");
+  intake.SuggestMeant(*text, {known.begin(), known.end()});
 }
 
 // The first target is predicted; its name is kept in `target`.
@@ -74,8 +76,10 @@ void CheckNumbersOnly(Intake& intake, const DOMElement* declared, const DOMEleme
 void CheckMiningSchema(Intake& intake) {
   const DOMElement* dictionary = FindChild(intake.Root(), "DataDictionary");
   std::unordered_map<std::string, const DOMElement*> declared;
+  std::vector<std::string> names;
   for (const DOMElement* field : Children(dictionary, "DataField")) {
-    declared.try_emplace(Narrow(AttributeView(field, "name")), field);
+    names.push_back(Narrow(AttributeView(field, "name")));
+    declared.try_emplace(names.back(), field);
   }
   std::unordered_set<std::string> seen;
   std::string target;
@@ -86,6 +90,7 @@ void CheckMiningSchema(Intake& intake) {
     const auto found = declared.find(*name);
     if (found == declared.end()) {
       intake.Tell("unknown-mining-field", field, *name, "MiningField");
+      intake.SuggestMeant(*name, names);
       continue;
     }
     if (!seen.insert(*name).second) {

@@ -214,8 +214,7 @@ void TranslateReadable(LoadedModel& loaded, const std::optional<SSException>& re
     loaded.model = Translate(*loaded.translator, loaded.document);
   } catch (SSException& error) {
     loaded.document.Locate(error);
-    const std::string remark = RemarkOnRefusal(error, loaded.document);
-    if (!remark.empty()) error.AddRemark(remark);
+    ExplainRefusal(error, loaded.document);
     if (refused && !SaysTheSame(*refused, error)) {
       error.AddRemark(std::string("besides, ") + refused->what());
     }
@@ -246,7 +245,10 @@ LoadedModel Load(const Plugin& plugin, PmmlDocument document, LoadChecks checks,
     CollectInputs(loaded, CheckVectorFields(*loaded.model, loaded.document, refuses));
     if (auto* model = dynamic_cast<BatchModel*>(loaded.model.get())) model->SetFiniteOnly(!as_is);
   } catch (SSException& error) {
-    if (error.GetPlace().empty()) loaded.document.Locate(error);
+    if (error.GetPlace().empty()) {
+      loaded.document.Locate(error);
+      if (judge == Judge::kHost) ExplainRefusal(error, loaded.document);
+    }
     throw;
   }
   return loaded;

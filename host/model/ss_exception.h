@@ -72,6 +72,12 @@ class SVMSCORE_HOST_API SSException : public std::exception {
   void SetPlace(std::string words, svmscore::Place place = {});
   const std::string& GetPlace() const { return place_; }
   const svmscore::Place& Where() const { return where_; }
+  // Says in other words what is wrong, with the same code and parts. Forgets the place in words.
+  void Restate(std::string sentence) {
+    text_ = std::move(sentence);
+    place_.clear();
+    where_ = {};
+  }
   // Adds what else the reader should know to the sentence. Call after SetPlace.
   void AddRemark(const std::string& remark) { text_ += "; " + remark; }
 

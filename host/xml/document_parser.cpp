@@ -14,12 +14,12 @@
 #include "host/model/message_codes.h"
 #include "host/xml/raw_scan.h"
 #include "host/xml/transcoder.h"
+#include "host/xml/wide_text.h"
 
 namespace svmscore {
 namespace {
 
 using MCZandor_850::SSException;
-using WideView = std::basic_string_view<XMLCh>;
 
 // The least that an expansion counts, and what a default counts in addition to its text, in UTF-16
 // units.

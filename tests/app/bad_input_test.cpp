@@ -179,12 +179,9 @@ TEST(BadModel, TellTheModelTheCodeThePlaceAndWhatToDo) {
   for (const char* command : {"score", "describe"}) {
     EXPECT_EQ(RunProgram({command, model}).err,
               "svmscore: " + model +
-                  ": [260115] element LinearKernelType is missing in element "
-                  "SupportVectorMachineModel (element SupportVectorMachineModel, line 8); the "
-                  "model has no "
-                  "kernel; there are LinearKernelType, PolynomialKernelType, RadialBasisKernelType "
-                  "and SigmoidKernelType. Add the element, or export the model again with a "
-                  "producer that writes it.\n");
+                  ": [260115] the model has no kernel (element SupportVectorMachineModel, line 8). "
+                  "Add LinearKernelType, PolynomialKernelType, RadialBasisKernelType or "
+                  "SigmoidKernelType, or export the model again.\n");
   }
   EXPECT_THAT(RunProgram({"score", folder.Path("none.pmml")}).err, HasSubstr("[260301] "));
   EXPECT_EQ(RunProgram({"score", Data("line.pmml"), "--plugin", model}).status, 3);
@@ -225,10 +222,22 @@ TEST(BadModel, ARefusalSaysWhatIsAtFault) {
   } rows[] = {
       {line,
        {"<LinearKernelType/>", "<RBFKernelType/>"},
-       "has the kernel \"RBFKernelType\", which is none"},
+       "[260115] \"RBFKernelType\" is no kernel that is computed (element RBFKernelType, line 13); "
+       "did you mean \"RadialBasisKernelType\"? Write "},
       {line,
        {"<LinearKernelType/>", "<radialBasisKernel/>"},
-       "the kernel \"radialBasisKernel\", which"},
+       "did you mean \"RadialBasisKernelType\"? Write "},
+      {line,
+       {"<LinearKernelType/>", "<LaplaceKernelType/>"},
+       "(element LaplaceKernelType, line 13). "},
+      {line,
+       {"*SupportVectorMachineModel", "supportVectorMachineModel"},
+       "line 8); did you mean \"SupportVectorMachineModel\"? "},
+      {line,
+       {"<SupportVectorMachineModel ", "<MiningModel><SupportVectorMachineModel ",
+        "</SupportVectorMachineModel>", "</SupportVectorMachineModel></MiningModel>"},
+       "is inside the \"MiningModel\", and"},
+      {line, {"*SupportVectorMachineModel", "Nothing"}, "the document has no model (element PMML"},
       {line, {"*SupportVectorMachineModel", "TreeModel"}, "a model of another kind, \"TreeModel\""},
       {line,
        {"</SupportVectorMachine>", "</SupportVectorMachine><SupportVectorMachine/>"},
@@ -241,30 +250,69 @@ TEST(BadModel, ARefusalSaysWhatIsAtFault) {
        "the function is regression, and the target \"kind\" is not continuous"},
       {three,
        {"<Value value='b'/>", ""},
-       "the target \"kind\" lists 2 values, for which one against one needs 1 machine, and the "
-       "model has 3"},
+       "decide for the category \"b\", which the target \"kind\" does not list (element DataField, "
+       "line 9). "},
       {three,
-       {"<Value value='a'/><Value value='b'/>", ""},
-       "lists 1 value, and a classification needs 2"},
+       {"*<SupportVectorMachine targetCategory='a' "
+        "alternateTargetCategory='b'>[^]*?</Su[a-zA-Z]*Machine>",
+        ""},
+       "no machine decides between \"a\" and \"b\": the target \"kind\" lists 3 values, for which "
+       "one against one needs 3 machines, and the model has 2 (element SupportV"},
+      {three,
+       {"</SupportVectorMachineModel>",
+        "<SupportVectorMachine targetCategory='a' alternateTargetCategory='b'><SupportVectors>"
+        "<SupportVector vectorId='w'/></SupportVectors><Coefficients><Coefficient value='1'/>"
+        "</Coefficients></SupportVectorMachine></SupportVectorMachineModel>"},
+       "needs 3 machines, and the model has 4"},
+      {three, {"<Value value='a'/><Value value='b'/>", ""}, "decide for the category \"a\", which"},
       {three,
        {"usageType='target'", "usageType='supplementary'"},
-       "no field of the data dictionary is the target"},
+       "no field is the target; it may be \"kind\", which has the machines' categories (element "
+       "MiningField, line 17). Write usageType=\"target\""},
+      {three,
+       {"usageType='target'", "usageType='traget'"},
+       "\"traget\" of the MiningField \"kind\" is no usageType (element MiningField, line 17); did "
+       "you mean \"target\"? "},
+      {three,
+       {"<MiningField name='kind' usageType='target'/>", ""},
+       "and no MiningField (element M"},
+      {three,
+       {"<MiningField name='kind'", "<MiningField name='kinds'"},
+       "the data dictionary does not declare \"kinds\" (element MiningField, line 17)"},
   };
   for (const auto& [document, edits, told] : rows) {
     const TemporaryFolder folder;
     const std::string model = folder.Write("model.pmml", Edited(document, edits));
-    for (const char* mode : {"--as-is"}) {
-      const Ran ran = RunProgram({"score", model, mode}, "x\n");
-      EXPECT_EQ(ran.status, 3);
-      EXPECT_THAT(ran.err, HasSubstr(told));
-    }
+    const Ran ran = RunProgram({"score", model, "--as-is"}, "x\n");
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_THAT(ran.err, HasSubstr(told));
+  }
+}
+
+TEST(BadModel, NamesThatAreNearlyRightAreSuggested) {
+  const struct {
+    Edits edits;
+    std::string told;
+  } rows[] = {
+      {{"<FieldRef field='height'", "<FieldRef field='heigth'"}, "; did you mean \"height\"? "},
+      {{"<MiningField name='height'", "<MiningField name='Height'"},
+       "; did you mean \"height\"?\n"},
+      {{"usageType='active'", "usageType='actve'"}, "; did you mean \"active\"?\n"},
+      {{"*value='b'", "value='bird'", "*Category='b'", "Category='brid'"},
+       "element SupportVectorMachine; did you mean \"bird\"?"},
+  };
+  for (const auto& [edits, told] : rows) {
+    const TemporaryFolder folder;
+    const std::string model = EditedFile(folder, Data("three.pmml"), edits);
+    EXPECT_THAT(RunProgram({"score", model}, "width,height,colour\n").err, HasSubstr(told));
   }
 }
 
 TEST(BadModel, AFolderIsNamedAsOne) {
   const TemporaryFolder folder;
   for (const char* command : {"score", "describe", "doctor", "verify"}) {
-    EXPECT_THAT(RunProgram({command, folder.Path("")}).err, HasSubstr(": Is a directory. "));
+    EXPECT_THAT(RunProgram({command, folder.Path("")}).err,
+                HasSubstr(": Is a directory. Name a file in it."));
   }
 }
 

@@ -9,7 +9,7 @@ std::string Explain(const MCZandor_850::SSException& error) {
   std::string remedy = error.GetRemedy();
   if (remedy.empty()) return text;
   if (remedy[0] >= 'a' && remedy[0] <= 'z') remedy[0] = static_cast<char>(remedy[0] - 'a' + 'A');
-  return fmt::format("{}. {}.", text, remedy);
+  return fmt::format("{}{} {}.", text, text.ends_with('?') ? "" : ".", remedy);
 }
 
 }  // namespace svmscore::tools

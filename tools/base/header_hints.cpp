@@ -1,7 +1,6 @@
 #include "tools/base/header_hints.h"
 
 #include <algorithm>
-#include <numeric>
 #include <set>
 
 #include <fmt/format.h>
@@ -10,6 +9,7 @@
 #include "host/text/look_alikes.h"
 #include "host/text/number_text.h"
 #include "host/text/printable.h"
+#include "host/text/similar_name.h"
 #include "host/text/utf8.h"
 
 namespace svmscore::tools {
@@ -19,42 +19,6 @@ namespace {
 constexpr std::size_t kListedColumns = 10;
 constexpr std::size_t kListedBytes = 60;
 constexpr std::size_t kComparedNames = 10000;
-constexpr std::size_t kComparedBytes = 100;
-
-// In lower case, without blanks, what stands for them, and what is not seen.
-std::string Plain(std::string_view name) {
-  std::string plain;
-  for (const char c : ReplaceInvisible(name, "")) {
-    if (std::string_view(" \t\r\n_.-").find(c) != std::string_view::npos) continue;
-    plain += c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-  }
-  return plain;
-}
-
-// Bytes to insert, remove or replace.
-std::size_t Distance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-      diagonal = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
-    }
-  }
-  return row[b.size()];
-}
-
-// How far `name` of a header is from what is wanted: 0 but for case and blanks; too far to be meant
-// at all from `beyond` on.
-std::size_t DistanceOf(const std::string& name, const std::string& wanted, std::size_t beyond) {
-  if (name == wanted) return 0;
-  const std::size_t longer = std::max(name.size(), wanted.size());
-  const std::size_t shorter = std::min(name.size(), wanted.size());
-  return longer - shorter >= beyond ? beyond : Distance(name, wanted);
-}
 
 // "did you mean" for the first names that are nearly there: what is missing is meant, or, where the
 // user has named it, the column of the header.
@@ -62,18 +26,19 @@ std::string NearNames(const std::vector<std::string_view>& header,
                       const std::vector<std::string>& missing, NamedBy named_by) {
   std::vector<std::string> plain;
   for (std::size_t i = 0; i < std::min(header.size(), kComparedNames); ++i) {
-    plain.push_back(header[i].size() > kComparedBytes ? std::string() : Plain(header[i]));
+    plain.push_back(PlainName(header[i]));
   }
   std::string pairs;
   for (std::size_t m = 0; m < std::min(missing.size(), kListedColumns); ++m) {
-    if (missing[m].size() > kComparedBytes) continue;
-    const std::string wanted = Plain(missing[m]);
-    std::size_t nearest = wanted.size() >= 8 ? 3 : wanted.size() >= 4 ? 2 : 1;
+    const std::string wanted = PlainName(missing[m]);
+    if (wanted.empty()) continue;
+    std::size_t nearest = BeyondSlip(wanted);
     const std::string_view* found = nullptr;
     for (std::size_t i = 0; i < plain.size(); ++i) {
       if (plain[i].empty()) continue;
-      const std::size_t distance =
-          AreComposedDifferently(header[i], missing[m]) ? 0 : DistanceOf(plain[i], wanted, nearest);
+      const std::size_t distance = AreComposedDifferently(header[i], missing[m])
+                                       ? 0
+                                       : NameDistance(plain[i], wanted, nearest);
       if (distance >= nearest) continue;
       nearest = distance;
       found = &header[i];

@@ -4,12 +4,12 @@
 #include <unordered_map>
 
 #include "host/xml/transcoder.h"
+#include "host/xml/wide_text.h"
 
 namespace svmscore::transform {
 namespace {
 
-using Wide = std::basic_string<XMLCh>;
-using WideView = std::basic_string_view<XMLCh>;
+using Wide = WideText;
 
 // What keeping a cell costs in addition to its text.
 constexpr std::size_t kCellCost = 32;
