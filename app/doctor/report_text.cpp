@@ -42,7 +42,9 @@ std::string ReportText(const std::string& file, const tools::Examination& examin
   std::string text = fmt::format("{}: {}\n", Printable(file), Summary(findings));
   if (examination.agreement) text += "\n" + examination.agreement->Text();
   std::map<std::string_view, std::size_t> kinds;
-  for (const Finding& finding : findings) ++kinds[finding.Name()];
+  for (const Finding& finding : findings) kinds[finding.Name()] += 1 + finding.more;
+  std::map<std::string_view, std::size_t> left;
+  for (const Finding& finding : findings) ++left[finding.Name()];
   std::map<std::string_view, std::size_t> met;
   for (const Finding& finding : findings) {
     const std::size_t count = ++met[finding.Name()];
@@ -53,8 +55,9 @@ std::string ReportText(const std::string& file, const tools::Examination& examin
       text += fmt::format("  Consequence: {}.\n  Remedy: {}.\n", finding.kind->consequence,
                           finding.kind->remedy);
     }
-    if (count == kShown && kinds[finding.Name()] > kShown) {
-      text += fmt::format("  and {} more of {}\n", kinds[finding.Name()] - kShown, finding.Name());
+    const bool is_last = count == kShown || --left[finding.Name()] == 0;
+    if (is_last && kinds[finding.Name()] > count) {
+      text += fmt::format("  and {} more of {}\n", kinds[finding.Name()] - count, finding.Name());
     }
   }
   return text;

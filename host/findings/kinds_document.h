@@ -10,8 +10,7 @@ namespace svmscore {
 
 inline constexpr std::array kDocumentFindings = {
     FindingKind{"refused", FindingClass::kError, 0, "score refuses the document",
-                "no case gets a score",
-                "correct what the message names; the other findings may help"},
+                "no case gets a score", "correct what the message names"},
     FindingKind{"namespace-prefix", FindingClass::kStandard, 0,
                 "elements with a namespace prefix are read by their plain names",
                 "the document means the same in this form",

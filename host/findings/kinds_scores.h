@@ -9,8 +9,11 @@
 namespace svmscore {
 
 inline constexpr std::array kScoreFindings = {
-    FindingKind{"mismatch", FindingClass::kError, 0, "scores differ from the expected ones",
-                "the model does not give the expected scores", "see the other findings"},
+    FindingKind{
+        "mismatch", FindingClass::kError, 0, "scores differ from the expected ones",
+        "the model does not give the expected scores",
+        "mend what other findings name; without any, compare the document with the model that "
+        "the scores are of"},
     FindingKind{
         "mismatch-field", FindingClass::kSuspicion, 0,
         "a field distinguishes the rows that disagree from the others",

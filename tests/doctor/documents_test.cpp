@@ -147,6 +147,42 @@ TEST(Doctor, TellsTheLoadersCodeAndPlace) {
   EXPECT_EQ(diagnosis.json["changesScores"], true);
 }
 
+// What follows from a refusal is not told beside it.
+TEST(Doctor, TellsTheCauseOfARefusalAlone) {
+  const struct {
+    std::string example;
+    Edits edits;
+    std::string findings;
+  } rows[] = {
+      {"iris", {" usageType='target'", ""}, "refused at MiningField"},
+      {"iris",
+       {"*<SupportVectorMachine targetCategory='setosa' alternateTargetCategory='versicolor'>[^]*?"
+        "</SupportVectorMachine>",
+        ""},
+       "refused at SupportVectorMachineModel"},
+      {"digits",
+       {"*<SupportVectorMachine targetCategory='0' alternateTargetCategory='8'[^]*?"
+        "</SupportVectorMachine>",
+        ""},
+       "refused at SupportVectorMachineModel, constant-field at VectorFields"},
+      {"iris",
+       {"<FieldRef field='petal_width'", "<FieldRef field='petal_widht'"},
+       "refused at FieldRef"},
+  };
+  for (const auto& [example, edits, findings] : rows) {
+    const std::string model = Edited(ReadFile(Example(example + "/model.pmml")), edits);
+    EXPECT_EQ(Diagnose(model).findings, findings);
+  }
+}
+
+TEST(Doctor, CountsTheFindingsThatItDoesNotShow) {
+  const TemporaryFolder folder;
+  const std::string model =
+      EditedFile(folder, Example("iris/model.pmml"),
+                 {"*<SupportVector vectorId='v", "<SupportVector vectorId='x"});
+  EXPECT_THAT(RunProgram({"doctor", model}).out, HasSubstr("\n  and 44 more of unknown-vector\n"));
+}
+
 TEST(Doctor, EndsWithStatusThreeWhereThereIsNoDocument) {
   const TemporaryFolder folder;
   EXPECT_EQ(RunProgram({"doctor", folder.Path("none.pmml")}).status, 3);

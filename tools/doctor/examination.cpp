@@ -1,8 +1,10 @@
 #include "tools/doctor/examination.h"
 
 #include <algorithm>
+#include <string_view>
 #include <utility>
 
+#include "host/model/message_codes.h"
 #include "tools/doctor/checks.h"
 #include "tools/findings/inspected.h"
 
@@ -11,6 +13,17 @@ namespace {
 
 bool IsSame(const Finding& a, const Finding& b) {
   return a.kind == b.kind && a.place == b.place;
+}
+
+// Whether a finding only follows from what the document is refused for: what nothing refers to
+// because the machine or the name that should is missing, and machines that are out of their
+// places.
+bool OnlyFollows(const Finding& finding, int refusal_code) {
+  const std::string_view name = finding.Name();
+  if (refusal_code == code::kUnknownField) return name == "unused-field";
+  return refusal_code == code::kInvalidContent &&
+         (name == "unused-vector" || name == "unused-field" || name == "pair-out-of-order" ||
+          name == "category-never-predicted");
 }
 
 // A fault that the scores have shown is not reported again from the document alone.
@@ -48,6 +61,11 @@ Examination Examine(const OpenedDocument& opened, const Plugin& plugin, Document
   for (const Finding& finding : opened.findings) findings.Add(finding);
   std::vector<Finding>& found = examination.findings;
   found = findings.Take();
+  found.erase(std::remove_if(found.begin(), found.end(),
+                             [&opened](const Finding& finding) {
+                               return OnlyFollows(finding, opened.refusal_code);
+                             }),
+              found.end());
   std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {
     return a.kind->of_class > b.kind->of_class;
   });

@@ -10,8 +10,9 @@ namespace {
 
 using MCZandor_850::SSException;
 
-Finding Refusal(const SSException& error, const DocumentSource& source) {
-  return {"refused", error.Where(), Explain(error, source)};
+void Refuse(const SSException& error, const DocumentSource& source, OpenedDocument& opened) {
+  opened.refused = {"refused", error.Where(), Explain(error, source)};
+  opened.refusal_code = error.GetErrorCode();
 }
 
 // Makes the document readable without its model. A document of an unknown version is read as the
@@ -38,7 +39,7 @@ OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source) {
   try {
     opened.document = source.Parse();
   } catch (const SSException& error) {
-    opened.refused = Refusal(error, source);
+    Refuse(error, source, opened);
     return opened;
   }
   try {
@@ -47,7 +48,7 @@ OpenedDocument OpenDocument(const Plugin& plugin, DocumentSource& source) {
       return opened.document ? *std::exchange(opened.document, std::nullopt) : source.Parse();
     });
   } catch (const SSException& error) {
-    opened.refused = Refusal(error, source);
+    Refuse(error, source, opened);
   }
   if (opened.refused) {
     try {

@@ -17,6 +17,7 @@ struct OpenedDocument {
   std::optional<PmmlDocument> document;  // the document itself, if there is no model
   std::vector<Finding> findings;         // of the intake
   std::optional<Finding> refused;        // why score refuses it
+  int refusal_code = 0;                  // of its message; 0 if it does not
 
   bool IsRead() const { return loaded || document; }
   // REQUIRES: the document is read.
