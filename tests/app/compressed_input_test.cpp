@@ -9,6 +9,7 @@
 #include "app/base/failure.h"
 #include "app/files/input_file.h"
 #include "tests/app/compressed.h"
+#include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
 
 namespace svmscore::app {
@@ -80,6 +81,8 @@ TEST(CompressedInput, IsRefusedWhereItIsIncompleteOrCorrupt) {
     }
     EXPECT_THAT(Try(folder.Write("file", file + "more")), HasSubstr(format));
   }
+  const Ran cut = RunProgram({"score", folder.Write("model", Gzipped(text).substr(0, 60))});
+  EXPECT_THAT(cut.err, HasSubstr("it ends before its gzip stream does. The file is damaged or "));
   EXPECT_THAT(Try(folder.Write("file", Gzipped("x") + std::string(9, '\0') + "x")),
               HasSubstr("something else follows the end of its gzip stream"));
 }

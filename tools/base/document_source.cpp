@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -45,6 +46,13 @@ std::string BeginningOf(std::istream& file) {
   file.read(beginning.data(), std::ssize(beginning));
   beginning.resize(static_cast<std::size_t>(file.gcount()));
   return beginning;
+}
+
+[[noreturn]] void RefuseFile(const std::string& path, const std::string& why, std::string remedy) {
+  MCZandor_850::SSException error(MCZandor_850::gErrorFormater);
+  error.PutErrorMessage(code::kFileUnreadable, path, why);
+  error.SetRemedy(std::move(remedy));
+  throw error;
 }
 
 bool IsPipe(const std::string& path) {
@@ -95,7 +103,7 @@ const std::string& DocumentSource::Text() {
 void DocumentSource::RefuseFolder() const {
   std::error_code unknown;
   if (!std::filesystem::is_directory(path_, unknown)) return;
-  ThrowAt(nullptr, code::kFileUnreadable, path_, ErrorText(EISDIR));
+  RefuseFile(path_, ErrorText(EISDIR), "name a file in it");
 }
 
 std::string DocumentSource::Beginning() const {
@@ -109,10 +117,13 @@ std::string DocumentSource::Beginning() const {
 }
 
 std::string Explain(const MCZandor_850::SSException& error, const DocumentSource& source) {
-  std::string text = Explain(error);
-  if (error.GetErrorCode() != code::kNotWellFormed) return text;
-  const std::string why = WhyNoDocument(source.Beginning());
-  return why.empty() ? text : text + " " + why;
+  if (error.GetErrorCode() != code::kNotWellFormed) return Explain(error);
+  const NoDocument why = WhyNoDocument(source.Beginning());
+  if (why.what.empty()) return Explain(error);
+  MCZandor_850::SSException told(error);
+  told.Restate("this is not XML: " + why.what);
+  told.SetRemedy(why.remedy);
+  return Explain(told);
 }
 
 std::optional<std::string> DocumentSource::Decompress(std::istream& file,
@@ -139,7 +150,7 @@ std::optional<std::string> DocumentSource::Decompress(std::istream& file,
   }
   return text;
 } catch (const BrokenCompression& error) {
-  ThrowAt(nullptr, code::kFileUnreadable, path_, error.what());
+  RefuseFile(path_, error.what(), "the file is damaged or incomplete: fetch or compress it again");
 }
 
 }  // namespace svmscore::tools

@@ -5,9 +5,13 @@
 
 #include <fmt/format.h>
 
+#include "host/text/printable.h"
+
 namespace svmscore::tools {
 namespace {
 
+// Of the first line of a text.
+constexpr std::size_t kShownBytes = 40;
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr const char* kDecompress = "decompress it first; only gzip and zstd are read as they are";
 constexpr const char* kExport = "export it as CSV in UTF-8";
@@ -104,26 +108,30 @@ std::string WhyNoTable(std::string_view beginning) {
   return {};
 }
 
-std::string WhyNoDocument(std::string_view beginning) {
-  if (const Kind* kind = BinaryKind(beginning)) {
-    return fmt::format("The file is no PMML document but {}.", kind->what);
-  }
+NoDocument WhyNoDocument(std::string_view beginning) {
+  const char* give_model = "give the PMML document of the model";
   const std::string_view text = WithoutBlanks(beginning);
-  if (text.empty()) return {};
-  if (IsHtml(text)) return "The file is no PMML document but a page of HTML.";
+  if (text.empty()) return {"the file is empty", give_model};
+  if (const Kind* kind = BinaryKind(beginning)) {
+    const bool packed = kind->for_table == kDecompress;
+    return {fmt::format("the file is {}", kind->what), packed ? kDecompress : give_model};
+  }
+  if (IsHtml(text)) return {"the file is a page of HTML, perhaps of an error", give_model};
   if (text[0] == '<' || WideEncoding(beginning) != nullptr) return {};
-  if (IsJson(text)) return "The file is no PMML document but JSON.";
+  if (IsJson(text)) return {"the file is JSON", give_model};
   if (text.starts_with("svm_type ")) {
-    return "The file is no PMML document but a model in LIBSVM's format.";
+    return {"the file is a model in LIBSVM's format", "export the model as PMML"};
   }
-  const std::string_view line = text.substr(0, text.find('\n'));
+  const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
   const bool is_text = std::none_of(line.begin(), line.end(), [](char c) {
-    return static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\r';
+    return static_cast<unsigned char>(c) < 0x20 && c != '\t';
   });
-  if (is_text && line.find_first_of(",;\t|") != std::string_view::npos) {
-    return "The file seems to be a table of cases; the model comes first: MODEL CASES.";
+  if (!is_text) return {"the file begins with bytes that are no text", give_model};
+  if (line.find('<') == std::string_view::npos &&
+      line.find_first_of(",;\t|") != std::string_view::npos) {
+    return {"the file seems to be a table of cases", "the model comes first: MODEL CASES"};
   }
-  return {};
+  return {fmt::format("it begins with \"{}\"", Shortened(line, kShownBytes)), give_model};
 }
 
 }  // namespace svmscore::tools
