@@ -18,7 +18,7 @@ using testing::Not;
 
 using Arguments = std::vector<std::string>;
 
-Ran Score(const std::string& model, Arguments options, const std::string& cases) {
+Ran ScoreTable(const std::string& model, Arguments options, const std::string& cases) {
   options.insert(options.begin(), {"score", Data(model), "--prediction-only"});
   return RunProgram(options, cases);
 }
@@ -67,7 +67,7 @@ TEST(Tables, AreReadAsTheOptionsSay) {
       {line, {}, "\n\nx\n\n1\n", "prediction,status\n,90029\n2.1,0\n"},
   };
   for (const auto& [model, options, cases, out] : rows) {
-    const Ran ran = Score(model, options, cases);
+    const Ran ran = ScoreTable(model, options, cases);
     EXPECT_EQ(ran.out, out) << testing::PrintToString(options) << cases << ran.err;
   }
 }
@@ -101,7 +101,7 @@ TEST(Tables, ARowThatDoesNotFitIsNamedByItsLine) {
        "number with a decimal comma must be quoted, or --delimiter must name another character"},
   };
   for (const auto& [options, cases, told] : rows) {
-    const Ran ran = Score("three.pmml", options, cases);
+    const Ran ran = ScoreTable("three.pmml", options, cases);
     EXPECT_EQ(ran.status, 5);
     EXPECT_EQ(ran.err, "svmscore: standard input: " + told + "\n");
   }
@@ -149,8 +149,8 @@ TEST(Tables, ACellThatSwallowedRowsIsToldWithItsLines) {
 }
 
 TEST(Tables, ReasonsShowNumbersAsTheTableHasThem) {
-  const Ran ran = Score("line.pmml", {"--decimal-comma", "--delimiter", ";", "--reasons"},
-                        "x\n1.5\n1,2,3\n1,5\n");
+  const Ran ran = ScoreTable("line.pmml", {"--decimal-comma", "--delimiter", ";", "--reasons"},
+                             "x\n1.5\n1,2,3\n1,5\n");
   EXPECT_EQ(ran.out,
             "prediction,status,reason\n"
             ",90027,\"x: \"\"1.5\"\" is not a number\"\n"
@@ -178,7 +178,7 @@ TEST(Tables, OptionsThatCannotBeMeantAreUsageErrors) {
       {{"--passthrough", "x,*"}, "* means all columns of the input"},
   };
   for (const auto& [options, told] : rows) {
-    const Ran ran = Score("line.pmml", options, "x\n1\n");
+    const Ran ran = ScoreTable("line.pmml", options, "x\n1\n");
     EXPECT_EQ(ran.status, 2);
     EXPECT_THAT(ran.err, HasSubstr(told));
   }
@@ -234,11 +234,11 @@ TEST(Tables, AHeaderThatDoesNotFitIsShownWithWhatMayBeMeant) {
       {{}, "gr\xF6\xDF,\xE4,b\n", "Latin-1 or Windows-1252; save the table in UTF-8"},
   };
   for (const auto& [options, cases, told] : rows) {
-    const Ran ran = Score("three.pmml", options, cases);
+    const Ran ran = ScoreTable("three.pmml", options, cases);
     EXPECT_EQ(ran.status, 5);
     EXPECT_THAT(ran.err, HasSubstr(told));
   }
-  const std::string err = Score("three.pmml", {}, many + "\n").err;
+  const std::string err = ScoreTable("three.pmml", {}, many + "\n").err;
   EXPECT_THAT(err, HasSubstr(" and 11 more\n"));
   EXPECT_LT(err.size(), 1000U);
   const TemporaryFolder folder;
@@ -411,7 +411,7 @@ TEST(Tables, AndDocumentsMayBeCompressed) {
        {std::pair{Gzipped(header + one + other), Gzipped(document)},
         {Gzipped(header) + Gzipped(one) + Gzipped(other), Zstandard(document)},
         {Zstandard(header + one) + Zstandard(other), Gzipped(document)}}) {
-    EXPECT_EQ(Score("three.pmml", {}, cases).out, scores);
+    EXPECT_EQ(ScoreTable("three.pmml", {}, cases).out, scores);
     const std::string file = folder.Write("three.pmml.compressed", model);
     const std::string input = folder.Write("cases", cases);
     const std::string expected = folder.Write("expected", Gzipped(scores));
@@ -430,7 +430,7 @@ TEST(Tables, AndDocumentsMayBeCompressed) {
   }
   // The rows before a fault are scored; of a model nothing is left.
   const std::string cut = Gzipped(header + one) + Gzipped(other).substr(0, 15);
-  const Ran ran = Score("three.pmml", {}, cut);
+  const Ran ran = ScoreTable("three.pmml", {}, cut);
   EXPECT_EQ(ran.status, 5);
   EXPECT_THAT(ran.err, HasSubstr("standard input: the file is compressed by gzip and ends before"));
   const std::string broken = folder.Write("broken", Gzipped(document).substr(0, 500));
@@ -442,7 +442,7 @@ TEST(Tables, AndDocumentsMayBeCompressed) {
           .err,
       HasSubstr("[260318] the size of the document in bytes exceeds the limit"));
   // Much that was little.
-  EXPECT_THAT(Score("three.pmml", {}, Gzipped(header + std::string(20U << 20U, '1'))).err,
+  EXPECT_THAT(ScoreTable("three.pmml", {}, Gzipped(header + std::string(20U << 20U, '1'))).err,
               HasSubstr("the length of a row in bytes exceeds the limit"));
   const std::string many = folder.Write("many", Gzipped(header + one + other));
   EXPECT_THAT(RunProgram({"verify", Data("three.pmml"), "--input", many, "--expected", many,
