@@ -1,5 +1,7 @@
 // Output fields: the values of their features, and the names that their expressions may use.
 #include <cmath>
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -200,14 +202,14 @@ TEST(OutputFields, WhatIsWrongIsToldOrRefusedByNameAndPlace) {
 
 // One evaluator: an expression has one answer, whether an output field or a derived field holds it.
 TEST(OutputFields, AnExpressionMeansWhatItMeansInADerivedField) {
-  const std::string calls[] = {"isValid(x2)", "isNotValid(x2)", "lessThan(level, 'mid')",
-                               "greaterOrEqual(level, 'mid')", "isValid(note)"};
+  const std::vector<std::string> calls = {"isValid(x2)", "isNotValid(x2)", "lessThan(level, 'mid')",
+                                          "greaterOrEqual(level, 'mid')", "isValid(note)"};
   std::string derived =
       "<DerivedField name='level' optype='ordinal' dataType='string'>" +
       svmscore::transform::CallToXml("if(lessThan(x1, 1), 'high', 'low')") +
       "<Value value='low'/><Value value='mid'/><Value value='high'/></DerivedField>";
   std::string fields;
-  for (std::size_t i = 0; i < std::size(calls); ++i) {
+  for (std::size_t i = 0; i < calls.size(); ++i) {
     const std::string number = std::to_string(i);
     derived += "<DerivedField name='d" + number + "' optype='categorical' dataType='boolean'>" +
                svmscore::transform::CallToXml(calls[i]) + "</DerivedField>";
@@ -226,14 +228,14 @@ TEST(OutputFields, AnExpressionMeansWhatItMeansInADerivedField) {
   Scoring scoring(text);
   const struct {
     Case given;
-    std::string answers[std::size(calls)];
+    std::vector<std::string> answers;
   } rows[] = {
       {{{"x1", "0.5"}, {"x2", "0.5"}, {"note", "a"}}, {"true", "false", "false", "true", "true"}},
       {{{"x1", "2"}, {"x2", "7"}, {"note", "b"}}, {"false", "true", "true", "false", "false"}},
   };
   for (const auto& [given, answers] : rows) {
     EXPECT_EQ(scoring.Score(given).status, 0);
-    for (std::size_t i = 0; i < std::size(calls); ++i) {
+    for (std::size_t i = 0; i < calls.size(); ++i) {
       // The records of this test have supplementary fields for output fields only.
       if (calls[i] != "isValid(note)") {
         EXPECT_EQ(scoring.Text("through" + std::to_string(i)), answers[i]) << calls[i];
