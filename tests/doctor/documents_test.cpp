@@ -148,30 +148,35 @@ TEST(Doctor, TellsTheLoadersCodeAndPlace) {
 }
 
 // What follows from a refusal is not told beside it.
+// Without the machine that begins like this.
+std::string WithoutMachine(std::string text, const std::string& begin) {
+  const std::string end = "</SupportVectorMachine>";
+  const std::size_t at = text.find(begin);
+  EXPECT_NE(at, std::string::npos) << begin;
+  if (at != std::string::npos) text.erase(at, text.find(end, at) + end.size() - at);
+  return text;
+}
+
 TEST(Doctor, TellsTheCauseOfARefusalAlone) {
+  const std::string iris = ReadFile(Example("iris/model.pmml"));
+  const std::string digits = ReadFile(Example("digits/model.pmml"));
   const struct {
-    std::string example;
-    Edits edits;
+    std::string document;
     std::string findings;
   } rows[] = {
-      {"iris", {" usageType='target'", ""}, "refused at MiningField"},
-      {"iris",
-       {"*<SupportVectorMachine targetCategory='setosa' alternateTargetCategory='versicolor'>[^]*?"
-        "</SupportVectorMachine>",
-        ""},
+      {Edited(iris, {" usageType='target'", ""}), "refused at MiningField"},
+      {WithoutMachine(iris,
+                      "<SupportVectorMachine targetCategory=\"setosa\" "
+                      "alternateTargetCategory=\"versicolor\""),
        "refused at SupportVectorMachineModel"},
-      {"digits",
-       {"*<SupportVectorMachine targetCategory='0' alternateTargetCategory='8'[^]*?"
-        "</SupportVectorMachine>",
-        ""},
+      {WithoutMachine(digits,
+                      "<SupportVectorMachine targetCategory=\"0\" alternateTargetCategory=\"8\""),
        "refused at SupportVectorMachineModel, constant-field at VectorFields"},
-      {"iris",
-       {"<FieldRef field='petal_width'", "<FieldRef field='petal_widht'"},
+      {Edited(iris, {"<FieldRef field='petal_width'", "<FieldRef field='petal_widht'"}),
        "refused at FieldRef"},
   };
-  for (const auto& [example, edits, findings] : rows) {
-    const std::string model = Edited(ReadFile(Example(example + "/model.pmml")), edits);
-    EXPECT_EQ(Diagnose(model).findings, findings);
+  for (const auto& [document, findings] : rows) {
+    EXPECT_EQ(Diagnose(document).findings, findings);
   }
 }
 
