@@ -58,7 +58,7 @@ std::string NearestCategory(const ScoreDictVar& variable, std::string_view text)
   std::size_t compared = 0;
   for (const ScoreValue* category : variable.GetCategories()) {
     if (++compared > kCompared || nearest == 0) break;
-    const std::string name = category->GetText();
+    std::string name = category->GetText();
     if (number && ParseNumber(name) == number) return name;
     const std::size_t distance = EditDistance(wanted, Folded(name), nearest - 1);
     if (distance >= nearest) continue;

@@ -258,9 +258,9 @@ TEST(Reasons, AreInTheLastColumnAndInTheLog) {
   EXPECT_EQ(RunProgram(arguments, cases).out,
             "prediction,status,reason\n2.1,0,\n,90027,\"x: \"\"q\"\" is not a number\"\n"
             ",90027,it repeats the header\n");
-  std::vector<std::string> json = arguments;
-  json.insert(json.end(), {"--format", "jsonl", "--log", log});
-  EXPECT_THAT(RunProgram(json, cases).out,
+  std::vector<std::string> lines = arguments;
+  lines.insert(lines.end(), {"--format", "jsonl", "--log", log});
+  EXPECT_THAT(RunProgram(lines, cases).out,
               StartsWith("{\"prediction\":2.1,\"status\":0,\"reason\":null}\n{\"prediction\":null,"
                          "\"status\":90027,\"reason\":\"x: \\\"q\\\" is not a number\"}\n"));
   EXPECT_THAT(ReadFile(log), HasSubstr("svmscore log: row 2, x: \"q\" is not a number\n"

@@ -104,7 +104,7 @@ std::string Suspicion(const std::vector<std::string_view>& header,
     return "the line \"sep=\" is of no table: remove it, and name its character with --delimiter";
   }
   const std::set<std::string> wanted(missing.begin(), missing.end());
-  const std::string delimiter =
+  std::string delimiter =
       DelimiterHint(header, [&wanted](const std::string& name) { return wanted.contains(name); });
   if (!delimiter.empty()) return delimiter;
   if (!std::all_of(header.begin(), header.end(), IsUtf8)) {

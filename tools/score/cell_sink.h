@@ -10,6 +10,7 @@ namespace svmscore::tools {
 // as the class says that takes the cells.
 class CellSink {
  public:
+  virtual ~CellSink() = default;
   virtual void Empty() = 0;
   virtual void Text(std::string_view text) = 0;
   // A category of the target, by its position and its text.
@@ -17,8 +18,6 @@ class CellSink {
   virtual void Number(double number) = 0;
   virtual void Whole(long number) = 0;
 
- protected:
-  ~CellSink() = default;
 };
 
 }  // namespace svmscore::tools
