@@ -17,7 +17,6 @@ class CellSink {
   virtual void Category(int, std::string_view text) { Text(text); }
   virtual void Number(double number) = 0;
   virtual void Whole(long number) = 0;
-
 };
 
 }  // namespace svmscore::tools
