@@ -100,6 +100,7 @@ std::string ListOf(const std::vector<std::string_view>& header) {
 // Why the header may not be what it should; empty where it looks as others do.
 std::string Suspicion(const std::vector<std::string_view>& header,
                       const std::vector<std::string>& missing, NamedBy named_by) {
+  if (header.empty()) return "";
   if (header.size() <= 2 && header[0].starts_with("sep=")) {
     return "the line \"sep=\" is of no table: remove it, and name its character with --delimiter";
   }
