@@ -88,7 +88,10 @@ class Table {
       dictionaries_.push_back(Column(choices_.Below(9), false));
       if (!choices_.Rarely()) column.dictionary = &dictionaries_.back();
     }
-    if (choices_.Rarely()) column.size = OddSize(choices_, column.size);
+    // A stated size that is too small or absurd can be told; one a little too large cannot.
+    if (choices_.Rarely()) {
+      column.size = choices_.Half() ? SIZE_MAX - choices_.Below(9) : choices_.Below(column.size);
+    }
     return column;
   }
 
