@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <optional>
-#include <vector>
 
 #include "host/reasons/text_hints.h"
 #include "host/text/number_text.h"
 #include "host/text/printable.h"
+#include "host/text/similar_name.h"
 
 namespace svmscore::reasons {
 namespace {
@@ -30,23 +30,6 @@ std::string Folded(std::string_view text) {
   return folded;
 }
 
-// The number of bytes to insert, remove or replace; `limit` + 1 for whatever is beyond.
-std::size_t EditDistance(std::string_view a, std::string_view b, std::size_t limit) {
-  if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) > limit) return limit + 1;
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (std::size_t j = 0; j < b.size(); ++j) {
-      const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
-    }
-  }
-  return std::min(row[b.size()], limit + 1);
-}
-
 }  // namespace
 
 std::string NearestCategory(const ScoreDictVar& variable, std::string_view text) {
@@ -60,7 +43,7 @@ std::string NearestCategory(const ScoreDictVar& variable, std::string_view text)
     if (++compared > kCompared || nearest == 0) break;
     std::string name = category->GetText();
     if (number && ParseNumber(name) == number) return name;
-    const std::size_t distance = EditDistance(wanted, Folded(name), nearest - 1);
+    const std::size_t distance = NameDistance(wanted, Folded(name), nearest);
     if (distance >= nearest) continue;
     nearest = distance;
     found = name;
