@@ -1,0 +1,459 @@
+#include "columns.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+#include "call.h"
+
+namespace nb = nanobind;
+
+namespace svmscore::python {
+namespace {
+
+// "column 'NAME': WHAT", as the exception of that type.
+[[noreturn]] void RaiseOfColumn(PyObject* type, nb::handle name, const char* what) {
+  PyErr_Format(type, "column %R: %s", name.ptr(), what);
+  throw nb::python_error();
+}
+
+// The type of the C interface that has the format of Python's buffers; SVMSCORE_NULL where none
+// has.
+template <typename Whole>
+constexpr int WholeType() {
+  constexpr bool kSigned = std::is_signed_v<Whole>;
+  switch (sizeof(Whole)) {
+    case 1:
+      return kSigned ? SVMSCORE_I8 : SVMSCORE_U8;
+    case 2:
+      return kSigned ? SVMSCORE_I16 : SVMSCORE_U16;
+    case 4:
+      return kSigned ? SVMSCORE_I32 : SVMSCORE_U32;
+    default:
+      return kSigned ? SVMSCORE_I64 : SVMSCORE_U64;
+  }
+}
+
+int TypeOfFormat(const char* format) {
+  if (format == nullptr) return SVMSCORE_U8;
+  if (*format == '@' || *format == '=') ++format;
+  if (format[0] == '\0' || format[1] != '\0') return SVMSCORE_NULL;
+  switch (format[0]) {
+    case 'd':
+      return SVMSCORE_F64;
+    case 'f':
+      return SVMSCORE_F32;
+    case '?':
+      return SVMSCORE_BOOL8;
+    case 'b':
+      return WholeType<signed char>();
+    case 'B':
+      return WholeType<unsigned char>();
+    case 'h':
+      return WholeType<short>();
+    case 'H':
+      return WholeType<unsigned short>();
+    case 'i':
+      return WholeType<int>();
+    case 'I':
+      return WholeType<unsigned int>();
+    case 'l':
+      return WholeType<long>();
+    case 'L':
+      return WholeType<unsigned long>();
+    case 'q':
+      return WholeType<long long>();
+    case 'Q':
+      return WholeType<unsigned long long>();
+    default:
+      return SVMSCORE_NULL;
+  }
+}
+
+void Clear(std::vector<std::uint8_t>& bitmap, std::size_t bit) {
+  bitmap[bit / 8] = static_cast<std::uint8_t>(bitmap[bit / 8] & ~(1U << (bit % 8)));
+}
+
+template <typename Number>
+Number At(const void* data, std::size_t stride, std::size_t row) {
+  Number value;
+  std::memcpy(&value, static_cast<const char*>(data) + row * stride, sizeof value);
+  return value;
+}
+
+template <typename Number, typename Mark>
+void ForEachNotANumber(const svmscore_column& column, std::size_t rows, const Mark& mark) {
+  // Most columns have none: look through a block at a time before rows are looked at one by one.
+  constexpr std::size_t kBlock = 1024;
+  for (std::size_t begin = 0; begin < rows; begin += kBlock) {
+    const std::size_t end = std::min(rows, begin + kBlock);
+    bool any = false;
+    for (std::size_t row = begin; row < end; ++row) {
+      any |= std::isnan(At<Number>(column.data, column.stride, row));
+    }
+    for (std::size_t row = begin; any && row < end; ++row) {
+      if (std::isnan(At<Number>(column.data, column.stride, row))) mark(row);
+    }
+  }
+}
+
+template <typename Whole>
+void ClearNegative(const svmscore_column& column, std::vector<std::uint8_t>& bitmap,
+                   std::size_t rows) {
+  for (std::size_t row = 0; row < rows; ++row) {
+    if (At<Whole>(column.data, column.stride, row) < 0) Clear(bitmap, row);
+  }
+}
+
+enum class ObjectKind { kMissing, kBool, kWhole, kNumber, kText, kMoment };
+
+bool HasTypeName(PyObject* object, const char* name) {
+  return std::strcmp(Py_TYPE(object)->tp_name, name) == 0;
+}
+
+bool IsNumpyBool(PyObject* object) {
+  return HasTypeName(object, "numpy.bool") || HasTypeName(object, "numpy.bool_");
+}
+
+// What pandas writes where there is no value.
+bool IsPandasMissing(PyObject* object) {
+  const char* name = std::strrchr(Py_TYPE(object)->tp_name, '.');
+  name = name == nullptr ? Py_TYPE(object)->tp_name : name + 1;
+  return std::strcmp(name, "NAType") == 0 || std::strcmp(name, "NaTType") == 0;
+}
+
+ObjectKind KindOf(PyObject* object, nb::handle name, std::size_t row) {
+  if (object == Py_None) return ObjectKind::kMissing;
+  if (PyUnicode_Check(object)) return ObjectKind::kText;
+  if (PyBool_Check(object) || IsNumpyBool(object)) return ObjectKind::kBool;
+  if (PyFloat_Check(object)) {
+    return std::isnan(PyFloat_AS_DOUBLE(object)) ? ObjectKind::kMissing : ObjectKind::kNumber;
+  }
+  if (PyLong_Check(object)) return ObjectKind::kWhole;
+  if (IsPandasMissing(object)) return ObjectKind::kMissing;
+  if (PyObject_HasAttrString(object, "isoformat")) return ObjectKind::kMoment;
+  if (!PyComplex_Check(object) && !PyObject_HasAttrString(object, "__len__") &&
+      !PyObject_HasAttrString(object, "dtype")) {
+    // Decimal, Fraction and their like.
+    if (Py_TYPE(object)->tp_as_number != nullptr &&
+        Py_TYPE(object)->tp_as_number->nb_float != nullptr) {
+      return ObjectKind::kNumber;
+    }
+  } else if (PyObject_HasAttrString(object, "dtype") && PyIndex_Check(object)) {
+    return ObjectKind::kWhole;  // a whole number of NumPy's
+  } else if (HasTypeName(object, "numpy.float32") || HasTypeName(object, "numpy.float16") ||
+             HasTypeName(object, "numpy.longdouble") || HasTypeName(object, "numpy.float128")) {
+    return ObjectKind::kNumber;
+  }
+  PyErr_Format(PyExc_TypeError,
+               "column %R, row %zu: a value of type %s is not read; give numbers, texts or bools",
+               name.ptr(), row, Py_TYPE(object)->tp_name);
+  throw nb::python_error();
+}
+
+double NumberOf(PyObject* object) {
+  const double number = PyFloat_AsDouble(object);
+  if (number == -1.0 && PyErr_Occurred() != nullptr) throw nb::python_error();
+  return number;
+}
+
+nb::object WholeOf(PyObject* object) {
+  nb::object whole = nb::steal(PyNumber_Index(object));
+  if (!whole.is_valid()) throw nb::python_error();
+  return whole;
+}
+
+// The text that the value would have in a file of cases.
+nb::str TextOf(PyObject* object, ObjectKind kind, nb::handle name) {
+  switch (kind) {
+    case ObjectKind::kBool:
+      return nb::str(PyObject_IsTrue(object) == 1 ? "true" : "false");
+    case ObjectKind::kWhole:
+      return nb::str(WholeOf(object));
+    case ObjectKind::kNumber: {
+      const double number = NumberOf(object);
+      if (number == std::trunc(number) && std::fabs(number) < 1e15) {
+        return nb::str(nb::int_(static_cast<std::int64_t>(number)));
+      }
+      if (std::isinf(number)) return nb::str(number > 0 ? "INF" : "-INF");
+      return nb::str(nb::float_(number));
+    }
+    case ObjectKind::kMoment: {
+      const nb::handle moment(object);
+      if (nb::hasattr(moment, "tzinfo") && !moment.attr("tzinfo").is_none()) {
+        RaiseOfColumn(
+            PyExc_TypeError, name,
+            "times with a time zone are not read; convert them to the zone that the model "
+            "means and drop the zone, for example by .dt.tz_localize(None)");
+      }
+      return nb::str(moment.attr("isoformat")());
+    }
+    default:
+      return nb::borrow<nb::str>(object);
+  }
+}
+
+}  // namespace
+
+Columns::~Columns() {
+  for (Py_buffer& buffer : buffers_) PyBuffer_Release(&buffer);
+}
+
+svmscore_column& Columns::Add(nb::handle name) {
+  names_.emplace_back(Utf8(name));
+  svmscore_column column = SVMSCORE_INIT(svmscore_column);
+  column.name = names_.back().data();
+  column.name_length = names_.back().size();
+  column.length = row_count_;
+  column.data_size = SVMSCORE_UNKNOWN_SIZE;
+  column.validity_size = SVMSCORE_UNKNOWN_SIZE;
+  column.offsets_size = SVMSCORE_UNKNOWN_SIZE;
+  return columns_.emplace_back(column);
+}
+
+const Py_buffer& Columns::Take(nb::handle object, nb::handle name) {
+  Py_buffer& buffer = buffers_.emplace_back();
+  if (PyObject_GetBuffer(object.ptr(), &buffer, PyBUF_STRIDED_RO | PyBUF_FORMAT) != 0) {
+    buffers_.pop_back();
+    PyErr_Clear();
+    RaiseOfColumn(PyExc_TypeError, name, "values of this type are not read");
+  }
+  return buffer;
+}
+
+std::vector<std::uint8_t>& Columns::NewBitmap(std::size_t length) {
+  return bitmaps_.emplace_back((length + 7) / 8, std::uint8_t{0xFF});
+}
+
+void Columns::SetNumbers(svmscore_column& column, const Py_buffer& buffer, int axis_of_rows,
+                         std::size_t first, nb::handle name) {
+  column.type = TypeOfFormat(buffer.format);
+  const Py_ssize_t stride = buffer.strides[axis_of_rows];
+  if (column.type == SVMSCORE_NULL) {
+    RaiseOfColumn(PyExc_TypeError, name, "values of this type are not read");
+  }
+  if (stride < 0 || (stride == 0 && row_count_ > 1)) {
+    RaiseOfColumn(PyExc_ValueError, name, "a stride below 1 cannot be read; copy the array");
+  }
+  column.data = static_cast<const char*>(buffer.buf) + first;
+  column.stride =
+      stride == 0 ? static_cast<std::size_t>(buffer.itemsize) : static_cast<std::size_t>(stride);
+}
+
+void Columns::MarkNotANumber(svmscore_column& column) {
+  // Where the column has a bitmap, it is the last that was made.
+  std::vector<std::uint8_t>* bitmap = column.validity == nullptr ? nullptr : &bitmaps_.back();
+  const auto mark = [&](std::size_t row) {
+    if (bitmap == nullptr) bitmap = &NewBitmap(column.length);
+    Clear(*bitmap, row);
+  };
+  if (column.type == SVMSCORE_F64) ForEachNotANumber<double>(column, column.length, mark);
+  if (column.type == SVMSCORE_F32) ForEachNotANumber<float>(column, column.length, mark);
+  if (bitmap != nullptr) column.validity = bitmap->data();
+}
+
+void Columns::AddNumbers(nb::str name, nb::handle array, nb::handle missing) {
+  const Py_buffer& buffer = Take(array, name);
+  if (buffer.ndim != 1 || static_cast<std::size_t>(buffer.shape[0]) != row_count_) {
+    RaiseOfColumn(PyExc_ValueError, name, "a column must have one value for each row");
+  }
+  svmscore_column& column = Add(name);
+  SetNumbers(column, buffer, 0, 0, name);
+  MarkNotANumber(column);
+  if (missing.is_none()) return;
+  const Py_buffer& mask = Take(missing, name);
+  if (mask.ndim != 1 || static_cast<std::size_t>(mask.shape[0]) != row_count_ ||
+      mask.itemsize != 1) {
+    RaiseOfColumn(PyExc_ValueError, name, "the mask must have one bool for each row");
+  }
+  std::vector<std::uint8_t>* bitmap =
+      column.validity == nullptr ? &NewBitmap(row_count_) : &bitmaps_.back();
+  column.validity = bitmap->data();
+  for (std::size_t row = 0; row < row_count_; ++row) {
+    const Py_ssize_t at = static_cast<Py_ssize_t>(row) * mask.strides[0];
+    if (static_cast<const char*>(mask.buf)[at] != 0) Clear(*bitmap, row);
+  }
+}
+
+void Columns::AddMatrix(nb::sequence names, nb::handle array) {
+  const nb::str whole("of the array");
+  const Py_buffer& buffer = Take(array, whole);
+  if (buffer.ndim != 2 || static_cast<std::size_t>(buffer.shape[0]) != row_count_ ||
+      static_cast<std::size_t>(buffer.shape[1]) != nb::len(names)) {
+    throw nb::value_error("the array must have a row for each case and a column for each name");
+  }
+  if (buffer.strides[1] < 0) throw nb::value_error("a stride below 0 cannot be read");
+  const auto step = static_cast<std::size_t>(buffer.strides[1]);
+  std::size_t index = 0;
+  for (nb::handle name : names) {
+    svmscore_column& column = Add(name);
+    SetNumbers(column, buffer, 0, index * step, name);
+    MarkNotANumber(column);
+    ++index;
+  }
+}
+
+void Columns::AddCodes(nb::str name, nb::handle codes, nb::handle values) {
+  const Py_buffer& buffer = Take(codes, name);
+  if (buffer.ndim != 1 || static_cast<std::size_t>(buffer.shape[0]) != row_count_) {
+    RaiseOfColumn(PyExc_ValueError, name, "a column must have one value for each row");
+  }
+  svmscore_column dictionary = SVMSCORE_INIT(svmscore_column);
+  dictionary.data_size = dictionary.validity_size = dictionary.offsets_size = SVMSCORE_UNKNOWN_SIZE;
+  if (PyList_Check(values.ptr())) {
+    dictionary.length = nb::len(values);
+    SetObjects(dictionary, nb::borrow<nb::list>(values), name);
+  } else {
+    const Py_buffer& numbers = Take(values, name);
+    dictionary.length = static_cast<std::size_t>(numbers.shape[0]);
+    dictionary.type = TypeOfFormat(numbers.format);
+    dictionary.data = numbers.buf;
+    dictionary.stride = static_cast<std::size_t>(numbers.strides[0]);
+    if (numbers.ndim != 1 || dictionary.type == SVMSCORE_NULL || numbers.strides[0] <= 0) {
+      RaiseOfColumn(PyExc_TypeError, name, "categories of this type are not read");
+    }
+    MarkNotANumber(dictionary);
+  }
+  svmscore_column& column = Add(name);
+  SetNumbers(column, buffer, 0, 0, name);
+  column.code_type = column.type;
+  column.dictionary = &dictionaries_.emplace_back(dictionary);
+  std::vector<std::uint8_t>& bitmap = NewBitmap(row_count_);
+  switch (column.type) {
+    case SVMSCORE_I8:
+      ClearNegative<std::int8_t>(column, bitmap, row_count_);
+      break;
+    case SVMSCORE_I16:
+      ClearNegative<std::int16_t>(column, bitmap, row_count_);
+      break;
+    case SVMSCORE_I32:
+      ClearNegative<std::int32_t>(column, bitmap, row_count_);
+      break;
+    case SVMSCORE_I64:
+      ClearNegative<std::int64_t>(column, bitmap, row_count_);
+      break;
+    default:
+      RaiseOfColumn(PyExc_TypeError, name, "codes must be signed whole numbers");
+  }
+  column.validity = bitmap.data();
+  column.type = SVMSCORE_DICTIONARY;
+}
+
+void Columns::AddObjects(nb::str name, nb::list values) {
+  if (nb::len(values) != row_count_) {
+    RaiseOfColumn(PyExc_ValueError, name, "a column must have one value for each row");
+  }
+  svmscore_column& column = Add(name);
+  SetObjects(column, values, name);
+}
+
+void Columns::SetObjects(svmscore_column& column, nb::list values, nb::handle name) {
+  const std::size_t rows = column.length;
+  std::vector<ObjectKind> kinds(rows);
+  std::array<bool, 6> has{};
+  for (std::size_t row = 0; row < rows; ++row) {
+    kinds[row] = KindOf(values[row].ptr(), name, row);
+    has[static_cast<std::size_t>(kinds[row])] = true;
+  }
+  const auto any = [&has](ObjectKind kind) { return has[static_cast<std::size_t>(kind)]; };
+  const bool texts = any(ObjectKind::kText) || any(ObjectKind::kMoment);
+  const bool numbers = any(ObjectKind::kNumber) || any(ObjectKind::kWhole);
+
+  if (any(ObjectKind::kMissing)) {
+    std::vector<std::uint8_t>& bitmap = NewBitmap(rows);
+    for (std::size_t row = 0; row < rows; ++row) {
+      if (kinds[row] == ObjectKind::kMissing) Clear(bitmap, row);
+    }
+    column.validity = bitmap.data();
+  }
+  if (!texts && !numbers && !any(ObjectKind::kBool)) {
+    column.type = SVMSCORE_NULL;
+    return;
+  }
+  if (!texts && !numbers) {
+    std::string& bytes = bytes_.emplace_back(rows, '\0');
+    for (std::size_t row = 0; row < rows; ++row) {
+      if (kinds[row] == ObjectKind::kBool) bytes[row] = PyObject_IsTrue(values[row].ptr()) == 1;
+    }
+    column.type = SVMSCORE_BOOL8;
+    column.data = bytes.data();
+    return;
+  }
+  if (!texts && !any(ObjectKind::kBool) && !any(ObjectKind::kWhole)) {
+    std::vector<double>& doubles = doubles_.emplace_back(rows, 0.0);
+    for (std::size_t row = 0; row < rows; ++row) {
+      if (kinds[row] == ObjectKind::kNumber) doubles[row] = NumberOf(values[row].ptr());
+    }
+    column.type = SVMSCORE_F64;
+    column.data = doubles.data();
+    MarkNotANumber(column);
+    return;
+  }
+  if (!texts && !any(ObjectKind::kBool) && !any(ObjectKind::kNumber)) {
+    std::vector<std::int64_t>& wholes = wholes_.emplace_back(rows, 0);
+    bool fit = true;
+    for (std::size_t row = 0; fit && row < rows; ++row) {
+      if (kinds[row] != ObjectKind::kWhole) continue;
+      int overflow = 0;
+      wholes[row] = PyLong_AsLongLongAndOverflow(WholeOf(values[row].ptr()).ptr(), &overflow);
+      fit = overflow == 0;
+    }
+    if (fit) {
+      column.type = SVMSCORE_I64;
+      column.data = wholes.data();
+      return;
+    }
+  }
+  std::string& bytes = bytes_.emplace_back();
+  std::vector<std::int64_t>& offsets = wholes_.emplace_back(rows + 1, 0);
+  for (std::size_t row = 0; row < rows; ++row) {
+    if (kinds[row] != ObjectKind::kMissing) {
+      const nb::str text = TextOf(values[row].ptr(), kinds[row], name);
+      Py_ssize_t length = 0;
+      const char* data = PyUnicode_AsUTF8AndSize(text.ptr(), &length);
+      if (data == nullptr) {
+        PyErr_Clear();
+        PyErr_Format(PyExc_ValueError, "column %R, row %zu: the text holds half a character",
+                     name.ptr(), row);
+        throw nb::python_error();
+      }
+      bytes.append(data, static_cast<std::size_t>(length));
+    }
+    offsets[row + 1] = static_cast<std::int64_t>(bytes.size());
+  }
+  column.type = SVMSCORE_UTF8_64;
+  column.data = bytes.data();
+  column.data_size = bytes.size();
+  column.offsets = offsets.data();
+}
+
+void Columns::AddTexts(nb::str name, nb::handle offsets, int offset_bits, nb::handle bytes,
+                       nb::handle validity, std::size_t offset) {
+  const Py_buffer& places = Take(offsets, name);
+  const Py_buffer& data = Take(bytes, name);
+  svmscore_column& column = Add(name);
+  column.type = offset_bits == 64 ? SVMSCORE_UTF8_64 : SVMSCORE_UTF8;
+  column.offset = offset;
+  column.data = data.buf;
+  column.data_size = static_cast<std::size_t>(data.len);
+  column.offsets = places.buf;
+  column.offsets_size = static_cast<std::size_t>(places.len);
+  if (validity.is_none()) return;
+  const Py_buffer& bits = Take(validity, name);
+  column.validity = static_cast<const std::uint8_t*>(bits.buf);
+  column.validity_size = static_cast<std::size_t>(bits.len);
+}
+
+std::vector<svmscore_column> Columns::Rows(std::size_t start, std::size_t count) const {
+  std::vector<svmscore_column> part = columns_;
+  for (svmscore_column& column : part) {
+    column.offset += start;
+    column.length = count;
+  }
+  return part;
+}
+
+}  // namespace svmscore::python

@@ -1,0 +1,61 @@
+"""Scores cases with support vector machine models written in PMML.
+
+    >>> import svmscore
+    >>> model = svmscore.load("model.pmml")
+    >>> model.predict(frame)
+"""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Any
+
+from . import _core
+from ._errors import (
+    DocumentError,
+    DocumentWarning,
+    Error,
+    InternalError,
+    NotCalibrated,
+    ScoringError,
+    SystemError,
+    TableError,
+)
+from ._model import Input, Model, Output, doctor, load
+
+if TYPE_CHECKING:
+    from ._pmml import to_pmml
+
+__version__: str = _core.version()
+
+
+def instruction_set() -> str:
+    """What scoring computes with: "plain", "sse2", "avx2" or "avx512"; the bits are the same."""
+    return _core.instruction_set()
+
+
+__all__ = [
+    "DocumentError",
+    "DocumentWarning",
+    "Error",
+    "Input",
+    "InternalError",
+    "Model",
+    "NotCalibrated",
+    "Output",
+    "ScoringError",
+    "SystemError",
+    "TableError",
+    "doctor",
+    "instruction_set",
+    "load",
+    "to_pmml",
+]
+
+
+def __getattr__(name: str) -> Any:
+    # The converters need scikit-learn or take time to import: only where they are used.
+    if name == "to_pmml":
+        from ._pmml import to_pmml
+
+        return to_pmml
+    raise AttributeError(f"module 'svmscore' has no attribute {name!r}")

@@ -1,0 +1,356 @@
+"""Tables of other libraries as columns that the library reads.
+
+Numbers are not copied where their layout allows it: any stride that is positive, the machine's own
+byte order. Missing are `None`, `NaN`, `pandas.NA`, `NaT`, and what masks and bitmaps say.
+"""
+
+from __future__ import annotations
+
+import sys
+from collections.abc import Iterable, Mapping, Sequence
+from typing import Any
+
+import numpy as np
+
+from . import _core
+
+_MOMENT_TYPES = ("date", "dateTime", "time")
+
+
+class Table:
+    """Columns, and what of their origin the scores need.
+
+    Attributes:
+        columns: what the library reads.
+        index: the index of a pandas DataFrame; None for anything else.
+        kind: "pandas", "polars" or "" for anything else: what the scores are handed back as.
+    """
+
+    __slots__ = ("columns", "index", "kind")
+
+    def __init__(self, columns: _core.Columns, index: Any = None, kind: str = "") -> None:
+        self.columns = columns
+        self.index = index
+        self.kind = kind
+
+
+def _of(module: str, value: object, name: str) -> bool:
+    """Whether `value` is an instance of a class of a module that need not be installed."""
+    loaded = sys.modules.get(module)
+    return loaded is not None and isinstance(value, getattr(loaded, name))
+
+
+def is_frame(X: object) -> bool:
+    return _of("pandas", X, "DataFrame")
+
+
+def is_scalar(value: object) -> bool:
+    """Whether it is the value of one cell, not a column."""
+    return value is None or isinstance(value, (str, bool, int, float, np.generic)) or not (
+        hasattr(value, "__len__") or hasattr(value, "__iter__")
+    )
+
+
+def is_case(X: object) -> bool:
+    """Whether it is one case: a dict of single values."""
+    return isinstance(X, Mapping) and len(X) > 0 and all(map(is_scalar, X.values()))
+
+
+def has_stream(X: object) -> bool:
+    """Whether X hands its rows over through Arrow's C interface, and in no way that is better here."""
+    return hasattr(X, "__arrow_c_stream__") and not is_frame(X)
+
+
+def read(
+    X: Any, names: Sequence[str] | None, types: Mapping[str, str], order: Sequence[str] = ()
+) -> Table:
+    """The columns of X.
+
+    Args:
+        X: a DataFrame, a dict of columns or of single values, a list of dicts, a structured array,
+            or an array of shape (n, len(order)), whose columns are those of `order`.
+        names: the columns that are wanted, as far as they are there; None for all.
+        types: the data types of fields by name, as documents spell them.
+        order: the names of the columns of a plain array.
+    Raises:
+        TypeError, ValueError: X is none of these, or a column cannot be read; with its name.
+    """
+    if is_frame(X):
+        return _read_frame(X, names, types)
+    if isinstance(X, Mapping):
+        return _read_mapping(X, names, types)
+    if isinstance(X, np.ndarray) and X.dtype.names is not None:
+        return _read_mapping({name: X[name] for name in X.dtype.names}, names, types)
+    if has_stream(X):
+        return _read_arrow(X, names, types)
+    if isinstance(X, (list, tuple)) and len(X) > 0 and all(isinstance(row, Mapping) for row in X):
+        keys = dict.fromkeys(key for row in X for key in row)
+        return _read_mapping({key: [row.get(key) for row in X] for key in keys}, names, types)
+    return _read_array(X, types, order)
+
+
+def _wanted(labels: Iterable[Any], names: Sequence[str] | None) -> list[tuple[str, Any]]:
+    """(name, label) of each column that is wanted. Labels that are no texts match by their text."""
+    by_name: dict[str, Any] = {}
+    for label in labels:
+        name = label if isinstance(label, str) else str(label)
+        if name in by_name and (names is None or name in names):
+            raise ValueError(f"column {name!r} is there twice; rename or drop one of them")
+        by_name[name] = label
+    if names is None:
+        return list(by_name.items())
+    return [(name, by_name[name]) for name in names if name in by_name]
+
+
+def _read_frame(X: Any, names: Sequence[str] | None, types: Mapping[str, str]) -> Table:
+    columns = _core.Columns(len(X))
+    wanted = _wanted(X.columns, names)
+    # Looking columns up one by one takes longer than scoring a few rows.
+    values = X.to_numpy() if 0 < len(X) <= 16 and wanted else None
+    if values is not None and values.dtype.kind == "f" and _is_exact(values):
+        places = {label: place for place, label in enumerate(X.columns)}
+        for name, label in wanted:
+            columns.add_numbers(name, values[:, places[label]])
+    else:
+        for name, label in wanted:
+            _add_series(columns, name, X[label], types.get(name, ""))
+    return Table(columns, X.index, "pandas")
+
+
+def _is_exact(values: np.ndarray) -> bool:
+    """Whether whole numbers among them cannot have lost digits when they became doubles."""
+    return bool((np.abs(values, where=values == values, out=np.zeros_like(values)) < 2**53).all())
+
+
+def _read_mapping(
+    X: Mapping[Any, Any], names: Sequence[str] | None, types: Mapping[str, str]
+) -> Table:
+    wanted = _wanted(X, names)
+    if is_case(X):
+        columns = _core.Columns(1)
+        for name, label in wanted:
+            columns.add_objects(name, [_plain(X[label])])
+        return Table(columns)
+    length: int | None = None
+    for label, column in X.items():
+        if is_scalar(column):
+            raise ValueError(f"column {label!r} is a single value beside columns of several")
+        if length is not None and len(column) != length:
+            raise ValueError(
+                f"column {label!r} has {len(column)} values, others have {length}; "
+                "a table has one for each row"
+            )
+        length = len(column)
+    columns = _core.Columns(length or 0)
+    for name, label in wanted:
+        add_values(columns, name, X[label], types.get(name, ""))
+    return Table(columns)
+
+
+def _read_array(X: Any, types: Mapping[str, str], order: Sequence[str]) -> Table:
+    if _of("scipy.sparse", X, "spmatrix") or _of("scipy.sparse", X, "sparray"):
+        raise TypeError("sparse matrices are not read; give X.toarray(), in parts if it is large")
+    if _of("pandas", X, "Series"):
+        raise TypeError(
+            "a Series is not a table; give a DataFrame, or X.to_dict() if it is one case"
+        )
+    if not (hasattr(X, "__array__") or isinstance(X, (list, tuple))):
+        raise TypeError(
+            f"a table of type {type(X).__name__} is not read; give a DataFrame, a dict of columns, "
+            "a list of dicts, an array, or a table with Arrow's C interface"
+        )
+    array = np.asarray(X)
+    if array.dtype.kind not in "biufO" and isinstance(X, (list, tuple)):
+        array = np.array(X, dtype=object)  # rows of numbers and texts, each as it is
+    if array.ndim != 2:
+        raise ValueError(
+            f"an array of cases has two axes, (cases, inputs); this one has {array.ndim}"
+            + ("; for one case give X.reshape(1, -1)" if array.ndim == 1 else "")
+        )
+    if array.shape[1] != len(order):
+        raise ValueError(
+            f"the array has {array.shape[1]} columns, but the model has {len(order)} inputs "
+            "(feature_names_in_); a DataFrame or dict may have others besides"
+        )
+    columns = _core.Columns(array.shape[0])
+    if _reads_in_place(array) and min(array.strides) > 0:
+        columns.add_matrix(list(order), array)
+    else:
+        for place, name in enumerate(order):
+            _add_array(columns, name, array[:, place], types.get(name, ""))
+    return Table(columns)
+
+
+def _read_arrow(X: Any, names: Sequence[str] | None, types: Mapping[str, str]) -> Table:
+    try:
+        import pyarrow
+    except ImportError:
+        raise TypeError(
+            f"to read a table of type {type(X).__name__} here, install pyarrow, or give a dict of "
+            "columns"
+        ) from None
+    table = pyarrow.table(X)
+    columns = _core.Columns(table.num_rows)
+    for name, _ in _wanted(table.column_names, names):
+        _add_arrow(columns, name, table[name], types.get(name, ""))
+    return Table(columns)
+
+
+def add_values(columns: _core.Columns, name: str, values: Any, data_type: str) -> None:
+    """Adds one column: an array, a Series of pandas or polars, an array of pyarrow, a sequence."""
+    if _of("pandas", values, "Series") or _of("pandas", values, "Index"):
+        _add_series(columns, name, values, data_type)
+    elif _of("pandas", values, "Categorical"):
+        _add_categories(columns, name, values)
+    elif isinstance(values, np.ndarray):
+        _add_array(columns, name, values, data_type)
+    elif _of("pyarrow", values, "Array") or _of("pyarrow", values, "ChunkedArray"):
+        _add_arrow(columns, name, values, data_type)
+    elif hasattr(values, "to_list"):
+        _add_objects(columns, name, values.to_list(), data_type)
+    elif isinstance(values, (list, tuple, range)):
+        _add_objects(columns, name, list(values), data_type)
+    elif hasattr(values, "__array__"):
+        _add_array(columns, name, np.asarray(values), data_type)
+    else:
+        raise TypeError(f"column {name!r}: values of type {type(values).__name__} are not read")
+
+
+def _reads_in_place(array: np.ndarray) -> bool:
+    dtype = array.dtype
+    return dtype.isnative and (dtype.kind in "biu" or dtype in (np.float64, np.float32))
+
+
+def _add_array(columns: _core.Columns, name: str, array: np.ndarray, data_type: str) -> None:
+    if array.ndim != 1:
+        raise ValueError(f"column {name!r} has {array.ndim} axes; a column has one")
+    mask = None
+    if isinstance(array, np.ma.MaskedArray):
+        mask, array = np.ma.getmaskarray(array), np.asarray(array.data)
+    kind = array.dtype.kind
+    if kind == "f" and not _reads_in_place(array):
+        array = array.astype(np.float32 if array.itemsize < 4 else np.float64)
+    elif kind in "biu" and not array.dtype.isnative:
+        array = array.astype(array.dtype.newbyteorder("="))
+    if kind in "biuf":
+        if array.strides[0] <= 0:
+            array = array.copy()
+        columns.add_numbers(name, array, mask)
+        return
+    if kind == "M":
+        values = _moment_texts(array, data_type)
+    elif kind == "S":
+        values = [text.decode("utf-8") for text in array.tolist()]
+    elif kind in "OUT":
+        values = array.tolist()
+    else:
+        raise TypeError(f"column {name!r}: values of type {array.dtype} are not read")
+    if mask is not None:
+        values = [None if missing else value for value, missing in zip(values, mask)]
+    _add_objects(columns, name, values, data_type)
+
+
+def _moment_texts(array: np.ndarray, data_type: str) -> list[Any]:
+    """Points in time as the texts of ISO 8601; as dates, where the field takes these or none has a time."""
+    days = array.astype("datetime64[D]")
+    missing = np.isnat(array)
+    if data_type != "dateTime" and bool(((days == array) | missing).all()):
+        texts = np.datetime_as_string(days)
+    else:
+        seconds = array.astype("datetime64[s]")
+        whole = bool(((seconds == array) | missing).all())
+        texts = np.datetime_as_string(seconds if whole else array)
+    return [None if nothing else str(text) for text, nothing in zip(texts, missing)]
+
+
+def _add_objects(columns: _core.Columns, name: str, values: list[Any], data_type: str) -> None:
+    if data_type in _MOMENT_TYPES and any(type(v).__name__ == "Timestamp" for v in values):
+        values = [_timestamp_text(v, data_type) for v in values]
+    columns.add_objects(name, values)
+
+
+def _timestamp_text(value: Any, data_type: str) -> Any:
+    """Of pandas: a date is a Timestamp too, of midnight."""
+    if type(value).__name__ != "Timestamp" or value.tzinfo is not None:
+        return value
+    midnight = value == value.normalize()
+    return str(value.date()) if data_type == "date" and midnight else value
+
+
+def _plain(value: Any) -> Any:
+    """A value of one cell; those of NumPy as Python's own."""
+    if isinstance(value, (np.datetime64, np.timedelta64)):
+        return value.item() if isinstance(value, np.datetime64) else value
+    return value.item() if isinstance(value, np.generic) else value
+
+
+def _add_series(columns: _core.Columns, name: str, series: Any, data_type: str) -> None:
+    """A column of pandas by its kind: numbers, categories by codes, masks, Arrow's texts, objects."""
+    dtype = series.dtype
+    if isinstance(dtype, np.dtype):
+        _add_array(columns, name, series.to_numpy(), data_type)
+        return
+    pandas = sys.modules["pandas"]
+    values = series.array
+    if isinstance(dtype, pandas.CategoricalDtype):
+        _add_categories(columns, name, values)
+    elif isinstance(dtype, pandas.DatetimeTZDtype):
+        raise TypeError(
+            f"column {name!r}: times with a time zone are not read; convert them to the zone that "
+            "the model means and drop the zone, for example by .dt.tz_localize(None)"
+        )
+    elif isinstance(dtype, pandas.SparseDtype):
+        _add_array(columns, name, np.asarray(values), data_type)
+    elif isinstance(getattr(dtype, "numpy_dtype", None), np.dtype) and dtype.numpy_dtype.kind in (
+        "b",
+        "i",
+        "u",
+        "f",
+    ):
+        _add_masked(columns, name, series, dtype.numpy_dtype)
+    elif hasattr(values, "__arrow_array__") and "pyarrow" in sys.modules:
+        _add_arrow(columns, name, values.__arrow_array__(), data_type)
+    else:
+        _add_objects(columns, name, series.astype(object).tolist(), data_type)
+
+
+def _add_masked(columns: _core.Columns, name: str, series: Any, dtype: np.dtype) -> None:
+    missing = np.ascontiguousarray(series.isna().to_numpy(dtype=bool))
+    nothing = False if dtype.kind == "b" else 0
+    numbers = series.to_numpy(dtype=dtype, na_value=nothing)
+    _add_array(columns, name, np.ma.MaskedArray(numbers, missing), "")
+
+
+def _add_categories(columns: _core.Columns, name: str, values: Any) -> None:
+    categories = values.categories
+    meanings: Any = categories.to_numpy()
+    if not (meanings.dtype.kind in "iuf" and _reads_in_place(meanings) and len(meanings)):
+        meanings = categories.astype(object).tolist()
+    elif meanings.strides[0] <= 0:
+        meanings = meanings.copy()
+    codes = values.codes
+    columns.add_codes(name, codes if len(codes) == 0 or codes.strides[0] > 0 else codes.copy(), meanings)
+
+
+def _add_arrow(columns: _core.Columns, name: str, values: Any, data_type: str) -> None:
+    import pyarrow
+
+    if isinstance(values, pyarrow.ChunkedArray):
+        values = values.combine_chunks()
+        if isinstance(values, pyarrow.ChunkedArray):  # of no chunks, or too large for one
+            values = pyarrow.concat_arrays(values.chunks) if values.num_chunks else pyarrow.array([])
+    kinds = pyarrow.types
+    if kinds.is_string(values.type) or kinds.is_large_string(values.type):
+        validity, offsets, data = values.buffers()
+        bits = 64 if kinds.is_large_string(values.type) else 32
+        columns.add_texts(name, offsets or b"\0" * 8, bits, data or b"", validity, values.offset)
+    elif kinds.is_dictionary(values.type):
+        _add_arrow(columns, name, values.dictionary_decode(), data_type)
+    elif kinds.is_integer(values.type) or kinds.is_floating(values.type):
+        missing = values.is_null().to_numpy(zero_copy_only=False)
+        numbers = values.fill_null(0).to_numpy(zero_copy_only=False)
+        _add_array(columns, name, np.ma.MaskedArray(numbers, missing), data_type)
+    elif kinds.is_timestamp(values.type) and values.type.tz is None or kinds.is_date(values.type):
+        _add_array(columns, name, values.to_numpy(zero_copy_only=False).astype("M8"), data_type)
+    else:
+        _add_objects(columns, name, values.to_pylist(), data_type)
