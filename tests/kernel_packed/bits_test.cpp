@@ -46,7 +46,7 @@ std::vector<Model> RandomModels(std::size_t fields, std::size_t vectors, double 
 // use a vector twice, and for the pairs of three classes.
 TEST_P(PackedBits, AtEverySize) {
   Random random(1);
-  for (const std::size_t fields : {0u, 1u, 3u, 8u, 17u, 70u}) {
+  for (const std::size_t fields : {0u, 1u, 3u, 8u, 17u, 35u}) {
     for (std::size_t vectors = 0; vectors <= 101; vectors += vectors < 36 ? 1 : 13) {
       for (Model& model : RandomModels(fields, vectors, 0.8, random)) {
         const Cases cases = RandomCases(fields, 9, 0.8, random);
