@@ -1,9 +1,9 @@
 // Describing, verifying and examining a model, as JSON.
-#include <cstring>
 #include <unordered_map>
 
 #include "capi/call_error.h"
 #include "capi/caller_structs.h"
+#include "capi/given_text.h"
 #include "capi/input_cells.h"
 #include "capi/model_state.h"
 #include "host/load/plugin.h"
@@ -19,14 +19,6 @@ namespace svmscore::capi {
 namespace {
 
 using MCZandor_850::ScoreDictVar;
-
-// Hands a text to the caller, who frees it by svmscore_text_free.
-void Give(const std::string& text, char** to, std::size_t* length) {
-  char* copy = new char[text.size() + 1];
-  std::memcpy(copy, text.c_str(), text.size() + 1);
-  *to = copy;
-  if (length != nullptr) *length = text.size();
-}
 
 using VariablesByName = std::unordered_map<std::string, const ScoreDictVar*>;
 

@@ -20,6 +20,7 @@
 
 #include "app/base/failure.h"
 #include "app/base/messages.h"
+#include "app/convert/convert_command.h"
 #include "app/describe/describe_command.h"
 #include "app/doctor/doctor_command.h"
 #include "app/options/command.h"
@@ -86,7 +87,8 @@ int ParseAndRun(int argc, char** argv) {
   DescribeCommand describe;
   VerifyCommand verify;
   DoctorCommand doctor;
-  const std::array<Command*, 4> commands = {&score, &describe, &verify, &doctor};
+  ConvertCommand convert;
+  const std::array<Command*, 5> commands = {&score, &describe, &verify, &doctor, &convert};
   std::array<CLI::App*, commands.size()> parsed{};
   for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
   try {

@@ -19,6 +19,7 @@
 #include "app/load/model_file.h"
 #include "app/options/file_option.h"
 #include "app/options/limit_option.h"
+#include "app/options/name_list.h"
 #include "app/options/table_option.h"
 #include "app/score/pipeline.h"
 #include "app/score/progress.h"
@@ -51,18 +52,9 @@ ColumnChoice ChoiceOf(const std::string& columns) {
   return columns == "raw" ? ColumnChoice::kComputed : ColumnChoice::kAll;
 }
 
-// Names separated by commas, with the quoting of CSV for a name that holds one.
-std::vector<std::string> NamesIn(const std::vector<std::string>& lists) {
-  std::vector<std::string> names;
-  std::vector<std::string_view> cells;
-  for (std::string list : lists) {
-    try {
-      CsvRows rows(list.data(), list.size(), 1);
-      while (rows.Next(cells)) names.insert(names.end(), cells.begin(), cells.end());
-    } catch (const CsvError& error) {
-      throw Failure(kUsageError, fmt::format("--passthrough: {}", error.what()));
-    }
-  }
+// The columns that --passthrough names.
+std::vector<std::string> CopiedIn(const std::vector<std::string>& lists) {
+  std::vector<std::string> names = NamesIn(lists, "--passthrough");
   if (names.size() > 1 && std::count(names.begin(), names.end(), kAllColumns) > 0) {
     throw Failure(kUsageError,
                   "--passthrough: * means all columns of the input, so that no other name can be "
@@ -219,7 +211,7 @@ ExitStatus ScoreCommand::Run() {
   const LoadChecks checks = ChecksOf(reading_);
   CheckFiles();
   StartLog(log_);
-  std::vector<std::string> copied = NamesIn(passthrough_);
+  std::vector<std::string> copied = CopiedIn(passthrough_);
   tools::DocumentSource source(model_, limits_);
   const LoadedModel loaded = LoadModelFile(source, plugin_, checks);
   TellIntake(model_, loaded);

@@ -120,7 +120,8 @@ NoDocument WhyNoDocument(std::string_view beginning) {
   if (text[0] == '<' || WideEncoding(beginning) != nullptr) return {};
   if (IsJson(text)) return {"the file is JSON", give_model};
   if (text.starts_with("svm_type ")) {
-    return {"the file is a model in LIBSVM's format", "export the model as PMML"};
+    return {"the file is a model in LIBSVM's format",
+            "make a document of it: svmscore convert MODEL -o MODEL.pmml"};
   }
   const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
   const bool is_text = std::none_of(line.begin(), line.end(), [](char c) {
