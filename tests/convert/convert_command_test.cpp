@@ -78,7 +78,7 @@ TEST(ConvertCommand, SaysWhatIsWrong) {
   const std::string cut = folder.Write("cut", std::string(kModel).substr(0, 95));
   const std::string ranges = folder.Write("ranges", "x\n1 0\n");
   const std::vector<std::tuple<std::vector<std::string>, int, std::string>> cases = {
-      {{cut}, 3, cut + ": line 8: the file ends"},
+      {{cut}, 3, cut + ": line 10: the last line has no end"},
       {{model + "s"}, 3, "No such file"},
       {{model, "--ranges", ranges}, 3, ranges + ": line 2: the lower end"},
       {{model, "--labels", "a"}, 2, "--labels: 1 labels are given, and the model has 2: 1, -1"},

@@ -223,7 +223,7 @@ TEST(ConvertModelText, MayBeDamagedInAnyWay) {
     std::string model = round % 3 == 0 ? kRegression : kModel;
     std::string ranges = kRanges;
     std::string& damaged = round % 5 == 0 ? ranges : model;
-    for (std::size_t times = 1 + below(3); times > 0; --times) {
+    for (std::size_t times = 1 + below(2); times > 0; --times) {
       const std::size_t at = below(damaged.size());
       const std::string piece = kPieces[below(std::size(kPieces))];
       switch (below(4)) {

@@ -17,9 +17,13 @@ namespace {
 
 using svmscore::app::TemporaryFolder;
 
-// The document that the library makes of a model.
-std::string Convert(const std::string& model, const std::string& ranges = {}) {
+// The document that the library makes of a model with so many features.
+std::string Convert(const std::string& model, std::size_t features,
+                    const std::string& ranges = {}) {
+  constexpr svmscore_text kNames[] = {{"a", 1}, {"b", 1}, {"c", 1}, {"d", 1}, {"e", 1}};
   svmscore_convert_options options = SVMSCORE_INIT(svmscore_convert_options);
+  options.names = kNames;
+  options.name_count = features;
   if (!ranges.empty()) options.ranges = ranges.data();
   options.ranges_length = ranges.size();
   char* document = nullptr;
@@ -244,7 +248,7 @@ TEST_P(Scores, AreThoseOfTheModel) {
     }
   }
   model_ = std::make_unique<TrainedModel>(training, data);
-  converted_ = std::make_unique<Converted>(Convert(model_->Text(), scaling_.text));
+  converted_ = std::make_unique<Converted>(Convert(model_->Text(), kFeatures, scaling_.text));
   for (std::size_t i = 0; i < raw.cases.size(); ++i) {
     Case values = raw.cases[i];
     Compare(values, scaled ? scaling_.Scaled(values) : values);
@@ -262,7 +266,7 @@ TEST(ConvertTies, AreDecidedAsLibsvmDoes) {
   const TrainedModel two(
       "svm_type c_svc\nkernel_type linear\nnr_class 2\ntotal_sv 2\nrho 0\nlabel 5 3\nnr_sv 1 1\n"
       "SV\n1 1:1\n-1 1:-1\n");
-  const Converted pair(Convert(two.Text()));
+  const Converted pair(Convert(two.Text(), 1));
   for (const double x : {0.0, -0.0, 1e-300, -1e-300, 1.0, -1.0}) {
     EXPECT_EQ(pair.Score({x}).at("label"), two.Predict({x})) << x;
   }
@@ -270,13 +274,13 @@ TEST(ConvertTies, AreDecidedAsLibsvmDoes) {
   const TrainedModel three(
       "svm_type c_svc\nkernel_type linear\nnr_class 3\ntotal_sv 3\nrho 0 0 0\nlabel 7 -2 4\n"
       "nr_sv 1 1 1\nSV\n1 -1 1:1\n0 1 1:1\n0 0 1:1\n");
-  const Converted ring(Convert(three.Text()));
+  const Converted ring(Convert(three.Text(), 1));
   for (const double x : {1.0, 0.0, -1.0}) {
     EXPECT_EQ(ring.Score({x}).at("label"), three.Predict({x})) << x;
   }
   const TrainedModel one(
       "svm_type one_class\nkernel_type linear\nnr_class 2\ntotal_sv 1\nrho 0.5\nSV\n1 1:1\n");
-  const Converted outlier(Convert(one.Text()));
+  const Converted outlier(Convert(one.Text(), 1));
   for (const double x : {0.25, 0.5, 0.75}) {
     EXPECT_EQ(outlier.Score({x}).at("label"), one.Predict({x})) << x;
   }
@@ -301,16 +305,9 @@ TEST(ConvertOddModels, ScoreAsLibsvmDoes) {
   for (const auto& [name, text] : models) {
     SCOPED_TRACE(name);
     const TrainedModel model(text);
-    svmscore_convert_options options = SVMSCORE_INIT(svmscore_convert_options);
-    const svmscore_text names[] = {{"a", 1}, {"b", 1}};
-    options.names = names;
-    options.name_count = 2;
-    char* document = nullptr;
-    ASSERT_EQ(
-        svmscore_convert_libsvm(text.data(), text.size(), &options, &document, nullptr, nullptr),
-        SVMSCORE_OK);
-    const Converted converted(document, SVMSCORE_DEFAULT);
-    svmscore_text_free(document);
+    const Converted converted(Convert(text, 2), text.find("coef0 -1") == std::string::npos
+                                                    ? SVMSCORE_STRICT
+                                                    : SVMSCORE_DEFAULT);
     for (const Case& values : {Case{0.0, 0.0}, Case{1.0, -2.0}, Case{-3.5, 0.125}}) {
       EXPECT_NEAR(converted.Score(values).at("prediction"), model.Decisions(values)[0], 1e-15);
     }

@@ -194,9 +194,10 @@ struct Term {
   double coefficient;
 };
 
-// A machine needs a term: one of 0 where it has none.
+// A machine needs terms. Where it has none there are two that cancel each other: a coefficient of 0
+// looks like a lost one.
 void WriteTerms(DocumentText& text, std::vector<Term> terms, double rho) {
-  if (terms.empty()) terms.push_back({1, 0.0});
+  if (terms.empty()) terms = {{1, 1.0}, {1, -1.0}};
   text.Element("SupportVectors").Attribute("numberOfSupportVectors", terms.size()).Open();
   for (const Term& term : terms) {
     text.Element("SupportVector").Attribute("vectorId", term.vector_id).Close();
