@@ -71,6 +71,15 @@ TEST(CMemory, LoadingTellingAndCheckingFailAndLoseNothing) {
     svmscore_model_free(model);
     return kind;
   });
+  const std::string libsvm =
+      svmscore::app::ReadFile(PROJECT_FOLDER "/fuzz/seeds/libsvm/classes_with_ranges");
+  FailEach("convert", 20, [&libsvm](svmscore_error** error) {
+    char* document = nullptr;
+    const int kind = svmscore_convert_libsvm(libsvm.data(), libsvm.find('\0'), nullptr, &document,
+                                             nullptr, error);
+    svmscore_text_free(document);
+    return kind;
+  });
   const Model model = LoadFile(kMixed);
   const auto freed = [](int kind, char* json) {
     svmscore_text_free(json);

@@ -111,13 +111,17 @@ std::vector<ScoreCase> AllCases() {
   return all;
 }
 
-std::string NameOf(const testing::TestParamInfo<ScoreCase>& info) {
+std::string NameOf(const ScoreCase& tested) {
   constexpr const char* kTypes[] = {"c_svc", "nu_svc", "one_class", "epsilon_svr", "nu_svr"};
   constexpr const char* kKernels[] = {"linear", "polynomial", "rbf", "sigmoid"};
-  const Training& training = info.param.training;
+  const Training& training = tested.training;
   return std::string(kTypes[training.type]) + "_" + kKernels[training.kernel] + "_" +
          std::to_string(training.classes) + (training.probability ? "_probability" : "") +
-         (info.param.scaled ? "_scaled" : "");
+         (tested.scaled ? "_scaled" : "");
+}
+
+void PrintTo(const ScoreCase& tested, std::ostream* out) {
+  *out << NameOf(tested);
 }
 
 // What svm-scale computes, by the numbers of its file.
@@ -258,7 +262,8 @@ TEST_P(Scores, AreThoseOfTheModel) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Convert, Scores, testing::ValuesIn(AllCases()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Convert, Scores, testing::ValuesIn(AllCases()),
+                         [](const auto& tested) { return NameOf(tested.param); });
 
 // A decision value of 0 is a vote for the second label, and votes that tie are won by the label
 // that comes first in the model.

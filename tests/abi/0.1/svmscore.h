@@ -466,6 +466,31 @@ SVMSCORE_API int svmscore_doctor_memory(const void* data, size_t data_size,
                                         const svmscore_expectation* expectation, char** json,
                                         size_t* length, svmscore_error** error);
 
+/* --- Converting ----------------------------------------------------------------------------- */
+
+/* How a model of LIBSVM becomes a document. */
+typedef struct svmscore_convert_options {
+  size_t size;
+  const char* ranges; /* the text of the file that svm-scale -s wrote, where the model was trained
+                         on scaled data; null: none */
+  size_t ranges_length;
+  const svmscore_text* names; /* of the features 1, 2, ...; null: x1, x2, ... */
+  size_t name_count;
+  const svmscore_text* labels; /* of the classes, in the order of the model's line `label`, of a
+                                  one-class model for 1 and -1; null: the model's own */
+  size_t label_count;
+} svmscore_convert_options;
+
+/* Makes a PMML document of the text of a model that svm-train of LIBSVM wrote, as `svmscore
+ * convert` does: svmscore_load_memory reads it, and it scores as svm-predict does. `options` may be
+ * null, and so may `length`.
+ * [any thread] Owns: the caller the text: svmscore_text_free. Lives: arguments, for the call.
+ * Fails: SVMSCORE_DOCUMENT: the model or the ranges cannot be read or converted, and the place is a
+ * line of them; SVMSCORE_ARGUMENT: names or labels do not fit the model. */
+SVMSCORE_API int svmscore_convert_libsvm(const void* model, size_t model_size,
+                                         const svmscore_convert_options* options, char** document,
+                                         size_t* length, svmscore_error** error);
+
 /* --- The Arrow C Data Interface ------------------------------------------------------------- */
 
 #ifndef ARROW_C_DATA_INTERFACE
