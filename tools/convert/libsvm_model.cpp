@@ -287,10 +287,12 @@ LibsvmModel ReadLibsvmModel(std::string_view text) {
     }
     ReadVector(*line, model);
   }
-  if (model.vector_count == static_cast<std::size_t>(total)) return model;
-  lines.RefuseEnd(fmt::format("the file ends after {} of {} support vectors: it is cut off",
-                              model.vector_count, total),
-                  kTrainAgain);
+  if (model.vector_count != static_cast<std::size_t>(total)) {
+    lines.RefuseEnd(fmt::format("the file ends after {} of {} support vectors: it is cut off",
+                                model.vector_count, total),
+                    kTrainAgain);
+  }
+  return model;
 }
 
 }  // namespace svmscore::tools

@@ -14,8 +14,9 @@ namespace {
 constexpr const char* kScaleAgain = "give the file that svm-scale -s wrote";
 
 TextLine NextLine(TextLines& lines, const char* what) {
-  if (const std::optional<TextLine> line = lines.Next()) return *line;
-  lines.RefuseEnd(fmt::format("the file ends before {}", what), kScaleAgain);
+  const std::optional<TextLine> line = lines.Next();
+  if (!line) lines.RefuseEnd(fmt::format("the file ends before {}", what), kScaleAgain);
+  return *line;
 }
 
 ScaleRange ReadRange(TextLine& line, const char* what) {
@@ -34,15 +35,19 @@ ScaleRange ReadScaled(TextLines& lines) {
   const char* what = "the range of scaled values";
   TextLine line = NextLine(lines, what);
   const ScaleRange range = ReadRange(line, what);
-  if (range.from < range.to) return range;
-  line.Refuse("the lower end of scaled values is not below the upper one", kScaleAgain);
+  if (!(range.from < range.to)) {
+    line.Refuse("the lower end of scaled values is not below the upper one", kScaleAgain);
+  }
+  return range;
 }
 
 // What they were.
 ScaleRange ReadSource(TextLine& line, const char* what) {
   const ScaleRange range = ReadRange(line, what);
-  if (range.from <= range.to) return range;
-  line.Refuse(fmt::format("the smallest value of {} is above the largest", what), kScaleAgain);
+  if (range.from > range.to) {
+    line.Refuse(fmt::format("the smallest value of {} is above the largest", what), kScaleAgain);
+  }
+  return range;
 }
 
 }  // namespace
