@@ -207,6 +207,11 @@ TEST(ConvertedDocument, HoldsWhatOtherReadersNeed) {
     EXPECT_THAT(document, HasSubstr(part));
   }
   EXPECT_THAT(document, testing::Not(HasSubstr("maxWins")));
+  // What only later versions of LIBSVM write is left out.
+  const std::string outlier =
+      "svm_type one_class\nkernel_type linear\nnr_class 2\ntotal_sv 1\nrho 0.5\nSV\n1 1:1\n";
+  EXPECT_EQ(LibsvmToPmml(Replaced(outlier, "SV\n", "prob_density_marks 0.1 0.2\nSV\n"), {}),
+            LibsvmToPmml(outlier, {}));
   // Whole labels are numbers.
   EXPECT_THAT(LibsvmToPmml(kModel, {}), HasSubstr("optype=\"categorical\" dataType=\"integer\""));
 }
