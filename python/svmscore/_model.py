@@ -364,23 +364,23 @@ class Model:
         plan = self._plan(*key)
         for name in self._needed:
             if name not in X:
-                return self._predict_row({k: [v] for k, v in X.items()}, errors)
+                return self._predict_row(X, errors)
         try:
-            values = [_tables._plain(X.get(name)) for name in self._input_names]
+            values = [_tables.plain(X.get(name)) for name in self._input_names]
             scorer = self._scorer(plan, key)
             results = scorer.score_case(values)
             plan.free.append(scorer)
         except TypeError:  # a value that needs a column to be understood, such as a date
-            return self._predict_row({k: [v] for k, v in X.items()}, errors)
+            return self._predict_row(X, errors)
         value = results[plan.names.index("prediction")]
         if results[-1] != 0:
-            return self._predict_row({k: [v] for k, v in X.items()}, errors)
+            return self._predict_row(X, errors)
         if plan.outputs[plan.names.index("prediction")][2] == _CODES:
             return self._classes[value : value + 1]
         return np.array([value], dtype=object if isinstance(value, str) else np.float64)
 
-    def _predict_row(self, X: Mapping[Any, list[Any]], errors: str) -> np.ndarray:
-        return self.predict(X, errors)
+    def _predict_row(self, X: Mapping[Any, Any], errors: str) -> np.ndarray:
+        return self.predict({name: [_tables.plain(value)] for name, value in X.items()}, errors)
 
     def _labels(self, codes: np.ndarray, failed: bool) -> np.ndarray:
         if not failed or codes.size == 0 or codes.min() >= 0:

@@ -58,7 +58,7 @@ def is_case(X: object) -> bool:
 
 def has_stream(X: object) -> bool:
     """Whether X hands its rows over through Arrow's C interface, and in no way that is better here."""
-    return hasattr(X, "__arrow_c_stream__") and not is_frame(X)
+    return hasattr(X, "__arrow_c_stream__") and not (is_frame(X) or _of("pandas", X, "Series"))
 
 
 def read(
@@ -129,7 +129,7 @@ def _read_mapping(
     if is_case(X):
         columns = _core.Columns(1)
         for name, label in wanted:
-            columns.add_objects(name, [_plain(X[label])])
+            columns.add_objects(name, [plain(X[label])])
         return Table(columns)
     length: int | None = None
     for label, column in X.items():
@@ -277,11 +277,13 @@ def _timestamp_text(value: Any, data_type: str) -> Any:
     return str(value.date()) if data_type == "date" and midnight else value
 
 
-def _plain(value: Any) -> Any:
+def plain(value: Any) -> Any:
     """A value of one cell; those of NumPy as Python's own."""
-    if isinstance(value, (np.datetime64, np.timedelta64)):
-        return value.item() if isinstance(value, np.datetime64) else value
-    return value.item() if isinstance(value, np.generic) else value
+    if not isinstance(value, np.generic) or value.dtype.kind == "m":
+        return value
+    if value.dtype.kind == "M":
+        return _moment_texts(np.array([value]), "")[0]
+    return value.item()
 
 
 def _add_series(columns: _core.Columns, name: str, series: Any, data_type: str) -> None:
@@ -308,7 +310,11 @@ def _add_series(columns: _core.Columns, name: str, series: Any, data_type: str) 
         "f",
     ):
         _add_masked(columns, name, series, dtype.numpy_dtype)
-    elif hasattr(values, "__arrow_array__") and "pyarrow" in sys.modules:
+    elif (
+        isinstance(dtype, (pandas.StringDtype, getattr(pandas, "ArrowDtype", pandas.StringDtype)))
+        and hasattr(values, "__arrow_array__")
+        and "pyarrow" in sys.modules
+    ):
         _add_arrow(columns, name, values.__arrow_array__(), data_type)
     else:
         _add_objects(columns, name, series.astype(object).tolist(), data_type)
