@@ -5,6 +5,7 @@
 
 #include "call.h"
 #include "columns.h"
+#include "convert.h"
 #include "model.h"
 #include "scorer.h"
 
@@ -21,6 +22,9 @@ NB_MODULE(_core, module) {
   module.def("instruction_set", &svmscore_instruction_set);
   module.def("doctor", &svmscore::python::Doctor, nb::arg("document"), nb::arg("settings"),
              nb::arg("cases").none(), nb::arg("expected").none(), nb::arg("tolerance"));
+
+  module.def("convert_libsvm", &svmscore::python::ConvertLibsvm, nb::arg("model"),
+             nb::arg("ranges").none(), nb::arg("names").none(), nb::arg("labels").none());
 
   nb::class_<LoadSettings>(module, "LoadSettings")
       .def(nb::init<int, int, nb::dict, nb::str>(), nb::arg("mode"), nb::arg("missing_policy"),

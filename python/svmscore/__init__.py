@@ -20,6 +20,7 @@ from ._errors import (
     SystemError,
     TableError,
 )
+from ._libsvm import from_libsvm
 from ._model import Input, Model, Output, doctor, load
 
 if TYPE_CHECKING:
@@ -46,6 +47,7 @@ __all__ = [
     "SystemError",
     "TableError",
     "doctor",
+    "from_libsvm",
     "instruction_set",
     "load",
     "to_pmml",
@@ -53,7 +55,7 @@ __all__ = [
 
 
 def __getattr__(name: str) -> Any:
-    # The converters need scikit-learn or take time to import: only where they are used.
+    # Takes time to import: only where it is used.
     if name == "to_pmml":
         from ._pmml import to_pmml
 

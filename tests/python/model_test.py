@@ -198,3 +198,24 @@ def test_failed_calls_keep_no_memory(iris):
         if turn == 1000:
             before = resident_kilobytes()
     assert resident_kilobytes() - before < 4096
+
+
+def test_models_of_libsvm_are_converted(tmp_path):
+    text = (
+        "svm_type c_svc\nkernel_type linear\nnr_class 2\ntotal_sv 2\nrho 0.5\nlabel 1 -1\n"
+        "nr_sv 1 1\nSV\n1 1:1 2:2\n-1 1:-1\n"
+    )
+    file = tmp_path / "model"
+    file.write_text(text)
+    document = svmscore.from_libsvm(file, feature_names=["a", "b"], labels=["good", "bad"])
+    assert svmscore.from_libsvm(text, feature_names="ab", labels=("good", "bad")) == document
+    model = svmscore.load(document)
+    assert model.feature_names_in_.tolist() == ["a", "b"]
+    assert model.predict([{"a": 1, "b": 0}, {"a": 0, "b": 0}]).tolist() == ["good", "bad"]
+    assert svmscore.load(svmscore.from_libsvm(text)).classes_.tolist() == [1, -1]
+    scaled = svmscore.from_libsvm(text, ranges="x\n-1 1\n1 0 10\n2 0 10\n")
+    assert svmscore.load(scaled).decision_function([[10, 5]]) == model.decision_function([[1, 0]])
+    with pytest.raises(svmscore.DocumentError, match="recomputed.*line 2"):
+        svmscore.from_libsvm(text.replace("linear", "precomputed"))
+    with pytest.raises(ValueError, match="labels"):
+        svmscore.from_libsvm(text, labels=["one"])
