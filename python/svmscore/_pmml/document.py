@@ -2,10 +2,12 @@
 
 from __future__ import annotations
 
+import re
 from dataclasses import dataclass
 from typing import Sequence
 from xml.etree import ElementTree
 from xml.etree.ElementTree import Element, SubElement
+from xml.sax.saxutils import unescape
 
 import numpy as np
 
@@ -166,10 +168,20 @@ def _machine(element: Element, machine: Machine, target: Target) -> None:
 
 
 def serialise(root: Element) -> str:
-    """The text of a document; a vector, and an extension, takes one line."""
+    """The text of a document; a vector, an extension and a row take one line each."""
     _indent(root, "\n")
-    body = ElementTree.tostring(root, encoding="unicode", short_empty_elements=True)
-    return f'<?xml version="1.0" encoding="UTF-8"?>\n{body}\n'
+    body = ElementTree.tostring(root, encoding="unicode")
+    return f'<?xml version="1.0" encoding="UTF-8"?>\n{_ESCAPED_TEXT.sub(_cdata, body)}\n'
+
+
+# Texts of elements; in a serialised attribute no character < or > is left.
+_ESCAPED_TEXT = re.compile(">([^<>]*&[^<>]*)<")
+
+
+def _cdata(found: re.Match[str]) -> str:
+    """A text with entities as CDATA: one reader keeps only what follows the last entity."""
+    text = unescape(found.group(1))
+    return found.group() if "]]>" in text else f"><![CDATA[{text}]]><"
 
 
 def _indent(element: Element, margin: str) -> None:

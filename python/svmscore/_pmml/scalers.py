@@ -21,9 +21,11 @@ def _each(scope: Scope, columns: list[Column], label: str, step: Callable) -> li
 
 
 def _clip(x: Expression, low: float, high: float) -> Apply:
-    # Not min and max: those ignore a missing value.
+    # Not min and max, which ignore a missing value; and not a comparison with one, which some
+    # readers refuse.
     above = apply("if", apply("greaterThan", x, high), high, x)
-    return apply("if", apply("lessThan", x, low), low, above)
+    cut = apply("if", apply("lessThan", x, low), low, above)
+    return apply("if", apply("isMissing", x), x, cut)
 
 
 def _shift_and_divide(columns: list[Column], scope: Scope, center: Any, scale: Any) -> list[Column]:
