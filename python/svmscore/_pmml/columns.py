@@ -18,6 +18,7 @@ class Input:
     """A column of the caller's table, and how the steps use it."""
 
     name: str
+    key: Any = None  # its name, or position, in the table that the estimator was fitted to
     as_number: bool = False
     categories: list[Any] = field(default_factory=list)  # of all encoders, without missing ones
     strict: list[Any] | None = None  # the only categories that an encoder accepts

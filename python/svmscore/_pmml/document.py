@@ -146,6 +146,8 @@ def _machine(element: Element, machine: Machine, target: Target) -> None:
         attributes["targetCategory"] = classes[machine.target]
     if machine.alternate is not None:
         attributes["alternateTargetCategory"] = classes[machine.alternate]
+    if machine.threshold != 0.0:
+        attributes["threshold"] = number(machine.threshold)
     svm = SubElement(element, "SupportVectorMachine", attributes)
     if machine.sigmoid:
         extension = SubElement(svm, "Extension", extender="svmscore")

@@ -27,6 +27,7 @@ class Machine:
     target: int | None = None  # positions in Model.classes
     alternate: int | None = None
     sigmoid: tuple[float, float] | None = None  # p(target) = 1 / (1 + exp(A f + B))
+    threshold: float = 0.0
 
 
 @dataclass

@@ -38,7 +38,7 @@ def add(
         raise ConversionError("verification has no rows; give some, or leave it out")
     used = {id(f) for f in in_order(columns)}
     table = [
-        (field.name, [_cell(field, value) for value in _values(rows, i)], None)
+        (field.name, [_cell(field, value) for value in _values(rows, field.key, i)], None)
         for i, field in enumerate(inputs)
         if id(field) in used
     ] + _results(estimator, model, target, rows)
@@ -62,9 +62,9 @@ def add(
                 SubElement(row, f"c{i + 1}").text = cells[r]
 
 
-def _values(rows: Any, position: int) -> Sequence[Any]:
+def _values(rows: Any, key: Any, position: int) -> Sequence[Any]:
     if hasattr(rows, "iloc"):
-        return list(rows.iloc[:, position])
+        return list(rows[key] if isinstance(key, str) else rows.iloc[:, position])
     if hasattr(rows, "toarray"):
         rows = rows.toarray()
     return [row[position] for row in rows]
@@ -101,9 +101,9 @@ def _results(estimator: Any, model: Model, target: Target, rows: Any) -> list[_C
 
 
 def _probabilities(estimator: Any, model: Model, rows: Any) -> np.ndarray:
-    """(n, classes). Of two classes the sigmoid itself: scikit-learn's figure comes out of an
-    iteration that starts there and stops early."""
-    if len(model.classes) > 2:
+    """(n, classes). Of two classes of an SVC the sigmoid itself: scikit-learn's figure comes out of
+    an iteration that starts there and stops early."""
+    if len(model.classes) > 2 or not hasattr(estimator, "decision_function"):
         return estimator.predict_proba(rows)
     a, b = model.machines[0].sigmoid
     first = 1.0 / (1.0 + np.exp(a * estimator.decision_function(rows) + b))

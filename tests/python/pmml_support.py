@@ -1,0 +1,99 @@
+"""Shared by the tests of `to_pmml`: the function itself, and the program that scores its documents."""
+
+import importlib.util
+import io
+import json
+import os
+import pathlib
+import subprocess
+import sys
+
+import numpy as np
+import pandas as pd
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+
+
+def _load():
+    """`to_pmml` of the installed package, or of the sources where none is installed."""
+    try:
+        import svmscore
+
+        return svmscore.to_pmml, svmscore.ConversionError
+    except (ImportError, AttributeError):
+        folder = ROOT / "python" / "svmscore" / "_pmml"
+        spec = importlib.util.spec_from_file_location(
+            "svmscore_pmml", folder / "__init__.py", submodule_search_locations=[str(folder)]
+        )
+        module = importlib.util.module_from_spec(spec)
+        sys.modules["svmscore_pmml"] = module
+        spec.loader.exec_module(module)
+        return module.to_pmml, module.ConversionError
+
+
+to_pmml, ConversionError = _load()
+
+
+def _program():
+    given = os.environ.get("SVMSCORE_PROGRAM")
+    builds = [ROOT / "build" / preset / "bin" / "svmscore" for preset in ("release", "dev")]
+    found = [given] if given else [str(path) for path in builds if path.exists()]
+    if not found:
+        raise RuntimeError("no svmscore is built; build it, or set SVMSCORE_PROGRAM to one")
+    return found[0]
+
+
+PROGRAM = _program()
+
+
+def run(*arguments, text=None):
+    return subprocess.run([PROGRAM, *map(str, arguments)], input=text, capture_output=True, text=True)
+
+
+def table(rows):
+    """Rows as a DataFrame, under the names that to_pmml gives to columns without one."""
+    if isinstance(rows, pd.DataFrame):
+        return rows
+    return pd.DataFrame(rows, columns=[f"x{i}" for i in range(rows.shape[1])])
+
+
+def score(document, rows, folder, columns="all"):
+    """What svmscore writes about the rows: the columns, as text, and decision values. The document
+    must be read without a remark, and every row be scored."""
+    path = folder / "model.pmml"
+    path.write_text(document, encoding="utf-8")
+    result = run(
+        "score", path, "--columns", columns, "--decisions", "--strict-document",
+        text=table(rows).to_csv(index=False),
+    )
+    assert result.returncode == 0, result.stderr
+    assert len(result.stderr.splitlines()) == 1, result.stderr  # the closing counts
+    scored = pd.read_csv(io.StringIO(result.stdout), keep_default_na=False, dtype=str)
+    assert (scored["status"] == "0").all(), result.stderr
+    return scored
+
+
+def numbers(scored, prefix):
+    """(n, columns) of the columns whose names start with `prefix`."""
+    return scored.filter(regex=f"^{prefix}").to_numpy(dtype=float)
+
+
+def texts(classes):
+    """Classes as documents spell them."""
+    classes = np.asarray(classes)
+    if classes.dtype.kind == "b":
+        return np.where(classes, "true", "false")
+    return classes.astype(str)
+
+
+def verify(folder):
+    """The document that `score` left in `folder` agrees with its own verification records."""
+    result = run("verify", folder / "model.pmml", "--strict-document")
+    assert result.returncode == 0, result.stdout + result.stderr
+    assert " 0 disagree" in result.stdout and not result.stdout.startswith("0 "), result.stdout
+
+
+def findings(folder):
+    """The names of the doctor's findings about the document in `folder`."""
+    report = json.loads(run("doctor", folder / "model.pmml", "--json").stdout)
+    return {finding["name"] for finding in report["findings"]}
