@@ -39,7 +39,8 @@ def to_pmml(
         the estimator's own results, for readers to check themselves.
 
     Columns that the prediction does not depend on, such as those that a ColumnTransformer drops,
-    are no inputs of the document. Numbers are written so that they read back to the same double.
+    are no inputs of the document. Truth values that a step computes with are the numbers 0 and 1
+    there; as categories they are truth values. Numbers are written so that they read back to the same double.
     A decision value is written with the sign that PMML asks for, under which values below 0 mean
     the first category of a machine; so a value of exactly 0 means the same class as in
     scikit-learn. Equal numbers of votes go to the first of the classes, as in scikit-learn; some

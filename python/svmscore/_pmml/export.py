@@ -9,7 +9,7 @@ from .columns import Column, Input, Scope
 from .errors import ConversionError
 from .machines import Model, read
 from .parts import Parts, take_apart
-from .pipeline import transform
+from .pipeline import is_passthrough, transform
 from .text import checked
 
 
@@ -48,9 +48,10 @@ def _inputs(
     estimator: Any, parts: Parts, given: Sequence[str] | None, names: set[str]
 ) -> list[Input]:
     """The columns that the estimator was fitted to, under their names, which join `names`."""
-    known = [estimator, *(step for _, step in parts.steps), parts.final]
-    count = next(s.n_features_in_ for s in known if _has(s, "n_features_in_"))
-    fitted = next((s.feature_names_in_ for s in known if _has(s, "feature_names_in_")), None)
+    seen = [step for _, step in parts.steps if not is_passthrough(step)]
+    first = seen[0] if seen else parts.final  # what saw the table of the caller
+    count = int(_fitted(estimator, first, "n_features_in_"))
+    fitted = _fitted(estimator, first, "feature_names_in_")
     if given is not None:
         texts = [str(n) for n in given]
     else:
@@ -65,15 +66,17 @@ def _inputs(
                 f"two fields are named {text!r}; give other feature_names or another target_name"
             )
         names.add(text)
-    keys = range(count) if fitted is None else fitted
-    return [Input(text, key) for text, key in zip(texts, keys)]
+    return [Input(text, fitted[i] if fitted is not None else i) for i, text in enumerate(texts)]
 
 
-def _has(step: Any, attribute: str) -> bool:
-    try:
-        return hasattr(step, attribute)
-    except Exception:  # a property of an estimator that is not fitted may raise anything
-        return False
+def _fitted(estimator: Any, first: Any, attribute: str) -> Any:
+    """What the fit told about the table; None where nobody kept it."""
+    for step in (estimator, first, *(t for _, t in getattr(first, "transformer_list", ()))):
+        try:
+            return getattr(step, attribute)
+        except Exception:  # properties that ask a step inside raise what that raises
+            continue
+    return None
 
 
 def _vector_columns(model: Model, columns: list[Column], scope: Scope) -> list[Column]:

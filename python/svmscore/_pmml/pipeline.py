@@ -19,12 +19,17 @@ def library_class(step: Any) -> str:
     return kind.__name__ if kind.__module__.split(".")[0] == "sklearn" else ""
 
 
+def is_passthrough(step: Any) -> bool:
+    """Whether a step passes columns on as they are."""
+    return step is None or (isinstance(step, str) and step == "passthrough")
+
+
 def transform(step: Any, columns: list[Column], scope: Scope) -> list[Column]:
     """The columns that a fitted transformer makes of `columns`.
 
     scope: that of the step itself. Raises ConversionError, with its place, for what PMML cannot say.
     """
-    if step is None or (isinstance(step, str) and step == "passthrough"):
+    if is_passthrough(step):
         return columns
     kind = library_class(step)
     rule = _TRANSFORMERS.get(kind)
