@@ -8,14 +8,13 @@ import numpy as np
 import pandas as pd
 import pytest
 from pmml_support import (
-    ConversionError, findings, numbers, run, score, table, texts, to_pmml, verify,
+    ConversionError, findings, magnitudes, numbers, run, score, table, texts, to_pmml, verify,
 )
 from scipy import sparse
 from sklearn import datasets
 from sklearn.calibration import CalibratedClassifierCV
 from sklearn.exceptions import NotFittedError
 from sklearn.linear_model import LogisticRegression, SGDClassifier, SGDRegressor
-from sklearn.metrics.pairwise import pairwise_kernels
 from sklearn.model_selection import GridSearchCV
 from sklearn.pipeline import make_pipeline
 from sklearn.preprocessing import StandardScaler
@@ -41,25 +40,6 @@ def data(name, scaled=False):
     if name == "digits":
         rows, answers = rows[:700], answers[:700]
     return (StandardScaler().fit_transform(rows) if scaled else rows), answers
-
-
-def magnitudes(estimator, rows):
-    """(n, machines) sums of the absolute terms of each decision value."""
-    kernel, dual = estimator.kernel, np.abs(estimator._dual_coef_)
-    names = {"poly": ("gamma", "coef0", "degree"), "rbf": ("gamma",), "sigmoid": ("gamma", "coef0")}
-    values = {"gamma": estimator._gamma, "coef0": estimator.coef0, "degree": estimator.degree}
-    parameters = {n: values[n] for n in names.get(kernel, ())}
-    k = np.abs(pairwise_kernels(rows, estimator.support_vectors_, metric=kernel, **parameters))
-    if not hasattr(estimator, "classes_"):
-        return k @ dual.T + np.abs(estimator._intercept_)
-    ends = np.cumsum(estimator.n_support_)
-    part = [slice(end - n, end) for end, n in zip(ends, estimator.n_support_)]
-    count = len(part)
-    sums = [
-        k[:, part[i]] @ dual[j - 1, part[i]] + k[:, part[j]] @ dual[i, part[j]]
-        for i in range(count) for j in range(i + 1, count)
-    ]
-    return np.column_stack(sums) + np.abs(estimator._intercept_)
 
 
 def check_classifier(estimator, rows, folder, tolerance=1e-12):

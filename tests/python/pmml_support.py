@@ -10,6 +10,7 @@ import sys
 
 import numpy as np
 import pandas as pd
+from sklearn.metrics.pairwise import pairwise_kernels
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 
@@ -97,3 +98,41 @@ def findings(folder):
     """The names of the doctor's findings about the document in `folder`."""
     report = json.loads(run("doctor", folder / "model.pmml", "--json").stdout)
     return {finding["name"] for finding in report["findings"]}
+
+
+def magnitudes(estimator, rows):
+    """(n, machines) sums of the absolute terms of each decision value."""
+    kernel, dual = estimator.kernel, np.abs(estimator._dual_coef_)
+    names = {"poly": ("gamma", "coef0", "degree"), "rbf": ("gamma",), "sigmoid": ("gamma", "coef0")}
+    values = {"gamma": estimator._gamma, "coef0": estimator.coef0, "degree": estimator.degree}
+    parameters = {n: values[n] for n in names.get(kernel, ())}
+    k = np.abs(pairwise_kernels(rows, estimator.support_vectors_, metric=kernel, **parameters))
+    if not hasattr(estimator, "classes_"):
+        return k @ dual.T + np.abs(estimator._intercept_)
+    ends = np.cumsum(estimator.n_support_)
+    part = [slice(end - n, end) for end, n in zip(ends, estimator.n_support_)]
+    count = len(part)
+    sums = [
+        k[:, part[i]] @ dual[j - 1, part[i]] + k[:, part[j]] @ dual[i, part[j]]
+        for i in range(count) for j in range(i + 1, count)
+    ]
+    return np.column_stack(sums) + np.abs(estimator._intercept_)
+
+
+def mixed(count=60, seed=0):
+    """Columns a, b, c: numbers, those of c with gaps; i: whole numbers; k, m: texts, those of m with
+    gaps; t: truth values; d: numbers as categories, with gaps; id: texts that occur once."""
+    generator = np.random.default_rng(seed)
+    gaps = lambda column: column.mask(generator.random(count) < 0.2)
+    colours = pd.Series(generator.choice(["red", "dark <red> & \"so\"", " a, b ", "größer"], count))
+    return pd.DataFrame({
+        "a": generator.normal(3, 1.7, count),
+        "b": generator.gamma(2, 5, count),
+        "c": gaps(pd.Series(generator.normal(-1, 0.3, count))),
+        "i": generator.integers(0, 5, count),
+        "k": colours,
+        "m": gaps(pd.Series(generator.choice(["x", "y", "z"], count, p=[0.6, 0.3, 0.1]), dtype=object)),
+        "t": generator.random(count) < 0.3,
+        "d": gaps(pd.Series(generator.choice([0.1, 2.0, 1e-7], count))),
+        "id": [f"case {n}" for n in range(count)],
+    })

@@ -3,9 +3,8 @@
 import warnings
 
 import numpy as np
-import pandas as pd
 import pytest
-from pmml_support import ConversionError, numbers, run, score, texts, to_pmml, verify
+from pmml_support import ConversionError, mixed, numbers, run, score, texts, to_pmml, verify
 from sklearn.compose import ColumnTransformer, TransformedTargetRegressor
 from sklearn.decomposition import PCA
 from sklearn.feature_selection import SelectKBest, VarianceThreshold
@@ -23,25 +22,6 @@ def no_warnings():
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")
         yield
-
-
-def mixed(count=60, seed=0):
-    """Columns a, b, c: numbers, those of c with gaps; i: whole numbers; k, m: texts, those of m with
-    gaps; t: truth values; d: numbers as categories, with gaps; id: texts that occur once."""
-    generator = np.random.default_rng(seed)
-    gaps = lambda column: column.mask(generator.random(count) < 0.2)
-    colours = pd.Series(generator.choice(["red", "dark <red> & \"so\"", " a, b ", "größer"], count))
-    return pd.DataFrame({
-        "a": generator.normal(3, 1.7, count),
-        "b": generator.gamma(2, 5, count),
-        "c": gaps(pd.Series(generator.normal(-1, 0.3, count))),
-        "i": generator.integers(0, 5, count),
-        "k": colours,
-        "m": gaps(pd.Series(generator.choice(["x", "y", "z"], count, p=[0.6, 0.3, 0.1]), dtype=object)),
-        "t": generator.random(count) < 0.3,
-        "d": gaps(pd.Series(generator.choice([0.1, 2.0, 1e-7], count))),
-        "id": [f"case {n}" for n in range(count)],
-    })
 
 
 def check_columns(transformer, rows, folder, unseen=None, tolerance=0.0):
@@ -111,6 +91,8 @@ def imputed(transformer):
         (OneHotEncoder(min_frequency=15), ["k", "m"]),
         (OneHotEncoder(max_categories=3, handle_unknown="infrequent_if_exist"), ["k", "m", "i"]),
         (OneHotEncoder(max_categories=2, drop="first"), ["k"]),
+        (OneHotEncoder(max_categories=1, handle_unknown="infrequent_if_exist"), ["k", "m"]),
+        (OneHotEncoder(min_frequency=45, handle_unknown="infrequent_if_exist"), ["d"]),
         (make_pipeline(SimpleImputer(strategy="most_frequent"), OneHotEncoder()), ["m", "k"]),
         (make_pipeline(SimpleImputer(strategy="constant", fill_value="no"), OneHotEncoder()), ["m"]),
         (make_pipeline(SimpleImputer(strategy="most_frequent"), OneHotEncoder()), ["d", "i"]),
@@ -222,6 +204,10 @@ def test_targets_are_scaled_back(transformer, tmp_path):
         verify(tmp_path)
 
 
+class Unknown(StandardScaler):
+    """Nobody knows what it does."""
+
+
 ROWS = mixed()
 SPLIT = ColumnTransformer([("n", scaled, ["i"]), ("k", OneHotEncoder(), ["i"])])
 
@@ -229,6 +215,7 @@ SPLIT = ColumnTransformer([("n", scaled, ["i"]), ("k", OneHotEncoder(), ["i"])])
 @pytest.mark.parametrize(
     "transformer, columns, message",
     (
+        (Unknown(), ["a"], r"step 'unknown' \(Unknown\): .* no form"),
         (PCA(2), ["a", "b"], r"step 'pca' \(PCA\): .* no form .*; replace it by one of Binarizer"),
         (FunctionTransformer(lambda x: x * 2), ["a"], "'functiontransformer' .*<lambda>.*log1p"),
         (FunctionTransformer(np.clip, kw_args={"a_min": 0, "a_max": 1}), ["a"], "clip with kw_args"),

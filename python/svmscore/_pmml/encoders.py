@@ -56,18 +56,21 @@ def one_hot_encoder(step: Any, columns: list[Column], scope: Scope) -> list[Colu
 
 
 def _indicator(column: Column, code: list[int], groups: _Groups, strict: bool) -> Any:
-    has_missing = groups.missing in code
-    if code == [groups.missing]:
-        return apply("if", apply("isMissing", column), 1.0, 0.0)
-    missing = None if strict and groups.missing is None else float(has_missing)
-    return Indicator(column, groups.present(code), missing)
+    missing = None if strict and groups.missing is None else float(groups.missing in code)
+    return _is_one_of(column, groups.present(code), missing)
 
 
 def _rest(column: Column, groups: _Groups) -> Apply:
     """1 for infrequent and for unknown categories, a missing one among them unless it is known."""
     others = [i for code in groups.codes[:-1] for i in code]
     known = groups.missing is not None and groups.missing in others
-    return apply("-", 1.0, Indicator(column, groups.present(others), float(known)))
+    return apply("-", 1.0, _is_one_of(column, groups.present(others), float(known)))
+
+
+def _is_one_of(column: Column, values: tuple[Any, ...], missing: float | None) -> Any:
+    if not values and missing is not None:
+        return apply("if", apply("isMissing", column), missing, 0.0)
+    return Indicator(column, values, missing)
 
 
 def ordinal_encoder(step: Any, columns: list[Column], scope: Scope) -> list[Column]:

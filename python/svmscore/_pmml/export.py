@@ -50,7 +50,8 @@ def _inputs(
     """The columns that the estimator was fitted to, under their names, which join `names`."""
     seen = [step for _, step in parts.steps if not is_passthrough(step)]
     first = seen[0] if seen else parts.final  # what saw the table of the caller
-    count = int(_fitted(estimator, first, "n_features_in_"))
+    # A step that nobody knows may tell nothing; `transform` refuses it by name.
+    count = _fitted(estimator, first, "n_features_in_") or len(given or ())
     fitted = _fitted(estimator, first, "feature_names_in_")
     if given is not None:
         texts = [str(n) for n in given]
