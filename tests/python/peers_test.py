@@ -83,8 +83,8 @@ def no_warnings():
 @pytest.mark.parametrize("classes", (IRIS.target_names, [-5, 0, 3], [False, True]), ids=str)
 def test_classifiers(estimator, classes, tmp_path):
     chosen = IRIS.target < len(classes)
-    rows = IRIS.data[chosen]
-    check_readers(estimator.fit(rows, np.array(classes)[IRIS.target[chosen]]), rows, tmp_path)
+    rows, answers = IRIS.data[chosen], np.array(classes)[IRIS.target[chosen]]
+    check_readers(estimator.fit(rows, answers), rows[::3], tmp_path)
 
 
 def test_a_calibrated_classifier(tmp_path):
@@ -110,7 +110,7 @@ def test_one_class_models(tmp_path):
     estimator = OneClassSVM(nu=0.2).fit(IRIS.data)
     check_readers(estimator, IRIS.data, tmp_path)
     for reader in READERS:
-        values = reader(tmp_path / "model.pmml", IRIS.data)["decision_function"].to_numpy(dtype=float)
+        values = reader(tmp_path / "model.pmml", IRIS.data)["decision_function"].to_numpy(float)
         assert np.abs(values - estimator.decision_function(IRIS.data)).max() < 1e-12
 
 

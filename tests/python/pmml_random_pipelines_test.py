@@ -19,8 +19,9 @@ from sklearn.preprocessing import (
 from sklearn.svm import SVC, SVR, NuSVR
 
 rescaling = st.sampled_from([
-    "passthrough", StandardScaler(), MinMaxScaler((-1, 1), clip=True), MaxAbsScaler(), RobustScaler(),
-    FunctionTransformer(np.tanh), FeatureUnion([("s", StandardScaler()), ("p", "passthrough")]),
+    "passthrough", StandardScaler(), MinMaxScaler((-1, 1), clip=True), MaxAbsScaler(),
+    RobustScaler(), FunctionTransformer(np.tanh),
+    FeatureUnion([("s", StandardScaler()), ("p", "passthrough")]),
 ])
 combining = st.sampled_from([
     "passthrough", PolynomialFeatures(2, include_bias=False), SelectKBest(k=2),
@@ -57,13 +58,15 @@ pipelines = st.builds(
     lambda numeric, gaps, encoders, remainder, last, estimator: make_pipeline(
         ColumnTransformer(
             [("n", make_pipeline(*numeric), ["a", "b"]), ("g", make_pipeline(*gaps), ["c", "a"]),
-             ("k", encoders[0], ["k", "i"]), ("m", encoders[1], ["m", "d"]), ("id", "drop", ["id"])],
+             ("k", encoders[0], ["k", "i"]), ("m", encoders[1], ["m", "d"]),
+             ("id", "drop", ["id"])],
             remainder=remainder,
         ),
         StandardScaler(with_mean=False), last, estimator,
     ),
     st.tuples(rescaling, combining), st.tuples(rescaling, filling, rescaling),
-    st.tuples(encoding, encoding), st.sampled_from(["drop", OneHotEncoder()]), rescaling, estimators,
+    st.tuples(encoding, encoding), st.sampled_from(["drop", OneHotEncoder()]), rescaling,
+    estimators,
 )
 
 

@@ -1,4 +1,4 @@
-"""Shared by the tests of `to_pmml`: the function itself, and the program that scores its documents."""
+"""Shared by the tests of `to_pmml`: the function, and the program that scores its documents."""
 
 import importlib.util
 import io
@@ -16,20 +16,18 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
 def _load():
-    """`to_pmml` of the installed package, or of the sources where none is installed."""
-    try:
-        import svmscore
-
-        return svmscore.to_pmml, svmscore.ConversionError
-    except (ImportError, AttributeError):
+    """`to_pmml` and its error: of the installed package, or of the sources where none is."""
+    if importlib.util.find_spec("svmscore"):
+        from svmscore._pmml import ConversionError, to_pmml
+    else:
         folder = ROOT / "python" / "svmscore" / "_pmml"
         spec = importlib.util.spec_from_file_location(
             "svmscore_pmml", folder / "__init__.py", submodule_search_locations=[str(folder)]
         )
-        module = importlib.util.module_from_spec(spec)
-        sys.modules["svmscore_pmml"] = module
+        module = sys.modules["svmscore_pmml"] = importlib.util.module_from_spec(spec)
         spec.loader.exec_module(module)
-        return module.to_pmml, module.ConversionError
+        ConversionError, to_pmml = module.ConversionError, module.to_pmml
+    return to_pmml, ConversionError
 
 
 to_pmml, ConversionError = _load()
@@ -48,7 +46,9 @@ PROGRAM = _program()
 
 
 def run(*arguments, text=None):
-    return subprocess.run([PROGRAM, *map(str, arguments)], input=text, capture_output=True, text=True)
+    return subprocess.run(
+        [PROGRAM, *map(str, arguments)], input=text, capture_output=True, text=True
+    )
 
 
 def table(rows):
@@ -64,7 +64,12 @@ def score(document, rows, folder, columns="all"):
     path = folder / "model.pmml"
     path.write_text(document, encoding="utf-8")
     result = run(
-        "score", path, "--columns", columns, "--decisions", "--strict-document",
+        "score",
+        path,
+        "--columns",
+        columns,
+        "--decisions",
+        "--strict-document",
         text=table(rows).to_csv(index=False),
     )
     assert result.returncode == 0, result.stderr
@@ -114,25 +119,30 @@ def magnitudes(estimator, rows):
     count = len(part)
     sums = [
         k[:, part[i]] @ dual[j - 1, part[i]] + k[:, part[j]] @ dual[i, part[j]]
-        for i in range(count) for j in range(i + 1, count)
+        for i in range(count)
+        for j in range(i + 1, count)
     ]
     return np.column_stack(sums) + np.abs(estimator._intercept_)
 
 
 def mixed(count=60, seed=0):
-    """Columns a, b, c: numbers, those of c with gaps; i: whole numbers; k, m: texts, those of m with
-    gaps; t: truth values; d: numbers as categories, with gaps; id: texts that occur once."""
+    """Columns a, b, c: numbers, those of c with gaps; i: whole numbers; k, m: texts, those of m
+    with gaps; t: truth values; d: numbers as categories, with gaps; id: texts that occur once."""
     generator = np.random.default_rng(seed)
     gaps = lambda column: column.mask(generator.random(count) < 0.2)
-    colours = pd.Series(generator.choice(["red", "dark <red> & \"so\"", " a, b ", "größer"], count))
-    return pd.DataFrame({
-        "a": generator.normal(3, 1.7, count),
-        "b": generator.gamma(2, 5, count),
-        "c": gaps(pd.Series(generator.normal(-1, 0.3, count))),
-        "i": generator.integers(0, 5, count),
-        "k": colours,
-        "m": gaps(pd.Series(generator.choice(["x", "y", "z"], count, p=[0.6, 0.3, 0.1]), dtype=object)),
-        "t": generator.random(count) < 0.3,
-        "d": gaps(pd.Series(generator.choice([0.1, 2.0, 1e-7], count))),
-        "id": [f"case {n}" for n in range(count)],
-    })
+    colours = pd.Series(generator.choice(["red", 'dark <red> & "so"', " a, b ", "größer"], count))
+    return pd.DataFrame(
+        {
+            "a": generator.normal(3, 1.7, count),
+            "b": generator.gamma(2, 5, count),
+            "c": gaps(pd.Series(generator.normal(-1, 0.3, count))),
+            "i": generator.integers(0, 5, count),
+            "k": colours,
+            "m": gaps(
+                pd.Series(generator.choice(["x", "y", "z"], count, p=[0.6, 0.3, 0.1]), dtype=object)
+            ),
+            "t": generator.random(count) < 0.3,
+            "d": gaps(pd.Series(generator.choice([0.1, 2.0, 1e-7], count))),
+            "id": [f"case {n}" for n in range(count)],
+        }
+    )

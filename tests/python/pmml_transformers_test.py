@@ -94,7 +94,7 @@ def imputed(transformer):
         (OneHotEncoder(max_categories=1, handle_unknown="infrequent_if_exist"), ["k", "m"]),
         (OneHotEncoder(min_frequency=45, handle_unknown="infrequent_if_exist"), ["d"]),
         (make_pipeline(SimpleImputer(strategy="most_frequent"), OneHotEncoder()), ["m", "k"]),
-        (make_pipeline(SimpleImputer(strategy="constant", fill_value="no"), OneHotEncoder()), ["m"]),
+        (make_pipeline(SimpleImputer(strategy="constant", fill_value=""), OneHotEncoder()), ["m"]),
         (make_pipeline(SimpleImputer(strategy="most_frequent"), OneHotEncoder()), ["d", "i"]),
         (make_pipeline(SimpleImputer(missing_values="red", strategy="constant", fill_value="?"),
                        OneHotEncoder()), ["k"]),
@@ -151,13 +151,15 @@ encoded = OneHotEncoder(handle_unknown="ignore")
     (
         ([("n", scaled, ["b", "a"]), ("k", encoded, ["k"])], "drop"),
         ([("n", scaled, [1, 0]), ("k", encoded, [-5])], "drop"),
-        ([("n", scaled, slice("a", "b")), ("k", encoded, slice(3, 5)), ("d", "drop", ["c"])], "drop"),
+        ([("n", scaled, slice("a", "b")), ("k", encoded, slice(3, 5)), ("d", "drop", ["c"])],
+         "drop"),
         ([("n", scaled, [True, True] + [False] * 7), ("k", encoded, lambda rows: ["k"])], "drop"),
         ([("n", "passthrough", slice(None, 2)), ("none", scaled, []), ("k", encoded, ["k", "i"]),
           ("d", "drop", ["c", "d", "m", "t", "id"])], "passthrough"),
         ([("k", encoded, ["k", "m"]), ("d", "drop", ["id", "t"])], imputed(scaled)),
         ([("n", imputed(PolynomialFeatures(2)), ["a", "c"]),
-          ("in", ColumnTransformer([("k", encoded, [1])], remainder="passthrough"), ["i", "k"])], "drop"),
+          ("in", ColumnTransformer([("k", encoded, [1])], remainder="passthrough"), ["i", "k"])],
+         "drop"),
     ),
     ids=("names", "positions", "slices", "mask", "passthrough", "remainder", "nested"),
 )
@@ -168,7 +170,8 @@ def test_choices_of_columns(transformers, remainder, tmp_path):
 
 def test_weights_and_nested_pipelines(tmp_path):
     union = FeatureUnion(
-        [("p", "passthrough"), ("s", Pipeline([("a", "passthrough"), ("b", scaled)])), ("x", "drop")],
+        [("p", "passthrough"), ("s", Pipeline([("a", "passthrough"), ("b", scaled)])),
+         ("x", "drop")],
         transformer_weights={"s": 0.3},
     )
     check_columns(union, mixed()[NUMBERS], tmp_path)
@@ -218,7 +221,8 @@ SPLIT = ColumnTransformer([("n", scaled, ["i"]), ("k", OneHotEncoder(), ["i"])])
         (Unknown(), ["a"], r"step 'unknown' \(Unknown\): .* no form"),
         (PCA(2), ["a", "b"], r"step 'pca' \(PCA\): .* no form .*; replace it by one of Binarizer"),
         (FunctionTransformer(lambda x: x * 2), ["a"], "'functiontransformer' .*<lambda>.*log1p"),
-        (FunctionTransformer(np.clip, kw_args={"a_min": 0, "a_max": 1}), ["a"], "clip with kw_args"),
+        (FunctionTransformer(np.clip, kw_args={"a_min": 0, "a_max": 1}), ["a"],
+         "clip with kw_args"),
         (ColumnTransformer([("n", make_pipeline(PCA(1)), ["a", "b"])]), ["a", "b"],
          r"step 'columntransformer.n.pca'"),
         (SPLIT, ["i"], "'i' is computed with, and an encoder rejects unknown"),

@@ -1,5 +1,5 @@
-"""From scikit-learn to PMML: `to_pmml` writes a fitted estimator, or a pipeline that ends in one, as
-a document. Neither scikit-learn nor NumPy is imported before the first call.
+"""From scikit-learn to PMML: `to_pmml` writes a fitted estimator, or a pipeline that ends in one,
+as a document. Neither scikit-learn nor NumPy is imported before the first call.
 
 Start reading at `export.py`. `machines.py` reads estimators, `pipeline.py` and the modules of the
 transformers turn columns into derived fields (`columns.py`), and `document.py` writes all of it.
@@ -40,14 +40,19 @@ def to_pmml(
 
     Columns that the prediction does not depend on, such as those that a ColumnTransformer drops,
     are no inputs of the document. Truth values that a step computes with are the numbers 0 and 1
-    there; as categories they are truth values. Numbers are written so that they read back to the same double.
+    there; as categories they are truth values. Numbers read back to the same double.
+
     A decision value is written with the sign that PMML asks for, under which values below 0 mean
-    the first category of a machine; so a value of exactly 0 means the same class as in
-    scikit-learn. Equal numbers of votes go to the first of the classes, as in scikit-learn; some
-    other readers take the class that was voted for first. With `probability=True` the document
-    has the sigmoid of each pair in an extension, and scoring predicts the class of the largest
-    probability, where scikit-learn's `predict` counts votes, as readers do that pass the
-    extension over.
+    the first category of a machine; so a value of exactly 0 means the same class as in scikit-
+    learn. Equal numbers of votes go to the first of the classes, as in scikit-learn; some other
+    readers take the class that was voted for first.
+
+    With `probability=True`, and for a CalibratedClassifierCV of one sigmoid, the document has the
+    sigmoid of each machine in an extension, and scoring predicts the class of the largest
+    probability, where the `predict` of an SVC counts votes, as readers do that pass the extension
+    over. Of two classes the probability is the sigmoid itself; scikit-learn's own figure for an SVC
+    comes out of an iteration that stops early. A OneClassSVM becomes a regression whose output
+    fields are its decision value and +1 or -1.
 
     Raises ConversionError (a ValueError), which names the step and says what to do, where PMML
     cannot say what the estimator does; scikit-learn's NotFittedError for one that is not fitted.

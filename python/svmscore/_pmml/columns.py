@@ -7,7 +7,7 @@ an input has shows only when all steps have said how they use it.
 from __future__ import annotations
 
 from dataclasses import dataclass, field
-from typing import Any, Sequence, Union
+from typing import Any, NoReturn, Sequence, Union
 
 from .errors import refuse
 from .text import category, data_type, is_missing
@@ -104,8 +104,7 @@ Expression = Union[Input, Derived, Constant, Apply, Indicator, Lookup]
 def apply(function: str, *arguments: Expression | float) -> Apply:
     """A function of columns, expressions and numbers."""
     return Apply(
-        function,
-        tuple(Constant(a) if isinstance(a, (int, float)) else a for a in arguments),
+        function, tuple(Constant(a) if isinstance(a, (int, float)) else a for a in arguments)
     )
 
 
@@ -132,7 +131,8 @@ class Scope:
         """The scope of a step of this one."""
         return Scope(self._names, f"{self.path}.{name}" if self.path else name, step)
 
-    def refuse(self, reason: str, remedy: str) -> None:
+    def refuse(self, reason: str, remedy: str) -> NoReturn:
+        """Raises ConversionError, with the place of the step."""
         refuse(self.path, self.step, reason, remedy)
 
     def derive(self, label: str, expression: Expression, source: Column | None = None) -> Derived:
@@ -152,8 +152,7 @@ class Scope:
         elif not column.as_number:
             if data_type(column.categories) in ("string", "boolean"):
                 self.refuse(
-                    f"computes with column {column.name!r}, which has categories",
-                    "encode it first",
+                    f"computes with column {column.name!r}, which has categories", "encode it first"
                 )
             column.as_number = True
         return column

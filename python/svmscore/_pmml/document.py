@@ -27,7 +27,7 @@ class Target:
 
     name: str
     data_type: str = "double"
-    classes: Sequence[str] | None = None
+    classes: Sequence[str] = ()
     rescale: tuple[float, float] | None = None  # prediction = decision value * [0] + [1]
 
     @property
@@ -84,7 +84,7 @@ def _dictionary(root: Element, inputs: Sequence[Input], target: Target) -> None:
     dictionary = SubElement(root, "DataDictionary", numberOfFields=str(len(inputs) + 1))
     for field in inputs:
         _data_field(dictionary, field.name, field.type, field.values())
-    _data_field(dictionary, target.name, target.data_type, target.classes)
+    _data_field(dictionary, target.name, target.data_type, target.classes or None)
 
 
 def _mining_schema(model: Element, inputs: Sequence[Input], target: Target) -> None:
@@ -141,7 +141,7 @@ def _vectors(element: Element, model: Model, columns: Sequence[Column]) -> None:
 
 def _machine(element: Element, machine: Machine, target: Target) -> None:
     attributes = {}
-    classes = target.classes or ()
+    classes = target.classes
     if machine.target is not None:
         attributes["targetCategory"] = classes[machine.target]
     if machine.alternate is not None:

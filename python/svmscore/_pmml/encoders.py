@@ -91,5 +91,3 @@ def ordinal_encoder(step: Any, columns: list[Column], scope: Scope) -> list[Colu
         lookup = Lookup(column, codes, unknown, missing)
         result.append(scope.derive(f"code({column.name})", lookup))
     return result
-
-

@@ -40,7 +40,7 @@ def convert(
     targets.describe_classes(target, model, categories)
     root = document.build(model, target, columns, _description(parts.final))
     if rows is not None:
-        verification.add(root, estimator, model, target, inputs, columns, rows)
+        verification.add(root[-1], estimator, model, target, inputs, columns, rows)
     return document.serialise(root)
 
 

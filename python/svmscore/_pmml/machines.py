@@ -32,13 +32,13 @@ class Machine:
 
 @dataclass
 class Model:
-    """A support vector machine as PMML sees it; `classes` is None for regressions."""
+    """A support vector machine as PMML sees it; regressions have no classes."""
 
     kernel: str
     parameters: dict[str, float]
     vectors: np.ndarray  # (vectors, columns)
     machines: list[Machine] = field(default_factory=list)
-    classes: list[Any] | None = None
+    classes: list[Any] = field(default_factory=list)
     method: str | None = None
     is_one_class: bool = False
 
@@ -184,9 +184,7 @@ def _linear_classifier(estimator: Any, scope: Scope) -> Model:
 
 def _linear_regressor(estimator: Any, scope: Scope) -> Model:
     """LinearSVR and SGDRegressor."""
-    _require_loss(
-        estimator, {"epsilon_insensitive", "squared_epsilon_insensitive"}, scope
-    )
+    _require_loss(estimator, {"epsilon_insensitive", "squared_epsilon_insensitive"}, scope)
     return _linear(estimator, 1.0)
 
 

@@ -1,4 +1,4 @@
-"""Takes an estimator apart: transformers, the support vector machine, and what is wrapped around."""
+"""Takes an estimator apart: transformers, the support vector machine, and what is around it."""
 
 from __future__ import annotations
 

@@ -27,7 +27,8 @@ def is_passthrough(step: Any) -> bool:
 def transform(step: Any, columns: list[Column], scope: Scope) -> list[Column]:
     """The columns that a fitted transformer makes of `columns`.
 
-    scope: that of the step itself. Raises ConversionError, with its place, for what PMML cannot say.
+    scope: that of the step itself. Raises ConversionError, with its place, for what PMML cannot
+    say.
     """
     if is_passthrough(step):
         return columns
@@ -104,9 +105,7 @@ def chosen_positions(chosen: Any, names: Sequence[str], scope: Scope) -> list[in
     chosen = list(chosen)
     if chosen and all(isinstance(c, (bool, np.bool_)) for c in chosen):
         return [i for i, keep in enumerate(chosen) if keep]
-    return [
-        names.index(c) if isinstance(c, str) else range(len(names))[int(c)] for c in chosen
-    ]
+    return [names.index(c) if isinstance(c, str) else range(len(names))[int(c)] for c in chosen]
 
 
 def _slice_positions(chosen: slice, names: Sequence[str]) -> list[int]:

@@ -18,7 +18,7 @@ def describe_classes(
     target: Target, model: Model, given: Sequence[Any] | Mapping[Any, Any] | None
 ) -> None:
     """Gives the target the type and the texts of the classes."""
-    if model.classes is None:
+    if not model.classes:
         if given is not None:
             raise ConversionError("categories are given for a regression; leave them out")
         return
@@ -62,7 +62,6 @@ def rescaling(transformer: Any, scope: Scope) -> tuple[float, float] | None:
         "PMML rescales predictions only by a factor and a constant",
         "use StandardScaler, MinMaxScaler, MaxAbsScaler or RobustScaler, or transform y yourself",
     )
-    return None
 
 
 def _first(values: Any, otherwise: float) -> float:

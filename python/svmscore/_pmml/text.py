@@ -32,7 +32,8 @@ def checked(text: str) -> str:
     bad = _NOT_IN_XML.search(text)
     if bad:
         raise ConversionError(
-            f"the name {text!r} has the character {bad.group()!r}, which XML does not allow; rename it"
+            f"the name {text!r} has the character {bad.group()!r}, which XML does not allow; "
+            "rename it"
         )
     return text
 

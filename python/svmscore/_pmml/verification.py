@@ -15,11 +15,14 @@ from .text import category, is_missing, number
 from .transformations import in_order
 
 LIMIT = 10
-_PRECISION = "1E-9"  # sums in another order differ in the last digits
+# PMML's own default. The sums of other readers differ in the last digits of their terms, which may
+# be much larger than a value near 0; so values that are small beside the largest count as 0.
+_PRECISION = 1e-6
+_NEARLY_ZERO = 1e-9
 
 
 def add(
-    root: Element,
+    element: Element,
     estimator: Any,
     model: Model,
     target: Target,
@@ -27,7 +30,7 @@ def add(
     columns: Sequence[Column],
     rows: Any,
 ) -> None:
-    """Appends a ModelVerification with the first rows, at most LIMIT.
+    """Appends to a model element a ModelVerification with the first rows, at most LIMIT.
 
     rows: as for `estimator.predict`; raises ConversionError for none, and what scikit-learn raises
     for rows that it does not take.
@@ -42,19 +45,16 @@ def add(
         for i, field in enumerate(inputs)
         if id(field) in used
     ] + _results(estimator, model, target, rows)
-    element = SubElement(
-        root.find("SupportVectorMachineModel"),
-        "ModelVerification",
-        recordCount=str(count),
-        fieldCount=str(len(table)),
+    block = SubElement(
+        element, "ModelVerification", recordCount=str(count), fieldCount=str(len(table))
     )
-    fields = SubElement(element, "VerificationFields")
-    for i, (name, _, precision) in enumerate(table):
+    fields = SubElement(block, "VerificationFields")
+    for i, (name, _, largest) in enumerate(table):
         field = SubElement(fields, "VerificationField", field=name, column=f"c{i + 1}")
-        if precision:
-            field.set("precision", precision)
-            field.set("zeroThreshold", precision)
-    inline = SubElement(element, "InlineTable")
+        if largest is not None:
+            field.set("precision", number(_PRECISION))
+            field.set("zeroThreshold", number(_NEARLY_ZERO * max(1.0, largest)))
+    inline = SubElement(block, "InlineTable")
     for r in range(count):
         row = SubElement(inline, "row")
         for i, (_, cells, _) in enumerate(table):
@@ -76,18 +76,21 @@ def _cell(field: Input, value: Any) -> str | None:
     return category(value) if field.is_categorical else number(value)
 
 
-_Column = tuple[str, Sequence["str | None"], "str | None"]
+_Column = tuple[str, Sequence["str | None"], "float | None"]
+
+
+def _numbers(name: str, values: np.ndarray) -> _Column:
+    return name, [number(v) for v in values], float(np.abs(values).max())
 
 
 def _results(estimator: Any, model: Model, target: Target, rows: Any) -> list[_Column]:
-    """The columns of expected results: output fields, their cells, and the accepted deviation."""
+    """The columns of expected results: fields, their cells, and the largest of their numbers."""
     predicted = np.ravel(estimator.predict(rows))
-    if model.classes is None:
+    if not model.classes:
         if not model.is_one_class:
-            return [(target.prediction, [number(p) for p in predicted], _PRECISION)]
-        values = np.ravel(estimator.decision_function(rows))
+            return [_numbers(target.prediction, predicted)]
         return [
-            (DECISION, [number(v) for v in values], _PRECISION),
+            _numbers(DECISION, np.ravel(estimator.decision_function(rows))),
             (target.prediction, [category(p) for p in predicted], None),
         ]
     texts = dict(zip([category(c) for c in model.classes], target.classes))
@@ -105,6 +108,6 @@ def _probabilities(estimator: Any, model: Model, rows: Any) -> np.ndarray:
     an iteration that starts there and stops early."""
     if len(model.classes) > 2 or not hasattr(estimator, "decision_function"):
         return estimator.predict_proba(rows)
-    a, b = model.machines[0].sigmoid
+    a, b = model.machines[0].sigmoid or (0.0, 0.0)
     first = 1.0 / (1.0 + np.exp(a * estimator.decision_function(rows) + b))
     return np.column_stack([first, 1.0 - first])
