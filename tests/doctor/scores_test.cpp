@@ -49,6 +49,7 @@ TEST(Scores, ThatAgreeAreNoFinding) {
   EXPECT_TRUE(Diagnose(ReadFile(DATA_FOLDER "/sound.pmml")).json["agreement"].is_null());
 }
 
+constexpr const char* kReordered = "rows-reordered";
 const Edits kNegated = {"*<Coefficient value='", "<Coefficient value='-", "*='--", "='"};
 const Fault kFaults[] = {
     {"iris",
@@ -68,6 +69,9 @@ const Fault kFaults[] = {
     {"iris",
      "classes-permuted at SupportVectorMachine",
      {"*'setosa'", "'x'", "*'virginica'", "'setosa'", "*'x'", "'virginica'"}},
+    {"iris",
+     "categories-renamed",
+     {"*'setosa'", "'1'", "*'virginica'", "'2'", "*'versicolor'", "'3'"}},
     {"tumour", "offset-sign at Coefficients", {"absoluteValue='-", "absoluteValue='"}},
     {"tumour",
      "machine-sign at SupportVectorMachine",
@@ -78,6 +82,9 @@ const Fault kFaults[] = {
     {"digits", "offset-sign at Coefficients", kNegated},
     {"diabetes", "values-negated at Coefficients", kNegated},
     {"diabetes", "offset-sign at Coefficients", {"absoluteValue='", "absoluteValue='-"}},
+    {"diabetes",
+     "cases-beyond-vectors at FieldRef",
+     {"*<DerivedField name='z_bmi'[^]*?</DerivedField>", "", "field='z_bmi'", "field='bmi'"}},
     {"diabetes", "constant-offset at Coefficients", {"absoluteValue='", "absoluteValue='1"}},
     {"diabetes",
      "values-rescaled at Coefficients",
@@ -166,6 +173,21 @@ TEST(Scores, TellWhatWasMeant) {
   }
 }
 
+TEST(Scores, TellOtherRowsFromOtherScores) {
+  const std::string expected = ReadFile(Example("diabetes/expected.csv"));
+  const std::size_t first = expected.find('\n') + 1;
+  const std::size_t second = expected.find('\n', first) + 1;
+  const std::string rotated =
+      expected.substr(0, first) + expected.substr(second) + expected.substr(first, second - first);
+  const TemporaryFolder folder;
+  const Diagnosis diagnosis =
+      Diagnose(ReadFile(Example("diabetes/model.pmml")),
+               With(folder, ReadFile(Example("diabetes/cases.csv")), rotated));
+  ASSERT_EQ(diagnosis.findings, std::string("mismatch, ") + kReordered) << diagnosis.json.dump(1);
+  EXPECT_THAT(std::string(diagnosis.json["findings"][1]["what"]),
+              HasSubstr("is predicted for row "));
+}
+
 // Decision values show faults that leave all predictions right.
 TEST(Scores, IncludeDecisionValues) {
   const Diagnosis lost = DiagnoseExample("iris", {"vectorId='v9'", "vectorId='v99'"});
@@ -206,7 +228,7 @@ TEST(Scores, AreReadAndComparedAsAskedFor) {
 }  // namespace
 
 std::vector<std::string> KindsOfScores() {
-  std::vector<std::string> kinds = {"mismatch", "mismatch-field"};
+  std::vector<std::string> kinds = {"mismatch", "mismatch-field", kReordered};
   const auto add = [&kinds](const std::string& finding) {
     kinds.push_back(finding.substr(0, finding.find(' ')));
   };

@@ -104,6 +104,7 @@ const Comparison* FirstExplained(const Suspect& suspect, const CaseFiles& files,
   for (const Comparison& comparison : comparisons) {
     if (ExplainByCategories(suspect, files, comparison, findings) ||
         ExplainByNumbers(suspect, comparison, NumberRelation::kNegated, findings) ||
+        ExplainByOrder(comparison, findings) ||
         ExplainByChange(suspect, files, comparison, findings)) {
       return &comparison;
     }
@@ -185,6 +186,7 @@ std::optional<Agreement> CheckScores(const Suspect& suspect, const CaseFiles& fi
   TellMismatch(files, told, findings);
   for (Finding& finding : explained.Take()) findings.Add(std::move(finding));
   if (comparison == nullptr) {
+    FindFieldsBeyondVectors(suspect, files, findings);
     FindSeparatingFields(suspect, files, comparisons.front(), findings);
   }
   return AgreementOf(suspect.loaded, files, told);

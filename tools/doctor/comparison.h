@@ -68,12 +68,16 @@ std::optional<Agreement> CheckScores(const Suspect& suspect, const CaseFiles& fi
 // explains the disagreement.
 bool ExplainByCategories(const Suspect& suspect, const CaseFiles& files,
                          const Comparison& comparison, FindingList& findings);
+bool ExplainByOrder(const Comparison& comparison, FindingList& findings);
 enum class NumberRelation { kNegated, kShifted, kRescaled };
 bool ExplainByNumbers(const Suspect& suspect, const Comparison& comparison, NumberRelation relation,
                       FindingList& findings);
 // document_changes.cpp: a change of the document that leads to the expected values.
 bool ExplainByChange(const Suspect& suspect, const CaseFiles& files, const Comparison& comparison,
                      FindingList& findings);
+// vector_ranges.cpp: inputs that are vector fields, and outside the range of the vectors in all
+// cases.
+void FindFieldsBeyondVectors(const Suspect& suspect, const CaseFiles& files, FindingList& findings);
 // separating_field.cpp: a field that distinguishes the rows that disagree from the others.
 void FindSeparatingFields(const Suspect& suspect, const CaseFiles& files,
                           const Comparison& comparison, FindingList& findings);

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <set>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -42,6 +44,7 @@ std::map<std::string, std::string> Renaming(const CaseFiles& files, const Compar
 
 bool ExplainLabels(const Suspect& suspect, const CaseFiles& files, const Comparison& comparison,
                    FindingList& findings) {
+  const auto& target = suspect.loaded.output->Targets().Target();
   for (std::size_t i = 0; i < comparison.columns.size(); ++i) {
     if (!comparison.columns[i].quantity.is_label ||
         comparison.columns[i].quantity.kind == Kind::kStatus) {
@@ -49,15 +52,22 @@ bool ExplainLabels(const Suspect& suspect, const CaseFiles& files, const Compari
     }
     const auto renamed = Renaming(files, comparison, i);
     std::string what;
+    bool listed = false;  // some text that is expected instead is a category, too
     for (const auto& [got, expected] : renamed) {
       if (got == expected) continue;
+      listed = listed || target.GetCategoryIndexOfText(expected) >= 0;
       what += fmt::format("{}\"{}\" is expected wherever \"{}\" is predicted",
                           what.empty() ? "" : ", ", expected, got);
     }
     if (renamed.size() < 2 || what.empty()) continue;
-    const bool two = suspect.loaded.output->Targets().Target().GetCategories().size() == 2;
+    what += ", in all rows";
+    if (!listed) {
+      findings.Add("categories-renamed", nullptr, std::move(what));
+      return true;
+    }
+    const bool two = target.GetCategories().size() == 2;
     findings.Add(two ? KindOfFinding("classes-swapped") : KindOfFinding("classes-permuted"),
-                 FirstMachine(suspect.loaded), what + ", in all rows");
+                 FirstMachine(suspect.loaded), std::move(what));
     return true;
   }
   return false;
@@ -152,7 +162,42 @@ NumberRelation RelationOf(const Line& line) {
                                                  : NumberRelation::kRescaled;
 }
 
+// A number of the column, and its row.
+using NumberedRows = std::vector<std::pair<double, std::size_t>>;
+
 }  // namespace
+
+bool ExplainByOrder(const Comparison& comparison, FindingList& findings) {
+  for (std::size_t i = 0; i < comparison.columns.size(); ++i) {
+    NumberedRows got;
+    NumberedRows expected;
+    for (std::size_t row = 0; row < comparison.rows.size(); ++row) {
+      const ComparedCell& cell = comparison.rows[row].cells[i];
+      if (cell.number) got.emplace_back(*cell.number, row);
+      if (cell.expected) expected.emplace_back(*cell.expected, row);
+    }
+    if (got.size() < kNeededRows || got.size() != expected.size()) continue;
+    std::sort(got.begin(), got.end());
+    std::sort(expected.begin(), expected.end());
+    // Few numbers, as shares of votes are, return in many orders.
+    std::size_t distinct = 1;
+    std::optional<std::size_t> moved;
+    bool same = true;
+    for (std::size_t at = 0; at < got.size() && same; ++at) {
+      same = Near(got[at].first, expected[at].first);
+      if (at > 0 && !Near(got[at - 1].first, got[at].first)) ++distinct;
+      if (!moved && !comparison.rows[expected[at].second].cells[i].agrees) moved = at;
+    }
+    if (!same || !moved || distinct < kNeededRows || 2 * distinct < got.size()) continue;
+    findings.Add("rows-reordered", nullptr,
+                 fmt::format("{} has the expected values in another order: what is expected in row "
+                             "{} is predicted for row {}",
+                             comparison.columns[i].quantity.name, expected[*moved].second + 1,
+                             got[*moved].second + 1));
+    return true;
+  }
+  return false;
+}
 
 bool ExplainByCategories(const Suspect& suspect, const CaseFiles& files,
                          const Comparison& comparison, FindingList& findings) {
