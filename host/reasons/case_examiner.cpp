@@ -59,7 +59,10 @@ std::vector<const ScoreDictVar*> FieldsOf(const LoadedModel& loaded) {
 CaseExaminer::CaseExaminer(const LoadedModel& loaded,
                            const std::vector<const ScoreDictVar*>& variables)
     : loaded_(loaded), fields_(FieldsOf(loaded)) {
-  for (std::size_t i = 0; i < variables.size(); ++i) positions_.emplace(variables[i], i);
+  for (std::size_t i = 0; i < variables.size(); ++i) {
+    positions_.emplace(variables[i], i);
+    names_.insert(variables[i]->GetName());
+  }
   if (const auto* transformations = loaded.model->GetTransformationDictionary()) {
     for (const Program::Input& input : transformations->GetProgram().Inputs()) {
       inputs_of_slots_.emplace(input.slot, input.var);
@@ -120,8 +123,19 @@ class CaseExaminer::Examination {
     return any;
   }
 
+  // As where tables with columns of different order were joined.
+  bool IsOtherHeader() const {
+    std::size_t names = 0;
+    for (std::size_t i = 0; i < record_.Size(); ++i) {
+      if (!given_[i].missing && examiner_.names_.contains(given_[i].text)) ++names;
+      if (2 * (i + 1 - names) > record_.Size()) return false;
+    }
+    return names > 1;
+  }
+
   void FindInvalidInputs() {
     if (IsHeader()) return Add({.cause = Cause::kHeaderRow});
+    if (IsOtherHeader()) return Add({.cause = Cause::kOtherHeader});
     for (std::size_t i = 0; i < record_.Size() && !IsFull(); ++i) {
       if (record_.StateOf(i) == InputState::kInvalid) Add(ReasonOfInput(i));
     }
@@ -149,10 +163,16 @@ class CaseExaminer::Examination {
       reason.hint = Hint::kMissingWord;
     }
     if (reason.cause == Cause::kWrongType) {
-      reason.hint = respelled && given.text.find('.') != std::string_view::npos
-                        ? Hint::kDecimalPoint
-                        : HintOfNumber(given.text);
-      if (reason.hint == Hint::kDate && !IsOfNumbers(var)) reason.hint = Hint::kNone;
+      reason.hint = HintOfNumber(given.text);
+      const std::size_t point = given.text.rfind('.');
+      const std::size_t comma = given.text.rfind(',');
+      const bool groups = reason.hint == Hint::kThousands && comma != std::string_view::npos &&
+                          comma > point;  // 1.234,5
+      if (respelled && point != std::string_view::npos && !groups) {
+        reason.hint = Hint::kDecimalPoint;
+      }
+      const bool of_numbers = reason.hint == Hint::kDate || reason.hint == Hint::kTruthValue;
+      if (of_numbers && !IsOfNumbers(var)) reason.hint = Hint::kNone;
     }
     if (reason.cause == Cause::kNotListed) reason.hint = HintOfCategory(var, given.text);
     return reason;

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "host/load/loader.h"
@@ -62,6 +63,7 @@ class SVMSCORE_HOST_API CaseExaminer {
   const LoadedModel& loaded_;
   std::vector<const MCZandor_850::ScoreDictVar*> fields_;  // of the vector positions, each once
   std::unordered_map<const MCZandor_850::ScoreDictVar*, std::size_t> positions_;
+  std::unordered_set<std::string_view> names_;  // of the variables
   std::unordered_map<int, const MCZandor_850::ScoreDictVar*> inputs_of_slots_;
   std::vector<std::string> decision_names_;  // one for each decision value
 };

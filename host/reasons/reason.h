@@ -36,8 +36,9 @@ enum class Cause {
   kOutputField,      // an output field comes to an invalid value
   kCannotScore,      // memory ran out, or the model lacks data
   // Of the case as a whole.
-  kHeaderRow,  // every text is the name of its field
-  kEmptyRow,   // nothing is given for any of several inputs
+  kHeaderRow,    // every text is the name of its field
+  kOtherHeader,  // most texts are names of inputs, but not of their own
+  kEmptyRow,     // nothing is given for any of several inputs
 };
 
 // What a text that cannot be used looks like.
@@ -56,6 +57,8 @@ enum class Hint {
   kInvisible,     // characters that are not seen, such as a no-break space
   kDate,          // a date where a number is wanted
   kEncoding,      // bytes that are not UTF-8
+  kTruthValue,    // true or false where a number is wanted
+  kFormulaError,  // what a spreadsheet shows for a formula that fails: #REF!
 };
 
 // One reason. Lives: the names, as long as the model; the text, as long as the case that gave it.
@@ -103,7 +106,8 @@ class SVMSCORE_HOST_API ReasonCounts {
   void Clear() { counts_.clear(); }
   bool IsEmpty() const { return counts_.empty(); }
   std::size_t Size() const { return counts_.size(); }
-  // The `most` most frequent, the most frequent first; among equals by name and cause.
+  // The `most` most frequent, the most frequent first, after a header of another order; among
+  // equals by name and cause.
   std::vector<Count> MostFrequent(std::size_t most) const;
 
  private:

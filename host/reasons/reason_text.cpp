@@ -126,6 +126,9 @@ std::string WordsOf(const Reason& reason) {
       return "memory ran out, or the model lacks what scoring needs";
     case Cause::kHeaderRow:
       return "it repeats the header";
+    case Cause::kOtherHeader:
+      return "it is a header of another order; the rows after it are read in the order of the "
+             "first header, so that their scores may be wrong";
     case Cause::kEmptyRow:
       return "every input is empty";
   }
@@ -171,6 +174,8 @@ std::string GroupOf(Cause cause, const ScoreDictVar* input) {
       return "memory ran out, or the model lacks data";
     case Cause::kHeaderRow:
       return "the header again";
+    case Cause::kOtherHeader:
+      return "a header of another order";
     case Cause::kEmptyRow:
       return "every input empty";
   }
@@ -207,6 +212,10 @@ std::string_view NameOf(Hint hint) {
       return " (a date)";
     case Hint::kEncoding:
       return " (not in UTF-8)";
+    case Hint::kTruthValue:
+      return " (true or false)";
+    case Hint::kFormulaError:
+      return " (an error of a spreadsheet)";
   }
   return "";
 }
@@ -269,6 +278,10 @@ std::string_view TextOf(Hint hint) {
       return "the table is not in UTF-8 but, it seems, in Latin-1 or Windows-1252; save it in "
              "UTF-8, "
              "or convert it: iconv -f WINDOWS-1252 -t UTF-8";
+    case Hint::kTruthValue:
+      return "write the number that the training had for it, as a rule 1 for true and 0 for false";
+    case Hint::kFormulaError:
+      return "a formula of the spreadsheet fails; correct it, or leave a missing value empty";
   }
   return "";
 }
@@ -298,8 +311,12 @@ std::vector<ReasonCounts::Count> ReasonCounts::MostFrequent(std::size_t most) co
   std::vector<Group> groups;
   groups.reserve(counts_.size());
   for (const auto& group : counts_) groups.push_back(&group);
+  // Scores of other rows depend on a header among them.
+  const auto rank = [](Group group) {
+    return std::pair(std::get<Cause>(group->first) == Cause::kOtherHeader, group->second.cells);
+  };
   std::stable_sort(groups.begin(), groups.end(),
-                   [](Group a, Group b) { return a->second.cells > b->second.cells; });
+                   [rank](Group a, Group b) { return rank(a) > rank(b); });
   groups.resize(std::min(most, groups.size()));
   std::vector<Count> counts;
   counts.reserve(groups.size());

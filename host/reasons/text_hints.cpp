@@ -18,9 +18,23 @@ constexpr std::size_t kLongest = 64;
 
 constexpr std::array<std::string_view, 6> kBlank = {" ", "\t", "\r", "\n", "\u00A0", "\u202F"};
 constexpr std::array<std::string_view, 2> kApostrophes = {"'", "\u2019"};
-constexpr std::array<std::string_view, 14> kMissingWords = {
-    "null", "none", "nil", "nan", "na",      "n/a",   "#n/a",
-    "<na>", "-",    "--",  "?",   "missing", "empty", "(null)"};
+constexpr std::array<std::string_view, 21> kMissingWords = {
+    "null", "none", "nil", "nan", "na", "n/a", "n.a.",    "k.a.",  "#n/a",      "#nv",   "#null!",
+    "<na>", "-",    "--",  "?",   ".",  "\\n", "missing", "empty", "undefined", "(null)"};
+
+constexpr std::array<std::string_view, 2> kTruthValues = {"true", "false"};
+constexpr std::array<std::string_view, 8> kFormulaErrors = {
+    "#ref!", "#value!", "#name?", "#num!", "#div/0!", "#bezug!", "#wert!", "#zahl!"};
+
+// Regardless of upper and lower case; the words are in lower case.
+template <std::size_t kCount>
+bool IsAmong(const std::array<std::string_view, kCount>& words, std::string_view text) {
+  return std::any_of(words.begin(), words.end(), [text](std::string_view word) {
+    return std::equal(text.begin(), text.end(), word.begin(), word.end(), [](char a, char b) {
+      return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
+    });
+  });
+}
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
@@ -98,9 +112,11 @@ std::string WithHyphen(std::string_view text) {
   return hyphened == text ? std::string() : hyphened;
 }
 
-// Digits and the name of a month, or three numbers, as spreadsheets show a date: 5-May, 1.2.2024.
+// Digits and the name of a month in English or German, or three numbers, as spreadsheets show a
+// date: 5-May, 5. Mai, 1.2.2024.
 bool IsDate(std::string_view text) {
-  constexpr std::string_view kMonths = "jan feb mar apr may jun jul aug sep oct nov dec";
+  constexpr std::string_view kMonths =
+      "jan feb mar mrz apr may mai jun jul aug sep oct okt nov dec dez";
   int numbers = 0;
   int months = 0;
   char separator = '\0';
@@ -128,6 +144,7 @@ bool IsDate(std::string_view text) {
       return false;
     }
     if (++at == text.size()) return false;
+    if (separator == '.' && text[at] == ' ' && ++at == text.size()) return false;
   }
   return months == 0 ? numbers == 3 : months == 1 && (numbers == 1 || numbers == 2);
 }
@@ -176,18 +193,15 @@ Hint HintOfNumber(std::string_view text) {
   if (!apostrophe.empty() && IsSomeNumber(text.substr(apostrophe.size()))) return Hint::kApostrophe;
   if (const auto hint = HintOfGroups(text)) return *hint;
   if (IsNumber(seen)) return Hint::kInvisible;
+  if (IsAmong(kTruthValues, text)) return Hint::kTruthValue;
+  if (IsAmong(kFormulaErrors, text)) return Hint::kFormulaError;
   if (IsDate(text)) return Hint::kDate;
   if (HasDecimalComma(text)) return Hint::kDecimalComma;
   return HasUnit(text) ? Hint::kUnit : Hint::kNone;
 }
 
 bool IsMissingWord(std::string_view text) {
-  text = WithoutBlanks(text);
-  return std::any_of(kMissingWords.begin(), kMissingWords.end(), [text](std::string_view word) {
-    return std::equal(text.begin(), text.end(), word.begin(), word.end(), [](char a, char b) {
-      return (a >= 'A' && a <= 'Z' ? static_cast<char>(a - 'A' + 'a') : a) == b;
-    });
-  });
+  return IsAmong(kMissingWords, WithoutBlanks(text));
 }
 
 }  // namespace svmscore::reasons

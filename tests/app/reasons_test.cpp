@@ -161,12 +161,17 @@ TEST(Reasons, SayWhatTheTextLooksLike) {
       {"None", "(leave a missing value empty, or give --missing-token None)"},
       {"NaN", "(leave a missing value empty, or give --missing-token NaN)"},
       {" null", "(leave a missing value empty, or give --missing-token with this text)"},
+      {".", "(leave a missing value empty, or give --missing-token with this text)"},
+      {"\\N", "(leave a missing value empty, or give --missing-token with this text)"},
       {"five", "is not a number\n"},
       {"12,34,5", "is not a number\n"},
       {"%", "is not a number\n"},
       {"2024-01-31", "has a spreadsheet made a date of the number?"},
       {"5-6-May", "has a spreadsheet made a date of the number?"},
       {"Jun 12", "has a spreadsheet made a date of the number?"},
+      {"5. Mai", "has a spreadsheet made a date of the number?"},
+      {"TRUE", "as a rule 1 for true and 0 for false)"},
+      {"#DIV/0!", "a formula of the spreadsheet fails; "},
       {"5-6", "is not a number\n"},
       {"5-mm", "(write the number alone)"},
       {"\u22121.5", "(its minus sign is no hyphen but another character, such as U+2212; write -)"},
@@ -198,6 +203,20 @@ TEST(Reasons, SayWhatACategoryLooksLike) {
   };
   for (const auto& [cell, told] : rows) {
     EXPECT_THAT(RunProgram({"score", model}, "width,height,colour\n1,1," + cell + "\n").err,
+                HasSubstr(told));
+  }
+}
+
+// The rows that follow one of another order would be scored with exchanged columns.
+TEST(Reasons, TellAHeaderFromAnother) {
+  const struct {
+    std::string row, told;
+  } rows[] = {{"width,height,colour", "row 1: it repeats the header\n"},
+              {"height,width,colour", "row 1: it is a header of another order; "},
+              {"colour,size,width", "row 1: it is a header of another order; "},
+              {"width,1,red", "row 1, width: \"width\" is not a number\n"}};
+  for (const auto& [row, told] : rows) {
+    EXPECT_THAT(RunProgram({"score", Data("three.pmml")}, "width,height,colour\n" + row + "\n").err,
                 HasSubstr(told));
   }
 }
