@@ -56,7 +56,7 @@ class Refusal {
         if (parts[0] == tags::XML_ELE_TARGETS && model_ != nullptr) return OfTarget();
         return;
       case code::kUnknownField:
-        return Suggest(parts[0], FieldNames());
+        return OfField(parts[0]);
       default:
         return;
     }
@@ -75,6 +75,40 @@ class Refusal {
   void Suggest(const std::string& name, const std::vector<std::string>& candidates) {
     const std::string meant = DidYouMean(name, candidates);
     if (!meant.empty()) error_.AddRemark(meant);
+  }
+
+  // A vector field is not meant by a second name, and a name that is made of an input's, as that of
+  // a scaled field is, does not mean the input: it would be scored unscaled.
+  void OfField(const std::string& name) {
+    std::set<std::string> used;
+    const DOMElement* vectors = FindChild(FindChild(model_, "VectorDictionary"), "VectorFields");
+    for (const DOMElement* field : Children(vectors, "FieldRef")) {
+      used.insert(AttributeText(field, "field"));
+    }
+    if (!used.contains(name)) used.clear();
+    std::string computed_from;
+    for (const DOMElement* field : Children(FindChild(root_, "DataDictionary"), "DataField")) {
+      const std::string input = AttributeText(field, "name");
+      if (!IsMadeOf(name, input)) continue;
+      used.insert(input);
+      computed_from = input;
+    }
+    std::vector<std::string> names = FieldNames();
+    std::erase_if(names, [&used](const std::string& other) { return used.contains(other); });
+    const std::string meant = DidYouMean(name, names);
+    if (meant.empty() && !computed_from.empty()) {
+      return error_.AddRemark("the DerivedField that computes it from " + Quoted(computed_from) +
+                              " may be lost");
+    }
+    if (!meant.empty()) error_.AddRemark(meant);
+  }
+
+  static bool IsMadeOf(const std::string& name, const std::string& input) {
+    constexpr std::string_view kBetween = "_.- ";
+    if (input.empty() || name.size() < input.size() + 2) return false;
+    const auto is_between = [kBetween](char c) { return kBetween.find(c) != std::string::npos; };
+    return (name.ends_with(input) && is_between(name[name.size() - input.size() - 1])) ||
+           (name.starts_with(input) && is_between(name[input.size()]));
   }
 
   std::vector<std::string> FieldNames() const {
@@ -127,6 +161,10 @@ class Refusal {
         return Suggest(name, {kModel});
       }
       if (other == nullptr && PlainName(name).ends_with("model")) other = child;
+    }
+    if (other == nullptr && PlainName(NameOf(root_)) == "html") {
+      return Say("the document is a page of HTML", root_,
+                 "save the document itself, not a page that shows it");
     }
     if (other == nullptr) {
       return Say("the document has no model", nullptr,

@@ -103,6 +103,10 @@ class StreamSource : public xercesc::InputSource {
             error_ == 0 ? "the stream failed" : std::strerror(error_));
   }
   const RawScan& Scan() const { return scan_; }
+  // Whether the end of the document was read.
+  bool IsRead() const { return stream_.eof(); }
+  // Whether what was read last closes PMML.
+  bool EndsWithRoot() const { return end_.ends_with("PMML>"); }
 
  private:
   class Bytes : public xercesc::BinInputStream {
@@ -122,6 +126,7 @@ class StreamSource : public xercesc::InputSource {
     if (stream_.bad()) error_ = errno;
     const auto count = static_cast<XMLSize_t>(stream_.gcount());
     read_ += count;
+    KeepEnd({reinterpret_cast<const char*>(to), count});
     try {
       scan_.Read(to, count);
     } catch (...) {
@@ -132,14 +137,32 @@ class StreamSource : public xercesc::InputSource {
     return refused ? 0 : count;
   }
 
+  // In wide encodings each letter has zeros beside it.
+  void KeepEnd(std::string_view bytes) const {
+    constexpr std::size_t kKept = 64;
+    end_ += bytes.substr(bytes.size() - std::min(bytes.size(), kKept));
+    std::erase_if(end_, [](char c) { return c == '\0' || c == ' ' || c == '\n' || c == '\r'; });
+    if (end_.size() > kKept) end_.erase(0, end_.size() - kKept);
+  }
+
   std::istream& stream_;
   const std::string& name_;
   const Limits& limits_;
+  mutable std::string end_;  // of what was read, without blanks
   mutable std::uint64_t read_ = 0;
   mutable RawScan scan_;
   mutable int error_ = 0;
   mutable std::exception_ptr failed_;
 };
+
+// Tells a document that is cut off from one with a fault in its last line.
+void TellCutOff(const StreamSource& source, SSException& error) {
+  const bool at_end = error.GetErrorCode() == code::kNotWellFormed && source.IsRead() &&
+                      error.Where().line == static_cast<long>(source.Scan().Line());
+  if (at_end && !source.EndsWithRoot()) {
+    error.SetRemedy("the file ends there, as if it were cut off: copy it, or export it, again");
+  }
+}
 
 // Used because the library's own handler ends the process.
 class PanicThrower : public xercesc::PanicHandler {
@@ -224,6 +247,7 @@ PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& n
     parser.Parse(source);
   } catch (SSException& error) {
     source.Check();
+    TellCutOff(source, error);
     PlaceBadByte(source.Scan(), error);
     throw;
   }

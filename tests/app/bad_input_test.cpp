@@ -238,6 +238,9 @@ TEST(BadModel, ARefusalSaysWhatIsAtFault) {
         "</SupportVectorMachineModel>", "</SupportVectorMachineModel></MiningModel>"},
        "is inside the \"MiningModel\", and"},
       {line, {"*SupportVectorMachineModel", "Nothing"}, "the document has no model (element PMML"},
+      {line,
+       {"*SupportVectorMachineModel", "body", "*PMML", "html"},
+       "the document is a page of HTML (element html, line 2). Save the document itself"},
       {line, {"*SupportVectorMachineModel", "TreeModel"}, "a model of another kind, \"TreeModel\""},
       {line,
        {"</SupportVectorMachine>", "</SupportVectorMachine><SupportVectorMachine/>"},
@@ -295,6 +298,9 @@ TEST(BadModel, NamesThatAreNearlyRightAreSuggested) {
     std::string told;
   } rows[] = {
       {{"<FieldRef field='height'", "<FieldRef field='heigth'"}, "; did you mean \"height\"? "},
+      {{"<FieldRef field='height'", "<FieldRef field='z_height'"},
+       "; the DerivedField that computes it from \"height\" may be lost. "},
+      {{"<FieldRef field='height'", "<FieldRef field='widht'"}, "(element FieldRef, line 23). "},
       {{"<MiningField name='height'", "<MiningField name='Height'"},
        "; did you mean \"height\"?\n"},
       {{"usageType='active'", "usageType='actve'"}, "; did you mean \"active\"?\n"},

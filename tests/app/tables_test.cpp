@@ -150,12 +150,15 @@ TEST(Tables, ACellThatSwallowedRowsIsToldWithItsLines) {
 
 TEST(Tables, ReasonsShowNumbersAsTheTableHasThem) {
   const Ran ran = ScoreTable("line.pmml", {"--decimal-comma", "--delimiter", ";", "--reasons"},
-                             "x\n1.5\n1,2,3\n1,5\n");
+                             "x\n1.5\n1,2,3\n1,5\n1.234,5\n");
   EXPECT_EQ(ran.out,
             "prediction,status,reason\n"
             ",90027,\"x: \"\"1.5\"\" is not a number\"\n"
             ",90027,\"x: \"\"1,2,3\"\" is not a number\"\n"
-            "3.1,0,\n");
+            "3.1,0,\n"
+            ",90027,\"x: \"\"1.234,5\"\" is not a number\"\n");
+  EXPECT_THAT(ran.err,
+              HasSubstr("\"1.234,5\" is not a number (write it without separators of thousands)"));
   EXPECT_THAT(ran.err, HasSubstr("row 1, x: \"1.5\" is not a number (numbers have a decimal comma "
                                  "here; write it with one, and thousands without points, or leave "
                                  "--decimal-comma out)\n"));
@@ -209,6 +212,8 @@ TEST(Tables, AHeaderThatDoesNotFitIsShownWithWhatMayBeMeant) {
        "a b,width height colour\n",
        ": " + lacks + "; it has \"a b\", \"width height colour\"\n"},
       {{}, "width height colour\n", "by ' ': give --delimiter ' ';"},
+      {{}, "width  height colour\n", ": its cells seem to be aligned with blanks: write one comma"},
+      {{}, "width \theight \tcolour \n", "by tabs: give --delimiter tab;"},
       {{}, "sep=;\nwidth;height;colour\n", "the line \"sep=\" is of no table"},
       {{},
        " Width,height ,color\n",
@@ -217,6 +222,9 @@ TEST(Tables, AHeaderThatDoesNotFitIsShownWithWhatMayBeMeant) {
        "header lacks \"width\", \"height\", \"colour\", which the model needs; it has \" Width\", "
        "\"height \", \"color\"\n"},
       {{}, "weight,red,n\n", "did you mean \"height\" by \"weight\"? The header lacks \"width\""},
+      {{},
+       "Width (cm),height [%],id\n",
+       "did you mean \"width\" by \"Width (cm)\", \"height\" by \"height [%]\"?"},
       {{}, "\u200Bwidth,height,colour\n", "did you mean \"width\" by \"\\u200Bwidth\"? "},
       {{"--passthrough", "Colour"},
        "width,height,colour\n",
@@ -229,8 +237,12 @@ TEST(Tables, AHeaderThatDoesNotFitIsShownWithWhatMayBeMeant) {
       {{},
        "1,2.5,red\n",
        "hold the names of the columns, and seems to be a row of values; the header"},
+      {{}, "width,1,2.5\n", "to be the name and the values of one; is the table transposed? The"},
+      {{}, "box,,paint,,\n", "and seems to be a line of merged cells above them; the header"},
       {{}, "Results of May\n1,2,red\n", "and seems to be a title; the header lacks"},
-      {{}, "Results of May,,\nwidth,height,colour\n", "and seems to be a title; the header lacks"},
+      {{},
+       "\"Results, May\",,\nwidth,height,colour\n",
+       "and seems to be a title; the header lacks"},
       {{}, "gr\xF6\xDF,\xE4,b\n", "Latin-1 or Windows-1252; save the table in UTF-8"},
   };
   for (const auto& [options, cases, told] : rows) {
@@ -242,6 +254,11 @@ TEST(Tables, AHeaderThatDoesNotFitIsShownWithWhatMayBeMeant) {
   EXPECT_THAT(err, HasSubstr(" and 11 more\n"));
   EXPECT_LT(err.size(), 1000U);
   const TemporaryFolder folder;
+  const auto told = [&folder](const Edits& edits, const std::string& cases) {
+    return RunProgram({"score", EditedFile(folder, Data("three.pmml"), edits)}, cases).err;
+  };
+  EXPECT_THAT(told({"*'width'", "'0'"}, "X0,height,colour\n"), HasSubstr("mean \"0\" by \"X0\"?"));
+  EXPECT_THAT(told({"*'height'", "'width2'"}, "width,colour\n"), Not(HasSubstr("did you mean")));
   const Ran expected =
       RunProgram({"verify", Data("line.pmml"), "--input", folder.Write("c", "x\n1\n"), "--expected",
                   folder.Write("e", "status;prediction\n0;1\n")});
@@ -269,6 +286,14 @@ TEST(Tables, FilesOfAnotherKindAreRecognised) {
       {" \n[\n  {\"width\": 1}]\n", "no table of text but JSON",
        "not XML: the file is JSON. Give "},
       {"{\"width\": 1}\n", "no table of text but JSON", "not XML: the file is JSON. Give "},
+      {"+1 1:0.5 7:-3e2\n", "but LIBSVM's sparse format; write it as CSV", ""},
+      {"@RELATION iris\n", "but the ARFF format", ""},
+      {"&lt;?xml version=\"1.0\"?&gt;\n", "", "its tags are written as &lt;"},
+      {"No style information: \n" + document, "", "the document follows other text: it begins "},
+      {"<?xml version=\u201D1.0\u201D?>\n<PMML/>", "", "its quotation marks are typographic ones"},
+      {"<PMML a=b></PMML>", "", "Correct the document at this place"},
+      {document.substr(0, document.size() / 2), "", "The file ends there, as if it were cut off"},
+      {document.substr(0, document.find("</Coe")), "", "The file ends there, as if it were cut"},
       {"<!doctype HTML><p>Not found", "a page of HTML", "a page of HTML"},
       {document, "but XML; if it is the model, that comes before the cases: MODEL CASES", ""},
       {table, "", "the file seems to be a table of cases. The model comes first: MODEL CASES."},

@@ -40,7 +40,7 @@ class Header {
     std::copy_if(names.begin(), names.end(), std::back_inserter(missing),
                  [this](const std::string& name) { return !Has(name); });
     if (missing.empty()) return;
-    throw BadCases(fmt::format("{}: {}", input_name_, LackOf(missing, named_by, names_)));
+    throw BadCases(fmt::format("{}: {}", input_name_, LackOf(names, missing, named_by, names_)));
   }
 
  private:

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "host/text/number_text.h"
 #include "host/text/printable.h"
 
 namespace svmscore::tools {
@@ -76,11 +77,44 @@ bool IsJson(std::string_view text) {
   return rest[next] == '"' || (text[0] == '[' && (rest[next] == '{' || rest[next] == '['));
 }
 
+// `mark` in lower case.
+bool BeginsLike(std::string_view text, std::string_view mark) {
+  return text.size() >= mark.size() &&
+         std::equal(mark.begin(), mark.end(), text.begin(), [](char small, char c) {
+           return small == (c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c);
+         });
+}
+
 bool IsHtml(std::string_view text) {
-  std::string lower(text.substr(0, 14));
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; });
-  return lower.starts_with("<!doctype html") || lower.starts_with("<html");
+  return BeginsLike(text, "<!doctype html") || BeginsLike(text, "<html");
+}
+
+// A line of LIBSVM's sparse form, its end perhaps not seen: a label, and at least two entries such
+// as 3:0.5.
+bool IsLibsvmRow(std::string_view text) {
+  std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+  for (int words = 0; words < 3; ++words) {
+    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
+    std::string_view number = line.substr(0, line.find_first_of(" \t"));
+    line.remove_prefix(number.size());
+    if (words > 0) {
+      const std::size_t index = number.find_first_not_of("0123456789");
+      if (index == 0 || index >= number.size() || number[index] != ':') return false;
+      number.remove_prefix(index + 1);
+    }
+    if (!ParseNumber(number)) return false;
+  }
+  return true;
+}
+
+// In the declaration with which a document begins.
+bool HasTypographicQuotes(std::string_view text) {
+  const std::string_view declaration = text.substr(0, text.find('>'));
+  constexpr std::array<std::string_view, 5> kQuotes = {"\u201C", "\u201D", "\u201E", "=\x93",
+                                                       "=\x94"};
+  return std::any_of(kQuotes.begin(), kQuotes.end(), [declaration](std::string_view quote) {
+    return declaration.find(quote) != std::string_view::npos;
+  });
 }
 
 }  // namespace
@@ -102,8 +136,13 @@ std::string WhyNoTable(std::string_view beginning) {
     return "it is no table of text but XML; if it is the model, that comes before the cases: MODEL "
            "CASES";
   }
-  if (IsJson(text)) {
-    return "it is no table of text but JSON; write it as CSV, with a header line of the names";
+  const char* other = IsJson(text)                    ? "JSON"
+                      : IsLibsvmRow(text)             ? "LIBSVM's sparse format"
+                      : BeginsLike(text, "@relation") ? "the ARFF format"
+                                                      : nullptr;
+  if (other != nullptr) {
+    return fmt::format(
+        "it is no table of text but {}; write it as CSV, with a header line of the names", other);
   }
   return {};
 }
@@ -117,13 +156,27 @@ NoDocument WhyNoDocument(std::string_view beginning) {
     return {fmt::format("the file is {}", kind->what), packed ? kDecompress : give_model};
   }
   if (IsHtml(text)) return {"the file is a page of HTML, perhaps of an error", give_model};
+  if (text[0] == '<' && HasTypographicQuotes(text)) {
+    return {"its quotation marks are typographic ones, such as \u201D",
+            "write \" in their place, or export the document again"};
+  }
   if (text[0] == '<' || WideEncoding(beginning) != nullptr) return {};
+  if (text.starts_with("&lt;")) {
+    return {"its tags are written as &lt;, as in the source of a web page",
+            "save the document itself, not a page that shows it"};
+  }
   if (IsJson(text)) return {"the file is JSON", give_model};
   if (text.starts_with("svm_type ")) {
     return {"the file is a model in LIBSVM's format",
             "make a document of it: svmscore convert MODEL -o MODEL.pmml"};
   }
   const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+  if (const std::size_t document = std::min(text.find("<?xml"), text.find("<PMML"));
+      document != std::string_view::npos) {
+    return {fmt::format("the document follows other text: it begins with \"{}\"",
+                        Shortened(line, kShownBytes)),
+            "remove what is in front of it"};
+  }
   const bool is_text = std::none_of(line.begin(), line.end(), [](char c) {
     return static_cast<unsigned char>(c) < 0x20 && c != '\t';
   });

@@ -1,7 +1,9 @@
 #include "tools/base/header_hints.h"
 
 #include <algorithm>
+#include <cctype>
 #include <set>
+#include <unordered_set>
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -20,13 +22,40 @@ constexpr std::size_t kListedColumns = 10;
 constexpr std::size_t kListedBytes = 60;
 constexpr std::size_t kComparedNames = 10000;
 
+// The letters and digits of a name, in lower case, without a unit in brackets at its end.
+std::string LettersOf(std::string_view name) {
+  const std::size_t unit = name.find_last_of("([");
+  const bool has_unit =
+      unit != std::string_view::npos && unit > 0 && (name.ends_with(')') || name.ends_with(']'));
+  std::string letters = PlainName(has_unit ? name.substr(0, unit) : name);
+  std::erase_if(letters, [](char c) {
+    return static_cast<unsigned char>(c) < 0x80 && std::isalnum(static_cast<unsigned char>(c)) == 0;
+  });
+  return letters;
+}
+
+// Whether names of these letters may be one name, before and after a program with its own idea of
+// names: R writes an X before a digit, and a point for all that is no letter.
+bool AreRespelled(const std::string& a, const std::string& b) {
+  const auto has_prefix = [](const std::string& longer, const std::string& name) {
+    return name[0] >= '0' && name[0] <= '9' && longer == "x" + name;
+  };
+  return !a.empty() && !b.empty() && (a == b || has_prefix(a, b) || has_prefix(b, a));
+}
+
 // "did you mean" for the first names that are nearly there: what is missing is meant, or, where the
-// user has named it, the column of the header.
+// user has named it, the column of the header. A column that is wanted itself is not meant by
+// another name.
 std::string NearNames(const std::vector<std::string_view>& header,
+                      const std::vector<std::string>& wanted_names,
                       const std::vector<std::string>& missing, NamedBy named_by) {
+  const std::unordered_set<std::string_view> taken(wanted_names.begin(), wanted_names.end());
   std::vector<std::string> plain;
+  std::vector<std::string> letters;
   for (std::size_t i = 0; i < std::min(header.size(), kComparedNames); ++i) {
-    plain.push_back(PlainName(header[i]));
+    const bool free = !taken.contains(header[i]);
+    plain.push_back(free ? PlainName(header[i]) : "");
+    letters.push_back(free ? LettersOf(header[i]) : "");
   }
   std::string pairs;
   for (std::size_t m = 0; m < std::min(missing.size(), kListedColumns); ++m) {
@@ -43,6 +72,12 @@ std::string NearNames(const std::vector<std::string_view>& header,
       nearest = distance;
       found = &header[i];
     }
+    const std::string wanted_letters = LettersOf(missing[m]);
+    for (std::size_t i = 0; nearest > 0 && i < letters.size(); ++i) {
+      if (!AreRespelled(letters[i], wanted_letters)) continue;
+      nearest = 0;
+      found = &header[i];
+    }
     if (found == nullptr) continue;
     const std::string theirs = SpellInvisible(*found);
     pairs += fmt::format("{}\"{}\" by \"{}\"", pairs.empty() ? "" : ", ",
@@ -55,19 +90,28 @@ std::string NearNames(const std::vector<std::string_view>& header,
   return pairs.empty() ? "" : fmt::format("did you mean {}?", pairs);
 }
 
-// A line above the header, or a row of values, in place of the header.
-std::string NoHeader(const std::vector<std::string_view>& header, std::size_t missing) {
+// A line above the header, or values, in place of the header.
+std::string NoHeader(const std::vector<std::string_view>& header,
+                     const std::vector<std::string>& wanted, std::size_t missing) {
   constexpr std::string_view kMust =
       "the first line must hold the names of the columns, and seems ";
   const auto numbers = static_cast<std::size_t>(
       std::count_if(header.begin(), header.end(),
                     [](std::string_view name) { return ParseNumber(name).has_value(); }));
+  const bool named = std::find(wanted.begin(), wanted.end(), header[0]) != wanted.end();
+  if (named && header.size() > 2 && numbers + 1 == header.size()) {
+    return fmt::format("{}to be the name and the values of one; is the table transposed?", kMust);
+  }
   if (2 * numbers > header.size()) return fmt::format("{}to be a row of values", kMust);
   const auto is_filled = [](std::string_view name) { return !name.empty(); };
-  const auto filled = std::find_if(header.begin(), header.end(), is_filled);
-  const bool is_title = std::count_if(header.begin(), header.end(), is_filled) == 1 &&
-                        (header.size() > 2 || missing > 1) &&
-                        filled->find_first_of(";\t|,") == std::string_view::npos;
+  const auto filled =
+      static_cast<std::size_t>(std::count_if(header.begin(), header.end(), is_filled));
+  if (filled > 1 && 2 * filled <= header.size()) {
+    return fmt::format("{}to be a line of merged cells above them", kMust);
+  }
+  // Of one cell, which another delimiter may separate.
+  const bool is_whole = header[0].find_first_of(";\t|,") == std::string_view::npos;
+  const bool is_title = filled == 1 && (header.size() > 2 || (missing > 1 && is_whole));
   return is_title ? fmt::format("{}to be a title", kMust) : "";
 }
 
@@ -79,6 +123,8 @@ std::vector<std::string> Pieces(std::string_view name, char delimiter) {
     if (piece.size() > 1 && piece.front() == '"' && piece.back() == '"') {
       piece = piece.substr(1, piece.size() - 2);
     }
+    while (piece.starts_with(' ')) piece.remove_prefix(1);
+    while (piece.ends_with(' ')) piece.remove_suffix(1);
     pieces.emplace_back(piece);
     if (end == name.size()) return pieces;
     name.remove_prefix(end + 1);
@@ -99,6 +145,7 @@ std::string ListOf(const std::vector<std::string_view>& header) {
 
 // Why the header may not be what it should; empty where it looks as others do.
 std::string Suspicion(const std::vector<std::string_view>& header,
+                      const std::vector<std::string>& names,
                       const std::vector<std::string>& missing, NamedBy named_by) {
   if (header.empty()) return "";
   if (header.size() <= 2 && header[0].starts_with("sep=")) {
@@ -113,8 +160,8 @@ std::string Suspicion(const std::vector<std::string_view>& header,
            "in "
            "UTF-8, or convert it: iconv -f WINDOWS-1252 -t UTF-8";
   }
-  const std::string near = NearNames(header, missing, named_by);
-  return near.empty() ? NoHeader(header, missing.size()) : near;
+  const std::string near = NearNames(header, names, missing, named_by);
+  return near.empty() ? NoHeader(header, names, missing.size()) : near;
 }
 
 }  // namespace
@@ -136,20 +183,23 @@ std::string DelimiterHint(const std::vector<std::string_view>& header,
     best = delimiter;
   }
   if (best == '\0') return {};
+  if (best == ' ' && header[0].find("  ") != std::string_view::npos) {
+    return "its cells seem to be aligned with blanks: write one comma between them";
+  }
   const std::string name = best == '\t' ? "tab" : std::string(1, best);
   return fmt::format("it seems to be separated by {}: give --delimiter {}",
                      best == '\t' ? "tabs" : "'" + name + "'",
                      best == '\t' ? name : "'" + name + "'");
 }
 
-std::string LackOf(const std::vector<std::string>& missing, NamedBy named_by,
-                   const std::vector<std::string_view>& header) {
+std::string LackOf(const std::vector<std::string>& names, const std::vector<std::string>& missing,
+                   NamedBy named_by, const std::vector<std::string_view>& header) {
   const std::size_t shown = std::min(missing.size(), kListedColumns);
   std::string list = fmt::format(
       "\"{}\"",
       fmt::join(missing.begin(), missing.begin() + static_cast<std::ptrdiff_t>(shown), "\", \""));
   if (shown < missing.size()) list += fmt::format(" and {} more", missing.size() - shown);
-  const std::string suspicion = Suspicion(header, missing, named_by);
+  const std::string suspicion = Suspicion(header, names, missing, named_by);
   // First what may be wrong: the lists that follow may be long.
   const std::string_view begin = suspicion.empty()          ? "the"
                                  : suspicion.ends_with('?') ? " The"
