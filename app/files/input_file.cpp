@@ -49,6 +49,12 @@ std::optional<std::size_t> InputFile::Read(char* buffer, std::size_t size, bool 
   return ReadFile(buffer, size);
 }
 
+bool InputFile::IsPlainFile() {
+  if (!is_regular_) return false;
+  if (!begun_) Begin();
+  return decompressor_ == nullptr;
+}
+
 void InputFile::Begin() {
   begun_ = true;
   held_.resize(tools::kCompressionMark);

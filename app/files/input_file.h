@@ -28,6 +28,8 @@ class InputFile {
   std::optional<std::size_t> ReadWaiting(char* buffer, std::size_t size) {
     return Read(buffer, size, false);
   }
+  // Whether the bytes that are read are those of a regular file.
+  bool IsPlainFile();
   // How messages call the input.
   const std::string& Name() const { return name_; }
   // The size in bytes of a regular file; 0 where it is not known.

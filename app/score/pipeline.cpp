@@ -173,7 +173,7 @@ class Run {
 
   void WriteOut(const CaseBlock& block) {
     output_.Write(block.out);
-    failures_.Add(block.failures, total_.cases);
+    failures_.Add(block.failures, input_.RowsBefore() + total_.cases);
     total_.Add(block.tally);
     NoteCasesWritten(total_.cases);
   }

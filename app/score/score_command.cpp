@@ -74,6 +74,12 @@ void StartLog(const std::string& path) {
   log.SetLevel(std::max(1, log.GetLevel()));
 }
 
+Failure NotPlain(const std::string& name) {
+  return {kUsageError, fmt::format("--part: {} is not a plain file, and no other can be cut into "
+                                   "parts; save the cases to a file that is not compressed",
+                                   name)};
+}
+
 // The scores are as good as ever without the log, so that ends no run before its time.
 void CheckLog(const std::string& path) {
   const int error = ScoringLog::GetInstance().WriteError();
@@ -161,6 +167,11 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
                   "predict-missing, or fail; default: what the model says")
       ->check(CLI::IsMember({"replace", "predict-missing", "fail"}));
   app->add_flag("--no-header", no_header_, "write no header line; the input has one all the same");
+  app->add_option_function<std::string>(
+         "--part", [this](const std::string& text) { SetPart(text); },
+         "score the I-th of N parts of a plain file: the outputs of all parts, one after the "
+         "other, are the output of one run")
+      ->type_name("I/N");
   app->add_flag("--prediction-only", prediction_only_,
                 "compute no confidence, probabilities or interval");
   app->add_flag("--decisions", decisions_,
@@ -180,8 +191,18 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
   return app;
 }
 
+void ScoreCommand::SetPart(const std::string& text) {
+  part_ = FilePartIn(text);
+  if (part_) return;
+  throw CLI::ValidationError(
+      "--part", fmt::format("\"{}\" is no part; write I/N, as 2/8 for the second of 8 parts: whole "
+                            "numbers from 1, I at most N, N at most {}",
+                            text, FilePart::kMost));
+}
+
 // Nothing is opened for writing that would be lost by it.
 void ScoreCommand::CheckFiles() const {
+  if (part_ && cases_ == "-") throw NotPlain("standard input");
   const auto refuse = [](const std::string& what) {
     throw Failure(kUsageError, what + "; name another file");
   };
@@ -220,6 +241,7 @@ ExitStatus ScoreCommand::Run() {
   UsePolicy(model, policy_);
 
   InputFile file(cases_);
+  if (part_ && !file.IsPlainFile()) throw NotPlain(cases_);
   const RowForm rows = table_.Rows(limits_);
   RowBlocks input(file, rows);
   ScoringPlan plan;
@@ -243,12 +265,13 @@ ExitStatus ScoreCommand::Run() {
   std::vector<std::string> names = NamesOf(copied, plan.results, json, plan.computes_output);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
 
+  if (part_) input.Take(*part_, plan.columns.width);
   HandleEndingSignals();
   NoteCasesWritten(0);
   OutputFile output(output_);
-  Progress progress(file.Size());
+  Progress progress(input.Size());
   std::string header;
-  if (!no_header_) plan.format->Header(header);
+  if (!no_header_ && (!part_ || part_->IsFirst())) plan.format->Header(header);
   output.Write(header);
   const int threads = threads_ > 0 ? threads_ : oneapi::tbb::info::default_concurrency();
   Tally tally;

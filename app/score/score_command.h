@@ -2,11 +2,13 @@
 #ifndef APP_SCORE_SCORE_COMMAND_H_
 #define APP_SCORE_SCORE_COMMAND_H_
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "app/options/command.h"
 #include "app/options/reading_option.h"
+#include "app/table/file_part.h"
 #include "app/table/table_options.h"
 #include "host/xml/limits.h"
 
@@ -19,6 +21,7 @@ class ScoreCommand : public Command {
 
  private:
   void CheckFiles() const;
+  void SetPart(const std::string& text);
 
   std::string model_;
   std::string cases_ = "-";
@@ -36,6 +39,7 @@ class ScoreCommand : public Command {
   bool reasons_ = false;
   bool strict_ = false;
   bool no_header_ = false;
+  std::optional<FilePart> part_;
   TableOptions table_;
   ReadingOptions reading_;
 };

@@ -8,6 +8,7 @@
 
 #include "app/base/failure.h"
 #include "app/table/csv_row.h"
+#include "app/table/row_counter.h"
 #include "app/table/table_limit.h"
 #include "tools/base/file_kind.h"
 
@@ -21,7 +22,7 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 bool RowBlocks::ReadHeader(RowBlock& header) {
   while (text_.size() < kByteOrderMark.size() && kByteOrderMark.starts_with(text_) && Fill()) {
   }
-  if (text_.starts_with(kByteOrderMark)) text_.erase(0, kByteOrderMark.size());
+  if (text_.starts_with(kByteOrderMark)) Drop(kByteOrderMark.size());
   DropBlankLines();
   ScanText();
   while (scan_.first_row_end == 0) {
@@ -50,11 +51,48 @@ void RowBlocks::DropBlankLines() {
     if (end != std::string::npos) {
       line_ +=
           std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(end) + 1, '\n');
-      text_.erase(0, end + 1);
+      Drop(end + 1);
     }
     if (text_.find_first_not_of(" \t\r\n") != std::string::npos) return;
   } while (Fill());
+  Drop(text_.size());
+}
+
+void RowBlocks::Take(const FilePart& part, std::size_t width) {
+  const std::uint64_t first = offset_;
+  const std::uint64_t bytes = std::max(input_.Size(), first) - first;
+  if (!part.IsFirst()) PassOver(part.Begin(bytes), width);
+  begin_ = part.IsFirst() ? 0 : offset_;
+  // The last part takes what there is, as one run for the whole file would.
+  if (part.IsLast()) return;
+  end_ = first + part.End(bytes);
+  if (offset_ < end_) return;
   text_.clear();
+  at_end_ = true;
+}
+
+// Passes over the first rows that have at least so many bytes.
+void RowBlocks::PassOver(std::uint64_t bytes, std::size_t width) {
+  if (bytes == 0) return;
+  RowCounter counter(form_.delimiter, width);
+  scan_ = {};
+  for (;;) {
+    const auto end = counter.CountTo(bytes, text_);
+    bytes -= std::min<std::uint64_t>(bytes, text_.size());
+    Drop(end.value_or(text_.size()));
+    if (end) break;
+    text_.resize(block_bytes_);
+    text_.resize(input_.Read(text_.data(), text_.size()));
+    at_end_ = text_.empty();
+    if (at_end_) break;
+  }
+  rows_before_ = counter.Rows();
+  line_ += static_cast<long>(counter.Lines());
+}
+
+std::uint64_t RowBlocks::Size() const {
+  const std::uint64_t end = std::min(end_, input_.Size());
+  return end - std::min(begin_, end);
 }
 
 bool RowBlocks::Next(RowBlock& block) {
@@ -90,22 +128,29 @@ void RowBlocks::ScanText() {
   while (scan_.done < text_.size()) {
     // NOLINTNEXTLINE(bugprone-not-null-terminated-result): the text may hold zeros
     const void* found = std::memchr(text + scan_.done, '"', text_.size() - scan_.done);
-    const std::size_t quote =
-        found == nullptr ? text_.size()
-                         : static_cast<std::size_t>(static_cast<const char*>(found) - text);
-    if (!scan_.quoted) NoteRowEnds(scan_.done, quote);
+    std::size_t quote = found == nullptr
+                            ? text_.size()
+                            : static_cast<std::size_t>(static_cast<const char*>(found) - text);
+    if (!scan_.quotation.IsOpen()) {
+      EndPartAfter(scan_.done, quote);
+      NoteRowEnds(scan_.done, quote);
+    }
     scan_.done = quote;
     if (quote == text_.size()) return;
     ++scan_.done;
-    if (scan_.quoted) {
-      scan_.quoted = false;
-      scan_.just_closed = scan_.done;
-    } else {
-      // A mark right after a closing one is a doubled mark: the cell goes on. A mark elsewhere is
-      // broken quoting, which the parser of the row refuses.
-      scan_.quoted = quote == scan_.just_closed || OpensCell(quote);
-    }
+    scan_.quotation.Meet(offset_ + quote, OpensCell(quote));
   }
+}
+
+// If the last row of the part ends in these bytes, which no cell quotes, ends bytes and text there.
+void RowBlocks::EndPartAfter(std::size_t from, std::size_t& to) {
+  if (offset_ + to < end_) return;
+  from = std::max<std::size_t>(from, end_ - offset_ - 1);
+  const std::size_t row_end = std::string_view(text_).substr(0, to).find('\n', from);
+  if (row_end == std::string_view::npos) return;
+  to = row_end + 1;
+  text_.resize(to);
+  at_end_ = true;
 }
 
 void RowBlocks::NoteRowEnds(std::size_t from, std::size_t to) {
@@ -130,17 +175,19 @@ void RowBlocks::CutAt(std::size_t end, RowBlock& block) {
   block.first_line = line_;
   block.text.assign(text_, 0, end);
   line_ += std::count(block.text.begin(), block.text.end(), '\n');
-  text_.erase(0, end);
+  Drop(end);
   if (end == scan_.row_end) {
     scan_.done -= end;
     scan_.row_end = 0;
     scan_.first_row_end = 0;
-    scan_.just_closed = scan_.just_closed == std::string::npos || scan_.just_closed < end
-                            ? std::string::npos
-                            : scan_.just_closed - end;
   } else {
     scan_ = {};
   }
+}
+
+void RowBlocks::Drop(std::size_t size) {
+  text_.erase(0, size);
+  offset_ += size;
 }
 
 }  // namespace svmscore::app

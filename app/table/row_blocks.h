@@ -4,10 +4,13 @@
 
 #include <atomic>
 #include <cstdint>
+#include <limits>
 #include <string>
 
 #include "app/files/input_file.h"
 #include "app/table/csv_row.h"
+#include "app/table/file_part.h"
+#include "app/table/quotation.h"
 
 namespace svmscore::app {
 
@@ -35,6 +38,10 @@ class RowBlocks {
     form_.delimiter = delimiter;
     scan_ = {};
   }
+  // After the header of a table of `width` columns: leaves only the rows of `part` to read. Reads
+  // the file, which is plain, up to them, because quoting and row numbers depend on all that is
+  // before. Throws a Failure(kInputError) for an unreadable input.
+  void Take(const FilePart& part, std::size_t width);
   // The next rows; false at the end. Throws a Failure(kInputError) for an unreadable input and a
   // CsvError for a row that exceeds its limit, as one without end does.
   bool Next(RowBlock& block);
@@ -42,19 +49,22 @@ class RowBlocks {
   void ShrinkBlocks() {
     if (block_bytes_ > kLeastBlock) block_bytes_ = block_bytes_ / 2;
   }
-  // Bytes of the file that were read so far.
-  std::uint64_t BytesRead() const { return input_.BytesRead(); }
+  // Rows of the table before the part that is read; 0 where all of it is.
+  std::uint64_t RowsBefore() const { return rows_before_; }
+  // Of the file, or of the part of it that is read: the size in bytes, 0 where it is not known, and
+  // the bytes that were read so far.
+  std::uint64_t Size() const;
+  std::uint64_t BytesRead() const { return input_.BytesRead() - begin_; }
 
  private:
   static constexpr std::size_t kLeastBlock = 4096;
 
   // Where the scan of the text in hand stands.
   struct Scan {
-    std::size_t done = 0;                         // bytes looked at
-    std::size_t row_end = 0;                      // just after the last end of a row
-    std::size_t first_row_end = 0;                // just after the first one; 0 while there is none
-    std::size_t just_closed = std::string::npos;  // just after the last closing quotation mark
-    bool quoted = false;
+    std::size_t done = 0;           // bytes looked at
+    std::size_t row_end = 0;        // just after the last end of a row
+    std::size_t first_row_end = 0;  // just after the first one; 0 while there is none
+    Quotation quotation;            // by the bytes of the input
   };
 
   // Reads on; false at the end of the input, and where there is a row and it would wait for more.
@@ -64,7 +74,10 @@ class RowBlocks {
   void ScanText();
   void NoteRowEnds(std::size_t from, std::size_t to);
   bool OpensCell(std::size_t quote) const;
+  void EndPartAfter(std::size_t from, std::size_t& to);
   void CutAt(std::size_t end, RowBlock& block);
+  void PassOver(std::uint64_t bytes, std::size_t width);
+  void Drop(std::size_t size);
 
   InputFile& input_;
   RowForm form_;
@@ -72,8 +85,14 @@ class RowBlocks {
   std::string buffer_;
   std::string text_;
   Scan scan_;
+  std::uint64_t offset_ = 0;  // of the text in the input
   long line_ = 1;
   bool at_end_ = false;
+  // Of the part that is read: what is before it, and where in the input its last row ends, or
+  // before.
+  std::uint64_t rows_before_ = 0;
+  std::uint64_t begin_ = 0;
+  std::uint64_t end_ = std::numeric_limits<std::uint64_t>::max();
 };
 
 }  // namespace svmscore::app

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "app/table/byte_block.h"
+
 namespace svmscore::app {
 
 // Looks at a block of the text once, and keeps where in it those bytes are. Used by one thread.
@@ -22,10 +24,10 @@ class SpecialBytes {
     for (;;) {
       const auto at =
           reinterpret_cast<std::uintptr_t>(from) - reinterpret_cast<std::uintptr_t>(block_);
-      if (at < kBlock) {
+      if (at < ByteBlock::kSize) {
         const std::uint64_t rest = found_ >> at;
         if (rest != 0) return from + std::countr_zero(rest);
-        from = std::min(block_ + kBlock, end);
+        from = std::min(block_ + ByteBlock::kSize, end);
       }
       if (from == end) return end;
       Look(from, static_cast<std::size_t>(end - from));
@@ -33,33 +35,13 @@ class SpecialBytes {
   }
 
  private:
-  static constexpr std::size_t kBlock = 64;
-  // A register's worth of bytes, whatever the CPU calls it.
-  using Bytes = unsigned char __attribute__((vector_size(16)));
-  struct Halves {
-    std::uint64_t low;
-    std::uint64_t high;
-  };
+  using Bytes = ByteBlock::Bytes;
 
-  // Eight bytes that are 0 or 255, each as one bit.
-  static std::uint64_t BitsOf(std::uint64_t bytes) {
-    static_assert(std::endian::native == std::endian::little, "the first byte is the lowest");
-    return ((bytes & 0x8040201008040201) * 0x0101010101010101) >> 56;
-  }
   void Look(char* block, std::size_t size) {
-    char padded[kBlock] = {};
-    const char* next = block;
-    if (size < kBlock) next = static_cast<const char*>(std::memcpy(padded, block, size));
-    found_ = 0;
-    for (std::size_t i = 0; i < kBlock; i += sizeof(Bytes)) {
-      Bytes bytes;
-      std::memcpy(&bytes, next + i, sizeof bytes);
-      const auto special =
-          std::bit_cast<Halves>((bytes == delimiter_) | (bytes == '\n') | (bytes == '\r') |
-                                (bytes == '"') | (bytes == '\0'));
-      found_ |= (BitsOf(special.low) | BitsOf(special.high) << 8) << i;
-    }
-    if (size < kBlock) found_ &= (std::uint64_t{1} << size) - 1;
+    const ByteBlock bytes(block, std::min(size, ByteBlock::kSize));
+    found_ = bytes.Where([this](Bytes b) {
+      return (b == delimiter_) | (b == '\n') | (b == '\r') | (b == '"') | (b == '\0');
+    });
     block_ = block;
   }
 

@@ -1,6 +1,7 @@
 // Rows of CSV: their cells, and the same rows however the input is cut into blocks.
 #include "app/table/row_blocks.h"
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -87,6 +88,81 @@ TEST(RowBlocks, GiveTheSameRowsForEveryBlockSize) {
     Append(expected, text, 1);
     for (const std::size_t size : {1U, 2U, 3U, 7U, 64U, 1000U, 100000U}) {
       EXPECT_EQ(ReadInBlocks(path, size), expected) << "block of " << size << " in round " << round;
+    }
+  }
+}
+
+struct RowStart {
+  std::size_t at;
+  long line;
+  std::uint64_t rows_before;
+};
+
+// Where the rows below a header of so many bytes begin, found byte by byte, and the end of the
+// text.
+std::vector<RowStart> RowStartsOf(const std::string& text, std::size_t header, bool counts_blank) {
+  RowStart row = {header,
+                  1 + std::count(text.begin(), text.begin() + static_cast<long>(header), '\n'), 0};
+  std::vector<RowStart> starts = {row};
+  bool quoted = false;
+  bool just_closed = false;
+  for (std::size_t i = header; i < text.size(); ++i) {
+    const bool begins_cell = i == starts.back().at || text[i - 1] == ',';
+    const bool was_quoted = quoted;
+    if (text[i] == '"') quoted = !quoted && (begins_cell || just_closed);
+    just_closed = text[i] == '"' && was_quoted;
+    if (text[i] == '\n') ++row.line;
+    if (text[i] != '\n' || quoted) continue;
+    const std::string content = text.substr(row.at, i - row.at);
+    if (counts_blank || content.find_first_not_of(" \t\r") != std::string::npos) ++row.rows_before;
+    row.at = i + 1;
+    starts.push_back(row);
+  }
+  if (row.at < text.size()) starts.push_back({text.size(), 0, 0});
+  return starts;
+}
+
+// Of any bytes, whether they are CSV or not.
+TEST(RowBlocks, TakeTheRowsThatBeginInTheShareOfAPart) {
+  const TemporaryFolder folder;
+  std::mt19937 random(11);
+  const std::string header = "\xEF\xBB\xBF\n\"h\n\",h\n";
+  for (int round = 0; round < 60; ++round) {
+    // Of few kinds now and then, so that there are long rows, blank lines and rows of marks.
+    const std::string bytes = "ax,\"\n\"\n\r \t,\n";
+    const std::size_t kinds = 1 + random() % bytes.size();
+    const std::size_t first_kind = random() % (bytes.size() - kinds + 1);
+    std::string text = header;
+    for (std::size_t rest = random() % 500; rest > 0; --rest) {
+      text += bytes[first_kind + random() % kinds];
+    }
+    const std::string path = folder.Write("cases.csv", text);
+    const std::size_t width = 1 + random() % 2;
+    const std::vector<RowStart> starts = RowStartsOf(text, header.size(), width == 1);
+    const std::size_t block_bytes = std::vector<std::size_t>{1, 7, 64, 100, 100000}[round % 5];
+    for (std::size_t count = 1; count <= 17; ++count) {
+      const auto start_of = [&](std::size_t number) {
+        const std::size_t share = (text.size() - header.size()) * (number - 1) / count;
+        return *std::find_if(starts.begin(), starts.end(),
+                             [&](const RowStart& row) { return row.at >= header.size() + share; });
+      };
+      for (std::size_t number = 1; number <= count; ++number) {
+        const RowStart start = start_of(number);
+        InputFile file(path);
+        RowBlocks blocks(file, {}, block_bytes);
+        RowBlock block;
+        ASSERT_TRUE(blocks.ReadHeader(block));
+        blocks.Take({number, count}, width);
+        std::string part;
+        while (blocks.Next(block)) {
+          EXPECT_EQ(block.first_line, start.line + std::count(part.begin(), part.end(), '\n'));
+          part += block.text;
+        }
+        EXPECT_EQ(part, text.substr(start.at, start_of(number + 1).at - start.at))
+            << number << " of " << count << " of " << text;
+        if (part.empty()) continue;  // and no row needs a number
+        EXPECT_EQ(blocks.RowsBefore(), start.rows_before) << text;
+      }
     }
   }
 }
