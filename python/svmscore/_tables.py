@@ -15,6 +15,7 @@ import numpy as np
 from . import _core
 
 _MOMENT_TYPES = ("date", "dateTime", "time")
+_FEW_ROWS = 16  # of a frame: it is read as a whole
 
 
 class Table:
@@ -104,22 +105,26 @@ def _wanted(labels: Iterable[Any], names: Sequence[str] | None) -> list[tuple[st
 
 def _read_frame(X: Any, names: Sequence[str] | None, types: Mapping[str, str]) -> Table:
     columns = _core.Columns(len(X))
-    wanted = _wanted(X.columns, names)
-    # Looking columns up one by one takes longer than scoring a few rows.
-    values = X.to_numpy() if 0 < len(X) <= 16 and wanted else None
-    if values is not None and values.dtype.kind == "f" and _is_exact(values):
-        places = {label: place for place, label in enumerate(X.columns)}
-        for name, label in wanted:
-            columns.add_numbers(name, values[:, places[label]])
-    else:
-        for name, label in wanted:
-            _add_series(columns, name, X[label], types.get(name, ""))
+    if 0 < len(X) <= _FEW_ROWS and names is not None and X.columns.is_unique:
+        # Looking columns up one by one would take longer than scoring a few rows. Columns that are
+        # not wanted are passed over by the library.
+        values = X.to_numpy()
+        labels = X.columns.tolist()
+        if values.dtype == np.float64 and all(map(_is_text, labels)) and _is_exact(values):
+            columns.add_matrix(labels, values)
+            return Table(columns, X.index, "pandas")
+    for name, label in _wanted(X.columns, names):
+        _add_series(columns, name, X[label], types.get(name, ""))
     return Table(columns, X.index, "pandas")
+
+
+def _is_text(label: Any) -> bool:
+    return type(label) is str
 
 
 def _is_exact(values: np.ndarray) -> bool:
     """Whether whole numbers among them cannot have lost digits when they became doubles."""
-    return bool((np.abs(values, where=values == values, out=np.zeros_like(values)) < 2**53).all())
+    return not bool((np.abs(values) >= 2**53).any())
 
 
 def _read_mapping(

@@ -132,8 +132,7 @@ def pyarrow_chunks():
 def duckdb_relation():
     import duckdb
 
-    frame = frame_of()  # noqa: F841 - found by its name
-    return duckdb.sql("select * from frame")
+    return duckdb.from_df(frame_of())
 
 
 @pytest.mark.parametrize("kind", TABLES)

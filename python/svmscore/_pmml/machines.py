@@ -132,11 +132,11 @@ def _svc(estimator: Any, scope: Scope) -> Model:
 
 def _sigmoids(estimator: Any, pairs: int) -> list[tuple[float, float] | None]:
     """A and B of each pair, for decision values of the turned sign: A f is the same product."""
-    if not getattr(estimator, "probability", False):
-        return [None] * pairs
     with warnings.catch_warnings():
         warnings.simplefilter("ignore", FutureWarning)  # new versions call them deprecated
-        a, b = estimator.probA_, estimator.probB_
+        a, b = getattr(estimator, "probA_", ()), getattr(estimator, "probB_", ())
+    if len(a) != pairs:
+        return [None] * pairs
     return [(-float(a[m]), float(b[m])) for m in range(pairs)]
 
 
