@@ -146,7 +146,11 @@ class Scorer::TableRun {
   void Write(std::size_t first) {
     for (std::size_t r = 0; r < rows_.RowCount(); ++r) {
       for (std::size_t i = 0; i < input_.extras.size(); ++i) {
-        if (input_.extras[i]) input_.extras[i]->Set(rows_.Extras(), i, first + r);
+        if (input_.extras[i]) {
+          input_.extras[i]->Set(rows_.Extras(), i, first + r);
+        } else {
+          rows_.Extras().SetMissing(i);  // an earlier table may have had the column
+        }
       }
       rows_.Write(
           r, [&](std::size_t column) -> ResultTable::Sink& { return sink_.At(first + r, column); },

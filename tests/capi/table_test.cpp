@@ -1,6 +1,7 @@
 // Tables through the C interface: the names and cells of the program, however the values lie.
 #include <gtest/gtest.h>
 
+#include "tests/app/edited.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
 #include "tests/capi/columns.h"
@@ -70,6 +71,20 @@ TEST_P(CTables, DoNotDependOnThreads) {
     EXPECT_EQ(Difference(rows, one), "") << threads << " threads";
     EXPECT_EQ(Difference(Score(scorer.get(), columns), one), "") << "again";
   }
+}
+
+// Output fields may read columns that the model does not: here the target, for a residual.
+TEST(CTable, WithoutAColumnForOutputHasNoValuesOfTheTableBefore) {
+  const svmscore::app::TemporaryFolder folder;
+  const Model model = LoadFile(svmscore::app::EditedFile(
+      folder, PROJECT_FOLDER "/tests/app/data/line.pmml",
+      {"</MiningSchema>",
+       "</MiningSchema><Output><OutputField name='rest' feature='residual'/></Output>"}));
+  const Scorer scorer = NewScorer(model.get());
+  EXPECT_EQ(CsvOf(Score(scorer.get(), Columns({{"x", "y"}, {"1", "10"}}, Form::kNumbers))),
+            "\"rest\",\"status\"\n\"7.9\",\"0\"\n");
+  EXPECT_EQ(CsvOf(Score(scorer.get(), Columns({{"x"}, {"1"}}, Form::kNumbers))),
+            "\"rest\",\"status\"\n\"\",\"0\"\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, CTables, testing::ValuesIn(Documents()), NameOfDocument);
