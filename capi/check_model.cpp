@@ -24,14 +24,14 @@ using VariablesByName = std::unordered_map<std::string, const ScoreDictVar*>;
 
 VariablesByName InputsByName(const LoadedModel& loaded) {
   VariablesByName inputs;
-  for (const auto* list : {&loaded.needed, &loaded.active}) {
+  for (const auto* list : {&loaded.needed, &loaded.active, &loaded.output->ExtraInputs()}) {
     for (const ScoreDictVar* var : *list) inputs.emplace(var->GetName(), var);
   }
   return inputs;
 }
 
-// The cells of columns as texts. Columns that `inputs` does not hold are left empty where their
-// type is not read.
+// The cells of columns as texts. Those of columns that `inputs` does not name are left empty; null
+// for all columns.
 tools::TextTable TextsOf(const std::string& name, const std::vector<ColumnView>& columns,
                          std::size_t rows, const VariablesByName* inputs) {
   const MissingTexts none;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/app/edited.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
 #include "tests/capi/columns.h"
@@ -87,32 +88,33 @@ TEST(CModels, MayBeCompressed) {
   EXPECT_EQ(FactsOf(LoadFile(folder.Path("gz"))).machine_count, 3U);
 }
 
+nlohmann::json Verify(const Model& model, const Columns& cases, const Rows& expected) {
+  const Columns columns(expected, Form::kNumbers);
+  svmscore_expectation expectation = SVMSCORE_INIT(svmscore_expectation);
+  expectation.cases = cases.views.data();
+  expectation.case_column_count = cases.views.size();
+  expectation.expected = columns.views.data();
+  expectation.expected_column_count = columns.views.size();
+  expectation.row_count = cases.rows;
+  char* json = nullptr;
+  std::size_t length = 0;
+  const int kind = svmscore_verify(model.get(), &expectation, &json, &length, nullptr);
+  return nlohmann::json::parse(Taken(kind, json, length));
+}
+
 TEST(CModels, AreVerified) {
   const std::string document = PROJECT_FOLDER "/examples/iris/model.pmml";
   const Model model = LoadFile(document);
   const Columns cases(RowsOf(svmscore::app::ReadFile(PROJECT_FOLDER "/examples/iris/cases.csv")),
                       Form::kNumbers);
   Rows rows = Score(NewScorer(model.get()).get(), cases);
-  const auto verify = [&](const Rows& expected) {
-    const Columns columns(expected, Form::kNumbers);
-    svmscore_expectation expectation = SVMSCORE_INIT(svmscore_expectation);
-    expectation.cases = cases.views.data();
-    expectation.case_column_count = cases.views.size();
-    expectation.expected = columns.views.data();
-    expectation.expected_column_count = columns.views.size();
-    expectation.row_count = cases.rows;
-    char* json = nullptr;
-    std::size_t length = 0;
-    const int kind = svmscore_verify(model.get(), &expectation, &json, &length, nullptr);
-    return nlohmann::json::parse(Taken(kind, json, length));
-  };
-  auto report = verify(rows);
+  auto report = Verify(model, cases, rows);
   EXPECT_EQ(report["agrees"], true);
   EXPECT_EQ(report["compared"], cases.rows * rows[0].size());
   EXPECT_EQ(report["agreement"]["accuracy"], 1.0);
   rows[3][0] = "setosa";
   rows[4][1] = "0.5";
-  report = verify(rows);
+  report = Verify(model, cases, rows);
   EXPECT_EQ(report["agrees"], false);
   ASSERT_EQ(report["differences"].size(), 2U);
   const bool first_is_number = report["differences"][0]["column"] == "confidence";
@@ -125,6 +127,18 @@ TEST(CModels, AreVerified) {
   svmscore_error* error = nullptr;
   EXPECT_EQ(svmscore_verify(model.get(), nullptr, &json, nullptr, &error), SVMSCORE_DOCUMENT);
   EXPECT_THAT(FailureOf(error).sentence, testing::HasSubstr("no verification records"));
+}
+
+// A residual needs the target's column, which the model does not read.
+TEST(CModels, AreVerifiedWithColumnsForOutput) {
+  const svmscore::app::TemporaryFolder folder;
+  const Model model = LoadFile(svmscore::app::EditedFile(
+      folder, PROJECT_FOLDER "/tests/app/data/line.pmml",
+      {"</MiningSchema>",
+       "</MiningSchema><Output><OutputField name='rest' feature='residual'/></Output>"}));
+  const Columns cases({{"x", "y"}, {"1", "10"}}, Form::kNumbers);
+  const auto report = Verify(model, cases, {{"rest"}, {"7.9"}});
+  EXPECT_EQ(report["agrees"], true) << report;
 }
 
 }  // namespace
