@@ -99,11 +99,12 @@ int svmscore_scorer_get_output(const svmscore_scorer* scorer, size_t index, svms
                                svmscore_error** error) {
   return Guarded(error, [&] {
     Require(scorer, "scorer");
-    const ResultTable& table = scorer->scorer.Outputs();
+    const Scorer& with = scorer->scorer;
+    const ResultTable& table = with.Outputs();
     if (index >= table.Columns().size()) RefuseArgument("there is no such output", "index");
     const ResultTable::Column& column = table.Columns()[index];
     svmscore_output told{};
-    told.name = TextOf(column.name);
+    told.name = TextOf(with.Plan().results[index]->Name());  // tables are handed over
     told.type = column.type;
     told.of_categories = column.kind == svmscore::tools::CellKind::kCategory ? 1 : 0;
     if (told.of_categories != 0) {

@@ -181,6 +181,18 @@ TEST(ArrowBatches, WithTypesThatAreNotReadAreRefusedWhereTheModelReadsThem) {
   EXPECT_EQ(ScoreBatch(scorer.get(), dated).failure.place, "width");
 }
 
+TEST(ArrowBatches, LeaveTheScorerTheNamesThatItTold) {
+  const Model model = LoadFile(kThree);
+  const Scorer scorer = NewScorer(model.get());
+  svmscore_output before = SVMSCORE_INIT(svmscore_output);
+  svmscore_output after = before;
+  ASSERT_EQ(svmscore_scorer_get_output(scorer.get(), 0, &before, nullptr), SVMSCORE_OK);
+  ScoreBatch(scorer.get(), ArrowBatch(CasesFor(model.get(), 2), {"u"}));
+  ASSERT_EQ(svmscore_scorer_get_output(scorer.get(), 0, &after, nullptr), SVMSCORE_OK);
+  EXPECT_EQ(before.name.data, after.name.data);
+  EXPECT_EQ(before.categories, after.categories);
+}
+
 TEST(ArrowStreams, AreScoredBatchByBatch) {
   const Model model = LoadFile(kMixed);
   Scorer scorer = NewScorer(model.get());
