@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "capi/call_error.h"
+#include "capi/caller_structs.h"
 #include "capi/scorer.h"
 #include "host/text/number_text.h"
 
@@ -118,8 +119,7 @@ void Scorer::SetInput(Single& single, std::size_t input, const svmscore_value& v
     case SVMSCORE_WHOLE:
       return cell.SetWhole(record, position, value.whole);
     case SVMSCORE_TEXT:
-      if (value.text == nullptr && value.length > 0) RefuseArgument("a text is null", "inputs");
-      return cell.SetText(record, position, {value.text, value.length});
+      return cell.SetText(record, position, ViewOf(value.text, value.length));
     default:
       RefuseArgument("value " + std::to_string(input) + " is of no enum svmscore_value_kind",
                      "inputs");
@@ -133,8 +133,8 @@ void Scorer::Refill(Single& single, const svmscore_value* inputs, std::size_t in
     SetInput(single, i, inputs[i]);
     if (inputs[i].kind == SVMSCORE_NUMBER) texts[i] = FormatNumber(inputs[i].number);
     if (inputs[i].kind == SVMSCORE_WHOLE) texts[i] = std::to_string(inputs[i].whole);
-    if (inputs[i].kind != SVMSCORE_TEXT || inputs[i].text == nullptr) continue;
-    const std::string_view text(inputs[i].text, inputs[i].length);
+    if (inputs[i].kind != SVMSCORE_TEXT) continue;
+    const std::string_view text = ViewOf(inputs[i].text, inputs[i].length);
     if (!single.cells[i].MeansMissing(text)) texts[i] = text;
   }
 }

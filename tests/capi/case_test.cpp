@@ -131,6 +131,22 @@ TEST_P(CCases, MayLackValuesAndResultsAtTheirEnds) {
   EXPECT_EQ(FailureOf(error).place, "input_count");
 }
 
+// Texts may say that a NUL ends them, and a null one is empty: missing, unless that is set.
+TEST(CCase, TakesTextsAsEveryFunctionDoes) {
+  const Model model = LoadFile(PROJECT_FOLDER "/tests/app/data/line.pmml");
+  const Scorer scorer = NewScorer(model.get());
+  const std::pair<const char*, std::size_t> texts[] = {
+      {"1.5e0", 3}, {"1.5", SVMSCORE_NUL_ENDED}, {nullptr, 3}, {nullptr, SVMSCORE_NUL_ENDED}};
+  std::vector<std::string> cells;
+  for (const auto& [text, length] : texts) {
+    const svmscore_value input{SVMSCORE_TEXT, -1, 0.0, 0, text, length};
+    svmscore_value output{};
+    ASSERT_EQ(svmscore_score_case(scorer.get(), &input, 1, &output, 1, nullptr), SVMSCORE_OK);
+    cells.push_back(CellOf(output));
+  }
+  EXPECT_EQ(cells, (std::vector<std::string>{"3.1", "3.1", "", ""}));
+}
+
 INSTANTIATE_TEST_SUITE_P(Documents, CCases, testing::ValuesIn(Documents()), NameOfDocument);
 
 }  // namespace
