@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -70,6 +71,17 @@ inline std::string_view ViewOf(const char* data, std::size_t length) {
 
 inline std::string_view ViewOf(const svmscore_text& text) {
   return ViewOf(text.data, text.length);
+}
+
+// The bytes of a document in the caller's memory. Throws a Refusal where they are null, or of no
+// size that memory can have: SVMSCORE_UNKNOWN_SIZE and SVMSCORE_NUL_ENDED are none.
+inline std::string_view ReadData(const void* data, std::size_t size) {
+  Require(data, "data");
+  if (size > PTRDIFF_MAX) {
+    RefuseArgument("data_size is " + std::to_string(size), "data_size",
+                   "give the number of bytes; of a text, without a NUL at its end");
+  }
+  return {static_cast<const char*>(data), size};
 }
 
 }  // namespace svmscore::capi

@@ -141,10 +141,9 @@ int svmscore_doctor_memory(const void* data, size_t data_size, const svmscore_lo
                            svmscore_error** error) {
   return Guarded(error, [&] {
     Require(json, "json");
-    Require(data, "data");
+    const std::string_view document = ReadData(data, data_size);
     const LoadSettings settings = ReadSettings(options);
-    svmscore::tools::DocumentSource source(
-        settings.name, std::string(static_cast<const char*>(data), data_size), settings.limits);
+    svmscore::tools::DocumentSource source(settings.name, std::string(document), settings.limits);
     Give(Examine(settings, source, expectation), json, length);
   });
 }

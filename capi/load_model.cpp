@@ -213,12 +213,11 @@ int svmscore_load_memory(const void* data, size_t data_size, const svmscore_load
                          svmscore_model** model, svmscore_error** error) {
   return Guarded(error, [&] {
     Require(model, "model");
-    Require(data, "data");
+    const std::string_view document = ReadData(data, data_size);
     const LoadSettings settings = ReadSettings(options);
     Sha256 digest;
-    digest.Add(data, data_size);
-    tools::DocumentSource source(
-        settings.name, std::string(static_cast<const char*>(data), data_size), settings.limits);
+    digest.Add(document.data(), document.size());
+    tools::DocumentSource source(settings.name, std::string(document), settings.limits);
     *model = Load(settings, source, digest.Hex());
   });
 }

@@ -124,7 +124,7 @@ TEST(CErrors, ModesAndRemarksAreThoseOfTheProgram) {
   EXPECT_EQ(LoadFailure(path, &options).kind, SVMSCORE_INTERNAL);
 }
 
-TEST(CErrors, OfNullPointersAreNamed) {
+TEST(CErrors, OfArgumentsNameThem) {
   const Model model = LoadFile(kThree);
   const Scorer scorer = NewScorer(model.get());
   svmscore_model* loaded = nullptr;
@@ -143,6 +143,10 @@ TEST(CErrors, OfNullPointersAreNamed) {
       {"path", [&](auto** e) { return svmscore_load_file(nullptr, 3, nullptr, &loaded, e); }},
       {"model", [&](auto** e) { return svmscore_load_file("a", 1, nullptr, nullptr, e); }},
       {"data", [&](auto** e) { return svmscore_load_memory(nullptr, 9, nullptr, &loaded, e); }},
+      {"data_size",
+       [&](auto** e) {
+         return svmscore_load_memory("<PMML/>", SVMSCORE_NUL_ENDED, nullptr, &loaded, e);
+       }},
       {"model", [&](auto** e) { return svmscore_scorer_new(nullptr, nullptr, &made, e); }},
       {"scorer", [&](auto** e) { return svmscore_scorer_new(model.get(), nullptr, nullptr, e); }},
       {"facts", [&](auto** e) { return svmscore_model_get_facts(model.get(), nullptr, e); }},
