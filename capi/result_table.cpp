@@ -3,7 +3,9 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <cstdint>
 #include <limits>
+#include <new>
 
 #include "capi/call_error.h"
 #include "host/model/score_status.h"
@@ -65,6 +67,8 @@ ResultTable::ResultTable(const tools::ResultColumns& results, SharedModel model,
 }
 
 void ResultTable::Start(std::size_t rows) {
+  // What no vector can hold would be another exception.
+  if (rows > PTRDIFF_MAX / sizeof(double)) throw std::bad_alloc();
   rows_ = rows;
   views_.clear();
   for (Column& column : columns_) {

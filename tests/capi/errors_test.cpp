@@ -265,6 +265,20 @@ TEST(CErrors, OfColumnsNameThem) {
   }
 }
 
+// Missing values take no memory, but their results would.
+TEST(CErrors, OfMoreRowsThanMemoryHoldsAreOfMemory) {
+  const Model model = LoadFile(PROJECT_FOLDER "/tests/app/data/line.pmml");
+  const Scorer scorer = NewScorer(model.get());
+  for (const std::size_t rows : {SIZE_MAX, SIZE_MAX - 63, SIZE_MAX / 8}) {
+    svmscore_column column = SVMSCORE_INIT(svmscore_column);
+    column.name = "x";
+    column.name_length = 1;
+    column.length = rows;
+    svmscore_table table = SVMSCORE_INIT(svmscore_table);
+    EXPECT_EQ(svmscore_score(scorer.get(), &column, 1, rows, &table, nullptr), SVMSCORE_MEMORY);
+  }
+}
+
 // A struct of a later library has more members: where they are all 0 nothing is lost.
 TEST(CErrors, StructsMayBeLongerThanTheLibraryKnows) {
   const Model model = LoadFile(kThree);
