@@ -9,6 +9,7 @@
 #include "host/model/ss_exception.h"
 #include "host/text/printable.h"
 #include "tools/base/bad_input.h"
+#include "tools/base/error_text.h"
 
 namespace svmscore::capi {
 namespace {
@@ -33,8 +34,7 @@ std::string Sentence(std::string text) {
 Reason Told(int kind, long code, const std::string& sentence, const std::string& place,
             const std::string& remedy) {
   Reason reason{kind, code, Printable(sentence), Printable(place), Printable(remedy), {}};
-  if (code != 0) reason.message = fmt::format("[{}] ", code);
-  reason.message += reason.sentence;
+  reason.message = reason.sentence;
   if (!place.empty() && reason.sentence.find(reason.place) == std::string::npos) {
     reason.message += fmt::format(" ({})", reason.place);
   }
@@ -80,8 +80,10 @@ Reason ReasonOfException() {
   try {
     throw;
   } catch (const SSException& error) {
-    return Told(KindOf(error), error.GetErrorCode(), WithoutPlace(error), error.GetPlace(),
-                error.GetRemedy());
+    Reason reason = Told(KindOf(error), error.GetErrorCode(), WithoutPlace(error), error.GetPlace(),
+                         error.GetRemedy());
+    reason.message = Printable(tools::Explain(error));  // as the program tells it
+    return reason;
   } catch (const Refusal& refusal) {
     return Told(refusal.Kind(), 0, refusal.what(), refusal.Place(), refusal.Remedy());
   } catch (const tools::BadCases& bad) {
