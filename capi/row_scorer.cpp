@@ -1,5 +1,6 @@
 #include "capi/row_scorer.h"
 
+#include <mutex>
 #include <utility>
 
 #include "host/model/score_status.h"
@@ -42,7 +43,10 @@ RowScorer::RowScorer(const ScoringPlan& plan, std::vector<const ScoreDictVar*> v
     const std::size_t categories = plan.Output().Targets().Target().GetCategories().size();
     batch_.emplace(*plan.model->batch, categories, capacity_);
   }
-  if (plan.gives_reasons) examiner_.emplace(plan.model->loaded, variables);
+  if (plan.gives_reasons) {
+    const std::lock_guard lock(plan.model->document_mutex);
+    examiner_.emplace(plan.model->loaded, variables);
+  }
   rows_.reserve(capacity_);
   if (plan.reads_inputs) output_inputs_.reserve(capacity_ * plan.Output().InputCount());
 }
