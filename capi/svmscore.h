@@ -18,7 +18,8 @@
  *   means that they have one. Texts that the library returns have one beyond their length. A text
  *   that is null is an empty one.
  * - A null pointer where none is allowed, a size that no version of a struct had, a number that no
- *   constant stands for, and an index that is too large are SVMSCORE_ARGUMENT.
+ *   constant stands for, and an index that is too large are SVMSCORE_ARGUMENT; but what is wrong
+ *   with one column is SVMSCORE_TABLE, all but its size.
  * - Memory that runs out is SVMSCORE_MEMORY: everything is as it was before the call.
  *
  * The comment of a function ends with: [threads] Owns: ... Lives: ... Fails: ... without the parts
@@ -410,7 +411,8 @@ typedef struct svmscore_value {
 /* Scores one case: its values in the order of the model's inputs, the result in the order of the
  * scorer's outputs, the status among them. Values beyond `input_count` are missing; results beyond
  * `output_count` are not written. After the first case nothing is allocated, except for texts
- * longer than any before, and by derived fields that take texts apart.
+ * longer than any before, for the reason of a failed case, and by derived fields that take texts
+ * apart.
  * [one thread] Lives: inputs, for the call; texts of the result, until the scorer's next call or
  * its end. Fails: SVMSCORE_ARGUMENT: more values than the model has inputs. A bad value is the
  * status. */
