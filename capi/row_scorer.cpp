@@ -116,10 +116,10 @@ reasons::Ended RowScorer::Finish(std::size_t row, output::Outcome& outcome) {
 }
 
 std::string RowScorer::Explain(const reasons::Ended& ended,
-                               const std::vector<std::string>& texts) const {
-  std::vector<reasons::Given> given;
-  for (const std::string& text : texts) given.push_back({text, text.empty()});
-  return TextOf(examiner_->Examine(record_, given.data(), ended));
+                               const std::vector<GivenText>& given) const {
+  std::vector<reasons::Given> views;
+  for (const GivenText& one : given) views.push_back({one.text, one.missing});
+  return TextOf(examiner_->Examine(record_, views.data(), ended));
 }
 
 output::Outcome RowScorer::OutcomeOf(const Row& row) const {

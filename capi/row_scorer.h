@@ -34,6 +34,12 @@ struct ScoringPlan {
   tools::ResultColumns results;
 };
 
+// What a failed case gave for an input.
+struct GivenText {
+  std::string text;
+  bool missing = true;
+};
+
 // Used by one thread: rows are put in one after the other, scored together, and written. Lives: the
 // plan, longer than it.
 class RowScorer {
@@ -63,22 +69,26 @@ class RowScorer {
   void Score();
   // Writes the cells of a row in the order of the plan's results: calls `begin` with the position
   // of each column, which gives its sink. Of a row that failed, where reasons are wanted, `again`
-  // puts its values into a record and into texts, which are empty where a value is missing. Fails:
-  // what these throw; std::bad_alloc.
+  // puts its values into a record, and tells for each the text that was given and whether that
+  // means missing; without `again` the reason stays empty. Fails: what these throw; std::bad_alloc.
   template <typename Begin, typename Again>
   void Write(std::size_t row, const Begin& begin, const Again& again) {
     output::Outcome outcome;
     const reasons::Ended ended = Finish(row, outcome);
     reason_.clear();
     if (plan_.gives_reasons && ended.status != 0) {
-      std::vector<std::string> texts(record_.Size());
-      again(record_, texts);
-      reason_ = Explain(ended, texts);
+      std::vector<GivenText> given(record_.Size());
+      again(record_, given);
+      reason_ = Explain(ended, given);
     }
-    const tools::ScoredCase scored{outcome, outputs_, ended.decisions, ended.stride, reason_};
-    for (std::size_t i = 0; i < plan_.results.size(); ++i) {
-      plan_.results[i]->Write(scored, begin(i));
-    }
+    WriteCells(outcome, ended, begin);
+  }
+  template <typename Begin>
+  void Write(std::size_t row, const Begin& begin) {
+    output::Outcome outcome;
+    const reasons::Ended ended = Finish(row, outcome);
+    reason_.clear();
+    WriteCells(outcome, ended, begin);
   }
 
  private:
@@ -88,9 +98,16 @@ class RowScorer {
     std::size_t place = 0;
   };
 
+  template <typename Begin>
+  void WriteCells(const output::Outcome& outcome, const reasons::Ended& ended, const Begin& begin) {
+    const tools::ScoredCase scored{outcome, outputs_, ended.decisions, ended.stride, reason_};
+    for (std::size_t i = 0; i < plan_.results.size(); ++i) {
+      plan_.results[i]->Write(scored, begin(i));
+    }
+  }
   reasons::Ended Finish(std::size_t row, output::Outcome& outcome);
   output::Outcome OutcomeOf(const Row& row) const;
-  std::string Explain(const reasons::Ended& ended, const std::vector<std::string>& texts) const;
+  std::string Explain(const reasons::Ended& ended, const std::vector<GivenText>& given) const;
 
   const ScoringPlan& plan_;
   std::size_t capacity_;

@@ -128,14 +128,15 @@ void Scorer::SetInput(Single& single, std::size_t input, const svmscore_value& v
 
 // Puts the values into the record, which plain ones went past, and tells their texts.
 void Scorer::Refill(Single& single, const svmscore_value* inputs, std::size_t input_count,
-                    std::vector<std::string>& texts) const {
-  for (std::size_t i = 0; i < texts.size() && i < input_count; ++i) {
-    SetInput(single, i, inputs[i]);
-    if (inputs[i].kind == SVMSCORE_NUMBER) texts[i] = FormatNumber(inputs[i].number);
-    if (inputs[i].kind == SVMSCORE_WHOLE) texts[i] = std::to_string(inputs[i].whole);
-    if (inputs[i].kind != SVMSCORE_TEXT) continue;
-    const std::string_view text = ViewOf(inputs[i].text, inputs[i].length);
-    if (!single.cells[i].MeansMissing(text)) texts[i] = text;
+                    std::vector<GivenText>& given) const {
+  for (std::size_t i = 0; i < given.size() && i < input_count; ++i) {
+    const svmscore_value& value = inputs[i];
+    SetInput(single, i, value);
+    if (value.kind == SVMSCORE_NUMBER) given[i] = {FormatNumber(value.number), false};
+    if (value.kind == SVMSCORE_WHOLE) given[i] = {std::to_string(value.whole), false};
+    if (value.kind != SVMSCORE_TEXT) continue;
+    const std::string_view text = ViewOf(value.text, value.length);
+    given[i] = {std::string(text), single.cells[i].MeansMissing(text)};
   }
 }
 
@@ -171,8 +172,8 @@ void Scorer::ScoreCase(const svmscore_value* inputs, std::size_t input_count,
   ValueSink sink(outputs, output_count);
   single.rows.Write(
       0, [&](std::size_t column) -> ValueSink& { return sink.At(column); },
-      [&](MCZandor_850::InputCaseRecord&, std::vector<std::string>& texts) {
-        Refill(single, inputs, input_count, texts);
+      [&](MCZandor_850::InputCaseRecord&, std::vector<GivenText>& given) {
+        Refill(single, inputs, input_count, given);
       });
 }
 
@@ -194,9 +195,8 @@ void Scorer::ScoreNumbers(const double* inputs, std::size_t input_count, double*
   }
   single.rows.Score();
   NumberSink sink(outputs, output_count);
-  single.rows.Write(
-      0, [&](std::size_t column) -> NumberSink& { return sink.At(column); },
-      [](MCZandor_850::InputCaseRecord&, std::vector<std::string>&) {});
+  // A reason is a text, and no number tells it.
+  single.rows.Write(0, [&](std::size_t column) -> NumberSink& { return sink.At(column); });
 }
 
 }  // namespace svmscore::capi

@@ -154,11 +154,11 @@ class Scorer::TableRun {
       }
       rows_.Write(
           r, [&](std::size_t column) -> ResultTable::Sink& { return sink_.At(first + r, column); },
-          [&](MCZandor_850::InputCaseRecord& record, std::vector<std::string>& texts) {
-            for (std::size_t i = 0; i < texts.size(); ++i) {
+          [&](MCZandor_850::InputCaseRecord& record, std::vector<GivenText>& given) {
+            for (std::size_t i = 0; i < given.size(); ++i) {
               const InputCell& cell = input_.cells[i];
               cell.Set(record, i, first + r);
-              if (!cell.IsMissing(first + r)) texts[i] = cell.TextAt(first + r);
+              given[i] = {cell.TextAt(first + r), cell.IsMissing(first + r)};
             }
           });
     }

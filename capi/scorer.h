@@ -63,7 +63,7 @@ class Scorer {
   };
   Single& TheSingle();
   void Refill(Single& single, const svmscore_value* inputs, std::size_t input_count,
-              std::vector<std::string>& texts) const;
+              std::vector<GivenText>& given) const;
   void SetInput(Single& single, std::size_t input, const svmscore_value& value) const;
   // Puts the inputs in as entries, and returns true, where all are numbers that need no record.
   template <typename Input>

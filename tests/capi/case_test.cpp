@@ -147,6 +147,34 @@ TEST(CCase, TakesTextsAsEveryFunctionDoes) {
   EXPECT_EQ(cells, (std::vector<std::string>{"3.1", "3.1", "", ""}));
 }
 
+// The reason of a failed case is told in the words of a table's.
+TEST(CCase, SaysWhyItFailed) {
+  const Model model = LoadFile(PROJECT_FOLDER "/tests/app/data/three.pmml");
+  const svmscore_text missing{"NA", 2};
+  svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
+  options.columns = SVMSCORE_COLUMNS_RAW;
+  options.reasons = 1;
+  options.missing_texts = &missing;
+  options.missing_text_count = 1;
+  const Scorer scorer = NewScorer(model.get(), &options);
+  const std::vector<std::string> rows[] = {{"NA", "1"}, {"", "1"}, {"5%", "1"}};
+  std::vector<std::string> reasons;
+  for (const auto& row : rows) {
+    std::vector<svmscore_value> inputs;
+    for (const auto& cell : row) {
+      inputs.push_back({SVMSCORE_TEXT, -1, 0.0, 0, cell.data(), cell.size()});
+    }
+    std::vector<svmscore_value> outputs(svmscore_scorer_output_count(scorer.get()));
+    ASSERT_EQ(svmscore_score_case(scorer.get(), inputs.data(), inputs.size(), outputs.data(),
+                                  outputs.size(), nullptr),
+              SVMSCORE_OK);
+    reasons.push_back(CellOf(outputs.back()));
+  }
+  EXPECT_EQ(reasons[0], "width: \"NA\" means missing, and nothing replaces it");
+  EXPECT_EQ(reasons[1], "width: \"\" is not a number");
+  EXPECT_EQ(reasons[2], "width: \"5%\" is not a number");
+}
+
 INSTANTIATE_TEST_SUITE_P(Documents, CCases, testing::ValuesIn(Documents()), NameOfDocument);
 
 }  // namespace
