@@ -272,11 +272,15 @@ std::string_view ColumnView::TextAt(std::size_t row) const {
   return {reinterpret_cast<const char*>(data) + begin, end - begin};
 }
 
-double ColumnView::MomentAt(std::size_t row) const {
-  if (type == CellType::kDate) return Load<std::int32_t>(row);
-  if (type == CellType::kTime32) return Load<std::int32_t>(row) / ticks;
-  const double seconds = static_cast<double>(Load<std::int64_t>(row)) / ticks;
-  return type == CellType::kDate64 ? std::floor(seconds / 86400.0) : seconds;
+ColumnView::Moment ColumnView::MomentAt(std::size_t row) const {
+  constexpr std::int64_t kSecondsPerDay = 86400;
+  if (type == CellType::kDate) return {Load<std::int32_t>(row), 0};
+  const std::int64_t count =
+      type == CellType::kTime32 ? Load<std::int32_t>(row) : Load<std::int64_t>(row);
+  const std::int64_t unit = type == CellType::kDate64 ? ticks * kSecondsPerDay : ticks;
+  const std::int64_t below = count % unit < 0 ? 1 : 0;
+  const Moment moment{count / unit - below, count % unit + below * unit};
+  return type == CellType::kDate64 ? Moment{moment.whole, 0} : moment;
 }
 
 ColumnView ViewOf(const svmscore_column& given) {

@@ -33,7 +33,7 @@ enum class CellType {
   kTextView,
   kDictionary,
   kDate,      // i32, days since 1970-01-01
-  kDate64,    // i64, `ticks` a second since 1970-01-01
+  kDate64,    // i64, `ticks` a second since 1970-01-01, of which the days count
   kTime32,    // i32, `ticks` a second since midnight
   kTime64,    // i64, likewise
   kDateTime,  // i64, `ticks` a second since 1970-01-01T00:00
@@ -69,7 +69,7 @@ struct ColumnView {
   std::size_t row_offset = 0;
   const std::uint8_t* offsets = nullptr;
   std::size_t offsets_size = SVMSCORE_UNKNOWN_SIZE;
-  double ticks = 1.0;           // of a moment, a second
+  std::int64_t ticks = 1;       // of a moment, a second
   std::vector<Buffer> buffers;  // of kTextView
   std::shared_ptr<const ColumnView> dictionary;
 
@@ -84,15 +84,19 @@ struct ColumnView {
   bool HasMissing() const {
     return type == CellType::kNull || validity != nullptr || row_validity != nullptr;
   }
-  // Of a present cell of class kNumber, kWhole (but not of kU64), kBool, kText or kMoment (the
-  // number that fields of such a kind are kept as), and of a dictionary. REQUIRES: Check has
-  // returned.
+  // Days of a date, else seconds; and beyond them a fraction of a second, in ticks.
+  struct Moment {
+    std::int64_t whole;
+    std::int64_t rest;
+  };
+  // Of a present cell of class kNumber, kWhole (but not of kU64), kBool, kText or kMoment, and of a
+  // dictionary. REQUIRES: Check has returned.
   double NumberAt(std::size_t row) const;
   std::int64_t WholeAt(std::size_t row) const { return IntegerAt(type, row); }
   std::uint64_t UnsignedAt(std::size_t row) const { return Load<std::uint64_t>(row); }
   bool BoolAt(std::size_t row) const;
   std::string_view TextAt(std::size_t row) const;
-  double MomentAt(std::size_t row) const;
+  Moment MomentAt(std::size_t row) const;
   std::size_t CodeAt(std::size_t row) const {
     return static_cast<std::size_t>(IntegerAt(code_type, row));
   }

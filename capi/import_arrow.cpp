@@ -15,7 +15,7 @@ struct Format {
   std::string_view letters;
   CellType type;
   const char* name;
-  double ticks = 1.0;
+  std::int64_t ticks = 1;
 };
 
 constexpr std::array kFormats = {
@@ -36,15 +36,15 @@ constexpr std::array kFormats = {
     Format{"U", CellType::kText64, "large_utf8"},
     Format{"vu", CellType::kTextView, "utf8_view"},
     Format{"tdD", CellType::kDate, "date32"},
-    Format{"tdm", CellType::kDate64, "date64", 1e3},
-    Format{"tts", CellType::kTime32, "time32", 1.0},
-    Format{"ttm", CellType::kTime32, "time32", 1e3},
-    Format{"ttu", CellType::kTime64, "time64", 1e6},
-    Format{"ttn", CellType::kTime64, "time64", 1e9},
-    Format{"tss:", CellType::kDateTime, "timestamp", 1.0},
-    Format{"tsm:", CellType::kDateTime, "timestamp", 1e3},
-    Format{"tsu:", CellType::kDateTime, "timestamp", 1e6},
-    Format{"tsn:", CellType::kDateTime, "timestamp", 1e9},
+    Format{"tdm", CellType::kDate64, "date64", 1000},
+    Format{"tts", CellType::kTime32, "time32"},
+    Format{"ttm", CellType::kTime32, "time32", 1000},
+    Format{"ttu", CellType::kTime64, "time64", 1000000},
+    Format{"ttn", CellType::kTime64, "time64", 1000000000},
+    Format{"tss:", CellType::kDateTime, "timestamp"},
+    Format{"tsm:", CellType::kDateTime, "timestamp", 1000},
+    Format{"tsu:", CellType::kDateTime, "timestamp", 1000000},
+    Format{"tsn:", CellType::kDateTime, "timestamp", 1000000000},
 };
 
 std::string_view ViewOfText(const char* text) {

@@ -55,6 +55,19 @@ DataType MomentType(CellType type) {
   return type == CellType::kDateTime ? DataType::kDateTime : DataType::kTime;
 }
 
+// In the notation of ISO 8601, to the last tick, which a double may not hold.
+std::string MomentText(const ColumnView& column, std::size_t row) {
+  const ColumnView::Moment moment = column.MomentAt(row);
+  std::string text =
+      FieldTextFromNumber(static_cast<double>(moment.whole), {MomentType(column.type), 0});
+  // What is too far away to be written as a date is a number.
+  if (moment.rest == 0 || text.find(':') == std::string::npos) return text;
+  std::string fraction = std::to_string(column.ticks + moment.rest);  // 1 and its digits
+  fraction[0] = '.';
+  fraction.erase(fraction.find_last_not_of('0') + 1);
+  return text + fraction;
+}
+
 }  // namespace
 
 MissingTexts ReadMissingTexts(const svmscore_text* texts, std::size_t count) {
@@ -187,7 +200,7 @@ void InputCell::SetBool(InputCaseRecord& record, std::size_t position, bool trut
 
 void InputCell::SetMoment(InputCaseRecord& record, std::size_t position, const ColumnView& column,
                           std::size_t row) const {
-  record.SetText(position, FieldTextFromNumber(column.MomentAt(row), {MomentType(column.type), 0}));
+  record.SetText(position, MomentText(column, row));
 }
 
 bool InputCell::IsMissing(std::size_t row) const {
@@ -218,7 +231,7 @@ std::string InputCell::TextAt(std::size_t row) const {
       if (type_ == DataType::kString) return column->BoolAt(row) ? "true" : "false";
       return column->BoolAt(row) ? "1" : "0";
     case CellClass::kMoment:
-      return FieldTextFromNumber(column->MomentAt(row), {MomentType(column->type), 0});
+      return MomentText(*column, row);
     case CellClass::kNothing:
       return {};
     case CellClass::kWhole:

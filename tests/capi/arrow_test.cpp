@@ -181,6 +181,45 @@ TEST(ArrowBatches, WithTypesThatAreNotReadAreRefusedWhereTheModelReadsThem) {
   EXPECT_EQ(ScoreBatch(scorer.get(), dated).failure.place, "width");
 }
 
+// As texts, that a field of texts shows where it does not list them.
+TEST(ArrowBatches, HoldMomentsToTheLastDigit) {
+  const Model model = LoadFile(kThree);
+  svmscore_scorer_options options = SVMSCORE_INIT(svmscore_scorer_options);
+  options.reasons = 1;
+  const Scorer scorer = NewScorer(model.get(), &options);
+  struct Case {
+    const char* format;
+    std::int64_t value;
+    const char* text;
+  };
+  const Case cases[] = {
+      {"tdD", 19782, "2024-02-29"},
+      {"tdD", -1, "1969-12-31"},
+      {"tdm", -1, "1969-12-31"},
+      {"tts", 86399, "23:59:59"},
+      {"ttm", 50, "00:00:00.05"},
+      {"ttu", 43200000001, "12:00:00.000001"},
+      {"ttn", 7, "00:00:00.000000007"},
+      {"tss:UTC", 1709208000, "2024-02-29T12:00:00"},
+      {"tsm:", 1709208000123, "2024-02-29T12:00:00.123"},
+      {"tsu:", -1, "1969-12-31T23:59:59.999999"},
+      {"tsn:Z", 1709208000120000000, "2024-02-29T12:00:00.12"},
+      {"tsn:", 1709208000123456789, "2024-02-29T12:00:00.123456789"},
+  };
+  for (const auto& [format, value, text] : cases) {
+    ArrowBatch batch({{"width", "height", "colour"}, {"1", "1", "1"}}, {"l"});
+    const std::size_t colour = batch.Find("colour");
+    const auto narrow = static_cast<std::int32_t>(value);
+    const bool is_narrow = std::string_view("tdD tts ttm").find(format) != std::string::npos;
+    batch.schema.children[colour]->format = format;
+    batch.array.children[colour]->buffers[1] =
+        is_narrow ? static_cast<const void*>(&narrow) : &value;
+    EXPECT_EQ(
+        ScoreBatch(scorer.get(), batch).rows.at(1).back(),
+        std::string("colour: \"") + text + "\" is not one of its 2 categories: \"red\", \"blue\"");
+  }
+}
+
 TEST(ArrowBatches, LeaveTheScorerTheNamesThatItTold) {
   const Model model = LoadFile(kThree);
   const Scorer scorer = NewScorer(model.get());
