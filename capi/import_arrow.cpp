@@ -97,8 +97,8 @@ ColumnView ColumnOf(const ArrowSchema& schema) {
   if (schema.dictionary == nullptr) return column;
   ColumnView values = ColumnOf(*schema.dictionary);
   values.name = column.name;
-  const bool readable =
-      ClassOf(column.type) == CellClass::kWhole && values.type != CellType::kDictionary;
+  const bool readable = ClassOf(column.type) == CellClass::kWhole &&
+                        values.type != CellType::kDictionary && values.type != CellType::kUnread;
   column.code_type = column.type;
   column.type = readable ? CellType::kDictionary : CellType::kUnread;
   column.type_name = "dictionary of " + values.type_name;

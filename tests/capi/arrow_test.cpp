@@ -175,6 +175,12 @@ TEST(ArrowBatches, WithTypesThatAreNotReadAreRefusedWhereTheModelReadsThem) {
     EXPECT_EQ(failure.kind, SVMSCORE_TABLE);
     EXPECT_EQ(failure.place, "width") << failure.message;
   }
+  // Nor is a dictionary looked at that the model does not read.
+  ArrowBatch coded(cases, {"dictionary"});
+  const std::size_t unknown = coded.Find("unknown");
+  coded.schema.children[unknown]->dictionary->format = "+s";
+  coded.array.children[unknown]->dictionary->n_buffers = 1;
+  EXPECT_EQ(ScoreBatch(scorer.get(), coded).failure.message, "");
   // A date is no number, and a field of numbers takes none.
   ArrowBatch dated(cases, {"i"});
   dated.schema.children[dated.Find("width")]->format = "tdD";
