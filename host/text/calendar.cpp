@@ -1,5 +1,6 @@
 #include "host/text/calendar.h"
 
+#include <array>
 #include <charconv>
 #include <chrono>
 #include <cmath>
@@ -81,9 +82,10 @@ std::string SecondsText(double seconds) {
   const double whole = std::floor(seconds);
   std::string text = fmt::format("{:02}", static_cast<int>(whole));
   if (seconds == whole) return text;
-  const std::string fraction = FormatNumber(seconds - whole);
-  const std::size_t point = fraction.find('.');
-  return point == std::string::npos ? text : text + fraction.substr(point);
+  std::array<char, 400> fraction;  // of the smallest number 343
+  const auto written =
+      std::to_chars(fraction.begin(), fraction.end(), seconds - whole, std::chars_format::fixed);
+  return text.append(fraction.data() + 1, written.ptr);
 }
 
 }  // namespace

@@ -29,6 +29,9 @@ TEST(Calendar, WritesWhatItReads) {
   }
   EXPECT_EQ(calendar::FormatDateTime(*calendar::ParseDateTime("1979-12-31T23:59:01.5")),
             "1979-12-31T23:59:01.5");
+  for (const char* text : {"00:00:00.00001", "12:00:00", "00:00:00.0000015"}) {
+    EXPECT_EQ(calendar::FormatTime(*calendar::ParseTime(text)), text);
+  }
   EXPECT_EQ(calendar::FormatDate(1e300), "1e+300");
 }
 
