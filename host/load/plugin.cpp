@@ -16,11 +16,18 @@ namespace fs = std::filesystem;
 
 constexpr const char* kFile = "svmscore_plugin.so";
 
+// What SVMSCORE_PLUGIN names: read once, for a program may change its environment as it loads.
+const std::string& NamedPath() {
+  static const std::string path = [] {
+    const char* named = std::getenv("SVMSCORE_PLUGIN");
+    return std::string(named == nullptr ? "" : named);
+  }();
+  return path;
+}
+
 // Where the plug-in is by default: beside this library, or in the subfolder svmscore.
 std::string DefaultPath() {
-  if (const char* named = std::getenv("SVMSCORE_PLUGIN"); named != nullptr && *named != '\0') {
-    return named;
-  }
+  if (!NamedPath().empty()) return NamedPath();
   Dl_info self{};
   if (dladdr(reinterpret_cast<void*>(&StartXerces), &self) == 0 || self.dli_fname == nullptr) {
     return kFile;

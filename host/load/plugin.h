@@ -13,9 +13,9 @@ namespace svmscore {
 class SVMSCORE_HOST_API Plugin {
  public:
   // Loads the shared library at `path`, or, for an empty path, the one that the environment
-  // variable SVMSCORE_PLUGIN names, or else the one beside this library or in its subfolder
-  // svmscore. It stays loaded for the life of the process, so that models may outlive this object.
-  // [any thread] Fails: SSException (260305), std::bad_alloc.
+  // variable SVMSCORE_PLUGIN named when it was first asked for, or else the one beside this library
+  // or in its subfolder svmscore. It stays loaded for the life of the process, so that models may
+  // outlive this object. [any thread] Fails: SSException (260305), std::bad_alloc.
   explicit Plugin(const std::string& path = {});
 
   // A new translator of the plug-in. [any thread] Owns: the caller. Fails: std::bad_alloc.

@@ -63,6 +63,16 @@ TEST(CProcess, LoadsAndFreesOnThreads) {
   for (std::thread& thread : threads) thread.join();
 }
 
+TEST(CProcess, ReadsTheEnvironmentOnce) {
+  const std::string document = Documents()[0];
+  LoadFile(document);
+  for (const char* name : {"SVMSCORE_PLUGIN", "SVMSCORE_ISA", "SVMSCORE_LOG"}) {
+    setenv(name, "none", 1);
+    LoadFile(document);
+    unsetenv(name);
+  }
+}
+
 // A sanitizer's own threads and memory stand in the way of the following.
 #if !defined(SVMSCORE_SANITIZED)
 
