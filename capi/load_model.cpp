@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <unordered_map>
@@ -11,9 +12,12 @@
 #include "capi/caller_structs.h"
 #include "capi/sha256.h"
 #include "host/load/plugin.h"
+#include "host/model/message_codes.h"
+#include "host/model/ss_exception.h"
 #include "host/text/field_types.h"
 #include "tools/base/case_columns.h"
 #include "tools/base/document_source.h"
+#include "tools/base/error_text.h"
 #include "tools/findings/remarks.h"
 
 namespace svmscore::capi {
@@ -124,11 +128,16 @@ std::string DigestOf(tools::DocumentSource& source) {
   Sha256 digest;
   std::error_code unknown;
   if (std::filesystem::is_regular_file(source.Path(), unknown)) {
+    errno = 0;
     std::ifstream file(source.Path(), std::ios::binary);
     std::array<char, 65536> chunk;
     while (file) {
       file.read(chunk.data(), chunk.size());
       digest.Add(chunk.data(), static_cast<std::size_t>(file.gcount()));
+    }
+    // No digest of a part: the file may have gone since it was read.
+    if (!file.eof()) {
+      ThrowAt(nullptr, code::kFileUnreadable, source.Path(), tools::ErrorText(errno));
     }
   } else {
     const std::string& text = source.Text();
