@@ -7,14 +7,6 @@
 namespace svmscore::intake {
 namespace {
 
-bool HoldsMachine(DOMElement* model) {
-  for (DOMElement* at = NextInTree(model, model, false); at != nullptr;
-       at = NextInTree(at, model, NameOf(at) == "Extension")) {
-    if (NameOf(at) == "SupportVectorMachineModel") return true;
-  }
-  return false;
-}
-
 // The first one names the producer.
 void CheckApplications(Intake& intake) {
   bool first = true;
@@ -45,12 +37,9 @@ void ChooseModel(Intake& intake) {
     if (inner != nullptr && NameOf(models[i]) == "AnomalyDetectionModel") {
       if (LiftModel(intake, models[i], inner)) models[i] = inner;
       intake.SetModel(FindChild(intake.Root(), "SupportVectorMachineModel"));
-    } else if (HoldsMachine(models[i])) {
-      intake.Refuse(models[i], code::kUnsupported, "a SupportVectorMachineModel",
-                    NameOf(models[i]));
     }
   }
-  // A translator says that there is no model.
+  // A translator says that there is no model, or only one inside another.
   if (intake.Model() == nullptr) return;
   for (const DOMElement* model : models) {
     if (model != intake.Model())

@@ -141,9 +141,6 @@ TEST(Model, InsideOneOfAnotherMeaningIsRefused) {
             "260304 AnomalyDetectionModel:3");
   treated.local = "<Targets/>";
   EXPECT_EQ(Refusal(Anomaly(treated, "ocsvm", "<Targets/>")), "260304 AnomalyDetectionModel:3");
-  EXPECT_EQ(Refusal(Around({}, "<MiningModel><Segmentation><Segment>",
-                           "</Segment></Segmentation></MiningModel>")),
-            "260304 MiningModel:3");
 }
 
 TEST(Model, TheFirstOfSeveralIsScored) {
