@@ -53,15 +53,6 @@ int KindOf(const SSException& error) {
   }
 }
 
-// What is wrong without the place, which the exception's text holds in parentheses.
-std::string WithoutPlace(const SSException& error) {
-  std::string sentence = error.what();
-  const std::string place = " (" + Shortened(error.GetPlace(), kLongestInsert) + ")";
-  const std::size_t at = error.GetPlace().empty() ? std::string::npos : sentence.find(place);
-  if (at != std::string::npos) sentence.erase(at, place.size());
-  return sentence;
-}
-
 }  // namespace
 
 void RefuseArgument(const std::string& sentence, const std::string& place,
@@ -80,8 +71,8 @@ Reason ReasonOfException() {
   try {
     throw;
   } catch (const SSException& error) {
-    Reason reason = Told(KindOf(error), error.GetErrorCode(), WithoutPlace(error), error.GetPlace(),
-                         error.GetRemedy());
+    Reason reason = Told(KindOf(error), error.GetErrorCode(), error.WithoutPlace(),
+                         error.GetPlace(), error.GetRemedy());
     reason.message = Printable(tools::Explain(error));  // as the program tells it
     return reason;
   } catch (const Refusal& refusal) {

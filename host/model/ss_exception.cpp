@@ -18,11 +18,6 @@ std::vector<std::string> Inserts(const std::vector<std::string>& parts) {
   return inserts;
 }
 
-std::string ShownPlace(const std::string& place) {
-  if (place.empty()) return {};
-  return " (" + svmscore::Shortened(place, svmscore::kLongestInsert) + ")";
-}
-
 }  // namespace
 
 SSException::SSException(ScoreContext::IErrorFormater* formater) : formater_(formater) {}
@@ -36,20 +31,42 @@ void SSException::SetMessage(int code, std::vector<std::string> parts) {
   place_.clear();
   where_ = {};
   remedy_.clear();
+  remark_.clear();
   if (formater_ != nullptr) {
-    text_ = formater_->Sentence(code_, Inserts(parts_));
-    return;
+    sentence_ = formater_->Sentence(code_, Inserts(parts_));
+  } else {
+    sentence_ = std::to_string(code_);
+    for (const std::string& part : parts_) sentence_ += ' ' + part;
   }
-  text_ = std::to_string(code_);
-  for (const std::string& part : parts_) text_ += ' ' + part;
+  Compose();
 }
 
 void SSException::SetPlace(std::string words, svmscore::Place place) {
-  text_.resize(text_.size() - ShownPlace(place_).size());
   element_ = nullptr;
   place_ = std::move(words);
   where_ = std::move(place);
-  text_ += ShownPlace(place_);
+  Compose();
+}
+
+void SSException::Restate(std::string sentence) {
+  sentence_ = std::move(sentence);
+  remark_.clear();
+  place_.clear();
+  where_ = {};
+  Compose();
+}
+
+void SSException::AddRemark(const std::string& remark) {
+  remark_ += "; " + remark;
+  Compose();
+}
+
+void SSException::Compose() {
+  text_ = sentence_;
+  if (!place_.empty()) {
+    text_ += " (" + svmscore::Shortened(place_, svmscore::kLongestInsert) + ")";
+  }
+  text_ += remark_;
 }
 
 std::string SSException::GetRemedy() const {

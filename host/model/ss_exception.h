@@ -61,8 +61,10 @@ class SVMSCORE_HOST_API SSException : public std::exception {
   // What to do: what was set, or else what the formater says.
   std::string GetRemedy() const;
   void SetRemedy(std::string remedy) { remedy_ = std::move(remedy); }
-  // The sentence, and the place where one was set.
+  // The sentence, the place where one was set, and the remark.
   const char* what() const noexcept override { return text_.c_str(); }
+  // The same without the place.
+  std::string WithoutPlace() const { return sentence_ + remark_; }
 
   // The element at fault; null where it is not known. Lives: as long as its document.
   void SetElement(const XERCES_CPP_NAMESPACE::DOMElement* element) { element_ = element; }
@@ -72,17 +74,16 @@ class SVMSCORE_HOST_API SSException : public std::exception {
   void SetPlace(std::string words, svmscore::Place place = {});
   const std::string& GetPlace() const { return place_; }
   const svmscore::Place& Where() const { return where_; }
-  // Says in other words what is wrong, with the same code and parts. Forgets the place in words.
-  void Restate(std::string sentence) {
-    text_ = std::move(sentence);
-    place_.clear();
-    where_ = {};
-  }
-  // Adds what else the reader should know to the sentence. Call after SetPlace.
-  void AddRemark(const std::string& remark) { text_ += "; " + remark; }
+  // Says in other words what is wrong, with the same code and parts. Forgets the place in words,
+  // and the remark.
+  void Restate(std::string sentence);
+  // Adds what else the reader should know.
+  void AddRemark(const std::string& remark);
+  bool HasRemark() const { return !remark_.empty(); }
 
  private:
   void SetMessage(int code, std::vector<std::string> parts);
+  void Compose();
 
   ScoreContext::IErrorFormater* formater_;
   int code_ = 0;
@@ -91,7 +92,9 @@ class SVMSCORE_HOST_API SSException : public std::exception {
   std::string place_;
   svmscore::Place where_;
   std::string remedy_;
-  std::string text_;
+  std::string sentence_;
+  std::string remark_;
+  std::string text_;  // all of that but the remedy
 };
 
 }  // namespace MCZandor_850
