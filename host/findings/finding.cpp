@@ -23,22 +23,25 @@ std::vector<FindingKind> AllFindingKinds() {
   return all;
 }
 
-std::string DetailOf(const FindingKind& kind, const std::vector<std::string>& parts) {
-  if (parts.empty()) return {};
-  if (!kind.IsRefusedWhenStrict()) return parts[0];
+std::string DetailOf(const FindingKind& kind, const std::vector<std::string>& parts,
+                     const std::string& remark) {
+  if (parts.empty()) return remark;
+  const std::string ending = remark.empty() ? "" : "; " + remark;
+  if (!kind.IsRefusedWhenStrict()) return parts[0] + ending;
   MCZandor_850::SSException told(MCZandor_850::gErrorFormater);
   told.PutErrorMessage(kind.strict_code, parts);
-  return told.what();
+  return told.what() + ending;
 }
 
 void RefuseStrictly(const FindingKind& kind, const XERCES_CPP_NAMESPACE::DOMElement* element,
-                    const std::vector<std::string>& parts) {
+                    const std::vector<std::string>& parts, const std::string& remark) {
   MCZandor_850::SSException error(MCZandor_850::gErrorFormater);
   if (parts.empty()) {
     error.PutErrorMessage(kind.strict_code, kind.name, kind.sentence);
   } else {
     error.PutErrorMessage(kind.strict_code, parts);
   }
+  if (!remark.empty()) error.AddRemark(remark);
   error.SetRemedy(fmt::format("{}, or leave out --strict-document", kind.remedy));
   error.SetElement(element);
   throw error;

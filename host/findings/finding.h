@@ -64,14 +64,17 @@ struct SVMSCORE_HOST_API Finding {
 };
 
 // The detail of a finding: the sentence of the message that refuses the kind, with these parts; for
-// a kind that is never refused, the first part. Empty without parts.
+// a kind that is never refused, the first part. Empty without parts. With a remark, which may be
+// empty, at its end.
 SVMSCORE_HOST_API std::string DetailOf(const FindingKind& kind,
-                                       const std::vector<std::string>& parts);
+                                       const std::vector<std::string>& parts,
+                                       const std::string& remark = {});
 
 // Throws that message, an SSException, at `element` (null if there is no place).
 [[noreturn]] SVMSCORE_HOST_API void RefuseStrictly(const FindingKind& kind,
                                                    const XERCES_CPP_NAMESPACE::DOMElement* element,
-                                                   const std::vector<std::string>& parts);
+                                                   const std::vector<std::string>& parts,
+                                                   const std::string& remark = {});
 
 // The first finding of each kind, with all others counted as further places.
 SVMSCORE_HOST_API std::vector<Finding> FirstOfEachKind(const std::vector<Finding>& findings);

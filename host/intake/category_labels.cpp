@@ -67,9 +67,8 @@ void MatchLabels(Intake& intake) {
     for (const LabelPlace& place : LabelsOf(machine)) {
       const auto found = category_of.find(keys.Of(place.label));
       if (found == category_of.end()) {
-        intake.Tell("unknown-category", place.element, place.label, place.attribute,
-                    NameOf(place.element));
-        intake.SuggestMeant(place.label, categories);
+        intake.TellNearName(place.label, categories, "unknown-category", place.element, place.label,
+                            place.attribute, NameOf(place.element));
         continue;
       }
       if (found->second == place.label) continue;

@@ -25,8 +25,15 @@ bool Intake::IsClassification() const {
   return FindAttribute(model_, "functionName") == "classification";
 }
 
-void Intake::AddFinding(KindOfFinding kind, const DOMElement* at, std::vector<std::string> parts) {
-  if (mode_ == IntakeMode::kStrict && kind->IsRefusedWhenStrict()) RefuseStrictly(*kind, at, parts);
+std::string Intake::NearName::Meant() const {
+  return name == nullptr ? std::string() : DidYouMean(*name, *candidates);
+}
+
+void Intake::AddFinding(KindOfFinding kind, const DOMElement* at,
+                        const std::vector<std::string>& parts, const NearName& near) {
+  if (mode_ == IntakeMode::kStrict && kind->IsRefusedWhenStrict()) {
+    RefuseStrictly(*kind, at, parts, near.Meant());
+  }
   Known& known = known_[kind->name];
   const bool standard = kind->of_class == FindingClass::kStandard;
   if (known.findings == (standard ? 1 : kDetailed)) {
@@ -36,13 +43,8 @@ void Intake::AddFinding(KindOfFinding kind, const DOMElement* at, std::vector<st
   document_.FixLines();
   ++known.findings;
   known.last = findings_.size();
-  findings_.push_back({kind, {NameOf(at), document_.LineOf(at)}, DetailOf(*kind, parts)});
-}
-
-void Intake::SuggestMeant(const std::string& name, const std::vector<std::string>& candidates) {
-  if (findings_.empty() || findings_.back().more > 0) return;
-  const std::string meant = DidYouMean(name, candidates);
-  if (!meant.empty()) findings_.back().detail += "; " + meant;
+  findings_.push_back(
+      {kind, {NameOf(at), document_.LineOf(at)}, DetailOf(*kind, parts, near.Meant())});
 }
 
 }  // namespace intake

@@ -44,8 +44,12 @@ class Intake {
     AddFinding(kind, at, {std::string(parts)...});
   }
 
-  // Adds to the finding that was told last which of the candidates the author may have meant.
-  void SuggestMeant(const std::string& name, const std::vector<std::string>& candidates);
+  // The same, and which of the candidates the author may have meant by `name`.
+  template <typename... Parts>
+  void TellNearName(const std::string& name, const std::vector<std::string>& candidates,
+                    KindOfFinding kind, const DOMElement* at, const Parts&... parts) {
+    AddFinding(kind, at, {std::string(parts)...}, {&name, &candidates});
+  }
 
   // Reports an error that cannot be what the author meant, and refuses the document with the
   // message of the kind.
@@ -76,7 +80,15 @@ class Intake {
     std::size_t last = 0;  // the position of the last one among all findings
   };
 
-  void AddFinding(KindOfFinding kind, const DOMElement* at, std::vector<std::string> parts);
+  // A name that is not known, and those that may be meant; null for none.
+  struct NearName {
+    const std::string* name;
+    const std::vector<std::string>* candidates;
+    std::string Meant() const;
+  };
+
+  void AddFinding(KindOfFinding kind, const DOMElement* at, const std::vector<std::string>& parts,
+                  const NearName& near = {nullptr, nullptr});
 
   PmmlDocument& document_;
   IntakeMode mode_;

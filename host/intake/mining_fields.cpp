@@ -26,8 +26,8 @@ void CheckWord(Intake& intake, const DOMElement* field, const char* attribute,
                const std::array<const char*, kCount>& known, Kind kind) {
   const auto text = FindAttribute(field, attribute);
   if (!text || std::find(known.begin(), known.end(), *text) != known.end()) return;
-  intake.Tell(kind, field, *text, attribute, "MiningField");
-  intake.SuggestMeant(*text, {known.begin(), known.end()});
+  intake.TellNearName(*text, {known.begin(), known.end()}, kind, field, *text, attribute,
+                      "MiningField");
 }
 
 // The first target is predicted; its name is kept in `target`.
@@ -89,8 +89,7 @@ void CheckMiningSchema(Intake& intake) {
     if (!name) continue;
     const auto found = declared.find(*name);
     if (found == declared.end()) {
-      intake.Tell("unknown-mining-field", field, *name, "MiningField");
-      intake.SuggestMeant(*name, names);
+      intake.TellNearName(*name, names, "unknown-mining-field", field, *name, "MiningField");
       continue;
     }
     if (!seen.insert(*name).second) {

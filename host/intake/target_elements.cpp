@@ -8,16 +8,17 @@
 namespace svmscore::intake {
 
 void CheckTargets(Intake& intake) {
-  std::unordered_set<std::string> fields;
+  std::vector<std::string> names;
   for (const DOMElement* field :
        Children(FindChild(intake.Root(), "DataDictionary"), "DataField")) {
-    fields.insert(Narrow(AttributeView(field, "name")));
+    names.push_back(Narrow(AttributeView(field, "name")));
   }
+  const std::unordered_set<std::string> fields(names.begin(), names.end());
   std::unordered_set<std::string> seen;
   for (const DOMElement* target : Children(intake.ModelChild("Targets"), "Target")) {
     const auto name = FindAttribute(target, "field");
     if (name && !fields.contains(*name)) {
-      intake.Tell("target-unknown", target, *name, "Target");
+      intake.TellNearName(*name, names, "target-unknown", target, *name, "Target");
     } else if (!seen.insert(name.value_or("")).second) {
       intake.Tell("target-declared-twice", target, name.value_or(""), "Target");
     }

@@ -57,13 +57,25 @@ void CheckTransformations(const ScoreModel& model, const PmmlDocument& document)
       translator.HandleTransformationDictionary(element, model.GetDictionary()));
 }
 
-// Adds a finding about `what`, or refuses it.
+// Adds a finding about `what`, or refuses it; with a remark, which may be empty.
 void TellFinding(LoadedModel& loaded, bool strict, KindOfFinding kind, const DOMElement* at,
-                 const std::string& what) {
+                 const std::string& what, const std::string& remark = {}) {
   const std::vector<std::string> parts = {what, NameOf(at)};
-  if (strict && kind->IsRefusedWhenStrict()) RefuseStrictly(*kind, at, parts);
+  if (strict && kind->IsRefusedWhenStrict()) RefuseStrictly(*kind, at, parts, remark);
   loaded.findings.push_back(
-      {kind, {NameOf(at), loaded.document.LineOf(at)}, DetailOf(*kind, parts)});
+      {kind, {NameOf(at), loaded.document.LineOf(at)}, DetailOf(*kind, parts, remark)});
+}
+
+// What is wrong, in words that "in element NAME" may follow.
+std::string WhatOf(const SSException& reason) {
+  switch (reason.GetErrorCode()) {
+    case code::kBadContent:
+      return reason.GetMessageParts().front();
+    case code::kUnknownField:
+      return "the field " + reason.GetMessageParts().front() + ", which does not exist,";
+    default:
+      return reason.what();
+  }
 }
 
 // The fields that a mining schema lists.
@@ -80,14 +92,18 @@ std::unordered_set<std::string> DeclaredNames(const DOMElement* schema) {
 void TellTransformations(LoadedModel& loaded, bool strict) {
   const TransformationDictionary* derived = loaded.model->GetTransformationDictionary();
   if (derived == nullptr) return;
+  // To look for what is meant takes long in a document of many fields.
+  constexpr int kSuggested = 5;
+  int suggested = 0;
   for (const transform::Remark& remark : derived->Remarks()) {
     const bool left_out = remark.kind == transform::Remark::Kind::kNotComputed;
+    const SSException& reason = remark.reason;
+    const bool unknown = reason.GetErrorCode() == code::kUnknownField && ++suggested <= kSuggested;
     TellFinding(
         loaded, strict,
         left_out ? KindOfFinding("derived-field-left-out") : KindOfFinding("input-not-in-schema"),
-        remark.reason.GetElement(),
-        remark.reason.GetErrorCode() == code::kBadContent ? remark.reason.GetMessageParts().front()
-                                                          : remark.reason.what());
+        reason.GetElement(), WhatOf(reason),
+        unknown ? MeantField(reason.GetMessageParts().front(), loaded.document) : "");
   }
   const DOMElement* model = FindModelElement(loaded.document.Dom());
   const DOMElement* schema = FindChild(model, "MiningSchema");
@@ -173,7 +189,7 @@ void ReadOutput(LoadedModel& loaded, LoadChecks checks) {
   loaded.output = std::make_unique<output::OutputPlan>(*loaded.model, loaded.document.Dom(), faults,
                                                        checks == LoadChecks::kAsIs);
   for (const output::Note& note : loaded.output->Notes()) {
-    TellFinding(loaded, strict, note.kind, note.element, note.text);
+    TellFinding(loaded, strict, note.kind, note.element, note.text, note.meant);
   }
 }
 

@@ -36,6 +36,27 @@ std::string Counted(std::size_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
+bool IsMadeOf(const std::string& name, const std::string& input) {
+  constexpr std::string_view kBetween = "_.- ";
+  if (input.empty() || name.size() < input.size() + 2) return false;
+  const auto is_between = [kBetween](char c) { return kBetween.find(c) != std::string::npos; };
+  return (name.ends_with(input) && is_between(name[name.size() - input.size() - 1])) ||
+         (name.starts_with(input) && is_between(name[input.size()]));
+}
+
+std::vector<std::string> FieldNames(const DOMElement* root, const DOMElement* model) {
+  std::vector<std::string> names;
+  const auto add = [&names](const DOMElement* list, const char* kind) {
+    for (const DOMElement* field : Children(list, kind)) {
+      names.push_back(AttributeText(field, "name"));
+    }
+  };
+  add(FindChild(root, "DataDictionary"), "DataField");
+  add(FindChild(root, "TransformationDictionary"), "DerivedField");
+  add(FindChild(model, "LocalTransformations"), "DerivedField");
+  return names;
+}
+
 class Refusal {
  public:
   Refusal(SSException& error, const PmmlDocument& document)
@@ -56,7 +77,8 @@ class Refusal {
         if (parts[0] == tags::XML_ELE_TARGETS && model_ != nullptr) return OfTarget();
         return;
       case code::kUnknownField:
-        return OfField(parts[0]);
+        if (!error_.HasRemark()) Remark(MeantField(parts[0], document_));
+        return;
       default:
         return;
     }
@@ -72,56 +94,11 @@ class Refusal {
     error_.SetRemedy(std::move(remedy));
   }
 
+  void Remark(const std::string& meant) {
+    if (!meant.empty()) error_.AddRemark(meant);
+  }
   void Suggest(const std::string& name, const std::vector<std::string>& candidates) {
-    const std::string meant = DidYouMean(name, candidates);
-    if (!meant.empty()) error_.AddRemark(meant);
-  }
-
-  // A vector field is not meant by a second name, and a name that is made of an input's, as that of
-  // a scaled field is, does not mean the input: it would be scored unscaled.
-  void OfField(const std::string& name) {
-    std::set<std::string> used;
-    const DOMElement* vectors = FindChild(FindChild(model_, "VectorDictionary"), "VectorFields");
-    for (const DOMElement* field : Children(vectors, "FieldRef")) {
-      used.insert(AttributeText(field, "field"));
-    }
-    if (!used.contains(name)) used.clear();
-    std::string computed_from;
-    for (const DOMElement* field : Children(FindChild(root_, "DataDictionary"), "DataField")) {
-      const std::string input = AttributeText(field, "name");
-      if (!IsMadeOf(name, input)) continue;
-      used.insert(input);
-      computed_from = input;
-    }
-    std::vector<std::string> names = FieldNames();
-    std::erase_if(names, [&used](const std::string& other) { return used.contains(other); });
-    const std::string meant = DidYouMean(name, names);
-    if (meant.empty() && !computed_from.empty()) {
-      return error_.AddRemark("the DerivedField that computes it from " + Quoted(computed_from) +
-                              " may be lost");
-    }
-    if (!meant.empty()) error_.AddRemark(meant);
-  }
-
-  static bool IsMadeOf(const std::string& name, const std::string& input) {
-    constexpr std::string_view kBetween = "_.- ";
-    if (input.empty() || name.size() < input.size() + 2) return false;
-    const auto is_between = [kBetween](char c) { return kBetween.find(c) != std::string::npos; };
-    return (name.ends_with(input) && is_between(name[name.size() - input.size() - 1])) ||
-           (name.starts_with(input) && is_between(name[input.size()]));
-  }
-
-  std::vector<std::string> FieldNames() const {
-    std::vector<std::string> names;
-    const auto add = [&names](const DOMElement* list, const char* kind) {
-      for (const DOMElement* field : Children(list, kind)) {
-        names.push_back(AttributeText(field, "name"));
-      }
-    };
-    add(FindChild(root_, "DataDictionary"), "DataField");
-    add(FindChild(root_, "TransformationDictionary"), "DerivedField");
-    add(FindChild(model_, "LocalTransformations"), "DerivedField");
-    return names;
+    Remark(DidYouMean(name, candidates));
   }
 
   void OfKernel() {
@@ -220,9 +197,10 @@ class Refusal {
       const std::string usage = AttributeText(field, "usageType");
       if (SimilarName(usage, {"target", "predicted"}).empty()) continue;
       if (DictionaryField(AttributeText(field, "name")) == nullptr) {
-        return Say(
-            what + ": the data dictionary does not declare " + Quoted(AttributeText(field, "name")),
-            field, "correct the name, or declare the field");
+        const std::string name = AttributeText(field, "name");
+        Say(what + ": the data dictionary does not declare " + Quoted(name), field,
+            "correct the name, or declare the field");
+        return Remark(MeantField(name, document_));
       }
       Say(what + ": " + Quoted(usage) + " of the MiningField " +
               Quoted(AttributeText(field, "name")) + " is no usageType",
@@ -354,6 +332,31 @@ class Refusal {
 };
 
 }  // namespace
+
+// A vector field is not meant by a second name, and a name that is made of an input's, as that of a
+// scaled field is, does not mean the input: it would be scored unscaled.
+std::string MeantField(const std::string& name, const PmmlDocument& document) {
+  const DOMElement* root = document.Dom()->getDocumentElement();
+  const DOMElement* model = FindModelElement(document.Dom());
+  std::set<std::string> used;
+  const DOMElement* vectors = FindChild(FindChild(model, "VectorDictionary"), "VectorFields");
+  for (const DOMElement* field : Children(vectors, "FieldRef")) {
+    used.insert(AttributeText(field, "field"));
+  }
+  if (!used.contains(name)) used.clear();
+  std::string computed_from;
+  for (const DOMElement* field : Children(FindChild(root, "DataDictionary"), "DataField")) {
+    const std::string input = AttributeText(field, "name");
+    if (!IsMadeOf(name, input)) continue;
+    used.insert(input);
+    computed_from = input;
+  }
+  std::vector<std::string> names = FieldNames(root, model);
+  std::erase_if(names, [&used](const std::string& other) { return used.contains(other); });
+  const std::string meant = DidYouMean(name, names);
+  if (!meant.empty() || computed_from.empty()) return meant;
+  return "the DerivedField that computes it from " + Quoted(computed_from) + " may be lost";
+}
 
 void ExplainRefusal(SSException& error, const PmmlDocument& document) {
   Refusal(error, document).Explain();

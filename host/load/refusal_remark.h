@@ -12,6 +12,11 @@ namespace svmscore {
 // [any thread] Owns: the caller. Lives: arguments for the call. Fails: std::bad_alloc.
 void ExplainRefusal(MCZandor_850::SSException& error, const PmmlDocument& document);
 
+// What may be meant by the name of a field that the document lacks, such as "did you mean "NAME"?",
+// or nothing.
+// [one thread] for each document. Owns: the caller. Fails: std::bad_alloc.
+std::string MeantField(const std::string& name, const PmmlDocument& document);
+
 }  // namespace svmscore
 
 #endif  // HOST_LOAD_REFUSAL_REMARK_H_

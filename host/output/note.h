@@ -18,6 +18,7 @@ struct Note {
   const xercesc::DOMElement* element;  // the document's
   std::string text;                    // what, and what it means for the results
   KindOfFinding kind = "results";
+  std::string meant = {};  // "did you mean "NAME"?" for a name that is not known; may be empty
 };
 
 // What to do about declarations of results that cannot be read.

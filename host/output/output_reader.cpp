@@ -230,7 +230,8 @@ void OutputReader::ReadCategory(const Element* element, OutputField& field,
   if (const auto value = FindAttribute(element, "value")) {
     step.category = plan_.targets_.Target().GetCategoryIndexOfText(*value);
     if (step.category < 0) {
-      LeaveEmpty(element, field, "the target has no category " + *value);
+      LeaveEmpty(element, field, "the target has no category " + *value,
+                 MeantCategory(plan_.targets_.Target(), *value));
       return;
     }
   }
@@ -294,10 +295,11 @@ void OutputReader::ReadOrder(const Element* element, const OutputField& field) {
   known_.push_back(std::move(known));
 }
 
-void OutputReader::LeaveEmpty(const Element* element, OutputField& field,
-                              const std::string& reason) {
+void OutputReader::LeaveEmpty(const Element* element, OutputField& field, const std::string& reason,
+                              const std::string& meant) {
   field.feature = Feature::kNothing;
-  plan_.notes_.push_back({element, "output field " + field.name + " stays empty: " + reason});
+  plan_.notes_.push_back(
+      {element, "output field " + field.name + " stays empty: " + reason, "results", meant});
 }
 
 std::optional<Field> OutputReader::Find(const std::string& name) {

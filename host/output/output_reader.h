@@ -40,7 +40,8 @@ class OutputReader : public transform::Scope {
   std::optional<FieldType> TypeOf(const Element* element, const OutputField& field) const;
   void ReadOrder(const Element* element, const OutputField& field);
   // Leaves the field empty and notes the reason.
-  void LeaveEmpty(const Element* element, OutputField& field, const std::string& reason);
+  void LeaveEmpty(const Element* element, OutputField& field, const std::string& reason,
+                  const std::string& meant = {});
 
   transform::Field FieldOfTarget() const;
   transform::Field FieldOfInput(const MCZandor_850::ScoreDictVar& var);

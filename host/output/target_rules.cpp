@@ -5,6 +5,7 @@
 
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
+#include "host/text/similar_name.h"
 #include "host/transform/value/conversion.h"
 #include "host/xml/attributes.h"
 
@@ -45,6 +46,14 @@ const DOMElement* FindTarget(const DOMElement* model, const std::string& target,
 }
 
 }  // namespace
+
+std::string MeantCategory(const MCZandor_850::ScoreDictVar& target, const std::string& text) {
+  std::vector<std::string> categories;
+  for (const ScoreValue* category : target.GetCategories()) {
+    categories.push_back(category->GetText());
+  }
+  return DidYouMean(text, categories);
+}
 
 TargetRules::TargetRules(const ScoreModel& model, const xercesc::DOMDocument* document,
                          std::vector<Note>& notes, Faults faults, bool as_written)
@@ -150,7 +159,8 @@ void TargetRules::ReadCategories(const DOMElement* element, std::vector<Note>& n
     if (!text) continue;
     const int category = target_->GetCategoryIndexOfText(*text);
     if (category < 0) {
-      notes.push_back({value, "the target has no category " + *text + ": not used"});
+      notes.push_back({value, "the target has no category " + *text + ": not used", "results",
+                       MeantCategory(*target_, *text)});
       continue;
     }
     const auto index = static_cast<std::size_t>(category);

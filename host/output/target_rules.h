@@ -18,6 +18,10 @@
 
 namespace svmscore::output {
 
+// "did you mean "CATEGORY"?" for a text that is none of the target's categories, or nothing.
+// [any thread] Owns: the caller. Fails: std::bad_alloc.
+std::string MeantCategory(const MCZandor_850::ScoreDictVar& target, const std::string& text);
+
 // One case after scoring.
 // [one thread] for each object. Owns: the model its texts, the result or batch its percentages.
 // Lives: percentages, until the next case or batch. Fails: never.

@@ -281,7 +281,9 @@ TEST(BadModel, ARefusalSaysWhatIsAtFault) {
        "and no MiningField (element M"},
       {three,
        {"<MiningField name='kind'", "<MiningField name='kinds'"},
-       "the data dictionary does not declare \"kinds\" (element MiningField, line 17)"},
+       "the data dictionary does not declare \"kinds\" (element MiningField, line 17); did you "
+       "mean "
+       "\"kind\"? "},
   };
   for (const auto& [document, edits, told] : rows) {
     const TemporaryFolder folder;
@@ -295,23 +297,46 @@ TEST(BadModel, ARefusalSaysWhatIsAtFault) {
 TEST(BadModel, NamesThatAreNearlyRightAreSuggested) {
   const struct {
     Edits edits;
-    std::string told;
+    std::string remark;
   } rows[] = {
-      {{"<FieldRef field='height'", "<FieldRef field='heigth'"}, "; did you mean \"height\"? "},
+      {{"<FieldRef field='height'", "<FieldRef field='heigth'"}, "; did you mean \"height\"?"},
       {{"<FieldRef field='height'", "<FieldRef field='z_height'"},
        "; the DerivedField that computes it from \"height\" may be lost. "},
       {{"<FieldRef field='height'", "<FieldRef field='widht'"}, "(element FieldRef, line 23). "},
-      {{"<MiningField name='height'", "<MiningField name='Height'"},
-       "; did you mean \"height\"?\n"},
-      {{"usageType='active'", "usageType='actve'"}, "; did you mean \"active\"?\n"},
+      {{"<MiningField name='height'", "<MiningField name='Height'"}, "; did you mean \"height\"?"},
+      {{"usageType='active'", "usageType='actve'"}, "; did you mean \"active\"?"},
       {{"*value='b'", "value='bird'", "*Category='b'", "Category='brid'"},
-       "element SupportVectorMachine; did you mean \"bird\"?"},
+       "; did you mean \"bird\"?"},
+      {{"</MiningSchema>",
+        "</MiningSchema><LocalTransformations><DerivedField name='d' optype='continuous' "
+        "dataType='double'><FieldRef field='heigth'/></DerivedField></LocalTransformations>"},
+       "; did you mean \"height\"?"},
+      {{"</MiningSchema>", "</MiningSchema><Targets><Target field='Kind'/></Targets>"},
+       "; did you mean \"kind\"?"},
+      {{"*value='b'", "value='bird'", "*Category='b'", "Category='bird'", "</MiningSchema>",
+        "</MiningSchema><Output><OutputField name='p' feature='probability' value='brid'/>"
+        "</Output><Targets><Target><TargetValue value='Bird'/></Target></Targets>"},
+       "; did you mean \"bird\"?"},
   };
-  for (const auto& [edits, told] : rows) {
+  for (const auto& [edits, remark] : rows) {
     const TemporaryFolder folder;
     const std::string model = EditedFile(folder, Data("three.pmml"), edits);
-    EXPECT_THAT(RunProgram({"score", model}, "width,height,colour\n").err, HasSubstr(told));
+    for (const char* mode : {"--columns=auto", "--strict-document"}) {
+      EXPECT_THAT(RunProgram({"score", model, mode}, "width,height,colour\n").err,
+                  HasSubstr(remark))
+          << mode;
+    }
   }
+}
+
+TEST(BadModel, InsideAnotherIsToldOnce) {
+  const TemporaryFolder folder;
+  const std::string model =
+      EditedFile(folder, Data("line.pmml"),
+                 {"<SupportVectorMachineModel ", "<MiningModel><SupportVectorMachineModel ",
+                  "</SupportVectorMachineModel>", "</SupportVectorMachineModel></MiningModel>"});
+  EXPECT_THAT(RunProgram({"score", model}).err,
+              HasSubstr("of its own is scored (element MiningModel, line 8). Export"));
 }
 
 TEST(BadModel, AFolderIsNamedAsOne) {

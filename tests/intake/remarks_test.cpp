@@ -227,5 +227,20 @@ TEST(Refusals, AreNotForDocumentsWithoutAModel) {
   }
 }
 
+// Findings beyond the first few of a kind are only counted; what is suggested for them is too.
+TEST(Remarks, SuggestNamesInTheFindingsOfTheNames) {
+  Parts parts;
+  for (const char* name : {"a", "b", "c", "d", "e", "f"}) {
+    parts.fields += Field(name);
+    parts.schema += std::string("<MiningField name='") + name +
+                    "' usageType='actve' missingValueTreatment='q'/>";
+  }
+  for (const svmscore::Finding& finding : Read(parts.Text()).findings) {
+    EXPECT_EQ(finding.detail.find("did you mean") != std::string::npos,
+              finding.Name() == "unknown-usage")
+        << finding.detail;
+  }
+}
+
 }  // namespace
 }  // namespace svmscore_test
