@@ -147,7 +147,6 @@ TEST(Doctor, TellsTheLoadersCodeAndPlace) {
   EXPECT_EQ(diagnosis.json["changesScores"], true);
 }
 
-// What follows from a refusal is not told beside it.
 // Without the machine that begins like this.
 std::string WithoutMachine(std::string text, const std::string& begin) {
   const std::string end = "</SupportVectorMachine>";
@@ -157,6 +156,7 @@ std::string WithoutMachine(std::string text, const std::string& begin) {
   return text;
 }
 
+// What follows from a refusal is not told beside it.
 TEST(Doctor, TellsTheCauseOfARefusalAlone) {
   const std::string iris = ReadFile(Example("iris/model.pmml"));
   const std::string digits = ReadFile(Example("digits/model.pmml"));
@@ -165,6 +165,9 @@ TEST(Doctor, TellsTheCauseOfARefusalAlone) {
     std::string findings;
   } rows[] = {
       {Edited(iris, {" usageType='target'", ""}), "refused at MiningField"},
+      {Edited(iris, {"usageType='target'", "usageType='traget'"}), "refused at MiningField"},
+      {Edited(iris, {"<MiningField name='species'", "<MiningField name='specis'"}),
+       "refused at MiningField"},
       {WithoutMachine(iris,
                       "<SupportVectorMachine targetCategory=\"setosa\" "
                       "alternateTargetCategory=\"versicolor\""),

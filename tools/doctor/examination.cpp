@@ -16,14 +16,16 @@ bool IsSame(const Finding& a, const Finding& b) {
 }
 
 // Whether a finding only follows from what the document is refused for: what nothing refers to
-// because the machine or the name that should is missing, and machines that are out of their
-// places.
-bool OnlyFollows(const Finding& finding, int refusal_code) {
+// because the machine or the name that should is missing, machines that are out of their places,
+// and the MiningField that the refusal is about.
+bool OnlyFollows(const Finding& finding, const OpenedDocument& opened) {
   const std::string_view name = finding.Name();
-  if (refusal_code == code::kUnknownField) return name == "unused-field";
-  return refusal_code == code::kInvalidContent &&
-         (name == "unused-vector" || name == "unused-field" || name == "pair-out-of-order" ||
-          name == "category-never-predicted");
+  if (opened.refusal_code == code::kUnknownField) return name == "unused-field";
+  if (opened.refusal_code != code::kInvalidContent) return false;
+  const bool of_target = name == "unknown-mining-field" || name == "unknown-usage";
+  return name == "unused-vector" || name == "unused-field" || name == "pair-out-of-order" ||
+         name == "category-never-predicted" ||
+         (of_target && finding.place == opened.refused->place);
 }
 
 // A fault that the scores have shown is not reported again from the document alone.
@@ -61,11 +63,10 @@ Examination Examine(const OpenedDocument& opened, const Plugin& plugin, Document
   for (const Finding& finding : opened.findings) findings.Add(finding);
   std::vector<Finding>& found = examination.findings;
   found = findings.Take();
-  found.erase(std::remove_if(found.begin(), found.end(),
-                             [&opened](const Finding& finding) {
-                               return OnlyFollows(finding, opened.refusal_code);
-                             }),
-              found.end());
+  found.erase(
+      std::remove_if(found.begin(), found.end(),
+                     [&opened](const Finding& finding) { return OnlyFollows(finding, opened); }),
+      found.end());
   std::stable_sort(found.begin(), found.end(), [](const Finding& a, const Finding& b) {
     return a.kind->of_class > b.kind->of_class;
   });
