@@ -1,6 +1,5 @@
 #include "app/doctor/report_text.h"
 
-#include <algorithm>
 #include <map>
 #include <string_view>
 #include <vector>
@@ -15,16 +14,16 @@ namespace {
 // Findings of a kind that are written for people, before the rest is only counted.
 constexpr std::size_t kShown = 5;
 
-std::size_t CountChanging(const std::vector<Finding>& findings) {
-  return static_cast<std::size_t>(std::count_if(
-      findings.begin(), findings.end(), [](const Finding& finding) { return finding.IsError(); }));
-}
-
+// Counts the places that have no finding of their own too.
 std::string Summary(const std::vector<Finding>& findings) {
   if (findings.empty()) return "no findings";
-  const std::size_t changing = CountChanging(findings);
-  return fmt::format("{} finding{}, {} change{} scores", findings.size(),
-                     findings.size() == 1 ? "" : "s",
+  std::size_t all = 0;
+  std::size_t changing = 0;
+  for (const Finding& finding : findings) {
+    all += 1 + finding.more;
+    if (finding.IsError()) changing += 1 + finding.more;
+  }
+  return fmt::format("{} finding{}, {} change{} scores", all, all == 1 ? "" : "s",
                      changing == 0 ? "none" : fmt::to_string(changing), changing > 1 ? "" : "s");
 }
 

@@ -188,7 +188,9 @@ TEST(Doctor, CountsTheFindingsThatItDoesNotShow) {
   const std::string model =
       EditedFile(folder, Example("iris/model.pmml"),
                  {"*<SupportVector vectorId='v", "<SupportVector vectorId='x"});
-  EXPECT_THAT(RunProgram({"doctor", model}).out, HasSubstr("\n  and 44 more of unknown-vector\n"));
+  const std::string report = RunProgram({"doctor", model}).out;
+  EXPECT_THAT(report, HasSubstr("\n  and 44 more of unknown-vector\n"));
+  EXPECT_THAT(report, HasSubstr(": 87 findings, 53 change scores\n"));
 }
 
 TEST(Doctor, EndsWithStatusThreeWhereThereIsNoDocument) {
