@@ -1,9 +1,11 @@
 #include "app/files/ending_signals.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <climits>
 #include <cstring>
+#include <utility>
 
 #include <poll.h>
 #include <unistd.h>
@@ -42,6 +44,27 @@ constexpr std::uint64_t kNotCounted = UINT64_MAX;
 std::atomic<std::uint64_t> cases_written{kNotCounted};
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
+// Lines to say, the others being free for the next ones; null for none. Nothing is touched any more
+// once `is_ending`, for the handler may read what it found here.
+std::array<std::string, 2> lines_to_say;
+std::atomic<const std::string*> said_when_ended{nullptr};
+static_assert(std::atomic<const std::string*>::is_always_lock_free);
+
+// Writes to standard error, but not where nobody takes it: a full pipe would hold up the end. A
+// pipe that takes anything takes PIPE_BUF bytes.
+void Say(const char* text, std::size_t size) {
+  while (size > 0) {
+    struct pollfd stream {
+      STDERR_FILENO, POLLOUT, 0
+    };
+    if (poll(&stream, 1, 0) != 1 || (stream.revents & POLLOUT) == 0) return;
+    const ssize_t count = write(STDERR_FILENO, text, std::min<std::size_t>(size, PIPE_BUF));
+    if (count <= 0) return;
+    text += count;
+    size -= static_cast<std::size_t>(count);
+  }
+}
+
 // A line put together in place.
 class Line {
  public:
@@ -57,15 +80,7 @@ class Line {
     } while (number != 0);
     Add(&digits[at]);
   }
-  // Not where nobody takes it: a full pipe would hold up the end. A pipe that takes anything takes
-  // as much as this.
-  void Write() const {
-    struct pollfd stream {
-      STDERR_FILENO, POLLOUT, 0
-    };
-    if (poll(&stream, 1, 0) != 1 || (stream.revents & POLLOUT) == 0) return;
-    static_cast<void>(!write(STDERR_FILENO, bytes_.data(), size_));
-  }
+  void Write() const { Say(bytes_.data(), size_); }
 
  private:
   std::array<char, 200> bytes_;
@@ -73,9 +88,10 @@ class Line {
 };
 
 void SayHowFar(int number, bool removed) {
-  Line line;
   // The terminal may show how far the run has come.
-  if (on_terminal.load()) line.Add("\r\x1b[K");
+  if (on_terminal.load()) Say("\r\x1b[K", 4);
+  if (const std::string* lines = said_when_ended.load()) Say(lines->data(), lines->size());
+  Line line;
   line.Add("svmscore: ended by ");
   for (const EndingSignal& known : kEndingSignals) {
     if (known.number == number) line.Add(known.name);
@@ -126,6 +142,14 @@ void RemoveWhenEnded(const std::string& path) {
 
 void NoteCasesWritten(std::uint64_t cases) {
   cases_written = cases;
+}
+
+void SayWhenEnded(std::string lines) noexcept {
+  if (is_ending.test()) return;
+  const bool none = lines.empty();
+  std::string& place = lines_to_say[said_when_ended.load() == lines_to_say.data() ? 1 : 0];
+  place = std::move(lines);
+  said_when_ended = none ? nullptr : &place;
 }
 
 HoldEndingSignals::HoldEndingSignals() {

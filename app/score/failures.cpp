@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include "host/model/scoring_log.h"
+#include "host/text/printable.h"
 
 namespace svmscore::app {
 namespace {
@@ -86,10 +87,18 @@ std::string Failures::Text() const {
     told += count.cells;
   }
   if (told < cells_) {
-    text += fmt::format("svmscore: {:>8}  for {} other reasons\n", cells_ - told,
-                        counts_.Size() - kCountsShown);
+    const std::size_t others = counts_.Size() - kCountsShown;
+    text += fmt::format("svmscore: {:>8}  for {} other reason{}\n", cells_ - told, others,
+                        others == 1 ? "" : "s");
   }
   return text;
+}
+
+std::string TextOf(const Failures& failures, const RowLikeCells& row_like_cells,
+                   const std::string& input_name) {
+  const std::string remark = row_like_cells.Text();
+  if (remark.empty()) return failures.Text();
+  return failures.Text() + fmt::format("svmscore: {}: {}\n", Printable(input_name), remark);
 }
 
 }  // namespace svmscore::app

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/table/row_like_cells.h"
 #include "host/reasons/reason.h"
 
 namespace svmscore::app {
@@ -23,6 +24,7 @@ class Failures {
   // `other` has kept all.
   void Add(const Failures& other, std::uint64_t first_row);
   void Clear();
+  bool IsEmpty() const { return cells_ == 0; }
   // Bytes of the lines.
   std::size_t Size() const { return size_; }
 
@@ -44,6 +46,11 @@ class Failures {
   std::uint64_t cells_ = 0;
   reasons::ReasonCounts counts_;
 };
+
+// All that a run tells of its cases: lines for standard error, printable; empty where nothing is
+// wrong with them.
+std::string TextOf(const Failures& failures, const RowLikeCells& row_like_cells,
+                   const std::string& input_name);
 
 }  // namespace svmscore::app
 

@@ -159,6 +159,7 @@ class Run {
     }
     block.scorer.reset();
     row_like_cells_.Add(block.row_like_cells);
+    if (!block.row_like_cells.IsEmpty()) NoteFaults();
     if (block.error) throw BrokenRow(input_name_, *block.error);
     progress_.Show(total_.cases, block.bytes_read);
     KeepWithinBounds(block.rows.text);
@@ -176,7 +177,11 @@ class Run {
     failures_.Add(block.failures, input_.RowsBefore() + total_.cases);
     total_.Add(block.tally);
     NoteCasesWritten(total_.cases);
+    if (!block.failures.IsEmpty()) NoteFaults();
   }
+
+  // A signal must not lose what would be told at the end.
+  void NoteFaults() { SayWhenEnded(TextOf(failures_, row_like_cells_, input_name_)); }
 
   const ScoringPlan& plan_;
   RowBlocks& input_;

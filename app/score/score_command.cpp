@@ -278,10 +278,9 @@ ExitStatus ScoreCommand::Run() {
   Failures failures;
   RowLikeCells row_like_cells;
   const auto tell = [&] {
+    SayWhenEnded({});
     progress.Clear();
-    TellAsItIs(failures.Text());
-    const std::string remark = row_like_cells.Text();
-    if (!remark.empty()) Tell(fmt::format("{}: {}", file.Name(), remark));
+    TellAsItIs(TextOf(failures, row_like_cells, file.Name()));
   };
   try {
     tally = ScoreAll(plan, input, file.Name(), output, progress, failures, row_like_cells, threads);

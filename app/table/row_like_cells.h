@@ -17,6 +17,7 @@ class RowLikeCells {
   void Look(const std::vector<std::string_view>& cells, char delimiter, long line);
   void Add(const RowLikeCells& other);
   void Clear() { *this = {}; }
+  bool IsEmpty() const { return count_ == 0; }
   // One remark; empty without such a cell.
   std::string Text() const;
 

@@ -1,6 +1,7 @@
 // Files that end early, cannot be written or are nobody's any more, and runs that are ended: a
 // score file is complete under its name, or absent.
 #include <csignal>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -206,6 +207,33 @@ INSTANTIATE_TEST_SUITE_P(
                     std::pair{SIGUSR1, "SIGUSR1"}, std::pair{SIGUSR2, "SIGUSR2"},
                     std::pair{SIGPROF, "SIGPROF"}, std::pair{SIGPWR, "SIGPWR"},
                     std::pair{SIGRTMIN, "SIGRTMIN"}, std::pair{SIGRTMAX, "SIGRTMIN[+]30"}));
+
+// What would be told at the end is told then.
+TEST(Faults, ASignalLosesNoReasons) {
+  const TemporaryFolder folder;
+  const std::string cases = folder.Path("cases");
+  ASSERT_EQ(mkfifo(cases.c_str(), 0600), 0);
+  const pid_t program = StartProgram({"score", Data("line.pmml"), cases, "--prediction-only"},
+                                     "/dev/null", folder.Path("out"), folder.Path("err"));
+  const int feed = open(cases.c_str(), O_WRONLY);
+  std::string answers = "prediction,status\n";
+  for (const auto& [rows, answer] : {std::pair{"x\n1\n", "2.1,0\n"},
+                                     {"5%\n", ",90027\n"},
+                                     {"no\n", ",90027\n"},
+                                     {"1\n", "2.1,0\n"}}) {
+    ASSERT_GT(write(feed, rows, std::strlen(rows)), 0);
+    answers += answer;
+    while (ReadFile(folder.Path("out")).size() < answers.size()) usleep(1000);
+  }
+  EXPECT_EQ(ReadFile(folder.Path("out")), answers);
+  kill(program, SIGINT);
+  EXPECT_EQ(WaitFor(program, true).status, 128 + SIGINT);
+  close(feed);
+  const std::string told = ReadFile(folder.Path("err"));
+  EXPECT_THAT(told, testing::StartsWith("svmscore: row 2, x: \"5%\" is not a number"));
+  EXPECT_THAT(told, HasSubstr("\nsvmscore: 2 failures in all, by column and reason:\n"));
+  EXPECT_THAT(told, testing::EndsWith("\nsvmscore: ended by SIGINT after 4 cases\n"));
+}
 
 TEST(Faults, AStandardErrorThatNobodyReadsHoldsUpNoEnd) {
   const TemporaryFolder folder;
