@@ -83,4 +83,9 @@ std::string Data(const std::string& name) {
   return std::string(DATA_FOLDER "/") + name;
 }
 
+Ran ScoreTable(const std::string& document, Arguments options, const std::string& cases) {
+  options.insert(options.begin(), {"score", Data(document), "--prediction-only"});
+  return RunProgram(options, cases);
+}
+
 }  // namespace svmscore::app

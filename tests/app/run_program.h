@@ -30,6 +30,10 @@ Ran RunShell(const std::string& line, const std::string& input = {});
 // The path of a file in tests/app/data.
 std::string Data(const std::string& name);
 
+using Arguments = std::vector<std::string>;
+// Scores the table with that document, for predictions alone.
+Ran ScoreTable(const std::string& document, Arguments options, const std::string& cases);
+
 }  // namespace svmscore::app
 
 #endif  // TESTS_APP_RUN_PROGRAM_H_
