@@ -4,23 +4,12 @@
 #include <utility>
 
 #include "host/model/score_status.h"
-#include "host/model/scoring_log.h"
 
 namespace svmscore::capi {
 namespace {
 
 using MCZandor_850::ScoreDictVar;
 using MCZandor_850::ScoreResult;
-
-// So many bytes of text are held for the output fields of rows; one row may be beyond.
-constexpr std::size_t kMostTexts = std::size_t{16} << 20;
-
-// The status of a case that the model is not asked about, logged as the model would.
-long RefuseInvalid() {
-  MCZandor_850::ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld",
-                                                    MCScore::kInvalidValue);
-  return MCScore::kInvalidValue;
-}
 
 }  // namespace
 
@@ -63,7 +52,7 @@ void RowScorer::Clear() {
 void RowScorer::Add() {
   Row row;
   if (record_.HasInvalid()) {
-    row.status = RefuseInvalid();
+    row.status = tools::RefuseInvalid();
   } else if (batch_) {
     row.place = batch_->Size();
     row.status = batch_->Add(record_).GetErrorCode();
@@ -82,7 +71,7 @@ void RowScorer::Add() {
 }
 
 bool RowScorer::IsFull() const {
-  return rows_.size() == capacity_ || input_texts_.BytesTaken() >= kMostTexts;
+  return rows_.size() == capacity_ || input_texts_.BytesTaken() >= tools::kMostTexts;
 }
 
 void RowScorer::TakePlainRows(std::size_t count) {

@@ -1,4 +1,5 @@
 // A table on its way through a scorer's threads.
+#include <algorithm>
 #include <atomic>
 #include <exception>
 #include <limits>
@@ -14,18 +15,6 @@ namespace svmscore::capi {
 namespace {
 
 using MCZandor_850::ScoreDictVar;
-
-// Cells of rows that are in work at once, or numbers that the model makes of them: few enough to
-// stay in the cache. Wide rows are scored in fewer at once.
-constexpr std::size_t kCells = std::size_t{64} * 1024;
-constexpr std::size_t kLeastRows = 32;
-
-std::size_t CapacityFor(const ScoringPlan& plan, std::size_t width) {
-  if (plan.model->batch != nullptr) {
-    width = std::max(width, plan.model->batch->EntryCount() + plan.model->batch->DecisionCount());
-  }
-  return std::clamp(kCells / std::max<std::size_t>(width, 1), kLeastRows, ResultTable::kBlockRows);
-}
 
 // Copies numbers of a column. Returns whether each is one that a variable takes as it is: finite,
 // and not the one that stands for a missing number.
@@ -185,8 +174,8 @@ const ResultTable& Scorer::ScoreTable(const std::vector<ColumnView>& columns, st
     row_variables_ = input.columns.variables;
   }
   while (rows_.size() < threads) {
-    rows_.push_back(std::make_unique<RowScorer>(plan_, row_variables_,
-                                                CapacityFor(plan_, row_variables_.size())));
+    rows_.push_back(std::make_unique<RowScorer>(
+        plan_, row_variables_, tools::CasesAtOnce(plan_.model->batch, row_variables_.size())));
   }
   table_->Start(rows);
 

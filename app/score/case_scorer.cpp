@@ -1,10 +1,7 @@
 #include "app/score/case_scorer.h"
 
-#include <algorithm>
-
 #include "host/model/batch_model.h"
 #include "host/model/score_status.h"
-#include "host/model/scoring_log.h"
 
 namespace svmscore::app {
 
@@ -13,14 +10,6 @@ using MCZandor_850::ScoreResult;
 
 namespace {
 
-// Cells of a chunk, or numbers that the model makes of them: few enough to stay in the cache from
-// reading to writing, enough rows for the model to score many at a time. Wide rows are taken in
-// smaller chunks.
-constexpr std::size_t kChunkCells = std::size_t{64} * 1024;
-constexpr std::size_t kLeastRows = 32;
-constexpr std::size_t kMostRows = 512;
-// So many bytes of text are held for the output fields of a chunk; one row may be beyond.
-constexpr std::size_t kMostTexts = std::size_t{16} << 20;
 // So many bytes of lines wait for the log.
 constexpr std::size_t kMostLogged = std::size_t{1} << 20;
 
@@ -37,13 +26,6 @@ class LineSink final : public tools::CellSink {
   const RowFormat& format_;
   std::string& out_;
 };
-
-// The status of a case that the model is not asked about, logged as the model would.
-long RefuseInvalid() {
-  MCZandor_850::ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld",
-                                                    MCScore::kInvalidValue);
-  return MCScore::kInvalidValue;
-}
 
 }  // namespace
 
@@ -70,9 +52,7 @@ CaseScorer::CaseScorer(const ScoringPlan& plan)
       record_(plan.columns.variables, true, plan.replace_missing),
       outputs_(*plan.output, plan.replace_missing) {
   auto* model = dynamic_cast<BatchModel*>(plan.model);
-  std::size_t width = plan.columns.width;
-  if (model != nullptr) width = std::max(width, model->EntryCount() + model->DecisionCount());
-  chunk_rows_ = std::clamp(kChunkCells / std::max<std::size_t>(width, 1), kLeastRows, kMostRows);
+  chunk_rows_ = tools::CasesAtOnce(model, plan.columns.width);
   if (model == nullptr) return;
   const std::size_t categories = plan.output->Targets().Target().GetCategories().size();
   batch_ = std::make_unique<tools::CaseBatch>(*model, categories, chunk_rows_);
@@ -131,7 +111,7 @@ void CaseScorer::ScoreChunk(CaseBlock& block) {
 }
 
 bool CaseScorer::ReadChunk(CsvRows& rows) {
-  while (rows_.size() < chunk_rows_ && input_texts_.BytesTaken() < kMostTexts) {
+  while (rows_.size() < chunk_rows_ && input_texts_.BytesTaken() < tools::kMostTexts) {
     if (!rows.Next(row_cells_, plan_.columns.width)) return false;
     ReadRow(rows.RowLine());
   }
@@ -145,7 +125,8 @@ void CaseScorer::ReadRow(long line) {
   if (batch_ != nullptr) {
     SetCells(row_cells_.data());
     row.place = batch_->Size();
-    row.status = record_.HasInvalid() ? RefuseInvalid() : batch_->Add(record_).GetErrorCode();
+    row.status =
+        record_.HasInvalid() ? tools::RefuseInvalid() : batch_->Add(record_).GetErrorCode();
     if (plan_.computes_output) ReadOutputInputs();
   }
   rows_.push_back(row);
@@ -217,7 +198,7 @@ output::Outcome CaseScorer::OutcomeOf(const Row& row) {
     if (row.status != 0) return targets.Finish({row.status, false}, nullptr);
     return targets.Finish(batch_->Results(), row.place);
   }
-  if (record_.HasInvalid()) return targets.Finish({RefuseInvalid(), false}, nullptr);
+  if (record_.HasInvalid()) return targets.Finish({tools::RefuseInvalid(), false}, nullptr);
   ScoreResult* result = result_.release();
   const MCScore::MCStatus status = plan_.model->GetScore(&record_, result, false);
   result_.reset(result);

@@ -2,13 +2,31 @@
 
 #include <algorithm>
 
+#include "host/model/score_status.h"
+#include "host/model/scoring_log.h"
+
 namespace svmscore::tools {
 namespace {
+
+constexpr std::size_t kCells = std::size_t{64} * 1024;
+constexpr std::size_t kLeastCases = 32;
+constexpr std::size_t kMostCases = 512;
 
 // Keeps the rows of a matrix from starting at addresses that fall into one set of the cache.
 constexpr std::size_t kPadding = 8;
 
 }  // namespace
+
+std::size_t CasesAtOnce(const BatchModel* model, std::size_t width) {
+  if (model != nullptr) width = std::max(width, model->EntryCount() + model->DecisionCount());
+  return std::clamp(kCells / std::max<std::size_t>(width, 1), kLeastCases, kMostCases);
+}
+
+long RefuseInvalid() {
+  MCZandor_850::ScoringLog::GetInstance().TraceText(1, "MCStatus error code is :%ld",
+                                                    MCScore::kInvalidValue);
+  return MCScore::kInvalidValue;
+}
 
 CaseBatch::CaseBatch(BatchModel& model, std::size_t categories, std::size_t capacity)
     : model_(model),

@@ -10,6 +10,17 @@
 
 namespace svmscore::tools {
 
+// How many cases to take at once: few enough that their `width` cells each, or the numbers that the
+// model makes of them, stay in the cache from reading to writing; enough for it to score many at a
+// time. `model` is null for one that takes no batches. [any thread] Fails: never.
+std::size_t CasesAtOnce(const BatchModel* model, std::size_t width);
+// So many bytes of text are held for the output fields of these cases; one case may be beyond.
+inline constexpr std::size_t kMostTexts = std::size_t{16} << 20;
+
+// The status of a case with an invalid value, which the model is not asked about: logged as the
+// model would. [any thread] Fails: never.
+long RefuseInvalid();
+
 // Holds cases up to a fixed number and what the model makes of them. Used by one thread.
 class CaseBatch {
  public:
