@@ -61,7 +61,8 @@ enum class Hint {
   kFormulaError,  // what a spreadsheet shows for a formula that fails: #REF!
 };
 
-// One reason. Lives: the names, as long as the model; the text, as long as the case that gave it.
+// One reason. Lives: the names, as long as the model and the examiner that found it; the text, as
+// long as the case that gave it.
 struct Reason {
   Cause cause = Cause::kCannotScore;
   // The input to blame, or else the derived field, output field or decision; empty for the case as

@@ -102,7 +102,6 @@ TEST(BadInput, CasesThatCannotBeReadEndWithStatusFive) {
 }
 
 TEST(BadInput, WrongArgumentsEndWithStatusTwo) {
-  using Arguments = std::vector<std::string>;
   const std::string model = Data("line.pmml");
   for (const Arguments& arguments :
        {Arguments{},
