@@ -125,6 +125,7 @@ def test_gaps_and_categories(tmp_path):
         ("t", OneHotEncoder(), ["t"]),
         ("o", OrdinalEncoder(handle_unknown="use_encoded_value", unknown_value=-1), ["k", "i"]),
         ("u", OneHotEncoder(handle_unknown="ignore"), ["d"]),
+        ("c", make_pipeline(MinMaxScaler(clip=True), SimpleImputer()), ["c"]),
     ]
     for chosen in (encoders[:4], encoders[4:], encoders[:2] + encoders[3:5]):
         estimator = make_pipeline(ColumnTransformer(chosen), SVR(gamma=0.1))

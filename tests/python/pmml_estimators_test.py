@@ -235,6 +235,11 @@ def test_sparse_and_single_precision_fits(estimator, tmp_path):
         verify(tmp_path)
 
 
+def test_a_vector_of_zeros_is_written_as_every_reader_takes_it(tmp_path):
+    rows = np.array([[0.0, 0.0], [1.0, 2.0], [2.0, 1.0], [0.5, 0.0]])
+    check_classifier(SVC(C=9.0).fit(rows, [0, 1, 1, 0]), rows, tmp_path)
+
+
 def test_numbers_read_back_to_the_same_bits():
     rows, answers = data("wine")
     estimator = SVC(kernel="rbf").fit(rows[answers < 2], answers[answers < 2])

@@ -92,6 +92,7 @@ def imputed(transformer):
         (OneHotEncoder(max_categories=3, handle_unknown="infrequent_if_exist"), ["k", "m", "i"]),
         (OneHotEncoder(max_categories=2, drop="first"), ["k"]),
         (OneHotEncoder(max_categories=1, handle_unknown="infrequent_if_exist"), ["k", "m"]),
+        (OneHotEncoder(min_frequency=9, handle_unknown="infrequent_if_exist"), ["m", "d"]),
         (OneHotEncoder(min_frequency=45, handle_unknown="infrequent_if_exist"), ["d"]),
         (make_pipeline(SimpleImputer(strategy="most_frequent"), OneHotEncoder()), ["m", "k"]),
         (make_pipeline(SimpleImputer(strategy="constant", fill_value=""), OneHotEncoder()), ["m"]),
@@ -124,6 +125,13 @@ def test_unknown_categories(transformer, columns, tmp_path):
     unseen = mixed(seed=1)
     unseen.loc[::7, "k"], unseen.loc[::5, "i"], unseen.loc[::9, "m"] = "violet", 77, "w"
     check_columns(transformer, mixed()[columns], tmp_path, unseen[columns])
+
+
+def test_columns_that_were_empty_in_the_fit(tmp_path):
+    rows = mixed()[["c", "a"]].copy()
+    rows.insert(1, "empty", np.nan)
+    for imputer in (SimpleImputer(add_indicator=True), SimpleImputer(keep_empty_features=True)):
+        check_columns(imputer, rows, tmp_path)
 
 
 def test_gaps_that_the_fit_had_not_are_unknown(tmp_path):
@@ -213,6 +221,7 @@ class Unknown(StandardScaler):
 
 ROWS = mixed()
 SPLIT = ColumnTransformer([("n", scaled, ["i"]), ("k", OneHotEncoder(), ["i"])])
+FIVE, SIX = (OneHotEncoder(categories=[list(range(n))]) for n in (5, 6))
 
 
 @pytest.mark.parametrize(
@@ -225,6 +234,8 @@ SPLIT = ColumnTransformer([("n", scaled, ["i"]), ("k", OneHotEncoder(), ["i"])])
          "clip with kw_args"),
         (ColumnTransformer([("n", make_pipeline(PCA(1)), ["a", "b"])]), ["a", "b"],
          r"step 'columntransformer.n.pca'"),
+        (ColumnTransformer([("5", FIVE, ["i"]), ("6", SIX, ["i"])]), ["i"],
+         r"step 'columntransformer.6' .*other categories of 'i'"),
         (SPLIT, ["i"], "'i' is computed with, and an encoder rejects unknown"),
         (make_pipeline(StandardScaler(), OneHotEncoder()), ["i"], "handle_unknown='ignore'"),
     ),
