@@ -107,4 +107,5 @@ def main():
         print(f"{name}: {model.support_vectors_.shape[0]} support vectors, {x.shape[1]} fields")
 
 
-main()
+if __name__ == "__main__":
+    main()
