@@ -24,7 +24,7 @@ from ._libsvm import from_libsvm
 from ._model import Input, Model, Output, doctor, load
 
 if TYPE_CHECKING:
-    from ._pmml import to_pmml
+    from ._pmml import ConversionError, to_pmml
 
 __version__: str = _core.version()
 
@@ -35,6 +35,7 @@ def instruction_set() -> str:
 
 
 __all__ = [
+    "ConversionError",
     "DocumentError",
     "DocumentWarning",
     "Error",
@@ -56,8 +57,8 @@ __all__ = [
 
 def __getattr__(name: str) -> Any:
     # Takes time to import: only where it is used.
-    if name == "to_pmml":
-        from ._pmml import to_pmml
+    if name in ("ConversionError", "to_pmml"):
+        from . import _pmml
 
-        return to_pmml
+        return getattr(_pmml, name)
     raise AttributeError(f"module 'svmscore' has no attribute {name!r}")

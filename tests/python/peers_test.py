@@ -109,9 +109,6 @@ def test_regressions(estimator, tmp_path):
 def test_one_class_models(tmp_path):
     estimator = OneClassSVM(nu=0.2).fit(IRIS.data)
     check_readers(estimator, IRIS.data, tmp_path)
-    for reader in READERS:
-        values = reader(tmp_path / "model.pmml", IRIS.data)["decision_function"].to_numpy(float)
-        assert np.abs(values - estimator.decision_function(IRIS.data)).max() < 1e-12
 
 
 def test_gaps_and_categories(tmp_path):

@@ -148,9 +148,9 @@ def test_regressions(estimator, scaled, tmp_path):
 def test_one_class_models_predict_signs(kernel, tmp_path):
     rows, _ = data("iris", scaled=True)
     estimator = OneClassSVM(kernel=kernel, nu=0.2).fit(rows)
-    scored = score(to_pmml(estimator, verification=rows[::17]), rows, tmp_path, "auto")
-    assert (scored["predicted_y"] == texts(estimator.predict(rows))).all()
-    difference = numbers(scored, "decision_function")[:, 0] - estimator.decision_function(rows)
+    scored = score(to_pmml(estimator, verification=rows[::17]), rows, tmp_path)
+    assert (scored["prediction"] == texts(estimator.predict(rows))).all()
+    difference = numbers(scored, "decision")[:, 0] + estimator.decision_function(rows)
     assert (np.abs(difference) <= 1e-12 * magnitudes(estimator, rows)[:, 0]).all()
     verify(tmp_path)
     assert findings(tmp_path) <= OF_THE_DATA

@@ -1,10 +1,12 @@
 // The coefficients of each machine, and its absoluteValue.
 #include <cmath>
+#include <string>
 
 #include <fmt/format.h>
 
 #include "host/output/scheme.h"
 #include "host/text/number_text.h"
+#include "host/xml/attributes.h"
 #include "tools/doctor/checks.h"
 
 namespace svmscore::tools {
@@ -54,16 +56,29 @@ void CheckSide(const Examined& examined, const MachineNumbers& machine, const Su
                   for_target ? machine.target : machine.alternate));
 }
 
+// Models that learnt one class have coefficients of one sign. PMML has no word for them; producers
+// say so in the free text algorithmName: "one_class", "OneClassSVM", "one-class".
+bool SaysOneClass(const Element* model) {
+  std::string letters;
+  for (const char c : AttributeText(model, "algorithmName")) {
+    if (c >= 'A' && c <= 'Z') letters += static_cast<char>(c - 'A' + 'a');
+    if (c >= 'a' && c <= 'z') letters += c;
+  }
+  return letters.find("oneclass") != std::string::npos;
+}
+
 }  // namespace
 
 void CheckTerms(const Examined& examined, FindingList& findings) {
+  const bool signs_differ =
+      examined.document.classification && !SaysOneClass(examined.document.model);
   for (const MachineNumbers& machine : examined.numbers.machines) {
     const std::size_t count = machine.coefficients.size();
     if (count == 0) continue;
     const Sums sums = SumsOf(machine);
     CheckSide(examined, machine, sums, findings);
     const bool one_signed = sums.positive == 0.0 || sums.negative == 0.0;
-    if (one_signed && count > 1 && examined.document.classification) {
+    if (one_signed && count > 1 && signs_differ) {
       findings.Add("one-signed-machine", machine.coefficients_element,
                    fmt::format("all its {} coefficients are {}", count,
                                sums.positive == 0.0 ? "negative" : "positive"));

@@ -51,8 +51,8 @@ def to_pmml(
     sigmoid of each machine in an extension, and scoring predicts the class of the largest
     probability, where the `predict` of an SVC counts votes, as readers do that pass the extension
     over. Of two classes the probability is the sigmoid itself; scikit-learn's own figure for an SVC
-    comes out of an iteration that stops early. A OneClassSVM becomes a regression whose output
-    fields are its decision value and +1 or -1.
+    comes out of an iteration that stops early. A OneClassSVM becomes a classification of 1
+    and -1.
 
     Raises ConversionError (a ValueError), which names the step and says what to do, where PMML
     cannot say what the estimator does; scikit-learn's NotFittedError for one that is not fitted.

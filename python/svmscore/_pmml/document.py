@@ -18,7 +18,6 @@ from .text import checked, number
 from .transformations import derived_field, in_order
 
 NAMESPACE = "http://www.dmg.org/PMML-4_4"
-DECISION = "decision_function"
 
 
 @dataclass
@@ -49,6 +48,8 @@ def build(model: Model, target: Target, columns: Sequence[Column], description: 
     attributes = {"functionName": "classification" if target.classes else "regression"}
     if model.method:
         attributes["classificationMethod"] = model.method
+    if model.algorithm:
+        attributes["algorithmName"] = model.algorithm
     element = SubElement(root, "SupportVectorMachineModel", attributes)
     _mining_schema(element, inputs, target)
     _output(element, model, target)
@@ -97,29 +98,18 @@ def _mining_schema(model: Element, inputs: Sequence[Input], target: Target) -> N
 
 
 def _output(element: Element, model: Model, target: Target) -> None:
-    """The prediction; for a one-class model its decision value, and +1 or -1 as scikit-learn has
-    them. A calibrated model declares no output: its probabilities are this system's, and readers
-    that pass extensions over would fill the same fields with shares of votes."""
+    """The prediction. A calibrated model declares no output: its probabilities are this system's,
+    and readers that pass extensions over would fill the same fields with shares of votes."""
     if model.is_calibrated:
         return
-    output = SubElement(element, "Output")
-
-    def add(name: str, optype: str, data_type: str, feature: str) -> Element:
-        attributes = dict(name=name, optype=optype, dataType=data_type, feature=feature)
-        return SubElement(output, "OutputField", attributes)
-
-    if not model.is_one_class:
-        optype = "categorical" if target.classes else "continuous"
-        add(target.prediction, optype, target.data_type, "predictedValue")
-        return
-    add(DECISION, "continuous", "double", "predictedValue")
-    field = add(target.prediction, "categorical", "integer", "transformedValue")
-    sign = SubElement(field, "Apply", function="if")
-    test = SubElement(sign, "Apply", function="greaterThan")
-    SubElement(test, "FieldRef", field=DECISION)
-    SubElement(test, "Constant", dataType="double").text = "0"
-    for value in ("1", "-1"):
-        SubElement(sign, "Constant", dataType="integer").text = value
+    SubElement(
+        SubElement(element, "Output"),
+        "OutputField",
+        name=target.prediction,
+        optype="categorical" if target.classes else "continuous",
+        dataType=target.data_type,
+        feature="predictedValue",
+    )
 
 
 def _vectors(element: Element, model: Model, columns: Sequence[Column]) -> None:

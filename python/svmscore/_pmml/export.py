@@ -23,7 +23,7 @@ def convert(
     """The document of `estimator`; the arguments are those of `svmscore.to_pmml`."""
     parts = take_apart(estimator, Scope(set(), "", estimator))
     target = document.Target(checked("y" if target_name is None else str(target_name)))
-    names = {target.name, target.prediction, document.DECISION}
+    names = {target.name, target.prediction}
     scope = Scope(names, parts.path, parts.final)
     model = read(parts.final, scope)
     calibration.apply(model, parts.calibrator)

@@ -41,7 +41,7 @@ class Model:
     machines: list[Machine] = field(default_factory=list)
     classes: list[Any] = field(default_factory=list)
     method: str | None = None
-    is_one_class: bool = False
+    algorithm: str | None = None  # what PMML itself has no word for
 
     @property
     def is_calibrated(self) -> bool:
@@ -154,9 +154,15 @@ def _svr(estimator: Any, scope: Scope) -> Model:
 
 
 def _one_class(estimator: Any, scope: Scope) -> Model:
-    """OneClassSVM: the decision value, as a regression."""
+    """OneClassSVM: the classes -1 and 1 of one machine. With the sign turned, values below 0 mean
+    1 and all others -1, as LIBSVM decides at 0 too."""
     model = _svr(estimator, scope)
-    model.is_one_class = True
+    machine = model.machines[0]
+    machine.terms, machine.offset = _turned(machine.terms), -machine.offset
+    machine.target, machine.alternate = 1, 0
+    model.classes = [np.int64(-1), np.int64(1)]
+    model.method = "OneAgainstOne"
+    model.algorithm = "one-class"
     return model
 
 

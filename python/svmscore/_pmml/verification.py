@@ -8,7 +8,7 @@ from xml.etree.ElementTree import Element, SubElement
 import numpy as np
 
 from .columns import Column, Input
-from .document import DECISION, Target
+from .document import Target
 from .errors import ConversionError
 from .machines import Model
 from .text import category, is_missing, number
@@ -87,12 +87,7 @@ def _results(estimator: Any, model: Model, target: Target, rows: Any) -> list[_C
     """The columns of expected results: fields, their cells, and the largest of their numbers."""
     predicted = np.ravel(estimator.predict(rows))
     if not model.classes:
-        if not model.is_one_class:
-            return [_numbers(target.prediction, predicted)]
-        return [
-            _numbers(DECISION, np.ravel(estimator.decision_function(rows))),
-            (target.prediction, [category(p) for p in predicted], None),
-        ]
+        return [_numbers(target.prediction, predicted)]
     texts = dict(zip([category(c) for c in model.classes], target.classes))
     classes = [texts[category(p)] for p in predicted]
     if not model.is_calibrated:
