@@ -100,7 +100,6 @@ TEST(ConvertModelText, IsRefusedWithItsLine) {
       {"1:1 3:0.25", "1:1 3:", 14, "no number"},
       {"1:1 3:0.25", "1:1 3:0x10", 14, "no number"},
       {"1:1 3:0.25", "1:1 3:1,5", 14, "no number"},
-      {"3:0.25 \n", "3:0.25 \r\n", 14, "carriage return"},
       {"-0.25 -1 4:0.5 \n", "", 16, "after 3 of 4 support vectors"},
       {"4:0.5 \n", "4:0.5 ", 17, "the last line has no end"},
       {"4:0.5 \n", "4:0.5 \n0.5 1 1:1\n", 18, "more support vectors than total_sv"},
@@ -139,7 +138,6 @@ TEST(ConvertRanges, AreRefusedWithTheirLine) {
       {"2 -1 3\n", "1 -1 3\n", 4, "feature 1 comes after feature 1"},
       {"2 -1 3\n", "2 3 -1\n", 4, "above the largest"},
       {"2 -1 3\n", "2 nan 3\n", 4, "no number"},
-      {"2 -1 3\n", "2 -1 3\r\n", 4, "carriage return"},
       {"3 0 0.5\n", "3 0 0.5", 5, "no end"},
       {"x\n-1 1\n1 0 2\n2 -1 3\n3 0 0.5\n", "y\n-1 1\n", 2, "before the range of answers"},
   };
@@ -180,6 +178,20 @@ TEST(ConvertNames, AreRefusedWhereTheyDoNotFit) {
   for (const auto& [model, options, input, told] : cases) {
     ExpectRefusal(model, options, input, {"", "", 0, told});
   }
+}
+
+TEST(ConvertModelText, MayHaveLinesOfWindows) {
+  const auto of_windows = [](std::string text) {
+    for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2) {
+      text.insert(at, 1, '\r');
+    }
+    return text;
+  };
+  const std::string ranges = of_windows(kRanges);
+  LibsvmOptions options, plain;
+  options.ranges = ranges;
+  plain.ranges = kRanges;
+  EXPECT_EQ(LibsvmToPmml(of_windows(kModel), options), LibsvmToPmml(kModel, plain));
 }
 
 TEST(ConvertedDocument, HoldsWhatOtherReadersNeed) {
