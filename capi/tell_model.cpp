@@ -68,6 +68,11 @@ const ModelState& StateOf(const svmscore_model* model) {
   return *model->state;
 }
 
+// A machine may name what is no category of the target: the model counts it beyond these.
+int PositionOrNone(const ModelState& state, int index) {
+  return index < 0 || static_cast<std::size_t>(index) >= state.categories.size() ? -1 : index;
+}
+
 svmscore_text CategoryAt(const ModelState& state, int index) {
   const auto position = static_cast<std::size_t>(index);
   if (index < 0 || position >= state.categories.size()) return {"", 0};
@@ -124,8 +129,8 @@ int svmscore_model_get_machine(const svmscore_model* model, size_t index, svmsco
     svmscore_machine told{};
     told.target = CategoryAt(state, target);
     told.alternate = CategoryAt(state, alternate);
-    told.target_index = target;
-    told.alternate_index = alternate;
+    told.target_index = PositionOrNone(state, target);
+    told.alternate_index = PositionOrNone(state, alternate);
     Write(told, machine, "machine");
   });
 }

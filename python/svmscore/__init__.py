@@ -56,9 +56,13 @@ __all__ = [
 
 
 def __getattr__(name: str) -> Any:
-    # Takes time to import: only where it is used.
+    # What needs other packages or takes time to import: only where it is used.
     if name in ("ConversionError", "to_pmml"):
         from . import _pmml
 
         return getattr(_pmml, name)
+    if name in ("dask", "sklearn", "spark"):
+        import importlib
+
+        return importlib.import_module(f".{name}", __name__)
     raise AttributeError(f"module 'svmscore' has no attribute {name!r}")

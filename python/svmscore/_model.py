@@ -179,6 +179,12 @@ class Model:
     def __reduce__(self) -> tuple:
         return _reload, (self._document, self._name, self._options)
 
+    def __copy__(self) -> Model:
+        return self  # nothing of it changes
+
+    def __deepcopy__(self, memo: dict) -> Model:
+        return self
+
     # --- Scoring ------------------------------------------------------------------------------
 
     def predict(self, X: Any, errors: str = "raise", *, threads: int = 1) -> np.ndarray:
@@ -237,8 +243,9 @@ class Model:
         """
         _check_errors(errors)
         plan = self._plan(1, True, threads)
-        wanted = plan.names[-1 - len(self._core.machines()) : -1]
-        *columns, status = self._score(X, plan, (1, True, threads), [*wanted, "status"])
+        # By their places: two machines may have one name.
+        wanted = range(len(plan.names) - 1 - len(self._core.machines()), len(plan.names))
+        *columns, status = self._run(X, plan, (1, True, threads), list(wanted))[1]
         self._check(X, status[0], errors)
         return columns[0][0] if len(columns) == 1 else _side_by_side(columns)
 
