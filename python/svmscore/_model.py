@@ -19,7 +19,7 @@ _CHOICES = {"auto": 0, "raw": 1, "all": 2}
 _KINDS = ("classification", "regression")
 _PERCENTAGES = ("none", "votes", "calibrated")
 _ROLES = ("needed", "not needed", "for output")
-_TEXTS, _CODES = 14, 15  # types of output columns
+WHOLES, TEXTS, CODES = 3, 14, 15  # types of output columns; others are float64
 _NAMED_ROWS = 5  # of those that failed, in an exception's message
 # A scorer keeps the memory of its largest table: after one beyond this, a new scorer is made.
 _KEPT_ROWS = 100_000
@@ -209,7 +209,7 @@ class Model:
         prediction, status = self._score(X, plan, (1, False, threads), ["prediction", "status"])
         failed = self._check(X, status[0], errors)
         values, _ = prediction
-        if plan.outputs[plan.names.index("prediction")][2] != _CODES:
+        if plan.outputs[plan.names.index("prediction")][2] != CODES:
             return np.array(values, dtype=object) if isinstance(values, list) else values
         return self._labels(values, failed)
 
@@ -274,9 +274,7 @@ class Model:
             outcome that cannot be decided) or 90029 (a missing value).
         """
         _check_errors(errors)
-        if columns not in _CHOICES:
-            raise ValueError("columns is 'auto', 'raw' or 'all'")
-        key = (_CHOICES[columns], decisions, threads, reasons)
+        key = _key(columns, decisions, reasons, threads)
         plan = self._plan(*key)
         table, results = self._score_wholly(X, plan, key)
         status = results[plan.names.index("status")][0]
@@ -336,6 +334,20 @@ class Model:
             self._plans[key] = plan
         return plan
 
+    def _plan_of(self, columns: str, decisions: bool, reasons: bool) -> _Plan:
+        return self._plan(*_key(columns, decisions, reasons))
+
+    def _score_columns(
+        self, X: Any, columns: str, decisions: bool, reasons: bool
+    ) -> list[tuple[str, int, Any, Any]]:
+        """(name, type, values, which are missing or None) of each column: categories as codes."""
+        key = _key(columns, decisions, reasons)
+        plan = self._plan(*key)
+        return [
+            (name, kind, *result)
+            for (name, _, kind), result in zip(plan.outputs, self._score_wholly(X, plan, key)[1])
+        ]
+
     def _scorer(self, plan: _Plan, key: tuple) -> _core.Scorer:
         try:
             return plan.free.pop()
@@ -382,7 +394,7 @@ class Model:
         value = results[plan.names.index("prediction")]
         if results[-1] != 0:
             return self._predict_row(X, errors)
-        if plan.outputs[plan.names.index("prediction")][2] == _CODES:
+        if plan.outputs[plan.names.index("prediction")][2] == CODES:
             return self._classes[value : value + 1]
         return np.array([value], dtype=object if isinstance(value, str) else np.float64)
 
@@ -403,12 +415,12 @@ class Model:
 
     def _column(self, result: tuple, of_categories: bool, kind: int, frame: bool) -> Any:
         values, missing = result
-        if kind == _CODES:
+        if kind == CODES:
             if not frame or self._classes.dtype.kind != "i":
                 return self._labels(values, True)
             missing = values < 0 if values.size and values.min() < 0 else None
             values = self._classes.take(values)
-        if kind == _TEXTS:
+        if kind == TEXTS:
             return np.array(values, dtype=object)
         if missing is None:
             return values
@@ -456,6 +468,12 @@ class Model:
         scorer = self._scorer(plan, key)
         columns = self._read(X).columns
         return [scorer.score_rows(columns, row, 1, wanted)[0][0][0] or "" for row in rows]
+
+
+def _key(columns: str, decisions: bool, reasons: bool, threads: int = 1) -> tuple:
+    if columns not in _CHOICES:
+        raise ValueError("columns is 'auto', 'raw' or 'all'")
+    return _CHOICES[columns], decisions, threads, reasons
 
 
 def _sentence_of(status: int) -> str:
