@@ -34,7 +34,7 @@ def table(
     Args:
         model: as `svmscore.load` gives it.
         df: a Spark DataFrame; only the columns that the model reads, and those of `passthrough`,
-            go to Python. Decimals are read as doubles.
+            go to Python. Decimals are read as doubles, timestamps as the session's time zone has them.
         columns, decisions, reasons: as of `Model.table`.
         passthrough: columns of df to put before the scores, such as a key to join by. Spark's rows
             have no index, and without a key no order that one could rely on.
@@ -51,10 +51,11 @@ def table(
     for name in kept:
         if name in kinds:
             raise ValueError(f"passthrough: scores have a column {name!r} too; rename that of df")
-    taken = _selection(model, df, kept)
-    _check_columns(model, df, taken)
+    read = [name for name in model._input_names if name in df.columns]
+    taken = _selection(df, read, kept)
+    _check_columns(model, df, taken, read)
     schema = StructType(
-        [taken.schema[name] for name in kept]
+        [df.schema[name] for name in kept]
         + [StructField(name, _spark_type(_TYPES[kind]), True) for name, kind in kinds.items()]
     )
     shipment = pack(model)
@@ -62,7 +63,7 @@ def table(
 
     def score(batches: Iterator[Any]) -> Iterator[Any]:
         for batch in batches:
-            yield _score_batch(unpack(key, fetch), batch, kept, columns, decisions, reasons)
+            yield _score_batch(unpack(key, fetch), batch, read, kept, columns, decisions, reasons)
 
     return taken.mapInArrow(score, schema)
 
@@ -75,32 +76,33 @@ def _kept_columns(passthrough: Iterable[str], df: Any) -> list[str]:
     return kept
 
 
-def _selection(model: Model, df: Any, kept: list[str]) -> Any:
-    """The columns of df that are needed. Of those only to be read, decimals become doubles."""
+def _selection(df: Any, read: list[str], kept: list[str]) -> Any:
+    """The columns to read, then those to keep, under names without dots, which mapInArrow needs."""
     from pyspark.sql.functions import col
-    from pyspark.sql.types import DecimalType
+    from pyspark.sql.types import DecimalType, TimestampType
 
     selected = []
-    for name in dict.fromkeys([*model._input_names, *kept]):
-        if name not in df.columns:
-            continue
+    for place, name in enumerate([*read, *kept]):
         column = col("`" + name.replace("`", "``") + "`")
-        if isinstance(df.schema[name].dataType, DecimalType) and name not in kept:
-            column = column.cast("double").alias(name)
-        selected.append(column)
+        if place < len(read) and isinstance(df.schema[name].dataType, DecimalType):
+            column = column.cast("double")
+        elif place < len(read) and isinstance(df.schema[name].dataType, TimestampType):
+            column = column.cast("timestamp_ntz")
+        selected.append(column.alias(f"c{place}"))
     return df.select(*selected)
 
 
-def _check_columns(model: Model, df: Any, taken: Any) -> None:
+def _check_columns(model: Model, df: Any, taken: Any, read: list[str]) -> None:
     """Fails here and now where each task would fail."""
+    import pyarrow
     from pyspark.sql.pandas.types import to_arrow_schema
 
-    try:
-        model.table(to_arrow_schema(taken.schema).empty_table())
-    except ValueError:
-        # Told of all columns, so that a misspelt one is found.
-        model.table({name: [] for name in df.columns})
-        raise
+    if set(model.feature_names_in_) <= set(read):
+        types = to_arrow_schema(taken.select(taken.columns[: len(read)]).schema).types
+        arrays = [pyarrow.nulls(1, kind) for kind in types]  # of no rows, types are not looked at
+        model.table(pyarrow.RecordBatch.from_arrays(arrays, read))
+    else:
+        model.table({name: [] for name in df.columns})  # says which is lacking
 
 
 def _spark_type(name: str) -> Any:
@@ -128,12 +130,19 @@ def _broadcast(session: Any, shipment: Shipment) -> Callable[[], Shipment]:
 
 
 def _score_batch(
-    model: Model, batch: Any, kept: list[str], columns: str, decisions: bool, reasons: bool
+    model: Model,
+    batch: Any,
+    read: list[str],
+    kept: list[str],
+    columns: str,
+    decisions: bool,
+    reasons: bool,
 ) -> Any:
     import pyarrow
 
-    names, arrays = list(kept), [batch.column(batch.schema.get_field_index(name)) for name in kept]
-    for name, kind, values, missing in model._score_columns(batch, columns, decisions, reasons):
+    cases = pyarrow.RecordBatch.from_arrays(batch.columns[: len(read)], read)
+    names, arrays = list(kept), batch.columns[len(read) :]
+    for name, kind, values, missing in model._score_columns(cases, columns, decisions, reasons):
         if kind == CODES:
             codes = pyarrow.array(values, mask=values < 0)
             categories = pyarrow.array(model._classes.tolist())
