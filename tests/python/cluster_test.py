@@ -112,7 +112,7 @@ def kept_in_few_megabytes(states):
 def client():
     with (
         dask.config.set({"distributed.scheduler.allowed-failures": 10}),
-        LocalCluster(n_workers=2, threads_per_worker=2, processes=True, dashboard_address=None) as cluster,
+        LocalCluster(n_workers=2, threads_per_worker=2, processes=True, dashboard_address=":0") as cluster,
         Client(cluster) as client,
     ):
         yield client
@@ -364,6 +364,25 @@ def test_spark_loses_nothing_with_a_worker(spark, spark_workers, iris, tmp_path)
 
 
 # --- Both -----------------------------------------------------------------------------------------
+
+
+def test_examples_of_the_page_run(client, spark, iris, tmp_path):
+    cases = make_cases(1).assign(id=range(50))
+    (tmp_path / "cases").mkdir()
+    cases.to_parquet(tmp_path / "cases/0.parquet", index=False)
+    (tmp_path / "model.pmml").write_bytes(IRIS.read_bytes())
+    examples = re.findall(r"```python\n(.*?)```", PAGE.read_text(), re.DOTALL)
+    assert len(examples) == 2
+    with dask.config.set({"scheduler-address": client.scheduler.address}):
+        for example in examples:
+            known = {}
+            exec(re.sub(r'"([\w.-]+(/|\.pmml))"', rf'"{tmp_path}/\1"', example), known)
+            if "client" in known:
+                known["client"].close()
+    scores = iris.table(cases)
+    for folder in ("scores", "spark-scores"):
+        written = pandas.read_parquet(tmp_path / folder)
+        assert written[list(scores)].to_csv(index=False) == scores.to_csv(index=False)
 
 
 def test_nothing_of_them_is_imported_before_use():
