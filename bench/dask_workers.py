@@ -5,11 +5,12 @@
 
 Rows are made up where they are scored, in partitions of 20,000, and only counts come back: what is
 measured is scoring with what Dask adds, not a disk or a network. One thread for each worker. The three
-take turns, round after round, and the time of each is that of the wall clock: it says something of a
-machine with two idle cores only.
+take turns, round after round. The time is that of the wall clock, which says something only where two
+cores are idle; the processor time of all processes beside it shows what Dask adds.
 """
 
 import argparse
+import collections
 import functools
 import os
 import pathlib
@@ -33,16 +34,23 @@ def make_cases(part, names):
     return pandas.DataFrame(values, columns=names)
 
 
-def by_dask(address, model, partitions):
-    with Client(address, set_as_default=False) as client:
-        make = functools.partial(make_cases, names=list(model.feature_names_in_))
-        scores = svmscore.dask.table(model, dask.dataframe.from_map(make, range(partitions)))
-        return client.compute((scores["status"] == 0).sum()).result()
+def by_dask(client, model, partitions):
+    make = functools.partial(make_cases, names=list(model.feature_names_in_))
+    scores = svmscore.dask.table(model, dask.dataframe.from_map(make, range(partitions)))
+    return client.compute((scores["status"] == 0).sum()).result()
 
 
 def by_itself(model, partitions):
     names = list(model.feature_names_in_)
-    return sum((model.table(make_cases(part, names))["status"] == 0).sum() for part in range(partitions))
+    tables = (model.table(make_cases(part, names)) for part in range(partitions))
+    return sum((table["status"] == 0).sum() for table in tables)
+
+
+def processor_time(clients):
+    """Of this process and all workers."""
+    return time.process_time() + sum(
+        seconds for client in clients for seconds in client.run(time.process_time).values()
+    )
 
 
 def main():
@@ -54,30 +62,38 @@ def main():
     model = svmscore.load(given.model)
     partitions = -(-given.rows // PARTITION)
     print(f"load before: {os.getloadavg()[0]:.2f}, processors: {len(os.sched_getaffinity(0))}")
-    times = {"no Dask": [], "one worker": [], "two workers": []}
+    walls, processors = collections.defaultdict(list), collections.defaultdict(list)
     options = {"threads_per_worker": 1, "processes": True, "dashboard_address": ":0"}
-    with LocalCluster(n_workers=1, **options) as one, LocalCluster(n_workers=2, **options) as two:
+    with (
+        LocalCluster(n_workers=1, **options) as one,
+        LocalCluster(n_workers=2, **options) as two,
+        Client(one, set_as_default=False) as first,
+        Client(two, set_as_default=False) as second,
+    ):
         runs = {
             "no Dask": functools.partial(by_itself, model),
-            "one worker": functools.partial(by_dask, one.scheduler_address, model),
-            "two workers": functools.partial(by_dask, two.scheduler_address, model),
+            "one worker": functools.partial(by_dask, first, model),
+            "two workers": functools.partial(by_dask, second, model),
         }
         for run in runs.values():
             run(4)  # starts and loads what is needed
         for _ in range(given.rounds):
             for name, run in runs.items():
-                started = time.perf_counter()
+                busy, started = processor_time([first, second]), time.perf_counter()
                 scored = run(partitions)
-                times[name].append(time.perf_counter() - started)
+                walls[name].append(time.perf_counter() - started)
+                processors[name].append(processor_time([first, second]) - busy)
                 assert scored == partitions * PARTITION, f"{scored} rows scored"
     print(f"load after: {os.getloadavg()[0]:.2f}")
-    rows = partitions * PARTITION
-    for name, seconds in times.items():
-        rate = rows / statistics.median(seconds)
-        print(f"{name}: {rate:,.0f} rows a second ({', '.join(f'{s:.1f}' for s in seconds)} s)")
+    for name, seconds in walls.items():
+        rate = partitions * PARTITION / statistics.median(seconds)
+        rounds = ", ".join(f"{wall:.1f}" for wall in seconds)
+        busy = statistics.median(processors[name])
+        print(f"{name}: {rate:,.0f} rows a second ({rounds} s), {busy:.1f} s of processor time")
     for other in ("one worker", "no Dask"):
-        ratios = [a / b for a, b in zip(times[other], times["two workers"])]
-        print(f"two workers over {other}: {statistics.median(ratios):.2f} ({min(ratios):.2f}-{max(ratios):.2f})")
+        ratios = [a / b for a, b in zip(walls[other], walls["two workers"], strict=True)]
+        spread = f"({min(ratios):.2f}-{max(ratios):.2f})"
+        print(f"two workers over {other}: {statistics.median(ratios):.2f} {spread}")
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-"""How a model gets to the workers of a cluster: its document once, and the model once in each process."""
+"""How a model gets to the workers of a cluster: its document once, loaded once in each process."""
 
 from __future__ import annotations
 
@@ -57,7 +57,9 @@ def _keep(key: str, model: Model) -> None:
 
 def column_types(model: Model, columns: str, decisions: bool, reasons: bool) -> dict[str, str]:
     """Of each column of scores "text", "whole", "number" or "truth", whatever its values are."""
-    of_categories = {"i": "whole", "f": "number", "b": "truth"}.get(model._classes.dtype.kind, "text")
+    of_categories = {"i": "whole", "f": "number", "b": "truth"}.get(
+        model._classes.dtype.kind, "text"
+    )
     types = {TEXTS: "text", CODES: of_categories, WHOLES: "whole"}
     return {
         name: types.get(kind, "number")

@@ -1,11 +1,12 @@
-"""scikit-learn estimators over loaded documents: for pipelines, cross-checks and permutation importance.
+"""scikit-learn estimators over documents: for pipelines, cross-checks and permutation importance.
 
     >>> from svmscore.sklearn import PMMLClassifier
     >>> classifier = PMMLClassifier("model.pmml")
     >>> cross_val_score(classifier, X, y)
 
-They are trained already. `fit` loads the document and checks that it suits X and y; it changes nothing
-of the model, so that scores on any cases are those of unseen ones, unless the model was trained with them.
+They are trained already. `fit` loads the document and checks that it suits X and y; the model stays
+what it is. So the folds of cross_val_score differ in their cases only, and cases that the model was
+trained with give flattering figures.
 """
 
 from __future__ import annotations
@@ -27,18 +28,8 @@ _NAMED = 5  # labels in a message
 class _LoadedEstimator(BaseEstimator):
     """A document as an estimator.
 
-    Args:
-        source: a path, the document as bytes or text, or a loaded `svmscore.Model`, which clones share.
-        as_is, strict_document, missing_policy, limits: as of `svmscore.load`; not beside a Model.
-        threads: how many share the rows; -1 means all that the process may use.
-
-    The document is loaded by `fit`, or else when it is first needed: predicting works without fit.
-    Pickles hold the document, so that they can be used where the path is not.
-
-    Attributes:
-        model_: the `svmscore.Model`.
-        feature_names_in_, n_features_in_: the inputs that the model needs, in the order of a plain
-            array's columns. Those of a DataFrame are found by name.
+    It is loaded by `fit`, or else when it is first needed: predicting works without fit. Pickles hold
+    the document, so that they can be used where its path is not.
     """
 
     _kind = ""
@@ -53,6 +44,14 @@ class _LoadedEstimator(BaseEstimator):
         limits: Any = None,
         threads: int = 1,
     ) -> None:
+        """Loads nothing yet.
+
+        Args:
+            source: a path, the document as bytes or text, or a loaded `svmscore.Model`, which clones
+                share.
+            as_is, strict_document, missing_policy, limits: as of `svmscore.load`; not beside a Model.
+            threads: how many share the rows; -1 means all that the process may use.
+        """
         self.source = source
         self.as_is = as_is
         self.strict_document = strict_document
@@ -80,6 +79,7 @@ class _LoadedEstimator(BaseEstimator):
 
     @property
     def model_(self) -> Model:
+        """What `svmscore.load` gives."""
         loaded = getattr(self, "_loaded", None)
         if loaded is None or loaded[0] != self._settings():
             loaded = self._loaded = self._load()
@@ -87,6 +87,7 @@ class _LoadedEstimator(BaseEstimator):
 
     @property
     def feature_names_in_(self) -> np.ndarray:
+        """The inputs that the model needs; an array has its columns in this order."""
         return self.model_.feature_names_in_
 
     @property
@@ -118,8 +119,10 @@ class _LoadedEstimator(BaseEstimator):
         return settings, model
 
     def _check_target(self, y: np.ndarray) -> None:
-        if y.dtype.kind not in "biuf":
-            raise ValueError(f"the model predicts numbers, and y is of type {y.dtype}")
+        try:
+            y.astype(np.float64)
+        except (TypeError, ValueError):
+            raise ValueError(f"the model predicts numbers, and y is of type {y.dtype}") from None
 
     def __getstate__(self) -> dict[str, Any]:
         self.model_  # noqa: B018 - loads the document
@@ -148,22 +151,20 @@ class PMMLRegressor(RegressorMixin, _LoadedEstimator):
     """A document whose function is regression, as a scikit-learn regressor.
 
     One-class models that were written as a regression or an AnomalyDetectionModel are such documents:
-    `predict` gives their decision value, above 0 for what is like the training cases. Those that
+    `predict` gives their decision value, as a rule above 0 for what is like the training cases. Those that
     were written as a classification of 1 and -1 belong to PMMLClassifier.
     """
 
-    __doc__ += _LoadedEstimator.__doc__.partition("\n")[2]
     _kind = "regression"
 
 
 class PMMLClassifier(ClassifierMixin, _LoadedEstimator):
-    """A document whose function is classification, as a scikit-learn classifier."""
+    """A document whose function is classification, as a scikit-learn classifier.
 
-    __doc__ += """
     `classes_` is sorted, as in all of scikit-learn, whose scorers rely on it; `svmscore.Model` keeps the
     document's order. `predict_proba` is there where the document has calibrated probabilities.
     """
-    __doc__ += _LoadedEstimator.__doc__.partition("\n")[2]
+
     _kind = "classification"
 
     @property
@@ -218,7 +219,9 @@ class PMMLClassifier(ClassifierMixin, _LoadedEstimator):
     def _pairs(self) -> list[list[int]]:
         """(target, alternate) of each machine as positions in classes_; -1 for no class."""
         places = np.append(np.argsort(self._order()), -1)
-        return [[places[index] for index in machine[2:4]] for machine in self.model_._core.machines()]
+        return [
+            [places[index] for index in machine[2:4]] for machine in self.model_._core.machines()
+        ]
 
     def _log_odds(self, X: Any) -> np.ndarray:
         with np.errstate(divide="ignore"):

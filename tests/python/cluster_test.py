@@ -33,26 +33,40 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 IRIS = ROOT / "examples/iris/model.pmml"
 PAGE = ROOT / "docs/cluster-python-part.md"
 PARTITIONS = 200
-SPARK_PARTITIONS = 40  # whose tasks take longer
+SPARK_PARTITIONS = 24  # whose tasks take longer
 QUICK_START = "-XX:TieredStopAtLevel=1 -XX:+UseSerialGC"
 
 # Of whole categories beyond 2^53, so that digits are lost where they become doubles.
-WHOLE = """<PMML version="4.4" xmlns="http://www.dmg.org/PMML-4_4"><Header/><DataDictionary>
-  <DataField name="x" optype="continuous" dataType="double"/>
-  <DataField name="a.b" optype="categorical" dataType="string"><Value value="p"/><Value value="q"/></DataField>
-  <DataField name="y" optype="categorical" dataType="integer">
-    <Value value="9007199254740993"/><Value value="7"/></DataField></DataDictionary>
+WHOLE = """<PMML version="4.4" xmlns="http://www.dmg.org/PMML-4_4"><Header/>
+  <DataDictionary>
+    <DataField name="x" optype="continuous" dataType="double"/>
+    <DataField name="a.b" optype="categorical" dataType="string">
+      <Value value="p"/><Value value="q"/></DataField>
+    <DataField name="y" optype="categorical" dataType="integer">
+      <Value value="9007199254740993"/><Value value="7"/></DataField>
+  </DataDictionary>
   <SupportVectorMachineModel functionName="classification" svmRepresentation="Coefficients">
-  <MiningSchema><MiningField name="x"/><MiningField name="a.b"/><MiningField name="y" usageType="target"/>
-  </MiningSchema><Output><OutputField name="truth" feature="transformedValue" dataType="boolean" optype="categorical">
-    <Apply function="greaterThan"><FieldRef field="x"/><Constant>0</Constant></Apply></OutputField>
-    <OutputField name="class" feature="predictedValue" dataType="integer" optype="categorical"/></Output>
-  <LocalTransformations><DerivedField name="d" optype="continuous" dataType="double">
-    <NormDiscrete field="a.b" value="p"/></DerivedField></LocalTransformations>
-  <LinearKernelType/><VectorDictionary><VectorFields><FieldRef field="x"/><FieldRef field="d"/>
-  </VectorFields></VectorDictionary><SupportVectorMachine targetCategory="9007199254740993"
-    alternateTargetCategory="7"><Coefficients absoluteValue="0"><Coefficient value="1"/>
-    <Coefficient value="0.5"/></Coefficients></SupportVectorMachine></SupportVectorMachineModel></PMML>"""
+    <MiningSchema>
+      <MiningField name="x"/><MiningField name="a.b"/><MiningField name="y" usageType="target"/>
+    </MiningSchema>
+    <Output>
+      <OutputField name="truth" feature="transformedValue" dataType="boolean" optype="categorical">
+        <Apply function="greaterThan"><FieldRef field="x"/><Constant>0</Constant></Apply>
+      </OutputField>
+      <OutputField name="class" feature="predictedValue" dataType="integer" optype="categorical"/>
+    </Output>
+    <LocalTransformations>
+      <DerivedField name="d" optype="continuous" dataType="double">
+        <NormDiscrete field="a.b" value="p"/></DerivedField>
+    </LocalTransformations>
+    <LinearKernelType/>
+    <VectorDictionary>
+      <VectorFields><FieldRef field="x"/><FieldRef field="d"/></VectorFields>
+    </VectorDictionary>
+    <SupportVectorMachine targetCategory="9007199254740993" alternateTargetCategory="7">
+      <Coefficients absoluteValue="0"><Coefficient value="1"/><Coefficient value="0.5"/></Coefficients>
+    </SupportVectorMachine>
+  </SupportVectorMachineModel></PMML>"""
 
 
 # Workers cannot import this file.
@@ -112,7 +126,9 @@ def kept_in_few_megabytes(states):
 def client():
     with (
         dask.config.set({"distributed.scheduler.allowed-failures": 10}),
-        LocalCluster(n_workers=2, threads_per_worker=2, processes=True, dashboard_address=":0") as cluster,
+        LocalCluster(
+            n_workers=2, threads_per_worker=2, processes=True, dashboard_address=":0"
+        ) as cluster,
         Client(cluster) as client,
     ):
         yield client
@@ -143,7 +159,9 @@ def test_dask_sends_a_document_once_whatever_the_number_of_partitions(iris):
 
 
 def test_dask_types_are_those_promised_in_every_partition(whole):
-    cases = pandas.DataFrame({"x": [1.0, -1.0, None, 2.0], "a.b": ["p", "q", "p", None], "other": 1}, index=[4, 5, 7, 9])
+    cases = pandas.DataFrame(
+        {"x": [1.0, -1.0, None, 2.0], "a.b": ["p", "q", "p", None], "other": 1}, index=[4, 5, 7, 9]
+    )
     for kind in ("object", "category"):
         frame = dask.dataframe.from_pandas(cases.astype({"a.b": kind}), npartitions=3)
         scores = svmscore.dask.table(whole, frame, reasons=True)
@@ -198,7 +216,10 @@ def spark_process(folder, name, *arguments):
     with open(folder / f"{name}-{time.monotonic_ns()}.log", "wb") as log:
         process = subprocess.Popen(
             [script, f"org.apache.spark.deploy.{name}", *arguments],
-            env=environment, stdout=log, stderr=log, start_new_session=True,
+            env=environment,
+            stdout=log,
+            stderr=log,
+            start_new_session=True,
         )
         try:
             yield process
@@ -215,7 +236,10 @@ def free_port():
 
 def wait_for_port(port):
     while True:
-        with contextlib.suppress(ConnectionRefusedError), socket.create_connection(("127.0.0.1", port)):
+        with (
+            contextlib.suppress(ConnectionRefusedError),
+            socket.create_connection(("127.0.0.1", port)),
+        ):
             return
         time.sleep(0.1)
 
@@ -227,14 +251,34 @@ def spark_workers(tmp_path_factory):
     address = f"spark://127.0.0.1:{port}"
     with contextlib.ExitStack() as stack:
         stack.enter_context(
-            spark_process(folder, "master.Master", "--host", "127.0.0.1", "--port", str(port), "--webui-port", "0")
+            spark_process(
+                folder,
+                "master.Master",
+                "--host",
+                "127.0.0.1",
+                "--port",
+                str(port),
+                "--webui-port",
+                "0",
+            )
         )
         wait_for_port(port)  # a worker that comes too early waits for long
         workers = [
             stack.enter_context(
                 spark_process(
-                    folder, "worker.Worker", "--host", "127.0.0.1", "--cores", "1", "--memory", "1g",
-                    "--webui-port", "0", "--work-dir", str(folder / str(number)), address,
+                    folder,
+                    "worker.Worker",
+                    "--host",
+                    "127.0.0.1",
+                    "--cores",
+                    "1",
+                    "--memory",
+                    "1g",
+                    "--webui-port",
+                    "0",
+                    "--work-dir",
+                    str(folder / str(number)),
+                    address,
                 )
             )
             for number in range(2)
@@ -275,8 +319,9 @@ def spark_cases(spark, parts=SPARK_PARTITIONS, rows=50, before=lambda part: None
                 before(part)
                 yield pyarrow.RecordBatch.from_pandas(make_cases(part, rows), preserve_index=False)
 
-    columns = "petal_width double, petal_length double, sepal_width double, sepal_length double, note string, key long"
-    return spark.range(0, parts, 1, parts).mapInArrow(make, columns)
+    columns = ["petal_width", "petal_length", "sepal_width", "sepal_length"]
+    types = ", ".join(f"{name} double" for name in columns) + ", note string, key long"
+    return spark.range(0, parts, 1, parts).mapInArrow(make, types)
 
 
 def spark_states(spark):
@@ -286,7 +331,9 @@ def spark_states(spark):
         for _ in batches:
             loads, megabytes = process_state()
             columns = [[os.getpid()], [loads], [megabytes]]
-            yield pyarrow.RecordBatch.from_arrays([pyarrow.array(c) for c in columns], ["pid", "loads", "mb"])
+            yield pyarrow.RecordBatch.from_arrays(
+                [pyarrow.array(c) for c in columns], ["pid", "loads", "mb"]
+            )
             time.sleep(0.05)  # so that no worker gets all of them
 
     rows = spark.range(0, 16, 1, 16).mapInArrow(tell, "pid long, loads long, mb double").collect()
@@ -316,7 +363,10 @@ def test_spark_types_and_nulls(spark, whole):
     df = spark.createDataFrame(cases, "x double, `a.b` string, id int")
     df = df.selectExpr("cast(x as decimal(9,2)) as x", "`a.b`", "id", "x as other").repartition(2)
     scores = svmscore.spark.table(whole, df, passthrough=["id", "x"], reasons=True)
-    assert scores.schema.simpleString() == "struct<id:int,x:decimal(9,2),truth:string,class:bigint,status:bigint,reason:string>"
+    assert (
+        scores.schema.simpleString()
+        == "struct<id:int,x:decimal(9,2),truth:string,class:bigint,status:bigint,reason:string>"
+    )
     rows = {row.id: row for row in scores.collect()}
     assert [rows[i]["class"] for i in range(1, 6)] == [7, 9007199254740993, None, None, None]
     assert [rows[i].status for i in range(1, 6)] == [0, 0, 90029, 90029, 90029]
@@ -335,7 +385,11 @@ def test_spark_types_and_nulls(spark, whole):
 
 def test_spark_memory_of_a_worker_does_not_grow_with_partitions(spark, iris):
     def rows(parts):
-        return svmscore.spark.table(iris, spark_cases(spark, parts, 4_000)).selectExpr("sum(status + 1 - status)").first()[0]
+        return (
+            svmscore.spark.table(iris, spark_cases(spark, parts, 4_000))
+            .selectExpr("sum(status + 1 - status)")
+            .first()[0]
+        )
 
     rows(20)
     before = kept_in_few_megabytes(spark_states(spark).values())
@@ -386,5 +440,8 @@ def test_examples_of_the_page_run(client, spark, iris, tmp_path):
 
 
 def test_nothing_of_them_is_imported_before_use():
-    code = "import sys, svmscore; svmscore.dask.table, svmscore.spark.table; print({'dask', 'pyspark', 'pandas'} & {*sys.modules})"
-    assert subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True).stdout == "set()\n"
+    code = """import sys, svmscore
+svmscore.dask.table, svmscore.spark.table
+print({"dask", "pyspark", "pandas"} & {*sys.modules})"""
+    done = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True)
+    assert done.stdout == "set()\n"

@@ -98,7 +98,9 @@ def test_the_largest_decision_is_the_prediction_under_every_rule(rule):
         X = X[X < 0].reshape(-1, 1)  # the others cannot be scored
     assert list(classifier.classes_) == sorted(classifier.classes_)
     decisions = classifier.decision_function(X)
-    assert decisions.shape == ((len(X),) if len(classifier.classes_) == 2 else (len(X), len(classifier.classes_)))
+    assert decisions.shape == (
+        (len(X),) if len(classifier.classes_) == 2 else (len(X), len(classifier.classes_))
+    )
     guess, clear = predicted_by(decisions, classifier.classes_)
     predictions = classifier.predict(X)
     votes = np.round(decisions)  # equal votes are ties, which confidences may break another way
@@ -107,8 +109,15 @@ def test_the_largest_decision_is_the_prediction_under_every_rule(rule):
     assert clear.mean() > 0.99 and len(set(predictions)) > 1 or rule == "unknown alternate"
 
 
+def test_an_unknown_category_has_no_place_among_the_pairs():
+    assert svmscore.load(RULES["unknown alternate"]).decision_pairs == [("a", None)]
+
+
 def test_binary_decisions_count_from_the_threshold():
-    assert PMMLClassifier(RULES["own threshold"]).decision_function([[0.0], [-1.0]]).tolist() == [-0.75, 0.25]
+    assert PMMLClassifier(RULES["own threshold"]).decision_function([[0.0], [-1.0]]).tolist() == [
+        -0.75,
+        0.25,
+    ]
     assert PMMLClassifier(RULES["numbers"]).classes_.tolist() == [-1, 1]
 
 
@@ -116,7 +125,9 @@ def test_decisions_of_pairs_are_those_of_scikit_learn():
     path, X, _ = example("iris")
     raw = svmscore.load(path).decision_function(X)  # positive for the first of each pair: maxWins
     expected = _ovr_decision_function(raw <= 0, -raw, 3)
-    np.testing.assert_allclose(PMMLClassifier(path).decision_function(X), expected, rtol=0, atol=1e-15)
+    np.testing.assert_allclose(
+        PMMLClassifier(path).decision_function(X), expected, rtol=0, atol=1e-15
+    )
 
 
 @pytest.mark.parametrize("name", ["tumour", "digits"])
@@ -139,7 +150,9 @@ def test_scorers_know_which_class_is_the_positive_one():
     assert cross_val_score(PMMLClassifier(path), X, y, scoring="neg_log_loss", cv=3).min() > -0.3
 
 
-@pytest.mark.parametrize("name, kind, least", [("iris", PMMLClassifier, 0.9), ("diabetes", PMMLRegressor, 0.3)])
+@pytest.mark.parametrize(
+    "name, kind, least", [("iris", PMMLClassifier, 0.9), ("diabetes", PMMLRegressor, 0.3)]
+)
 def test_tools_of_scikit_learn_take_it(name, kind, least):
     path, X, y = example(name)
     estimator = kind(path)
@@ -150,10 +163,18 @@ def test_tools_of_scikit_learn_take_it(name, kind, least):
     assert estimator.score(X, y) > least
     folds = cross_val_score(estimator, X, y, cv=3, n_jobs=2, error_score="raise")
     assert folds.mean() > least - 0.05
-    assert (cross_val_predict(make_pipeline(FunctionTransformer(), estimator), X, y, cv=3) == expected).all()
-    importance = permutation_importance(estimator, X, y, n_repeats=2, random_state=0).importances_mean
+    assert (
+        cross_val_predict(make_pipeline(FunctionTransformer(), estimator), X, y, cv=3) == expected
+    ).all()
+    importance = permutation_importance(
+        estimator, X, y, n_repeats=2, random_state=0
+    ).importances_mean
     assert importance.max() > 0.1 and len(importance) == X.shape[1]
-    for copied in (clone(estimator), pickle.loads(pickle.dumps(estimator)), copy.deepcopy(estimator)):
+    for copied in (
+        clone(estimator),
+        pickle.loads(pickle.dumps(estimator)),
+        copy.deepcopy(estimator),
+    ):
         assert (copied.predict(X.iloc[:, ::-1]) == expected).all()
     assert (estimator.predict(X.to_numpy()) == expected).all()
     assert estimator.get_params()["source"] == path
