@@ -150,9 +150,9 @@ class _LoadedEstimator(BaseEstimator):
 class PMMLRegressor(RegressorMixin, _LoadedEstimator):
     """A document whose function is regression, as a scikit-learn regressor.
 
-    One-class models that were written as a regression or an AnomalyDetectionModel are such documents:
-    `predict` gives their decision value, as a rule above 0 for what is like the training cases. Those that
-    were written as a classification of 1 and -1 belong to PMMLClassifier.
+    One-class models that are written as a regression or an AnomalyDetectionModel are such documents:
+    `predict` gives their decision value. Those that svmscore writes are classifications of 1 and -1,
+    for PMMLClassifier, whose decision_function is above 0 for what is like the training cases.
     """
 
     _kind = "regression"
