@@ -18,8 +18,9 @@ void SetExceptionMaker(nanobind::object maker);
 // Throws what the maker makes of the error, and frees it. The caller holds the interpreter lock.
 [[noreturn]] void Raise(svmscore_error* error);
 
-// Throws where a call failed. `status` is what the call returned.
-inline void Check(int status, svmscore_error* error) {
+// Throws where a call failed. `status` is what the call returned; `error` is a reference because it
+// may be passed before the call, in the same expression, has set it.
+inline void Check(int status, svmscore_error* const& error) {
   if (status != SVMSCORE_OK) Raise(error);
 }
 

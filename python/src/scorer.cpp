@@ -168,6 +168,7 @@ nb::list Scorer::ScoreStream(nb::handle capsule, const std::vector<std::size_t>&
   if (without_lock([&] { return stream->get_schema(stream, &schema.value); }) != 0) {
     RaiseOfStream(*stream, "does not tell its columns");
   }
+  bool looked_at = false;
   while (true) {
     Released<ArrowArray> batch;
     if (without_lock([&] { return stream->get_next(stream, &batch.value); }) != 0) {
@@ -189,9 +190,27 @@ nb::list Scorer::ScoreStream(nb::handle capsule, const std::vector<std::size_t>&
       return result;
     });
     Check(status, error);
+    looked_at = true;
     HandleSignals();
   }
+  if (!looked_at) ScoreNoRows(schema.value);
   return TakeAll(results);
+}
+
+void Scorer::ScoreNoRows(const ArrowSchema& schema) {
+  std::vector<svmscore_column> columns;
+  for (std::int64_t i = 0; i < schema.n_children; ++i) {
+    const char* name = schema.children[i]->name;
+    svmscore_column column = SVMSCORE_INIT(svmscore_column);
+    column.name = name == nullptr ? "" : name;
+    column.name_length = std::strlen(column.name);
+    column.type = SVMSCORE_NULL;
+    columns.push_back(column);
+  }
+  svmscore_table table = SVMSCORE_INIT(svmscore_table);
+  svmscore_error* error = nullptr;
+  const std::lock_guard lock(mutex_);
+  Check(svmscore_score(scorer_.get(), columns.data(), columns.size(), 0, &table, &error), error);
 }
 
 nb::list Scorer::ScoreCase(nb::list values) {

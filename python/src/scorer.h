@@ -39,6 +39,8 @@ class Scorer {
   struct Free {
     void operator()(svmscore_scorer* scorer) const { svmscore_scorer_free(scorer); }
   };
+  // Fails where the columns of a stream without batches do not fit.
+  void ScoreNoRows(const ArrowSchema& schema);
   std::vector<ResultColumn> NewResults(const std::vector<std::size_t>& wanted) const;
 
   std::unique_ptr<svmscore_scorer, Free> scorer_;

@@ -232,8 +232,15 @@ def test_tables_without_rows(mixed):
                   np.empty((0, 5), dtype=object), __import__("pyarrow").table(frame_of()).slice(0, 0)):
         assert mixed.predict(empty).shape == (0,)
         assert len(mixed.table(empty)["status"]) == 0
-    with pytest.raises(svmscore.TableError, match="colour"):
-        mixed.predict(frame_of().iloc[:0].drop(columns="colour"))
+    arrow = __import__("pyarrow").table(frame_of().drop(columns="colour")).slice(0, 0)
+    for lacking in (frame_of().iloc[:0].drop(columns="colour"), arrow, arrow.schema.empty_table()):
+        with pytest.raises(svmscore.TableError, match="colour"):
+            mixed.predict(lacking)
+
+
+def test_settings_of_a_scorer_that_cannot_be_are_told(mixed):
+    with pytest.raises(ValueError, match="threads"):
+        mixed.predict(frame_of(), threads=1_000_000)
 
 
 def test_layouts_of_one_array_have_the_same_bits(iris):
