@@ -78,7 +78,7 @@ Reason ReasonOfException() {
   } catch (const Refusal& refusal) {
     return Told(refusal.Kind(), 0, refusal.what(), refusal.Place(), refusal.Remedy());
   } catch (const tools::BadCases& bad) {
-    return Told(SVMSCORE_TABLE, 0, bad.what(), {}, {});
+    return Told(SVMSCORE_TABLE, 0, bad.what(), bad.Column(), {});
   } catch (const tools::BadDocument& bad) {
     return Told(SVMSCORE_DOCUMENT, 0, bad.what(), {}, {});
   } catch (const std::bad_alloc&) {

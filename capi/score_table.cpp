@@ -58,7 +58,7 @@ struct Scorer::TableInput {
              const MissingTexts& missing) {
     std::vector<std::string_view> names;
     for (const ColumnView& view : views) names.push_back(view.name);
-    columns = tools::MatchColumns(names, plan.model->loaded, {}, "the table");
+    columns = tools::MatchColumns(names, plan.model->loaded, {}, "");
     for (std::size_t i = 0; i < columns.variables.size(); ++i) {
       cells.emplace_back(views[columns.cells[i]], *columns.variables[i], missing);
       const ColumnView* numbers = cells.back().PlainNumbers();

@@ -206,15 +206,10 @@ TEST(CErrors, OfColumnsNameThem) {
   };
   const Damage damages[] = {
       {"none", Form::kNumbers, SVMSCORE_OK, "", [](auto&) {}},
-      {"absent", Form::kNumbers, SVMSCORE_TABLE, "",
+      {"absent", Form::kNumbers, SVMSCORE_TABLE, "width",
        [](auto& c) {
          c.name = "wide";
          c.name_length = 4;
-       }},
-      {"twice", Form::kNumbers, SVMSCORE_TABLE, "",
-       [](auto& c) {
-         c.name = "height";
-         c.name_length = 6;
        }},
       {"size", Form::kNumbers, SVMSCORE_ARGUMENT, "columns", [](auto& c) { c.size += 8; }},
       {"type", Form::kNumbers, SVMSCORE_TABLE, "width", [](auto& c) { c.type = 99; }},
@@ -261,6 +256,16 @@ TEST(CErrors, OfColumnsNameThem) {
     EXPECT_EQ(kind, damage.kind) << damage.what << ": " << failure.message;
     EXPECT_EQ(failure.place, damage.place) << damage.what << ": " << failure.message;
   }
+  Columns columns(cases, Form::kNumbers);
+  columns.views.push_back(columns.views[0]);
+  svmscore_table table = SVMSCORE_INIT(svmscore_table);
+  svmscore_error* error = nullptr;
+  EXPECT_EQ(svmscore_score(scorer.get(), columns.views.data(), columns.views.size(), columns.rows,
+                           &table, &error),
+            SVMSCORE_TABLE);
+  const Failure twice = FailureOf(error);
+  EXPECT_EQ(twice.place, std::string(columns.views[0].name, columns.views[0].name_length));
+  EXPECT_EQ(twice.message, "the table names the column \"" + twice.place + "\" twice");
 }
 
 // Missing values take no memory, but their results would.

@@ -30,7 +30,7 @@ class Header {
   std::size_t PositionOf(const std::string& name) const {
     if (repeated_.count(name) != 0) {
       throw BadCases(
-          fmt::format("{}: the header names the column \"{}\" twice", input_name_, name));
+          fmt::format("{}the {} names the column \"{}\" twice", Begin(), Subject(), name), name);
     }
     return positions_.at(name);
   }
@@ -40,10 +40,13 @@ class Header {
     std::copy_if(names.begin(), names.end(), std::back_inserter(missing),
                  [this](const std::string& name) { return !Has(name); });
     if (missing.empty()) return;
-    throw BadCases(fmt::format("{}: {}", input_name_, LackOf(names, missing, named_by, names_)));
+    throw BadCases(Begin() + LackOf(names, missing, named_by, names_, Subject()), missing.front());
   }
 
  private:
+  std::string Begin() const { return input_name_.empty() ? "" : input_name_ + ": "; }
+  std::string Subject() const { return input_name_.empty() ? "table" : "header"; }
+
   const std::string& input_name_;
   std::unordered_map<std::string, std::size_t> positions_;
   std::unordered_set<std::string> repeated_;

@@ -29,9 +29,10 @@ struct CaseColumns {
 std::vector<const MCZandor_850::ScoreDictVar*> InputsOf(const LoadedModel& loaded);
 
 // Finds the columns of a model's inputs, and those to copy, by their names. An input that the model
-// does not need may be absent. `input_name` is what messages call the table. [any thread] Owns: the
-// caller; the model the variables. Lives: the model, longer than the result. Fails: BadCases if a
-// column that the model needs, or one to copy, is absent or named twice; std::bad_alloc.
+// does not need may be absent. `input_name` is what messages call the file; empty: a table without
+// one. [any thread] Owns: the caller; the model the variables. Lives: the model, longer than the
+// result. Fails: BadCases if a column that the model needs, or one to copy, is absent or named
+// twice; std::bad_alloc.
 CaseColumns MatchColumns(const std::vector<std::string_view>& header, const LoadedModel& loaded,
                          const std::vector<std::string>& copied, const std::string& input_name);
 

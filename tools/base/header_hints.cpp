@@ -193,7 +193,8 @@ std::string DelimiterHint(const std::vector<std::string_view>& header,
 }
 
 std::string LackOf(const std::vector<std::string>& names, const std::vector<std::string>& missing,
-                   NamedBy named_by, const std::vector<std::string_view>& header) {
+                   NamedBy named_by, const std::vector<std::string_view>& header,
+                   const std::string& subject) {
   const std::size_t shown = std::min(missing.size(), kListedColumns);
   std::string list = fmt::format(
       "\"{}\"",
@@ -204,7 +205,7 @@ std::string LackOf(const std::vector<std::string>& names, const std::vector<std:
   const std::string_view begin = suspicion.empty()          ? "the"
                                  : suspicion.ends_with('?') ? " The"
                                                             : "; the";
-  return fmt::format("{}{} header lacks {}, which {}; it has {}", suspicion, begin, list,
+  return fmt::format("{}{} {} lacks {}, which {}; it has {}", suspicion, begin, subject, list,
                      named_by == NamedBy::kModel ? "the model needs" : "--passthrough names",
                      ListOf(header));
 }

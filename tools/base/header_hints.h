@@ -13,9 +13,10 @@ enum class NamedBy { kModel, kUser };
 
 // A sentence about a header that lacks the columns `missing`, of which there is one at least, of
 // `names`, as `named_by` names them: what may be wrong with it, what it lacks, and what it has.
-// Bounded in length.
+// `subject` is what it is called. Bounded in length.
 std::string LackOf(const std::vector<std::string>& names, const std::vector<std::string>& missing,
-                   NamedBy named_by, const std::vector<std::string_view>& header);
+                   NamedBy named_by, const std::vector<std::string_view>& header,
+                   const std::string& subject);
 
 // How to read a header that has more known names where another character separates its cells;
 // empty where none does.
