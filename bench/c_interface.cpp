@@ -313,9 +313,9 @@ int main(int argc, char** argv) {
     std::fputs("usage: c_interface FOLDER\n", stderr);
     return 2;
   }
-  std::printf("Instruction set: %s. %zu rows; median (quartiles) of %d rounds.\n\n",
-              svmscore_instruction_set(), kRows, kRounds);
-  std::puts("| C interface | |\n|---|---|");
+  std::printf("Instruction set: %s. Tables of %zu rows; %d rounds.\n\n", svmscore_instruction_set(),
+              kRows, kRounds);
+  std::puts("| measured | median (quartiles) |\n|---|---|");
   MeasureNumbers(argv[1]);
   MeasureCategories();
   return 0;
