@@ -179,7 +179,7 @@ part of both. {(build / "program.md").read_text().strip()}
 
 ## The C interface
 
-What `svmscore.h` adds to the engine: workload a, and a regression over ten fields of four categories with
+What `capi/svmscore.h` adds to the engine: workload a, and a regression over ten fields of four categories with
 1000 vectors. What is compared takes turns, round after round, by processor time; threads by the clock.
 {(build / "c_interface.md").read_text().strip()}
 

@@ -31,7 +31,7 @@ from svmscore import _shipping
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 IRIS = ROOT / "examples/iris/model.pmml"
-PAGE = ROOT / "docs/cluster-python-part.md"
+PAGES = [ROOT / "docs/cluster.md", ROOT / "docs/python.md"]
 PARTITIONS = 200
 SPARK_PARTITIONS = 24  # whose tasks take longer
 QUICK_START = "-XX:TieredStopAtLevel=1 -XX:+UseSerialGC"
@@ -425,15 +425,19 @@ def test_examples_of_the_page_run(client, spark, iris, tmp_path):
     (tmp_path / "cases").mkdir()
     cases.to_parquet(tmp_path / "cases/0.parquet", index=False)
     (tmp_path / "model.pmml").write_bytes(IRIS.read_bytes())
-    examples = re.findall(r"```python\n(.*?)```", PAGE.read_text(), re.DOTALL)
-    assert len(examples) == 2
+    cases.to_csv(tmp_path / "cases.csv", index=False)
+    text = "".join(page.read_text() for page in PAGES)
+    examples = [e for e in re.findall(r"```python\n(.*?)```", text, re.DOTALL) if ">>>" not in e]
+    assert len(examples) == 3
     with dask.config.set({"scheduler-address": client.scheduler.address}):
         for example in examples:
             known = {}
-            exec(re.sub(r'"([\w.-]+(/|\.pmml))"', rf'"{tmp_path}/\1"', example), known)
+            exec(re.sub(r'"([\w.-]+(/(\*.csv)?|\.pmml|\.csv))"', rf'"{tmp_path}/\1"', example), known)
             if "client" in known:
                 known["client"].close()
     scores = iris.table(cases)
+    (csv,) = (tmp_path / "csv-scores").iterdir()
+    assert csv.read_text() == scores.to_csv(index=False)
     for folder in ("scores", "spark-scores"):
         written = pandas.read_parquet(tmp_path / folder)
         assert written[list(scores)].to_csv(index=False) == scores.to_csv(index=False)
