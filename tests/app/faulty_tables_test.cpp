@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "tests/app/edited.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
 
