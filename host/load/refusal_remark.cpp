@@ -353,7 +353,7 @@ std::string MeantField(const std::string& name, const PmmlDocument& document) {
   }
   std::vector<std::string> names = FieldNames(root, model);
   std::erase_if(names, [&used](const std::string& other) { return used.contains(other); });
-  const std::string meant = DidYouMean(name, names);
+  std::string meant = DidYouMean(name, names);
   if (!meant.empty() || computed_from.empty()) return meant;
   return "the DerivedField that computes it from " + Quoted(computed_from) + " may be lost";
 }
