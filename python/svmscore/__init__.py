@@ -24,6 +24,7 @@ from ._libsvm import from_libsvm
 from ._model import Input, Model, Output, doctor, load
 
 if TYPE_CHECKING:
+    from . import dask as dask, sklearn as sklearn, spark as spark
     from ._pmml import ConversionError, to_pmml
 
 __version__: str = _core.version()
@@ -54,15 +55,24 @@ __all__ = [
     "to_pmml",
 ]
 
+_MODULES = ("dask", "sklearn", "spark")
 
-def __getattr__(name: str) -> Any:
-    # What needs other packages or takes time to import: only where it is used.
-    if name in ("ConversionError", "to_pmml"):
-        from . import _pmml
 
-        return getattr(_pmml, name)
-    if name in ("dask", "sklearn", "spark"):
-        import importlib
+if not TYPE_CHECKING:  # which would take every name to be there
 
-        return importlib.import_module(f".{name}", __name__)
-    raise AttributeError(f"module 'svmscore' has no attribute {name!r}")
+    def __getattr__(name: str) -> Any:
+        # What needs other packages or takes time to import: only where it is used.
+        if name in ("ConversionError", "to_pmml"):
+            from . import _pmml
+
+            return getattr(_pmml, name)
+        if name in _MODULES:
+            import importlib
+
+            return importlib.import_module(f".{name}", __name__)
+        raise AttributeError(f"module 'svmscore' has no attribute {name!r}")
+
+
+def __dir__() -> list[str]:
+    # Without _MODULES: help() and completion ask for all that is here, and these may not import.
+    return sorted({*__all__, *(name for name in globals() if name.startswith("__"))})

@@ -74,6 +74,10 @@ class DocumentWarning(UserWarning):
     """Something of a document is guessed, lost or wrong; the model's `remarks` hold it too."""
 
 
+# Tracebacks call them as users do.
+for _class in (Error, *Error.__subclasses__(), DocumentWarning):
+    _class.__module__ = "svmscore"
+
 # By the numbers of enum svmscore_kind.
 _KINDS = {1: ValueError, 2: DocumentError, 3: TableError, 5: SystemError, 6: InternalError}
 

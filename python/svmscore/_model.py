@@ -7,12 +7,12 @@ import os
 import sys
 import warnings
 from collections.abc import Mapping
-from typing import Any, NamedTuple
+from typing import Any, Literal, NamedTuple
 
 import numpy as np
 
 from . import _core, _tables
-from ._errors import DocumentWarning, NotCalibrated, ScoringError, TableError
+from ._errors import DocumentError, DocumentWarning, NotCalibrated, ScoringError, TableError
 
 _POLICIES = {None: 0, "replace": 1, "predict-missing": 2, "fail": 3}
 _CHOICES = {"auto": 0, "raw": 1, "all": 2}
@@ -21,6 +21,7 @@ _PERCENTAGES = ("none", "votes", "calibrated")
 _ROLES = ("needed", "not needed", "for output")
 WHOLES, TEXTS, CODES = 3, 14, 15  # types of output columns; others are float64
 _NAMED_ROWS = 5  # of those that failed, in an exception's message
+_Errors = Literal["raise", "status"]
 # A scorer keeps the memory of its largest table: after one beyond this, a new scorer is made.
 _KEPT_ROWS = 100_000
 
@@ -62,6 +63,7 @@ def read_source(source: Any) -> tuple[bytes, str]:
     raise TypeError(
         f"a document is a path, bytes, a file object or a text that begins with '<', "
         f"not {type(source).__name__}"
+        + ("; svmscore.to_pmml makes one of a fitted estimator" if hasattr(source, "fit") else "")
     )
 
 
@@ -187,7 +189,7 @@ class Model:
 
     # --- Scoring ------------------------------------------------------------------------------
 
-    def predict(self, X: Any, errors: str = "raise", *, threads: int = 1) -> np.ndarray:
+    def predict(self, X: Any, errors: _Errors = "raise", *, threads: int = 1) -> np.ndarray:
         """What the model predicts for each row.
 
         Args:
@@ -213,7 +215,7 @@ class Model:
             return np.array(values, dtype=object) if isinstance(values, list) else values
         return self._labels(values, failed)
 
-    def predict_proba(self, X: Any, errors: str = "raise", *, threads: int = 1) -> np.ndarray:
+    def predict_proba(self, X: Any, errors: _Errors = "raise", *, threads: int = 1) -> np.ndarray:
         """Calibrated probabilities, (n, k) in the order of classes_; X, errors, threads as of predict.
 
         Raises:
@@ -234,7 +236,7 @@ class Model:
         self._check(X, status[0], errors)
         return _side_by_side(columns)
 
-    def decision_function(self, X: Any, errors: str = "raise", *, threads: int = 1) -> np.ndarray:
+    def decision_function(self, X: Any, errors: _Errors = "raise", *, threads: int = 1) -> np.ndarray:
         """The machines' decision values as they are: (n,) for one machine, else (n, machines).
 
         The machines are in the order of decision_pairs; PMML's rule says on which side of the
@@ -252,8 +254,8 @@ class Model:
     def table(
         self,
         X: Any,
-        columns: str = "auto",
-        errors: str = "status",
+        columns: Literal["auto", "raw", "all"] = "auto",
+        errors: _Errors = "status",
         *,
         decisions: bool = False,
         reasons: bool = False,
@@ -313,7 +315,10 @@ class Model:
         import json
 
         cases, wanted = self._expectation(X, expected)
-        return json.loads(self._core.verify(cases, wanted, float(tolerance)))
+        try:
+            return json.loads(self._core.verify(cases, wanted, float(tolerance)))
+        except TableError as error:
+            raise self._told(error, X) from None
 
     # --- Within ----------------------------------------------------------------------------------
 
@@ -323,7 +328,7 @@ class Model:
         )
 
     def _plan(self, choice: int, decisions: bool, threads: int, reasons: bool = False) -> _Plan:
-        if not isinstance(threads, int) or threads < -1:
+        if not isinstance(threads, int) or threads < -1 or threads == 0:
             raise ValueError("threads is a number from 1 on, or -1 for all that there are")
         key = (choice, decisions, threads, reasons)
         plan = self._plans.get(key)
@@ -364,6 +369,19 @@ class Model:
         return self._run(X, plan, key, list(range(len(plan.names))))
 
     def _run(
+        self, X: Any, plan: _Plan, key: tuple, wanted: list[int]
+    ) -> tuple[_tables.Table, list[tuple]]:
+        try:
+            return self._run_fitting(X, plan, key, wanted)
+        except TableError as error:
+            raise self._told(error, X) from None
+
+    def _told(self, error: TableError, X: Any) -> TableError:
+        """The error; where columns lack, one that knows all that X has, and of no header."""
+        lack = _tables.lack_of(X, self._needed)
+        return TableError(lack, error.code) if lack else error
+
+    def _run_fitting(
         self, X: Any, plan: _Plan, key: tuple, wanted: list[int]
     ) -> tuple[_tables.Table, list[tuple]]:
         if _tables.has_stream(X):
@@ -460,12 +478,16 @@ class Model:
 
     def _reasons(self, X: Any, rows: list[int]) -> list[str]:
         """Why these rows failed; nothing for a table that can be read only once."""
-        if _tables.has_stream(X):
+        stream = _tables.has_stream(X)
+        if stream and not _tables.can_slice(X):
             return []
         key = (1, False, 1, True)
         plan = self._plan(*key)
         wanted = [plan.names.index("reason")]
         scorer = self._scorer(plan, key)
+        if stream:
+            parts = [X.slice(row, 1).__arrow_c_stream__() for row in rows]
+            return [scorer.score_stream(part, wanted)[0][0][0] or "" for part in parts]
         columns = self._read(X).columns
         return [scorer.score_rows(columns, row, 1, wanted)[0][0][0] or "" for row in rows]
 
@@ -543,6 +565,15 @@ def load(
         OSError: the file cannot be read. DocumentError: the document cannot be used.
     """
     document, name = read_source(source)
+    if document.startswith(b"svm_type "):
+        raise DocumentError(
+            f"{name} is a model of LIBSVM; svmscore.from_libsvm makes a document of it"
+        )
+    if document.startswith(b"\x80"):
+        raise DocumentError(
+            f"{name} is a pickle, it seems; load it as such, and svmscore.to_pmml makes a document of "
+            "the estimator"
+        )
     model = Model(
         document,
         name,

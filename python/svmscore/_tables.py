@@ -6,6 +6,7 @@ byte order. Missing are `None`, `NaN`, `pandas.NA`, `NaT`, and what masks and bi
 
 from __future__ import annotations
 
+import difflib
 import sys
 from collections.abc import Iterable, Mapping, Sequence
 from typing import Any
@@ -16,6 +17,7 @@ from . import _core
 
 _MOMENT_TYPES = ("date", "dateTime", "time")
 _FEW_ROWS = 16  # of a frame: it is read as a whole
+_NAMED_COLUMNS = 10  # in a message
 
 
 class Table:
@@ -59,7 +61,64 @@ def is_case(X: object) -> bool:
 
 def has_stream(X: object) -> bool:
     """Whether X hands its rows over through Arrow's C interface, and in no way that is better here."""
-    return hasattr(X, "__arrow_c_stream__") and not (is_frame(X) or _of("pandas", X, "Series"))
+    return hasattr(X, "__arrow_c_stream__") and not (is_frame(X) or _is_column(X))
+
+
+def can_slice(X: Any) -> bool:
+    """Whether X hands its rows over more than once, and some of them."""
+    return type(X).__module__.partition(".")[0] in ("polars", "pyarrow") and hasattr(X, "slice")
+
+
+def _is_column(X: object) -> bool:
+    return (
+        any(_of(module, X, "Series") for module in ("pandas", "polars"))
+        or _of("pyarrow", X, "Array")
+        or _of("pyarrow", X, "ChunkedArray")
+    )
+
+
+def lack_of(X: Any, needed: Sequence[str]) -> str:
+    """Which needed columns X lacks, and what it has instead; "" if none, or if X does not tell."""
+    labels = _labels_of(X)
+    if labels is None:
+        return ""
+    has = [str(label) for label in labels]
+    missing = [name for name in needed if name not in has]
+    if not missing:
+        return ""
+    others = {name.strip().casefold(): name for name in has if name not in needed}
+    near: dict[str, str] = {}
+    for name in missing[:_NAMED_COLUMNS]:
+        alike = difflib.get_close_matches(name.strip().casefold(), list(others), 1, 0.8)
+        if alike:
+            near[name] = others[alike[0]]
+    hints = [f'did you mean "{other}" for "{name}"? ' for name, other in near.items()]
+    return (
+        f"the table has no column {_list_of(missing)}, which the model needs; "
+        + "".join(hints)
+        + (f"it has {_list_of(has)}" if has else "it has no columns")
+    )
+
+
+def _list_of(names: Sequence[str]) -> str:
+    more = len(names) - _NAMED_COLUMNS
+    return ", ".join(f'"{name}"' for name in names[:_NAMED_COLUMNS]) + (
+        f" and {more} more" if more > 0 else ""
+    )
+
+
+def _labels_of(X: Any) -> list[Any] | None:
+    if isinstance(X, Mapping):
+        return list(X)
+    if isinstance(X, (list, tuple)):
+        return list(dict.fromkeys(key for row in X if isinstance(row, Mapping) for key in row))
+    if isinstance(X, np.ndarray):
+        return list(X.dtype.names or ())
+    names = getattr(getattr(X, "schema", None), "names", None)
+    if isinstance(names, list):  # of pyarrow, whose `columns` are the arrays
+        return names
+    columns = getattr(X, "columns", None)
+    return None if columns is None else list(columns)
 
 
 def read(
@@ -78,6 +137,8 @@ def read(
     """
     if is_frame(X):
         return _read_frame(X, names, types)
+    if isinstance(X, (list, tuple)) and len(X) == 0:
+        return _read_mapping({name: [] for name in order}, names, types)
     if isinstance(X, Mapping):
         return _read_mapping(X, names, types)
     if isinstance(X, np.ndarray) and X.dtype.names is not None:
@@ -155,10 +216,13 @@ def _read_mapping(
 def _read_array(X: Any, types: Mapping[str, str], order: Sequence[str]) -> Table:
     if _of("scipy.sparse", X, "spmatrix") or _of("scipy.sparse", X, "sparray"):
         raise TypeError("sparse matrices are not read; give X.toarray(), in parts if it is large")
-    if _of("pandas", X, "Series"):
+    if _is_column(X):
         raise TypeError(
-            "a Series is not a table; give a DataFrame, or X.to_dict() if it is one case"
+            f"a {type(X).__name__} is not a table; give a DataFrame or a dict of columns, or a dict of "
+            "single values for one case, such as X.to_dict() of a row of pandas"
         )
+    if type(X).__name__ == "LazyFrame":
+        raise TypeError("a LazyFrame has no rows yet; give X.collect()")
     if not (hasattr(X, "__array__") or isinstance(X, (list, tuple))):
         raise TypeError(
             f"a table of type {type(X).__name__} is not read; give a DataFrame, a dict of columns, "
@@ -174,8 +238,10 @@ def _read_array(X: Any, types: Mapping[str, str], order: Sequence[str]) -> Table
         )
     if array.shape[1] != len(order):
         raise ValueError(
-            f"the array has {array.shape[1]} columns, but the model has {len(order)} inputs "
-            "(feature_names_in_); a DataFrame or dict may have others besides"
+            f"the array has {array.shape[1]} columns, but the model has {len(order)} inputs, "
+            f"{', '.join(map(repr, order[:_NAMED_COLUMNS]))}"
+            f"{', ...' if len(order) > _NAMED_COLUMNS else ''} (feature_names_in_); "
+            "a DataFrame or dict may have others besides"
         )
     columns = _core.Columns(array.shape[0])
     if _reads_in_place(array) and min(array.strides) > 0:

@@ -36,8 +36,14 @@ def test_a_document_comes_from_anywhere(iris, tmp_path):
         assert model.sha256 == iris.sha256 and (model.predict(cases()) == wanted).all()
     with pytest.raises(FileNotFoundError):
         svmscore.load(gone)
-    with pytest.raises(TypeError, match="int"):
-        svmscore.load(5)
+    for other, error, message in (
+        (5, TypeError, "int"),
+        (b"svm_type c_svc\n", svmscore.DocumentError, "svmscore.from_libsvm"),
+        (pickle.dumps(5), svmscore.DocumentError, "pickle.*svmscore.to_pmml"),
+        (__import__("sklearn.svm").svm.SVC(), TypeError, "svmscore.to_pmml"),
+    ):
+        with pytest.raises(error, match=message):
+            svmscore.load(other)
 
 
 def test_a_model_tells_what_the_program_tells(iris):
@@ -51,6 +57,16 @@ def test_a_model_tells_what_the_program_tells(iris):
     assert iris.decision_function(cases(5)).shape == (5, 3)
     with pytest.raises(svmscore.NotCalibrated, match="votes"):
         iris.predict_proba(cases())
+    with pytest.raises(ValueError, match="from 1 on"):
+        iris.predict(cases(), threads=0)
+
+
+def test_the_package_shows_its_names():
+    shown = dir(svmscore)
+    assert set(svmscore.__all__) < set(shown) and not {"annotations", "Any", "TYPE_CHECKING"} & set(shown)
+    for shown in (getattr(svmscore, name) for name in svmscore.__all__):
+        if isinstance(shown, type) and issubclass(shown, Exception):
+            assert shown.__module__ == "svmscore" and pickle.loads(pickle.dumps(shown)) is shown
 
 
 def test_probabilities_are_in_the_order_of_the_classes():
@@ -217,5 +233,8 @@ def test_models_of_libsvm_are_converted(tmp_path):
     assert svmscore.load(scaled).decision_function([[10, 5]]) == model.decision_function([[1, 0]])
     with pytest.raises(svmscore.DocumentError, match="recomputed.*line 2"):
         svmscore.from_libsvm(text.replace("linear", "precomputed"))
-    with pytest.raises(ValueError, match="labels"):
-        svmscore.from_libsvm(text, labels=["one"])
+    for options, message in (({"labels": ["one"]}, r"has 2: 1, -1 \(labels\)"),
+                             ({"feature_names": ["a"]}, r"\(feature_names\)"),
+                             ({"labels": {1: "good", -1: "bad"}}, "labels is a sequence")):
+        with pytest.raises((ValueError, TypeError), match=message):
+            svmscore.from_libsvm(text, **options)

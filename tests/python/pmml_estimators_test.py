@@ -14,6 +14,7 @@ from scipy import sparse
 from sklearn import datasets
 from sklearn.calibration import CalibratedClassifierCV
 from sklearn.exceptions import NotFittedError
+from sklearn.impute import SimpleImputer
 from sklearn.linear_model import LogisticRegression, SGDClassifier, SGDRegressor
 from sklearn.model_selection import GridSearchCV
 from sklearn.pipeline import make_pipeline
@@ -270,6 +271,17 @@ def test_a_wrong_verification_record_disagrees(tmp_path):
     assert run("verify", tmp_path / "model.pmml").returncode == 1
 
 
+def test_records_are_those_of_any_table():
+    polars = pytest.importorskip("polars")
+    frame = pd.DataFrame({"a": [1.0, np.nan, 3.0, 5.0], "b": [0.5, 2.0, 4.0, 1.0]})
+    estimator = make_pipeline(SimpleImputer(), SVC()).fit(frame, [0, 1, 1, 0])
+    wanted = to_pmml(estimator, verification=frame)
+    assert wanted.count("<row>") == 4
+    assert to_pmml(estimator, verification=polars.from_pandas(frame, nan_to_null=True)) == wanted
+    with pytest.raises(ValueError, match="expecting 2 features"):
+        to_pmml(fitted(SVC()), verification=np.ones((3, 1)))
+
+
 def fitted(estimator, rows=((0.0, 1.0), (1.0, 3.0), (2.0, 0.0), (5.0, 5.0)), answers=(0, 1, 2, 2)):
     return estimator.fit(np.array(rows), np.array(answers))
 
@@ -290,6 +302,8 @@ def fitted(estimator, rows=((0.0, 1.0), (1.0, 3.0), (2.0, 0.0), (5.0, 5.0)), ans
         (fitted(SVC()), {"categories": ["p", "q"]}, "2 names for 3 classes"),
         (fitted(SVC()), {"categories": ["p", "q", "q"]}, "not told apart"),
         (fitted(SVR()), {"categories": ["p"]}, "a regression"),
+        (fitted(SVC()), {"categories": {0: "p", "1": "q"}}, "no class '1'.*0, 1, 2"),
+        (fitted(SVC()), {"target_name": ""}, "target_name is empty"),
         (fitted(SVC()), {"verification": np.empty((0, 2))}, "no rows"),
     ),
 )

@@ -199,7 +199,18 @@ def test_missing_values_are_missing(mixed, kind):
 
 
 FAULTS = [
-    (lambda: frame_of().drop(columns="colour"), svmscore.TableError, "colour"),
+    (lambda: frame_of().drop(columns="colour"), svmscore.TableError, 'no column "colour"'),
+    (lambda: frame_of().rename(columns={"colour": "Colour", "x": "zz"}), svmscore.TableError,
+     'no column "x", "colour".*did you mean "Colour" for "colour"\\?.*"zz"'),
+    (lambda: pd.concat({"a": frame_of()}, axis=1), svmscore.TableError, r"\('a', 'colour'\)"),
+    (lambda: pd.DataFrame(), svmscore.TableError, "no columns"),
+    (lambda: {}, svmscore.TableError, "no columns"),
+    (lambda: __import__("pyarrow").table({"x": X}), svmscore.TableError,
+     '^the table has no column "n".*it has "x"$'),
+    (lambda: __import__("polars").DataFrame({"N": N}), svmscore.TableError, 'did you mean "N"'),
+    (lambda: __import__("polars").DataFrame(COLUMNS)["x"], TypeError, "Series is not a table"),
+    (lambda: __import__("pyarrow").array(X), TypeError, "a DoubleArray is not a table"),
+    (lambda: __import__("polars").LazyFrame(COLUMNS), TypeError, r"X\.collect\(\)"),
     (lambda: frame_of(x=[1j] * ROWS), TypeError, "'x'.*complex"),
     (lambda: frame_of(x=pd.to_timedelta([1] * ROWS)), TypeError, "'x'.*timedelta"),
     (lambda: frame_of(x=[[1], [2], [3]]), TypeError, "'x', row 0.*list"),
@@ -212,7 +223,7 @@ FAULTS = [
     (lambda: {**COLUMNS, "x": 1.0}, ValueError, "'x'.*single"),
     (lambda: {**COLUMNS, "x": np.ones((ROWS, 1))}, ValueError, "'x'.*axes"),
     (lambda: {**COLUMNS, "colour": ["\ud800"] * ROWS}, ValueError, "'colour', row 0"),
-    (lambda: np.ones((ROWS, 4)), ValueError, "4 columns.*5 inputs"),
+    (lambda: np.ones((ROWS, 4)), ValueError, "4 columns.*5 inputs.*'n', 'x', 'colour'"),
     (lambda: np.ones(5), ValueError, "two axes.*reshape"),
     (lambda: frame_of().iloc[0], TypeError, "Series"),
     (lambda: __import__("scipy.sparse").sparse.csr_matrix((ROWS, 5)), TypeError, "sparse"),
@@ -228,7 +239,7 @@ def test_faults_are_named(mixed, table, error, message):
 
 
 def test_tables_without_rows(mixed):
-    for empty in (frame_of().iloc[:0], {name: [] for name in COLUMNS},
+    for empty in (frame_of().iloc[:0], {name: [] for name in COLUMNS}, [],
                   np.empty((0, 5), dtype=object), __import__("pyarrow").table(frame_of()).slice(0, 0)):
         assert mixed.predict(empty).shape == (0,)
         assert len(mixed.table(empty)["status"]) == 0
@@ -241,6 +252,17 @@ def test_tables_without_rows(mixed):
 def test_settings_of_a_scorer_that_cannot_be_are_told(mixed):
     with pytest.raises(ValueError, match="threads"):
         mixed.predict(frame_of(), threads=1_000_000)
+
+
+@pytest.mark.parametrize("library", ["pandas", "pyarrow", "polars"])
+def test_failed_rows_say_why(mixed, library):
+    table = frame_of(x=["0.5", "forty", None])
+    if library == "pyarrow":
+        table = __import__("pyarrow").table(table)
+    if library == "polars":
+        table = __import__("polars").from_pandas(table)
+    with pytest.raises(svmscore.ScoringError, match='row 1: x: "forty" is not a number; row 2: x: no'):
+        mixed.predict(table)
 
 
 def test_layouts_of_one_array_have_the_same_bits(iris):

@@ -9,6 +9,9 @@ class ConversionError(ValueError):
     """The estimator cannot be written as a document; the message names the step and a remedy."""
 
 
+ConversionError.__module__ = "svmscore"  # as users import it
+
+
 def refuse(path: str, step: Any, reason: str, remedy: str) -> NoReturn:
     """Raises ConversionError for `step`, which stands at `path` ("" for the estimator itself)."""
     kind = type(step).__name__

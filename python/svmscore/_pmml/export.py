@@ -21,6 +21,8 @@ def convert(
     rows: Any,
 ) -> str:
     """The document of `estimator`; the arguments are those of `svmscore.to_pmml`."""
+    if target_name == "":
+        raise ConversionError("target_name is empty; give a name, or leave it out")
     parts = take_apart(estimator, Scope(set(), "", estimator))
     target = document.Target(checked("y" if target_name is None else str(target_name)))
     names = {target.name, target.prediction}

@@ -24,6 +24,11 @@ def describe_classes(
         return
     names = list(model.classes)
     if isinstance(given, Mapping):
+        for unknown in (key for key in given if key not in names):
+            raise ConversionError(
+                f"categories names no class {unknown!r}; the classes are "
+                + ", ".join(map(repr, np.asarray(names).tolist()))
+            )
         names = [given.get(name, name) for name in names]
     elif given is not None:
         names = list(given)

@@ -39,12 +39,13 @@ def add(
     count = rows.shape[0] if hasattr(rows, "shape") else len(rows)
     if not count:
         raise ConversionError("verification has no rows; give some, or leave it out")
+    results = _results(estimator, model, target, rows)  # scikit-learn tells what does not fit
     used = {id(f) for f in in_order(columns)}
     table = [
         (field.name, [_cell(field, value) for value in _values(rows, field.key, i)], None)
         for i, field in enumerate(inputs)
         if id(field) in used
-    ] + _results(estimator, model, target, rows)
+    ] + results
     block = SubElement(
         element, "ModelVerification", recordCount=str(count), fieldCount=str(len(table))
     )
@@ -65,6 +66,8 @@ def add(
 def _values(rows: Any, key: Any, position: int) -> Sequence[Any]:
     if hasattr(rows, "iloc"):
         return list(rows[key] if isinstance(key, str) else rows.iloc[:, position])
+    if hasattr(rows, "get_column"):  # of polars
+        return list(rows[key] if isinstance(key, str) else rows[:, position])
     if hasattr(rows, "toarray"):
         rows = rows.toarray()
     return [row[position] for row in rows]
