@@ -93,8 +93,11 @@ def lack_of(X: Any, needed: Sequence[str]) -> str:
         if alike:
             near[name] = others[alike[0]]
     hints = [f'did you mean "{other}" for "{name}"? ' for name, other in near.items()]
+    if is_frame(X) and not set(missing).isdisjoint(map(str, X.index.names)):
+        hints.append("the index is no column: give X.reset_index(); ")
     return (
-        f"the table has no column {_list_of(missing)}, which the model needs; "
+        f"the table has no column{'s' if len(missing) > 1 else ''} {_list_of(missing)}, "
+        "which the model needs; "
         + "".join(hints)
         + (f"it has {_list_of(has)}" if has else "it has no columns")
     )

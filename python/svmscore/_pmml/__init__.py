@@ -33,10 +33,10 @@ def to_pmml(
     feature_names: the names of the columns that the estimator was fitted to; those of the fit if
         left out, or x0, x1, ... where it saw none.
     target_name: the name of what is predicted; "y" if left out.
-    categories: what to call the classes, in the order of `classes_`, or a mapping from classes
-        (as iris.target_names); the classes themselves if left out.
-    verification: rows as for `estimator.predict`, shape (n, columns); the first 10 are written with
-        the estimator's own results, for readers to check themselves.
+    categories: what to call the classes, in the order of `classes_` (as iris.target_names), or a
+        mapping from classes; the classes themselves if left out.
+    verification: rows as for `estimator.predict`, shape (n, columns), as an array or a DataFrame;
+        the first 10 are written with the estimator's own results, for readers to check themselves.
 
     Columns that the prediction does not depend on, such as those that a ColumnTransformer drops,
     are no inputs of the document. Truth values that a step computes with are the numbers 0 and 1
