@@ -396,7 +396,7 @@ class Model:
             plan.free.append(scorer)
         return table, results
 
-    def _predict_case(self, X: Mapping[Any, Any], errors: str) -> np.ndarray:
+    def _predict_case(self, X: Mapping[Any, Any], errors: _Errors) -> np.ndarray:
         key = (1, False, 1)
         plan = self._plan(*key)
         for name in self._needed:
@@ -416,7 +416,7 @@ class Model:
             return self._classes[value : value + 1]
         return np.array([value], dtype=object if isinstance(value, str) else np.float64)
 
-    def _predict_row(self, X: Mapping[Any, Any], errors: str) -> np.ndarray:
+    def _predict_row(self, X: Mapping[Any, Any], errors: _Errors) -> np.ndarray:
         return self.predict({name: [_tables.plain(value)] for name, value in X.items()}, errors)
 
     def _labels(self, codes: np.ndarray, failed: bool) -> np.ndarray:

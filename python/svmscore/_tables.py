@@ -17,7 +17,7 @@ from . import _core
 
 _MOMENT_TYPES = ("date", "dateTime", "time")
 _FEW_ROWS = 16  # of a frame: it is read as a whole
-_NAMED_COLUMNS = 10  # in a message
+_NAMED_COLUMNS, _NAMED_HINTS = 10, 3  # in a message
 
 
 class Table:
@@ -87,12 +87,10 @@ def lack_of(X: Any, needed: Sequence[str]) -> str:
     if not missing:
         return ""
     others = {name.strip().casefold(): name for name in has if name not in needed}
-    near: dict[str, str] = {}
-    for name in missing[:_NAMED_COLUMNS]:
-        alike = difflib.get_close_matches(name.strip().casefold(), list(others), 1, 0.8)
-        if alike:
-            near[name] = others[alike[0]]
-    hints = [f'did you mean "{other}" for "{name}"? ' for name, other in near.items()]
+    hints = []
+    for name in missing[:_NAMED_HINTS]:
+        for alike in difflib.get_close_matches(name.strip().casefold(), list(others), 1, 0.8):
+            hints.append(f'did you mean "{others.pop(alike)}" for "{name}"? ')
     if is_frame(X) and not set(missing).isdisjoint(map(str, X.index.names)):
         hints.append("the index is no column: give X.reset_index(); ")
     return (
