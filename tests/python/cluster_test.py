@@ -172,7 +172,7 @@ def test_dask_types_are_those_promised_in_every_partition(whole):
         computed = scores.compute(scheduler="sync")
         assert computed.index.tolist() == [4, 5, 7, 9]
         assert computed["class"].tolist() == [7, 9007199254740993, pandas.NA, pandas.NA]
-    with pytest.raises(svmscore.TableError, match="lacks"):
+    with pytest.raises(svmscore.TableError, match="no column"):
         svmscore.dask.table(whole, frame[["x"]])
     with pytest.raises(svmscore.ScoringError):
         svmscore.dask.table(whole, frame, errors="raise").compute(scheduler="sync")
@@ -373,7 +373,7 @@ def test_spark_types_and_nulls(spark, whole):
     assert rows[1].reason is None and "x" in rows[3].reason
     assert scores.join(df, "id").filter("status = 0").count() == 2
     for wrong, given, text in [
-        (df.drop("x"), {}, "lacks"),
+        (df.drop("x"), {}, "no column"),
         (df.selectExpr("array(x) as x", "`a.b`"), {}, "type list"),
         (df, {"passthrough": ["no"]}, "no column 'no'"),
         (df.withColumnRenamed("other", "status"), {"passthrough": ["status"]}, "rename"),
