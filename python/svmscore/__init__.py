@@ -17,7 +17,7 @@ from ._errors import (
     InternalError,
     NotCalibrated,
     ScoringError,
-    SystemError,
+    SetupError,
     TableError,
 )
 from ._libsvm import from_libsvm
@@ -46,7 +46,7 @@ __all__ = [
     "NotCalibrated",
     "Output",
     "ScoringError",
-    "SystemError",
+    "SetupError",
     "TableError",
     "doctor",
     "from_libsvm",

@@ -36,7 +36,7 @@ class TableError(Error, ValueError):
     """A column is missing, given twice, or of a type that does not fit its field."""
 
 
-class SystemError(Error, OSError):  # noqa: A001 - it is svmscore.SystemError
+class SetupError(Error, OSError):
     """The plug-in or the instruction set cannot be used."""
 
 
@@ -79,7 +79,7 @@ for _class in (Error, *Error.__subclasses__(), DocumentWarning):
     _class.__module__ = "svmscore"
 
 # By the numbers of enum svmscore_kind.
-_KINDS = {1: ValueError, 2: DocumentError, 3: TableError, 5: SystemError, 6: InternalError}
+_KINDS = {1: ValueError, 2: DocumentError, 3: TableError, 5: SetupError, 6: InternalError}
 
 
 def _make(

@@ -79,7 +79,7 @@ std::string RandomCsv(std::mt19937& random, int rows) {
 TEST(RowBlocks, GiveTheSameRowsForEveryBlockSize) {
   const TemporaryFolder folder;
   std::mt19937 random(7);
-  for (int round = 0; round < 20; ++round) {
+  for (std::size_t round = 0; round < 20; ++round) {
     std::string text = RandomCsv(random, 40);
     if (round % 2 == 0) text.erase(text.find_last_not_of("\r\n") + 1);
     const std::string mark = round % 3 == 0 ? "\xEF\xBB\xBF" : "";  // of the byte order
@@ -127,7 +127,7 @@ TEST(RowBlocks, TakeTheRowsThatBeginInTheShareOfAPart) {
   const TemporaryFolder folder;
   std::mt19937 random(11);
   const std::string header = "\xEF\xBB\xBF\n\"h\n\",h\n";
-  for (int round = 0; round < 60; ++round) {
+  for (std::size_t round = 0; round < 60; ++round) {
     // Of few kinds now and then, so that there are long rows, blank lines and rows of marks.
     const std::string bytes = "ax,\"\n\"\n\r \t,\n";
     const std::size_t kinds = 1 + random() % bytes.size();
