@@ -56,7 +56,8 @@ static void score_table(const svmscore_model* model) {
   static const double lengths[] = {5.1, 6.3, 5.8};
   static const double widths[] = {3.5, 3.3, 2.7};
   static const double petals[] = {1.4, 6.0, 5.1};
-  static const double petal_widths[] = {0.2, 2.5, 1.9};
+  static const double petal_widths[] = {0.2, 2.5, 0.0};
+  static const uint8_t known[] = {0x03}; /* a bit for each row: the third petal has no width */
   svmscore_column columns[4];
   svmscore_table table = SVMSCORE_INIT(svmscore_table);
   svmscore_scorer* scorer = NULL;
@@ -64,6 +65,8 @@ static void score_table(const svmscore_model* model) {
   size_t row;
   columns[0] = column_of("petal_length", petals, 3); /* in any order */
   columns[1] = column_of("petal_width", petal_widths, 3);
+  columns[1].validity = known;
+  columns[1].validity_size = sizeof known;
   columns[2] = column_of("sepal_length", lengths, 3);
   columns[3] = column_of("sepal_width", widths, 3);
   check(svmscore_scorer_new(model, NULL, &scorer, &error), error);

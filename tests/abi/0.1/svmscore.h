@@ -5,8 +5,10 @@
  *
  * Rules that hold for every function here
  * - Functions that can fail return SVMSCORE_OK or the kind of what failed, and take as their last
- *   argument a place for the error, which may be null. On success nothing is written there. On
- *   failure nothing else is written, and what the caller handed over stays the caller's.
+ *   argument a place for the error, which may be null. On success nothing is written there: let it
+ *   begin as a null pointer. On failure a new error is, for svmscore_error_free; one that the place
+ *   held before is not freed. Nothing else is written then, and what the caller handed over stays
+ *   the caller's.
  * - No function throws, ends the process, prints, or changes the locale, signal handlers, the
  *   current folder or the environment. (The trace that the environment variable SVMSCORE_LOG asks
  *   for is printed.) SVMSCORE_ISA, SVMSCORE_PLUGIN and SVMSCORE_LOG are read once.
@@ -18,7 +20,8 @@
  *   means that they have one. Texts that the library returns have one beyond their length. A text
  *   that is null is an empty one.
  * - A null pointer where none is allowed, a size that no version of a struct had, a number that no
- *   constant stands for, and an index that is too large are SVMSCORE_ARGUMENT.
+ *   constant stands for, and an index that is too large are SVMSCORE_ARGUMENT; but what is wrong
+ *   with one column is SVMSCORE_TABLE, all but its size.
  * - Memory that runs out is SVMSCORE_MEMORY: everything is as it was before the call.
  *
  * The comment of a function ends with: [threads] Owns: ... Lives: ... Fails: ... without the parts
@@ -72,7 +75,8 @@ typedef struct svmscore_text {
   size_t length;    /* bytes */
 } svmscore_text;
 
-/* The value for a struct of that type before its members are set: its size, all else 0. */
+/* The value for a struct of that type before its members are set: its size, all else 0. In C it
+ * can only begin a variable, as in `svmscore_table table = SVMSCORE_INIT(svmscore_table);`. */
 #ifdef __cplusplus
 extern "C++" {
 template <typename Struct>
@@ -404,13 +408,14 @@ typedef struct svmscore_value {
   double number;
   int64_t whole;
   const char* text; /* need not end with a NUL, and in a result need not either */
-  size_t length;
+  size_t length;    /* bytes; of an input it may be SVMSCORE_NUL_ENDED */
 } svmscore_value;
 
 /* Scores one case: its values in the order of the model's inputs, the result in the order of the
  * scorer's outputs, the status among them. Values beyond `input_count` are missing; results beyond
  * `output_count` are not written. After the first case nothing is allocated, except for texts
- * longer than any before, and by derived fields that take texts apart.
+ * longer than any before, for the reason of a failed case, and by derived fields that take texts
+ * apart.
  * [one thread] Lives: inputs, for the call; texts of the result, until the scorer's next call or
  * its end. Fails: SVMSCORE_ARGUMENT: more values than the model has inputs. A bad value is the
  * status. */
