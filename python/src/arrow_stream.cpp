@@ -93,6 +93,32 @@ ArrowArray BatchWithoutNotANumber::View(const ArrowSchema& schema, const ArrowAr
   return view;
 }
 
+ArrowArray BatchWithoutNotANumber::Rows(std::int64_t start, std::int64_t count) const {
+  ArrowArray rows = root_;
+  rows.offset += start;
+  rows.length = count;
+  if (rows.null_count != 0) rows.null_count = -1;
+  return rows;
+}
+
+ArrowArrayStream StreamOfNoRows(Released<ArrowSchema>& schema) {
+  ArrowArrayStream stream{};
+  stream.private_data = &schema.value;
+  stream.get_schema = [](ArrowArrayStream* self, ArrowSchema* out) {
+    auto* given = static_cast<ArrowSchema*>(self->private_data);
+    *out = *given;
+    given->release = nullptr;
+    return 0;
+  };
+  stream.get_next = [](ArrowArrayStream*, ArrowArray* out) {
+    *out = {};
+    return 0;
+  };
+  stream.get_last_error = [](ArrowArrayStream*) -> const char* { return nullptr; };
+  stream.release = [](ArrowArrayStream* self) { self->release = nullptr; };
+  return stream;
+}
+
 svmscore_column ColumnOfArray(int type, const ArrowArray& array) {
   svmscore_column column = SVMSCORE_INIT(svmscore_column);
   column.type = type;

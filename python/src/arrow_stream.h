@@ -29,7 +29,8 @@ class BatchWithoutNotANumber {
   // Throws std::bad_alloc. Columns whose lengths or buffers do not make sense are left as they are,
   // for the library to refuse.
   BatchWithoutNotANumber(const ArrowSchema& schema, const ArrowArray& batch);
-  const ArrowArray* Get() const { return &root_; }
+  // The rows from `start` on, [count] of them: a view on this one.
+  ArrowArray Rows(std::int64_t start, std::int64_t count) const;
 
  private:
   ArrowArray View(const ArrowSchema& schema, const ArrowArray& array);
@@ -40,6 +41,9 @@ class BatchWithoutNotANumber {
   std::deque<std::vector<std::uint8_t>> bitmaps_;
   ArrowArray root_;
 };
+
+// A stream that has these columns, which it takes over, and no rows.
+ArrowArrayStream StreamOfNoRows(Released<ArrowSchema>& schema);
 
 // A column of a scored record batch, as one of the C interface.
 svmscore_column ColumnOfArray(int type, const ArrowArray& array);

@@ -125,6 +125,16 @@ bool IsPandasMissing(PyObject* object) {
   return std::strcmp(name, "NAType") == 0 || std::strcmp(name, "NaTType") == 0;
 }
 
+double NumberOf(PyObject* object) {
+  const double number = PyFloat_AsDouble(object);
+  if (number == -1.0 && PyErr_Occurred() != nullptr) throw nb::python_error();
+  return number;
+}
+
+ObjectKind KindOfNumber(PyObject* object) {
+  return std::isnan(NumberOf(object)) ? ObjectKind::kMissing : ObjectKind::kNumber;
+}
+
 ObjectKind KindOf(PyObject* object, nb::handle name, std::size_t row) {
   if (object == Py_None) return ObjectKind::kMissing;
   if (PyUnicode_Check(object)) return ObjectKind::kText;
@@ -140,24 +150,18 @@ ObjectKind KindOf(PyObject* object, nb::handle name, std::size_t row) {
     // Decimal, Fraction and their like.
     if (Py_TYPE(object)->tp_as_number != nullptr &&
         Py_TYPE(object)->tp_as_number->nb_float != nullptr) {
-      return ObjectKind::kNumber;
+      return KindOfNumber(object);
     }
-  } else if (PyObject_HasAttrString(object, "dtype") && PyIndex_Check(object)) {
+  } else if (PyIndex_Check(object) && !PyObject_HasAttrString(object, "__len__")) {
     return ObjectKind::kWhole;  // a whole number of NumPy's
   } else if (HasTypeName(object, "numpy.float32") || HasTypeName(object, "numpy.float16") ||
              HasTypeName(object, "numpy.longdouble") || HasTypeName(object, "numpy.float128")) {
-    return ObjectKind::kNumber;
+    return KindOfNumber(object);
   }
   PyErr_Format(PyExc_TypeError,
                "column %R, row %zu: a value of type %s is not read; give numbers, texts or bools",
                name.ptr(), row, Py_TYPE(object)->tp_name);
   throw nb::python_error();
-}
-
-double NumberOf(PyObject* object) {
-  const double number = PyFloat_AsDouble(object);
-  if (number == -1.0 && PyErr_Occurred() != nullptr) throw nb::python_error();
-  return number;
 }
 
 nb::object WholeOf(PyObject* object) {
@@ -167,9 +171,10 @@ nb::object WholeOf(PyObject* object) {
 }
 
 // The text that the value would have in a file of cases.
-nb::str TextOf(PyObject* object, ObjectKind kind, nb::handle name) {
+nb::str TextOf(PyObject* object, ObjectKind kind, nb::handle name, bool counts_bools) {
   switch (kind) {
     case ObjectKind::kBool:
+      if (counts_bools) return nb::str(PyObject_IsTrue(object) == 1 ? "1" : "0");
       return nb::str(PyObject_IsTrue(object) == 1 ? "true" : "false");
     case ObjectKind::kWhole:
       return nb::str(WholeOf(object));
@@ -244,8 +249,7 @@ void Columns::SetNumbers(svmscore_column& column, const Py_buffer& buffer, int a
 }
 
 void Columns::MarkNotANumber(svmscore_column& column) {
-  // Where the column has a bitmap, it is the last that was made.
-  std::vector<std::uint8_t>* bitmap = column.validity == nullptr ? nullptr : &bitmaps_.back();
+  std::vector<std::uint8_t>* bitmap = nullptr;
   const auto mark = [&](std::size_t row) {
     if (bitmap == nullptr) bitmap = &NewBitmap(column.length);
     Clear(*bitmap, row);
@@ -304,17 +308,18 @@ void Columns::AddCodes(nb::str name, nb::handle codes, nb::handle values) {
   svmscore_column dictionary = SVMSCORE_INIT(svmscore_column);
   dictionary.data_size = dictionary.validity_size = dictionary.offsets_size = SVMSCORE_UNKNOWN_SIZE;
   if (PyList_Check(values.ptr())) {
-    dictionary.length = nb::len(values);
-    SetObjects(dictionary, nb::borrow<nb::list>(values), name);
+    const nb::tuple kept(nb::borrow<nb::list>(values));
+    dictionary.length = kept.size();
+    SetObjects(dictionary, kept, name, false);
   } else {
     const Py_buffer& numbers = Take(values, name);
-    dictionary.length = static_cast<std::size_t>(numbers.shape[0]);
     dictionary.type = TypeOfFormat(numbers.format);
-    dictionary.data = numbers.buf;
-    dictionary.stride = static_cast<std::size_t>(numbers.strides[0]);
     if (numbers.ndim != 1 || dictionary.type == SVMSCORE_NULL || numbers.strides[0] <= 0) {
       RaiseOfColumn(PyExc_TypeError, name, "categories of this type are not read");
     }
+    dictionary.length = static_cast<std::size_t>(numbers.shape[0]);
+    dictionary.data = numbers.buf;
+    dictionary.stride = static_cast<std::size_t>(numbers.strides[0]);
     MarkNotANumber(dictionary);
   }
   svmscore_column& column = Add(name);
@@ -342,15 +347,18 @@ void Columns::AddCodes(nb::str name, nb::handle codes, nb::handle values) {
   column.type = SVMSCORE_DICTIONARY;
 }
 
-void Columns::AddObjects(nb::str name, nb::list values) {
-  if (nb::len(values) != row_count_) {
+void Columns::AddObjects(nb::str name, nb::list values, bool counts_bools) {
+  // What a value's own conversion to a number does, or another thread, may change the list.
+  const nb::tuple kept(values);
+  if (kept.size() != row_count_) {
     RaiseOfColumn(PyExc_ValueError, name, "a column must have one value for each row");
   }
   svmscore_column& column = Add(name);
-  SetObjects(column, values, name);
+  SetObjects(column, kept, name, counts_bools);
 }
 
-void Columns::SetObjects(svmscore_column& column, nb::list values, nb::handle name) {
+void Columns::SetObjects(svmscore_column& column, nb::tuple values, nb::handle name,
+                         bool counts_bools) {
   const std::size_t rows = column.length;
   std::vector<ObjectKind> kinds(rows);
   std::array<bool, 6> has{};
@@ -389,7 +397,6 @@ void Columns::SetObjects(svmscore_column& column, nb::list values, nb::handle na
     }
     column.type = SVMSCORE_F64;
     column.data = doubles.data();
-    MarkNotANumber(column);
     return;
   }
   if (!texts && !any(ObjectKind::kBool) && !any(ObjectKind::kNumber)) {
@@ -411,7 +418,7 @@ void Columns::SetObjects(svmscore_column& column, nb::list values, nb::handle na
   std::vector<std::int64_t>& offsets = wholes_.emplace_back(rows + 1, 0);
   for (std::size_t row = 0; row < rows; ++row) {
     if (kinds[row] != ObjectKind::kMissing) {
-      const nb::str text = TextOf(values[row].ptr(), kinds[row], name);
+      const nb::str text = TextOf(values[row].ptr(), kinds[row], name, counts_bools);
       Py_ssize_t length = 0;
       const char* data = PyUnicode_AsUTF8AndSize(text.ptr(), &length);
       if (data == nullptr) {

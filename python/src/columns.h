@@ -33,8 +33,8 @@ class Columns {
   void AddCodes(nanobind::str name, nanobind::handle codes, nanobind::handle values);
   // A list of Python's objects: texts, bools, numbers; None, NaN and what pandas calls NA or NaT
   // are missing values. A column of numbers alone is one of doubles, or of whole numbers; a mixed
-  // one becomes texts.
-  void AddObjects(nanobind::str name, nanobind::list values);
+  // one becomes texts, in which a bool is 1 or 0 where `counts_bools`, and else true or false.
+  void AddObjects(nanobind::str name, nanobind::list values, bool counts_bools);
   // Texts as Arrow lays them out: `offsets` [rows + offset + 1] of 32 or 64 bits, bytes, and a
   // bitmap of which values are there, or None. All are objects with Python's buffer protocol.
   void AddTexts(nanobind::str name, nanobind::handle offsets, int offset_bits,
@@ -51,7 +51,8 @@ class Columns {
   void SetNumbers(svmscore_column& column, const Py_buffer& buffer, int axis_of_rows,
                   std::size_t first, nanobind::handle name);
   void MarkNotANumber(svmscore_column& column);
-  void SetObjects(svmscore_column& column, nanobind::list values, nanobind::handle name);
+  void SetObjects(svmscore_column& column, nanobind::tuple values, nanobind::handle name,
+                  bool counts_bools);
   std::vector<std::uint8_t>& NewBitmap(std::size_t length);
 
   std::size_t row_count_;

@@ -30,8 +30,14 @@ svmscore_expectation Expect(const Columns& cases, const Columns& expected, doubl
 LoadSettings::LoadSettings(int mode, int missing_policy, nb::dict limits, nb::str name)
     : name_(Utf8(name)), options_(SVMSCORE_INIT(svmscore_load_options)) {
   for (const auto [key, most] : limits) {
+    std::uint64_t number = 0;
+    if (!PyUnicode_Check(key.ptr()) || !nb::try_cast(most, number)) {
+      PyErr_Format(PyExc_ValueError, "the limit %R is %R, not a whole number from 0 on", key.ptr(),
+                   most.ptr());
+      throw nb::python_error();
+    }
     limit_names_.emplace_back(Utf8(key));
-    limits_.push_back({limit_names_.back().c_str(), nb::cast<std::uint64_t>(most)});
+    limits_.push_back({limit_names_.back().c_str(), number});
   }
   options_.mode = mode;
   options_.missing_policy = missing_policy;

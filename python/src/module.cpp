@@ -48,7 +48,8 @@ NB_MODULE(_core, module) {
            nb::arg("missing").none() = nb::none())
       .def("add_matrix", &Columns::AddMatrix, nb::arg("names"), nb::arg("array"))
       .def("add_codes", &Columns::AddCodes, nb::arg("name"), nb::arg("codes"), nb::arg("values"))
-      .def("add_objects", &Columns::AddObjects, nb::arg("name"), nb::arg("values"))
+      .def("add_objects", &Columns::AddObjects, nb::arg("name"), nb::arg("values"),
+           nb::arg("counts_bools") = false)
       .def("add_texts", &Columns::AddTexts, nb::arg("name"), nb::arg("offsets"),
            nb::arg("offset_bits"), nb::arg("data"), nb::arg("validity").none(), nb::arg("offset"));
 

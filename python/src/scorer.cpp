@@ -1,6 +1,7 @@
 #include "scorer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 
@@ -12,11 +13,34 @@ namespace nb = nanobind;
 namespace svmscore::python {
 namespace {
 
-// Between blocks of so many rows Python may handle Ctrl-C. Their bits do not depend on it.
-constexpr std::size_t kBlockRows = 65536;
+using Clock = std::chrono::steady_clock;
+
+// Beyond this, a case takes much longer than handing the interpreter lock over and back.
+constexpr std::chrono::microseconds kSlowCase{50};
+
+// How many rows are scored before Python may handle Ctrl-C: as many as take a moment, which for a
+// large model are few. Their bits do not depend on it.
+class Pace {
+ public:
+  std::size_t Rows() const { return rows_; }
+  void Took(Clock::duration time) {
+    if (time < std::chrono::milliseconds(100)) rows_ = std::min(2 * rows_, kMost);
+    if (time > std::chrono::milliseconds(400)) rows_ = std::max(rows_ / 2, kLeast);
+  }
+
+ private:
+  static constexpr std::size_t kLeast = 64, kMost = 65536;
+  std::size_t rows_ = 1024;
+};
 
 void HandleSignals() {
   if (PyErr_CheckSignals() != 0) throw nb::python_error();
+}
+
+template <typename Call>
+auto WithoutLock(const Call& call) {
+  const nb::gil_scoped_release release;
+  return call();
 }
 
 void AppendWanted(const svmscore_column* columns, const std::vector<std::size_t>& wanted,
@@ -129,9 +153,11 @@ nb::list Scorer::ScoreRows(const Columns& columns, std::size_t start, std::size_
   std::vector<ResultColumn> results = NewResults(wanted);
   const std::size_t end = start + count;
   bool first = true;
+  Pace pace;
   // A table without rows is looked at as well: its columns may not fit.
   while (first || start < end) {
-    const std::size_t rows = std::min(kBlockRows, end - start);
+    const std::size_t rows = std::min(pace.Rows(), end - start);
+    const Clock::time_point begin = Clock::now();
     svmscore_error* error = nullptr;
     int status = SVMSCORE_OK;
     {
@@ -148,6 +174,7 @@ nb::list Scorer::ScoreRows(const Columns& columns, std::size_t start, std::size_
       }
     }
     Check(status, error);
+    pace.Took(Clock::now() - begin);
     first = false;
     start += rows;
     HandleSignals();
@@ -159,30 +186,51 @@ nb::list Scorer::ScoreStream(nb::handle capsule, const std::vector<std::size_t>&
   auto* stream =
       static_cast<ArrowArrayStream*>(PyCapsule_GetPointer(capsule.ptr(), "arrow_array_stream"));
   if (stream == nullptr) throw nb::python_error();
+  if (stream->release == nullptr) {
+    throw nb::value_error("the table's stream of rows has been read already");
+  }
   std::vector<ResultColumn> results = NewResults(wanted);
-  const auto without_lock = [](const auto& call) {
-    const nb::gil_scoped_release release;
-    return call();
-  };
   Released<ArrowSchema> schema;
-  if (without_lock([&] { return stream->get_schema(stream, &schema.value); }) != 0) {
+  if (WithoutLock([&] { return stream->get_schema(stream, &schema.value); }) != 0) {
     RaiseOfStream(*stream, "does not tell its columns");
   }
-  bool looked_at = false;
+  bool any = false;
   while (true) {
     Released<ArrowArray> batch;
-    if (without_lock([&] { return stream->get_next(stream, &batch.value); }) != 0) {
+    if (WithoutLock([&] { return stream->get_next(stream, &batch.value); }) != 0) {
       RaiseOfStream(*stream, "cannot be read");
     }
     if (batch.value.release == nullptr) break;
+    ScoreBatch(schema.value, batch.value, wanted, results);
+    any = true;
+  }
+  if (!any) {
+    // A table without rows is looked at as well: its columns may not fit.
+    ArrowArrayStream cases = StreamOfNoRows(schema);
+    Released<ArrowArrayStream> scored;
     svmscore_error* error = nullptr;
-    const int status = without_lock([&] {
+    Check(svmscore_score_stream(scorer_.get(), &cases, &scored.value, &error), error);
+  }
+  return TakeAll(results);
+}
+
+void Scorer::ScoreBatch(const ArrowSchema& schema, const ArrowArray& batch,
+                        const std::vector<std::size_t>& wanted,
+                        std::vector<ResultColumn>& results) {
+  const auto cases = WithoutLock([&] { return BatchWithoutNotANumber(schema, batch); });
+  Pace pace;
+  std::int64_t start = 0;
+  do {
+    const Clock::time_point begin = Clock::now();
+    const ArrowArray rows =
+        cases.Rows(start, std::min(static_cast<std::int64_t>(pace.Rows()), batch.length - start));
+    svmscore_error* error = nullptr;
+    const int status = WithoutLock([&] {
       const std::lock_guard lock(mutex_);
-      const BatchWithoutNotANumber cases(schema.value, batch.value);
       Released<ArrowSchema> scored_schema;
       Released<ArrowArray> scored;
-      const int result = svmscore_score_arrow(scorer_.get(), &schema.value, cases.Get(),
-                                              &scored_schema.value, &scored.value, &error);
+      const int result = svmscore_score_arrow(scorer_.get(), &schema, &rows, &scored_schema.value,
+                                              &scored.value, &error);
       for (std::size_t i = 0; result == SVMSCORE_OK && i < wanted.size(); ++i) {
         const std::size_t index = wanted[i];
         results[i].Append(ColumnOfArray(types_[index], *scored.value.children[index]));
@@ -190,27 +238,10 @@ nb::list Scorer::ScoreStream(nb::handle capsule, const std::vector<std::size_t>&
       return result;
     });
     Check(status, error);
-    looked_at = true;
     HandleSignals();
-  }
-  if (!looked_at) ScoreNoRows(schema.value);
-  return TakeAll(results);
-}
-
-void Scorer::ScoreNoRows(const ArrowSchema& schema) {
-  std::vector<svmscore_column> columns;
-  for (std::int64_t i = 0; i < schema.n_children; ++i) {
-    const char* name = schema.children[i]->name;
-    svmscore_column column = SVMSCORE_INIT(svmscore_column);
-    column.name = name == nullptr ? "" : name;
-    column.name_length = std::strlen(column.name);
-    column.type = SVMSCORE_NULL;
-    columns.push_back(column);
-  }
-  svmscore_table table = SVMSCORE_INIT(svmscore_table);
-  svmscore_error* error = nullptr;
-  const std::lock_guard lock(mutex_);
-  Check(svmscore_score(scorer_.get(), columns.data(), columns.size(), 0, &table, &error), error);
+    pace.Took(Clock::now() - begin);
+    start += rows.length;
+  } while (start < batch.length);
 }
 
 nb::list Scorer::ScoreCase(nb::list values) {
@@ -218,10 +249,14 @@ nb::list Scorer::ScoreCase(nb::list values) {
   if (count != inputs_.size()) throw nb::value_error("a case has a value for each input");
   for (std::size_t i = 0; i < count; ++i) inputs_[i] = ValueOf(values[i], texts_[i]);
   svmscore_error* error = nullptr;
-  // One case takes less time than handing the interpreter lock over and back.
-  Check(svmscore_score_case(scorer_.get(), inputs_.data(), count, outputs_.data(), outputs_.size(),
-                            &error),
-        error);
+  const auto score = [&] {
+    const Clock::time_point begin = Clock::now();
+    const int status = svmscore_score_case(scorer_.get(), inputs_.data(), count, outputs_.data(),
+                                           outputs_.size(), &error);
+    is_slow_ = Clock::now() - begin > kSlowCase;
+    return status;
+  };
+  Check(is_slow_ ? WithoutLock(score) : score(), error);
   nb::list results;
   for (const svmscore_value& value : outputs_) {
     if (value.category >= 0) {

@@ -6,7 +6,7 @@ import io
 import os
 import sys
 import warnings
-from collections.abc import Mapping
+from collections.abc import Iterable, Mapping
 from typing import Any, Literal, NamedTuple
 
 import numpy as np
@@ -21,6 +21,7 @@ _PERCENTAGES = ("none", "votes", "calibrated")
 _ROLES = ("needed", "not needed", "for output")
 WHOLES, TEXTS, CODES = 3, 14, 15  # types of output columns; others are float64
 _NAMED_ROWS = 5  # of those that failed, in an exception's message
+_MOST_THREADS = 1024
 _Errors = Literal["raise", "status"]
 # A scorer keeps the memory of its largest table: after one beyond this, a new scorer is made.
 _KEPT_ROWS = 100_000
@@ -52,7 +53,7 @@ def read_source(source: Any) -> tuple[bytes, str]:
         return source.encode("utf-8"), "document"
     if isinstance(source, (str, os.PathLike)):
         with open(source, "rb") as file:
-            return file.read(), os.fspath(source)
+            return file.read(), os.fsdecode(source)
     if hasattr(source, "read"):
         text = source.read()
         name = getattr(source, "name", "document")
@@ -79,6 +80,7 @@ def settings_of(
     if missing_policy not in _POLICIES:
         raise ValueError("missing_policy is None, 'replace', 'predict-missing' or 'fail'")
     mode = 1 if as_is else 2 if strict_document else 0
+    name = name.encode("utf-8", "replace").decode("utf-8")  # of a file, it may be no UTF-8
     return _core.LoadSettings(mode, _POLICIES[missing_policy], dict(limits or {}), name)
 
 
@@ -102,6 +104,8 @@ class _Plan:
     def __init__(self, outputs: list[tuple[str, bool, int]]) -> None:
         self.outputs = outputs
         self.names = [output[0] for output in outputs]
+        # An output field of the document may have its name; the last one is the row's.
+        self.status = len(self.names) - 1 - self.names[::-1].index("status")
         self.free: list[_core.Scorer] = []
 
 
@@ -208,10 +212,11 @@ class Model:
         if _tables.is_case(X):
             return self._predict_case(X, errors)
         plan = self._plan(1, False, threads)
-        prediction, status = self._score(X, plan, (1, False, threads), ["prediction", "status"])
+        at = plan.names.index("prediction")
+        prediction, status = self._score(X, plan, (1, False, threads), [at])
         failed = self._check(X, status[0], errors)
         values, _ = prediction
-        if plan.outputs[plan.names.index("prediction")][2] != CODES:
+        if plan.outputs[at][2] != CODES:
             return np.array(values, dtype=object) if isinstance(values, list) else values
         return self._labels(values, failed)
 
@@ -231,8 +236,8 @@ class Model:
                 }.get(self.percentages, "it is a regression")
             )
         plan = self._plan(1, False, threads)
-        wanted = [name for name in plan.names if name.startswith("probability(")]
-        *columns, status = self._score(X, plan, (1, False, threads), [*wanted, "status"])
+        wanted = [at for at, name in enumerate(plan.names) if name.startswith("probability(")]
+        *columns, status = self._score(X, plan, (1, False, threads), wanted)
         self._check(X, status[0], errors)
         return _side_by_side(columns)
 
@@ -246,8 +251,8 @@ class Model:
         _check_errors(errors)
         plan = self._plan(1, True, threads)
         # By their places: two machines may have one name.
-        wanted = range(len(plan.names) - 1 - len(self._core.machines()), len(plan.names))
-        *columns, status = self._run(X, plan, (1, True, threads), list(wanted))[1]
+        wanted = range(plan.status - len(self._core.machines()), plan.status)
+        *columns, status = self._score(X, plan, (1, True, threads), wanted)
         self._check(X, status[0], errors)
         return columns[0][0] if len(columns) == 1 else _side_by_side(columns)
 
@@ -279,16 +284,25 @@ class Model:
         key = _key(columns, decisions, reasons, threads)
         plan = self._plan(*key)
         table, results = self._score_wholly(X, plan, key)
-        status = results[plan.names.index("status")][0]
+        status = results[plan.status][0]
         if errors == "raise":
             self._check(X, status, errors)
         frame = table.kind == "pandas"
+        alike = len(set(plan.names)) < len(plan.names)
+        if alike and not frame:
+            raise ValueError(
+                "the document names two output columns alike, or one as svmscore names its own; give "
+                'X as a DataFrame of pandas, or ask for columns="all"'
+            )
         made = {
-            name: self._column(result, of_categories, kind, frame)
-            for (name, of_categories, kind), result in zip(plan.outputs, results)
+            at if alike else name: self._column(result, of_categories, kind, frame)
+            for at, ((name, of_categories, kind), result) in enumerate(zip(plan.outputs, results))
         }
         if frame:
-            return sys.modules["pandas"].DataFrame(made, index=table.index, copy=False)
+            scores = sys.modules["pandas"].DataFrame(made, index=table.index, copy=False)
+            if alike:
+                scores.columns = plan.names
+            return scores
         if table.kind == "polars":
             return sys.modules["polars"].DataFrame(made, nan_to_null=False, strict=False)
         return made
@@ -328,8 +342,10 @@ class Model:
         )
 
     def _plan(self, choice: int, decisions: bool, threads: int, reasons: bool = False) -> _Plan:
-        if not isinstance(threads, int) or threads < -1 or threads == 0:
-            raise ValueError("threads is a number from 1 on, or -1 for all that there are")
+        if not hasattr(threads, "__index__") or not (threads == -1 or 1 <= threads <= _MOST_THREADS):
+            raise ValueError(
+                f"threads is a number from 1 on, up to {_MOST_THREADS}, or -1 for all that there are"
+            )
         key = (choice, decisions, threads, reasons)
         plan = self._plans.get(key)
         if plan is None:
@@ -362,8 +378,8 @@ class Model:
     def _read(self, X: Any) -> _tables.Table:
         return _tables.read(X, self._input_names, self._input_types, self._needed)
 
-    def _score(self, X: Any, plan: _Plan, key: tuple, wanted: list[str]) -> list[tuple]:
-        return self._run(X, plan, key, [plan.names.index(name) for name in wanted])[1]
+    def _score(self, X: Any, plan: _Plan, key: tuple, wanted: Iterable[int]) -> list[tuple]:
+        return self._run(X, plan, key, [*wanted, plan.status])[1]
 
     def _score_wholly(self, X: Any, plan: _Plan, key: tuple) -> tuple[_tables.Table, list[tuple]]:
         return self._run(X, plan, key, list(range(len(plan.names))))
@@ -407,7 +423,7 @@ class Model:
             scorer = self._scorer(plan, key)
             results = scorer.score_case(values)
             plan.free.append(scorer)
-        except TypeError:  # a value that needs a column to be understood, such as a date
+        except (TypeError, UnicodeError):  # a value that needs a column to be understood, such as a date
             return self._predict_row(X, errors)
         value = results[plan.names.index("prediction")]
         if results[-1] != 0:
@@ -495,7 +511,7 @@ class Model:
 def _key(columns: str, decisions: bool, reasons: bool, threads: int = 1) -> tuple:
     if columns not in _CHOICES:
         raise ValueError("columns is 'auto', 'raw' or 'all'")
-    return _CHOICES[columns], decisions, threads, reasons
+    return _CHOICES[columns], bool(decisions), threads, bool(reasons)
 
 
 def _sentence_of(status: int) -> str:

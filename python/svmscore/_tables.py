@@ -6,6 +6,7 @@ byte order. Missing are `None`, `NaN`, `pandas.NA`, `NaT`, and what masks and bi
 
 from __future__ import annotations
 
+import datetime
 import difflib
 import sys
 from collections.abc import Iterable, Mapping, Sequence
@@ -39,8 +40,8 @@ class Table:
 
 def _of(module: str, value: object, name: str) -> bool:
     """Whether `value` is an instance of a class of a module that need not be installed."""
-    loaded = sys.modules.get(module)
-    return loaded is not None and isinstance(value, getattr(loaded, name))
+    kind = getattr(sys.modules.get(module), name, None)  # older versions lack some
+    return kind is not None and isinstance(value, kind)
 
 
 def is_frame(X: object) -> bool:
@@ -49,9 +50,11 @@ def is_frame(X: object) -> bool:
 
 def is_scalar(value: object) -> bool:
     """Whether it is the value of one cell, not a column."""
-    return value is None or isinstance(value, (str, bool, int, float, np.generic)) or not (
-        hasattr(value, "__len__") or hasattr(value, "__iter__")
-    )
+    if isinstance(value, np.ndarray):
+        return value.ndim == 0
+    return value is None or isinstance(
+        value, (str, bytes, bytearray, bool, int, float, np.generic)
+    ) or not (hasattr(value, "__len__") or hasattr(value, "__iter__"))
 
 
 def is_case(X: object) -> bool:
@@ -144,7 +147,7 @@ def read(
         return _read_mapping(X, names, types)
     if isinstance(X, np.ndarray) and X.dtype.names is not None:
         return _read_mapping({name: X[name] for name in X.dtype.names}, names, types)
-    if has_stream(X):
+    if has_stream(X) or _of("pyarrow", X, "Table"):
         return _read_arrow(X, names, types)
     if isinstance(X, (list, tuple)) and len(X) > 0 and all(isinstance(row, Mapping) for row in X):
         keys = dict.fromkeys(key for row in X for key in row)
@@ -173,7 +176,7 @@ def _read_frame(X: Any, names: Sequence[str] | None, types: Mapping[str, str]) -
         values = X.to_numpy()
         labels = X.columns.tolist()
         if values.dtype == np.float64 and all(map(_is_text, labels)) and _is_exact(values):
-            columns.add_matrix(labels, values)
+            columns.add_matrix(labels, values if min(values.strides) > 0 else values.copy())
             return Table(columns, X.index, "pandas")
     for name, label in _wanted(X.columns, names):
         _add_series(columns, name, X[label], types.get(name, ""))
@@ -196,12 +199,14 @@ def _read_mapping(
     if is_case(X):
         columns = _core.Columns(1)
         for name, label in wanted:
-            columns.add_objects(name, [plain(X[label])])
+            _add_objects(columns, name, [plain(X[label])], types.get(name, ""))
         return Table(columns)
     length: int | None = None
     for label, column in X.items():
         if is_scalar(column):
             raise ValueError(f"column {label!r} is a single value beside columns of several")
+        if not hasattr(column, "__len__"):
+            raise TypeError(f"column {label!r}: values of type {type(column).__name__} are not read")
         if length is not None and len(column) != length:
             raise ValueError(
                 f"column {label!r} has {len(column)} values, others have {length}; "
@@ -215,7 +220,7 @@ def _read_mapping(
 
 
 def _read_array(X: Any, types: Mapping[str, str], order: Sequence[str]) -> Table:
-    if _of("scipy.sparse", X, "spmatrix") or _of("scipy.sparse", X, "sparray"):
+    if "scipy.sparse" in sys.modules and sys.modules["scipy.sparse"].issparse(X):
         raise TypeError("sparse matrices are not read; give X.toarray(), in parts if it is large")
     if _is_column(X):
         raise TypeError(
@@ -229,9 +234,13 @@ def _read_array(X: Any, types: Mapping[str, str], order: Sequence[str]) -> Table
             f"a table of type {type(X).__name__} is not read; give a DataFrame, a dict of columns, "
             "a list of dicts, an array, or a table with Arrow's C interface"
         )
-    array = np.asarray(X)
-    if array.dtype.kind not in "biufO" and isinstance(X, (list, tuple)):
-        array = np.array(X, dtype=object)  # rows of numbers and texts, each as it is
+    array = X if isinstance(X, np.ma.MaskedArray) else np.asarray(X)
+    if isinstance(X, (list, tuple)) and (
+        array.dtype.kind not in "biufO"
+        or "string" in types.values()
+        or array.dtype.kind == "f" and not _is_exact(array)
+    ):
+        array = np.array(X, dtype=object)  # rows of numbers, texts and bools, each as it is
     if array.ndim != 2:
         raise ValueError(
             f"an array of cases has two axes, (cases, inputs); this one has {array.ndim}"
@@ -245,7 +254,8 @@ def _read_array(X: Any, types: Mapping[str, str], order: Sequence[str]) -> Table
             "a DataFrame or dict may have others besides"
         )
     columns = _core.Columns(array.shape[0])
-    if _reads_in_place(array) and min(array.strides) > 0:
+    masked = isinstance(array, np.ma.MaskedArray)
+    if _reads_in_place(array) and not masked and min(array.strides) > 0:
         columns.add_matrix(list(order), array)
     else:
         for place, name in enumerate(order):
@@ -261,7 +271,7 @@ def _read_arrow(X: Any, names: Sequence[str] | None, types: Mapping[str, str]) -
             f"to read a table of type {type(X).__name__} here, install pyarrow, or give a dict of "
             "columns"
         ) from None
-    table = pyarrow.table(X)
+    table = X if isinstance(X, pyarrow.Table) else pyarrow.table(X)
     columns = _core.Columns(table.num_rows)
     for name, _ in _wanted(table.column_names, names):
         _add_arrow(columns, name, table[name], types.get(name, ""))
@@ -273,7 +283,7 @@ def add_values(columns: _core.Columns, name: str, values: Any, data_type: str) -
     if _of("pandas", values, "Series") or _of("pandas", values, "Index"):
         _add_series(columns, name, values, data_type)
     elif _of("pandas", values, "Categorical"):
-        _add_categories(columns, name, values)
+        _add_categories(columns, name, values, data_type)
     elif isinstance(values, np.ndarray):
         _add_array(columns, name, values, data_type)
     elif _of("pyarrow", values, "Array") or _of("pyarrow", values, "ChunkedArray"):
@@ -312,7 +322,10 @@ def _add_array(columns: _core.Columns, name: str, array: np.ndarray, data_type: 
     if kind == "M":
         values = _moment_texts(array, data_type)
     elif kind == "S":
-        values = [text.decode("utf-8") for text in array.tolist()]
+        try:
+            values = [text.decode("utf-8") for text in array.tolist()]
+        except UnicodeDecodeError as error:
+            raise ValueError(f"column {name!r}: {error}") from None
     elif kind in "OUT":
         values = array.tolist()
     else:
@@ -336,22 +349,27 @@ def _moment_texts(array: np.ndarray, data_type: str) -> list[Any]:
 
 
 def _add_objects(columns: _core.Columns, name: str, values: list[Any], data_type: str) -> None:
-    if data_type in _MOMENT_TYPES and any(type(v).__name__ == "Timestamp" for v in values):
-        values = [_timestamp_text(v, data_type) for v in values]
-    columns.add_objects(name, values)
+    if data_type in _MOMENT_TYPES:
+        values = [_moment_text(value, data_type) for value in values]
+    # "true" is no number: a bool among numbers counts, unless the field is one of texts.
+    columns.add_objects(name, values, data_type not in ("", "string"))
 
 
-def _timestamp_text(value: Any, data_type: str) -> Any:
-    """Of pandas: a date is a Timestamp too, of midnight."""
-    if type(value).__name__ != "Timestamp" or value.tzinfo is not None:
+def _moment_text(value: Any, data_type: str) -> Any:
+    """A date may be a point in time too, of midnight."""
+    if isinstance(value, np.datetime64):
+        return _moment_texts(np.array([value]), data_type)[0]
+    if data_type != "date" or not isinstance(value, datetime.datetime) or value.tzinfo is not None:
         return value
-    midnight = value == value.normalize()
-    return str(value.date()) if data_type == "date" and midnight else value
+    if value != value:  # NaT of pandas
+        return None
+    midnight = value.time() == datetime.time() and not getattr(value, "nanosecond", 0)
+    return str(value.date()) if midnight else value
 
 
 def plain(value: Any) -> Any:
     """A value of one cell; those of NumPy as Python's own."""
-    if not isinstance(value, np.generic) or value.dtype.kind == "m":
+    if not isinstance(value, (np.generic, np.ndarray)) or value.dtype.kind == "m":
         return value
     if value.dtype.kind == "M":
         return _moment_texts(np.array([value]), "")[0]
@@ -367,7 +385,7 @@ def _add_series(columns: _core.Columns, name: str, series: Any, data_type: str) 
     pandas = sys.modules["pandas"]
     values = series.array
     if isinstance(dtype, pandas.CategoricalDtype):
-        _add_categories(columns, name, values)
+        _add_categories(columns, name, values, data_type)
     elif isinstance(dtype, pandas.DatetimeTZDtype):
         raise TypeError(
             f"column {name!r}: times with a time zone are not read; convert them to the zone that "
@@ -375,34 +393,31 @@ def _add_series(columns: _core.Columns, name: str, series: Any, data_type: str) 
         )
     elif isinstance(dtype, pandas.SparseDtype):
         _add_array(columns, name, np.asarray(values), data_type)
-    elif isinstance(getattr(dtype, "numpy_dtype", None), np.dtype) and dtype.numpy_dtype.kind in (
-        "b",
-        "i",
-        "u",
-        "f",
-    ):
-        _add_masked(columns, name, series, dtype.numpy_dtype)
     elif (
         isinstance(dtype, (pandas.StringDtype, getattr(pandas, "ArrowDtype", pandas.StringDtype)))
         and hasattr(values, "__arrow_array__")
         and "pyarrow" in sys.modules
     ):
         _add_arrow(columns, name, values.__arrow_array__(), data_type)
+    elif getattr(getattr(dtype, "numpy_dtype", None), "kind", "") in tuple("biuf"):
+        _add_masked(columns, name, series, dtype.numpy_dtype)
     else:
         _add_objects(columns, name, series.astype(object).tolist(), data_type)
 
 
 def _add_masked(columns: _core.Columns, name: str, series: Any, dtype: np.dtype) -> None:
-    missing = np.ascontiguousarray(series.isna().to_numpy(dtype=bool))
+    missing = np.asarray(series.isna(), dtype=bool)
     nothing = False if dtype.kind == "b" else 0
     numbers = series.to_numpy(dtype=dtype, na_value=nothing)
     _add_array(columns, name, np.ma.MaskedArray(numbers, missing), "")
 
 
-def _add_categories(columns: _core.Columns, name: str, values: Any) -> None:
+def _add_categories(columns: _core.Columns, name: str, values: Any, data_type: str) -> None:
     categories = values.categories
     meanings: Any = categories.to_numpy()
-    if not (meanings.dtype.kind in "iuf" and _reads_in_place(meanings) and len(meanings)):
+    if meanings.dtype.kind == "M":
+        meanings = _moment_texts(meanings, data_type)
+    elif not (meanings.dtype.kind in "iuf" and _reads_in_place(meanings) and len(meanings)):
         meanings = categories.astype(object).tolist()
     elif meanings.strides[0] <= 0:
         meanings = meanings.copy()
@@ -424,9 +439,15 @@ def _add_arrow(columns: _core.Columns, name: str, values: Any, data_type: str) -
         columns.add_texts(name, offsets or b"\0" * 8, bits, data or b"", validity, values.offset)
     elif kinds.is_dictionary(values.type):
         _add_arrow(columns, name, values.dictionary_decode(), data_type)
-    elif kinds.is_integer(values.type) or kinds.is_floating(values.type):
+    elif (
+        kinds.is_integer(values.type)
+        or kinds.is_floating(values.type)
+        or kinds.is_boolean(values.type)
+    ):
         missing = values.is_null().to_numpy(zero_copy_only=False)
-        numbers = values.fill_null(0).to_numpy(zero_copy_only=False)
+        if values.null_count:
+            values = values.fill_null(values.type.to_pandas_dtype()(0))
+        numbers = values.to_numpy(zero_copy_only=False)
         _add_array(columns, name, np.ma.MaskedArray(numbers, missing), data_type)
     elif kinds.is_timestamp(values.type) and values.type.tz is None or kinds.is_date(values.type):
         _add_array(columns, name, values.to_numpy(zero_copy_only=False).astype("M8"), data_type)

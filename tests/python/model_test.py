@@ -4,7 +4,10 @@ import gc
 import io
 import json
 import multiprocessing
+import os
 import pickle
+import signal
+import subprocess
 import sys
 import threading
 from concurrent.futures import ThreadPoolExecutor
@@ -25,10 +28,10 @@ def cases(rows=200):
 
 def test_a_document_comes_from_anywhere(iris, tmp_path):
     data = IRIS.read_bytes()
-    gone = tmp_path / "gone.pmml"
+    gone = tmp_path / os.fsdecode(b"gone\xff.pmml")  # no UTF-8
     gone.write_bytes(data)
     sources = [str(IRIS), IRIS, data, bytearray(data), io.BytesIO(data), data.decode(),
-               io.StringIO(data.decode()), IRIS.open("rb"), gone]
+               io.StringIO(data.decode()), IRIS.open("rb"), gone, next(os.scandir(bytes(tmp_path)))]
     models = [svmscore.load(source) for source in sources]
     gone.unlink()
     wanted = iris.predict(cases())
@@ -57,8 +60,10 @@ def test_a_model_tells_what_the_program_tells(iris):
     assert iris.decision_function(cases(5)).shape == (5, 3)
     with pytest.raises(svmscore.NotCalibrated, match="votes"):
         iris.predict_proba(cases())
-    with pytest.raises(ValueError, match="from 1 on"):
-        iris.predict(cases(), threads=0)
+    for threads in (0, -2, 1025, 1 << 31, 1.0):
+        with pytest.raises(ValueError, match="from 1 on"):
+            iris.predict(cases(), threads=threads)
+    assert len(iris.predict(cases(), threads=np.int64(2))) == 200
 
 
 def test_the_package_shows_its_names():
@@ -116,11 +121,11 @@ def test_guesses_and_losses_are_told(iris):
         svmscore.load(IRIS, missing_policy="guess")
     with pytest.raises(svmscore.DocumentError):
         svmscore.load(IRIS, limits={"document-size": 100})
+    with pytest.raises(ValueError, match="document-size.*-1"):
+        svmscore.load(IRIS, limits={"document-size": -1})
 
 
 def run_program_whatever(*arguments):
-    import subprocess
-
     from conftest import PROGRAM
 
     return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, text=True).stdout
@@ -136,6 +141,9 @@ def test_scores_are_compared_with_expected_ones(iris):
     assert not told["agrees"] and told["disagreements"] == 1
     assert told["agreement"]["accuracy"] == pytest.approx(1 - 1 / len(frame))
     assert svmscore.doctor(IRIS, frame, wrong)["agreement"]["accuracy"] < 1
+    for column in (pd.Series(wrong), __import__("polars").Series(wrong.tolist()), wrong.tolist(),
+                   __import__("pyarrow").chunked_array([wrong.tolist()])):
+        assert iris.verify(frame, column)["disagreements"] == 1
     with pytest.raises(ValueError, match="both"):
         iris.verify(frame)
     with pytest.raises(svmscore.DocumentError):  # the document has no records
@@ -153,6 +161,84 @@ def test_the_interpreter_goes_on_while_rows_are_scored(iris):
         worker.join()
     finally:
         sys.setswitchinterval(interval)
+
+
+@pytest.fixture(scope="module")
+def slow():
+    """A model of many vectors, and 16,384 cases for it."""
+    vectors = np.random.default_rng(6).integers(-9, 9, (4000, 100))
+    lines = [f"{1 - 2 * (row % 2)} " + " ".join(f"{i}:{v}" for i, v in enumerate(vector, 1))
+             for row, vector in enumerate(vectors)]
+    text = ("svm_type c_svc\nkernel_type rbf\ngamma 0.001\nnr_class 2\ntotal_sv 4000\nrho 0\n"
+            "label 1 -1\nnr_sv 2000 2000\nSV\n")
+    return svmscore.load(svmscore.from_libsvm(text + "\n".join(lines) + "\n")), np.tile(vectors, (5, 1))[:16384]
+
+
+def test_the_interpreter_goes_on_while_a_long_case_is_scored(slow):
+    model, rows = slow
+    case, done = dict(zip(model.feature_names_in_, rows[0].tolist())), []
+    model.predict(case)  # shows how long it takes
+    interval = sys.getswitchinterval()
+    sys.setswitchinterval(1000)
+    try:
+        worker = threading.Thread(target=lambda: done.extend(model.predict(case) for _ in range(99)))
+        worker.start()
+        assert len(done) < 99
+        worker.join()
+    finally:
+        sys.setswitchinterval(interval)
+
+
+@pytest.mark.parametrize("kind", ["array", "stream"])
+def test_signals_are_heard_while_rows_are_scored(slow, kind):
+    import pyarrow
+
+    model, rows = slow
+    table = rows if kind == "array" else pyarrow.table(dict(zip(model.feature_names_in_, rows.T.copy())))
+    heard = []
+    before = signal.signal(signal.SIGALRM, lambda *_: heard.append(0))
+    signal.setitimer(signal.ITIMER_REAL, 0.001, 0.001)
+    try:
+        model.predict(table)
+    finally:
+        signal.setitimer(signal.ITIMER_REAL, 0)
+        signal.signal(signal.SIGALRM, before)
+    assert len(heard) > 3
+
+
+def test_output_columns_may_be_named_alike(iris):
+    import polars
+
+    fields = "".join(f'<OutputField name="{name}" feature="predictedValue"/>' for name in ("status", "a"))
+    text = IRIS.read_text().replace("</MiningSchema>", f"</MiningSchema><Output>{fields}</Output>", 1)
+    model = svmscore.load(text)
+    frame = pd.DataFrame(cases(3), columns=iris.feature_names_in_)
+    scores = model.table(frame, errors="raise")
+    assert list(scores.columns) == ["status", "a", "status"]
+    assert scores.iloc[:, 0].tolist() == scores["a"].tolist() == iris.predict(frame).tolist()
+    assert scores.iloc[:, 2].tolist() == [0] * 3
+    for table in (cases(3), polars.DataFrame(frame)):
+        with pytest.raises(ValueError, match="alike"):
+            model.table(table)
+
+
+OUT_OF_MEMORY = """
+import resource, sys
+import duckdb, numpy, svmscore  # duckdb's module translates exceptions, too
+model = svmscore.load(sys.argv[1])
+rows = numpy.zeros(1 << 28, dtype=numpy.int8)
+pages = int(open("/proc/self/statm").read().split()[0])
+resource.setrlimit(resource.RLIMIT_AS, (pages * 4096 + (200 << 20),) * 2)
+try:
+    model.predict(dict.fromkeys(model.feature_names_in_, rows))
+except MemoryError:
+    print("told")
+"""
+
+
+def test_memory_that_runs_out_is_told():
+    done = subprocess.run([sys.executable, "-c", OUT_OF_MEMORY, IRIS], capture_output=True, text=True)
+    assert done.stdout == "told\n", done.stderr
 
 
 def test_threads_share_a_model(iris):

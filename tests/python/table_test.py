@@ -8,7 +8,7 @@ import pandas as pd
 import pytest
 
 import svmscore
-from conftest import EXAMPLES, mixed_result, program_table
+from conftest import EXAMPLES, MIXED, mixed_result, program_table
 
 ROWS = 3
 N = [1, 2, 3]
@@ -87,11 +87,17 @@ TABLES = {
     "categories": lambda: frame_of(
         colour=pd.Categorical(COLOUR), n=pd.Categorical(N), when=pd.Categorical(WHEN)
     ),
+    "categories backwards": lambda: frame_of(
+        colour=pd.Categorical(COLOUR[::-1])[::-1],
+        n=pd.Categorical(N, categories=pd.Index(N[::-1])[::-1]),
+    ),
+    "others twice": lambda: pd.concat([frame_of(a=1), frame_of(a=2)[["a"]]], axis=1),
     "nullable": lambda: frame_of(
         n=pd.array(N, dtype="Int8"), x=pd.array(X, dtype="Float32"),
         flag=pd.array(FLAG, dtype="boolean"), colour=pd.array(COLOUR, dtype="string[python]"),
     ),
     "arrow-backed": lambda: frame_of().convert_dtypes(dtype_backend="pyarrow"),
+    "nullable indexes": lambda: {**COLUMNS, "n": pd.Index(N, dtype="Int8"), "x": pd.Index(X)},
     "days": lambda: frame_of(when=pd.to_datetime(WHEN)),
     "dates": lambda: frame_of(when=[datetime.date.fromisoformat(day) for day in WHEN]),
     "objects": lambda: frame_of().astype(object),
@@ -99,6 +105,13 @@ TABLES = {
     "decimals": lambda: frame_of(x=[decimal.Decimal(str(x)) for x in X]),
     "flags as numbers": lambda: frame_of(flag=[1, 0, 1]),
     "flags as texts": lambda: frame_of(flag=["true", "false", "true"]),
+    "arrow-backed text, cut": lambda: pd.concat([frame_of()[1:2], frame_of()]).astype(
+        {"colour": "string[pyarrow]"})[1:],
+    "midnights": lambda: {**COLUMNS, "when": [datetime.datetime.fromisoformat(d) for d in WHEN]},
+    "days of NumPy": lambda: {**COLUMNS, "when": [np.datetime64(day) for day in WHEN]},
+    "categories of days": lambda: frame_of(when=pd.Categorical(pd.to_datetime(WHEN))),
+    "bools among numbers": lambda: {**COLUMNS, "n": [True, 2, 3.0], "flag": [1, False, np.True_]},
+    "values that change their list": lambda: {**COLUMNS, "x": Changing(X)},
     "sparse": lambda: frame_of(x=pd.arrays.SparseArray(X)),
     "wide numbers": lambda: frame_of(x=np.array(X, dtype=np.longdouble), n=np.float16(N)),
     "dict of lists": lambda: dict(COLUMNS),
@@ -127,6 +140,51 @@ def pyarrow_chunks():
     table = pyarrow.table(COLUMNS)
     doubled = pyarrow.concat_tables([table.slice(0, 1), table, table])
     return doubled.slice(1, ROWS)
+
+
+class Changing:
+    """A column whose list becomes empty while its values are read."""
+
+    def __init__(self, numbers):
+        self.numbers, self.values = numbers, []
+
+    def __len__(self):
+        return ROWS
+
+    def to_list(self):
+        self.values = [self.Value(number, self) for number in self.numbers]
+        return self.values
+
+    class Value:
+        def __init__(self, number, column):
+            self.number, self.column = number, column
+
+        def __float__(self):
+            self.column.values.clear()
+            return self.number
+
+
+def stream_without_batches():
+    import pyarrow
+
+    schema = pyarrow.table(COLUMNS).drop(["x"]).schema
+    return pyarrow.RecordBatchReader.from_batches(schema, [])
+
+
+def stream_that_is_used_up():
+    import pyarrow
+
+    capsule = pyarrow.table(COLUMNS).__arrow_c_stream__()
+    pyarrow.RecordBatchReader._import_from_c_capsule(capsule)
+    return type("Stream", (), {"__arrow_c_stream__": lambda self: capsule})()
+
+
+class StreamOf:
+    def __init__(self, column):
+        self.column = column
+
+    def __arrow_c_stream__(self):
+        return self.column.__arrow_c_stream__()
 
 
 def duckdb_relation():
@@ -162,11 +220,66 @@ def test_a_case_may_be_a_dict(mixed):
     assert np.isnan(mixed.predict({**case, "x": "?"}, errors="status")).all()
 
 
+def test_fields_of_texts_take_numbers_and_bools_as_they_are():
+    document = MIXED.replace('dataType="date"', 'dataType="double"').replace(
+        '<Apply function="dateDaysSinceYear"><FieldRef field="when"/><Constant>1960</Constant></Apply>',
+        '<FieldRef field="when"/>')
+    for text, value in (("9007199254740993", 2**53 + 1), ("true", True), ("0.5", 0.5), ("1", 1.0),
+                        (str(2**70), 2**70), ("1e+300", 1e300)):
+        model = svmscore.load(document.replace('"red"', f'"{text}"'))
+        row = {"n": 1, "x": 0.5, "colour": value, "flag": 1, "when": 0.0}
+        frame = pd.DataFrame([row])
+        for table in (row, [row], [list(row.values())], frame, pd.concat([frame] * 20),
+                      frame.astype({"colour": "category"}), {name: [row[name]] * 2 for name in row},
+                      {**{name: [row[name]] * 2 for name in row}, "colour": [value, "green"]}):
+            assert model.predict(table)[0] == mixed_result(1, 0.5, "red", 1, 0), (text, type(table))
+
+
+def test_points_in_time_keep_their_time(mixed):
+    document = MIXED.replace('dataType="date"', 'dataType="dateTime"').replace(
+        "dateDaysSinceYear", "dateSecondsSinceYear")
+    model = svmscore.load(document)
+    for texts in (["1959-12-31T23:59:59", "1960-01-01T00:00:05"], ["1960-01-01", "1960-01-02"],
+                  ["1960-01-01T00:00:00.25", "1960-01-02T01:00:00.5"]):
+        times = np.array(texts, "M8[ns]")
+        wanted = ((times - np.datetime64("1960-01-01")) // np.timedelta64(1, "s")).tolist()
+        for when in (times, pd.Series(times), times.astype("M8[ms]"), times.astype("M8[us]").tolist(),
+                     list(times), [pd.Timestamp(text) for text in texts], pd.Categorical(times)):
+            table = {"n": [0, 0], "x": [0, 0], "colour": ["green"] * 2, "flag": [0, 0], "when": when}
+            assert model.predict(table).tolist() == wanted, (texts, type(when))
+        if ":" in texts[0]:
+            assert np.isnan(mixed.predict({**table, "when": list(times)}, errors="status")).all()
+
+
+@pytest.mark.parametrize("kind", ["float16", "float32", "float64", "dictionary"])
+def test_nan_and_null_are_missing_in_parts_of_a_stream(mixed, kind):
+    import pyarrow
+
+    names = {**COLUMNS, "x": np.array([0, 0, 0.5, np.nan, 4])}
+    x = pyarrow.array(names["x"].astype(kind if kind != "dictionary" else float),
+                      mask=np.array([0, 1, 0, 0, 0], dtype=bool))
+    names["x"] = x.dictionary_encode() if kind == "dictionary" else x
+    table = pyarrow.table({n: v if n == "x" else [v[i] for i in (0, 0, 0, 1, 2)] for n, v in names.items()})
+    whole = table.combine_chunks().to_struct_array().combine_chunks()
+    for part in (table.slice(1), StreamOf(pyarrow.chunked_array([whole.slice(1)]))):
+        assert list(mixed.table(part)["status"]) == [90029, 0, 90029, 0]
+        assert mixed.predict(part, errors="status")[[1, 3]].tolist() == [WANTED[0], WANTED[2]]
+
+
+def test_the_first_of_several_dicts_may_lack_a_key(mixed):
+    rows = [dict(zip(COLUMNS, row)) for row in zip(*COLUMNS.values())]
+    del rows[0]["x"]
+    assert mixed.predict(rows, errors="status")[1:].tolist() == WANTED[1:]
+
+
 MISSING = {
     "NaN": lambda: frame_of(x=[0.5, np.nan, 4.0]),
     "float32": lambda: {**COLUMNS, "x": np.float32([0.5, np.nan, 4.0])},
     "None": lambda: frame_of(colour=["red", None, "red"]),
     "pandas.NA": lambda: frame_of(n=pd.array([1, None, 3], dtype="Int64")),
+    "null in an arrow-backed column": lambda: frame_of(
+        flag=pd.Series([True, None, True], dtype=pd.ArrowDtype(__import__("pyarrow").bool_()))
+    ),
     "NaN in a nullable column": lambda: frame_of(x=pd.array([0.5, np.nan, 4.0], dtype="Float64")),
     "NaT": lambda: frame_of(when=pd.to_datetime([WHEN[0], None, WHEN[2]])),
     "category": lambda: frame_of(colour=pd.Categorical(["red", None, "red"])),
@@ -174,7 +287,13 @@ MISSING = {
         **COLUMNS, "colour": np.array(["red", np.nan, "red"], dtype=object)
     },
     "mask": lambda: {**COLUMNS, "x": np.ma.masked_equal(np.array([0.5, 9.0, 4.0]), 9.0)},
+    "NaN beside a mask": lambda: {**COLUMNS, "x": np.ma.array([0.5, np.nan, 4], mask=[0, 0, 0])},
     "null": lambda: __import__("pyarrow").table({**COLUMNS, "n": [1, None, 3]}),
+    "NaN among whole numbers": lambda: {**COLUMNS, "x": [0.5, np.float32("nan"), 4]},
+    "mask of a table": lambda: np.ma.array(
+        list(zip(*COLUMNS.values())), dtype=object, mask=[[0] * 5, [0, 1, 0, 0, 0], [0] * 5]
+    ),
+    "NaT in an object": lambda: {**COLUMNS, "when": [WHEN[0], pd.NaT, WHEN[2]]},
     "NaN in Arrow": lambda: __import__("pyarrow").table(
         {**COLUMNS, "x": __import__("pyarrow").array([0.5, float("nan"), 4.0])}
     ),
@@ -190,7 +309,9 @@ MISSING = {
 @pytest.mark.parametrize("kind", MISSING)
 def test_missing_values_are_missing(mixed, kind):
     table = MISSING[kind]()
-    assert list(mixed.table(table)["status"]) == [0, 90029, 0]
+    scores = mixed.table(table, reasons=True)
+    assert list(scores["status"]) == [0, 90029, 0]
+    assert pd.isna(scores["reason"]).tolist() == [True, False, True]
     got = mixed.predict(table, errors="status")
     assert got[[0, 2]].tolist() == [WANTED[0], WANTED[2]] and np.isnan(got[1])
     with pytest.raises(svmscore.ScoringError, match="1 of 3 rows.*row 1") as caught:
@@ -230,6 +351,13 @@ FAULTS = [
     (lambda: __import__("scipy.sparse").sparse.csr_matrix((ROWS, 5)), TypeError, "sparse"),
     (lambda: 5, TypeError, "type int"),
     (lambda: __import__("pyarrow").table({**COLUMNS, "x": [[1.0]] * ROWS}), ValueError, "x"),
+    (lambda: {**COLUMNS, "x": (x for x in X)}, TypeError, "'x'.*generator"),
+    (lambda: {**COLUMNS, "x": [np.array([x]) for x in X]}, TypeError, "'x', row 0.*ndarray"),
+    (lambda: {**COLUMNS, "colour": np.array([b"\xff"] * ROWS)}, ValueError, "'colour'"),
+    (lambda: dict(zip(COLUMNS, (1, b"2", "red", True, WHEN[0]))), TypeError, "'x'.*bytes"),
+    (lambda: dict(zip(COLUMNS, (1, "\ud800", "red", True, WHEN[0]))), ValueError, "'x', row 0"),
+    (lambda: stream_without_batches(), svmscore.TableError, '"x"'),
+    (lambda: stream_that_is_used_up(), ValueError, "read already"),
 ]
 
 
@@ -237,6 +365,15 @@ FAULTS = [
 def test_faults_are_named(mixed, table, error, message):
     with pytest.raises(error, match=message):
         mixed.predict(table())
+
+
+def test_older_versions_of_other_libraries_do(iris, monkeypatch):
+    import scipy.sparse
+
+    monkeypatch.delattr(scipy.sparse, "sparray", raising=False)
+    assert len(iris.predict(np.ones((2, 4)))) == 2
+    with pytest.raises(TypeError, match="sparse"):
+        iris.predict(scipy.sparse.csr_matrix((2, 4)))
 
 
 def test_tables_without_rows(mixed):
@@ -276,6 +413,12 @@ def test_layouts_of_one_array_have_the_same_bits(iris):
                   pd.DataFrame(copies), copies, array.astype(object)[:1000]):
         got = iris.decision_function(other)
         assert got.tobytes() == wanted[: len(got)].tobytes()
+    assert iris.decision_function(frame[:9].iloc[::-1, ::-1]).tobytes() == wanted[8::-1].tobytes()
+    masked = np.ma.array(array[:3], mask=np.eye(3, 4))
+    assert iris.table(masked)["status"].tolist() == [90029] * 3
+    holed = array[:5000].copy()
+    holed[:3000, 0] = np.nan
+    assert pd.isna(iris.table(holed, reasons=True)["reason"]).tolist() == [False] * 3000 + [True] * 2000
     assert iris.decision_function(array, threads=-1).tobytes() == wanted.tobytes()
     assert iris.decision_function(array.astype(np.float32)).tobytes() == (
         iris.decision_function(array.astype(np.float32).astype(float)).tobytes()
