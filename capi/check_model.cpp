@@ -3,6 +3,7 @@
 
 #include "capi/call_error.h"
 #include "capi/caller_structs.h"
+#include "capi/document_lock.h"
 #include "capi/given_text.h"
 #include "capi/input_cells.h"
 #include "capi/model_state.h"
@@ -110,7 +111,7 @@ int svmscore_describe(const svmscore_model* model, char** json, size_t* length,
   return Guarded(error, [&] {
     Require(model, "model");
     Require(json, "json");
-    const std::lock_guard lock(model->state->document_mutex);
+    const DocumentLock lock(model->state->document_mutex);
     Give(svmscore::tools::JsonOf(svmscore::tools::Summarise(model->state->loaded)), json, length);
   });
 }
@@ -120,7 +121,7 @@ int svmscore_verify(const svmscore_model* model, const svmscore_expectation* exp
   return Guarded(error, [&] {
     Require(model, "model");
     Require(json, "json");
-    const std::lock_guard lock(model->state->document_mutex);
+    const DocumentLock lock(model->state->document_mutex);
     Give(Verify(*model->state, expectation), json, length);
   });
 }

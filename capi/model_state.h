@@ -60,7 +60,7 @@ struct ModelState {
   TextList categories;
   TextList remarks;
   std::vector<InputFacts> input_facts;
-  // Documents are read by one thread at a time, for Xerces asks for that.
+  // By DocumentLock.
   mutable std::mutex document_mutex;
 };
 

@@ -1,8 +1,8 @@
 #include "capi/row_scorer.h"
 
-#include <mutex>
 #include <utility>
 
+#include "capi/document_lock.h"
 #include "host/model/score_status.h"
 
 namespace svmscore::capi {
@@ -33,7 +33,7 @@ RowScorer::RowScorer(const ScoringPlan& plan, std::vector<const ScoreDictVar*> v
     batch_.emplace(*plan.model->batch, categories, capacity_);
   }
   if (plan.gives_reasons) {
-    const std::lock_guard lock(plan.model->document_mutex);
+    const DocumentLock lock(plan.model->document_mutex);
     examiner_.emplace(plan.model->loaded, variables);
   }
   rows_.reserve(capacity_);

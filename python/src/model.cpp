@@ -144,7 +144,6 @@ nb::str Model::Describe() const {
   int status = SVMSCORE_OK;
   {
     const nb::gil_scoped_release release;
-    const std::lock_guard lock(mutex_);
     status = svmscore_describe(Get(), &json, &length, &error);
   }
   Check(status, error);
@@ -158,7 +157,6 @@ nb::str Model::Verify(const Columns* cases, const Columns* expected, double tole
   int status = SVMSCORE_OK;
   {
     const nb::gil_scoped_release release;
-    const std::lock_guard lock(mutex_);
     if (cases == nullptr || expected == nullptr) {
       status = svmscore_verify(Get(), nullptr, &json, &length, &error);
     } else {

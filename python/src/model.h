@@ -3,7 +3,6 @@
 #define PYTHON_SRC_MODEL_H_
 
 #include <memory>
-#include <mutex>
 
 #include <nanobind/nanobind.h>
 
@@ -45,7 +44,6 @@ class Model {
     void operator()(svmscore_model* model) const { svmscore_model_free(model); }
   };
   std::unique_ptr<svmscore_model, Free> model_;
-  mutable std::mutex mutex_;  // held by what looks into the document, one after the other
 };
 
 nanobind::str Doctor(nanobind::bytes document, const LoadSettings& settings, const Columns* cases,

@@ -96,6 +96,35 @@ TEST(CProcess, AForkedChildScores) {
   EXPECT_EQ(Score(scorer.get(), columns), expected);
 }
 
+// Also where another thread was reading the document.
+TEST(CProcess, AForkedChildDescribes) {
+  const Model model = LoadFile(Documents()[0]);
+  const auto describes = [&] {
+    char* json = nullptr;
+    const int kind = svmscore_describe(model.get(), &json, nullptr, nullptr);
+    svmscore_text_free(json);
+    return kind == SVMSCORE_OK;
+  };
+  std::atomic<bool> ends{false};
+  std::thread other([&] {
+    while (!ends) describes();
+  });
+  for (int i = 0; i < 20; ++i) {
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+      alarm(20);  // ends a child that waits for ever
+      _exit(describes() ? 0 : 1);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    if (status != 0) break;
+  }
+  ends = true;
+  other.join();
+}
+
 TEST(CProcess, OpensAndClosesTheLibraryAHundredTimesWithoutGrowing) {
   const std::string command = std::string(DLOPEN_PROGRAM) + " " + SVMSCORE_LIBRARY + " " +
                               PROJECT_FOLDER "/examples/tumour/model.pmml";

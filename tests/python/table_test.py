@@ -105,8 +105,9 @@ TABLES = {
     "decimals": lambda: frame_of(x=[decimal.Decimal(str(x)) for x in X]),
     "flags as numbers": lambda: frame_of(flag=[1, 0, 1]),
     "flags as texts": lambda: frame_of(flag=["true", "false", "true"]),
-    "arrow-backed text, cut": lambda: pd.concat([frame_of()[1:2], frame_of()]).astype(
-        {"colour": "string[pyarrow]"})[1:],
+    "arrow-backed text, cut": lambda: pd.DataFrame(
+        {name: [values[1], *values] for name, values in COLUMNS.items()}
+    ).astype({"colour": "string[pyarrow]"})[1:],
     "midnights": lambda: {**COLUMNS, "when": [datetime.datetime.fromisoformat(d) for d in WHEN]},
     "days of NumPy": lambda: {**COLUMNS, "when": [np.datetime64(day) for day in WHEN]},
     "categories of days": lambda: frame_of(when=pd.Categorical(pd.to_datetime(WHEN))),
