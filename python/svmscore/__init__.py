@@ -27,6 +27,8 @@ if TYPE_CHECKING:
     from . import dask as dask, sklearn as sklearn, spark as spark
     from ._pmml import ConversionError, to_pmml
 
+    _offered = (dask, sklearn, spark)
+
 __version__: str = _core.version()
 
 
