@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "host/text/number_text.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
 #include "tests/convert/trained_model.h"
@@ -38,13 +39,13 @@ TEST(ConvertCommand, MakesWhatScoresAsThePrograms) {
   for (const svmscore_test::Case& values : data.cases) {
     const char* separator = "";
     for (const double value : values) {
-      table += separator + std::to_string(value);
+      table += separator + svmscore::FormatNumber(value);
       separator = ",";
     }
     table += '\n';
   }
   const Ran libsvm = RunShell(
-      "cd '" + folder.Path(".") +
+      "unset LD_PRELOAD; cd '" + folder.Path(".") +  // numbers of theirs depend on the locale
       "' && svm-scale -s ranges data >scaled && "
       "svm-train -q -b 1 scaled model && svm-predict -b 1 scaled model predicted >/dev/null && "
       "cat predicted");

@@ -1,7 +1,9 @@
 // Converted models score as LIBSVM does.
 #include <algorithm>
 #include <cmath>
+#include <locale>
 #include <map>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -149,12 +151,14 @@ struct Scaling {
 Scaling RunScale(const Data& data, bool answers) {
   const TemporaryFolder folder;
   folder.Write("data", TextOf(data));
-  svmscore::app::RunShell("'" LIBSVM_SCALE "' -l -0.7 -u 1.3 " +
+  // LIBSVM's programs write numbers as the locale has them, which this process may have changed.
+  svmscore::app::RunShell("unset LD_PRELOAD; '" LIBSVM_SCALE "' -l -0.7 -u 1.3 " +
                           std::string(answers ? "-y -2 3 " : "") + "-s '" + folder.Path("ranges") +
                           "' '" + folder.Path("data") + "'");
   Scaling scaling;
   scaling.text = svmscore::app::ReadFile(folder.Path("ranges"));
   std::istringstream file(scaling.text);
+  file.imbue(std::locale::classic());
   std::string section;
   file >> section;
   double skipped = 0.0;
