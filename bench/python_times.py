@@ -118,7 +118,7 @@ def compare(name, estimator, x, y, rows, folder):
             part = few.iloc[:SLOW_ROWS]
             row(name, shape, reader, f"{SLOW_ROWS}",
                 told(ratios(lambda: model.predict(part), lambda: scorer(part), 3)))
-    scorer = model._scorer(model._plan(1, False, 1), (1, False, 1))
+    scorer = model._plan(1, False, 1).take()
     columns = model._read(cases).columns
     over = ratios(lambda: scorer.score(columns, [0]), lambda: model.predict(cases), 5)
     row(name, shape, "the C interface on columns that are ready", f"{rows}", told(over))

@@ -99,14 +99,25 @@ def _typed(categories: list[str], data_type: str) -> np.ndarray:
 
 
 class _Plan:
-    """The output columns of one way of scoring, and scorers that are free."""
+    """One way of scoring: what makes its scorers, their output columns, and scorers that are free."""
 
-    def __init__(self, outputs: list[tuple[str, bool, int]]) -> None:
-        self.outputs = outputs
-        self.names = [output[0] for output in outputs]
+    def __init__(self, core: _core.Model, key: tuple[int, bool, int, bool]) -> None:
+        self._core = core
+        self._key = key
+        self.free: list[_core.Scorer] = []
+        scorer = self.take()
+        self.outputs: list[tuple[str, bool, int]] = scorer.outputs()
+        self.free.append(scorer)
+        self.names = [output[0] for output in self.outputs]
         # An output field of the document may have its name; the last one is the row's.
         self.status = len(self.names) - 1 - self.names[::-1].index("status")
-        self.free: list[_core.Scorer] = []
+
+    def take(self) -> _core.Scorer:
+        """A scorer that nobody else uses; to be put back among those that are free, or not."""
+        try:
+            return self.free.pop()
+        except IndexError:
+            return _core.Scorer(self._core, *self._key)
 
 
 class Model:
@@ -213,7 +224,7 @@ class Model:
             return self._predict_case(X, errors)
         plan = self._plan(1, False, threads)
         at = plan.names.index("prediction")
-        prediction, status = self._score(X, plan, (1, False, threads), [at])
+        prediction, status = self._score(X, plan, [at])
         failed = self._check(X, status[0], errors)
         values, _ = prediction
         if plan.outputs[at][2] != CODES:
@@ -237,7 +248,7 @@ class Model:
             )
         plan = self._plan(1, False, threads)
         wanted = [at for at, name in enumerate(plan.names) if name.startswith("probability(")]
-        *columns, status = self._score(X, plan, (1, False, threads), wanted)
+        *columns, status = self._score(X, plan, wanted)
         self._check(X, status[0], errors)
         return _side_by_side(columns)
 
@@ -252,7 +263,7 @@ class Model:
         plan = self._plan(1, True, threads)
         # By their places: two machines may have one name.
         wanted = range(plan.status - len(self._core.machines()), plan.status)
-        *columns, status = self._score(X, plan, (1, True, threads), wanted)
+        *columns, status = self._score(X, plan, wanted)
         self._check(X, status[0], errors)
         return columns[0][0] if len(columns) == 1 else _side_by_side(columns)
 
@@ -281,9 +292,8 @@ class Model:
             outcome that cannot be decided) or 90029 (a missing value).
         """
         _check_errors(errors)
-        key = _key(columns, decisions, reasons, threads)
-        plan = self._plan(*key)
-        table, results = self._score_wholly(X, plan, key)
+        plan = self._plan_of(columns, decisions, reasons, threads)
+        table, results = self._score_wholly(X, plan)
         status = results[plan.status][0]
         if errors == "raise":
             self._check(X, status, errors)
@@ -349,46 +359,36 @@ class Model:
         key = (choice, decisions, threads, reasons)
         plan = self._plans.get(key)
         if plan is None:
-            scorer = _core.Scorer(self._core, choice, decisions, threads, reasons)
-            plan = _Plan(scorer.outputs())
-            plan.free.append(scorer)
-            self._plans[key] = plan
+            plan = self._plans[key] = _Plan(self._core, key)
         return plan
 
-    def _plan_of(self, columns: str, decisions: bool, reasons: bool) -> _Plan:
-        return self._plan(*_key(columns, decisions, reasons))
+    def _plan_of(self, columns: str, decisions: bool, reasons: bool, threads: int = 1) -> _Plan:
+        if columns not in _CHOICES:
+            raise ValueError("columns is 'auto', 'raw' or 'all'")
+        return self._plan(_CHOICES[columns], bool(decisions), threads, bool(reasons))
 
     def _score_columns(
         self, X: Any, columns: str, decisions: bool, reasons: bool
     ) -> list[tuple[str, int, Any, Any]]:
         """(name, type, values, which are missing or None) of each column: categories as codes."""
-        key = _key(columns, decisions, reasons)
-        plan = self._plan(*key)
+        plan = self._plan_of(columns, decisions, reasons)
         return [
             (name, kind, *result)
-            for (name, _, kind), result in zip(plan.outputs, self._score_wholly(X, plan, key)[1])
+            for (name, _, kind), result in zip(plan.outputs, self._score_wholly(X, plan)[1])
         ]
-
-    def _scorer(self, plan: _Plan, key: tuple) -> _core.Scorer:
-        try:
-            return plan.free.pop()
-        except IndexError:
-            return _core.Scorer(self._core, *key, *([] if len(key) == 4 else [False]))
 
     def _read(self, X: Any) -> _tables.Table:
         return _tables.read(X, self._input_names, self._input_types, self._needed)
 
-    def _score(self, X: Any, plan: _Plan, key: tuple, wanted: Iterable[int]) -> list[tuple]:
-        return self._run(X, plan, key, [*wanted, plan.status])[1]
+    def _score(self, X: Any, plan: _Plan, wanted: Iterable[int]) -> list[tuple]:
+        return self._run(X, plan, [*wanted, plan.status])[1]
 
-    def _score_wholly(self, X: Any, plan: _Plan, key: tuple) -> tuple[_tables.Table, list[tuple]]:
-        return self._run(X, plan, key, list(range(len(plan.names))))
+    def _score_wholly(self, X: Any, plan: _Plan) -> tuple[_tables.Table, list[tuple]]:
+        return self._run(X, plan, list(range(len(plan.names))))
 
-    def _run(
-        self, X: Any, plan: _Plan, key: tuple, wanted: list[int]
-    ) -> tuple[_tables.Table, list[tuple]]:
+    def _run(self, X: Any, plan: _Plan, wanted: list[int]) -> tuple[_tables.Table, list[tuple]]:
         try:
-            return self._run_fitting(X, plan, key, wanted)
+            return self._run_fitting(X, plan, wanted)
         except TableError as error:
             raise self._told(error, X) from None
 
@@ -398,29 +398,28 @@ class Model:
         return TableError(lack, error.code) if lack else error
 
     def _run_fitting(
-        self, X: Any, plan: _Plan, key: tuple, wanted: list[int]
+        self, X: Any, plan: _Plan, wanted: list[int]
     ) -> tuple[_tables.Table, list[tuple]]:
         if _tables.has_stream(X):
-            scorer = self._scorer(plan, key)
+            scorer = plan.take()
             results = scorer.score_stream(X.__arrow_c_stream__(), wanted)
             kind = "polars" if type(X).__module__.startswith("polars") else ""
             return _tables.Table(None, None, kind), results
         table = self._read(X)
-        scorer = self._scorer(plan, key)
+        scorer = plan.take()
         results = scorer.score(table.columns, wanted)
         if table.columns.row_count <= _KEPT_ROWS:
             plan.free.append(scorer)
         return table, results
 
     def _predict_case(self, X: Mapping[Any, Any], errors: _Errors) -> np.ndarray:
-        key = (1, False, 1)
-        plan = self._plan(*key)
+        plan = self._plan(1, False, 1)
         for name in self._needed:
             if name not in X:
                 return self._predict_row(X, errors)
         try:
             values = [_tables.plain(X.get(name)) for name in self._input_names]
-            scorer = self._scorer(plan, key)
+            scorer = plan.take()
             results = scorer.score_case(values)
             plan.free.append(scorer)
         except (TypeError, UnicodeError):  # a value that needs a column to be understood, such as a date
@@ -497,21 +496,14 @@ class Model:
         stream = _tables.has_stream(X)
         if stream and not _tables.can_slice(X):
             return []
-        key = (1, False, 1, True)
-        plan = self._plan(*key)
+        plan = self._plan(1, False, 1, True)
         wanted = [plan.names.index("reason")]
-        scorer = self._scorer(plan, key)
+        scorer = plan.take()
         if stream:
             parts = [X.slice(row, 1).__arrow_c_stream__() for row in rows]
             return [scorer.score_stream(part, wanted)[0][0][0] or "" for part in parts]
         columns = self._read(X).columns
         return [scorer.score_rows(columns, row, 1, wanted)[0][0][0] or "" for row in rows]
-
-
-def _key(columns: str, decisions: bool, reasons: bool, threads: int = 1) -> tuple:
-    if columns not in _CHOICES:
-        raise ValueError("columns is 'auto', 'raw' or 'all'")
-    return _CHOICES[columns], bool(decisions), threads, bool(reasons)
 
 
 def _sentence_of(status: int) -> str:
