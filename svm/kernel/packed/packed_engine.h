@@ -82,6 +82,13 @@ class PackedEngine {
   std::size_t fields() const { return view_.fields; }
   std::size_t machines() const { return view_.machines; }
   bool sparse() const { return view_.dense == nullptr; }
+  // The packed model, and what it was packed from: the distinct vectors in the pool's order, and
+  // the machines' terms as positions among them. Valid as long as the engine.
+  const packed::ModelView& view() const { return view_; }
+  const std::vector<packed::VectorView>& pool() const { return pool_; }
+  packed::MachineView machine(std::size_t m) const {
+    return {plain_machines_[m].coefficients, plain_machines_[m].terms, view_.offsets[m]};
+  }
 
   // x[fields] to decisions[machines].
   void Decide(const double* x, PackedScratch& scratch, double* decisions) const;

@@ -1,0 +1,79 @@
+#include "svm/kernel/certified/vote_rule.h"
+
+#include <cmath>
+#include <limits>
+
+namespace MCSVM_700::certified {
+namespace {
+
+// Makes up for the rounding of d~ - t, of a bound's ends, and of this product.
+constexpr double kWider = 1 + 0x1p-48;
+
+// An end of [d~ - E, d~ + E], moved outwards by more than it was rounded. Not a number, or
+// infinite, where E is.
+double Low(double decision, double error) {
+  return decision - (error * kWider + std::fabs(decision) * 0x1p-50);
+}
+
+double High(double decision, double error) {
+  return decision + (error * kWider + std::fabs(decision) * 0x1p-50);
+}
+
+void ByThresholds(const std::vector<double>& thresholds, const Estimates& estimates,
+                  std::size_t count, std::uint8_t* unsure) {
+  for (std::size_t m = 0; m < thresholds.size(); ++m) {
+    const double* decisions = estimates.decisions + m * estimates.stride;
+    const double* errors = estimates.errors + m * estimates.error_stride;
+    const double threshold = thresholds[m];
+    for (std::size_t c = 0; c < count; ++c) {
+      const bool sure = std::fabs(decisions[c] - threshold) > errors[c] * kWider;
+      unsure[c] |= sure ? 0 : 1;
+    }
+  }
+}
+
+// Values are those of `sign` times the machines': the largest wins, surely where its low end is
+// above every other's high end.
+void ByLargest(double sign, std::size_t machines, const Estimates& estimates, std::size_t count,
+               std::uint8_t* unsure, std::uint32_t* best, double* best_low) {
+  for (std::size_t c = 0; c < count; ++c) {
+    best[c] = 0;
+    best_low[c] = -std::numeric_limits<double>::infinity();
+  }
+  for (std::uint32_t m = 0; m < machines; ++m) {
+    const double* decisions = estimates.decisions + m * estimates.stride;
+    const double* errors = estimates.errors + m * estimates.error_stride;
+    for (std::size_t c = 0; c < count; ++c) {
+      const double low = Low(sign * decisions[c], errors[c]);
+      if (low > best_low[c]) {
+        best_low[c] = low;
+        best[c] = m;
+      }
+    }
+  }
+  for (std::uint32_t m = 0; m < machines; ++m) {
+    const double* decisions = estimates.decisions + m * estimates.stride;
+    const double* errors = estimates.errors + m * estimates.error_stride;
+    for (std::size_t c = 0; c < count; ++c) {
+      const double high = High(sign * decisions[c], errors[c]);
+      const bool below = high < best_low[c];
+      const bool itself = m == best[c] && std::isfinite(high);
+      unsure[c] |= below || itself ? 0 : 1;
+    }
+  }
+}
+
+}  // namespace
+
+void FindUnsure(const VoteRule& rule, std::size_t machines, const Estimates& estimates,
+                std::size_t count, std::uint8_t* unsure, std::uint32_t* best, double* best_low) {
+  for (std::size_t c = 0; c < count; ++c) unsure[c] = 0;
+  if (rule.kind == VoteRule::Kind::kThresholds) {
+    ByThresholds(rule.thresholds, estimates, count, unsure);
+  } else {
+    const double sign = rule.kind == VoteRule::Kind::kLargest ? 1.0 : -1.0;
+    ByLargest(sign, machines, estimates, count, unsure, best, best_low);
+  }
+}
+
+}  // namespace MCSVM_700::certified
