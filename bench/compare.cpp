@@ -14,6 +14,7 @@
 
 #include "bench/libsvm_model.h"
 #include "bench/peak.h"
+#include "svm/kernel/certified/certified_engine.h"
 
 namespace {
 
@@ -54,14 +55,14 @@ double Quantile(std::vector<double> values, double share) {
   return values[static_cast<std::size_t>(share * static_cast<double>(values.size() - 1) + 0.5)];
 }
 
-std::string Ratio(const Part& slow, const Part& fast) {
+std::string Ratio(const Part& slow, const Part& fast, int digits = 1) {
   std::vector<double> ratios;
   for (std::size_t i = 0; i < fast.times.size(); ++i) {
     ratios.push_back(slow.times[i] / fast.times[i]);
   }
   char text[64];
-  std::snprintf(text, sizeof text, "%.1f (%.1f-%.1f)", Quantile(ratios, 0.5),
-                Quantile(ratios, 0.25), Quantile(ratios, 0.75));
+  std::snprintf(text, sizeof text, "%.*f (%.*f-%.*f)", digits, Quantile(ratios, 0.5), digits,
+                Quantile(ratios, 0.25), digits, Quantile(ratios, 0.75));
   return text;
 }
 
@@ -109,6 +110,80 @@ std::string Share(const Workload& workload, const Part& batch, const Part& term,
   return text;
 }
 
+// Votes alone: the engine's times against those of certified votes, and what these cost where no
+// case can be certified.
+class CertifiedParts {
+ public:
+  CertifiedParts(const Workload& workload, const PackedEngine& engine)
+      : workload_(workload),
+        engine_(engine),
+        certified_(engine, Rule()),
+        decisions_(workload.cases() * workload.machines()),
+        one_(workload.machines()) {
+    for (const double entry : workload.columns) hostile_cases_.push_back(entry * 1e25);
+    for (double& entry : hostile_cases_) entry += 1e20;
+  }
+
+  void Run() {
+    many.Run();
+    one.Run();
+    exact_hostile.Run();
+    RunHostile();
+  }
+  // Of the cases that were decided.
+  double OpenShare() const { return open_share_; }
+
+ private:
+  double Cases() const { return static_cast<double>(workload_.cases()); }
+  certified::VoteRule Rule() const {
+    return {certified::VoteRule::Kind::kThresholds, std::vector<double>(workload_.machines(), 0.0)};
+  }
+  void DecideMany(const CertifiedEngine& engine, const std::vector<double>& columns) {
+    engine.DecideMany({columns.data(), workload_.cases()}, workload_.cases(), certified_scratch_,
+                      scratch_, {decisions_.data(), workload_.cases()});
+  }
+  // An engine that has not met the data: 10,000 cases, its trials among them.
+  void RunHostile() {
+    const CertifiedEngine fresh(engine_, Rule());
+    const std::size_t calls = 10000 / workload_.cases() + 1;
+    const double start = Seconds();
+    for (std::size_t i = 0; i < calls; ++i) DecideMany(fresh, hostile_cases_);
+    hostile.times.push_back(1e9 * (Seconds() - start) / (Cases() * static_cast<double>(calls)));
+  }
+
+  const Workload& workload_;
+  const PackedEngine& engine_;
+  CertifiedEngine certified_;
+  CertifiedScratch certified_scratch_;
+  PackedScratch scratch_;
+  std::vector<double> hostile_cases_;
+  std::vector<double> decisions_;
+  std::vector<double> one_;
+  double open_share_ = 0.0;
+
+ public:
+  Part many{[this] { DecideMany(certified_, workload_.columns); }, Cases()};
+  Part one{[this] {
+             for (const auto& row : workload_.rows) {
+               certified_.Decide(row.data(), certified_scratch_, scratch_, one_.data());
+             }
+             open_share_ = certified_.why_not() != nullptr
+                               ? 1.0
+                               : static_cast<double>(certified_.counts().exact) /
+                                     static_cast<double>(certified_.counts().single +
+                                                         certified_.counts().twofold +
+                                                         certified_.counts().exact);
+           },
+           Cases()};
+  Part exact_hostile{[this] {
+                       engine_.DecideMany({hostile_cases_.data(), workload_.cases()},
+                                          workload_.cases(), scratch_,
+                                          {decisions_.data(), workload_.cases()});
+                     },
+                     Cases()};
+  Part hostile{[] {}, 1.0};  // by RunHostile
+};
+
 std::size_t Differences(const std::vector<double>& a, const std::vector<double>& b) {
   std::size_t count = 0;
   for (std::size_t i = 0; i < a.size(); ++i) {
@@ -153,8 +228,10 @@ void Measure(const Workload& workload, const packed::Operations* operations) {
             4096.0 * static_cast<double>(bench::TermsOfARound(engine.isa()))};
   std::vector<double> numbers(1024);
   Part function = FunctionPart(workload.input, operations, numbers);
+  CertifiedParts certified(workload, engine);
   for (int round = 0; round < kRounds; ++round) {
     for (Part* part : {&libsvm, &batch, &single, &term, &function, &definition}) part->Run();
+    certified.Run();
   }
 
   std::vector<double> theirs(cases * machines);
@@ -166,12 +243,17 @@ void Measure(const Workload& workload, const packed::Operations* operations) {
     for (std::size_t m = 0; m < machines; ++m) defined[m * cases + c] = one[m];
   }
   const auto microseconds = [](const Part& part) { return Quantile(part.times, 0.5) / 1000.0; };
-  std::printf("| %s | %zu x %zu | %zu | %.1f | %.1f | %.2f | %s | %.2f | %s | %s | %zu | %zu |\n",
-              workload.name.c_str(), workload.positions.size(), workload.fields, machines,
-              microseconds(libsvm), microseconds(definition), microseconds(batch),
-              Ratio(libsvm, batch).c_str(), microseconds(single), Ratio(libsvm, single).c_str(),
-              engine.sparse() ? "-" : Share(workload, batch, term, function).c_str(),
-              Differences(defined, decisions), Differences(theirs, decisions));
+  std::printf(
+      "| %s | %zu x %zu | %zu | %.1f | %.1f | %.2f | %s | %.2f | %s | %s | %zu | %zu "
+      "| %.3f | %s | %.2f | %s | %.2f %% | %s |\n",
+      workload.name.c_str(), workload.positions.size(), workload.fields, machines,
+      microseconds(libsvm), microseconds(definition), microseconds(batch),
+      Ratio(libsvm, batch).c_str(), microseconds(single), Ratio(libsvm, single).c_str(),
+      engine.sparse() ? "-" : Share(workload, batch, term, function).c_str(),
+      Differences(defined, decisions), Differences(theirs, decisions), microseconds(certified.many),
+      Ratio(batch, certified.many).c_str(), microseconds(certified.one),
+      Ratio(single, certified.one).c_str(), 100.0 * certified.OpenShare(),
+      Ratio(certified.hostile, certified.exact_hostile, 2).c_str());
   std::fflush(stdout);
   if (sink == 1.0) std::puts("");
 }
@@ -194,9 +276,11 @@ int main(int argc, char** argv) {
       svmscore::NameOf(choice.isa), kRounds);
   std::puts(
       "| | vectors x fields | machines | LIBSVM | definition | many cases | ratio | one case "
-      "| ratio | share of peak | bits unlike the definition | unlike LIBSVM |");
-  std::puts("|---|---|---|---|---|---|---|---|---|---|---|---|");
-  for (const char* name = argc > 2 ? argv[2] : "abcdefgh"; *name != '\0'; ++name) {
+      "| ratio | share of peak | bits unlike the definition | unlike LIBSVM "
+      "| certified, many cases | engine / certified | certified, one case | engine / certified "
+      "| open | certified / engine where none can be |");
+  std::puts("|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|---|");
+  for (const char* name = argc > 2 ? argv[2] : "abcdefghi"; *name != '\0'; ++name) {
     const auto workload = bench::Load(argv[1], std::string(1, *name));
     if (workload == nullptr) {
       std::fprintf(stderr, "compare: %s has no model %c\n", argv[1], *name);

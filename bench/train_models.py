@@ -55,6 +55,8 @@ def workloads():
     x, y = texts(rng, 1256, 5000, 0.01)
     yield "g", x, y, SVC(kernel="linear")
     yield "h", x, y, SVC(kernel="rbf", gamma=0.05)
+    x, y = two_classes(rng, 2456, 40, 0.8)
+    yield "i", x, y, SVC(kernel="sigmoid", gamma=1 / 40, coef0=0, C=0.3)
 
 
 def dense(a):
@@ -77,7 +79,7 @@ def write_model(path, model, fields):
             print("degree", model.degree, file=out)
         if kernel != "linear":
             print("gamma", repr(float(model._gamma)), file=out)
-        if kernel == "polynomial":
+        if kernel in ("polynomial", "sigmoid"):
             print("coef0", repr(float(model.coef0)), file=out)
         print("nr_class", len(model.classes_) if classes else 2, file=out)
         print("total_sv", model.support_vectors_.shape[0], file=out)

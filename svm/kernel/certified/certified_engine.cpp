@@ -28,7 +28,7 @@ constexpr std::size_t kMostEstimates = 16384;
 // Open cases that the packed engine takes at once.
 constexpr std::size_t kOpenCases = 512;
 // What tiles that share a pass over the vectors may take, to stay in the second level of cache.
-constexpr std::size_t kTileBytes = std::size_t{384} * 1024;
+constexpr std::size_t kGroupBytes = std::size_t{384} * 1024;
 constexpr std::size_t kMostTiles = 32;
 // So few cases left over are taken one at a time.
 constexpr std::size_t kFewCases = 3;
@@ -36,7 +36,7 @@ constexpr std::size_t kCheckedVectors = 16;
 // Cases that come alone are recorded so many at a time: the counts are shared by all threads.
 constexpr std::size_t kAlone = 64;
 
-std::uint64_t NextNumber() {
+std::uint64_t NextCertifiedNumber() {
   static std::atomic<std::uint64_t> last{0};
   return ++last;
 }
@@ -50,7 +50,7 @@ std::size_t CasesAtOnce(std::size_t machines) {
 CertifiedEngine::CertifiedEngine(const PackedEngine& exact, certified::VoteRule rule)
     : exact_(exact),
       rule_(std::move(rule)),
-      number_(NextNumber()),
+      number_(NextCertifiedNumber()),
       operations_(certified::OperationsOf(exact.isa())) {
   plan_.Start(Level::kExact, false);
   why_not_ = operations_ == nullptr ? "the instruction set" : certified::WhyNothingIsCertain(exact);
@@ -111,7 +111,7 @@ void CertifiedEngine::Fit(const LevelView<T>& view, std::size_t tile, CertifiedS
   const std::size_t case_bytes =
       (view.fields + 2) * sizeof(T) + (3 * view.machines + view.widest_row + 2) * sizeof(double);
   const std::size_t group =
-      std::clamp<std::size_t>(kTileBytes / (case_bytes * tile), 1, kMostTiles);
+      std::clamp<std::size_t>(kGroupBytes / (case_bytes * tile), 1, kMostTiles);
   buffers.tiles.Reserve(group * tile * std::max<std::size_t>(view.fields, 1));
   buffers.shifts.Reserve(group * tile);
   buffers.values.Reserve(std::max(kBlock * tile, view.positions));
@@ -119,9 +119,15 @@ void CertifiedEngine::Fit(const LevelView<T>& view, std::size_t tile, CertifiedS
   buffers.totals.Reserve(group * tile * 3 * std::max<std::size_t>(view.machines, 1));
   buffers.norms.Reserve(group * tile * 2);
   if (view.blocks == nullptr) {
-    const std::size_t entries = packed::kSparseCases * view.fields;
-    scratch.nonzero_field_.resize(std::max(scratch.nonzero_field_.size(), entries));
-    scratch.nonzero_value_.resize(std::max(scratch.nonzero_value_.size(), entries));
+    const std::size_t room = certified::kFewListed * view.fields;
+    const auto fit = [](auto& list, std::size_t size) { list.resize(std::max(list.size(), size)); };
+    fit(scratch.listed_begin_, view.fields + 1);
+    fit(scratch.case_begin_, certified::kListedCases + 1);
+    fit(scratch.listed_case_, room);
+    fit(scratch.nonzero_field_, room);
+    scratch.listed_value_.Reserve(room);
+    scratch.nonzero_value_.Reserve(room);
+    buffers.work.listed_room = room;
   }
   LevelWork<T>& work = buffers.work;
   work.tiles = buffers.tiles.data();
@@ -131,6 +137,10 @@ void CertifiedEngine::Fit(const LevelView<T>& view, std::size_t tile, CertifiedS
   work.totals = buffers.totals.data();
   work.norms = buffers.norms.data();
   work.group_tiles = group;
+  work.listed_begin = scratch.listed_begin_.data();
+  work.listed_case = scratch.listed_case_.data();
+  work.listed_value = scratch.listed_value_.data();
+  work.case_begin = scratch.case_begin_.data();
   work.nonzero_field = scratch.nonzero_field_.data();
   work.nonzero_value = scratch.nonzero_value_.data();
   buffers.engine = number_;
@@ -151,9 +161,9 @@ void CertifiedEngine::EstimateLevel(const LevelPacking<T>& packing,
     return Estimates{out.decisions + c, out.errors + c, out.stride, out.error_stride};
   };
   if (view.blocks == nullptr) {
-    for (std::size_t c = 0; c < count; c += packed::kSparseCases) {
-      operations.sparse(view, from(cases, c), std::min(packed::kSparseCases, count - c),
-                        buffers.work, to(c));
+    for (std::size_t c = 0; c < count;) {
+      c += operations.sparse(view, from(cases, c), std::min(certified::kListedCases, count - c),
+                             buffers.work, to(c));
     }
     return;
   }
@@ -231,7 +241,12 @@ void CertifiedEngine::DecideOpen(CaseColumns cases, CertifiedScratch& scratch,
     double* gathered = scratch.open_cases_.data();
     for (std::size_t f = 0; f < fields; ++f) {
       const double* column = cases.entries + f * cases.stride;
-      for (std::size_t i = 0; i < count; ++i) gathered[f * count + i] = column[open[i]];
+      // Columns are far apart, so that hardware does not prefetch the next one.
+      const std::size_t ahead = f + 16 < fields ? 16 * cases.stride : 0;
+      for (std::size_t i = 0; i < count; ++i) {
+        __builtin_prefetch(column + ahead + open[i]);
+        gathered[f * count + i] = column[open[i]];
+      }
     }
     double* decided = scratch.open_decisions_.data();
     exact_.DecideMany({gathered, count}, count, packed, {decided, count});
@@ -251,6 +266,10 @@ void CertifiedEngine::DecideMany(CaseColumns cases, std::size_t count, Certified
     const CaseColumns part{cases.entries + done, cases.stride};
     const DecisionColumns decided{decisions.values + done, decisions.stride};
     const Level level = plan_.level();
+    if (level == Level::kSingle && exact_.sparse()) {
+      done += DecideSparse(part, count - done, scratch, packed, decided);
+      continue;
+    }
     const std::size_t here =
         level == Level::kExact ? count - done : std::min(plan_.CasesAtOnce(most), count - done);
     bool estimated = false;
@@ -272,6 +291,40 @@ void CertifiedEngine::DecideMany(CaseColumns cases, std::size_t count, Certified
     done += here;
   }
   DecideOpen(cases, scratch, packed, decisions);
+}
+
+// Open cases are made from their listed entries: gathered from columns far apart, they would take
+// longer than all estimates.
+std::size_t CertifiedEngine::DecideSparse(CaseColumns cases, std::size_t count,
+                                          CertifiedScratch& scratch, PackedScratch& packed,
+                                          DecisionColumns decisions) const {
+  const LevelView<float>& view = single_->view();
+  const std::size_t machines = exact_.machines();
+  Fit(view, operations_->single.tile, scratch, scratch.single_);
+  count = std::min(plan_.CasesAtOnce(certified::kListedCases), count);
+  scratch.errors_.Reserve(machines * count);
+  const Estimates out{decisions.values, scratch.errors_.data(), decisions.stride, count};
+  const LevelWork<float>& work = scratch.single_.work;
+  count = operations_->single.sparse(view, cases, count, work, out);
+  const std::size_t before = scratch.open_.size();
+  const std::size_t open = ListOpen(0, count, out, scratch);
+  scratch.row_.Reserve(view.fields);
+  scratch.open_decisions_.Reserve(machines);
+  double* row = scratch.row_.data();
+  for (std::size_t i = before; i < before + open; ++i) {
+    const std::size_t c = scratch.open_[i];
+    std::fill_n(row, view.fields, 0.0);
+    for (std::size_t e = work.case_begin[c]; e < work.case_begin[c + 1]; ++e) {
+      row[work.nonzero_field[e]] = work.nonzero_value[e];
+    }
+    exact_.Decide(row, packed, scratch.open_decisions_.data());
+    for (std::size_t m = 0; m < machines; ++m) {
+      decisions.values[m * decisions.stride + c] = scratch.open_decisions_.data()[m];
+    }
+  }
+  scratch.open_.resize(before);
+  Count(Level::kSingle, count, open);
+  return count;
 }
 
 void CertifiedEngine::Decide(const double* x, CertifiedScratch& scratch, PackedScratch& packed,

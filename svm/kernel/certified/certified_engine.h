@@ -41,8 +41,11 @@ class CertifiedScratch {
 
   Buffers<float> single_;
   Buffers<double> twofold_;
+  std::vector<std::size_t> listed_begin_;
+  std::vector<std::size_t> case_begin_;
+  std::vector<std::uint32_t> listed_case_;
   std::vector<std::uint32_t> nonzero_field_;
-  std::vector<double> nonzero_value_;
+  packed::AlignedBuffer listed_value_, nonzero_value_;
   packed::AlignedBuffer row_, errors_, open_cases_, open_decisions_;
   std::vector<std::uint32_t> open_;
   std::vector<std::uint8_t> unsure_;
@@ -102,6 +105,9 @@ class CertifiedEngine {
   template <class T>
   void Fit(const certified::LevelView<T>& view, std::size_t tile, CertifiedScratch& scratch,
            CertifiedScratch::Buffers<T>& buffers) const;
+  // DecideMany for a sparse model by its single level; returns how many cases were taken.
+  std::size_t DecideSparse(packed::CaseColumns cases, std::size_t count, CertifiedScratch& scratch,
+                           PackedScratch& packed, packed::DecisionColumns decisions) const;
   // Null where the model has no such level.
   const certified::LevelPacking<double>* Twofold() const;
   bool KeepsItsBounds() const;

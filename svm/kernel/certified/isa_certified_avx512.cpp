@@ -48,9 +48,10 @@ struct Single512 {
   }
   // One bit for each of the first `count` <= 8 values that is not 0; NaN counts.
   static unsigned NotZero(const double* p, std::size_t count) {
+    const __m512d zero = _mm512_setzero_pd();
+    if (count == 8) return _mm512_cmp_pd_mask(_mm512_loadu_pd(p), zero, _CMP_NEQ_UQ);
     const auto mask = static_cast<__mmask8>((1u << count) - 1);
-    return _mm512_mask_cmp_pd_mask(mask, _mm512_maskz_loadu_pd(mask, p), _mm512_setzero_pd(),
-                                   _CMP_NEQ_UQ);
+    return _mm512_mask_cmp_pd_mask(mask, _mm512_maskz_loadu_pd(mask, p), zero, _CMP_NEQ_UQ);
   }
 
   // The least exponent, then what Exp2 needs: see exp2_polynomial.py.

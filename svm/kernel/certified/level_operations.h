@@ -20,9 +20,10 @@ struct LevelOperations {
   // Of one case, x[fields], of a dense or a sparse model.
   void (*one)(const LevelView<T>& view, const double* x, const LevelWork<T>& work,
               Estimates out) = nullptr;
-  // Of at most packed::kSparseCases cases of a sparse model.
-  void (*sparse)(const LevelView<T>& view, CaseColumns cases, std::size_t count,
-                 const LevelWork<T>& work, Estimates out) = nullptr;
+  // Of some of the first `count` cases of a sparse model, 1 <= count <= kListedCases. Returns how
+  // many were taken, at least min(count, kFewListed / 2); their entries are then listed by case.
+  std::size_t (*sparse)(const LevelView<T>& view, CaseColumns cases, std::size_t count,
+                        const LevelWork<T>& work, Estimates out) = nullptr;
   // out[i] = 2^in[i] as the forms compute it, within Precision<T>::kExp2Error, for in[i] from
   // -125 (single precision) or -900 to 64.
   void (*exp2)(const T* in, T* out, std::size_t count) = nullptr;

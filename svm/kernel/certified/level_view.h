@@ -20,6 +20,9 @@ constexpr std::size_t kGroup = 8;
 constexpr std::size_t kRunStart = 16;
 // Coefficients of a vector that has more than one are rounded up to a multiple of this.
 constexpr std::size_t kRowStep = 4;
+// Sparse cases whose entries are listed together, and so many whatever their entries.
+constexpr std::size_t kListedCases = 256;
+constexpr std::size_t kFewListed = 32;
 
 // The fields of one chain of fused multiply-adds: such chains start from 0, and their sums are
 // added one after the other. In double the whole dot product is one chain.
@@ -119,9 +122,14 @@ struct LevelWork {
   double* totals;   // [G][3][machines][W]: sums, sums of sizes, errors
   double* norms;    // [G][2][W]: ||x - c||, and weighted
   std::size_t group_tiles;
-  // Of sparse cases: [kSparseCases][fields]
-  std::uint32_t* nonzero_field;
-  double* nonzero_value;
+  // Of sparse cases, the entries other than 0: first by field, then by case.
+  std::size_t listed_room;       // at least kFewListed * fields
+  std::size_t* listed_begin;     // [fields + 1]
+  std::uint32_t* listed_case;    // [listed_room]
+  double* listed_value;          // [listed_room]
+  std::size_t* case_begin;       // [kListedCases + 1]
+  std::uint32_t* nonzero_field;  // [listed_room]
+  double* nonzero_value;         // [listed_room]
 };
 
 }  // namespace MCSVM_700::certified

@@ -25,9 +25,19 @@ void ByThresholds(const std::vector<double>& thresholds, const Estimates& estima
     const double* decisions = estimates.decisions + m * estimates.stride;
     const double* errors = estimates.errors + m * estimates.error_stride;
     const double threshold = thresholds[m];
-    for (std::size_t c = 0; c < count; ++c) {
-      const bool sure = std::fabs(decisions[c] - threshold) > errors[c] * kWider;
-      unsure[c] |= sure ? 0 : 1;
+    const auto sure = [&](std::size_t c) {
+      return std::fabs(decisions[c] - threshold) > errors[c] * kWider;
+    };
+    // Nearly always all of a stretch are sure, and counting them is quick.
+    constexpr std::size_t kStretch = 64;
+    for (std::size_t begin = 0; begin < count; begin += kStretch) {
+      const std::size_t end = begin + kStretch < count ? begin + kStretch : count;
+      std::size_t sure_ones = 0;
+      for (std::size_t c = begin; c < end; ++c) sure_ones += sure(c) ? 1 : 0;
+      if (sure_ones == end - begin) continue;
+      for (std::size_t c = begin; c < end; ++c) {
+        if (!sure(c)) unsure[c] = 1;
+      }
     }
   }
 }
@@ -58,7 +68,7 @@ void ByLargest(double sign, std::size_t machines, const Estimates& estimates, st
       const double high = High(sign * decisions[c], errors[c]);
       const bool below = high < best_low[c];
       const bool itself = m == best[c] && std::isfinite(high);
-      unsure[c] |= below || itself ? 0 : 1;
+      if (!below && !itself) unsure[c] = 1;
     }
   }
 }
