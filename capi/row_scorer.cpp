@@ -20,6 +20,7 @@ ScoringPlan::ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool 
       reads_inputs(computes_output &&
                    (Output().InputCount() > 0 || !Output().ExtraInputs().empty())),
       gives_reasons(reasons),
+      gives_decisions(decisions),
       results(tools::MakeColumns(*model->loaded.model, Output(), choice, decisions, reasons)) {}
 
 RowScorer::RowScorer(const ScoringPlan& plan, std::vector<const ScoreDictVar*> variables,
@@ -30,7 +31,7 @@ RowScorer::RowScorer(const ScoringPlan& plan, std::vector<const ScoreDictVar*> v
       outputs_(plan.Output(), plan.model->replaces_missing) {
   if (plan.model->batch != nullptr) {
     const std::size_t categories = plan.Output().Targets().Target().GetCategories().size();
-    batch_.emplace(*plan.model->batch, categories, capacity_);
+    batch_.emplace(*plan.model->batch, categories, capacity_, plan.gives_decisions);
   }
   if (plan.gives_reasons) {
     const DocumentLock lock(plan.model->document_mutex);
@@ -99,8 +100,10 @@ reasons::Ended RowScorer::Finish(std::size_t row, output::Outcome& outcome) {
   const std::size_t place = rows_[row].place;
   ended.own_status = results.status[place];
   if (ended.own_status == MCScore::kCannotScore) return ended;
-  ended.decisions = results.decisions + place;
-  ended.stride = results.stride;
+  if (!plan_.gives_decisions && (!plan_.gives_reasons || ended.status == 0)) return ended;
+  const tools::CaseBatch::Decisions decisions = batch_->DecisionsOf(place);
+  ended.decisions = decisions.values;
+  ended.stride = decisions.stride;
   return ended;
 }
 

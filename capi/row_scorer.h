@@ -31,6 +31,7 @@ struct ScoringPlan {
   bool computes_output;  // the results hold columns of output fields
   bool reads_inputs;     // and those depend on more than the model's result
   bool gives_reasons;    // the last of the results is why a case failed
+  bool gives_decisions;  // some of them are decision values
   tools::ResultColumns results;
 };
 

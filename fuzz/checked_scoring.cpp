@@ -64,7 +64,7 @@ void CompareBatch(const ScoringPlan& plan, const Rows& rows) {
   if (batch_model == nullptr) return;
   const output::TargetRules& targets = plan.output->Targets();
   InputCaseRecord record(plan.columns.variables, true, plan.replace_missing);
-  tools::CaseBatch batch(*batch_model, targets.Target().GetCategories().size(), rows.size());
+  tools::CaseBatch batch(*batch_model, targets.Target().GetCategories().size(), rows.size(), false);
   std::vector<std::unique_ptr<ScoreResult>> results;
   std::vector<Outcome> alone;
   for (const std::vector<std::string>& row : rows) {

@@ -103,6 +103,16 @@ std::string PercentagesSentence(const tools::ModelSummary& summary) {
   return NameOf(summary.scheme.percentages);
 }
 
+std::string VotesSentence(const tools::ModelSummary& summary) {
+  if (!summary.why_exact.empty()) {
+    return fmt::format("by exact decision values ({})", summary.why_exact);
+  }
+  return fmt::format(
+      "by estimates in {} precision within proven bounds, by exact decision values where these "
+      "leave a doubt",
+      summary.votes_by);
+}
+
 void WriteInputs(std::string& out, const tools::ModelSummary& summary) {
   out += "\nInputs\n";
   Table table = {{"name", "type", "needed", "replaces a missing value"}};
@@ -183,6 +193,7 @@ std::string TextOf(const tools::ModelSummary& summary) {
     Line(out, "Output", Listed(summary.output_fields));
   }
   Line(out, "Missing value", fmt::format("policy {}", summary.missing_policy));
+  Line(out, "Decided", VotesSentence(summary));
   WriteInputs(out, summary);
   WriteMachines(out, summary);
   WriteReading(out, summary);

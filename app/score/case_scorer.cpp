@@ -55,7 +55,8 @@ CaseScorer::CaseScorer(const ScoringPlan& plan)
   chunk_rows_ = tools::CasesAtOnce(model, plan.columns.width);
   if (model == nullptr) return;
   const std::size_t categories = plan.output->Targets().Target().GetCategories().size();
-  batch_ = std::make_unique<tools::CaseBatch>(*model, categories, chunk_rows_);
+  batch_ =
+      std::make_unique<tools::CaseBatch>(*model, categories, chunk_rows_, plan.writes_decisions);
 }
 
 CaseScorer::~CaseScorer() = default;
@@ -160,21 +161,24 @@ void CaseScorer::WriteChunk(CaseBlock& block) {
     }
     const bool decided = batch_ != nullptr && rows_[r].status == 0 &&
                          batch_->Results().status[rows_[r].place] != MCScore::kCannotScore;
-    const double* decisions = decided ? batch_->Results().decisions + rows_[r].place : nullptr;
-    const std::size_t stride = decided ? batch_->Results().stride : 0;
+    tools::CaseBatch::Decisions decisions{nullptr, 0};
+    if (decided && (plan_.writes_decisions || outcome.status != 0)) {
+      decisions = batch_->DecisionsOf(rows_[r].place);
+    }
     if (outcome.status != 0) {
       long own_status = model_status;
       if (batch_ != nullptr && rows_[r].status == 0) {
         own_status = batch_->Results().status[rows_[r].place];
       }
-      Explain(
-          r, {outcome.status, model_status, own_status, decisions, stride, outputs_.FirstInvalid()},
-          block);
+      Explain(r,
+              {outcome.status, model_status, own_status, decisions.values, decisions.stride,
+               outputs_.FirstInvalid()},
+              block);
     } else if (plan_.writes_reasons) {
       reason_.clear();
     }
     block.tally.Count(outcome.status);
-    const tools::ScoredCase scored{outcome, outputs_, decisions, stride, reason_};
+    const tools::ScoredCase scored{outcome, outputs_, decisions.values, decisions.stride, reason_};
     std::size_t column = 0;
     for (const std::size_t position : plan_.columns.copied) {
       format.Begin(block.out, column++);

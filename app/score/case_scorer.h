@@ -35,6 +35,7 @@ struct ScoringPlan {
   std::unique_ptr<reasons::CaseExaminer> examiner;  // for the variables of `columns`
   bool logs_failures = false;                       // each failed case is written to the log
   bool writes_reasons = false;                      // the results hold the column of reasons
+  bool writes_decisions = false;                    // the results hold those of decision values
   tools::ResultColumns results;                     // after the copied cells
   std::unique_ptr<RowFormat> format;
   RowForm rows;

@@ -26,6 +26,7 @@
 #include "app/score/row_format.h"
 #include "app/table/csv_row.h"
 #include "app/table/row_blocks.h"
+#include "host/model/batch_model.h"
 #include "host/model/scoring_log.h"
 #include "tools/base/case_columns.h"
 #include "tools/base/error_text.h"
@@ -84,6 +85,24 @@ Failure NotPlain(const std::string& name) {
 void CheckLog(const std::string& path) {
   const int error = ScoringLog::GetInstance().WriteError();
   if (!path.empty() && error != 0) throw LogFailure(path, error);
+}
+
+std::string Share(std::uint64_t part, std::uint64_t all) {
+  return fmt::format("{:.2f} %", 100.0 * static_cast<double>(part) / static_cast<double>(all));
+}
+
+// How votes were decided, on standard error and in the log, where estimates decided some.
+void TellVotes(const ScoreModel& model) {
+  const auto* batch = dynamic_cast<const BatchModel*>(&model);
+  if (batch == nullptr) return;
+  const VoteLevels votes = batch->Votes();
+  const std::uint64_t all = votes.by_single + votes.by_double + votes.by_exact;
+  if (votes.why_exact != nullptr || all == 0) return;
+  const std::string text = fmt::format(
+      "votes certain in single precision {}, in double {}, by exact decision values {}",
+      Share(votes.by_single, all), Share(votes.by_double, all), Share(votes.by_exact, all));
+  Tell(text);
+  ScoringLog::GetInstance().TraceText(1, "%s", text.c_str());
 }
 
 // `copied` become the names of the columns to copy, where they are not named but all.
@@ -261,6 +280,7 @@ ExitStatus ScoreCommand::Run() {
   plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
   plan.logs_failures = ScoringLog::GetInstance().GetLevel() > 0;
   plan.writes_reasons = reasons_;
+  plan.writes_decisions = decisions_;
   const bool json = format_ == "jsonl";
   std::vector<std::string> names = NamesOf(copied, plan.results, json, plan.computes_output);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
@@ -291,6 +311,7 @@ ExitStatus ScoreCommand::Run() {
   output.Commit();
   tell();
   progress.Close(tally);
+  TellVotes(model);
   CheckLog(log_);
   const bool failed = strict_ ? tally.scored < tally.cases : tally.scored == 0 && tally.cases > 0;
   return failed ? kSomeCaseFailed : kDone;

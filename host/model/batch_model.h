@@ -3,6 +3,7 @@
 #define HOST_MODEL_BATCH_MODEL_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "host/model/score_case_record.h"
@@ -22,7 +23,9 @@ struct BatchCases {
 // that this kind of model does not compute is filled with the value that means "none". Categories
 // are positions among the categories of the target.
 struct BatchResults {
-  long* status = nullptr;        // [count]; 0, or the code of the case's failure. Never null.
+  // [count]; 0, or the code of the case's failure. Null: only decision values are wanted, as far as
+  // they are computed, and no failure is logged.
+  long* status = nullptr;
   int* category = nullptr;       // [count]; -1: none
   double* value = nullptr;       // [count]; a regression's, in units of its target
   double* confidence = nullptr;  // [count]; -1.0: none
@@ -34,6 +37,21 @@ struct BatchResults {
   double* upper = nullptr;       // [count]; likewise
   double* decisions = nullptr;   // [DecisionCount()][stride]: decision m of case c
   std::size_t stride = 0;        // of percents and decisions; at least `count`
+};
+
+// How the votes of a model are decided, and how many cases were so far. Estimates decide where a
+// proven bound of their error leaves no doubt; results are those of exact decision values always.
+struct VoteLevels {
+  // What cases begin with at present: "single" or "double" for estimates of that precision,
+  // "exact".
+  const char* level = "exact";
+  // Why all is decided by exact decision values; null where something is by estimates.
+  const char* why_exact = "the model does not tell";
+  // Cases decided since the model was loaded, where decision values were not asked for; up to 63 of
+  // each thread that scores one case after another may not be counted yet.
+  std::uint64_t by_single = 0;
+  std::uint64_t by_double = 0;
+  std::uint64_t by_exact = 0;
 };
 
 // A model that scores blocks of cases faster than one case after another. A ScoreModel may also be
@@ -52,6 +70,9 @@ class SVMSCORE_HOST_API BatchModel {
   // The categories that a decision value decides between; -1 for none.
   // [any thread] Fails: never.
   virtual std::pair<int, int> DecisionCategories(std::size_t decision) const = 0;
+
+  // [any thread] Lives: the texts as long as the process. Fails: never.
+  virtual VoteLevels Votes() const;
 
   // The variable whose number is the entry, as it is, wherever InputCaseRecord::FindPlainNumber
   // gives one; null for an entry that is made otherwise. Where all entries of a case are such

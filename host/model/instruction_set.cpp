@@ -25,6 +25,23 @@ IsaChoice& ProcessChoice() {
   return choice;
 }
 
+struct CertifyChoice {
+  bool certifies = true;
+  const char* error = nullptr;
+};
+
+CertifyChoice ChooseCertified(const char* forced) {
+  const std::string_view given = forced == nullptr ? "" : forced;
+  if (given.empty() || given == "on") return {};
+  if (given == "off") return {false, nullptr};
+  return {true, "SVMSCORE_CERTIFY must be on or off"};
+}
+
+CertifyChoice& ProcessCertifyChoice() {
+  static CertifyChoice choice = ChooseCertified(std::getenv("SVMSCORE_CERTIFY"));
+  return choice;
+}
+
 }  // namespace
 
 bool CpuHas(Isa isa) {
@@ -60,12 +77,21 @@ const IsaChoice& ChosenIsa() {
 }
 
 void RequireChosenIsa() {
-  if (ChosenIsa().error == nullptr) return;
-  ThrowAt(nullptr, code::kInstructionSet, ChosenIsa().error);
+  for (const char* error : {ChosenIsa().error, ProcessCertifyChoice().error}) {
+    if (error != nullptr) ThrowAt(nullptr, code::kInstructionSet, error);
+  }
 }
 
 void UseIsa(Isa isa) {
   ProcessChoice() = {isa, nullptr};
+}
+
+bool CertifiesVotes() {
+  return ProcessCertifyChoice().certifies;
+}
+
+void UseCertifiedVotes(bool certifies) {
+  ProcessCertifyChoice() = {certifies, nullptr};
 }
 
 }  // namespace svmscore

@@ -14,3 +14,7 @@ VersionInfo::~VersionInfo() = default;
 }  // namespace MCZandor_850
 
 svmscore::BatchModel::~BatchModel() = default;
+
+svmscore::VoteLevels svmscore::BatchModel::Votes() const {
+  return {};
+}

@@ -32,7 +32,7 @@ MCStatus SVMModel::ScoreSVMClsModel(const std::vector<int>& idx, const std::vect
                                     ScoreResult*& result) {
   if (data_ == nullptr || idx.empty() || data_->GetSupportVectorMachines().empty()) return {};
   std::vector<double>& decisions = ThisThreadsWorkspace().decisions;
-  MCStatus status = Decide(idx, val, decisions);
+  MCStatus status = Decide(idx, val, true, decisions);
   if (!status.IsError()) status = CheckDecisions(decisions);
   if (status.IsError()) return status;
   int winner = 0;

@@ -14,6 +14,7 @@ namespace {
 
 using MCSVM_700::PackedInput;
 using MCSVM_700::SVMDataCase;
+using MCSVM_700::certified::VoteRule;
 
 // The machines' vectors, each once, and the machines as positions among them.
 class Collector {
@@ -58,6 +59,7 @@ SVMModel::Workspace& SVMModel::ThisThreadsWorkspace() {
 }
 
 void SVMModel::SetUpEngine(const SVMConst::KernelParameters& kernel) {
+  certified_.reset();
   engine_.reset();
   if (kernel_ == nullptr || EntryCount() > std::numeric_limits<int>::max()) return;
   Collector collector;
@@ -69,6 +71,63 @@ void SVMModel::SetUpEngine(const SVMConst::KernelParameters& kernel) {
   input.fields = EntryCount();
   engine_ = std::make_unique<const MCSVM_700::PackedEngine>(
       input, MCSVM_700::packed::OperationsOf(svmscore::ChosenIsa().isa));
+  if (WhyExact() != nullptr) return;
+  certified_rule_ = RuleOfVotes();
+  certified_ = std::make_unique<const MCSVM_700::CertifiedEngine>(*engine_, certified_rule_);
+}
+
+VoteRule SVMModel::RuleOfVotes() const {
+  VoteRule rule;
+  if (data_->IsClassOneAgainstAll() && data_->IsMultiClassClassification()) {
+    rule.kind = data_->IsMaxWins() ? VoteRule::Kind::kLargest : VoteRule::Kind::kSmallest;
+    return rule;
+  }
+  for (const auto* machine : data_->GetSupportVectorMachines()) {
+    rule.thresholds.push_back(machine->threshold);
+  }
+  return rule;
+}
+
+const char* SVMModel::WhyExact() const {
+  if (data_ == nullptr || !data_->IsClassification()) return "the value itself is wanted";
+  if (data_->IsVEMAExtension()) return "decision values become probabilities";
+  const auto& machines = data_->GetSupportVectorMachines();
+  const bool whole = std::none_of(machines.begin(), machines.end(),
+                                  [](const auto* machine) { return machine == nullptr; });
+  if (!whole || machines.empty() || EntryCount() == 0) return "a machine or its fields are absent";
+  if (!svmscore::CertifiesVotes()) return "SVMSCORE_CERTIFY is off";
+  if (!EngineFits()) return "the model is scored by its definition";
+  return nullptr;
+}
+
+bool SVMModel::CertifiesVotes() const {
+  if (certified_ == nullptr || !EngineFits() || data_->IsVEMAExtension() ||
+      !data_->IsClassification()) {
+    return false;
+  }
+  const VoteRule::Kind kind = certified_rule_.kind;
+  if (data_->IsClassOneAgainstAll() && data_->IsMultiClassClassification()) {
+    return kind == (data_->IsMaxWins() ? VoteRule::Kind::kLargest : VoteRule::Kind::kSmallest);
+  }
+  const auto& machines = data_->GetSupportVectorMachines();
+  return kind == VoteRule::Kind::kThresholds &&
+         std::equal(machines.begin(), machines.end(), certified_rule_.thresholds.begin(),
+                    certified_rule_.thresholds.end(), [](const auto* machine, double threshold) {
+                      return machine != nullptr && machine->threshold == threshold;
+                    });
+}
+
+svmscore::VoteLevels SVMModel::Votes() const {
+  svmscore::VoteLevels levels;
+  levels.why_exact = WhyExact();
+  if (certified_ == nullptr) return levels;
+  levels.level = NameOf(certified_->level());
+  levels.why_exact = certified_->why_not();
+  const auto counts = certified_->counts();
+  levels.by_single = counts.single;
+  levels.by_double = counts.twofold;
+  levels.by_exact = counts.exact;
+  return levels;
 }
 
 bool SVMModel::EngineFits() const {
@@ -85,9 +144,14 @@ bool SVMModel::EngineTakes(const std::vector<int>& idx, const std::vector<double
 }
 
 MCScore::MCStatus SVMModel::Decide(const std::vector<int>& idx, const std::vector<double>& val,
-                                   std::vector<double>& decisions) {
+                                   bool votes_alone, std::vector<double>& decisions) {
   decisions.assign(DecisionCount(), 0.0);
   if (EngineTakes(idx, val)) {
+    Workspace& workspace = ThisThreadsWorkspace();
+    if (votes_alone && CertifiesVotes()) {
+      certified_->Decide(val.data(), workspace.certified, workspace.scratch, decisions.data());
+      return {};
+    }
     engine_->Decide(val.data(), ThisThreadsWorkspace().scratch, decisions.data());
     return {};
   }

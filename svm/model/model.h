@@ -11,6 +11,7 @@
 #include "host/model/batch_model.h"
 #include "host/model/score_value.h"
 #include "host/translate/base_model.h"
+#include "svm/kernel/certified/certified_engine.h"
 #include "svm/kernel/kernel_function.h"
 #include "svm/kernel/packed/packed_engine.h"
 #include "svm/model/model_data.h"
@@ -99,6 +100,7 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   // One for each machine; for a regression, one for the first machine only.
   std::size_t DecisionCount() const override;
   std::pair<int, int> DecisionCategories(std::size_t decision) const override;
+  svmscore::VoteLevels Votes() const override;
   const ScoreDictVar* PlainEntry(std::size_t entry) const override;
   void SetFiniteOnly(bool finite_only) override { finite_only_ = finite_only; }
   void FixPositions(const ScoreCaseRecord& record) override;
@@ -184,7 +186,9 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                 double* entries, std::size_t stride, std::size_t& read);
   MCScore::MCStatus MissingStatus(const ScoreDictVar* var);
   // A batch: the decision values of all cases, and each case's results from them (score_batch.cpp).
-  MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases,
+  // With `votes_alone` only the votes and winners that follow from the values are those of the
+  // exact ones.
+  MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases, bool votes_alone,
                                 MCSVM_700::packed::DecisionColumns decisions);
   static void FailBatch(const MCScore::MCStatus& status, std::size_t count,
                         const svmscore::BatchResults& results);
@@ -204,10 +208,16 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   void SetUpEngine(const SVMConst::KernelParameters& kernel);
   // Whether the data still have the numbers of machines and fields that the engine was made for.
   bool EngineFits() const;
+  // How categories follow from decision values, and why no estimate may stand for these: null where
+  // one may.
+  MCSVM_700::certified::VoteRule RuleOfVotes() const;
+  const char* WhyExact() const;
+  // Whether votes may be certified: estimates were set up, by the rule that the data still have.
+  bool CertifiesVotes() const;
   // The decision values of a case, DecisionCount() of them, by the engine where it takes the case;
-  // ScoreSVMByKernelType gives the same bits.
+  // ScoreSVMByKernelType gives the same bits. `votes_alone` as for DecideBatch.
   MCScore::MCStatus Decide(const std::vector<int>& idx, const std::vector<double>& val,
-                           std::vector<double>& decisions);
+                           bool votes_alone, std::vector<double>& decisions);
   // The same by ScoreSVMByKernelType, for the first case of `decisions`. 90029 where a machine is
   // not whole.
   MCScore::MCStatus DecideByDefinition(const std::vector<int>& idx, const std::vector<double>& val,
@@ -233,6 +243,8 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   std::vector<const ScoreValue*> target_categories_;  // the target variable's
   std::unique_ptr<MCSVM_700::SVMKernelFunction> kernel_;
   std::unique_ptr<const MCSVM_700::PackedEngine> engine_;  // points into data_; null: plain kernels
+  std::unique_ptr<const MCSVM_700::CertifiedEngine> certified_;  // points into engine_; may be null
+  MCSVM_700::certified::VoteRule certified_rule_;
   // The missing predictions of classification results, which own nothing. Never changed.
   NumericValue missing_number_{NumericValue::GetSysmisValue()};
   StringValue missing_text_{""};

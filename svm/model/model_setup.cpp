@@ -16,6 +16,7 @@ constexpr int kRegressionModel = 30;
 SVMModel::SVMModel() = default;
 
 SVMModel::~SVMModel() {
+  certified_.reset();
   engine_.reset();
   data_.reset();
   kernel_.reset();
@@ -23,6 +24,7 @@ SVMModel::~SVMModel() {
 
 void SVMModel::SetSupportVectorMachineModel(SVMModelData* data) {
   if (data == nullptr) return;
+  certified_.reset();
   engine_.reset();
   // Handing the model its own data again must not delete it.
   if (data != data_.get()) data_.reset(data);

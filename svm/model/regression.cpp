@@ -11,7 +11,7 @@ MCStatus SVMModel::ScoreSVMRegModel(const std::vector<int>& idx, const std::vect
                                     ScoreResult*& result) {
   if (data_ == nullptr || idx.empty()) return {};
   std::vector<double>& decisions = ThisThreadsWorkspace().decisions;
-  MCStatus status = Decide(idx, val, decisions);
+  MCStatus status = Decide(idx, val, false, decisions);
   if (!status.IsError()) status = CheckDecisions(decisions);
   if (status.IsError()) return status;
   FillSVMRegResult(decisions.empty() ? 0.0 : decisions[0], result);

@@ -79,8 +79,9 @@ void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) 
       columns.Reserve(std::max<std::size_t>(DecisionCount(), 1) * cases.count);
       decisions = {columns.data(), cases.count};
     }
-    const MCStatus decided = DecideBatch(cases, decisions);
+    const MCStatus decided = DecideBatch(cases, results.decisions == nullptr, decisions);
     if (decided.IsError()) return FailBatch(decided, cases.count, results);
+    if (results.status == nullptr) return;
     const bool classifies = data_->IsClassification();
     for (std::size_t c = 0; c < cases.count; ++c) {
       const MCStatus status =
@@ -95,14 +96,20 @@ void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) 
 }
 
 void SVMModel::FailBatch(const MCStatus& status, std::size_t count, const BatchResults& results) {
-  for (std::size_t c = 0; c < count; ++c) {
+  for (std::size_t c = 0; results.status != nullptr && c < count; ++c) {
     TraceFailure(status);
     results.status[c] = status.GetErrorCode();
   }
 }
 
-MCStatus SVMModel::DecideBatch(const BatchCases& cases, DecisionColumns decisions) {
+MCStatus SVMModel::DecideBatch(const BatchCases& cases, bool votes_alone,
+                               DecisionColumns decisions) {
   Workspace& workspace = ThisThreadsWorkspace();
+  if (votes_alone && CertifiesVotes()) {
+    certified_->DecideMany({cases.entries, cases.stride}, cases.count, workspace.certified,
+                           workspace.scratch, decisions);
+    return {};
+  }
   if (EngineFits()) {
     engine_->DecideMany({cases.entries, cases.stride}, cases.count, workspace.scratch, decisions);
     return {};

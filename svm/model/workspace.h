@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "math/symmetric_matrix.h"
+#include "svm/kernel/certified/certified_engine.h"
 #include "svm/kernel/packed/aligned_buffer.h"
 #include "svm/kernel/packed/packed_engine.h"
 #include "svm/learn/multi_prob_learn.h"
@@ -26,6 +27,7 @@ struct SVMModel::Workspace {
   };
 
   MCSVM_700::PackedScratch scratch;
+  MCSVM_700::CertifiedScratch certified;
   std::vector<double> decisions;           // of one case
   std::vector<double> percents;            // likewise
   std::vector<int> tickets;                // likewise: one for each category

@@ -3,6 +3,7 @@
 #include <array>
 #include <unordered_set>
 
+#include "host/model/batch_model.h"
 #include "host/text/field_types.h"
 #include "host/text/number_text.h"
 #include "tools/findings/inspected.h"
@@ -114,6 +115,10 @@ ModelSummary Summarise(const LoadedModel& loaded) {
     summary.categories.push_back(category->GetText());
   }
   summary.missing_policy = PolicyName(loaded.model->GetMissingValuePolicy());
+  const auto* batch = dynamic_cast<const BatchModel*>(loaded.model.get());
+  const VoteLevels votes = batch != nullptr ? batch->Votes() : VoteLevels{};
+  summary.votes_by = votes.level;
+  summary.why_exact = votes.why_exact != nullptr ? votes.why_exact : "";
   SummariseInputs(loaded, summary);
   const auto* derived = loaded.model->GetTransformationDictionary();
   summary.derived_fields = derived == nullptr ? 0 : derived->GetVariables().size();

@@ -47,6 +47,8 @@ struct ModelSummary {
   std::string target_type;
   std::vector<std::string> categories;
   std::string missing_policy;  // as --missing-policy spells it
+  std::string votes_by;        // what decides votes first: single, double, exact
+  std::string why_exact;       // why nothing but exact decision values does; empty where more does
   std::vector<InputSummary> inputs;
   std::size_t derived_fields = 0;
   std::size_t vector_fields = 0;

@@ -102,6 +102,10 @@ std::string JsonOf(const ModelSummary& summary) {
   WriteKernel(summary, json);
   WriteTarget(summary, json);
   json.Member("missingPolicy", summary.missing_policy);
+  json.Key("votes").OpenObject();
+  json.Member("by", summary.votes_by);
+  json.Member("whyExact", TextOrNull(summary.why_exact));
+  json.CloseObject();
   WriteCounts(summary, json);
   WriteInputs(summary, json);
   WriteMachines(summary, json);

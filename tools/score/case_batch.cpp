@@ -28,14 +28,16 @@ long RefuseInvalid() {
   return MCScore::kInvalidValue;
 }
 
-CaseBatch::CaseBatch(BatchModel& model, std::size_t categories, std::size_t capacity)
+CaseBatch::CaseBatch(BatchModel& model, std::size_t categories, std::size_t capacity,
+                     bool decisions)
     : model_(model),
       stride_(capacity + kPadding),
       entries_(std::max<std::size_t>(model.EntryCount(), 1) * stride_),
       status_(capacity),
       category_(capacity),
       has_interval_(std::make_unique<bool[]>(capacity)) {
-  numbers_.resize((5 + categories + model.DecisionCount()) * stride_);
+  const std::size_t decision_count = decisions ? model.DecisionCount() : 0;
+  numbers_.resize((5 + categories + decision_count) * stride_);
   double* next = numbers_.data();
   const auto columns = [&next, this](std::size_t count) {
     double* first = next;
@@ -51,7 +53,7 @@ CaseBatch::CaseBatch(BatchModel& model, std::size_t categories, std::size_t capa
   results_.lower = columns(1);
   results_.upper = columns(1);
   results_.percents = columns(categories);
-  results_.decisions = columns(model.DecisionCount());
+  if (decisions) results_.decisions = columns(decision_count);
   results_.stride = stride_;
 }
 
@@ -60,6 +62,16 @@ MCScore::MCStatus CaseBatch::Add(const MCZandor_850::ScoreCaseRecord& record) {
       model_.ReadCase(record, false, entries_.data() + count_, stride_);
   if (!status.IsError()) ++count_;
   return status;
+}
+
+CaseBatch::Decisions CaseBatch::DecisionsOf(std::size_t position) {
+  if (results_.decisions != nullptr) return {results_.decisions + position, results_.stride};
+  decisions_.resize(model_.DecisionCount());
+  BatchResults again;
+  again.decisions = decisions_.data();
+  again.stride = 1;
+  model_.ScoreBatch({entries_.data() + position, stride_, 1}, again);
+  return {decisions_.data(), 1};
 }
 
 void CaseBatch::Score() {

@@ -24,8 +24,9 @@ long RefuseInvalid();
 // Holds cases up to a fixed number and what the model makes of them. Used by one thread.
 class CaseBatch {
  public:
-  // `categories` of the model's target; `model` must outlive this object.
-  CaseBatch(BatchModel& model, std::size_t categories, std::size_t capacity);
+  // `categories` of the model's target; `model` must outlive this object. Without `decisions` the
+  // model is not asked for decision values, and may take a shorter way.
+  CaseBatch(BatchModel& model, std::size_t categories, std::size_t capacity, bool decisions);
 
   void Clear() { count_ = 0; }
   // Takes the case as the next one unless the status, which is the case's own, is an error.
@@ -41,6 +42,14 @@ class CaseBatch {
   // Valid after Score, until the next.
   const BatchResults& Results() const { return results_; }
 
+  // The decision values of a case, `stride` apart, also where the batch was not asked for them.
+  // Valid until the next call, or the next Score. REQUIRES: its status is not kCannotScore.
+  struct Decisions {
+    const double* values;
+    std::size_t stride;
+  };
+  Decisions DecisionsOf(std::size_t position);
+
  private:
   BatchModel& model_;
   std::size_t stride_;
@@ -51,6 +60,7 @@ class CaseBatch {
   std::vector<double> numbers_;  // the columns of doubles, one after the other
   std::unique_ptr<bool[]> has_interval_;
   BatchResults results_;
+  std::vector<double> decisions_;  // of one case, scored again
 };
 
 }  // namespace svmscore::tools
