@@ -27,6 +27,25 @@ TEST(ParseNumber, TakesTheXmlGrammarAndNothingElse) {
   }
 }
 
+// With an exponent the library reads all of it.
+TEST(ParseNumber, GivesPlainDecimalsOfAnyLengthTheirNearestDouble) {
+  std::mt19937 random(3);
+  for (int i = 0; i < 40000; ++i) {
+    std::string text(1 + random() % 24, '0');
+    for (char& c : text) c = static_cast<char>('0' + random() % 10);
+    if (random() % 4 != 0) text[random() % text.size()] = '.';
+    if (text == ".") continue;
+    if (random() % 2 == 0) text.insert(0, "-");
+    const auto bits = [](std::string_view number) {
+      return std::bit_cast<std::uint64_t>(ParseNumber(number).value());
+    };
+    EXPECT_EQ(bits(text), bits(text + "e0")) << text;
+    text[random() % text.size()] = "/:,;-.\xFF"[random() % 7];
+    EXPECT_EQ(ParseNumber(text), ParseNumber(text + "e0")) << text;
+  }
+  EXPECT_TRUE(std::signbit(*ParseNumber("-0.00")));
+}
+
 TEST(ParseInteger, TakesWholeNumbersOfSixtyFourBits) {
   EXPECT_EQ(ParseInteger("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
   EXPECT_EQ(ParseInteger("9007199254740993"), 9007199254740993);
