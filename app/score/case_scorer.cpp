@@ -57,6 +57,8 @@ CaseScorer::CaseScorer(const ScoringPlan& plan)
   const std::size_t categories = plan.output->Targets().Target().GetCategories().size();
   batch_ =
       std::make_unique<tools::CaseBatch>(*model, categories, chunk_rows_, plan.writes_decisions);
+  const bool reads_record = plan.computes_output && plan.output->InputCount() > 0;
+  if (!reads_record) plain_rows_.emplace(*model, plan.columns, plan.cells);
 }
 
 CaseScorer::~CaseScorer() = default;
@@ -123,9 +125,10 @@ void CaseScorer::ReadRow(long line) {
   cells_.insert(cells_.end(), row_cells_.begin(), row_cells_.end());
   Row row;
   row.line = line;
-  if (batch_ != nullptr) {
+  if (batch_ != nullptr) row.place = batch_->Size();
+  const bool is_plain = plain_rows_ && plain_rows_->Take(row_cells_.data(), *batch_);
+  if (batch_ != nullptr && !is_plain) {
     SetCells(row_cells_.data());
-    row.place = batch_->Size();
     row.status =
         record_.HasInvalid() ? tools::RefuseInvalid() : batch_->Add(record_).GetErrorCode();
     if (plan_.computes_output) ReadOutputInputs();

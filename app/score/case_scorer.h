@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "app/score/failures.h"
+#include "app/score/plain_rows.h"
 #include "app/score/row_format.h"
 #include "app/table/csv_row.h"
 #include "app/table/row_blocks.h"
@@ -122,6 +123,7 @@ class CaseScorer {
   output::OutputScratch outputs_;
   std::unique_ptr<MCZandor_850::ScoreResult> result_;  // of a model that takes no batches
   std::unique_ptr<tools::CaseBatch> batch_;            // null for such a model
+  std::optional<PlainRows> plain_rows_;  // nothing where rows must go through the record
   // A failed case that is looked at again; null until one has failed.
   std::unique_ptr<MCZandor_850::InputCaseRecord> failed_;
   std::vector<reasons::Given> given_;  // of the variables of such a case

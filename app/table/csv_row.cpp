@@ -59,12 +59,29 @@ bool CsvRows::Next(std::vector<std::string_view>& cells) {
   row_line_ = line_;
   row_begin_ = next_;
   do {
+    AddPlainCells(cells);
     cells.push_back(next_ != end_ && *next_ == '"' ? QuotedCell() : PlainCell());
     CheckLimit(cells.back().size(), &Limits::cell_length);
     CheckLimit(cells.size(), &Limits::columns);
   } while (StepOverSeparator());
   CheckLimit(static_cast<std::size_t>(next_ - row_begin_), &Limits::row_length);
   return true;
+}
+
+void CsvRows::AddPlainCells(std::vector<std::string_view>& cells) {
+  // A copy, which the compiler knows not to be changed by the cells.
+  SpecialBytes special = special_;
+  char* begin = next_;
+  for (;;) {
+    char* const end = special.Find(begin, end_);
+    if (end == end_ || *end != form_.delimiter) break;
+    cells.emplace_back(begin, static_cast<std::size_t>(end - begin));
+    CheckLimit(cells.back().size(), &Limits::cell_length);
+    CheckLimit(cells.size(), &Limits::columns);
+    begin = end + 1;
+  }
+  special_ = special;
+  next_ = begin;
 }
 
 std::string_view CsvRows::PlainCell() {
@@ -130,8 +147,8 @@ bool CsvRows::StepOverSeparator() {
   return false;
 }
 
-void CsvRows::CheckLimit(std::size_t size, Limit limit) const {
-  if (size > form_.limits.*limit) throw CsvError(row_line_, BeyondTableLimit(form_.limits, limit));
+void CsvRows::RefuseRow(Limit limit) const {
+  throw CsvError(row_line_, BeyondTableLimit(form_.limits, limit));
 }
 
 bool CsvRows::AtRowEnd(const char* at) const {

@@ -67,6 +67,8 @@ class CsvRows {
   const RowLikeCells& CellsLikeRows() const { return row_like_cells_; }
 
  private:
+  // Adds the cells that come next as long as they are plain and a delimiter ends them.
+  void AddPlainCells(std::vector<std::string_view>& cells);
   std::string_view PlainCell();
   std::string_view QuotedCell();
   static std::string HintOf(char beside);
@@ -78,7 +80,10 @@ class CsvRows {
   // Throws unless the row is a blank line.
   void CheckBlank(const std::vector<std::string_view>& cells, std::size_t width) const;
   std::string WidthHint(const std::vector<std::string_view>& cells, std::size_t width) const;
-  void CheckLimit(std::size_t size, Limit limit) const;
+  void CheckLimit(std::size_t size, Limit limit) const {
+    if (size > form_.limits.*limit) RefuseRow(limit);
+  }
+  [[noreturn]] void RefuseRow(Limit limit) const;
 
   char* next_;
   char* end_;

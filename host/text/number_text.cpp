@@ -53,12 +53,11 @@ std::uint64_t WordAt(const char* text) {
 // word before `end` can be read.
 bool AppendDigits(const char* begin, const char* end, std::uint64_t& number) {
   std::uint64_t digits = 0;
-  for (; end - begin >= std::ptrdiff_t{kWord}; begin += kWord) {
+  for (; end - begin > std::ptrdiff_t{kWord}; begin += kWord) {
     if (!ReadEightDigits(WordAt(begin), digits)) return false;
     number = number * kPowersOfTen[kWord] + digits;
   }
   const auto left = static_cast<std::size_t>(end - begin);
-  if (left == 0) return true;
   const std::uint64_t others = ~std::uint64_t{0} >> (8 * left);
   if (!ReadEightDigits((WordAt(end - kWord) & ~others) | (kZeros & others), digits)) return false;
   number = number * kPowersOfTen[left] + digits;

@@ -23,6 +23,12 @@ bool CellRules::IsToken(std::string_view cell) const {
   return std::find(tokens_.begin(), tokens_.end(), cell) != tokens_.end();
 }
 
+bool CellRules::NumbersAreNeverMissing() const {
+  return std::none_of(tokens_.begin(), tokens_.end(), [](const std::string& token) {
+    return token.find_first_of("0123456789") != std::string::npos;
+  });
+}
+
 bool CellRules::Declares(const ScoreDictVar& var, std::string_view cell) {
   return !var.DeclaresNoValues() && var.GetCategoryIndexOfText(std::string(cell)) >= 0;
 }

@@ -20,6 +20,8 @@ class CellRules {
   bool IsMissing(std::string_view cell, const MCZandor_850::ScoreDictVar& var) const {
     return cell.empty() || (IsToken(cell) && (tokens_given_ || !Declares(var, cell)));
   }
+  // Whether no token has a digit, so that a cell which is a finite number is never missing.
+  bool NumbersAreNeverMissing() const;
   bool HasDecimalComma() const { return decimal_comma_; }
   // The text of a cell that is not missing as the model reads it; it lives as long as both `cell`
   // and `buffer`, and until the next use of `buffer`.
