@@ -17,7 +17,7 @@ PlainRows::PlainRows(const BatchModel& model, const tools::CaseColumns& columns,
     : columns_(columns), rules_(rules), system_missing_(NumericValue::GetSysmisValue()) {
   const std::vector<const ScoreDictVar*>& inputs = columns.variables;
   const bool all_plain = std::all_of(inputs.begin(), inputs.end(), [](const ScoreDictVar* var) {
-    return var->TakesEveryNumber();
+    return var->TakesNumbersInIntervals();
   });
   if (!all_plain || !rules.NumbersAreNeverMissing()) return;
   for (std::size_t e = 0; e < model.EntryCount(); ++e) {
@@ -31,9 +31,11 @@ PlainRows::PlainRows(const BatchModel& model, const tools::CaseColumns& columns,
 bool PlainRows::Take(const std::string_view* cells, tools::CaseBatch& batch) {
   if (numbers_.empty()) return false;
   for (std::size_t i = 0; i < numbers_.size(); ++i) {
+    const ScoreDictVar& var = *columns_.variables[i];
     const std::optional<double> number =
-        ParseNumber(rules_.TextOf(cells[columns_.cells[i]], *columns_.variables[i], exchanged_));
+        ParseNumber(rules_.TextOf(cells[columns_.cells[i]], var, exchanged_));
     if (!number || !std::isfinite(*number) || *number == system_missing_) return false;
+    if (!var.IsInIntervals(*number)) return false;
     numbers_[i] = *number;
   }
   const std::size_t place = batch.Size();

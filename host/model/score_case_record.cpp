@@ -21,7 +21,7 @@ InputCaseRecord::InputCaseRecord(std::vector<const ScoreDictVar*> variables, boo
   for (const ScoreDictVar* var : variables) {
     Slot slot;
     slot.var = var;
-    slot.takes_plain = var->TakesEveryNumber();
+    slot.takes_plain = var->TakesNumbersInIntervals();
     slot.number = std::make_unique<NumericValue>(NumericValue::GetSysmisValue());
     if (var->GetStorageType() == 1) slot.text = std::make_unique<StringValue>("");
     positions_.emplace(var->GetName(), static_cast<int>(slots_.size()));
@@ -87,6 +87,7 @@ InputState InputCaseRecord::Treat(Slot& slot, const ScoreValue& value) {
 
 bool InputCaseRecord::StorePlain(Slot& slot, double number) {
   if (!std::isfinite(number) || number == NumericValue::GetSysmisValue()) return false;
+  if (!slot.var->IsInIntervals(number)) return false;
   slot.number->SetDoubleValue(number);
   Store(slot, InputState::kPresent, slot.number.get());
   slot.holds_plain = true;

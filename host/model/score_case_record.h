@@ -110,7 +110,7 @@ class SVMSCORE_HOST_API InputCaseRecord : public ScoreCaseRecord {
     std::unique_ptr<StringValue> text;     // string variables
     const ScoreValue* current = nullptr;   // null where missing
     InputState state = InputState::kMissing;
-    bool takes_plain = false;  // every finite number is valid and needs no treatment
+    bool takes_plain = false;  // finite numbers in its intervals need no treatment
     bool holds_plain = false;  // such a number is the current value
     double plain_number = 0.0;
   };

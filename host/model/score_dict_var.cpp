@@ -129,18 +129,18 @@ bool ScoreDictVar::IsDeclaredValid(const ScoreValue& value) const {
   if (invalid_.Holds(value)) return false;
   const bool listed = values_declared_ && GetCategoryIndex(&value) >= 0;
   if (GetStorageType() == 0 && op_type_ == OpType::kContinuous && !intervals_.empty()) {
-    const double x = value.GetDouble();
-    return listed ||
-           std::any_of(intervals_.begin(), intervals_.end(),
-                       [x](const svmscore::Interval& range) { return range.Contains(x); });
+    return listed || IsInIntervals(value.GetDouble());
   }
   return listed || !values_declared_;
 }
 
 bool ScoreDictVar::TakesEveryNumber() const {
-  return type_.data == DataType::kDouble && !values_declared_ && intervals_.empty() &&
-         missing_.texts.empty() && invalid_.texts.empty() &&
-         treatment_.outliers == FieldTreatment::Outliers::kAsIs;
+  return intervals_.empty() && TakesNumbersInIntervals();
+}
+
+bool ScoreDictVar::TakesNumbersInIntervals() const {
+  return type_.data == DataType::kDouble && !values_declared_ && missing_.texts.empty() &&
+         invalid_.texts.empty() && treatment_.outliers == FieldTreatment::Outliers::kAsIs;
 }
 
 void ScoreDictVar::Display(std::ostream& os) const {

@@ -2,6 +2,7 @@
 #ifndef HOST_MODEL_SCORE_DICT_VAR_H_
 #define HOST_MODEL_SCORE_DICT_VAR_H_
 
+#include <algorithm>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -88,9 +89,17 @@ class SVMSCORE_HOST_API ScoreDictVar {
   // treatment.
   bool IsDeclaredValid(const ScoreValue& value) const;
 
-  // True for a variable of type double for which every finite number except the system-missing one
-  // is valid and changed by no treatment.
+  // True for a variable of type double for which every finite number in its intervals, except the
+  // system-missing one, is valid and changed by no treatment.
+  bool TakesNumbersInIntervals() const;
+  // True for such a variable without intervals.
   bool TakesEveryNumber() const;
+  // True where none are declared.
+  bool IsInIntervals(double number) const {
+    return intervals_.empty() ||
+           std::any_of(intervals_.begin(), intervals_.end(),
+                       [number](const svmscore::Interval& i) { return i.Contains(number); });
+  }
 
   // Replaces and deletes an earlier record. Owns: the variable. Fails: never.
   void SetVarStats(VarStats* stats) { stats_.reset(stats); }
