@@ -53,7 +53,7 @@ std::uint64_t WordAt(const char* text) {
 // word before `end` can be read.
 bool AppendDigits(const char* begin, const char* end, std::uint64_t& number) {
   std::uint64_t digits = 0;
-  for (; end - begin > std::ptrdiff_t{kWord}; begin += kWord) {
+  for (; end - begin >= std::ptrdiff_t{kWord}; begin += kWord) {
     if (!ReadEightDigits(WordAt(begin), digits)) return false;
     number = number * kPowersOfTen[kWord] + digits;
   }
