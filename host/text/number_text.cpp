@@ -1,5 +1,9 @@
 #include "host/text/number_text.h"
 
+#include <emmintrin.h>
+
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <clocale>
@@ -27,44 +31,53 @@ bool StartsNumber(char c) {
 }
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
-constexpr std::uint64_t kPowersOfTen[] = {1,      10,      100,      1000,     10000,
-                                          100000, 1000000, 10000000, 100000000};
-constexpr std::uint64_t kZeros = 0x3030303030303030;  // eight digits 0
+constexpr std::size_t kVector = sizeof(__m128i);
+constexpr auto kPowersOfTen = [] {
+  std::array<std::uint64_t, kVector + 1> powers = {1};
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
+  return powers;
+}();
 
-// Reads the eight digits of a word, the first one in its lowest byte; false where it has others.
-bool ReadEightDigits(std::uint64_t text, std::uint64_t& number) {
-  static_assert(std::endian::native == std::endian::little, "the first digit is the lowest byte");
-  if ((((text + 0x4646464646464646) | (text - kZeros)) & 0x8080808080808080) != 0) return false;
-  text -= kZeros;
-  text = text * 10 + (text >> 8);                         // pairs, in every other byte
-  const std::uint64_t first = text & 0x000000FF000000FF;  // of each four digits
-  const std::uint64_t second = (text >> 16) & 0x000000FF000000FF;
-  number = (first * 0x000F424000000064 + second * 0x0000271000000001) >> 32 & 0xFFFFFFFF;
-  return true;
-}
-
-std::uint64_t WordAt(const char* text) {
-  std::uint64_t word = 0;
-  std::memcpy(&word, text, kWord);
-  return word;
-}
-
-// Appends the digits of [begin, end) to a number; false where there is something else. REQUIRES: a
-// word before `end` can be read.
-bool AppendDigits(const char* begin, const char* end, std::uint64_t& number) {
-  std::uint64_t digits = 0;
-  for (; end - begin >= std::ptrdiff_t{kWord}; begin += kWord) {
-    if (!ReadEightDigits(WordAt(begin), digits)) return false;
-    number = number * kPowersOfTen[kWord] + digits;
+// The last sixteen characters, or of fewer those with zeros before them. REQUIRES: the text has at
+// least eight.
+__m128i LastCharacters(std::string_view text) {
+  static_assert(std::endian::native == std::endian::little, "the first byte is the lowest");
+  const char* const end = text.data() + text.size();
+  if (text.size() >= kVector) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(end - kVector));
   }
-  const auto left = static_cast<std::size_t>(end - begin);
-  const std::uint64_t others = ~std::uint64_t{0} >> (8 * left);
-  if (!ReadEightDigits((WordAt(end - kWord) & ~others) | (kZeros & others), digits)) return false;
-  number = number * kPowersOfTen[left] + digits;
+  std::uint64_t first = 0;
+  std::uint64_t last = 0;
+  std::memcpy(&first, text.data(), kWord);
+  std::memcpy(&last, end - kWord, kWord);
+  first = first << 8 * (kVector - 1 - text.size()) << 8;  // by up to 64 bits
+  return _mm_set_epi64x(static_cast<long long>(last), static_cast<long long>(first));
+}
+
+// Appends the last `count` of the characters, at most sixteen, to a number; false where they are
+// not all digits.
+bool AppendDigits(__m128i characters, std::size_t count, std::uint64_t& number) {
+  alignas(kVector) static constexpr std::int8_t kCounted[2 * kVector] = {
+      0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,  0,
+      -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+  const __m128i counted = _mm_loadu_si128(reinterpret_cast<const __m128i*>(kCounted + count));
+  const __m128i digits = _mm_and_si128(_mm_sub_epi8(characters, _mm_set1_epi8('0')), counted);
+  const __m128i beyond_nine = _mm_subs_epu8(digits, _mm_set1_epi8(9));
+  if (_mm_movemask_epi8(_mm_cmpeq_epi8(beyond_nine, _mm_setzero_si128())) != 0xFFFF) return false;
+  // Neighbours become numbers of two, four and eight digits.
+  const __m128i first_of_two = _mm_and_si128(digits, _mm_set1_epi16(0xFF));
+  const __m128i twos =
+      _mm_add_epi16(_mm_mullo_epi16(first_of_two, _mm_set1_epi16(10)), _mm_srli_epi16(digits, 8));
+  const __m128i fours = _mm_madd_epi16(twos, _mm_set1_epi32(100 | 1 << 16));
+  const __m128i packed = _mm_packs_epi32(fours, fours);
+  const __m128i eights = _mm_madd_epi16(packed, _mm_set1_epi32(10000 | 1 << 16));
+  const auto both = static_cast<std::uint64_t>(_mm_cvtsi128_si64(eights));
+  number = number * kPowersOfTen[count] + (both & 0xFFFFFFFF) * kPowersOfTen[kWord] + (both >> 32);
   return true;
 }
 
-const char* AppendDigitsOneByOne(const char* begin, const char* end, std::uint64_t& number) {
+// Returns where they end.
+const char* AppendDigits(const char* begin, const char* end, std::uint64_t& number) {
   for (; begin != end && *begin >= '0' && *begin <= '9'; ++begin) {
     number = number * 10 + static_cast<std::uint64_t>(*begin - '0');
   }
@@ -82,7 +95,7 @@ bool ReadPlainDecimal(std::string_view text, double& value) {
   const char* const begin = text.data() + static_cast<std::size_t>(negative);
   const char* const end = text.data() + text.size();
   std::uint64_t number = 0;
-  const char* at = AppendDigitsOneByOne(begin, end, number);
+  const char* at = AppendDigits(begin, end, number);
   std::ptrdiff_t digits = at - begin;
   std::ptrdiff_t decimals = 0;
   if (at != end) {
@@ -91,9 +104,12 @@ bool ReadPlainDecimal(std::string_view text, double& value) {
     digits += decimals;
     if (digits > kMostDigits) return false;
     if (text.size() < kWord) {
-      if (AppendDigitsOneByOne(at, end, number) != end) return false;
-    } else if (!AppendDigits(at, end, number)) {
-      return false;
+      if (AppendDigits(at, end, number) != end) return false;
+    } else {
+      const char* const last = at + std::max(decimals - std::ptrdiff_t{kVector}, std::ptrdiff_t{0});
+      if (AppendDigits(at, last, number) != last) return false;
+      const auto count = static_cast<std::size_t>(end - last);
+      if (!AppendDigits(LastCharacters(text), count, number)) return false;
     }
   }
   if (digits == 0 || digits > kMostDigits) return false;
