@@ -85,8 +85,8 @@ const char* AppendDigits(const char* begin, const char* end, std::uint64_t& numb
 }
 
 // Reads what nearly all numbers of a table are, and nothing else: an optional minus sign and 1 to
-// 19 digits with at most one point. As the library does, but it must find the end first and takes
-// digits one by one.
+// 19 digits with at most one point. The library reads the same, but looks for the end meanwhile,
+// and takes many digits one by one.
 bool ReadPlainDecimal(std::string_view text, double& value) {
   constexpr std::ptrdiff_t kMostDigits = 19;  // that certainly fit in 64 bits
   if (text.empty()) return false;
@@ -113,7 +113,7 @@ bool ReadPlainDecimal(std::string_view text, double& value) {
     }
   }
   if (digits == 0 || digits > kMostDigits) return false;
-  // number * 10^-decimals, rounded correctly in every rounding mode.
+  // The library's own second step: number * 10^-decimals, rounded correctly in every rounding mode.
   using Format = fast_float::binary_format<double>;
   const auto parts = fast_float::compute_float<Format>(-decimals, number);
   if (parts.power2 < 0) return false;  // the library's long way is needed
