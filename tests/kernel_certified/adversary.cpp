@@ -73,9 +73,9 @@ void TryModel(const packed::Operations* operations, double scale, Random& random
   const sample::Model model = hard::RandomModel(random);
   const std::size_t machines = model.machines.size();
   const sample::Cases seen = hard::RandomCases(model, Kind::kNear, 24, random);
-  const auto rule = hard::RandomRule(hard::Pair(model, {{}, std::vector<double>(machines)}, nullptr)
-                                         .Decide(seen),
-                                     machines, random);
+  const auto rule =
+      hard::RandomRule(hard::Pair(model, {{}, std::vector<double>(machines)}, nullptr).Decide(seen),
+                       machines, random);
   hard::Pair pair(model, rule, operations);
   Tally all;
   const auto add = [&](const std::string& name, const Tally& tally) {

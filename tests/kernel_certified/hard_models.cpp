@@ -150,9 +150,9 @@ sample::Cases RandomCases(const Model& model, Kind kind, std::size_t count, Rand
           if (!one_place || f == place) x = (x == 0 ? 1.0 : x) * factor;
           break;
         case Kind::kAnySize:
-          x = std::ldexp(random.Within(-1, 1),
-                         static_cast<int>(random.Below(one_place ? 2000 : 80)) -
-                             (one_place ? 1000 : 40));
+          x = std::ldexp(
+              random.Within(-1, 1),
+              static_cast<int>(random.Below(one_place ? 2000 : 80)) - (one_place ? 1000 : 40));
           break;
         case Kind::kOdd:
           constexpr double kOdd[] = {kInfinity, -kInfinity, NAN, 0.0, -0.0, 5e-324, 1e-310};
