@@ -101,7 +101,8 @@ LevelPacking<T>::LevelPacking(const PackedEngine& engine) : machines_(engine) {
             FindScales(engine);
   if (!usable_) return;
   view_.kernel = model.kernel.type;
-  view_.degree = static_cast<int>(model.kernel.degree);
+  // Other kernels' degree may be any number.
+  view_.degree = model.kernel.degree == 2 ? 2 : 3;
   view_.gamma = gamma;
   view_.coef0 = model.kernel.coef0;
   view_.scale = model.kernel.type == KernelFunctionType::kPolynomial ? gamma : 2 * gamma * kLog2e;
