@@ -190,6 +190,7 @@ void CertifiedEngine::EstimateLevel(const LevelPacking<T>& packing,
 
 bool CertifiedEngine::Estimate(Level level, CaseColumns cases, std::size_t count,
                                CertifiedScratch& scratch, Estimates out) const {
+  if (why_not_ != nullptr) return false;
   if (linear_ != nullptr) {
     if (level != Level::kTwofold) return false;
     operations_->linear(linear_->view(), cases, count, out);
@@ -205,6 +206,7 @@ bool CertifiedEngine::Estimate(Level level, CaseColumns cases, std::size_t count
 }
 
 bool CertifiedEngine::EstimateOne(const double* x, CertifiedScratch& scratch, Estimates out) const {
+  if (why_not_ != nullptr) return false;
   if (linear_ != nullptr) {
     operations_->linear_one(linear_->view(), x, out);
     return true;

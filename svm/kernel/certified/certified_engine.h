@@ -89,7 +89,8 @@ class CertifiedEngine {
   void DecideMany(packed::CaseColumns cases, std::size_t count, CertifiedScratch& scratch,
                   PackedScratch& packed, packed::DecisionColumns decisions) const;
 
-  // Estimates alone, by the level that is asked for; false where the model has no such level.
+  // Estimates alone, by the level that is asked for; false where the model has no such level, or
+  // nothing is certified.
   // REQUIRES: level is not kExact.
   bool Estimate(certified::Level level, packed::CaseColumns cases, std::size_t count,
                 CertifiedScratch& scratch, certified::Estimates out) const;
