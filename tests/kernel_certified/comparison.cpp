@@ -125,7 +125,6 @@ void Pair::Compare(const sample::Cases& cases, double scale, Tally& tally) {
   errors_.resize(exact.size());
   const Estimates out{estimates_.data(), errors_.data(), count, count};
   for (const Level level : {Level::kSingle, Level::kTwofold}) {
-    if (certified_.why_not() != nullptr) break;
     if (!certified_.Estimate(level, {cases.columns.data(), count}, count, scratch_, out)) continue;
     CompareEstimates(NameOf(level), exact, count, scale, tally);
   }
@@ -136,8 +135,7 @@ void Pair::Compare(const sample::Cases& cases, double scale, Tally& tally) {
   for (std::size_t c = 0; c < count; c += kAlone) {
     const std::vector<double> x = cases.Case(c);
     const std::vector<double> values = Of(exact, machines_, count, c);
-    if (certified_.why_not() == nullptr &&
-        certified_.EstimateOne(x.data(), scratch_, {out.decisions, out.errors, 1, 1})) {
+    if (certified_.EstimateOne(x.data(), scratch_, {out.decisions, out.errors, 1, 1})) {
       CompareEstimates("one case", values, 1, scale, tally);
     }
     certified_.Decide(x.data(), scratch_, packed_scratch_, found.data());
