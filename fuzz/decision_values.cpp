@@ -1,8 +1,10 @@
-// The packed engine against the plain kernels, for models and cases of any shape.
+// The packed engine against the plain kernels, and certified votes against the packed engine's, for
+// models and cases of any shape.
 #include "fuzz/choices.h"
 #include "fuzz/promise.h"
 #include "fuzz/time_limit.h"
 #include "svm/kernel/packed/operations.h"
+#include "tests/kernel_certified/comparison.h"
 #include "tests/kernel_packed/sample.h"
 #include "tests/kernel_packed/wide.h"
 
@@ -99,6 +101,31 @@ void Compare(const sample::Model& model, const sample::Cases& cases, bool with_w
   if (with_wide && CpuHas(Isa::kAvx2)) check("avx512_by_avx2", &packed::WideOperations());
 }
 
+// Thresholds are 0, odd numbers, or a decision value that is itself met.
+MCSVM_700::certified::VoteRule MakeRule(const sample::Model& model, const sample::Cases& cases,
+                                        Choices& choices) {
+  MCSVM_700::certified::VoteRule rule;
+  rule.kind = static_cast<MCSVM_700::certified::VoteRule::Kind>(choices.Below(3));
+  const std::vector<double> met = ByDefinition(model, cases);
+  for (std::size_t m = 0; m < model.machines.size(); ++m) {
+    const std::size_t kind = choices.Below(3);
+    const double value = met[m * cases.count + choices.Below(cases.count)];
+    rule.thresholds.push_back(kind == 0 ? 0.0 : kind == 1 ? OddNumber(choices) : value);
+  }
+  return rule;
+}
+
+void CompareVotes(const sample::Model& model, const sample::Cases& cases, Choices& choices) {
+  const MCSVM_700::certified::VoteRule rule = MakeRule(model, cases, choices);
+  for (const packed::Isa isa : {packed::Isa::kAvx2, packed::Isa::kAvx512}) {
+    if (!CpuHas(isa)) continue;
+    hard::Tally tally;
+    hard::Pair(model, rule, packed::OperationsOf(isa)).Compare(cases, 1, tally);
+    Promise(tally.first.empty(),
+            std::string(NameOf(isa)) + " certifies only votes that are right: " + tally.first);
+  }
+}
+
 }  // namespace
 }  // namespace svmscore::fuzz
 
@@ -109,6 +136,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Choices for_cases = choices.SplitOff(1, 4);
   const bool with_wide = for_cases.Byte() % 4 == 0;
   const sample::Model model = MakeModel(choices);
-  Compare(model, MakeCases(model, for_cases), with_wide);
+  const sample::Cases cases = MakeCases(model, for_cases);
+  Compare(model, cases, with_wide);
+  CompareVotes(model, cases, choices);
   return 0;
 }
