@@ -55,6 +55,7 @@ const char* WhyNothingIsCertain(const PackedEngine& engine) {
   const SVMConst::KernelParameters& kernel = view.kernel;
   const bool linear = kernel.type == KernelFunctionType::kLinear;
   const bool polynomial = kernel.type == KernelFunctionType::kPolynomial;
+  if (view.machines == 0) return "there is no machine";
   if (view.plain_count > 0) return "a vector has entries that are not finite or not in order";
   if (view.fields == 0 || view.fields > std::size_t{1} << 17) return "the number of fields";
   if (!linear && !(kernel.gamma >= 0x1p-60 && kernel.gamma <= 0x1p60)) return "the size of gamma";
