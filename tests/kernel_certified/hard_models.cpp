@@ -119,6 +119,18 @@ Model RandomModel(Random& random) {
   return model;
 }
 
+Model ManyMachines(std::size_t count, Random& random) {
+  Model model = sample::RandomModel(KernelFunctionType::kRadialBasis, 3, count < 400 ? count : 400,
+                                    1, random);
+  for (std::size_t m = 0; m < count; ++m) {
+    Machine& machine = model.machines.emplace_back();
+    machine.coefficients = {random.Within(-2, 2), random.Within(-2, 2)};
+    machine.vectors = {static_cast<std::uint32_t>(m % model.positions.size()),
+                       static_cast<std::uint32_t>(random.Below(model.positions.size()))};
+  }
+  return model;
+}
+
 sample::Cases RandomCases(const Model& model, Kind kind, std::size_t count, Random& random) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   sample::Cases cases{model.fields, count, std::vector<double>(model.fields * count)};

@@ -12,6 +12,9 @@ namespace hard {
 // signs and sizes, some 0; vectors that machines leave out, or use twice with opposite signs.
 sample::Model RandomModel(sample::Random& random);
 
+// More runs than are told apart, by machines of two vectors each.
+sample::Model ManyMachines(std::size_t count, sample::Random& random);
+
 enum class Kind {
   kNear,        // at any distance from a vector
   kVectors,     // vectors themselves, and those with entries one unit in the last place apart

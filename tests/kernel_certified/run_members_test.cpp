@@ -51,7 +51,8 @@ void ExpectCovered(const TermsByVector& terms, const std::vector<RunMembers>& ru
 TEST(RunMembers, HoldEachVectorOnceWithItsColumns) {
   Random random(1);
   for (int i = 0; i < 300; ++i) {
-    const sample::Model model = hard::RandomModel(random);
+    const sample::Model model =
+        i < 2 ? hard::ManyMachines(i == 0 ? 300 : 600, random) : hard::RandomModel(random);
     const PackedEngine engine(model.Input(), nullptr);
     const TermsByVector terms(engine);
     const auto expected = Expected(engine);
