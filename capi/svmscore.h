@@ -11,7 +11,8 @@
  *   the caller's.
  * - No function throws, ends the process, prints, or changes the locale, signal handlers, the
  *   current folder or the environment. (The trace that the environment variable SVMSCORE_LOG asks
- *   for is printed.) SVMSCORE_ISA, SVMSCORE_PLUGIN and SVMSCORE_LOG are read once.
+ *   for is printed.) SVMSCORE_ISA, SVMSCORE_CERTIFY, SVMSCORE_PLUGIN and SVMSCORE_LOG are
+ *   read once.
  * - Structs begin with `size`, their size in bytes: the caller sets it, best by SVMSCORE_INIT. A
  *   library reads the members that the size covers and takes the others as 0; members that it does
  *   not know yet must be 0. Where a function takes an array of such structs, every element has the
@@ -117,7 +118,9 @@ SVMSCORE_API void svmscore_error_free(svmscore_error* error);
  * [any thread] Lives: as long as the process. Fails: never. */
 SVMSCORE_API const char* svmscore_version(void);
 /* What scoring computes with: "plain", "sse2", "avx2" or "avx512"; the best that this CPU has, or
- * what SVMSCORE_ISA names. Where it names none that can be used, loading fails (260317).
+ * what SVMSCORE_ISA names. Where it names none that can be used, loading fails (260317). Where only
+ * votes are wanted, estimates with proven error bounds decide most of them, with the same results;
+ * not if SVMSCORE_CERTIFY is "off".
  * [any thread] Lives: as long as the process. Fails: never. */
 SVMSCORE_API const char* svmscore_instruction_set(void);
 /* Frees a text that a function of this header says is the caller's. Null is allowed.

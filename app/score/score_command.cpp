@@ -87,10 +87,6 @@ void CheckLog(const std::string& path) {
   if (!path.empty() && error != 0) throw LogFailure(path, error);
 }
 
-std::string Share(std::uint64_t part, std::uint64_t all) {
-  return fmt::format("{:.2f} %", 100.0 * static_cast<double>(part) / static_cast<double>(all));
-}
-
 // How votes were decided, on standard error and in the log, where estimates decided some.
 void TellVotes(const ScoreModel& model) {
   const auto* batch = dynamic_cast<const BatchModel*>(&model);
@@ -98,9 +94,16 @@ void TellVotes(const ScoreModel& model) {
   const VoteLevels votes = batch->Votes();
   const std::uint64_t all = votes.by_single + votes.by_double + votes.by_exact;
   if (votes.why_exact != nullptr || all == 0) return;
-  const std::string text = fmt::format(
-      "votes certain in single precision {}, in double {}, by exact decision values {}",
-      Share(votes.by_single, all), Share(votes.by_double, all), Share(votes.by_exact, all));
+  std::string shares;
+  const auto add = [&](std::uint64_t cases, const char* how) {
+    if (cases == 0) return;
+    const double share = 100.0 * static_cast<double>(cases) / static_cast<double>(all);
+    shares += fmt::format("{}{:.2f} % {}", shares.empty() ? "" : ", ", share, how);
+  };
+  add(votes.by_single, "in single precision");
+  add(votes.by_double, "in double precision");
+  add(votes.by_exact, "by exact decision values");
+  const std::string text = fmt::format("votes decided: {}", shares);
   Tell(text);
   ScoringLog::GetInstance().TraceText(1, "%s", text.c_str());
 }

@@ -235,6 +235,22 @@ TEST(Score, RefusesAnUnknownInstructionSet) {
   EXPECT_THAT(ran.err, HasSubstr("SVMSCORE_ISA must be sse2, avx2, avx512 or plain"));
 }
 
+// The model votes in pairs; the document's own output asks for shares of votes.
+TEST(Score, CertifiesVotesWithoutChangingAByte) {
+  const std::string cases = ManyCases(20000);
+  for (const char* arguments : {"three.pmml", "three.pmml --prediction-only --threads 2"}) {
+    const Ran certified = Score(arguments, cases, "SVMSCORE_CERTIFY=on");
+    const Ran exact = Score(arguments, cases, "SVMSCORE_CERTIFY=off");
+    EXPECT_TRUE(certified.out == exact.out) << arguments;
+    EXPECT_THAT(exact.err, Not(HasSubstr("votes decided")));
+    const bool estimates = Score("three.pmml", cases, "SVMSCORE_ISA=").err.find("precision") !=
+                           std::string::npos;
+    EXPECT_EQ(certified.err.find("precision") != std::string::npos, estimates) << certified.err;
+  }
+  EXPECT_THAT(Score("three.pmml", cases, "SVMSCORE_CERTIFY=maybe").err,
+              HasSubstr("SVMSCORE_CERTIFY must be on or off"));
+}
+
 TEST(Score, ShowsProgressOnATerminalOnly) {
   const TemporaryFolder folder;
   const std::string line = "score " + Data("line.pmml") + " " + folder.Write("cases", "x\n1\n");
