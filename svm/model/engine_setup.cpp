@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 #include <unordered_map>
+#include <utility>
 
 #include "host/model/instruction_set.h"
 #include "svm/kernel/packed/operations.h"
@@ -15,6 +16,7 @@ namespace {
 using MCSVM_700::PackedInput;
 using MCSVM_700::SVMDataCase;
 using MCSVM_700::certified::VoteRule;
+using MCSVM_700::certified::Wanted;
 
 // The machines' vectors, each once, and the machines as positions among them.
 class Collector {
@@ -84,7 +86,11 @@ VoteRule SVMModel::RuleOfVotes() const {
   }
   for (const auto* machine : data_->GetSupportVectorMachines()) {
     rule.thresholds.push_back(machine->threshold);
+    if (data_->IsMultiClassClassification()) {
+      rule.votes.emplace_back(machine->target_index, machine->alternate_target_index);
+    }
   }
+  rule.categories = static_cast<std::size_t>(data_->GetCateNumOfTarget());
   return rule;
 }
 
@@ -115,6 +121,20 @@ bool SVMModel::CertifiesVotes() const {
                     certified_rule_.thresholds.end(), [](const auto* machine, double threshold) {
                       return machine != nullptr && machine->threshold == threshold;
                     });
+}
+
+Wanted SVMModel::WantedOf(bool shares) const {
+  if ((shares && !prediction_only_) || target_categories_.size() != certified_rule_.categories) {
+    return Wanted::kVotes;
+  }
+  const auto& machines = data_->GetSupportVectorMachines();
+  const auto& votes = certified_rule_.votes;
+  const bool same = std::equal(machines.begin(), machines.end(), votes.begin(), votes.end(),
+                               [](const auto* machine, const std::pair<int, int>& vote) {
+                                 return machine->target_index == vote.first &&
+                                        machine->alternate_target_index == vote.second;
+                               });
+  return same ? Wanted::kWinner : Wanted::kVotes;
 }
 
 svmscore::VoteLevels SVMModel::Votes() const {
@@ -149,7 +169,8 @@ MCScore::MCStatus SVMModel::Decide(const std::vector<int>& idx, const std::vecto
   if (EngineTakes(idx, val)) {
     Workspace& workspace = ThisThreadsWorkspace();
     if (votes_alone && CertifiesVotes()) {
-      certified_->Decide(val.data(), workspace.certified, workspace.scratch, decisions.data());
+      certified_->Decide(val.data(), workspace.certified, workspace.scratch, decisions.data(),
+                         WantedOf(true));
       return {};
     }
     engine_->Decide(val.data(), ThisThreadsWorkspace().scratch, decisions.data());

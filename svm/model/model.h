@@ -186,9 +186,9 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                                 double* entries, std::size_t stride, std::size_t& read);
   MCScore::MCStatus MissingStatus(const ScoreDictVar* var);
   // A batch: the decision values of all cases, and each case's results from them (score_batch.cpp).
-  // With `votes_alone` only the votes and winners that follow from the values are those of the
-  // exact ones.
-  MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases, bool votes_alone,
+  // What is computed suffices for `results`: without their decision values, estimates may.
+  MCScore::MCStatus DecideBatch(const svmscore::BatchCases& cases,
+                                const svmscore::BatchResults& results,
                                 MCSVM_700::packed::DecisionColumns decisions);
   static void FailBatch(const MCScore::MCStatus& status, std::size_t count,
                         const svmscore::BatchResults& results);
@@ -214,8 +214,11 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   const char* WhyExact() const;
   // Whether votes may be certified: estimates were set up, by the rule that the data still have.
   bool CertifiesVotes() const;
+  // What is taken from decision values, where `shares` of votes are asked for or not.
+  MCSVM_700::certified::Wanted WantedOf(bool shares) const;
   // The decision values of a case, DecisionCount() of them, by the engine where it takes the case;
-  // ScoreSVMByKernelType gives the same bits. `votes_alone` as for DecideBatch.
+  // ScoreSVMByKernelType gives the same bits. With `votes_alone` only the votes and the winner that
+  // follow from the values are those of the exact ones.
   MCScore::MCStatus Decide(const std::vector<int>& idx, const std::vector<double>& val,
                            bool votes_alone, std::vector<double>& decisions);
   // The same by ScoreSVMByKernelType, for the first case of `decisions`. 90029 where a machine is

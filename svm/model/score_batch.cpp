@@ -79,7 +79,7 @@ void SVMModel::ScoreBatch(const BatchCases& cases, const BatchResults& results) 
       columns.Reserve(std::max<std::size_t>(DecisionCount(), 1) * cases.count);
       decisions = {columns.data(), cases.count};
     }
-    const MCStatus decided = DecideBatch(cases, results.decisions == nullptr, decisions);
+    const MCStatus decided = DecideBatch(cases, results, decisions);
     if (decided.IsError()) return FailBatch(decided, cases.count, results);
     if (results.status == nullptr) return;
     const bool classifies = data_->IsClassification();
@@ -102,12 +102,13 @@ void SVMModel::FailBatch(const MCStatus& status, std::size_t count, const BatchR
   }
 }
 
-MCStatus SVMModel::DecideBatch(const BatchCases& cases, bool votes_alone,
+MCStatus SVMModel::DecideBatch(const BatchCases& cases, const BatchResults& results,
                                DecisionColumns decisions) {
   Workspace& workspace = ThisThreadsWorkspace();
-  if (votes_alone && CertifiesVotes()) {
+  if (results.decisions == nullptr && CertifiesVotes()) {
+    const bool shares = results.percents != nullptr || results.confidence != nullptr;
     certified_->DecideMany({cases.entries, cases.stride}, cases.count, workspace.certified,
-                           workspace.scratch, decisions);
+                           workspace.scratch, decisions, WantedOf(shares));
     return {};
   }
   if (EngineFits()) {

@@ -16,6 +16,7 @@ using certified::LevelOperations;
 using certified::LevelPacking;
 using certified::LevelView;
 using certified::LevelWork;
+using certified::Wanted;
 using packed::CaseColumns;
 using packed::DecisionColumns;
 
@@ -218,7 +219,8 @@ bool CertifiedEngine::EstimateOne(const double* x, CertifiedScratch& scratch, Es
 }
 
 std::size_t CertifiedEngine::ListOpen(std::size_t first, std::size_t count,
-                                      const Estimates& estimates, CertifiedScratch& scratch) const {
+                                      const Estimates& estimates, CertifiedScratch& scratch,
+                                      Wanted wanted) const {
   scratch.unsure_.resize(std::max(scratch.unsure_.size(), count));
   scratch.best_.resize(scratch.unsure_.size());
   scratch.best_low_.resize(scratch.unsure_.size());
@@ -226,7 +228,14 @@ std::size_t CertifiedEngine::ListOpen(std::size_t first, std::size_t count,
                         scratch.best_.data(), scratch.best_low_.data());
   const std::size_t before = scratch.open_.size();
   for (std::size_t c = 0; c < count; ++c) {
-    if (scratch.unsure_[c] != 0) scratch.open_.push_back(static_cast<std::uint32_t>(first + c));
+    if (scratch.unsure_[c] == 0) continue;
+    const Estimates of_case{estimates.decisions + c, estimates.errors + c, estimates.stride,
+                            estimates.error_stride};
+    if (wanted == Wanted::kWinner &&
+        IsWinnerSure(rule_, of_case, scratch.certain_, scratch.possible_)) {
+      continue;
+    }
+    scratch.open_.push_back(static_cast<std::uint32_t>(first + c));
   }
   return scratch.open_.size() - before;
 }
@@ -261,7 +270,8 @@ void CertifiedEngine::DecideOpen(CaseColumns cases, CertifiedScratch& scratch,
 }
 
 void CertifiedEngine::DecideMany(CaseColumns cases, std::size_t count, CertifiedScratch& scratch,
-                                 PackedScratch& packed, DecisionColumns decisions) const {
+                                 PackedScratch& packed, DecisionColumns decisions,
+                                 Wanted wanted) const {
   const std::size_t most = CasesAtOnce(exact_.machines());
   scratch.open_.clear();
   for (std::size_t done = 0; done < count;) {
@@ -269,7 +279,7 @@ void CertifiedEngine::DecideMany(CaseColumns cases, std::size_t count, Certified
     const DecisionColumns decided{decisions.values + done, decisions.stride};
     const Level level = plan_.level();
     if (level == Level::kSingle && exact_.sparse()) {
-      done += DecideSparse(part, count - done, scratch, packed, decided);
+      done += DecideSparse(part, count - done, scratch, packed, decided, wanted);
       continue;
     }
     const std::size_t here =
@@ -281,7 +291,7 @@ void CertifiedEngine::DecideMany(CaseColumns cases, std::size_t count, Certified
       const Estimates out{decided.values, scratch.errors_.data(), decided.stride, here};
       estimated = Estimate(level, part, here, scratch, out);
       if (estimated) {
-        open = ListOpen(done, here, out, scratch);
+        open = ListOpen(done, here, out, scratch, wanted);
         if (open == here) scratch.open_.resize(scratch.open_.size() - open);
       }
     }
@@ -299,7 +309,7 @@ void CertifiedEngine::DecideMany(CaseColumns cases, std::size_t count, Certified
 // longer than all estimates.
 std::size_t CertifiedEngine::DecideSparse(CaseColumns cases, std::size_t count,
                                           CertifiedScratch& scratch, PackedScratch& packed,
-                                          DecisionColumns decisions) const {
+                                          DecisionColumns decisions, Wanted wanted) const {
   const LevelView<float>& view = single_->view();
   const std::size_t machines = exact_.machines();
   Fit(view, operations_->single.tile, scratch, scratch.single_);
@@ -309,7 +319,7 @@ std::size_t CertifiedEngine::DecideSparse(CaseColumns cases, std::size_t count,
   const LevelWork<float>& work = scratch.single_.work;
   count = operations_->single.sparse(view, cases, count, work, out);
   const std::size_t before = scratch.open_.size();
-  const std::size_t open = ListOpen(0, count, out, scratch);
+  const std::size_t open = ListOpen(0, count, out, scratch, wanted);
   scratch.row_.Reserve(view.fields);
   scratch.open_decisions_.Reserve(machines);
   double* row = scratch.row_.data();
@@ -330,7 +340,7 @@ std::size_t CertifiedEngine::DecideSparse(CaseColumns cases, std::size_t count,
 }
 
 void CertifiedEngine::Decide(const double* x, CertifiedScratch& scratch, PackedScratch& packed,
-                             double* decisions) const {
+                             double* decisions, Wanted wanted) const {
   const Level level = plan_.level();
   const bool single = level == Level::kSingle || linear_ != nullptr;
   bool open = true;
@@ -338,11 +348,8 @@ void CertifiedEngine::Decide(const double* x, CertifiedScratch& scratch, PackedS
     scratch.errors_.Reserve(exact_.machines());
     const Estimates out{decisions, scratch.errors_.data(), 1, 1};
     if (EstimateOne(x, scratch, out)) {
-      std::uint8_t unsure = 1;
-      std::uint32_t best = 0;
-      double best_low = 0;
-      certified::FindUnsure(rule_, exact_.machines(), out, 1, &unsure, &best, &best_low);
-      open = unsure != 0;
+      open = ListOpen(0, 1, out, scratch, wanted) != 0;
+      scratch.open_.clear();
     }
   }
   if (open) exact_.Decide(x, packed, decisions);

@@ -51,6 +51,8 @@ class CertifiedScratch {
   std::vector<std::uint8_t> unsure_;
   std::vector<std::uint32_t> best_;
   std::vector<double> best_low_;
+  std::vector<int> certain_;
+  std::vector<int> possible_;
   // Cases that came alone, until they are worth recording.
   std::uint64_t alone_engine_ = 0;
   std::size_t alone_tried_ = 0;
@@ -82,12 +84,13 @@ class CertifiedEngine {
   Counts counts() const;
 
   // As the packed engine's, but decision values are only on the right sides: every vote and every
-  // winner by the rule is that of the exact values. Where some value of a case is not finite, all
-  // of them are exact.
-  void Decide(const double* x, CertifiedScratch& scratch, PackedScratch& packed,
-              double* decisions) const;
+  // winner by the rule is that of the exact values, or the winner alone where no more is wanted.
+  // Where some value of a case is not finite, all of them are exact.
+  void Decide(const double* x, CertifiedScratch& scratch, PackedScratch& packed, double* decisions,
+              certified::Wanted wanted = certified::Wanted::kVotes) const;
   void DecideMany(packed::CaseColumns cases, std::size_t count, CertifiedScratch& scratch,
-                  PackedScratch& packed, packed::DecisionColumns decisions) const;
+                  PackedScratch& packed, packed::DecisionColumns decisions,
+                  certified::Wanted wanted = certified::Wanted::kVotes) const;
 
   // Estimates alone, by the level that is asked for; false where the model has no such level, or
   // nothing is certified.
@@ -108,13 +111,14 @@ class CertifiedEngine {
            CertifiedScratch::Buffers<T>& buffers) const;
   // DecideMany for a sparse model by its single level; returns how many cases were taken.
   std::size_t DecideSparse(packed::CaseColumns cases, std::size_t count, CertifiedScratch& scratch,
-                           PackedScratch& packed, packed::DecisionColumns decisions) const;
+                           PackedScratch& packed, packed::DecisionColumns decisions,
+                           certified::Wanted wanted) const;
   // Null where the model has no such level.
   const certified::LevelPacking<double>* Twofold() const;
   bool KeepsItsBounds() const;
   // Lists the open cases among estimates of `count` cases, the first of which is case `first`.
   std::size_t ListOpen(std::size_t first, std::size_t count, const certified::Estimates& estimates,
-                       CertifiedScratch& scratch) const;
+                       CertifiedScratch& scratch, certified::Wanted wanted) const;
   void DecideOpen(packed::CaseColumns cases, CertifiedScratch& scratch, PackedScratch& packed,
                   packed::DecisionColumns decisions) const;
   void Count(certified::Level level, std::size_t tried, std::size_t open) const;

@@ -1,5 +1,6 @@
 #include "svm/kernel/certified/vote_rule.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -74,6 +75,37 @@ void ByLargest(double sign, std::size_t machines, const Estimates& estimates, st
 }
 
 }  // namespace
+
+bool IsWinnerSure(const VoteRule& rule, const Estimates& estimates, std::vector<int>& certain,
+                  std::vector<int>& possible) {
+  if (rule.votes.empty()) return false;
+  certain.assign(rule.categories, 0);
+  possible.assign(rule.categories, 0);
+  const auto add = [&rule](std::vector<int>& tickets, int category) {
+    const auto position = static_cast<std::size_t>(category);
+    if (category >= 0 && position < rule.categories) ++tickets[position];
+  };
+  for (std::size_t m = 0; m < rule.votes.size(); ++m) {
+    const double decision = estimates.decisions[m * estimates.stride];
+    const double error = estimates.errors[m * estimates.error_stride];
+    if (!std::isfinite(error)) return false;
+    const auto [above, other] = rule.votes[m];
+    const double distance = decision - rule.thresholds[m];
+    const bool sure = std::fabs(distance) > error * kWider;
+    const int vote = distance > 0 ? above : other;
+    if (sure) add(certain, vote);
+    add(possible, sure ? vote : above);
+    if (!sure && other != above) add(possible, other);
+  }
+  const auto winner = std::max_element(certain.begin(), certain.end());  // the first of the largest
+  if (winner == certain.end() || *winner == 0) return false;
+  for (std::size_t k = 0; k < rule.categories; ++k) {
+    const auto best = static_cast<std::size_t>(winner - certain.begin());
+    if (k == best) continue;
+    if (k < best ? possible[k] >= *winner : possible[k] > *winner) return false;
+  }
+  return true;
+}
 
 void FindUnsure(const VoteRule& rule, std::size_t machines, const Estimates& estimates,
                 std::size_t count, std::uint8_t* unsure, std::uint32_t* best, double* best_low) {

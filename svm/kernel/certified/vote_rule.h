@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "svm/kernel/certified/level_view.h"
@@ -17,8 +18,22 @@ struct VoteRule {
     kSmallest,    // the machine of the smallest value
   };
   Kind kind = Kind::kThresholds;
-  std::vector<double> thresholds;  // [machines], for kThresholds
+  // For kThresholds, of each machine:
+  std::vector<double> thresholds = {};
+  // and, where the category with most votes wins, the first of several, the positions of the two
+  // categories that it votes for; positions outside [0, categories) are not counted. May be empty.
+  std::vector<std::pair<int, int>> votes = {};
+  std::size_t categories = 0;
 };
+
+// What a caller will take from decision values: every vote, or the winner alone.
+enum class Wanted { kVotes, kWinner };
+
+// Whether the winner of one case is the same whichever way the votes go that its estimates, at [m *
+// stride] of each column, leave open. False where some bound is not finite. `certain` and
+// `possible` are working memory.
+bool IsWinnerSure(const VoteRule& rule, const Estimates& estimates, std::vector<int>& certain,
+                  std::vector<int>& possible);
 
 // Sets unsure[c] for each of `count` cases to 0 where |d~ - d| <= E for every machine, with the
 // estimates d~ and E, leaves no doubt: the estimates may then stand for the decision values, and
