@@ -152,7 +152,7 @@ svmscore_model* Load(const LoadSettings& settings, tools::DocumentSource& source
   const LoadChecks checks = ChecksOf(options.mode);
   const Plugin plugin(settings.plugin_path);
   auto state = std::make_shared<ModelState>(LoadModel(
-      plugin, [&source] { return source.Parse(); }, checks));
+      plugin, [&source] { return source.Parse(Arrays::kAsNumbers); }, checks));
   state->sha256 = sha256.empty() ? DigestOf(source) : std::move(sha256);
   ScoreModel& model = *state->loaded.model;
   UsePolicy(model, options.missing_policy);

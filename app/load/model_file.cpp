@@ -14,7 +14,7 @@ namespace {
 
 LoadedModel Load(const Plugin& plugin, tools::DocumentSource& source, LoadChecks checks) {
   return LoadModel(
-      plugin, [&source] { return source.Parse(); }, checks);
+      plugin, [&source] { return source.Parse(Arrays::kAsNumbers); }, checks);
 }
 
 }  // namespace
@@ -57,7 +57,8 @@ DescribedModel LoadModelToDescribe(tools::DocumentSource& source, const std::str
       if (checks == LoadChecks::kAsIs) throw;
       refused = tools::Explain(error, source);
     }
-    return {LoadModel(loaded, source.Parse(), LoadChecks::kTolerate), std::move(refused)};
+    return {LoadModel(loaded, source.Parse(Arrays::kAsNumbers), LoadChecks::kTolerate),
+            std::move(refused)};
   } catch (const SSException& error) {
     RefuseModel(source, error);
   }

@@ -8,6 +8,7 @@
 #include "host/intake/target_categories.h"
 #include "host/output/scheme.h"
 #include "host/text/number_text.h"
+#include "host/xml/array_numbers.h"
 #include "host/xml/edit.h"
 #include "host/xml/elements.h"
 
@@ -32,14 +33,16 @@ void CheckOffset(Intake& intake, const DOMElement* coefficients) {
 }
 
 // Whether a translator keeps the vector: one without values is left out.
-bool HasValues(const DOMElement* instance) {
+bool HasValues(const DOMElement* instance, const ArrayNumbers* numbers) {
   const DOMElement* array = FindChild(instance, "REAL-SparseArray");
   if (array == nullptr) return false;
+  if (numbers != nullptr && numbers->Find(array) != nullptr) return true;
   const DOMElement* indices = FindChild(array, "Indices");
   if (indices == nullptr) {
     const auto length = ParseNumber(Narrow(AttributeView(array, "n")));
     return length && TruncateToInt(*length) > 0;
   }
+  if (numbers != nullptr && numbers->Find(indices) != nullptr) return true;
   WideText joined;
   WideView text = TextView(indices, joined);
   return !NextWord(text).empty();
@@ -48,6 +51,7 @@ bool HasValues(const DOMElement* instance) {
 // The identifiers of all vectors that are kept, borrowed from the document.
 std::unordered_set<WideView> CheckInstances(Intake& intake) {
   std::unordered_set<WideView> ids;
+  const ArrayNumbers* numbers = ArrayNumbers::Of(intake.Root());
   std::size_t count = 0;
   const DOMElement* dictionary = intake.ModelChild("VectorDictionary");
   for (const DOMElement* instance : Children(dictionary, "VectorInstance")) {
@@ -57,7 +61,7 @@ std::unordered_set<WideView> CheckInstances(Intake& intake) {
     if (id.data() == nullptr) continue;
     if (id.empty()) {
       intake.Tell("vector-dropped", instance, "an empty id", "VectorInstance");
-    } else if (HasValues(instance) && !ids.insert(id).second) {
+    } else if (HasValues(instance, numbers) && !ids.insert(id).second) {
       intake.Tell("vector-dropped", instance, "the id \"" + Narrow(id) + "\" of an earlier vector",
                   "VectorInstance");
     }

@@ -23,8 +23,9 @@ bool IsInside(const DOMNode* node, const DOMNode* ancestor) {
 void HideExtensionContent(Intake& intake, const std::vector<DOMElement*>& extensions) {
   for (DOMElement* extension : extensions) {
     if (extension->getFirstChild() == nullptr || !IsInside(extension, intake.Model())) continue;
-    for (DOMElement* at = NextInTree(extension, extension, false); at != nullptr;
-         at = NextInTree(at, extension, false)) {
+    TreeWalk walk(extension);
+    for (walk.Next(); walk.At() != nullptr; walk.Next()) {
+      DOMElement* at = walk.At();
       if (!IsListed(at->getNodeName())) continue;
       intake.Tell("extension-content", at);
       Rename(at, "X-" + NameOf(at));

@@ -23,7 +23,8 @@ std::vector<DOMElement*> UsePlainNames(Intake& intake) {
   DOMElement* root = intake.Root();
   const WideView of_root = NamespaceOf(root);
   bool skip = false;
-  for (DOMElement* at = root; at != nullptr; at = NextInTree(at, root, skip)) {
+  for (TreeWalk walk(root); walk.At() != nullptr; walk.Next(skip)) {
+    DOMElement* at = walk.At();
     const XMLCh* prefix = at->getPrefix();
     if (prefix != nullptr && *prefix != 0 && IsPmmlNamespace(NamespaceOf(at), of_root)) {
       intake.Tell("namespace-prefix", at);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <utility>
 
 #include <fmt/format.h>
@@ -12,6 +13,7 @@
 #include "host/intake/finite_numbers.h"
 #include "host/intake/steps.h"
 #include "host/text/number_text.h"
+#include "host/xml/array_numbers.h"
 #include "host/xml/elements.h"
 #include "host/xml/limits.h"
 #include "host/xml/transcoder.h"
@@ -43,11 +45,6 @@ std::size_t CountWords(WideView text) {
   return count;
 }
 
-std::size_t CountWordsOf(const DOMElement* element) {
-  WideText joined;
-  return CountWords(TextView(element, joined));
-}
-
 }  // namespace
 
 std::size_t CountVectorFields(const Intake& intake) {
@@ -61,7 +58,8 @@ std::size_t CountVectorFields(const Intake& intake) {
   return count;
 }
 
-VectorReader::VectorReader(Intake& intake, std::size_t fields) : intake_(intake), fields_(fields) {
+VectorReader::VectorReader(Intake& intake, std::size_t fields)
+    : intake_(intake), fields_(fields), numbers_(ArrayNumbers::Of(intake.Root())) {
   std::string text;
   for (std::size_t i = 1; i <= fields; ++i) text += std::to_string(i) + ' ';
   all_indices_ = ToUtf16(text);
@@ -92,8 +90,10 @@ void VectorReader::Read(DOMElement* instance) {
 void VectorReader::ReadDense(DOMElement* array) {
   WideView offender;
   bool large = false;
-  const WideView text = TextView(array, joined_);
-  const auto count = CountNumbers(text, offender, large);
+  const NumberList* numbers = FindNumbers(array);
+  const WideView text = numbers == nullptr ? TextView(array, joined_) : WideView();
+  const auto count = numbers == nullptr ? CountNumbers(text, offender, large)
+                                        : std::optional<std::size_t>(numbers->size);
   if (large) CheckFiniteWords(intake_, array, text);
   if (!count) return intake_.Refuse(array, code::kBadValue, Narrow(offender));
   if (*count != fields_) {
@@ -106,12 +106,13 @@ void VectorReader::ReadDense(DOMElement* array) {
   }
   intake_.Tell("dense-array", array);
   // The numbers stay as they are written; zeros stay entries.
-  DOMElement* entries = MakeElement(intake_.Dom(), "REAL-Entries");
-  MoveChildren(array, entries);
+  DOMElement* entries = numbers == nullptr ? MakeElement(intake_.Dom(), "REAL-Entries") : nullptr;
+  if (entries != nullptr) MoveChildren(array, entries);
   Rename(array, "REAL-SparseArray");
   RemoveAttribute(array, "type");
   // A translator would look for a number in it.
   if (!IsFieldCount(AttributeView(array, "n"))) RemoveAttribute(array, "n");
+  if (entries == nullptr) return numbers_->SetPositions(array, AllPositions());
   AddText(AddElement(array, "Indices"), all_indices_);
   array->appendChild(entries);
 }
@@ -134,8 +135,8 @@ void VectorReader::ReadSparse(DOMElement* array) {
   if (WideView(array->getNodeName()) != u"REAL-SparseArray") {
     // A translator ignores it, and a document that it would refuse stays refused.
     DOMElement* list = entries != nullptr ? entries : integers;
-    const bool pairs =
-        indices != nullptr && list != nullptr && CountWordsOf(indices) == CountWordsOf(list);
+    const bool pairs = indices != nullptr && list != nullptr &&
+                       ArrayNumbers::CountWords(indices) == ArrayNumbers::CountWords(list);
     const WideView length = AttributeView(array, "n");
     const bool counts = length.data() == nullptr || ParseNumber(Narrow(length));
     if (!counts || (!pairs && indices != nullptr)) {
@@ -222,18 +223,46 @@ int VectorReader::NextIndex(const DOMElement* list, WideView& text) const {
   const std::string slow = Narrow(word);
   const int read = TruncateToInt(NumberPrefix(slow.c_str()));
   if (ParseInteger(slow) != read) intake_.Tell("bad-number", list, slow);
-  if (IsOutside(read)) {
-    intake_.Tell("index-out-of-range", list,
-                 fmt::format("the index {} for {} vector fields", slow, fields_), "Indices");
-  }
+  if (IsOutside(read)) TellOutside(list, slow);
   return read;
+}
+
+void VectorReader::TellOutside(const DOMElement* list, const std::string& index) const {
+  intake_.Tell("index-out-of-range", list,
+               fmt::format("the index {} for {} vector fields", index, fields_), "Indices");
 }
 
 bool VectorReader::IsOutside(int index) const {
   return index < 1 || static_cast<std::size_t>(index) > fields_;
 }
 
+const NumberList* VectorReader::FindNumbers(const DOMElement* list) const {
+  return numbers_ == nullptr ? nullptr : numbers_->Find(list);
+}
+
+const std::shared_ptr<const std::vector<int>>& VectorReader::AllPositions() {
+  if (all_positions_ == nullptr) {
+    auto positions = std::make_shared<std::vector<int>>(fields_);
+    std::iota(positions->begin(), positions->end(), 1);
+    all_positions_ = std::move(positions);
+  }
+  return all_positions_;
+}
+
+void VectorReader::ReadPositions(const DOMElement* list, const NumberList& numbers) {
+  ascending_ = true;
+  if (numbers.positions == last_positions_) return;
+  indices_ = *numbers.positions;
+  // What is said of positions that are too large is said again for each list that has them.
+  last_positions_ = IsOutside(indices_.back()) ? nullptr : numbers.positions;
+  for (const int index : indices_) {
+    if (IsOutside(index)) TellOutside(list, std::to_string(index));
+  }
+}
+
 void VectorReader::ReadIndices(const DOMElement* list) {
+  if (const NumberList* numbers = FindNumbers(list)) return ReadPositions(list, *numbers);
+  last_positions_.reset();
   indices_.clear();
   ascending_ = true;
   WideView text = TextView(list, joined_);
@@ -246,6 +275,7 @@ void VectorReader::ReadIndices(const DOMElement* list) {
 }
 
 std::size_t VectorReader::CountEntries(const DOMElement* list) {
+  if (const NumberList* numbers = FindNumbers(list)) return numbers->size;
   const WideView text = TextView(list, joined_);
   WideView offender;
   bool large = false;
@@ -305,6 +335,10 @@ void VectorReader::ReadPairs(DOMElement* array, DOMElement* indices, DOMElement*
 
 void VectorReader::Rewrite(DOMElement* indices, DOMElement* entries,
                            std::optional<WideView> default_value) {
+  if (numbers_ != nullptr) {
+    numbers_->PutBack(indices);
+    numbers_->PutBack(entries);
+  }
   WideView text = TextView(entries, joined_);
   std::vector<std::pair<int, WideView>> pairs;
   for (const int index : indices_) pairs.emplace_back(index, NextWord(text));

@@ -3,11 +3,13 @@
 #define HOST_INTAKE_VECTORS_H_
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "host/intake/intake.h"
+#include "host/xml/array_numbers.h"
 #include "host/xml/edit.h"
 
 namespace svmscore::intake {
@@ -40,6 +42,11 @@ class VectorReader {
   void CheckLength(const DOMElement* array);
   std::size_t CountEntries(const DOMElement* list);
   void ReadIndices(const DOMElement* list);
+  void ReadPositions(const DOMElement* list, const NumberList& numbers);
+  void TellOutside(const DOMElement* list, const std::string& index) const;
+  // The numbers that are kept for the list in place of its text, or null.
+  const NumberList* FindNumbers(const DOMElement* list) const;
+  const std::shared_ptr<const std::vector<int>>& AllPositions();
   // The next index of the text, as a translator reads it.
   int NextIndex(const DOMElement* list, WideView& text) const;
   bool IsOutside(int index) const;
@@ -51,12 +58,15 @@ class VectorReader {
 
   Intake& intake_;
   std::size_t fields_;
+  ArrayNumbers* numbers_;  // null where all lists are texts
   WideText all_indices_;
+  std::shared_ptr<const std::vector<int>> all_positions_;  // null until it is needed
   std::uint64_t implied_entries_ = 0;
   WideText fitting_length_;  // a text of attribute n that was found to fit
   // Of the current array.
   WideText joined_;
-  std::vector<int> indices_;  // from 1
+  std::vector<int> indices_;                                // from 1
+  std::shared_ptr<const std::vector<int>> last_positions_;  // what they are, if none is outside
   bool ascending_ = true;
 };
 

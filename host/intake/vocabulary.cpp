@@ -191,10 +191,10 @@ class Vocabulary {
 
   void Check() {
     bool skip = false;
-    for (DOMElement* at = intake_.Root(); at != nullptr;
-         at = NextInTree(at, intake_.Root(), skip)) {
+    for (TreeWalk walk(intake_.Root()); walk.At() != nullptr; walk.Next(skip)) {
+      DOMElement* at = walk.At();
       const Entry* entry = Find(at->getNodeName());
-      skip = entry == nullptr || (at->getParentNode() == intake_.Root() && IsOtherModel(at));
+      skip = entry == nullptr || (walk.Parent() == intake_.Root() && IsOtherModel(at));
       if (skip) continue;
       if (!entry->any_attributes) CheckAttributes(at, *entry);
       if (!entry->open) CheckChildren(at, *entry);

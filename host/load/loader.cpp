@@ -12,6 +12,7 @@
 #include "host/model/ss_exception.h"
 #include "host/transform/derived_fields.h"
 #include "host/transform/transformation_dictionary.h"
+#include "host/xml/array_numbers.h"
 #include "host/xml/attributes.h"
 
 namespace svmscore {
@@ -28,6 +29,10 @@ using xercesc::DOMElement;
 
 std::unique_ptr<ScoreModel> Translate(BaseTranslator& translator, const PmmlDocument& document) {
   try {
+    if (ArrayNumbers* numbers = ArrayNumbers::Of(document.Dom()->getDocumentElement())) {
+      if (dynamic_cast<ReadsArrayNumbers*>(&translator) == nullptr) numbers->PutBackAll();
+      numbers->LetGo();
+    }
     return std::unique_ptr<ScoreModel>(translator.ParseFromTree(document.Dom(), "UTF-8"));
   } catch (SSException& error) {
     if (error.GetElement() == nullptr && error.GetPlace().empty()) {

@@ -6,6 +6,7 @@
 
 #include "host/text/number_text.h"
 #include "host/translate/translator.h"
+#include "host/xml/array_numbers.h"
 #include "host/xml/attributes.h"
 #include "host/xml/limits.h"
 #include "host/xml/tags.h"
@@ -38,8 +39,10 @@ std::uint64_t LengthOf(const Element* array) {
   return number ? static_cast<std::uint64_t>(std::max(TruncateToInt(*number), 0)) : 0;
 }
 
-std::uint64_t TextLength(const Element* element) {
-  std::uint64_t length = 0;
+// The characters of the text; at least two for each number that is kept in its place.
+std::uint64_t TextLength(const Element* element, const ArrayNumbers* numbers) {
+  const NumberList* list = numbers == nullptr ? nullptr : numbers->Find(element);
+  std::uint64_t length = list == nullptr ? 0 : 2 * list->size;
   for (const DOMNode* child = element->getFirstChild(); child != nullptr;
        child = child->getNextSibling()) {
     const auto type = child->getNodeType();
@@ -52,7 +55,10 @@ std::uint64_t TextLength(const Element* element) {
   return length;
 }
 
-std::uint64_t CountWords(const Element* element) {
+std::uint64_t CountWords(const Element* element, const ArrayNumbers* numbers) {
+  if (const NumberList* list = numbers == nullptr ? nullptr : numbers->Find(element)) {
+    return list->size;
+  }
   const std::u16string text = ToUtf16(ElementText(element));
   WideView rest = text;
   std::uint64_t count = 0;
@@ -70,16 +76,19 @@ void CheckEntries(const xercesc::DOMDocument* document) {
   const auto instance_at = [instances](XMLSize_t i) {
     return static_cast<const Element*>(instances->item(i));
   };
+  const ArrayNumbers* numbers = ArrayNumbers::Of(dictionary);
   std::uint64_t implied = 0;
   std::uint64_t most = 0;  // an entry and the blank after it take two characters
   for (XMLSize_t i = 0; const Element* instance = instance_at(i); ++i) {
     const SparseArray array(instance);
     if (array.element == nullptr) continue;
-    if (array.indices == nullptr) {
+    if (const NumberList* list = numbers == nullptr ? nullptr : numbers->Find(array.element)) {
+      most += list->size;
+    } else if (array.indices == nullptr) {
       implied += LengthOf(array.element);
       CheckLimit(array.element, &Limits::implied_entries, implied);
     } else if (array.entries != nullptr) {
-      most += (TextLength(array.entries) + 1) / 2;
+      most += (TextLength(array.entries, numbers) + 1) / 2;
     }
   }
   if (most + implied <= LimitsOf(document).entries) return;
@@ -87,10 +96,12 @@ void CheckEntries(const xercesc::DOMDocument* document) {
   for (XMLSize_t i = 0; const Element* instance = instance_at(i); ++i) {
     const SparseArray array(instance);
     if (array.element == nullptr) continue;
-    if (array.indices == nullptr) {
+    if (const NumberList* list = numbers == nullptr ? nullptr : numbers->Find(array.element)) {
+      count += list->size;
+    } else if (array.indices == nullptr) {
       count += LengthOf(array.element);
     } else if (array.entries != nullptr) {
-      count += CountWords(array.entries);
+      count += CountWords(array.entries, numbers);
     }
     CheckLimit(instance, &Limits::entries, count);
   }

@@ -8,6 +8,7 @@
 #include "host/model/ss_exception.h"
 #include "host/text/number_text.h"
 #include "host/xml/transcoder.h"
+#include "host/xml/wide_text.h"
 
 namespace MCZandor_850 {
 
@@ -28,9 +29,8 @@ DOMElemUtility::DOMElemUtility(PMMLTranslator* translator, ZandorTranscoder* tra
 
 const XMLCh* DOMElemUtility::Find(DOMElement* element, const std::string& name, bool required) {
   if (translator_ != nullptr && element != nullptr) translator_->NoteElement(element);
-  const xercesc::DOMAttr* attribute =
-      element == nullptr ? nullptr : element->getAttributeNode(svmscore::ToUtf16(name).c_str());
-  if (attribute != nullptr) return attribute->getValue();
+  const XMLCh* value = svmscore::AttributeView(element, name).data();
+  if (value != nullptr) return value;
   if (required) ThrowAt(element, code::kAttributeMissing, name, NameOf(element));
   return nullptr;
 }

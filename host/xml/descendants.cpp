@@ -17,34 +17,43 @@ Descendants* Descendants::Of(const xercesc::DOMElement* root, const XMLCh* name)
   return ::new (memory->allocate(sizeof(Descendants))) Descendants(root, kept);
 }
 
-const DOMNode* Descendants::After(const DOMNode* node) const {
+void Descendants::GoOn(Place& place) const {
+  const DOMNode* node = place.node;
   do {
     const DOMNode* next = node->getFirstChild();
-    while (next == nullptr && node != root_) {
+    if (next != nullptr) {
+      if (place.depth < place.around.size()) place.around[place.depth] = node;
+      ++place.depth;
+    }
+    while (next == nullptr && place.depth > 0) {
       next = node->getNextSibling();
-      if (next == nullptr) node = node->getParentNode();
+      if (next != nullptr) break;
+      --place.depth;
+      node = place.depth < place.around.size() ? place.around[place.depth] : node->getParentNode();
     }
     node = next;
   } while (node != nullptr && (node->getNodeType() != DOMNode::ELEMENT_NODE ||
                                !xercesc::XMLString::equals(node->getNodeName(), name_)));
-  return node;
+  place.node = node;
 }
 
 DOMNode* Descendants::item(XMLSize_t index) const {
-  if (at_ == nullptr || index < position_) {
-    at_ = After(root_);
+  if (at_.node == nullptr || index < position_) {
+    at_ = {root_};
+    GoOn(at_);
     position_ = 0;
   }
-  while (at_ != nullptr && position_ < index) {
-    at_ = After(at_);
+  while (at_.node != nullptr && position_ < index) {
+    GoOn(at_);
     ++position_;
   }
-  return const_cast<DOMNode*>(at_);
+  return const_cast<DOMNode*>(at_.node);
 }
 
 XMLSize_t Descendants::getLength() const {
   XMLSize_t length = 0;
-  for (const DOMNode* node = After(root_); node != nullptr; node = After(node)) ++length;
+  Place place = {root_};
+  for (GoOn(place); place.node != nullptr; GoOn(place)) ++length;
   return length;
 }
 

@@ -2,6 +2,7 @@
 #ifndef HOST_XML_DESCENDANTS_H_
 #define HOST_XML_DESCENDANTS_H_
 
+#include <array>
 #include <cstddef>
 
 #include <xercesc/dom/DOM.hpp>
@@ -23,13 +24,21 @@ class Descendants : public xercesc::DOMNodeList {
   XMLSize_t getLength() const override;
 
  private:
+  // A node below the root, or the root. Remembers the nodes around it as far down as they fit,
+  // because the library takes long to find a node's parent.
+  struct Place {
+    const xercesc::DOMNode* node = nullptr;
+    std::size_t depth = 0;
+    std::array<const xercesc::DOMNode*, 8> around = {};
+  };
+
   Descendants(const xercesc::DOMNode* root, const XMLCh* name) : root_(root), name_(name) {}
-  // The next one after `node`, which is the root or one inside it; null at the end.
-  const xercesc::DOMNode* After(const xercesc::DOMNode* node) const;
+  // Goes to the next one; to null at the end.
+  void GoOn(Place& place) const;
 
   const xercesc::DOMNode* root_;
   const XMLCh* name_;  // the document's
-  mutable const xercesc::DOMNode* at_ = nullptr;
+  mutable Place at_;
   mutable XMLSize_t position_ = 0;  // of `at_`
 };
 

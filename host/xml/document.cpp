@@ -1,14 +1,15 @@
 #include "host/xml/document.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <istream>
 #include <new>
-#include <unordered_map>
-#include <vector>
+#include <utility>
 
 #include <fmt/format.h>
 #include <xercesc/framework/MemBufInputSource.hpp>
@@ -170,15 +171,6 @@ class PanicThrower : public xercesc::PanicHandler {
   void panic(const PanicReasons) override { throw std::bad_alloc(); }
 };
 
-DOMNode* NextInDocument(DOMNode* node, DOMNode* root) {
-  if (DOMNode* child = node->getFirstChild()) return child;
-  while (node != root) {
-    if (DOMNode* next = node->getNextSibling()) return next;
-    node = node->getParentNode();
-  }
-  return nullptr;
-}
-
 }  // namespace
 
 void StartXerces() {
@@ -201,15 +193,18 @@ struct PmmlDocument::Parsed {
   std::string name;
   Limits limits;
   xercesc::DOMDocument* dom = nullptr;
-  std::vector<XMLFileLoc> lines;
-  std::unordered_map<const DOMElement*, long> line_of;
-  bool fixed = false;
+  DocumentParser::Lines lines;
+  bool sorted = false;  // the lines, by element
+  std::unique_ptr<ArrayNumbers> numbers;
 
-  Parsed(std::string of_name, const Limits& of_limits)
-      : name(std::move(of_name)), limits(of_limits) {}
+  Parsed(std::string of_name, const Limits& of_limits, Arrays arrays)
+      : name(std::move(of_name)), limits(of_limits) {
+    if (arrays == Arrays::kAsNumbers) numbers = std::make_unique<ArrayNumbers>();
+  }
   ~Parsed() {
     if (dom == nullptr) return;
     DetachLimits(dom);
+    if (numbers != nullptr) DetachNumbers(dom);
     dom->release();
   }
   Parsed(const Parsed&) = delete;
@@ -219,6 +214,7 @@ struct PmmlDocument::Parsed {
     dom = parser.TakeDocument();
     lines = parser.TakeLines();
     AttachLimits(dom, limits);
+    if (numbers != nullptr) AttachNumbers(dom, *numbers);
   }
 };
 
@@ -228,21 +224,30 @@ PmmlDocument::PmmlDocument(PmmlDocument&&) noexcept = default;
 PmmlDocument& PmmlDocument::operator=(PmmlDocument&&) noexcept = default;
 
 PmmlDocument PmmlDocument::FromFile(const std::string& path, const Limits& limits) {
+  return FromFile(path, limits, Arrays::kAsTexts);
+}
+
+PmmlDocument PmmlDocument::FromFile(const std::string& path, const Limits& limits, Arrays arrays) {
   errno = 0;
   std::ifstream file(path, std::ios::binary);
   if (!file) ThrowAt(nullptr, code::kFileUnreadable, path, std::strerror(errno));
   std::error_code unknown;
   const std::uintmax_t size = std::filesystem::file_size(path, unknown);
   if (!unknown && size > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
-  return FromStream(file, path, limits);
+  return FromStream(file, path, limits, arrays);
 }
 
 PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& name,
-                                      const Limits& limits) try {
+                                      const Limits& limits) {
+  return FromStream(stream, name, limits, Arrays::kAsTexts);
+}
+
+PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& name,
+                                      const Limits& limits, Arrays arrays) try {
   StartXerces();
-  auto parsed = std::make_unique<Parsed>(name, limits);
+  auto parsed = std::make_unique<Parsed>(name, limits, arrays);
   const StreamSource source(stream, name, limits, &parsed->memory);
-  DocumentParser parser(&parsed->memory, parsed->limits, source.BytesRead());
+  DocumentParser parser(&parsed->memory, parsed->limits, source.BytesRead(), parsed->numbers.get());
   try {
     parser.Parse(source);
   } catch (SSException& error) {
@@ -260,15 +265,20 @@ PmmlDocument PmmlDocument::FromStream(std::istream& stream, const std::string& n
 }
 
 PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name,
-                                    const Limits& limits) try {
+                                    const Limits& limits) {
+  return FromText(text, name, limits, Arrays::kAsTexts);
+}
+
+PmmlDocument PmmlDocument::FromText(const std::string& text, const std::string& name,
+                                    const Limits& limits, Arrays arrays) try {
   StartXerces();
   if (text.size() > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
   RawScan scan(limits);
   scan.Read(text.data(), text.size());
   CheckScan(limits, scan);
-  auto parsed = std::make_unique<Parsed>(name, limits);
+  auto parsed = std::make_unique<Parsed>(name, limits, arrays);
   const std::uint64_t size = text.size();
-  DocumentParser parser(&parsed->memory, parsed->limits, size);
+  DocumentParser parser(&parsed->memory, parsed->limits, size, parsed->numbers.get());
   try {
     parser.Parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(text.data()),
                                             text.size(), kSystemId, false, &parsed->memory));
@@ -290,24 +300,18 @@ const std::string& PmmlDocument::Name() const {
   return parsed_->name;
 }
 
-void PmmlDocument::FixLines() const {
-  if (parsed_->fixed) return;
-  parsed_->fixed = true;
-  DOMElement* root = parsed_->dom->getDocumentElement();
-  std::size_t index = 0;
-  for (DOMNode* node = root; node != nullptr; node = NextInDocument(node, root)) {
-    if (node->getNodeType() != DOMNode::ELEMENT_NODE) continue;
-    if (index >= parsed_->lines.size()) break;
-    parsed_->line_of.emplace(static_cast<DOMElement*>(node),
-                             static_cast<long>(parsed_->lines[index++]));
-  }
-  parsed_->lines = {};
-}
+void PmmlDocument::FixLines() const {}
 
 long PmmlDocument::LineOf(const DOMElement* element) const {
-  FixLines();
-  const auto found = parsed_->line_of.find(element);
-  return found == parsed_->line_of.end() ? 0 : found->second;
+  using Line = DocumentParser::Lines::value_type;
+  const auto before = [](const Line& a, const Line& b) { return std::less<>()(a.first, b.first); };
+  if (!parsed_->sorted) std::sort(parsed_->lines.begin(), parsed_->lines.end(), before);
+  parsed_->sorted = true;
+  const auto found =
+      std::lower_bound(parsed_->lines.begin(), parsed_->lines.end(), Line{element, 0}, before);
+  return found == parsed_->lines.end() || found->first != element
+             ? 0
+             : static_cast<long>(found->second);
 }
 
 void PmmlDocument::Locate(SSException& error) const {

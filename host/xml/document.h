@@ -10,6 +10,7 @@
 
 #include "host/model/ss_exception.h"
 #include "host/text/api.h"
+#include "host/xml/array_numbers.h"
 #include "host/xml/limits.h"
 
 namespace svmscore {
@@ -32,6 +33,12 @@ class SVMSCORE_HOST_API PmmlDocument {
                                  const Limits& limits = {});
   static PmmlDocument FromText(const std::string& text, const std::string& name,
                                const Limits& limits = {});
+  // The same, for those who read arrays as ArrayNumbers says: LoadModel, and what it calls.
+  static PmmlDocument FromFile(const std::string& path, const Limits& limits, Arrays arrays);
+  static PmmlDocument FromStream(std::istream& stream, const std::string& name,
+                                 const Limits& limits, Arrays arrays);
+  static PmmlDocument FromText(const std::string& text, const std::string& name,
+                               const Limits& limits, Arrays arrays);
   ~PmmlDocument();
   PmmlDocument(PmmlDocument&&) noexcept;
   PmmlDocument& operator=(PmmlDocument&&) noexcept;
@@ -42,7 +49,7 @@ class SVMSCORE_HOST_API PmmlDocument {
   // The line on which the element's start tag ends, from 1; 0 for an element that is not in the
   // file.
   long LineOf(const xercesc::DOMElement* element) const;
-  // Fixes the lines of all elements. Call before the tree is changed; later calls do nothing.
+  // Does nothing: the lines are those that the elements had in the file, however the tree changes.
   void FixLines() const;
   // Replaces the exception's element, if any, by its place in words: element NAME, line N.
   void Locate(MCZandor_850::SSException& error) const;

@@ -25,12 +25,37 @@ using MCZandor_850::SSException;
 // units.
 constexpr std::uint64_t kLeastExpansion = 250;
 constexpr std::uint64_t kDefault = 500;
+// The longest text that is held back to be read as numbers.
+constexpr std::size_t kMostHeld = std::size_t{16} << 20;
 
 [[noreturn]] void RefuseAt(int code, const std::string& what, const std::string& place) {
   SSException error(MCZandor_850::gErrorFormater);
   error.PutErrorMessage(code, what, "DOCTYPE");
   error.SetPlace(place);
   throw error;
+}
+
+bool IsListOfEntries(WideView name) {
+  return name == u"Array" || name == u"REAL-ARRAY" || name == u"NUM-ARRAY" ||
+         name == u"INT-ARRAY" || name == u"REAL-Array" || name == u"INT-Array" ||
+         name == u"REAL-Entries" || name == u"INT-Entries" || name == u"Entries";
+}
+
+// Cuts the units to bytes at the end of `text`. False, with `text` unchanged, where one of them is
+// not ASCII.
+bool AppendAscii(const XMLCh* units, std::size_t length, std::string& text) {
+  const std::size_t before = text.size();
+  text.resize(before + length);
+  const XMLCh* __restrict from = units;
+  char* __restrict to = text.data() + before;
+  XMLCh seen = 0;
+  for (std::size_t i = 0; i < length; ++i) {
+    seen |= from[i];
+    to[i] = static_cast<char>(from[i]);
+  }
+  if (seen < 0x80) return true;
+  text.resize(before);
+  return false;
 }
 
 }  // namespace
@@ -41,8 +66,11 @@ xercesc::InputSource* NoEntities::resolveEntity(xercesc::XMLResourceIdentifier* 
 }
 
 DocumentParser::DocumentParser(xercesc::MemoryManager* memory, const Limits& limits,
-                               const std::uint64_t& bytes_read)
-    : XercesDOMParser(nullptr, memory), limits_(limits), bytes_read_(bytes_read) {
+                               const std::uint64_t& bytes_read, ArrayNumbers* numbers)
+    : XercesDOMParser(nullptr, memory),
+      limits_(limits),
+      bytes_read_(bytes_read),
+      numbers_(numbers) {
   setValidationScheme(Val_Never);
   setDoNamespaces(true);
   setDoSchema(false);
@@ -71,6 +99,7 @@ void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
                                   const unsigned int url, const XMLCh* const prefix,
                                   const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
                                   const XMLSize_t count, const bool empty, const bool root) {
+  HandOnText();
   const XMLCh* name = declaration.getBaseName();
   if (++depth_ > limits_.element_depth) RefuseBeyond(&Limits::element_depth, name);
   if (declaration.getId() > limits_.element_names) RefuseBeyond(&Limits::element_names, name);
@@ -87,11 +116,16 @@ void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
   }
   CheckElement(name);
   XercesDOMParser::startElement(declaration, url, prefix, attributes, count, empty, root);
-  lines_.push_back(getScanner()->getLocator()->getLineNumber());
+  const auto* element = static_cast<const Element*>(getCurrentNode());
+  lines_.emplace_back(element, getScanner()->getLocator()->getLineNumber());
+  if (vector_depth_ == 0 || empty || (prefix != nullptr && *prefix != 0)) return;
+  HoldList(name);
 }
 
 void DocumentParser::endElement(const xercesc::XMLElementDecl& declaration, const unsigned int url,
                                 const bool root, const XMLCh* const prefix) {
+  KeepList();
+  if (vector_depth_ == depth_) vector_depth_ = 0;
   --depth_;
   names_.Close();
   XercesDOMParser::endElement(declaration, url, root, prefix);
@@ -100,7 +134,27 @@ void DocumentParser::endElement(const xercesc::XMLElementDecl& declaration, cons
 void DocumentParser::docCharacters(const XMLCh* const text, const XMLSize_t length,
                                    const bool cdata) {
   Deliver(length);
+  if (held_ != Held::kNothing) {
+    const bool fits = !cdata && length <= kMostHeld - text_.size();
+    if (fits && AppendAscii(text, length, text_)) return;
+    HandOnText();
+  }
   XercesDOMParser::docCharacters(text, length, cdata);
+}
+
+void DocumentParser::docComment(const XMLCh* const comment) {
+  HandOnText();
+  XercesDOMParser::docComment(comment);
+}
+
+void DocumentParser::docPI(const XMLCh* const target, const XMLCh* const data) {
+  HandOnText();
+  XercesDOMParser::docPI(target, data);
+}
+
+void DocumentParser::startEntityReference(const xercesc::XMLEntityDecl& entity) {
+  HandOnText();
+  XercesDOMParser::startEntityReference(entity);
 }
 
 void DocumentParser::doctypeDecl(const xercesc::DTDElementDecl& declaration,
@@ -188,9 +242,9 @@ void DocumentParser::CheckElement(const XMLCh* name) {
   Deliver(WideView(name).size());
   switch (name[0]) {
     case u'V':
-      if (WideView(name) == u"VectorInstance" && ++vectors_ > limits_.vectors) {
-        RefuseBeyond(&Limits::vectors, name);
-      }
+      if (WideView(name) != u"VectorInstance") break;
+      if (++vectors_ > limits_.vectors) RefuseBeyond(&Limits::vectors, name);
+      if (vector_depth_ == 0 && numbers_ != nullptr) vector_depth_ = depth_;
       break;
     case u'I':
       if (WideView(name) == u"InlineTable") rows_ = 0;
@@ -203,6 +257,48 @@ void DocumentParser::CheckElement(const XMLCh* name) {
     default:
       break;
   }
+}
+
+void DocumentParser::HoldList(const XMLCh* name) {
+  // With a DOCTYPE, text may come from entities.
+  if (has_doctype_) return;
+  if (WideView(name) == u"Indices") {
+    held_ = Held::kPositions;
+  } else if (IsListOfEntries(name)) {
+    held_ = Held::kEntries;
+  } else {
+    return;
+  }
+  list_ = static_cast<const Element*>(getCurrentNode());
+  text_.clear();
+}
+
+void DocumentParser::KeepList() {
+  if (held_ == Held::kPositions) {
+    const bool again = last_positions_ != nullptr && text_ == last_positions_text_;
+    if (!again && ReadPositions(text_, read_positions_)) {
+      last_positions_ = std::make_shared<const std::vector<int>>(read_positions_);
+      last_positions_text_ = text_;
+    } else if (!again) {
+      return HandOnText();
+    }
+    numbers_->Add(list_, {{}, last_positions_, last_positions_->size()});
+  } else if (held_ == Held::kEntries) {
+    if (!ReadEntries(text_, read_entries_) || entries_ + read_entries_.size() > limits_.entries) {
+      return HandOnText();
+    }
+    entries_ += read_entries_.size();
+    numbers_->Add(list_, {read_entries_, nullptr, read_entries_.size()});
+  }
+  held_ = Held::kNothing;
+}
+
+void DocumentParser::HandOnText() {
+  if (held_ == Held::kNothing) return;
+  held_ = Held::kNothing;
+  if (text_.empty()) return;
+  const WideText wide(text_.begin(), text_.end());
+  XercesDOMParser::docCharacters(wide.c_str(), wide.size(), false);
 }
 
 void DocumentParser::CountDeclaration() {

@@ -91,13 +91,20 @@ std::vector<const Element*> ChildElements(const Element* parent, std::string_vie
   return children;
 }
 
-Element* NextInTree(Element* element, const Element* root, bool skip) {
-  Element* next = skip ? nullptr : FirstElement(element);
-  while (next == nullptr && element != root) {
-    next = NextElement(element);
-    if (next == nullptr) element = static_cast<Element*>(element->getParentNode());
+void TreeWalk::Next(bool skip) {
+  Element* next = skip ? nullptr : FirstElement(at_);
+  if (next != nullptr) {
+    around_.push_back(at_);
+    at_ = next;
+    return;
   }
-  return next;
+  while (next == nullptr && !around_.empty()) {
+    next = NextElement(at_);
+    if (next != nullptr) break;
+    at_ = around_.back();
+    around_.pop_back();
+  }
+  at_ = next;
 }
 
 Element* FindModelElement(const xercesc::DOMDocument* document) {

@@ -37,9 +37,24 @@ SVMSCORE_HOST_API Element* FindNext(const Element* sibling, std::string_view nam
 SVMSCORE_HOST_API std::vector<const Element*> ChildElements(const Element* parent);
 SVMSCORE_HOST_API std::vector<const Element*> ChildElements(const Element* parent,
                                                             std::string_view name);
-// The element after `element` in document order, below `root`; null at the end. With `skip` the
-// content of `element` is left out.
-Element* NextInTree(Element* element, const Element* root, bool skip);
+// The elements of a tree in document order: for (TreeWalk walk(root); walk.At(); walk.Next()) ...
+// The names and attributes of elements may change meanwhile. It remembers the elements around,
+// because the library takes long to find an element's parent.
+class TreeWalk {
+ public:
+  explicit TreeWalk(Element* root) : at_(root) {}
+
+  // Null at the end.
+  Element* At() const { return at_; }
+  // Null for the root.
+  Element* Parent() const { return around_.empty() ? nullptr : around_.back(); }
+  // With `skip` the content of the element is left out.
+  void Next(bool skip = false);
+
+ private:
+  Element* at_;
+  std::vector<Element*> around_;
+};
 
 // The document's model element, or null.
 SVMSCORE_HOST_API Element* FindModelElement(const xercesc::DOMDocument* document);

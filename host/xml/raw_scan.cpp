@@ -39,6 +39,12 @@ bool MayShift(unsigned char c, bool ebcdic) {
   return c < 0x20 && c != '\t' && c != '\r' && c != '\n';
 }
 
+bool IsAscii(std::string_view bytes) {
+  unsigned char seen = 0;
+  for (const char c : bytes) seen |= static_cast<unsigned char>(c);
+  return seen < 0x80;
+}
+
 }  // namespace
 
 void RawScan::Read(const void* bytes, std::size_t size) {
@@ -90,6 +96,10 @@ void RawScan::ReadDecided(const void* bytes, std::size_t size) {
       at = tag;
       if (at == stop) return;
     }
+    if (unit == 1 && (state_ == State::kTag || state_ == State::kValue)) {
+      at = SkipInTag(at, zero == nullptr ? stop : stop - 1);
+      if (at == stop) return;
+    }
     const char32_t byte = *at++;
     const std::size_t shift = 8 * (encoding_.big_endian ? unit - 1 - taken_ : taken_);
     partial_ |= byte << shift;
@@ -100,8 +110,24 @@ void RawScan::ReadDecided(const void* bytes, std::size_t size) {
   }
 }
 
+// Within a tag, most characters are only passed over.
+const unsigned char* RawScan::SkipInTag(const unsigned char* at, const unsigned char* end) {
+  const bool in_value = state_ == State::kValue;
+  for (; at != end; ++at) {
+    if (*at == '\n') ++line_;
+    if (in_value ? *at == quote_ : *at == '>' || *at == '"' || *at == '\'') break;
+  }
+  return at;
+}
+
 void RawScan::CheckUtf8(std::string_view bytes) {
   if (bad_byte_line_ != 0) return;
+  if (open_.empty() && IsAscii(bytes)) {
+    ascii_before_ = true;
+    return;
+  }
+  // Everything before these bytes has been scanned, and its lines counted.
+  if (std::exchange(ascii_before_, false)) checked_lines_ = line_;
   std::string joined;
   if (!open_.empty()) bytes = joined = std::exchange(open_, {}).append(bytes);
   std::size_t at = 0;

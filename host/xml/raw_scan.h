@@ -61,6 +61,8 @@ class RawScan {
   void CountAttribute();
   void ReadDecided(const void* bytes, std::size_t size);
   void CheckUtf8(std::string_view bytes);
+  // The first character from `at` on that matters to the current tag or value, or `end`.
+  const unsigned char* SkipInTag(const unsigned char* at, const unsigned char* end);
 
   std::uint64_t most_attributes_;
   std::uint64_t most_listed_;
@@ -79,9 +81,10 @@ class RawScan {
   std::string waiting_;
   RawEncoding encoding_;
   bool after_equals_ = false;
-  std::string tail_;  // of UTF-8, the last three bytes
-  std::string open_;  // the bytes of a character that may go on in the next call
-  std::uint64_t checked_lines_ = 1;
+  std::string tail_;                 // of UTF-8, the last three bytes
+  std::string open_;                 // the bytes of a character that may go on in the next call
+  std::uint64_t checked_lines_ = 1;  // before `open_`, or before what is only ASCII
+  bool ascii_before_ = false;        // the last bytes were
   std::uint64_t bad_byte_line_ = 0;
   std::size_t taken_ = 0;  // bytes of a unit that ends in the next call
   char32_t partial_ = 0;

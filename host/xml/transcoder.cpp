@@ -7,6 +7,7 @@
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLString.hpp>
 
+#include "host/xml/array_numbers.h"
 #include "host/xml/document.h"
 
 namespace svmscore {
@@ -55,12 +56,19 @@ std::basic_string<XMLCh> ToUtf16(const std::string& text) try {
 std::string ElementText(const xercesc::DOMNode* element) {
   using xercesc::DOMNode;
   std::string text;
+  const auto add_numbers = [&text](const DOMNode* holder) {
+    if (holder->getNodeType() == DOMNode::ELEMENT_NODE && holder->getFirstChild() == nullptr) {
+      text += NumberText(static_cast<const Element*>(holder));
+    }
+  };
+  if (element != nullptr) add_numbers(element);
   const DOMNode* node = element == nullptr ? nullptr : element->getFirstChild();
   while (node != nullptr) {
     const auto type = node->getNodeType();
     if (type == DOMNode::TEXT_NODE || type == DOMNode::CDATA_SECTION_NODE) {
       text += ToUtf8(node->getNodeValue());
     }
+    add_numbers(node);
     const bool holds = type == DOMNode::ELEMENT_NODE || type == DOMNode::ENTITY_REFERENCE_NODE;
     const DOMNode* next = holds ? node->getFirstChild() : nullptr;
     while (next == nullptr && node != element) {

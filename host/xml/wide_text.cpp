@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "host/xml/array_numbers.h"
 #include "host/xml/transcoder.h"
 
 namespace svmscore {
@@ -53,6 +54,17 @@ bool IsSpecialNumber(WideView word) {
   return word == u"INF" || word == u"-INF" || word == u"NaN";
 }
 
+// The attribute's value, read from its text node: the library's own getValue looks for its classes
+// by name, and takes many times as long.
+WideView ValueOf(const xercesc::DOMAttr* attribute) {
+  const DOMNode* text = attribute->getFirstChild();
+  if (text == nullptr) return u"";
+  const bool only = text->getNodeType() == DOMNode::TEXT_NODE && text->getNextSibling() == nullptr;
+  if (!only) return attribute->getValue();
+  const auto* data = static_cast<const xercesc::DOMText*>(text);
+  return {data->getData(), data->getLength()};
+}
+
 }  // namespace
 
 WideView AttributeView(const Element* element, std::string_view name) {
@@ -67,7 +79,7 @@ WideView AttributeView(const Element* element, std::string_view name) {
   } else {
     attribute = element->getAttributeNode(ToUtf16(std::string(name)).c_str());
   }
-  return attribute == nullptr ? WideView() : WideView(attribute->getValue());
+  return attribute == nullptr ? WideView() : ValueOf(attribute);
 }
 
 WideView TextView(const Element* element, WideText& joined) {
@@ -83,6 +95,11 @@ WideView TextView(const Element* element, WideText& joined) {
     if (++pieces == 2) joined.assign(only);
     if (pieces >= 2) joined.append(piece);
     only = piece;
+  }
+  if (pieces == 0) {
+    const std::string numbers = NumberText(element);
+    joined.assign(numbers.begin(), numbers.end());
+    if (!joined.empty()) return joined;
   }
   return pieces >= 2 ? WideView(joined) : only;
 }

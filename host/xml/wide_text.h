@@ -13,8 +13,8 @@ namespace svmscore {
 using WideView = std::basic_string_view<XMLCh>;
 using WideText = std::basic_string<XMLCh>;
 
-// The attribute's text, borrowed from the document; an empty view without data where there is none.
-// The name is ASCII.
+// The attribute's text, borrowed from the document, with a NUL behind it; an empty view without
+// data where there is none. The name is ASCII.
 WideView AttributeView(const Element* element, std::string_view name);
 
 // The element's whole text: borrowed where it is one piece, else put together in `joined`.

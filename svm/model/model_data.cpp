@@ -72,11 +72,16 @@ void SVMModelData::AddSupportVectorMachine(ST_SUPPORTVECTORMACHINE* machine) {
 
 void SVMModelData::AddVectorInstance(const std::string& id, const std::vector<int>& indices,
                                      const std::vector<double>& entries) {
+  AddVectorInstance(id, std::vector<int>(indices), std::vector<double>(entries));
+}
+
+void SVMModelData::AddVectorInstance(const std::string& id, std::vector<int>&& indices,
+                                     std::vector<double>&& entries) {
   if (id.empty() || indices.empty() || indices.size() != entries.size()) return;
   auto instance = std::make_unique<MCSVM_700::SVMDataCase>();
-  instance->indices.reserve(indices.size());
-  for (const int index : indices) instance->indices.push_back(ZeroBased(index));
-  instance->values = entries;
+  instance->indices = std::move(indices);
+  for (int& index : instance->indices) index = ZeroBased(index);
+  instance->values = std::move(entries);
   if (instances_.emplace(id, instance.get()).second) static_cast<void>(instance.release());
 }
 

@@ -2,8 +2,8 @@
 #ifndef SVM_MODEL_MODEL_DATA_H_
 #define SVM_MODEL_MODEL_DATA_H_
 
-#include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "host/model/score_value.h"
@@ -113,6 +113,8 @@ class SVMModelData {
   // length, or an id that is already there: the first instance of an id stays.
   void AddVectorInstance(const std::string& id, const std::vector<int>& indices,
                          const std::vector<double>& entries);
+  void AddVectorInstance(const std::string& id, std::vector<int>&& indices,
+                         std::vector<double>&& entries);
   // Null for an id that is empty or unknown.
   MCSVM_700::SVMDataCase* GetVectorInstance(const std::string& id) const;
 
@@ -123,7 +125,7 @@ class SVMModelData {
   int category_count_ = 1;
   std::vector<VectorFieldType> field_types_;
   std::vector<void*> fields_;
-  std::map<std::string, MCSVM_700::SVMDataCase*> instances_;
+  std::unordered_map<std::string, MCSVM_700::SVMDataCase*> instances_;
   std::vector<ST_SUPPORTVECTORMACHINE*> machines_;
   SVMConst::KernelFunctionType kernel_type_ = SVMConst::kLinear;
   double gamma_ = 1.0;

@@ -9,6 +9,7 @@
 
 #include "host/translate/dom_elem_utility.h"
 #include "host/translate/translator.h"
+#include "host/xml/array_numbers.h"
 #include "svm/model/model.h"
 #include "svm/model/model_data.h"
 
@@ -19,7 +20,7 @@ namespace MCZandor_850 {
 // something over. Every function does nothing (and returns null, 0, false or an empty text) when a
 // pointer that it needs is null. Failures are SSExceptions at the element where they happened;
 // what was already put into the model or its data stays there.
-class SVMTranslator : public PMMLTranslator {
+class SVMTranslator : public PMMLTranslator, public svmscore::ReadsArrayNumbers {
  public:
   SVMTranslator();
 

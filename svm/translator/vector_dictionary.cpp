@@ -4,6 +4,7 @@
 
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
+#include "host/xml/array_numbers.h"
 #include "host/xml/tags.h"
 #include "host/xml/transcoder.h"
 #include "svm/translator/splitter.h"
@@ -13,6 +14,25 @@ namespace MCZandor_850 {
 
 namespace tags = PMMLModelTags;
 namespace code = svmscore::code;
+
+namespace {
+
+// Appends the entries, and 1-based positions, of a list that the document keeps as numbers.
+void AppendEntries(svmscore::ArrayNumbers& numbers, const xercesc::DOMElement* list,
+                   std::vector<double>& values) {
+  std::vector<double> entries = numbers.TakeEntries(list);
+  if (values.empty()) {
+    values = std::move(entries);
+  } else {
+    values.insert(values.end(), entries.begin(), entries.end());
+  }
+}
+
+void AppendPositions(const svmscore::NumberList& list, std::vector<int>& indices) {
+  indices.insert(indices.end(), list.positions->begin(), list.positions->end());
+}
+
+}  // namespace
 
 void SVMTranslator::ParseVectorDictionary(xercesc::DOMElement* model_element, DOMElemUtility* util,
                                           SVMModel* model, SVMModelData* data) {
@@ -103,7 +123,7 @@ void SVMTranslator::ParseVectorInstance(xercesc::DOMNodeList* instances, DOMElem
     ParseRealArray(array, util, indices, values);
   }
   if (!id.empty() && !values.empty() && indices.size() == values.size()) {
-    data->AddVectorInstance(id, indices, values);
+    data->AddVectorInstance(id, std::move(indices), std::move(values));
   }
 }
 
@@ -111,6 +131,12 @@ void SVMTranslator::ParseRealSparseArray(xercesc::DOMElement* array, DOMElemUtil
                                          std::vector<int>& indices, std::vector<double>& values) {
   if (array == nullptr || util == nullptr) return;
   const int size = util->GetAttributeToInt(array, tags::XML_ATT_SVM_N, false);
+  if (svmscore::ArrayNumbers* numbers = svmscore::ArrayNumbers::Of(array)) {
+    if (const svmscore::NumberList* list = numbers->Find(array)) {
+      AppendPositions(*list, indices);
+      return AppendEntries(*numbers, array, values);
+    }
+  }
   xercesc::DOMElement* indices_element = nullptr;
   try {
     indices_element = util->GetChildElemByName(array, tags::XML_ELE_SVM_INDICES, false);
@@ -151,11 +177,23 @@ void SVMTranslator::GetDataFromVectorInstance(xercesc::DOMElement* indices_eleme
     return;
   }
   const char* separators = tags::XML_VAL_SVM_SEPARATORS.c_str();
-  std::string text = svmscore::ElementText(indices_element);
-  SPLITTER_STR<int>(text.data(), separators, indices);
-  text = svmscore::ElementText(entries_element);
-  values.reserve(values.size() + indices.size());
-  SPLITTER_STR<double>(text.data(), separators, values);
+  svmscore::ArrayNumbers* numbers = svmscore::ArrayNumbers::Of(indices_element);
+  const auto find = [numbers](const xercesc::DOMElement* list) {
+    return numbers == nullptr ? nullptr : numbers->Find(list);
+  };
+  if (const svmscore::NumberList* list = find(indices_element)) {
+    AppendPositions(*list, indices);
+  } else {
+    std::string text = svmscore::ElementText(indices_element);
+    SPLITTER_STR<int>(text.data(), separators, indices);
+  }
+  if (find(entries_element) != nullptr) {
+    AppendEntries(*numbers, entries_element, values);
+  } else {
+    std::string text = svmscore::ElementText(entries_element);
+    values.reserve(values.size() + indices.size());
+    SPLITTER_STR<double>(text.data(), separators, values);
+  }
   if (indices.size() == values.size()) return;
   svmscore::ThrowAt(entries_element, code::kLengthsDiffer, std::to_string(indices.size()),
                     tags::XML_ELE_SVM_INDICES, tags::XML_ELE_SVM_REALSPARSEARRAY,

@@ -63,19 +63,19 @@ bool IsPipe(const std::string& path) {
 
 }  // namespace
 
-PmmlDocument DocumentSource::Parse() {
-  if (text_) return PmmlDocument::FromText(*text_, path_, limits_);
+PmmlDocument DocumentSource::Parse(Arrays arrays) {
+  if (text_) return PmmlDocument::FromText(*text_, path_, limits_, arrays);
   errno = 0;
   std::ifstream file(path_, std::ios::binary);
   if (!file) ThrowAt(nullptr, code::kFileUnreadable, path_, ErrorText(errno));
   RefuseFolder();
   std::string beginning = BeginningOf(file);
   text_ = Decompress(file, beginning);
-  if (text_) return PmmlDocument::FromText(*text_, path_, limits_);
-  if (!IsPipe(path_)) return PmmlDocument::FromFile(path_, limits_);
+  if (text_) return PmmlDocument::FromText(*text_, path_, limits_, arrays);
+  if (!IsPipe(path_)) return PmmlDocument::FromFile(path_, limits_, arrays);
   KeepingBuffer buffer(*file.rdbuf(), text_.emplace(std::move(beginning)));
   std::istream stream(&buffer);
-  return PmmlDocument::FromStream(stream, path_, limits_);
+  return PmmlDocument::FromStream(stream, path_, limits_, arrays);
 }
 
 const std::string& DocumentSource::Text() {

@@ -25,7 +25,7 @@ class DocumentSource {
       : path_(std::move(name)), limits_(limits), text_(std::move(text)) {}
 
   const std::string& Path() const { return path_; }
-  PmmlDocument Parse();
+  PmmlDocument Parse(Arrays arrays = Arrays::kAsTexts);
   // The bytes of the document, decompressed; later calls of Parse read exactly these.
   const std::string& Text();
   // The first bytes, decompressed; none where they cannot be read, or not a second time.

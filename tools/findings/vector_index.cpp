@@ -5,12 +5,20 @@
 #include <fmt/format.h>
 
 #include "host/text/number_text.h"
+#include "host/xml/array_numbers.h"
 #include "host/xml/transcoder.h"
 
 namespace svmscore::tools {
 namespace {
 
 constexpr const char* kBlanks = " \t\r\n";
+
+bool HasWords(const Element* element) {
+  if (element == nullptr) return false;
+  const ArrayNumbers* numbers = ArrayNumbers::Of(element);
+  if (numbers != nullptr && numbers->Find(element) != nullptr) return true;
+  return ElementText(element).find_first_not_of(kBlanks) != std::string::npos;
+}
 
 // Why an instance has no values; empty for one that has some.
 std::string WithoutValues(const Element* instance) {
@@ -21,8 +29,10 @@ std::string WithoutValues(const Element* instance) {
     return dense ? "it is dense, and only sparse arrays are read" : "it has no sparse array";
   }
   if (FindChild(sparse, "Indices") != nullptr) {
-    return TokensOf(EntriesOf(sparse)).empty() ? "it has no values" : "";
+    return HasWords(EntriesOf(sparse)) ? "" : "it has no values";
   }
+  const ArrayNumbers* numbers = ArrayNumbers::Of(sparse);
+  if (numbers != nullptr && numbers->Find(sparse) != nullptr) return "";
   const std::string n = AttributeText(sparse, "n");
   return ParseNumber(n).value_or(-1.0) >= 1.0 ? "" : "it has neither Indices nor a count n";
 }
