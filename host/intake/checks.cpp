@@ -15,19 +15,22 @@
 namespace svmscore::intake {
 namespace {
 
-bool IsUnreadable(const DOMElement* element, const char* name) {
-  WideView text = AttributeView(element, name);
+bool IsUnreadable(WideView text) {
   if (text.data() == nullptr) return false;
   return !IsNumber(NextWord(text)) || !NextWord(text).empty();
 }
 
+void CheckNumber(Intake& intake, Kind kind, const DOMElement* element, const char* name,
+                 WideView text) {
+  if (IsUnreadable(text)) intake.Tell(kind, element, Narrow(text), name, NameOf(element));
+}
+
 void CheckNumber(Intake& intake, Kind kind, const DOMElement* element, const char* name) {
-  if (!IsUnreadable(element, name)) return;
-  intake.Tell(kind, element, Narrow(AttributeView(element, name)), name, NameOf(element));
+  CheckNumber(intake, kind, element, name, AttributeView(element, name));
 }
 
 void CheckOffset(Intake& intake, const DOMElement* coefficients) {
-  if (!IsUnreadable(coefficients, "absoluteValue")) return;
+  if (!IsUnreadable(AttributeView(coefficients, "absoluteValue"))) return;
   const std::string text = Narrow(AttributeView(coefficients, "absoluteValue"));
   intake.Error("bad-absolute-value", coefficients, text, "absoluteValue", "Coefficients");
 }
@@ -90,8 +93,8 @@ void CheckMachine(Intake& intake, const DOMElement* machine,
   for (const DOMElement* coefficient : Children(coefficients, "Coefficient")) {
     const WideView value = AttributeView(coefficient, "value");
     if (value.data() == nullptr) intake.Tell("no-coefficient-value", coefficient);
-    CheckNumber(intake, "bad-coefficient", coefficient, "value");
-    CheckFiniteAttribute(intake, coefficient, "value");
+    CheckNumber(intake, "bad-coefficient", coefficient, "value", value);
+    CheckFiniteAttribute(intake, coefficient, "value", value);
     if (all_zero || !any_number) {
       const std::optional<double> number = ParseNumber(Narrow(value));
       any_number = any_number || number;
@@ -110,8 +113,9 @@ void CheckMachine(Intake& intake, const DOMElement* machine,
   for (const DOMElement* vector : Children(support, "SupportVector")) {
     const WideView id = AttributeView(vector, "vectorId");
     const bool pairs = vectors < terms;
-    if (pairs && ids.contains(id)) ++left;
-    if (pairs && id.data() != nullptr && !ids.contains(id)) {
+    const bool known = pairs && ids.contains(id);
+    if (known) ++left;
+    if (pairs && !known && id.data() != nullptr) {
       intake.Tell("unknown-vector", vector,
                   "the vectorId \"" + Narrow(id) + "\", which no VectorInstance with values has,",
                   "SupportVector");

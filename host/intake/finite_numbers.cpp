@@ -61,7 +61,11 @@ void CheckReplacements(Intake& intake) {
 }  // namespace
 
 void CheckFiniteAttribute(Intake& intake, const DOMElement* element, const char* name) {
-  const WideView text = AttributeView(element, name);
+  CheckFiniteAttribute(intake, element, name, AttributeView(element, name));
+}
+
+void CheckFiniteAttribute(Intake& intake, const DOMElement* element, const char* name,
+                          WideView text) {
   WideView rest = text;
   if (text.data() == nullptr || IsFinite(NextWord(rest))) return;
   intake.Tell("number-not-finite", element, name + (" " + Narrow(text)), NameOf(element));

@@ -9,6 +9,9 @@ namespace svmscore::intake {
 
 // Remarks on an attribute (of an element that may be null) that begins with such a number.
 void CheckFiniteAttribute(Intake& intake, const DOMElement* element, const char* name);
+// The same for an attribute whose text is known.
+void CheckFiniteAttribute(Intake& intake, const DOMElement* element, const char* name,
+                          WideView text);
 
 // Remarks on the first word of the element's text that is INF, -INF, NaN or a number beyond the
 // range.

@@ -28,6 +28,7 @@ class Intake {
   Intake(PmmlDocument& document, IntakeMode mode) : document_(document), mode_(mode) {}
 
   DOMDocument* Dom() const { return document_.Dom(); }
+  const PmmlDocument& Document() const { return document_; }
   DOMElement* Root() const { return document_.Dom()->getDocumentElement(); }
   // The model that will be scored; null until one is chosen.
   DOMElement* Model() const { return model_; }

@@ -20,6 +20,7 @@ WideView NamespaceOf(const DOMElement* element) {
 
 std::vector<DOMElement*> UsePlainNames(Intake& intake) {
   std::vector<DOMElement*> extensions;
+  if (intake.Document().HasOnlyPlainNames()) return extensions;
   DOMElement* root = intake.Root();
   const WideView of_root = NamespaceOf(root);
   bool skip = false;

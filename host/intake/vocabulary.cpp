@@ -204,6 +204,12 @@ class Vocabulary {
  private:
   // Null for elements whose content is not checked. A document keeps one copy of each name.
   const Entry* Find(const XMLCh* name) {
+    if (name == last_name_) return last_entry_;
+    last_name_ = name;
+    return last_entry_ = Look(name);
+  }
+
+  const Entry* Look(const XMLCh* name) {
     const auto [known, is_new] = by_name_.try_emplace(name, nullptr);
     if (is_new) {
       const auto found = entries_.find(name);
@@ -236,6 +242,7 @@ class Vocabulary {
   }
 
   void CheckChildren(DOMElement* element, const Entry& entry) {
+    if (FirstElement(element) == nullptr) return;
     std::vector<bool> seen(entry.children.size());
     const XMLCh* last = nullptr;  // many children have the name of the one before
     auto found = entry.children.end();
@@ -284,6 +291,8 @@ class Vocabulary {
   Intake& intake_;
   std::unordered_map<WideText, Entry> entries_;
   std::unordered_map<const XMLCh*, const Entry*> by_name_;
+  const XMLCh* last_name_ = nullptr;  // many elements have the name of the one before
+  const Entry* last_entry_ = nullptr;
 };
 
 }  // namespace

@@ -196,6 +196,7 @@ struct PmmlDocument::Parsed {
   DocumentParser::Lines lines;
   bool sorted = false;  // the lines, by element
   std::unique_ptr<ArrayNumbers> numbers;
+  bool only_plain_names = false;
 
   Parsed(std::string of_name, const Limits& of_limits, Arrays arrays)
       : name(std::move(of_name)), limits(of_limits) {
@@ -213,6 +214,7 @@ struct PmmlDocument::Parsed {
   void Take(DocumentParser& parser) {
     dom = parser.TakeDocument();
     lines = parser.TakeLines();
+    only_plain_names = numbers != nullptr && parser.HasOnlyPlainNames();
     AttachLimits(dom, limits);
     if (numbers != nullptr) AttachNumbers(dom, *numbers);
   }
@@ -298,6 +300,10 @@ xercesc::DOMDocument* PmmlDocument::Dom() const {
 }
 const std::string& PmmlDocument::Name() const {
   return parsed_->name;
+}
+
+bool PmmlDocument::HasOnlyPlainNames() const {
+  return parsed_->only_plain_names;
 }
 
 void PmmlDocument::FixLines() const {}

@@ -46,6 +46,10 @@ class SVMSCORE_HOST_API PmmlDocument {
   xercesc::DOMDocument* Dom() const;
   const std::string& Name() const;
 
+  // Whether no element of the file has a prefix or is an Extension, as far as is known: only of a
+  // document with arrays as numbers.
+  bool HasOnlyPlainNames() const;
+
   // The line on which the element's start tag ends, from 1; 0 for an element that is not in the
   // file.
   long LineOf(const xercesc::DOMElement* element) const;

@@ -118,8 +118,11 @@ void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
   XercesDOMParser::startElement(declaration, url, prefix, attributes, count, empty, root);
   const auto* element = static_cast<const Element*>(getCurrentNode());
   lines_.emplace_back(element, getScanner()->getLocator()->getLineNumber());
-  if (vector_depth_ == 0 || empty || (prefix != nullptr && *prefix != 0)) return;
-  HoldList(name);
+  if (prefix != nullptr && *prefix != 0) {
+    only_plain_names_ = false;
+  } else if (vector_depth_ != 0 && !empty) {
+    HoldList(name);
+  }
 }
 
 void DocumentParser::endElement(const xercesc::XMLElementDecl& declaration, const unsigned int url,
@@ -245,6 +248,9 @@ void DocumentParser::CheckElement(const XMLCh* name) {
       if (WideView(name) != u"VectorInstance") break;
       if (++vectors_ > limits_.vectors) RefuseBeyond(&Limits::vectors, name);
       if (vector_depth_ == 0 && numbers_ != nullptr) vector_depth_ = depth_;
+      break;
+    case u'E':
+      if (WideView(name) == u"Extension") only_plain_names_ = false;
       break;
     case u'I':
       if (WideView(name) == u"InlineTable") rows_ = 0;

@@ -43,6 +43,8 @@ class DocumentParser : private xercesc::XercesDOMParser {
   // order.
   xercesc::DOMDocument* TakeDocument() { return adoptDocument(); }
   Lines TakeLines() { return std::move(lines_); }
+  // Whether no element has a prefix or is an Extension.
+  bool HasOnlyPlainNames() const { return only_plain_names_; }
 
  protected:
   void startElement(const xercesc::XMLElementDecl& declaration, unsigned int url,
@@ -106,6 +108,7 @@ class DocumentParser : private xercesc::XercesDOMParser {
   std::vector<int> read_positions_;
   std::string last_positions_text_;
   std::shared_ptr<const std::vector<int>> last_positions_;
+  bool only_plain_names_ = true;
   bool has_doctype_ = false;
   bool has_entities_ = false;
 };

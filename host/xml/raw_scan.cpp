@@ -39,6 +39,20 @@ bool MayShift(unsigned char c, bool ebcdic) {
   return c < 0x20 && c != '\t' && c != '\r' && c != '\n';
 }
 
+std::uint64_t CountNewlines(const unsigned char* at, const unsigned char* end) {
+  constexpr std::ptrdiff_t kMost = 192;  // fewer than a byte counts
+  std::uint64_t count = 0;
+  while (at != end) {
+    const auto size = static_cast<std::size_t>(std::min(end - at, kMost));
+    unsigned char some = 0;
+    for (std::size_t i = 0; i < size; ++i)
+      some = static_cast<unsigned char>(some + (at[i] == '\n'));
+    count += some;
+    at += size;
+  }
+  return count;
+}
+
 bool IsAscii(std::string_view bytes) {
   unsigned char seen = 0;
   for (const char c : bytes) seen |= static_cast<unsigned char>(c);
@@ -92,7 +106,7 @@ void RawScan::ReadDecided(const void* bytes, std::size_t size) {
       const auto* tag = static_cast<const unsigned char*>(
           std::memchr(at, '<', static_cast<std::size_t>(stop - at)));
       if (tag == nullptr) tag = zero == nullptr ? stop : stop - 1;
-      line_ += static_cast<std::uint64_t>(std::count(at, tag, '\n'));
+      line_ += CountNewlines(at, tag);
       at = tag;
       if (at == stop) return;
     }

@@ -117,7 +117,11 @@ bool SVMTranslator::DoValidationForMachine(xercesc::DOMElement* machine_element,
   if (machine_element == nullptr || util == nullptr) return true;
   support_vectors = GetElemOfSupportVectors(machine_element, util);
   coefficients = GetElemOfCoefficients(machine_element, util);
-  GetNumOfSupportVector(support_vectors, util);
+  // Counting them all is only for the message that there are none.
+  if (util->GetChildElemByName(support_vectors, tags::XML_ELE_SVM_SUPPORTVECTOR, false) ==
+      nullptr) {
+    GetNumOfSupportVector(support_vectors, util);
+  }
   coefficient_count = GetNumOfCoefficient(coefficients, util);
   return true;
 }
@@ -165,10 +169,11 @@ bool SVMTranslator::MapCoefficientToDataSet(xercesc::DOMElement* support_vectors
       GetElementsByTagName(support_vectors, tags::XML_ELE_SVM_SUPPORTVECTOR);
   xercesc::DOMNodeList* coefficient_list =
       GetElementsByTagName(coefficients, tags::XML_ELE_SVM_COEFFICIENT);
-  const unsigned long vector_count = vector_list == nullptr ? 0 : vector_list->getLength();
+  bool more = vector_list != nullptr;
   for (unsigned long i = 0; i < coefficient_count; ++i) {
-    xercesc::DOMElement* vector_element =
-        i < vector_count ? GetElemOfSupportVector(vector_list, i) : nullptr;
+    // Beyond its end a list would be searched from its beginning.
+    xercesc::DOMElement* vector_element = more ? GetElemOfSupportVector(vector_list, i) : nullptr;
+    more = vector_element != nullptr;
     xercesc::DOMElement* coefficient_element = GetElemOfCoefficient(coefficient_list, i);
     const std::string id = GetVectorIDAtt(vector_element, util);
     const double value = GetCoefficientAtt(coefficient_element, util);
