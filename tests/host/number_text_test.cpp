@@ -1,9 +1,12 @@
 #include "host/text/number_text.h"
 
 #include <bit>
+#include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <random>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -69,6 +72,29 @@ TEST(NumberPrefix, FollowsStrtodAndIsCutTowardZero) {
   EXPECT_EQ(TruncateToInt(1e300), std::numeric_limits<int>::max());
   EXPECT_EQ(TruncateToInt(-kInfinity), std::numeric_limits<int>::min());
   EXPECT_EQ(TruncateToInt(std::nan("")), 0);
+}
+
+TEST(ReadDecimal, HasTheBitsOfTheStandardLibraryWhateverFollows) {
+  std::mt19937_64 random(11);
+  const auto digits = [&random](std::string& text, std::size_t most) {
+    for (std::size_t left = random() % (most + 1); left > 0; --left) {
+      text += static_cast<char>('0' + random() % 10);
+    }
+  };
+  for (int i = 0; i < 100000; ++i) {
+    std::string number = random() % 2 == 0 ? "-" : "";
+    digits(number, random() % 4 == 0 ? 20 : 2);
+    if (random() % 4 != 0) digits(number += '.', random() % 4 == 0 ? 20 : 8);
+    if (random() % 8 == 0) number += "e-" + std::to_string(random() % 30);
+    const std::string text = number + (random() % 2 == 0 ? " 0.123456789012345" : "/:;x");
+    const char* const begin = text.data();
+    double expected = 0.0;
+    const auto known = std::from_chars(begin, begin + text.size(), expected);
+    double value = 0.0;
+    const char* end = ReadDecimal(begin, begin + text.size(), value);
+    EXPECT_EQ(end, known.ec == std::errc() ? known.ptr : nullptr) << text;
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(expected)) << text;
+  }
 }
 
 TEST(FormatNumber, ReadsBackToTheSameBits) {

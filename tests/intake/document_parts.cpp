@@ -166,7 +166,9 @@ double Predict(const std::string& text, const Case& inputs) {
 
 svmscore::LoadedModel Load(const std::string& text, svmscore::LoadChecks checks) {
   static const svmscore::Plugin plugin(SVMSCORE_PLUGIN_FILE);
-  const auto parse = [&text] { return svmscore::PmmlDocument::FromText(text, "test.pmml"); };
+  const auto parse = [&text] {
+    return svmscore::PmmlDocument::FromText(text, "test.pmml", {}, svmscore::Arrays::kAsNumbers);
+  };
   return svmscore::LoadModel(plugin, parse, checks);
 }
 
