@@ -197,8 +197,8 @@ What one case costs, from its numbers in memory to the decision values of all ma
     print(f"""
 ## Loading a model
 
-From the file to a model ready to score, against a bare DOM parse of the same file that keeps nothing;
-the two take turns in one process.
+From the file to a model ready to score, as the program loads it, against a bare DOM parse of the same file
+that keeps nothing; the two take turns in one process.
 
 | model | MB | bare parse, MB/s | load, MB/s | speed of a bare parse |
 |---|---|---|---|---|

@@ -196,8 +196,8 @@ class Vocabulary {
       const Entry* entry = Find(at->getNodeName());
       skip = entry == nullptr || (walk.Parent() == intake_.Root() && IsOtherModel(at));
       if (skip) continue;
-      if (!entry->any_attributes) CheckAttributes(at, *entry);
-      if (!entry->open) CheckChildren(at, *entry);
+      if (!AttributesAreKnown(at, *entry)) TellAttributes(at, *entry);
+      if (!entry->open) skip = CheckChildren(at, *entry);
     }
   }
 
@@ -222,13 +222,29 @@ class Vocabulary {
     return element != intake_.Model() && NameOf(element) == NameOf(intake_.Model());
   }
 
-  void CheckAttributes(const DOMElement* element, const Entry& entry) {
+  static bool IsKnown(WideView name, const Entry& entry) {
+    const auto& known = entry.attributes;
+    return std::find(known.begin(), known.end(), name) != known.end() || name.starts_with(u"x-") ||
+           name.starts_with(u"xmlns") || name.find(u':') != WideView::npos;
+  }
+
+  // Whether nothing is to be told of the element's attributes; their words count as unknown.
+  static bool AttributesAreKnown(const DOMElement* element, const Entry& entry) {
+    if (entry.any_attributes) return true;
+    if (!entry.words.empty()) return false;
+    const xercesc::DOMNamedNodeMap* attributes = element->getAttributes();
+    const XMLSize_t count = attributes->getLength();
+    for (XMLSize_t i = 0; i < count; ++i) {
+      if (!IsKnown(attributes->item(i)->getNodeName(), entry)) return false;
+    }
+    return true;
+  }
+
+  void TellAttributes(const DOMElement* element, const Entry& entry) {
     const xercesc::DOMNamedNodeMap* attributes = element->getAttributes();
     for (XMLSize_t i = 0; i < attributes->getLength(); ++i) {
       const WideView name = attributes->item(i)->getNodeName();
-      const auto& known = entry.attributes;
-      if (std::find(known.begin(), known.end(), name) == known.end() && !name.starts_with(u"x-") &&
-          !name.starts_with(u"xmlns") && name.find(u':') == WideView::npos) {
+      if (!IsKnown(name, entry)) {
         intake_.Tell("attribute-ignored", element, "attribute " + Narrow(name), NameOf(element));
       }
     }
@@ -241,14 +257,20 @@ class Vocabulary {
     }
   }
 
-  void CheckChildren(DOMElement* element, const Entry& entry) {
-    if (FirstElement(element) == nullptr) return;
+  // True if there is nothing to tell of the children's own attributes and children, so that the
+  // many that long lists have need no second look.
+  bool CheckChildren(DOMElement* element, const Entry& entry) {
+    if (FirstElement(element) == nullptr) return true;
+    bool all_known = true;
     std::vector<bool> seen(entry.children.size());
     const XMLCh* last = nullptr;  // many children have the name of the one before
     auto found = entry.children.end();
     for (const DOMElement* child = FirstElement(element); child != nullptr;
          child = NextElement(const_cast<DOMElement*>(child))) {
       const XMLCh* name = child->getNodeName();
+      const Entry* of_child = Find(name);
+      all_known = all_known && (of_child == nullptr || (AttributesAreKnown(child, *of_child) &&
+                                                        FirstElement(child) == nullptr));
       if (name != last) {
         found = std::find_if(entry.children.begin(), entry.children.end(),
                              [name](const Child& known) { return known.name == name; });
@@ -275,6 +297,7 @@ class Vocabulary {
         }
       }
     }
+    return all_known;
   }
 
   // model_choice.cpp checks models, kernel_parameters.cpp kernels.
