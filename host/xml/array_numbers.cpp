@@ -166,10 +166,11 @@ bool ReadEntries(std::string_view text, std::vector<double>& list) {
   list.clear();
   const char* const end = text.data() + text.size();
   for (const char* at = SkipBlanks(text.data(), end); at != end; at = SkipBlanks(at, end)) {
-    double entry = 0.0;
-    at = ReadDecimal(at, end, entry);
-    if (at == nullptr || (at != end && !IsBlank(*at)) || !std::isfinite(entry)) return false;
-    list.push_back(entry);
+    const char* const begin = at;
+    while (at != end && !IsBlank(*at)) ++at;
+    const auto entry = ParseNumber({begin, static_cast<std::size_t>(at - begin)});
+    if (!entry || !std::isfinite(*entry)) return false;
+    list.push_back(*entry);
   }
   return !list.empty();
 }
