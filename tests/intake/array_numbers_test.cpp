@@ -14,23 +14,24 @@ using svmscore::Arrays;
 using svmscore::LoadChecks;
 using svmscore::PmmlDocument;
 
-std::string Instance(const std::string& id, const std::string& content) {
+std::string VectorOf(const std::string& id, const std::string& content) {
   return "<VectorInstance id='" + id + "'>" + content + "</VectorInstance>";
 }
 
-std::string Dense(const std::string& text, const std::string& attributes = "n='2' type='real'") {
+std::string DenseArray(const std::string& text,
+                       const std::string& attributes = "n='2' type='real'") {
   return "<Array " + attributes + ">" + text + "</Array>";
 }
 
-std::string Sparse(const std::string& indices, const std::string& entries,
-                   const std::string& attributes = "n='2'") {
+std::string SparseArray(const std::string& indices, const std::string& entries,
+                        const std::string& attributes = "n='2'") {
   return "<REAL-SparseArray " + attributes + "><Indices>" + indices + "</Indices><REAL-Entries>" +
          entries + "</REAL-Entries></REAL-SparseArray>";
 }
 
-std::string With(const std::string& array) {
+std::string DocumentWith(const std::string& array) {
   Parts parts;
-  parts.vectors = Instance("a", array) + "\n" + Instance("b", Sparse("2", "0.1"));
+  parts.vectors = VectorOf("a", array) + "\n" + VectorOf("b", SparseArray("2", "0.1"));
   return parts.Text();
 }
 
@@ -66,43 +67,43 @@ struct Form {
 };
 
 const Form kForms[] = {
-    {Dense("0.25 -1.5"), true},
-    {Dense(" 1e300\n\t-0 "), true},
-    {Dense("1234567890.12345678 5e-324"), true},
-    {Dense("0.25 -1.5", "n='3' type='string'"), true},
-    {Dense("0.25"), true},  // refused
-    {Dense("1e-400 1E005"), true},
-    {Dense("0.25 1e400"), false},
-    {Dense("INF NaN"), false},
-    {Dense("+1 2"), true},
-    {Dense("1,5 2"), false},
-    {Dense("0x10 1e"), false},
-    {Dense("1 2\xC2\xA0"), false},
-    {Dense("1 <!-- 2 --> 2"), false},
-    {Dense("1 <?two 2?>2"), false},
-    {Dense("<![CDATA[1 2]]>"), false},
-    {Dense("1 <Extension/> 2"), false},
-    {Dense(""), false},
-    {Sparse("1 2", "0.25 -1.5"), true},
-    {Sparse("1 2", "0.25 -1.5", "n='2' defaultValue='7'"), true},
-    {Sparse("2", "0.25", "n='2' defaultValue='7'"), true},
-    {Sparse("2 1", "0.25 -1.5"), true},
-    {Sparse("2 2", "0.25 -1.5"), true},
-    {Sparse("1 3", "0.25 -1.5"), true},
-    {Sparse("01 1.0", "0.25 -1.5"), true},
-    {Sparse("0 99999999999", "0.25 -1.5"), true},
-    {Sparse("1 2", "0.25"), true},
-    {Sparse("1 2", "0.25 x"), false},
-    {Sparse("", ""), false},
+    {DenseArray("0.25 -1.5"), true},
+    {DenseArray(" 1e300\n\t-0 "), true},
+    {DenseArray("1234567890.12345678 5e-324"), true},
+    {DenseArray("0.25 -1.5", "n='3' type='string'"), true},
+    {DenseArray("0.25"), true},  // refused
+    {DenseArray("1e-400 1E005"), true},
+    {DenseArray("0.25 1e400"), false},
+    {DenseArray("INF NaN"), false},
+    {DenseArray("+1 2"), true},
+    {DenseArray("1,5 2"), false},
+    {DenseArray("0x10 1e"), false},
+    {DenseArray("1 2\xC2\xA0"), false},
+    {DenseArray("1 <!-- 2 --> 2"), false},
+    {DenseArray("1 <?two 2?>2"), false},
+    {DenseArray("<![CDATA[1 2]]>"), false},
+    {DenseArray("1 <Extension/> 2"), false},
+    {DenseArray(""), false},
+    {SparseArray("1 2", "0.25 -1.5"), true},
+    {SparseArray("1 2", "0.25 -1.5", "n='2' defaultValue='7'"), true},
+    {SparseArray("2", "0.25", "n='2' defaultValue='7'"), true},
+    {SparseArray("2 1", "0.25 -1.5"), true},
+    {SparseArray("2 2", "0.25 -1.5"), true},
+    {SparseArray("1 3", "0.25 -1.5"), true},
+    {SparseArray("01 1.0", "0.25 -1.5"), true},
+    {SparseArray("0 99999999999", "0.25 -1.5"), true},
+    {SparseArray("1 2", "0.25"), true},
+    {SparseArray("1 2", "0.25 x"), false},
+    {SparseArray("", ""), false},
     {"<INT-SparseArray n='2'><Indices>1 2</Indices><INT-Entries>3 4</INT-Entries>"
      "</INT-SparseArray>",
      false},
-    {Dense("1 2") + Sparse("1", "3"), true},
+    {DenseArray("1 2") + SparseArray("1", "3"), true},
 };
 
 TEST(ArrayNumbers, AreReadAsTheirTextsAre) {
   for (const Form& form : kForms) {
-    const std::string text = With(form.array);
+    const std::string text = DocumentWith(form.array);
     for (const LoadChecks checks :
          {LoadChecks::kRefuse, LoadChecks::kTolerate, LoadChecks::kStrict, LoadChecks::kAsIs}) {
       EXPECT_EQ(Told(text, checks, Arrays::kAsNumbers), Told(text, checks, Arrays::kAsTexts))
@@ -118,7 +119,7 @@ TEST(ArrayNumbers, AreReadAsTheirTextsAre) {
 }
 
 TEST(ArrayNumbers, ComeBackAsTextsForReadersThatExpectThem) {
-  const std::string text = With(Dense("0.25 -1.5"));
+  const std::string text = DocumentWith(DenseArray("0.25 -1.5"));
   Reading reading{PmmlDocument::FromText(text, "test", {}, Arrays::kAsNumbers), {}};
   reading.findings = MakeReadable(reading.document, svmscore::IntakeMode::kTolerate);
   const svmscore::Element* list = FirstList(reading.document);
@@ -133,7 +134,7 @@ TEST(ArrayNumbers, ComeBackAsTextsForReadersThatExpectThem) {
 }
 
 TEST(ArrayNumbers, CountTowardsTheLimitOfEntries) {
-  const std::string text = With(Dense("0.25 -1.5"));
+  const std::string text = DocumentWith(DenseArray("0.25 -1.5"));
   for (const Arrays arrays : {Arrays::kAsTexts, Arrays::kAsNumbers}) {
     for (const std::uint64_t most : {2, 3}) {
       svmscore::Limits limits;

@@ -1,6 +1,7 @@
 // What FindUnsure calls sure must hold for all values that the bounds allow.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -95,6 +96,51 @@ TEST(VoteRule, IsSureWhereBoundsAreFarFromAnyDoubt) {
                                      &unsure, &best, &low);
     EXPECT_EQ(unsure, 0) << static_cast<int>(kind);
   }
+}
+
+// Machines for the pairs of four categories, some of which vote for a category outside the list.
+TEST(VoteRule, IsSureOfAWinnerThatNoOpenVoteCanChange) {
+  Random random(2);
+  int sure_ones = 0;
+  for (int i = 0; i < 20000; ++i) {
+    VoteRule rule;
+    rule.categories = 4;
+    for (int a = 0; a < 4; ++a) {
+      for (int b = a + 1; b < 4; ++b) {
+        rule.votes.emplace_back(random.Chance(0.05) ? 9 : a, random.Chance(0.05) ? -1 : b);
+      }
+    }
+    std::vector<double> values;
+    std::vector<double> errors;
+    std::vector<std::size_t> open;
+    for (std::size_t m = 0; m < rule.votes.size(); ++m) {
+      rule.thresholds.push_back(random.Chance(0.5) ? 0 : 0.25);
+      values.push_back(random.Within(-2, 2));
+      errors.push_back(random.Chance(0.01) ? kInfinity : random.Within(0, 1));
+      if (std::fabs(values[m] - rule.thresholds[m]) <= errors[m]) open.push_back(m);
+    }
+    std::vector<int> certain;
+    std::vector<int> possible;
+    if (!IsWinnerSure(rule, {values.data(), errors.data(), 1, 1}, certain, possible)) continue;
+    sure_ones += open.empty() ? 0 : 1;
+    long winner = -1;
+    for (std::size_t choice = 0; choice < std::size_t{1} << open.size(); ++choice) {
+      std::vector<double> chosen = values;
+      for (std::size_t o = 0; o < open.size(); ++o) {
+        chosen[open[o]] = rule.thresholds[open[o]] + ((choice >> o & 1) == 0 ? -1 : 1);
+      }
+      std::vector<int> tickets(4, 0);
+      for (std::size_t m = 0; m < rule.votes.size(); ++m) {
+        const auto [above, other] = rule.votes[m];
+        const int vote = chosen[m] > rule.thresholds[m] ? above : other;
+        if (vote >= 0 && vote < 4) ++tickets[static_cast<std::size_t>(vote)];
+      }
+      const long first = std::max_element(tickets.begin(), tickets.end()) - tickets.begin();
+      if (winner == -1) winner = first;
+      ASSERT_EQ(winner, first) << i;
+    }
+  }
+  EXPECT_GT(sure_ones, 1000);
 }
 
 }  // namespace
