@@ -28,9 +28,12 @@ void AddVectors(Model& model, Random& random) {
   constexpr std::size_t kFields[] = {31, 32, 33, 65, 150};
   constexpr double kFills[] = {1.0, 1.0, 0.5, 0.1};
   model.fields = random.Chance(0.15) ? Pick(kFields, random) : 1 + random.Below(6);
+  // Where all entries of a vector are the same, all additions may round the same way.
+  const bool alike = random.Chance(0.3);
+  if (alike) model.fields = 1 + random.Below(40);
   const std::size_t vectors = 1 + random.Below(random.Chance(0.2) ? 300 : 6);
   const double fill = Pick(kFills, random);
-  const double spread = random.Chance(0.3) ? 0.0 : random.Within(0, 3);
+  const double spread = alike || random.Chance(0.2) ? 0.0 : random.Within(0, 3);
   const double all = random.Chance(0.2) ? Power10(-9, 9, random) : 1.0;
   const double farthest = random.Chance(0.1) ? 9 : 4;
   const bool shifted = random.Chance(0.5);
@@ -48,13 +51,18 @@ void AddVectors(Model& model, Random& random) {
     std::vector<int> at;
     std::vector<double> entries;
     for (std::size_t f = 0; f < model.fields; ++f) {
-      if (!random.Chance(fill)) continue;
+      if (!alike && !random.Chance(fill)) continue;
       at.push_back(static_cast<int>(f));
       const double tiny = random.Chance(0.01) ? 1e-300 : 1.0;
-      entries.push_back(tiny * (shift[f] + scale[f] * random.Within(-2, 2)));
+      const double entry = tiny * (shift[f] + scale[f] * random.Within(-2, 2));
+      entries.push_back(alike && f > 0 ? entries[0] : entry);
     }
     model.AddVector(std::move(at), std::move(entries));
   }
+  if (radial || !random.Chance(0.3)) return;
+  double dot = 0;  // the argument of this vector is next to 0
+  for (const double entry : model.entries[0]) dot += entry * entry;
+  model.coef0 = -model.gamma * dot;
 }
 
 // All vectors of [begin, end) but for those left out.
@@ -149,11 +157,16 @@ sample::Cases RandomCases(const Model& model, Kind kind, std::size_t count, Rand
     const double factor = OddFactor(random);
     const std::size_t place = random.Below(model.fields);
     const bool one_place = random.Chance(0.5);
+    const double together = random.Chance(0.5) ? random.Within(-2, 2) : 0.0;
     for (std::size_t f = 0; f < model.fields; ++f) {
       double x = one[f];
       switch (kind) {
         case Kind::kNear:
-          x += (random.Chance(0.5) ? other[f] - x : std::fabs(x)) * away * random.Within(-2, 2);
+          if (together != 0) {
+            x += x * away * together;
+          } else {
+            x += (random.Chance(0.5) ? other[f] - x : std::fabs(x)) * away * random.Within(-2, 2);
+          }
           break;
         case Kind::kVectors:
           if (c % 2 == 1) x = std::nextafter(x, random.Chance(0.5) ? kInfinity : -kInfinity);
