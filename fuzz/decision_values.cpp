@@ -87,8 +87,8 @@ sample::Cases MakeCases(const sample::Model& model, Choices& choices) {
   return cases;
 }
 
-void Compare(const sample::Model& model, const sample::Cases& cases, bool with_wide) {
-  const std::vector<double> expected = ByDefinition(model, cases);
+void Compare(const sample::Model& model, const sample::Cases& cases,
+             const std::vector<double>& expected, bool with_wide) {
   const auto check = [&](const char* name, const packed::Operations* operations) {
     const std::string difference = EngineDifference(model, cases, expected, operations);
     Promise(difference.empty(), std::string(name) + " gives the plain bits: " + difference);
@@ -102,21 +102,21 @@ void Compare(const sample::Model& model, const sample::Cases& cases, bool with_w
 }
 
 // Thresholds are 0, odd numbers, or a decision value that is itself met.
-MCSVM_700::certified::VoteRule MakeRule(const sample::Model& model, const sample::Cases& cases,
+MCSVM_700::certified::VoteRule MakeRule(const std::vector<double>& met, std::size_t count,
                                         Choices& choices) {
   MCSVM_700::certified::VoteRule rule;
   rule.kind = static_cast<MCSVM_700::certified::VoteRule::Kind>(choices.Below(3));
-  const std::vector<double> met = ByDefinition(model, cases);
-  for (std::size_t m = 0; m < model.machines.size(); ++m) {
+  for (std::size_t at = 0; at < met.size(); at += count) {
     const std::size_t kind = choices.Below(3);
-    const double value = met[m * cases.count + choices.Below(cases.count)];
+    const double value = met[at + choices.Below(count)];
     rule.thresholds.push_back(kind == 0 ? 0.0 : kind == 1 ? OddNumber(choices) : value);
   }
   return rule;
 }
 
-void CompareVotes(const sample::Model& model, const sample::Cases& cases, Choices& choices) {
-  const MCSVM_700::certified::VoteRule rule = MakeRule(model, cases, choices);
+void CompareVotes(const sample::Model& model, const sample::Cases& cases,
+                  const std::vector<double>& expected, Choices& choices) {
+  const MCSVM_700::certified::VoteRule rule = MakeRule(expected, cases.count, choices);
   for (const packed::Isa isa : {packed::Isa::kAvx2, packed::Isa::kAvx512}) {
     if (!CpuHas(isa)) continue;
     hard::Tally tally;
@@ -137,7 +137,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const bool with_wide = for_cases.Byte() % 4 == 0;
   const sample::Model model = MakeModel(choices);
   const sample::Cases cases = MakeCases(model, for_cases);
-  Compare(model, cases, with_wide);
-  CompareVotes(model, cases, choices);
+  const std::vector<double> expected = ByDefinition(model, cases);
+  Compare(model, cases, expected, with_wide);
+  CompareVotes(model, cases, expected, choices);
   return 0;
 }
