@@ -1,7 +1,7 @@
-"""Prints the coefficients of the polynomials for 2^f in level_avx2.cpp and level_avx512.cpp: those of the
-least largest relative error, found by exchange of the points where it is largest (Remez), in 60-digit
-arithmetic. Needs mpmath. The error of what is computed with them, in single precision, is measured by
-`exp2_check` for every argument."""
+"""Prints the coefficients of the polynomials for 2^f in isa_certified_avx2.cpp and
+isa_certified_avx512.cpp: those of the least largest relative error, found by exchange of the points where
+it is largest (Remez), in 60-digit arithmetic. Needs mpmath. The error of what is computed with them, in
+single precision, is measured by `exp2_check` for every argument."""
 
 import mpmath
 
