@@ -33,7 +33,11 @@ constexpr std::size_t kGroupBytes = std::size_t{384} * 1024;
 constexpr std::size_t kMostTiles = 32;
 // So few cases left over are taken one at a time.
 constexpr std::size_t kFewCases = 3;
-constexpr std::size_t kCheckedVectors = 16;
+// Of the model's own vectors, so many are checked when it is loaded: enough for whole tiles and a
+// rest, fewer where the model is large, so that loading does not take longer for them.
+constexpr std::size_t kMostChecked = 88;
+constexpr std::size_t kLeastChecked = 16;
+constexpr std::size_t kCheckedTerms = 4000000;
 // Cases that come alone are recorded so many at a time: the counts are shared by all threads.
 constexpr std::size_t kAlone = 64;
 
@@ -55,6 +59,10 @@ CertifiedEngine::CertifiedEngine(const PackedEngine& exact, certified::VoteRule 
       operations_(certified::OperationsOf(exact.isa())) {
   plan_.Start(Level::kExact, false);
   why_not_ = operations_ == nullptr ? "the instruction set" : certified::WhyNothingIsCertain(exact);
+  if (why_not_ == nullptr && rule_.kind == certified::VoteRule::Kind::kThresholds &&
+      rule_.thresholds.size() != exact.machines()) {
+    why_not_ = "the number of thresholds";
+  }
   if (why_not_ != nullptr) return;
   Level first = Level::kTwofold;
   if (exact.view().kernel.type == SVMConst::kLinear) {
@@ -370,7 +378,8 @@ bool CertifiedEngine::KeepsItsBounds() const {
   const std::size_t fields = exact_.fields();
   const std::size_t machines = exact_.machines();
   const std::size_t vectors = exact_.pool().size();
-  const std::size_t count = std::min(kCheckedVectors, vectors);
+  const std::size_t affordable = kCheckedTerms / std::max<std::size_t>(fields * vectors, 1);
+  const std::size_t count = std::min(std::clamp(affordable, kLeastChecked, kMostChecked), vectors);
   std::vector<double> cases(fields * count, 0.0);
   for (std::size_t c = 0; c < count; ++c) {
     const packed::VectorView& vector = exact_.pool()[c * vectors / count];
