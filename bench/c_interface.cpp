@@ -16,6 +16,7 @@
 
 #include "bench/libsvm_model.h"
 #include "capi/svmscore.h"
+#include "svm/kernel/certified/certified_engine.h"
 
 namespace {
 
@@ -142,14 +143,17 @@ void MeasureNumbers(const std::string& folder) {
   }
 
   const PackedEngine engine(workload->input, packed::OperationsOf(svmscore::ChosenIsa().isa));
+  const CertifiedEngine votes(engine, {certified::VoteRule::Kind::kThresholds, {0.0}});
   PackedScratch scratch;
+  CertifiedScratch certified_scratch;
   std::vector<double> decisions(kRows * workload->machines());
   const Scorer scorer = NewScorer(model);
   std::vector<double> shares;
   for (int round = 0; round < kRounds; ++round) {
     const double own = Measure(
         [&] {
-          engine.DecideMany({entries.data(), kRows}, kRows, scratch, {decisions.data(), kRows});
+          votes.DecideMany({entries.data(), kRows}, kRows, certified_scratch, scratch,
+                           {decisions.data(), kRows});
         },
         kRows);
     shares.push_back(own / Measure([&] { Score(scorer, columns); }, kRows));
@@ -166,7 +170,9 @@ void MeasureNumbers(const std::string& folder) {
   for (int round = 0; round < kRounds; ++round) {
     const double own = Measure(
         [&] {
-          for (const auto& row : workload->rows) engine.Decide(row.data(), scratch, one.data());
+          for (const auto& row : workload->rows) {
+            votes.Decide(row.data(), certified_scratch, scratch, one.data());
+          }
         },
         cases);
     more.push_back(Measure(
