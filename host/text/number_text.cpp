@@ -32,11 +32,15 @@ bool StartsNumber(char c) {
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 constexpr std::size_t kVector = sizeof(__m128i);
-constexpr auto kPowersOfTen = [] {
-  std::array<std::uint64_t, kVector + 1> powers = {1};
+using Powers = std::array<std::uint64_t, kVector + 1>;
+
+constexpr Powers PowersOfTen() {
+  Powers powers = {1};
   for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = powers[i - 1] * 10;
   return powers;
-}();
+}
+
+constexpr Powers kPowersOfTen = PowersOfTen();
 
 // The last sixteen characters, or of fewer those with zeros before them. REQUIRES: the text has at
 // least eight.

@@ -170,9 +170,8 @@ std::vector<RunMembers> FreeRuns(const TermsByVector& terms, std::span<const dou
       divided.push_back(std::move(run));
       continue;
     }
-    for (RunMembers& part : DividedByNorm(std::move(run), norms)) {
-      divided.push_back(std::move(part));
-    }
+    std::vector<RunMembers> parts = DividedByNorm(std::move(run), norms);
+    std::move(parts.begin(), parts.end(), std::back_inserter(divided));
   }
   return divided;
 }
