@@ -20,6 +20,7 @@
 
 #include "app/base/failure.h"
 #include "app/base/messages.h"
+#include "app/calibrate/calibrate_command.h"
 #include "app/convert/convert_command.h"
 #include "app/describe/describe_command.h"
 #include "app/doctor/doctor_command.h"
@@ -88,7 +89,9 @@ int ParseAndRun(int argc, char** argv) {
   VerifyCommand verify;
   DoctorCommand doctor;
   ConvertCommand convert;
-  const std::array<Command*, 5> commands = {&score, &describe, &verify, &doctor, &convert};
+  CalibrateCommand calibrate;
+  const std::array<Command*, 6> commands = {&score,  &describe, &verify,
+                                            &doctor, &convert,  &calibrate};
   std::array<CLI::App*, commands.size()> parsed{};
   for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
   try {

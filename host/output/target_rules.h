@@ -91,6 +91,9 @@ class SVMSCORE_HOST_API TargetRules {
   const std::string& DisplayOf(int category) const {
     return displays_[static_cast<std::size_t>(category)];
   }
+  // A regression's value, or a bound of its interval, by rescaleFactor and rescaleConstant alone.
+  double Scale(double raw) const;
+  double ScaleFactor() const { return factor_; }
   // A category of the target as a value of its type.
   const transform::Value& CategoryValue(int category) const {
     return categories_[static_cast<std::size_t>(category)];
@@ -110,7 +113,6 @@ class SVMSCORE_HOST_API TargetRules {
   void ReadDefault(const xercesc::DOMElement* element, std::vector<Note>& notes);
   transform::Value OfTargetType(double number) const;
   void FindResponse(const xercesc::DOMElement* model_element);
-  double Scale(double raw) const;
   transform::Value Finished(double raw) const;
   // Of a case whose status is an error.
   Outcome FinishFailed(long status) const;

@@ -8,8 +8,8 @@
 
 #include <fmt/format.h>
 
-#include "host/text/utf8.h"
 #include "tools/base/bad_input.h"
+#include "tools/base/document_bytes.h"
 
 namespace svmscore::tools {
 namespace {
@@ -27,24 +27,9 @@ struct Column {
 
 // The text as XML in ASCII.
 std::string Escape(std::string_view text) {
-  std::string escaped;
-  while (!text.empty()) {
-    const std::size_t size = Utf8SequenceSize(text);
-    const std::uint32_t character = size == 0 ? 0 : Utf8Character(text.substr(0, size));
-    const bool blank = character == '\t' || character == '\n' || character == '\r';
-    if (size == 0 || (character < 0x20 && !blank) || character == 0xFFFE || character == 0xFFFF) {
-      throw BadCases("the cases hold a character that XML cannot hold");
-    }
-    const bool plain = character >= 0x20 && character < 0x7F &&
-                       std::string_view("<>&\"").find(text.front()) == std::string_view::npos;
-    if (plain) {
-      escaped += text.front();
-    } else {
-      escaped += fmt::format("&#x{:X};", character);
-    }
-    text.remove_prefix(size);
-  }
-  return escaped;
+  std::optional<std::string> escaped = EscapeToAscii(text);
+  if (!escaped) throw BadCases("the cases hold a character that XML cannot hold");
+  return *std::move(escaped);
 }
 
 bool IsLetter(char c) {

@@ -13,50 +13,18 @@
 
 #include "host/xml/transcoder.h"
 #include "tools/base/bad_input.h"
+#include "tools/base/document_bytes.h"
 #include "tools/verify/verify_block.h"
 
 namespace svmscore::tools {
 namespace {
 
-// How the bytes of a document hold ASCII characters.
-enum class Width { kOneByte, kTwoBytesLow, kTwoBytesHigh, kUnknown };
-
-Width WidthOf(std::string_view document) {
-  const auto byte = [document](std::size_t i) {
-    return i < document.size() ? static_cast<unsigned char>(document[i]) : 0x100U;
-  };
-  if (byte(0) == 0xFF && byte(1) == 0xFE) {
-    return byte(2) == 0 && byte(3) == 0 ? Width::kUnknown : Width::kTwoBytesLow;
-  }
-  if (byte(0) == 0xFE && byte(1) == 0xFF) return Width::kTwoBytesHigh;
-  if (byte(0) == '<' && byte(1) == 0 && byte(2) != 0) return Width::kTwoBytesLow;
-  if (byte(0) == 0 && byte(1) == '<') return Width::kTwoBytesHigh;
-  return byte(0) == 0 || byte(1) == 0 || byte(0) == 0x4C ? Width::kUnknown : Width::kOneByte;
-}
-
-// The size of a byte-order mark, which the parser does not count.
-std::size_t MarkSize(std::string_view document) {
-  if (document.starts_with("\xEF\xBB\xBF")) return 3;
-  return document.starts_with("\xFF\xFE") || document.starts_with("\xFE\xFF") ? 2 : 0;
-}
-
-std::string Widen(std::string_view ascii, Width width) {
-  if (width == Width::kOneByte) return std::string(ascii);
-  std::string wide;
-  for (const char c : ascii) {
-    if (width == Width::kTwoBytesHigh) wide += '\0';
-    wide += c;
-    if (width == Width::kTwoBytesLow) wide += '\0';
-  }
-  return wide;
-}
-
 // Notes where the children of the first model stand. Within an entity the parser counts from the
 // entity's beginning, and there is no place for a block.
 class PlaceFinder : public xercesc::DefaultHandler {
  public:
-  PlaceFinder(const xercesc::SAX2XMLReader& reader, std::string_view document, std::string tag)
-      : reader_(reader), document_(document), tag_(std::move(tag)) {}
+  PlaceFinder(const xercesc::SAX2XMLReader& reader, std::string_view document)
+      : reader_(reader), document_(document), width_(WidthOf(document)) {}
 
   void startElement(const XMLCh*, const XMLCh* local_name, const XMLCh* name,
                     const xercesc::Attributes&) override {
@@ -69,7 +37,7 @@ class PlaceFinder : public xercesc::DefaultHandler {
     }
     if (IsRecords(local)) {
       // No tag holds another sign of this kind.
-      place_.begin = document_.rfind(tag_, Offset() - 1);
+      place_.begin = FindBefore(document_, '<', Offset(), width_);
     }
   }
 
@@ -115,7 +83,7 @@ class PlaceFinder : public xercesc::DefaultHandler {
 
   const xercesc::SAX2XMLReader& reader_;
   std::string_view document_;
-  std::string tag_;  // the sign that opens one, as the document spells it
+  ByteWidth width_;
   int depth_ = 0;
   int model_depth_ = 0;
   bool left_ = false;
@@ -129,8 +97,7 @@ class PlaceFinder : public xercesc::DefaultHandler {
 }  // namespace
 
 BlockPlace FindBlockPlace(const std::string& document, const std::string& name) {
-  const Width width = WidthOf(document);
-  if (width == Width::kUnknown) {
+  if (WidthOf(document) == ByteWidth::kUnknown) {
     throw BadDocument(
         fmt::format("{}: its encoding cannot be written; save the document "
                     "as UTF-8",
@@ -143,7 +110,7 @@ BlockPlace FindBlockPlace(const std::string& document, const std::string& name) 
   reader->setFeature(xercesc::XMLUni::fgXercesSchema, false);
   reader->setFeature(xercesc::XMLUni::fgXercesLoadExternalDTD, false);
   reader->setFeature(xercesc::XMLUni::fgXercesDisableDefaultEntityResolution, true);
-  PlaceFinder finder(*reader, document, Widen("<", width));
+  PlaceFinder finder(*reader, document);
   reader->setContentHandler(&finder);
   reader->setLexicalHandler(&finder);
   reader->parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(document.data()),

@@ -1,0 +1,121 @@
+#include "app/calibrate/calibrate_command.h"
+
+#include <chrono>
+#include <cstdint>
+#include <cstdlib>
+#include <optional>
+
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+#include "app/base/failure.h"
+#include "app/calibrate/calibration_text.h"
+#include "app/files/named_file.h"
+#include "app/files/output_file.h"
+#include "app/load/intake_report.h"
+#include "app/load/model_file.h"
+#include "app/options/file_option.h"
+#include "app/options/limit_option.h"
+#include "app/options/table_option.h"
+#include "app/table/read_table.h"
+#include "host/model/ss_exception.h"
+#include "host/text/number_text.h"
+#include "tools/calibrate/calibration.h"
+#include "tools/calibrate/calibration_json.h"
+
+namespace svmscore::app {
+namespace {
+
+// Now, or the time that a reproducible build asks for.
+std::string DateOfRun() {
+  std::int64_t seconds = std::chrono::duration_cast<std::chrono::seconds>(
+                             std::chrono::system_clock::now().time_since_epoch())
+                             .count();
+  if (const char* asked = std::getenv("SOURCE_DATE_EPOCH")) {
+    const std::optional<std::int64_t> given = ParseInteger(asked);
+    // Years that have four digits.
+    if (!given || *given < 0 || *given > 253402300799) {
+      throw Failure(kUsageError, fmt::format("SOURCE_DATE_EPOCH is \"{}\", which is no number of "
+                                             "seconds since 1970",
+                                             asked));
+    }
+    seconds = *given;
+  }
+  return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(seconds)));
+}
+
+}  // namespace
+
+CLI::App* CalibrateCommand::AddTo(CLI::App& program) {
+  CLI::App* app = program.add_subcommand(
+      "calibrate", "Give a model probabilities, or intervals, from cases whose outcome is known");
+  AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
+  AddFileOption(*app, "HOLDOUT", holdout_,
+                "CSV file with cases that the model was not trained on; - is standard input")
+      ->required();
+  app->add_option("--actual", actual_, "the column of HOLDOUT with what the cases really are")
+      ->required();
+  AddFileOption(*app, "-o,--output", output_,
+                "write the calibrated document to this file, which appears when it is complete; "
+                "without it there is only the report");
+  app->add_option("--confidence", confidence_,
+                  "of a regression: the share of cases that intervals should cover")
+      ->capture_default_str();
+  app->add_flag("--json", json_, "write the report as JSON");
+  AddTableOptions(*app, table_);
+  AddLimitOption(*app, limits_);
+  AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
+  app->footer(
+      "Exit status: 0 done; 2 usage; 3 the model cannot be used or calibrated; 5 the hold-out "
+      "cannot be read or does\nnot do; 6 the output cannot be written. docs/trust.md says what the "
+      "figures mean.");
+  return app;
+}
+
+void CalibrateCommand::CheckFiles() const {
+  if (!(confidence_ > 0.0 && confidence_ < 1.0)) {
+    throw Failure(kUsageError, "--confidence must be above 0 and below 1, as 0.95 is");
+  }
+  if (output_.empty()) return;
+  if (output_ == "-") {
+    throw Failure(kUsageError, "the report is on standard output; name a file for the document");
+  }
+  const NamedFile output{output_, Stream::kOutput};
+  for (const std::string* input : {&model_, &holdout_}) {
+    if (!IsSameFile(output, {*input, Stream::kInput})) continue;
+    throw Failure(
+        kUsageError,
+        fmt::format("the output is the file {}, which is read; name another file", *input));
+  }
+}
+
+ExitStatus CalibrateCommand::Run() {
+  CheckFiles();
+  const std::string made_at = DateOfRun();
+  const Plugin plugin = LoadPlugin(plugin_);
+  tools::DocumentSource source(model_, limits_);
+  std::optional<tools::CalibrationResult> result;
+  try {
+    // What is scored must be the document that is written, whoever changes the file meanwhile.
+    const std::string& document = source.Text();
+    const LoadedModel loaded = LoadModelFile(source, plugin_, LoadChecks::kRefuse);
+    TellIntake(model_, loaded);
+    const tools::CellRules rules = table_.Cells();
+    TellOverruledValues(rules, loaded);
+    const tools::TextTable holdout = ReadTable(holdout_, table_.Rows(limits_));
+    result = tools::Calibrate({loaded, plugin, document, model_, limits_, holdout, actual_, rules,
+                               confidence_, made_at});
+  } catch (const MCZandor_850::SSException& error) {
+    RefuseModel(source, error);
+  }
+  if (!output_.empty()) {
+    OutputFile output(output_);
+    output.Write(result->document);
+    output.Commit();
+  }
+  OutputFile report("-");
+  report.Write(json_ ? tools::JsonOf(*result) : CalibrationText(*result, output_));
+  return kDone;
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,205 @@
+#include "tools/calibrate/holdout.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <unordered_set>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "host/model/batch_model.h"
+#include "host/text/number_text.h"
+#include "tools/base/bad_input.h"
+#include "tools/base/case_columns.h"
+#include "tools/doctor/model_numbers.h"
+#include "tools/findings/inspected.h"
+#include "tools/score/case_batch.h"
+
+namespace svmscore::tools {
+namespace {
+
+using MCZandor_850::ScoreModel;
+
+// Numbers that agree to about six digits have the same key, but for those beside an edge.
+std::uint64_t KeyOf(std::uint64_t key, double number) {
+  const auto bits = std::bit_cast<std::uint32_t>(static_cast<float>(number) + 0.0F);
+  key = (key ^ ((bits + 8U) >> 4U)) * 0x9E3779B97F4A7C15U;
+  return key ^ (key >> 29U);
+}
+
+class HoldoutScorer {
+ public:
+  HoldoutScorer(const LoadedModel& loaded, BatchModel& model, const TextTable& table,
+                const std::string& actual, const CellRules& rules)
+      : targets_(loaded.output->Targets()),
+        target_(targets_.Target()),
+        classification_(targets_.GetScheme().method != output::Method::kRegression),
+        table_(table),
+        rules_(rules),
+        columns_(MatchColumns({table.header.begin(), table.header.end()}, loaded, {}, table.name)),
+        record_(columns_.variables, true,
+                loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing),
+        categories_(target_.GetCategories().size()),
+        entries_(model.EntryCount()),
+        batch_(model, categories_, kChunk, true) {
+    const auto named = std::count(table.header.begin(), table.header.end(), actual);
+    if (named != 1) {
+      throw BadCases(fmt::format("{}: {} named {}; --actual names the one that holds what is known "
+                                 "of the cases",
+                                 table.name, named == 0 ? "no column is" : "two columns are",
+                                 actual),
+                     actual);
+    }
+    label_ = static_cast<std::size_t>(table.FindColumn(actual));
+    model.FixPositions(record_);
+    holdout_.machines = model.DecisionCount();
+  }
+
+  Holdout Run() {
+    for (const std::vector<std::string>& row : table_.rows) {
+      ++holdout_.rows;
+      if (!ReadLabel(row[label_])) continue;
+      SetCells(row);
+      if (record_.HasInvalid() || batch_.Add(record_).IsError()) {
+        ++holdout_.unscored;
+        continue;
+      }
+      labels_.push_back(label_read_);
+      if (batch_.Size() == kChunk) Flush();
+    }
+    Flush();
+    return std::move(holdout_);
+  }
+
+  const std::unordered_set<std::uint64_t>& Keys() const { return keys_; }
+  std::size_t Entries() const { return entries_; }
+
+ private:
+  // Cases that are scored together.
+  static constexpr std::size_t kChunk = 128;
+
+  // The category, or the number, that the cell holds; false where it holds none.
+  bool ReadLabel(std::string_view cell) {
+    if (rules_.IsMissing(cell, target_)) {
+      ++holdout_.unlabelled;
+      return false;
+    }
+    if (classification_) {
+      const int category = target_.GetCategoryIndexOfText(std::string(cell));
+      label_read_ = category;
+      if (category >= 0) return true;
+    } else {
+      const auto number = ParseNumber(
+          rules_.HasDecimalComma() ? CellRules::ExchangePointAndComma(cell, buffer_) : cell);
+      if (number && std::isfinite(*number)) {
+        label_read_ = *number;
+        return true;
+      }
+    }
+    ++holdout_.unknown_labels[std::string(cell)];
+    return false;
+  }
+
+  void SetCells(const std::vector<std::string>& row) {
+    for (std::size_t i = 0; i < columns_.cells.size(); ++i) {
+      const std::size_t cell = columns_.cells[i];
+      const MCZandor_850::ScoreDictVar& var = record_.Variable(i);
+      if (cell == kNoCell || rules_.IsMissing(row[cell], var)) {
+        record_.SetMissing(i);
+      } else {
+        record_.SetText(i, rules_.TextOf(row[cell], var, buffer_));
+      }
+    }
+  }
+
+  void Flush() {
+    if (batch_.Size() == 0) return;
+    batch_.Score();
+    for (std::size_t c = 0; c < batch_.Size(); ++c) Take(c);
+    batch_.Clear();
+    labels_.clear();
+  }
+
+  void Take(std::size_t place) {
+    const BatchResults& results = batch_.Results();
+    const output::Outcome outcome = targets_.Finish(results, place);
+    bool usable = outcome.ending == output::Outcome::Ending::kPredicted;
+    for (std::size_t m = 0; m < holdout_.machines; ++m) {
+      usable = usable && std::isfinite(results.decisions[m * results.stride + place]);
+    }
+    if (!usable) {
+      ++holdout_.unscored;
+      return;
+    }
+    std::uint64_t key = 0;
+    for (std::size_t e = 0; e < entries_; ++e) key = KeyOf(key, batch_.EntriesOf(e)[place]);
+    keys_.insert(key);
+    for (std::size_t m = 0; m < holdout_.machines; ++m) {
+      holdout_.decisions.push_back(results.decisions[m * results.stride + place]);
+    }
+    if (!classification_) {
+      holdout_.observed.push_back(labels_[place]);
+      holdout_.values.push_back(results.value[place]);
+      if (outcome.has_interval) holdout_.intervals.emplace_back(outcome.lower, outcome.upper);
+      return;
+    }
+    holdout_.actual.push_back(static_cast<int>(labels_[place]));
+    holdout_.predicted.push_back(outcome.category);
+    if (targets_.GetScheme().percentages == output::Percentages::kNone) return;
+    for (std::size_t k = 0; k < categories_; ++k) {
+      holdout_.percents.push_back(targets_.PercentOf(outcome, k));
+    }
+  }
+
+  const output::TargetRules& targets_;
+  const MCZandor_850::ScoreDictVar& target_;
+  bool classification_;
+  const TextTable& table_;
+  const CellRules& rules_;
+  CaseColumns columns_;
+  MCZandor_850::InputCaseRecord record_;
+  std::size_t categories_;
+  std::size_t entries_;
+  CaseBatch batch_;
+  std::size_t label_ = 0;
+  double label_read_ = 0.0;  // of the present row
+  std::vector<double> labels_;  // of the batch
+  std::string buffer_;
+  std::unordered_set<std::uint64_t> keys_;  // of the entries of usable cases
+  Holdout holdout_;
+};
+
+// Whether the rows are those that the model was trained on.
+void CompareVectors(const LoadedModel& loaded, const HoldoutScorer& scorer, Holdout& holdout) {
+  const ModelNumbers numbers = ReadNumbers(Inspect(loaded));
+  if (numbers.fields.size() != scorer.Entries()) return;
+  std::unordered_set<std::uint64_t> seen;
+  for (const std::vector<double>& vector : numbers.vectors) {
+    std::uint64_t key = 0;
+    for (const double entry : vector) key = KeyOf(key, entry);
+    if (!seen.insert(key).second) continue;
+    ++holdout.vectors;
+    if (scorer.Keys().contains(key)) ++holdout.vectors_found;
+  }
+}
+
+}  // namespace
+
+Holdout ScoreHoldout(const LoadedModel& loaded, const TextTable& table, const std::string& actual,
+                     const CellRules& rules) {
+  auto* model = dynamic_cast<BatchModel*>(loaded.model.get());
+  if (model == nullptr) {
+    throw BadDocument(fmt::format("{}: the plug-in tells no decision values of its model",
+                                  loaded.document.Name()));
+  }
+  HoldoutScorer scorer(loaded, *model, table, actual, rules);
+  Holdout holdout = scorer.Run();
+  CompareVectors(loaded, scorer, holdout);
+  return holdout;
+}
+
+}  // namespace svmscore::tools

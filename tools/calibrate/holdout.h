@@ -1,0 +1,55 @@
+// The cases of a hold-out, scored, beside what is known of them.
+#ifndef TOOLS_CALIBRATE_HOLDOUT_H_
+#define TOOLS_CALIBRATE_HOLDOUT_H_
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "host/load/loader.h"
+#include "tools/base/cell_rules.h"
+#include "tools/base/text_table.h"
+
+namespace svmscore::tools {
+
+// One entry a usable case in every list: one that has a label and is scored.
+struct Holdout {
+  std::size_t rows = 0;       // of the table
+  std::size_t unlabelled = 0;  // their cell is missing
+  // Labels that are no category of the target, or no finite number, and how often they occur.
+  std::map<std::string, std::size_t> unknown_labels;
+  std::size_t unscored = 0;  // a missing or invalid input, or a result that is not finite
+
+  std::size_t machines = 0;
+  std::vector<double> decisions;  // of case c and machine m, decisions[c * machines + m]
+
+  // Of a classification: categories of the target. `percents` has them for each case as the model
+  // computes them, [c * categories + k]; it is empty where the model computes none.
+  std::vector<int> actual;
+  std::vector<int> predicted;
+  std::vector<double> percents;
+
+  // Of a regression. `values` are the model's own, before the document's target rescales them; the
+  // intervals, as score writes them, are empty where the document has none.
+  std::vector<double> observed;
+  std::vector<double> values;
+  std::vector<std::pair<double, double>> intervals;
+
+  // How many of the model's support vectors there are, and how many are among the rows: as numbers
+  // that agree to six digits. Both 0 where they were not compared.
+  std::size_t vectors = 0;
+  std::size_t vectors_found = 0;
+
+  std::size_t Size() const { return actual.size() + observed.size(); }
+};
+
+// Scores the table. `actual` is the column of labels. Throws a BadCases for a table that does not
+// fit the model or has no such column, or has it twice, and a BadDocument for a model that takes no
+// batches. [one thread] Owns: the caller.
+Holdout ScoreHoldout(const LoadedModel& loaded, const TextTable& table, const std::string& actual,
+                     const CellRules& rules);
+
+}  // namespace svmscore::tools
+
+#endif  // TOOLS_CALIBRATE_HOLDOUT_H_
