@@ -103,8 +103,8 @@ ExitStatus CalibrateCommand::Run() {
     const tools::CellRules rules = table_.Cells();
     TellOverruledValues(rules, loaded);
     const tools::TextTable holdout = ReadTable(holdout_, table_.Rows(limits_));
-    result = tools::Calibrate({loaded, plugin, document, model_, limits_, holdout, actual_, rules,
-                               confidence_, made_at});
+    result = tools::Calibrate(
+        {loaded, plugin, document, model_, limits_, holdout, actual_, rules, confidence_, made_at});
   } catch (const MCZandor_850::SSException& error) {
     RefuseModel(source, error);
   }

@@ -38,10 +38,11 @@ std::string PairsText(const CalibrationResult& result) {
     if (++shown > kPairsShown) {
       return text + fmt::format("... and {} more pairs\n", result.pairs.size() - kPairsShown);
     }
-    text += fmt::format("P({0} rather than {1}) = 1 / (1 + exp(A f + B)): A {2:.6g}, B {3:.6g}; {4} "
-                        "cases of {0}, {5} of {1}\n",
-                        Inserted(pair.response), Inserted(pair.other), pair.sigmoid.a,
-                        pair.sigmoid.b, pair.response_cases, pair.other_cases);
+    text += fmt::format(
+        "P({0} rather than {1}) = 1 / (1 + exp(A f + B)): A {2:.6g}, B {3:.6g}; {4} "
+        "cases of {0}, {5} of {1}\n",
+        Inserted(pair.response), Inserted(pair.other), pair.sigmoid.a, pair.sigmoid.b,
+        pair.response_cases, pair.other_cases);
   }
   return text;
 }
@@ -62,9 +63,8 @@ std::string ClassText(const CalibrationResult& result) {
   using Figures = tools::ProbabilityFigures;
   const ClassFigures& before = result.before;
   const ClassFigures& after = result.after;
-  std::string text = fmt::format(
-      "\n{:30}{:>10}{:>10}\n{:30}{:>10.4f}{:>10.4f}\n", "", "before", "after", "accuracy",
-      before.accuracy, after.accuracy);
+  std::string text = fmt::format("\n{:30}{:>10}{:>10}\n{:30}{:>10.4f}{:>10.4f}\n", "", "before",
+                                 "after", "accuracy", before.accuracy, after.accuracy);
   const auto add = [&](const char* name, double Figures::*which) {
     text += fmt::format("{:30}{:>10}{:>10}\n", name, Figure(before, which), Figure(after, which));
   };
@@ -98,8 +98,7 @@ std::string IntervalText(const CalibrationResult& result) {
   std::string text = fmt::format(
       "interval: prediction -+ {:.6g}, the residual of rank {} of {}; confidence {}\n\n{:14}{:>12}"
       "{:>12}\n",
-      result.half_width, result.rank, result.used, result.confidence, "", "coverage",
-      "mean width");
+      result.half_width, result.rank, result.used, result.confidence, "", "coverage", "mean width");
   const auto add = [&text](const char* name, const std::optional<IntervalFigures>& figures) {
     text += fmt::format("{:14}", name);
     text += figures ? fmt::format("{:>12.4f}{:>12.6g}\n", figures->coverage, figures->mean_width)

@@ -140,17 +140,18 @@ TEST(Calibrate, ChangesNothingElseInAnyFormOfADocument) {
   }
   {
     SCOPED_TRACE("Latin-1, a byte-order mark, an entity, comments and CDATA sections");
-    const std::string other =
-        Edited(document, {"'UTF-8'?>", "'ISO-8859-1'?>\n<!DOCTYPE PMML [<!ENTITY many '\xE9\xE9'>]>",
-                          "<Application", "<!-- <SupportVectorMachine> \xE9 --><Application",
-                          "<VectorDictionary", "<Extension><![CDATA[<Header/>\xE9]]>&many;</Extension>"
-                          "<VectorDictionary"});
+    const std::string other = Edited(
+        document,
+        {"'UTF-8'?>", "'ISO-8859-1'?>\n<!DOCTYPE PMML [<!ENTITY many '\xE9\xE9'>]>", "<Application",
+         "<!-- <SupportVectorMachine> \xE9 --><Application", "<VectorDictionary",
+         "<Extension><![CDATA[<Header/>\xE9]]>&many;</Extension>"
+         "<VectorDictionary"});
     for (const std::string& text :
          {Replaced(other, "setosa", "s\xE9tosa&amp;&lt;"), "\xEF\xBB\xBF" + document}) {
       const bool latin = text.find("s\xE9tosa") != std::string::npos;
       const Calibrated changed =
-          Calibrate(folder, text,
-                    latin ? Replaced(holdout, "setosa", "s\xC3\xA9tosa&<") : holdout, "species");
+          Calibrate(folder, text, latin ? Replaced(holdout, "setosa", "s\xC3\xA9tosa&<") : holdout,
+                    "species");
       ASSERT_EQ(changed.run.status, 0) << changed.run.err;
       EXPECT_EQ(WithoutOwn(changed.document), text);
       EXPECT_EQ(changed.scores.at("confidence"), plain.scores.at("confidence"));
@@ -158,9 +159,9 @@ TEST(Calibrate, ChangesNothingElseInAnyFormOfADocument) {
   }
   {
     SCOPED_TRACE("a prefix");
-    const std::string prefixed = Replaced(
-        Replaced(Replaced(Replaced(document, "</", "</p:"), "<", "<p:"), "<p:/p:", "</p:"),
-        "<p:?xml", "<?xml");
+    const std::string prefixed =
+        Replaced(Replaced(Replaced(Replaced(document, "</", "</p:"), "<", "<p:"), "<p:/p:", "</p:"),
+                 "<p:?xml", "<?xml");
     const std::string bound = Replaced(prefixed, "xmlns=", "xmlns:p=");
     const Calibrated changed = Calibrate(folder, bound, holdout, "species");
     ASSERT_EQ(changed.run.status, 0) << changed.run.err;
@@ -195,9 +196,8 @@ double Number(const std::string& text) {
 
 TEST(Calibrate, GivesTheSigmoidOfTheDecisionValueToTheLastBit) {
   const TemporaryFolder folder;
-  const Calibrated calibrated =
-      Calibrate(folder, ReadFile(Example("tumour/model.pmml")),
-                ReadFile(Example("tumour/cases.csv")), "diagnosis");
+  const Calibrated calibrated = Calibrate(folder, ReadFile(Example("tumour/model.pmml")),
+                                          ReadFile(Example("tumour/cases.csv")), "diagnosis");
   ASSERT_EQ(calibrated.run.status, 0) << calibrated.run.err;
   const json pair = calibrated.report.at("pairs").at(0);
   const auto& decisions = calibrated.scores.at("decision(malignant|benign)");
@@ -223,10 +223,11 @@ TEST(Calibrate, GivesTheSigmoidOfTheDecisionValueToTheLastBit) {
 
 TEST(Calibrate, CoversTheHoldoutByIntervals) {
   const TemporaryFolder folder;
-  const std::string document = Edited(
-      ReadFile(Example("diabetes/model.pmml")),
-      {"*<VectorDictionary", "<Targets><Target rescaleFactor='-0.1' rescaleConstant='7' "
-                             "castInteger='round' min='50'/></Targets><VectorDictionary"});
+  const std::string document =
+      Edited(ReadFile(Example("diabetes/model.pmml")),
+             {"*<VectorDictionary",
+              "<Targets><Target rescaleFactor='-0.1' rescaleConstant='7' "
+              "castInteger='round' min='50'/></Targets><VectorDictionary"});
   const std::string holdout = ReadFile(Example("diabetes/cases.csv"));
   for (const char* confidence : {"0.95", "0.5"}) {
     const Calibrated calibrated =
@@ -265,7 +266,8 @@ const char* const kPlane = R"(<?xml version="1.0"?>
 std::string PlaneCases() {
   std::string table = "x,y,class\n";
   for (int i = 0; i < 40; ++i) {
-    table += FormatNumber(i * 0.25 - 5.0) + ",0.5," + ((i < 20) == (i % 7 != 0) ? "no" : "yes") + "\n";
+    table +=
+        FormatNumber(i * 0.25 - 5.0) + ",0.5," + ((i < 20) == (i % 7 != 0) ? "no" : "yes") + "\n";
   }
   return table;
 }
@@ -274,8 +276,8 @@ TEST(Calibrate, SaysWhatItMeets) {
   const TemporaryFolder folder;
   setenv("SOURCE_DATE_EPOCH", "86400", 1);
   const Calibrated calibrated = Calibrate(
-      folder, kPlane, PlaneCases() + "1,0,\n1,0,NA\n1,0,perhaps\n,0,no\n1,0,yes\n0,0.1000000001,no\n",
-      "class");
+      folder, kPlane,
+      PlaneCases() + "1,0,\n1,0,NA\n1,0,perhaps\n,0,no\n1,0,yes\n0,0.1000000001,no\n", "class");
   unsetenv("SOURCE_DATE_EPOCH");
   ASSERT_EQ(calibrated.run.status, 0) << calibrated.run.err;
   EXPECT_THAT(calibrated.document, HasSubstr("1970-01-02T00:00:00Z"));
@@ -293,9 +295,9 @@ TEST(Calibrate, SaysWhatItMeets) {
   }
   EXPECT_EQ(cases, 42);
 
-  const Ran text = RunProgram(
-      {"calibrate", folder.Path("model.pmml"), "-", "--actual", "class"},
-      Replaced(Replaced(Replaced(PlaneCases(), "no", "?"), "yes", "no"), "?", "yes"));
+  const Ran text =
+      RunProgram({"calibrate", folder.Path("model.pmml"), "-", "--actual", "class"},
+                 Replaced(Replaced(Replaced(PlaneCases(), "no", "?"), "yes", "no"), "?", "yes"));
   EXPECT_EQ(text.status, 0) << text.err;
   for (const char* said : {"the labels may be exchanged", "by cross-validation in 5 parts",
                            "the model gives no probabilities", "no document is written"}) {
@@ -307,9 +309,8 @@ TEST(Calibrate, WritesRecordsAnewWhereScoresChange) {
   const TemporaryFolder folder;
   const auto with_records = [&](const std::string& document, const std::string& cases) {
     const std::string path = folder.Path("recorded.pmml");
-    const Ran written = RunProgram({"verify", folder.Write("m.pmml", document), "--input", "-",
-                                    "--write", path},
-                                   cases);
+    const Ran written = RunProgram(
+        {"verify", folder.Write("m.pmml", document), "--input", "-", "--write", path}, cases);
     EXPECT_EQ(written.status, 0) << written.err;
     return ReadFile(path);
   };
@@ -354,12 +355,13 @@ TEST(Calibrate, RefusesWhatItCannotDo) {
            {"targetCategory=\"versicolor\" alternateTargetCategory=\"virginica\"", "virginica"}}) {
     all = Replaced(all, pair, "targetCategory=\"" + one + "\"");
   }
-  const std::string machine = plane.substr(plane.find("<SupportVectorMachine "),
-                                           plane.find("</SupportVectorMachineModel") -
-                                               plane.find("<SupportVectorMachine "));
+  const std::string machine =
+      plane.substr(plane.find("<SupportVectorMachine "), plane.find("</SupportVectorMachineModel") -
+                                                             plane.find("<SupportVectorMachine "));
   std::string entity = Replaced(plane, machine, "&machine;");
-  entity = Replaced(entity, "<PMML", "<!DOCTYPE PMML [<!ENTITY machine '" +
-                                         Replaced(machine, "'", "&#39;") + "'>]>\n<PMML");
+  entity = Replaced(
+      entity, "<PMML",
+      "<!DOCTYPE PMML [<!ENTITY machine '" + Replaced(machine, "'", "&#39;") + "'>]>\n<PMML");
   struct Refusal {
     std::string document;
     std::string holdout;
@@ -371,9 +373,18 @@ TEST(Calibrate, RefusesWhatItCannotDo) {
   const Refusal refusals[] = {
       {all, iris_cases, "species", {}, 3, "one-against-all"},
       {Edited(iris, {"*alternateTargetCategory='virginica'", "alternateTargetCategory='setosa'"}),
-       iris_cases, "species", {}, 3, "cannot be calibrated"},
+       iris_cases,
+       "species",
+       {},
+       3,
+       "cannot be calibrated"},
       {entity, PlaneCases(), "class", {}, 3, "the entity \"machine\""},
-      {plane, Replaced(PlaneCases(), "yes", "no"), "class", {}, 5, "no usable row has the label yes"},
+      {plane,
+       Replaced(PlaneCases(), "yes", "no"),
+       "class",
+       {},
+       5,
+       "no usable row has the label yes"},
       {plane, "x,y,class\n1,2,maybe\n,2,yes\n", "class", {}, 5, "no row can be used"},
       {plane, PlaneCases(), "klass", {}, 5, "no column is named klass"},
       {diabetes, few, "progression", {}, 5, "it takes 19"},
@@ -383,8 +394,8 @@ TEST(Calibrate, RefusesWhatItCannotDo) {
   };
   for (const Refusal& refusal : refusals) {
     SCOPED_TRACE(refusal.said);
-    const Calibrated refused = Calibrate(folder, refusal.document, refusal.holdout, refusal.actual,
-                                         refusal.options);
+    const Calibrated refused =
+        Calibrate(folder, refusal.document, refusal.holdout, refusal.actual, refusal.options);
     EXPECT_EQ(refused.run.status, refusal.status) << refused.run.out;
     EXPECT_THAT(refused.run.err, HasSubstr(refusal.said));
     EXPECT_FALSE(std::filesystem::exists(folder.Path("calibrated.pmml")));

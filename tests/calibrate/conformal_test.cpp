@@ -9,7 +9,7 @@ namespace svmscore::tools {
 namespace {
 
 TEST(Conformal, NeedsAsManyCasesAsTheConfidenceTakes) {
-  const std::pair<double, std::size_t> kNeeded[] = {{0.5, 1},  {0.8, 4},    {0.9, 9},
+  const std::pair<double, std::size_t> kNeeded[] = {{0.5, 1},   {0.8, 4},   {0.9, 9},
                                                     {0.95, 19}, {0.99, 99}, {0.999, 999}};
   for (const auto& [confidence, cases] : kNeeded) {
     EXPECT_EQ(CasesNeeded(confidence), cases) << confidence;
@@ -25,7 +25,9 @@ TEST(Conformal, CoversWhatWasAskedFor) {
   std::mt19937_64 random(1);
   // Errors with heavy tails, that grow with the value.
   const auto draw = [&random] {
-    const auto uniform = [&random] { return std::ldexp(static_cast<double>(random() >> 11U), -53); };
+    const auto uniform = [&random] {
+      return std::ldexp(static_cast<double>(random() >> 11U), -53);
+    };
     const double value = 10.0 * uniform();
     const double error = -std::log(1.0 - uniform()) * (uniform() < 0.5 ? -1.0 : 1.0);
     return IntervalCase{value, 3.0 - 2.0 * value + error * (1.0 + value)};

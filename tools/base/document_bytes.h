@@ -20,8 +20,8 @@ std::size_t MarkSize(std::string_view document);
 // ASCII as the bytes of a document of that width. REQUIRES: the width is known.
 std::string Widen(std::string_view ascii, ByteWidth width);
 
-// Where the character that ends at `end` or before, and is this one, begins; npos where there is
-// none. Positions are those of a document of this width, `end` at the edge of a character.
+// The last place at which this character stands before `end`; npos where there is none.
+// REQUIRES: no character of a document of this width has bytes on both sides of `end`.
 std::size_t FindBefore(std::string_view document, char ascii, std::size_t end, ByteWidth width);
 
 // The text as the content or a quoted attribute of an element, in ASCII. Nothing for a text that

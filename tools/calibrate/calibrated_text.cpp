@@ -27,8 +27,9 @@ class Bytes {
   std::size_t Unit() const { return width_ == ByteWidth::kOne ? 1 : 2; }
   bool IsBlankAt(std::size_t at) const {
     const std::string_view unit = std::string_view(document_).substr(at, Unit());
-    return std::any_of(kBlanks.begin(), kBlanks.end(),
-                       [&](char blank) { return unit == Ascii({&blank, 1}); });
+    return std::any_of(kBlanks.begin(), kBlanks.end(), [&](char blank) {
+      return unit == Ascii({&blank, 1});
+    });
   }
   // The blanks from there on, before anything else.
   std::string_view BlanksFrom(std::size_t at) const {

@@ -44,10 +44,9 @@ std::vector<std::size_t> MachinesOfPairs(const BatchModel& model, std::size_t ca
     const auto [target, alternate] = model.DecisionCategories(m);
     const bool named = target >= 0 && alternate >= 0 && target != alternate;
     if (!named || !known.emplace(std::minmax({target, alternate}), m).second) {
-      throw BadDocument(fmt::format(
-          "{}: it cannot be calibrated: machine {} {}", name, m + 1,
-          named ? "decides between the same categories as an earlier one"
-                : "does not name two categories of the target"));
+      throw BadDocument(fmt::format("{}: it cannot be calibrated: machine {} {}", name, m + 1,
+                                    named ? "decides between the same categories as an earlier one"
+                                          : "does not name two categories of the target"));
     }
   }
   std::vector<std::size_t> order;
@@ -84,8 +83,7 @@ class ClassCalibration {
     AddPairs(sigmoids, result);
     const std::size_t count = categories_.size();
     result.before = FiguresOf(holdout.actual, holdout.predicted, holdout.percents, count);
-    const PairModel::Scores after =
-        PairModel(order_.plugin, count, sigmoids).Score(decisions_);
+    const PairModel::Scores after = PairModel(order_.plugin, count, sigmoids).Score(decisions_);
     for (std::size_t c = 0; c < holdout.Size(); ++c) {
       result.changed += after.predicted[c] == holdout.predicted[c] ? 0 : 1;
     }
@@ -266,8 +264,9 @@ class IntervalCalibration {
     result.rank = ConformalRank(cases_.size(), order_.confidence);
     result.deviation = Fit(cases_, result.half_width);
     if (result.half_width == 0.0) {
-      result.remarks.push_back("the intervals have the width 0: the model predicts what is known "
-                               "of the cases exactly, as a table of its own predictions would");
+      result.remarks.push_back(
+          "the intervals have the width 0: the model predicts what is known "
+          "of the cases exactly, as a table of its own predictions would");
     }
     if (holdout.intervals.size() == holdout.Size()) {
       result.interval_before = FiguresOf(holdout.observed, holdout.intervals);
@@ -291,8 +290,7 @@ class IntervalCalibration {
     for (const IntervalCase& one : cases) {
       residuals.push_back(std::fabs(one.observed - targets_.Scale(one.value)));
     }
-    half_width =
-        QuantileOf(std::move(residuals), ConformalRank(cases.size(), order_.confidence));
+    half_width = QuantileOf(std::move(residuals), ConformalRank(cases.size(), order_.confidence));
     try {
       return DeviationFor(half_width, targets_.ScaleFactor(), cases, rescale_);
     } catch (const std::domain_error& error) {
@@ -353,12 +351,13 @@ std::string NoteOf(const CalibrationOrder& order, const CalibrationResult& resul
                                  ", {}, with {} of {} rows of a hold-out: ",
                                  order.made_at, result.used, result.rows);
   if (!result.classification) {
-    note += fmt::format("intervals of confidence {} by split conformal prediction, half-width {:.6g}",
-                        result.confidence, result.half_width);
+    note +=
+        fmt::format("intervals of confidence {} by split conformal prediction, half-width {:.6g}",
+                    result.confidence, result.half_width);
     if (result.interval_after) {
-      note += fmt::format("; by {}-fold cross-validation coverage {:.4f}, mean width {:.6g}",
-                          kFolds, result.interval_after->coverage,
-                          result.interval_after->mean_width);
+      note +=
+          fmt::format("; by {}-fold cross-validation coverage {:.4f}, mean width {:.6g}", kFolds,
+                      result.interval_after->coverage, result.interval_after->mean_width);
     }
     return note;
   }

@@ -15,7 +15,7 @@ struct ElementPlace {
   std::size_t begin = 0;
   std::size_t inside = 0;
   std::size_t end = 0;
-  std::string prefix;  // of its name: empty, or a namespace prefix and a colon
+  std::string prefix;             // of its name: empty, or a namespace prefix and a colon
   std::vector<ElementPlace> own;  // its children that are Extensions of this system
 };
 

@@ -10,8 +10,7 @@ constexpr double kLeastProbability = 1e-7;
 
 ProbabilityFigures JudgeProbabilities(const std::vector<int>& actual,
                                       const std::vector<int>& predicted,
-                                      const std::vector<double>& percents,
-                                      std::size_t categories) {
+                                      const std::vector<double>& percents, std::size_t categories) {
   ProbabilityFigures figures;
   const auto count = static_cast<double>(actual.size());
   for (std::size_t c = 0; c < actual.size(); ++c) {

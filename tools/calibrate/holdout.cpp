@@ -48,11 +48,11 @@ class HoldoutScorer {
         batch_(model, categories_, kChunk, true) {
     const auto named = std::count(table.header.begin(), table.header.end(), actual);
     if (named != 1) {
-      throw BadCases(fmt::format("{}: {} named {}; --actual names the one that holds what is known "
-                                 "of the cases",
-                                 table.name, named == 0 ? "no column is" : "two columns are",
-                                 actual),
-                     actual);
+      throw BadCases(
+          fmt::format("{}: {} named {}; --actual names the one that holds what is known "
+                      "of the cases",
+                      table.name, named == 0 ? "no column is" : "two columns are", actual),
+          actual);
     }
     label_ = static_cast<std::size_t>(table.FindColumn(actual));
     model.FixPositions(record_);
@@ -89,7 +89,8 @@ class HoldoutScorer {
       return false;
     }
     if (classification_) {
-      const int category = target_.GetCategoryIndexOfText(std::string(cell));
+      const int category =
+          target_.GetCategoryIndexOfText(std::string(rules_.TextOf(cell, target_, buffer_)));
       label_read_ = category;
       if (category >= 0) return true;
     } else {
@@ -166,7 +167,7 @@ class HoldoutScorer {
   std::size_t entries_;
   CaseBatch batch_;
   std::size_t label_ = 0;
-  double label_read_ = 0.0;  // of the present row
+  double label_read_ = 0.0;     // of the present row
   std::vector<double> labels_;  // of the batch
   std::string buffer_;
   std::unordered_set<std::uint64_t> keys_;  // of the entries of usable cases

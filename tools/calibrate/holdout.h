@@ -15,7 +15,7 @@ namespace svmscore::tools {
 
 // One entry a usable case in every list: one that has a label and is scored.
 struct Holdout {
-  std::size_t rows = 0;       // of the table
+  std::size_t rows = 0;        // of the table
   std::size_t unlabelled = 0;  // their cell is missing
   // Labels that are no category of the target, or no finite number, and how often they occur.
   std::map<std::string, std::size_t> unknown_labels;

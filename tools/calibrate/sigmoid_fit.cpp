@@ -9,8 +9,8 @@ namespace {
 
 constexpr double kRidge = 1e-12;
 constexpr double kSmallestStep = 1e-10;
-constexpr double kWanted = 1e-12;    // of the derivatives, a case
-constexpr double kRequired = 1e-9;   // likewise
+constexpr double kWanted = 1e-12;   // of the derivatives, a case
+constexpr double kRequired = 1e-9;  // likewise
 constexpr int kMostIterations = 200;
 
 // u = (f / unit - mean) / deviation.
