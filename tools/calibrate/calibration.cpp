@@ -338,12 +338,6 @@ void TellOfRows(const Holdout& holdout, CalibrationResult& result) {
         result.classification ? "no category of the target" : "no number", fmt::join(shown, ", "),
         holdout.unknown_labels.size() > shown.size() ? ", ..." : ""));
   }
-  if (holdout.vectors > 0 && holdout.vectors_found == holdout.vectors) {
-    result.remarks.push_back(
-        "every support vector is among the rows: this looks like the data that the model was "
-        "trained on, and not like a hold-out; its figures are too good, and so are the "
-        "probabilities or intervals that it gives");
-  }
 }
 
 std::string NoteOf(const CalibrationOrder& order, const CalibrationResult& result) {
@@ -380,9 +374,9 @@ TextTable SomeRows(const TextTable& table) {
 
 // The document of a calibration: written, loaded, compared.
 template <typename Calibrated>
-void WriteDocument(const CalibrationOrder& order, const DocumentPlaces& places,
-                   const std::vector<MachineCalibration>& machines, const Calibrated& calibrated,
-                   CalibrationResult& result) {
+void WriteDocument(const CalibrationOrder& order, const Holdout& holdout,
+                   const DocumentPlaces& places, const std::vector<MachineCalibration>& machines,
+                   const Calibrated& calibrated, CalibrationResult& result) {
   result.document = CalibratedText(order.document, places, machines, result.classification,
                                    NoteOf(order, result));
   const LoadText load = [&order](const std::string& document) {
@@ -391,12 +385,19 @@ void WriteDocument(const CalibrationOrder& order, const DocumentPlaces& places,
   };
   const TextTable rows = SomeRows(order.holdout);
   const Holdout before = ScoreHoldout(order.loaded, rows, order.actual, order.rules);
-  const Holdout after = ScoreHoldout(load(result.document), rows, order.actual, order.rules);
+  const LoadedModel written = load(result.document);
+  const Holdout after = ScoreHoldout(written, rows, order.actual, order.rules);
   if (!calibrated.Confirms(before, after, result)) {
     throw BadDocument(fmt::format(
         "{}: it cannot be calibrated: with the calibration written into it, the document does not "
         "score as it should; svmscore doctor may tell what in it is read in two ways",
         order.name));
+  }
+  if (HasAllVectors(holdout, written)) {
+    result.remarks.push_back(
+        "every support vector is among the rows: this looks like the data that the model was "
+        "trained on, and not like a hold-out; its figures are too good, and so are the "
+        "probabilities or intervals that it gives");
   }
   result.records = UpdateRecords(order.loaded, load, order.name, result.document);
 }
@@ -435,11 +436,12 @@ CalibrationResult Calibrate(const CalibrationOrder& order) {
     ClassCalibration calibration(order, *model);
     const Holdout holdout = score();
     calibration.Run(holdout, result);
-    WriteDocument(order, places, calibration.Machines(result), calibration, result);
+    WriteDocument(order, holdout, places, calibration.Machines(result), calibration, result);
   } else {
     IntervalCalibration calibration(order, *model);
-    calibration.Run(score(), result);
-    WriteDocument(order, places, {{0, {}, {}, {}, result.deviation}}, calibration, result);
+    const Holdout holdout = score();
+    calibration.Run(holdout, result);
+    WriteDocument(order, holdout, places, {{0, {}, {}, {}, result.deviation}}, calibration, result);
   }
   return result;
 }

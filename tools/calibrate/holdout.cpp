@@ -75,9 +75,6 @@ class HoldoutScorer {
     return std::move(holdout_);
   }
 
-  const std::unordered_set<std::uint64_t>& Keys() const { return keys_; }
-  std::size_t Entries() const { return entries_; }
-
  private:
   // Cases that are scored together.
   static constexpr std::size_t kChunk = 128;
@@ -138,7 +135,7 @@ class HoldoutScorer {
     }
     std::uint64_t key = 0;
     for (std::size_t e = 0; e < entries_; ++e) key = KeyOf(key, batch_.EntriesOf(e)[place]);
-    keys_.insert(key);
+    holdout_.keys.insert(key);
     for (std::size_t m = 0; m < holdout_.machines; ++m) {
       holdout_.decisions.push_back(results.decisions[m * results.stride + place]);
     }
@@ -170,23 +167,8 @@ class HoldoutScorer {
   double label_read_ = 0.0;     // of the present row
   std::vector<double> labels_;  // of the batch
   std::string buffer_;
-  std::unordered_set<std::uint64_t> keys_;  // of the entries of usable cases
   Holdout holdout_;
 };
-
-// Whether the rows are those that the model was trained on.
-void CompareVectors(const LoadedModel& loaded, const HoldoutScorer& scorer, Holdout& holdout) {
-  const ModelNumbers numbers = ReadNumbers(Inspect(loaded));
-  if (numbers.fields.size() != scorer.Entries()) return;
-  std::unordered_set<std::uint64_t> seen;
-  for (const std::vector<double>& vector : numbers.vectors) {
-    std::uint64_t key = 0;
-    for (const double entry : vector) key = KeyOf(key, entry);
-    if (!seen.insert(key).second) continue;
-    ++holdout.vectors;
-    if (scorer.Keys().contains(key)) ++holdout.vectors_found;
-  }
-}
 
 }  // namespace
 
@@ -197,10 +179,18 @@ Holdout ScoreHoldout(const LoadedModel& loaded, const TextTable& table, const st
     throw BadDocument(fmt::format("{}: the plug-in tells no decision values of its model",
                                   loaded.document.Name()));
   }
-  HoldoutScorer scorer(loaded, *model, table, actual, rules);
-  Holdout holdout = scorer.Run();
-  CompareVectors(loaded, scorer, holdout);
-  return holdout;
+  return HoldoutScorer(loaded, *model, table, actual, rules).Run();
+}
+
+bool HasAllVectors(const Holdout& holdout, const LoadedModel& loaded) {
+  const ModelNumbers numbers = ReadNumbers(Inspect(loaded));
+  return !numbers.vectors.empty() && std::all_of(numbers.vectors.begin(), numbers.vectors.end(),
+                                                 [&holdout](const std::vector<double>& vector) {
+                                                   std::uint64_t key = 0;
+                                                   for (const double entry : vector)
+                                                     key = KeyOf(key, entry);
+                                                   return holdout.keys.contains(key);
+                                                 });
 }
 
 }  // namespace svmscore::tools

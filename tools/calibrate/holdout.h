@@ -3,8 +3,11 @@
 #define TOOLS_CALIBRATE_HOLDOUT_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <string>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "host/load/loader.h"
@@ -36,10 +39,8 @@ struct Holdout {
   std::vector<double> values;
   std::vector<std::pair<double, double>> intervals;
 
-  // How many of the model's support vectors there are, and how many are among the rows: as numbers
-  // that agree to six digits. Both 0 where they were not compared.
-  std::size_t vectors = 0;
-  std::size_t vectors_found = 0;
+  // Of the numbers that the model makes of each usable case.
+  std::unordered_set<std::uint64_t> keys;
 
   std::size_t Size() const { return actual.size() + observed.size(); }
 };
@@ -49,6 +50,11 @@ struct Holdout {
 // batches. [one thread] Owns: the caller.
 Holdout ScoreHoldout(const LoadedModel& loaded, const TextTable& table, const std::string& actual,
                      const CellRules& rules);
+
+// Whether there are support vectors and every one is among the cases: as numbers that agree to six
+// digits. REQUIRES: the document holds arrays as texts (Arrays::kAsTexts). [one thread] Fails:
+// std::bad_alloc.
+bool HasAllVectors(const Holdout& holdout, const LoadedModel& loaded);
 
 }  // namespace svmscore::tools
 
