@@ -50,6 +50,7 @@ std::vector<std::size_t> MachinesOfPairs(const BatchModel& model, std::size_t ca
     }
   }
   std::vector<std::size_t> order;
+  order.reserve(known.size());
   for (const auto& [pair, machine] : known) order.push_back(machine);
   return order;
 }
@@ -277,6 +278,7 @@ class IntervalCalibration {
   bool Confirms(const Holdout& before, const Holdout& after,
                 const CalibrationResult& result) const {
     std::vector<std::pair<double, double>> intervals;
+    intervals.reserve(before.values.size());
     for (const double value : before.values) {
       intervals.push_back(IntervalOf(value, result.deviation, rescale_));
     }

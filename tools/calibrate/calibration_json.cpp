@@ -79,7 +79,7 @@ void WriteRegression(const CalibrationResult& result, JsonText& json) {
 
 }  // namespace
 
-const char* NameOf(RecordsFate fate) {
+const char* FateName(RecordsFate fate) {
   switch (fate) {
     case RecordsFate::kNone:
       return "none";
@@ -110,7 +110,7 @@ std::string JsonOf(const CalibrationResult& result) {
     WriteRegression(result, json);
   }
   json.Member("folds", kFolds);
-  json.Member("verificationRecords", NameOf(result.records));
+  json.Member("verificationRecords", FateName(result.records));
   json.Member("remarks", result.remarks);
   json.CloseObject();
   return json.Finish();

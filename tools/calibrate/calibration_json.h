@@ -19,7 +19,7 @@ namespace svmscore::tools {
 std::string JsonOf(const CalibrationResult& result);
 
 // none, kept, rewritten or dropped. [any thread] Fails: never.
-const char* NameOf(RecordsFate fate);
+const char* FateName(RecordsFate fate);
 
 }  // namespace svmscore::tools
 
