@@ -1,0 +1,96 @@
+#include "tools/calibrate/interval_calibration.h"
+
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "tools/base/bad_input.h"
+
+namespace svmscore::tools {
+
+IntervalCalibration::IntervalCalibration(const CalibrationOrder& order, const BatchModel& model)
+    : order_(order),
+      targets_(order.loaded.output->Targets()),
+      rescale_([this](double value) { return targets_.Scale(value); }) {
+  if (model.DecisionCount() != 1) {
+    throw BadDocument(fmt::format("{}: it cannot be calibrated: a regression with {} machines",
+                                  order.name, model.DecisionCount()));
+  }
+  if (targets_.ScaleFactor() == 0.0) {
+    throw BadDocument(fmt::format(
+        "{}: it cannot be calibrated: the target's rescaleFactor is 0, so that every interval "
+        "has the width 0",
+        order.name));
+  }
+}
+
+void IntervalCalibration::Run(const Holdout& holdout, CalibrationResult& result) {
+  result.confidence = order_.confidence;
+  const std::size_t needed = CasesNeeded(order_.confidence);
+  if (holdout.Size() < needed) {
+    throw BadCases(fmt::format(
+        "{}: {} usable cases are too few for intervals of confidence {}: it takes {}; use more "
+        "cases, or a lower --confidence",
+        order_.holdout.name, holdout.Size(), order_.confidence, needed));
+  }
+  for (std::size_t c = 0; c < holdout.Size(); ++c) {
+    cases_.push_back({holdout.values[c], holdout.observed[c]});
+  }
+  result.rank = ConformalRank(cases_.size(), order_.confidence);
+  result.deviation = Fit(cases_, result.half_width);
+  if (result.half_width == 0.0) {
+    result.remarks.push_back(
+        "the intervals have the width 0: the model predicts what is known "
+        "of the cases exactly, as a table of its own predictions would");
+  }
+  if (holdout.intervals.size() == holdout.Size()) {
+    result.interval_before = FiguresOf(holdout.observed, holdout.intervals);
+  }
+  CrossValidate(holdout, result);
+}
+
+bool IntervalCalibration::Confirms(const Holdout& before, const Holdout& after,
+                                   const CalibrationResult& result) const {
+  std::vector<std::pair<double, double>> intervals;
+  intervals.reserve(before.values.size());
+  for (const double value : before.values) {
+    intervals.push_back(IntervalOf(value, result.deviation, rescale_));
+  }
+  return before.observed == after.observed && before.values == after.values &&
+         intervals == after.intervals;
+}
+
+double IntervalCalibration::Fit(const std::vector<IntervalCase>& cases, double& half_width) const {
+  std::vector<double> residuals;
+  residuals.reserve(cases.size());
+  for (const IntervalCase& one : cases) {
+    residuals.push_back(std::fabs(one.observed - targets_.Scale(one.value)));
+  }
+  half_width = QuantileOf(std::move(residuals), ConformalRank(cases.size(), order_.confidence));
+  try {
+    return DeviationFor(half_width, targets_.ScaleFactor(), cases, rescale_);
+  } catch (const std::domain_error& error) {
+    throw BadCases(fmt::format("{}: {}", order_.holdout.name, error.what()));
+  }
+}
+
+void IntervalCalibration::CrossValidate(const Holdout& holdout, CalibrationResult& result) const {
+  std::vector<std::pair<double, double>> intervals(cases_.size());
+  for (std::size_t part = 0; part < kFolds; ++part) {
+    std::vector<IntervalCase> others;
+    for (std::size_t c = 0; c < cases_.size(); ++c) {
+      if (c % kFolds != part) others.push_back(cases_[c]);
+    }
+    if (ConformalRank(others.size(), order_.confidence) > others.size()) return;
+    double unused = 0.0;
+    const double deviation = Fit(others, unused);
+    for (std::size_t c = part; c < cases_.size(); c += kFolds) {
+      intervals[c] = IntervalOf(cases_[c].value, deviation, rescale_);
+    }
+  }
+  result.interval_after = FiguresOf(holdout.observed, intervals);
+}
+
+}  // namespace svmscore::tools
