@@ -25,6 +25,8 @@ using MCZandor_850::SSException;
 // units.
 constexpr std::uint64_t kLeastExpansion = 250;
 constexpr std::uint64_t kDefault = 500;
+// Of the elements that VectorDictionary has: below the document, the model and itself.
+constexpr std::uint64_t kVectorDepth = 4;
 // The longest text that is held back to be read as numbers.
 constexpr std::size_t kMostHeld = std::size_t{16} << 20;
 
@@ -118,17 +120,16 @@ void DocumentParser::startElement(const xercesc::XMLElementDecl& declaration,
   XercesDOMParser::startElement(declaration, url, prefix, attributes, count, empty, root);
   const auto* element = static_cast<const Element*>(getCurrentNode());
   lines_.emplace_back(element, getScanner()->getLocator()->getLineNumber());
-  if (prefix != nullptr && *prefix != 0) {
-    only_plain_names_ = false;
-  } else if (vector_depth_ != 0 && !empty) {
-    HoldList(name);
-  }
+  const bool is_plain = prefix == nullptr || *prefix == 0;
+  only_plain_names_ = only_plain_names_ && is_plain;
+  if (in_vector_ && list_depth_ == 0 && !empty) HoldList(name, is_plain);
 }
 
 void DocumentParser::endElement(const xercesc::XMLElementDecl& declaration, const unsigned int url,
                                 const bool root, const XMLCh* const prefix) {
   KeepList();
-  if (vector_depth_ == depth_) vector_depth_ = 0;
+  if (list_depth_ == depth_) list_depth_ = 0;
+  if (depth_ == kVectorDepth) in_vector_ = false;
   --depth_;
   names_.Close();
   XercesDOMParser::endElement(declaration, url, root, prefix);
@@ -247,7 +248,7 @@ void DocumentParser::CheckElement(const XMLCh* name) {
     case u'V':
       if (WideView(name) != u"VectorInstance") break;
       if (++vectors_ > limits_.vectors) RefuseBeyond(&Limits::vectors, name);
-      if (vector_depth_ == 0 && numbers_ != nullptr) vector_depth_ = depth_;
+      if (depth_ == kVectorDepth && numbers_ != nullptr) in_vector_ = true;
       break;
     case u'E':
       if (WideView(name) == u"Extension") only_plain_names_ = false;
@@ -265,16 +266,14 @@ void DocumentParser::CheckElement(const XMLCh* name) {
   }
 }
 
-void DocumentParser::HoldList(const XMLCh* name) {
+void DocumentParser::HoldList(const XMLCh* name, bool is_plain) {
+  const bool positions = WideView(name) == u"Indices";
+  if (!positions && !IsListOfEntries(name)) return;
+  // The text of a list includes that of lists inside it, as it is written.
+  list_depth_ = depth_;
   // With a DOCTYPE, text may come from entities.
-  if (has_doctype_) return;
-  if (WideView(name) == u"Indices") {
-    held_ = Held::kPositions;
-  } else if (IsListOfEntries(name)) {
-    held_ = Held::kEntries;
-  } else {
-    return;
-  }
+  if (has_doctype_ || !is_plain) return;
+  held_ = positions ? Held::kPositions : Held::kEntries;
   list_ = static_cast<const Element*>(getCurrentNode());
   text_.clear();
 }

@@ -72,8 +72,8 @@ class DocumentParser : private xercesc::XercesDOMParser {
 
  private:
   void CheckElement(const XMLCh* name);
-  // Begins to hold back the text of an element that may be a list of numbers.
-  void HoldList(const XMLCh* name);
+  // Begins to hold back the text of an element that may be a list of numbers, if its name is plain.
+  void HoldList(const XMLCh* name, bool is_plain);
   // At the end of that element: adds it to the numbers, or hands its text on.
   void KeepList();
   // Hands the held text on, because there is something else beside it.
@@ -102,8 +102,9 @@ class DocumentParser : private xercesc::XercesDOMParser {
   enum class Held { kNothing, kEntries, kPositions } held_ = Held::kNothing;
   const Element* list_ = nullptr;
   std::string text_;
-  std::uint64_t vector_depth_ = 0;  // of the VectorInstance around; 0 outside of any
-  std::uint64_t entries_ = 0;       // that were kept as numbers
+  bool in_vector_ = false;
+  std::uint64_t list_depth_ = 0;  // of the outermost list around; 0 outside of any
+  std::uint64_t entries_ = 0;     // that were kept as numbers
   std::vector<double> read_entries_;
   std::vector<int> read_positions_;
   std::string last_positions_text_;

@@ -83,6 +83,7 @@ const Form kForms[] = {
     {DenseArray("1 <?two 2?>2"), false},
     {DenseArray("<![CDATA[1 2]]>"), false},
     {DenseArray("1 <Extension/> 2"), false},
+    {DenseArray("1 2<Array>3</Array>4"), false},
     {DenseArray(""), false},
     {SparseArray("1 2", "0.25 -1.5"), true},
     {SparseArray("1 2", "0.25 -1.5", "n='2' defaultValue='7'"), true},
@@ -94,6 +95,7 @@ const Form kForms[] = {
     {SparseArray("0 99999999999", "0.25 -1.5"), true},
     {SparseArray("1 2", "0.25"), true},
     {SparseArray("1 2", "0.25 x"), false},
+    {SparseArray("1 2", "0.25 1<INT-Entries>2</INT-Entries>3"), false},
     {SparseArray("", ""), false},
     {"<INT-SparseArray n='2'><Indices>1 2</Indices><INT-Entries>3 4</INT-Entries>"
      "</INT-SparseArray>",
@@ -116,6 +118,20 @@ TEST(ArrayNumbers, AreReadAsTheirTextsAre) {
     EXPECT_EQ(numbers->Find(list) != nullptr && list->getFirstChild() == nullptr, form.kept)
         << form.array;
   }
+}
+
+TEST(ArrayNumbers, StayPartOfTheTextAroundTheirVector) {
+  Parts parts;
+  parts.local =
+      "<LocalTransformations><DerivedField name='d' optype='continuous' "
+      "dataType='double'><Constant>"
+      "1" +
+      VectorOf("c", DenseArray("2")) + "3</Constant></DerivedField></LocalTransformations>";
+  parts.positions = "<FieldRef field='d'/><FieldRef field='y'/>";
+  // 123: 12 and 3 would not be a constant.
+  const std::string told = Told(parts.Text(), LoadChecks::kRefuse, Arrays::kAsNumbers);
+  EXPECT_EQ(told, Told(parts.Text(), LoadChecks::kRefuse, Arrays::kAsTexts));
+  EXPECT_NE(told.find("End of SupportVectorMachineModel"), std::string::npos) << told;
 }
 
 TEST(ArrayNumbers, ComeBackAsTextsForReadersThatExpectThem) {
