@@ -34,8 +34,10 @@ void Describe(const LoadedModel& loaded) {
   loaded.model->Display(listing);
 }
 
+// As programs do that score it; the first reading was one of texts.
 LoadedModel LoadAgain(const std::string& document, LoadChecks checks) {
-  return LoadModel(ThePlugin(), PmmlDocument::FromText(document, kName), checks);
+  return LoadModel(ThePlugin(), PmmlDocument::FromText(document, kName, {}, Arrays::kAsNumbers),
+                   checks);
 }
 
 // Loads the model again: the first case fixes the layout of all later ones, and that of the other

@@ -64,7 +64,8 @@ const svmscore::Plugin& ThePlugin() {
 }
 
 svmscore::LoadedModel Load(const std::string& path) {
-  return LoadModel(ThePlugin(), svmscore::PmmlDocument::FromFile(path));
+  return LoadModel(ThePlugin(),
+                   svmscore::PmmlDocument::FromFile(path, {}, svmscore::Arrays::kAsNumbers));
 }
 
 struct CaseSet::OneCase {
