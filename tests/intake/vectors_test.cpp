@@ -42,6 +42,14 @@ TEST(Vectors, KeepTheirNumbersAsWritten) {
   EXPECT_EQ(whole.Show("REAL-SparseArray"), Sparse(" defaultValue='7'", "1 2 ", "7 7 "));
 }
 
+// Although elements are added before, and for, the first finding.
+TEST(Vectors, AreFoundOnTheLinesOfTheFile) {
+  const Reading reading =
+      Read(With("<REAL-SparseArray defaultValue='7'/>", "\n<Array>3 -4</Array>").Text());
+  ASSERT_EQ(reading.Steps(), "default-value, dense-array");
+  EXPECT_EQ(reading.findings[1].place.line, reading.findings[0].place.line + 1);
+}
+
 // A vector without entries would be dropped with its coefficient; it is the origin.
 TEST(Vectors, AllNotationsScoreTheSameBits) {
   const auto score = [](const std::string& vector) {
