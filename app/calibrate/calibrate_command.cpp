@@ -36,7 +36,7 @@ std::string DateOfRun() {
     // Years that have four digits.
     if (!given || *given < 0 || *given > 253402300799) {
       throw Failure(kUsageError, fmt::format("SOURCE_DATE_EPOCH is \"{}\", which is no number of "
-                                             "seconds since 1970",
+                                             "seconds since 1970; correct it, or unset it",
                                              asked));
     }
     seconds = *given;
@@ -93,6 +93,9 @@ ExitStatus CalibrateCommand::Run() {
   CheckFiles();
   const std::string made_at = DateOfRun();
   const Plugin plugin = LoadPlugin(plugin_);
+  // An output that cannot be written is told before the work.
+  std::optional<OutputFile> output;
+  if (!output_.empty()) output.emplace(output_);
   tools::DocumentSource source(model_, limits_);
   std::optional<tools::CalibrationResult> result;
   try {
@@ -108,10 +111,9 @@ ExitStatus CalibrateCommand::Run() {
   } catch (const MCZandor_850::SSException& error) {
     RefuseModel(source, error);
   }
-  if (!output_.empty()) {
-    OutputFile output(output_);
-    output.Write(result->document);
-    output.Commit();
+  if (output) {
+    output->Write(result->document);
+    output->Commit();
   }
   OutputFile report("-");
   report.Write(json_ ? tools::JsonOf(*result) : CalibrationText(*result, output_));

@@ -32,7 +32,8 @@ std::string RowsText(const CalibrationResult& result) {
 }
 
 std::string PairsText(const CalibrationResult& result) {
-  std::string text;
+  std::string text =
+      "f: the decision value of the pair's machine, which score --decisions writes\n";
   std::size_t shown = 0;
   for (const tools::PairCalibration& pair : result.pairs) {
     if (++shown > kPairsShown) {
@@ -89,7 +90,7 @@ std::string ClassText(const CalibrationResult& result) {
   return text + fmt::format(
                     "\n\"after\" is by cross-validation in {} parts: no case is judged by a "
                     "sigmoid that it helped to fit, which would\nflatter. The document has the "
-                    "sigmoids of all cases; with them {} of {} predictions are others than "
+                    "sigmoids of all cases; with them {} of {} predictions differ from those "
                     "before.\n",
                     tools::kFolds, result.changed, result.used);
 }

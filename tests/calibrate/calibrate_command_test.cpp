@@ -305,6 +305,50 @@ TEST(Calibrate, SaysWhatItMeets) {
   }
 }
 
+TEST(Calibrate, DoubtsWhatItIsGiven) {
+  const TemporaryFolder folder;
+  const auto edited = [](const std::string& example, const std::vector<std::string>& edits) {
+    std::string text = ReadFile(Example(example));
+    for (std::size_t i = 0; i < edits.size(); i += 2) text = Replaced(text, edits[i], edits[i + 1]);
+    return text;
+  };
+  const struct {
+    std::string document;
+    std::string holdout;
+    const char* actual;
+    std::vector<const char*> said;
+  } doubts[] = {
+      {edited("digits/model.pmml", {}),
+       edited("digits/cases.csv", {}),
+       "digit",
+       {"the probabilities become worse"}},
+      {edited("broken/model.pmml", {}),
+       edited("iris/cases.csv", {}),
+       "species",
+       {"those of vote shares", "wrong one of their categories: setosa and virginica; their"}},
+      {edited("iris/model.pmml", {}),
+       edited("iris/cases.csv", {}),
+       "species",
+       {"those of vote shares", "few cases"}},
+      {edited("diabetes/model.pmml",
+              {"<VectorDictionary",
+               "<Targets><Target rescaleFactor='0.01'/></Targets><VectorDictionary"}),
+       edited("diabetes/cases.csv", {}),
+       "progression",
+       {"may have another unit"}},
+      {edited("diabetes/model.pmml", {}), edited("diabetes/cases.csv", {}), "progression", {}},
+  };
+  for (const auto& [document, holdout, actual, said] : doubts) {
+    const Calibrated calibrated = Calibrate(folder, document, holdout, actual);
+    ASSERT_EQ(calibrated.run.status, 0) << calibrated.run.err;
+    const json remarks = calibrated.report.at("remarks");
+    for (const char* sentence : said) EXPECT_THAT(remarks.dump(), HasSubstr(sentence));
+    const bool few = remarks.dump().find("few cases") != std::string::npos;
+    const bool told = std::find(said.begin(), said.end(), std::string("few cases")) != said.end();
+    EXPECT_EQ(remarks.size(), said.size() + (few && !told ? 1 : 0)) << remarks;
+  }
+}
+
 TEST(Calibrate, WritesRecordsAnewWhereScoresChange) {
   const TemporaryFolder folder;
   const auto with_records = [&](const std::string& document, const std::string& cases) {
@@ -386,6 +430,10 @@ TEST(Calibrate, RefusesWhatItCannotDo) {
        5,
        "no usable row has the label yes"},
       {plane, "x,y,class\n1,2,maybe\n,2,yes\n", "class", {}, 5, "no row can be used"},
+      {plane, "x,y,class\n1,2,maybe\n", "class", {}, 5, R"(are "maybe", categories "no", "yes")"},
+      {plane, "x,y,class\n", "class", {}, 5, "no rows below the header"},
+      {plane, PlaneCases(), "x", {}, 5, "the column x is an input of the model"},
+      {"no document", PlaneCases(), "x", {"-o", folder.Path("no/such.pmml")}, 6, "cannot write"},
       {plane, PlaneCases(), "klass", {}, 5, "no column is named klass"},
       {diabetes, few, "progression", {}, 5, "it takes 19"},
       {diabetes, few, "progression", {"--confidence", "1"}, 2, "--confidence must be"},

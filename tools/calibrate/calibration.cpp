@@ -20,21 +20,56 @@ namespace {
 // Rows by which the new document is checked.
 constexpr std::size_t kCheckedRows = 1000;
 
+// The first few of these texts, in quotation marks.
+constexpr std::size_t kShown = 5;
+template <typename Texts>
+std::string Some(const Texts& texts) {
+  std::vector<std::string> shown;
+  for (const std::string& text : texts) {
+    if (shown.size() < kShown) shown.push_back('"' + text + '"');
+  }
+  return fmt::format("{}{}", fmt::join(shown, ", "), texts.size() > kShown ? ", ..." : "");
+}
+
+std::vector<std::string> UnknownLabels(const Holdout& holdout) {
+  std::vector<std::string> labels;
+  for (const auto& [label, count] : holdout.unknown_labels) labels.push_back(label);
+  return labels;
+}
+
+[[noreturn]] void RefuseHoldout(const CalibrationOrder& order, const Holdout& holdout,
+                                const CalibrationResult& result) {
+  if (result.rows == 0) {
+    throw BadCases(fmt::format("{}: there are no rows below the header", order.holdout.name));
+  }
+  std::string labels;
+  if (result.unknown_labels > 0) {
+    labels = "; labels are " + Some(UnknownLabels(holdout));
+    if (result.classification) {
+      std::vector<std::string> categories;
+      for (const auto* category : order.loaded.output->Targets().Target().GetCategories()) {
+        categories.push_back(category->GetText());
+      }
+      labels += ", categories " + Some(categories);
+    }
+  }
+  throw BadCases(fmt::format(
+      "{}: no row can be used: of {}, {} have no label, {} a label that is {}, and {} are not "
+      "scored{}",
+      order.holdout.name, result.rows, result.unlabelled, result.unknown_labels,
+      result.classification ? "no category of the target" : "no number", result.unscored, labels));
+}
+
 void TellOfRows(const Holdout& holdout, CalibrationResult& result) {
   result.rows = holdout.rows;
   result.unlabelled = holdout.unlabelled;
   result.unscored = holdout.unscored;
   result.used = holdout.Size();
-  std::vector<std::string> shown;
-  for (const auto& [label, count] : holdout.unknown_labels) {
-    result.unknown_labels += count;
-    if (shown.size() < 5) shown.push_back('"' + label + '"');
-  }
-  if (!shown.empty()) {
+  for (const auto& [label, count] : holdout.unknown_labels) result.unknown_labels += count;
+  if (result.unknown_labels > 0) {
     result.remarks.push_back(fmt::format(
-        "labels that are {}: {}{}",
-        result.classification ? "no category of the target" : "no number", fmt::join(shown, ", "),
-        holdout.unknown_labels.size() > shown.size() ? ", ..." : ""));
+        "labels that are {}: {}", result.classification ? "no category of the target" : "no number",
+        Some(UnknownLabels(holdout))));
   }
 }
 
@@ -121,13 +156,7 @@ CalibrationResult Calibrate(const CalibrationOrder& order) {
   const auto score = [&] {
     Holdout holdout = ScoreHoldout(order.loaded, order.holdout, order.actual, order.rules);
     TellOfRows(holdout, result);
-    if (holdout.Size() == 0) {
-      throw BadCases(fmt::format(
-          "{}: no row can be used: of {}, {} have no label, {} a label that is {}, and {} are not "
-          "scored",
-          order.holdout.name, result.rows, result.unlabelled, result.unknown_labels,
-          result.classification ? "no category of the target" : "no number", result.unscored));
-    }
+    if (holdout.Size() == 0) RefuseHoldout(order, holdout, result);
     return holdout;
   };
   if (result.classification) {

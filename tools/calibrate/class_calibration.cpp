@@ -65,6 +65,10 @@ ClassCalibration::ClassCalibration(const CalibrationOrder& order, const BatchMod
         fmt::format("{}: it cannot be calibrated: its target has one category", order.name));
   }
   machines_ = MachinesOfPairs(model, categories_.size(), order.name);
+  for (const std::size_t m : machines_) {
+    const auto [target, alternate] = model.DecisionCategories(m);
+    target_is_later_.push_back(target > alternate);
+  }
 }
 
 void ClassCalibration::Run(const Holdout& holdout, CalibrationResult& result) {
@@ -86,6 +90,22 @@ void ClassCalibration::Run(const Holdout& holdout, CalibrationResult& result) {
   }
   const PairModel::Scores validated = CrossValidate();
   result.after = FiguresOf(holdout.actual, validated.predicted, validated.percents, count);
+  TellOfBefore(result);
+}
+
+void ClassCalibration::TellOfBefore(CalibrationResult& result) const {
+  const auto& before = result.before.probabilities;
+  if (!before) return;
+  const output::Percentages percentages = order_.loaded.output->Targets().GetScheme().percentages;
+  if (percentages == output::Percentages::kVoteShares) {
+    result.remarks.push_back("before: the figures are those of vote shares, not of probabilities");
+  }
+  const ProbabilityFigures& after = *result.after.probabilities;
+  if (after.brier > before->brier && after.log_loss > before->log_loss) {
+    result.remarks.push_back(
+        "the probabilities become worse, by Brier score and log loss: leave the document as it is, "
+        "or calibrate it with more cases");
+  }
 }
 
 std::vector<MachineCalibration> ClassCalibration::Machines(const CalibrationResult& result) const {
@@ -175,6 +195,22 @@ void ClassCalibration::AddPairs(const std::vector<Sigmoid>& sigmoids,
                               sigmoids[m], machines_[m] + 1});
       result.moved += machines_[m] == m ? 0 : 1;
     }
+  }
+  // One machine alone may have either sign: what its decision values mean is a matter of its
+  // making.
+  std::vector<std::string> negative;
+  std::vector<std::string> positive;
+  for (std::size_t pair = 0; pair < machines_.size(); ++pair) {
+    const double a = target_is_later_[pair] ? -sigmoids[pair].a : sigmoids[pair].a;
+    (a > 0.0 ? positive : negative)
+        .push_back(result.pairs[pair].response + " and " + result.pairs[pair].other);
+  }
+  const std::vector<std::string>& odd = positive.size() < negative.size() ? positive : negative;
+  if (machines_.size() > 1 && !odd.empty() && positive.size() != negative.size()) {
+    result.remarks.push_back(fmt::format(
+        "unlike most machines, these decide mostly for the wrong one of their categories: {}; "
+        "their categories or the signs of their coefficients may be exchanged",
+        fmt::join(odd, ", ")));
   }
   if (result.moved > 0) {
     result.remarks.push_back(fmt::format(

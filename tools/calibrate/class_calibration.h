@@ -33,6 +33,8 @@ class ClassCalibration {
   // The sigmoids of all pairs; with `without`, of the cases that are not in that part.
   std::vector<Sigmoid> FitAll(const std::size_t* without, std::size_t part) const;
   void AddPairs(const std::vector<Sigmoid>& sigmoids, CalibrationResult& result) const;
+  // Remarks on the document as it was.
+  void TellOfBefore(CalibrationResult& result) const;
   // Each case by sigmoids of the cases that are not in its part.
   PairModel::Scores CrossValidate() const;
 
@@ -41,6 +43,7 @@ class ClassCalibration {
   const Holdout* holdout_ = nullptr;
   std::vector<std::string> categories_;
   std::vector<std::size_t> machines_;  // of each pair
+  std::vector<bool> target_is_later_;  // of each pair: its machine's target category
   std::vector<double> decisions_;      // [case * pairs + pair]
   std::vector<std::size_t> folds_;     // of each case
 };

@@ -55,6 +55,13 @@ class HoldoutScorer {
           actual);
     }
     label_ = static_cast<std::size_t>(table.FindColumn(actual));
+    for (const MCZandor_850::ScoreDictVar* var : loaded.needed) {
+      if (var->GetName() != actual || var->GetName() == target_.GetName()) continue;
+      throw BadCases(fmt::format("{}: the column {} is an input of the model; --actual names the "
+                                 "one that holds what is known of the cases",
+                                 table.name, actual),
+                     actual);
+    }
     model.FixPositions(record_);
     holdout_.machines = model.DecisionCount();
   }

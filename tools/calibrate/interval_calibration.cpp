@@ -40,15 +40,33 @@ void IntervalCalibration::Run(const Holdout& holdout, CalibrationResult& result)
   }
   result.rank = ConformalRank(cases_.size(), order_.confidence);
   result.deviation = Fit(cases_, result.half_width);
-  if (result.half_width == 0.0) {
-    result.remarks.push_back(
-        "the intervals have the width 0: the model predicts what is known "
-        "of the cases exactly, as a table of its own predictions would");
-  }
+  TellOfDistance(result);
   if (holdout.intervals.size() == holdout.Size()) {
     result.interval_before = FiguresOf(holdout.observed, holdout.intervals);
   }
   CrossValidate(holdout, result);
+}
+
+void IntervalCalibration::TellOfDistance(CalibrationResult& result) const {
+  const auto count = static_cast<double>(cases_.size());
+  double mean = 0.0;
+  for (const IntervalCase& one : cases_) mean += one.observed / count;
+  double by_model = 0.0;
+  double by_mean = 0.0;
+  for (const IntervalCase& one : cases_) {
+    by_model += std::pow(one.observed - rescale_(one.value), 2.0);
+    by_mean += std::pow(one.observed - mean, 2.0);
+  }
+  if (result.half_width <= 1e-9 * std::sqrt(by_mean / count)) {
+    result.remarks.push_back(
+        "the intervals have next to no width: the model predicts what is known of the cases "
+        "exactly, as a table of its own predictions would");
+  }
+  if (by_model <= by_mean) return;
+  result.remarks.push_back(
+      "the predictions are farther from what is known of the cases than its mean is: it may have "
+      "another unit, or an output field of the document may turn the prediction into that unit; "
+      "intervals are those of the prediction before output fields");
 }
 
 bool IntervalCalibration::Confirms(const Holdout& before, const Holdout& after,

@@ -23,6 +23,8 @@ class IntervalCalibration {
   bool Confirms(const Holdout& before, const Holdout& after, const CalibrationResult& result) const;
 
  private:
+  // Remarks on predictions that are suspiciously good, or worse than one number for all cases.
+  void TellOfDistance(CalibrationResult& result) const;
   double Fit(const std::vector<IntervalCase>& cases, double& half_width) const;
   // Each case by the interval of the cases that are not in its part.
   void CrossValidate(const Holdout& holdout, CalibrationResult& result) const;
