@@ -66,6 +66,11 @@ void TellOfRows(const Holdout& holdout, CalibrationResult& result) {
   result.unscored = holdout.unscored;
   result.used = holdout.Size();
   for (const auto& [label, count] : holdout.unknown_labels) result.unknown_labels += count;
+  if (result.unscored > 0) {
+    result.remarks.push_back(
+        fmt::format("rows that cannot be scored: {}; svmscore score --reasons says of each why",
+                    result.unscored));
+  }
   if (result.unknown_labels > 0) {
     result.remarks.push_back(fmt::format(
         "labels that are {}: {}", result.classification ? "no category of the target" : "no number",

@@ -83,7 +83,7 @@ void ClassCalibration::Run(const Holdout& holdout, CalibrationResult& result) {
   for (std::size_t c = 0; c < holdout.Size(); ++c) {
     result.changed += after.predicted[c] == holdout.predicted[c] ? 0 : 1;
   }
-  if (count == 2 && 2 * result.changed > holdout.Size()) {
+  if (2 * result.changed > holdout.Size()) {
     result.remarks.push_back(
         "more than half of the predictions change: the labels may be exchanged, or the decision "
         "values mean the other category");
@@ -196,28 +196,49 @@ void ClassCalibration::AddPairs(const std::vector<Sigmoid>& sigmoids,
       result.moved += machines_[m] == m ? 0 : 1;
     }
   }
-  // One machine alone may have either sign: what its decision values mean is a matter of its
-  // making.
-  std::vector<std::string> negative;
-  std::vector<std::string> positive;
-  for (std::size_t pair = 0; pair < machines_.size(); ++pair) {
-    const double a = target_is_later_[pair] ? -sigmoids[pair].a : sigmoids[pair].a;
-    (a > 0.0 ? positive : negative)
-        .push_back(result.pairs[pair].response + " and " + result.pairs[pair].other);
-  }
-  const std::vector<std::string>& odd = positive.size() < negative.size() ? positive : negative;
-  if (machines_.size() > 1 && !odd.empty() && positive.size() != negative.size()) {
-    result.remarks.push_back(fmt::format(
-        "unlike most machines, these decide mostly for the wrong one of their categories: {}; "
-        "their categories or the signs of their coefficients may be exchanged",
-        fmt::join(odd, ", ")));
-  }
+  TellOfOddMachines(result);
   if (result.moved > 0) {
     result.remarks.push_back(fmt::format(
         "{} machines have another place in the document: the pairs of categories must be in "
         "the order of the target's categories",
         result.moved));
   }
+}
+
+bool ClassCalibration::Separates(std::size_t pair, std::size_t i, std::size_t j,
+                                 const Sigmoid& sigmoid) const {
+  std::size_t cases[2] = {0, 0};
+  std::size_t right[2] = {0, 0};
+  for (std::size_t c = 0; c < holdout_->Size(); ++c) {
+    const auto actual = static_cast<std::size_t>(holdout_->actual[c]);
+    if (actual != i && actual != j) continue;
+    const bool first = sigmoid.a * decisions_[c * machines_.size() + pair] + sigmoid.b < 0.0;
+    ++cases[actual == i ? 0 : 1];
+    right[actual == i ? 0 : 1] += first == (actual == i) ? 1 : 0;
+  }
+  return 4 * right[0] >= 3 * cases[0] && 4 * right[1] >= 3 * cases[1];
+}
+
+void ClassCalibration::TellOfOddMachines(CalibrationResult& result) const {
+  std::vector<std::string> odd[2];  // by the sign of A, were all target categories the earlier ones
+  std::size_t machines[2] = {0, 0};
+  std::size_t pair = 0;
+  for (std::size_t i = 0; i < categories_.size(); ++i) {
+    for (std::size_t j = i + 1; j < categories_.size(); ++j, ++pair) {
+      const Sigmoid& sigmoid = result.pairs[pair].sigmoid;
+      const std::size_t sign = (sigmoid.a > 0.0) != target_is_later_[pair] ? 1 : 0;
+      ++machines[sign];
+      // The sign of one that hardly separates its categories is chance.
+      if (!Separates(pair, i, j, sigmoid)) continue;
+      odd[sign].push_back(fmt::format("{} and {}", categories_[i], categories_[j]));
+    }
+  }
+  const std::size_t fewer = machines[1] < machines[0] ? 1 : 0;
+  if (machines[0] == machines[1] || odd[fewer].empty()) return;
+  result.remarks.push_back(fmt::format(
+      "unlike most machines, these decide mostly for the wrong one of their categories: {}; their "
+      "categories or the signs of their coefficients may be exchanged",
+      fmt::join(odd[fewer], ", ")));
 }
 
 PairModel::Scores ClassCalibration::CrossValidate() const {

@@ -33,6 +33,10 @@ class ClassCalibration {
   // The sigmoids of all pairs; with `without`, of the cases that are not in that part.
   std::vector<Sigmoid> FitAll(const std::size_t* without, std::size_t part) const;
   void AddPairs(const std::vector<Sigmoid>& sigmoids, CalibrationResult& result) const;
+  // Whether a sigmoid tells three in four cases of each of both categories of a pair right.
+  bool Separates(std::size_t pair, std::size_t i, std::size_t j, const Sigmoid& sigmoid) const;
+  // Remarks on machines whose decision values mean the opposite of what those of most mean.
+  void TellOfOddMachines(CalibrationResult& result) const;
   // Remarks on the document as it was.
   void TellOfBefore(CalibrationResult& result) const;
   // Each case by sigmoids of the cases that are not in its part.
