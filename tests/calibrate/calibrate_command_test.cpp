@@ -305,6 +305,19 @@ TEST(Calibrate, SaysWhatItMeets) {
   }
 }
 
+// It predicts 3.
+const char* const kConstant = R"(<?xml version="1.0"?>
+<PMML version="4.4" xmlns="http://www.dmg.org/PMML-4_4"><DataDictionary>
+<DataField name="x" optype="continuous" dataType="double"/>
+<DataField name="y" optype="continuous" dataType="double"/></DataDictionary>
+<SupportVectorMachineModel functionName="regression"><MiningSchema><MiningField name="x"/>
+<MiningField name="y" usageType="target"/></MiningSchema><LinearKernelType/><VectorDictionary><VectorFields>
+<FieldRef field="x"/></VectorFields><VectorInstance id="a"><Array type="real" n="1">77</Array></VectorInstance>
+</VectorDictionary><SupportVectorMachine><SupportVectors><SupportVector vectorId="a"/></SupportVectors>
+<Coefficients absoluteValue="3"><Coefficient value="0"/></Coefficients></SupportVectorMachine>
+</SupportVectorMachineModel></PMML>
+)";
+
 TEST(Calibrate, DoubtsWhatItIsGiven) {
   const TemporaryFolder folder;
   const auto edited = [](const std::string& example, const std::vector<std::string>& edits) {
@@ -345,6 +358,12 @@ TEST(Calibrate, DoubtsWhatItIsGiven) {
        "progression",
        {"may have another unit"}},
       {edited("diabetes/model.pmml", {}), edited("diabetes/cases.csv", {}), "progression", {}},
+      {kConstant,
+       "x,y\n" + Replaced(std::string(25, '.'), ".", "1,3.0000000000000004\n"),
+       "y",
+       {"next to no width"}},
+      // One label beyond all others is not what the rest is measured by.
+      {kConstant, "x,y\n1,1e300\n" + Replaced(std::string(25, '.'), ".", "1,4\n1,2\n"), "y", {}},
   };
   for (const auto& [document, holdout, actual, said] : doubts) {
     const Calibrated calibrated = Calibrate(folder, document, holdout, actual);

@@ -119,6 +119,9 @@ std::string CalibratedText(const std::string& document, const DocumentPlaces& pl
   std::sort(edits.begin(), edits.end(),
             [](const Edit& one, const Edit& other) { return one.begin < other.begin; });
   std::string text;
+  std::size_t size = document.size();
+  for (const Edit& edit : edits) size += edit.text.size() - (edit.end - edit.begin);
+  text.reserve(size);  // documents may be large: no room is taken twice
   std::size_t next = 0;
   for (const Edit& edit : edits) {
     text += bytes.Part(next, edit.begin);

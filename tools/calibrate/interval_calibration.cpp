@@ -50,14 +50,19 @@ void IntervalCalibration::Run(const Holdout& holdout, CalibrationResult& result)
 void IntervalCalibration::TellOfDistance(CalibrationResult& result) const {
   const auto count = static_cast<double>(cases_.size());
   double mean = 0.0;
-  for (const IntervalCase& one : cases_) mean += one.observed / count;
+  std::vector<double> sizes;
+  for (const IntervalCase& one : cases_) {
+    mean += one.observed / count;
+    sizes.push_back(std::fabs(one.observed));
+  }
   double by_model = 0.0;
   double by_mean = 0.0;
   for (const IntervalCase& one : cases_) {
     by_model += std::pow(one.observed - rescale_(one.value), 2.0);
     by_mean += std::pow(one.observed - mean, 2.0);
   }
-  if (result.half_width <= 1e-9 * std::sqrt(by_mean / count)) {
+  // Next to a typical label, whatever the largest is.
+  if (result.half_width <= 1e-9 * QuantileOf(std::move(sizes), (cases_.size() + 1) / 2)) {
     result.remarks.push_back(
         "the intervals have next to no width: the model predicts what is known of the cases "
         "exactly, as a table of its own predictions would");
