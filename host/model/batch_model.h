@@ -45,10 +45,11 @@ struct VoteLevels {
   // What cases begin with at present: "single" or "double" for estimates of that precision,
   // "exact".
   const char* level = "exact";
-  // Why all is decided by exact decision values; null where something is by estimates.
-  const char* why_exact = "the model does not tell";
-  // Cases decided since the model was loaded, where decision values were not asked for; up to 63 of
-  // each thread that scores one case after another may not be counted yet.
+  // Why no estimate is used; null where estimates are used.
+  const char* why_exact = "the model does not report it";
+  // Cases decided since the model was loaded, where decision values were not asked for. Of cases
+  // that are scored one after another, up to 63 of each thread are not counted yet, and never where
+  // it turns to another model before.
   std::uint64_t by_single = 0;
   std::uint64_t by_double = 0;
   std::uint64_t by_exact = 0;

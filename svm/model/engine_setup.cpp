@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <new>
 #include <unordered_map>
 #include <utility>
 
@@ -75,7 +76,16 @@ void SVMModel::SetUpEngine(const SVMConst::KernelParameters& kernel) {
       input, MCSVM_700::packed::OperationsOf(svmscore::ChosenIsa().isa));
   if (WhyExact() != nullptr) return;
   certified_rule_ = RuleOfVotes();
-  certified_ = std::make_unique<const MCSVM_700::CertifiedEngine>(*engine_, certified_rule_);
+  try {
+    certified_ = std::make_unique<const MCSVM_700::CertifiedEngine>(*engine_, certified_rule_);
+  } catch (const std::bad_alloc&) {
+    certified_.reset();  // the packed engine does without
+  }
+}
+
+std::pair<int, int> SVMModel::VotesOf(const SVMModelData::ST_SUPPORTVECTORMACHINE& machine) const {
+  return data_->IsMaxWins() ? std::pair(machine.target_index, machine.alternate_target_index)
+                            : std::pair(machine.alternate_target_index, machine.target_index);
 }
 
 VoteRule SVMModel::RuleOfVotes() const {
@@ -87,7 +97,7 @@ VoteRule SVMModel::RuleOfVotes() const {
   for (const auto* machine : data_->GetSupportVectorMachines()) {
     rule.thresholds.push_back(machine->threshold);
     if (data_->IsMultiClassClassification()) {
-      rule.votes.emplace_back(machine->target_index, machine->alternate_target_index);
+      rule.votes.push_back(VotesOf(*machine));
     }
   }
   rule.categories = static_cast<std::size_t>(data_->GetCateNumOfTarget());
@@ -95,14 +105,15 @@ VoteRule SVMModel::RuleOfVotes() const {
 }
 
 const char* SVMModel::WhyExact() const {
-  if (data_ == nullptr || !data_->IsClassification()) return "the value itself is wanted";
+  if (data_ == nullptr || !data_->IsClassification())
+    return "the result is the decision value itself";
   if (data_->IsVEMAExtension()) return "decision values become probabilities";
   const auto& machines = data_->GetSupportVectorMachines();
   const bool whole = std::none_of(machines.begin(), machines.end(),
                                   [](const auto* machine) { return machine == nullptr; });
   if (!whole || machines.empty() || EntryCount() == 0) return "a machine or its fields are absent";
   if (!svmscore::CertifiesVotes()) return "SVMSCORE_CERTIFY is off";
-  if (!EngineFits()) return "the model is scored by its definition";
+  if (!EngineFits()) return "the model does not fit the packed form";
   return nullptr;
 }
 
@@ -130,9 +141,8 @@ Wanted SVMModel::WantedOf(bool shares) const {
   const auto& machines = data_->GetSupportVectorMachines();
   const auto& votes = certified_rule_.votes;
   const bool same = std::equal(machines.begin(), machines.end(), votes.begin(), votes.end(),
-                               [](const auto* machine, const std::pair<int, int>& vote) {
-                                 return machine->target_index == vote.first &&
-                                        machine->alternate_target_index == vote.second;
+                               [this](const auto* machine, const std::pair<int, int>& vote) {
+                                 return VotesOf(*machine) == vote;
                                });
   return same ? Wanted::kWinner : Wanted::kVotes;
 }
@@ -140,7 +150,12 @@ Wanted SVMModel::WantedOf(bool shares) const {
 svmscore::VoteLevels SVMModel::Votes() const {
   svmscore::VoteLevels levels;
   levels.why_exact = WhyExact();
-  if (certified_ == nullptr) return levels;
+  if (certified_ == nullptr || !CertifiesVotes()) {
+    if (levels.why_exact == nullptr) {
+      levels.why_exact = "no estimates were set up for the model as it is now";
+    }
+    return levels;
+  }
   levels.level = NameOf(certified_->level());
   levels.why_exact = certified_->why_not();
   const auto counts = certified_->counts();
@@ -173,7 +188,7 @@ MCScore::MCStatus SVMModel::Decide(const std::vector<int>& idx, const std::vecto
                          WantedOf(true));
       return {};
     }
-    engine_->Decide(val.data(), ThisThreadsWorkspace().scratch, decisions.data());
+    engine_->Decide(val.data(), workspace.scratch, decisions.data());
     return {};
   }
   return DecideByDefinition(idx, val, {decisions.data(), 1});

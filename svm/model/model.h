@@ -208,13 +208,15 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
   void SetUpEngine(const SVMConst::KernelParameters& kernel);
   // Whether the data still have the numbers of machines and fields that the engine was made for.
   bool EngineFits() const;
-  // How categories follow from decision values, and why no estimate may stand for these: null where
-  // one may.
+  // How categories follow from decision values.
   MCSVM_700::certified::VoteRule RuleOfVotes() const;
+  // The categories that a machine votes for: above its threshold, and otherwise.
+  std::pair<int, int> VotesOf(const SVMModelData::ST_SUPPORTVECTORMACHINE& machine) const;
+  // Why estimates may not stand for decision values; null where they may.
   const char* WhyExact() const;
   // Whether votes may be certified: estimates were set up, by the rule that the data still have.
   bool CertifiesVotes() const;
-  // What is taken from decision values, where `shares` of votes are asked for or not.
+  // What is taken from decision values; `shares`: whether the caller asks for shares of votes.
   MCSVM_700::certified::Wanted WantedOf(bool shares) const;
   // The decision values of a case, DecisionCount() of them, by the engine where it takes the case;
   // ScoreSVMByKernelType gives the same bits. With `votes_alone` only the votes and the winner that

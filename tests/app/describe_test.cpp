@@ -28,7 +28,7 @@ Target        kind (string): a, b, c, d
 Kernel        polynomial, gamma 1, coef0 0, degree 1
 Counts        4 inputs, 0 derived fields, 3 vector fields, 3 vectors, 3 machines, 4 terms
 Missing value policy replace
-Decided       by exact decision values (the degree)
+Decided       by exact decision values (the degree is neither 2 nor 3)
 
 Inputs
   name    type                needed  replaces a missing value

@@ -152,7 +152,7 @@ TEST(ArrayNumbers, ComeBackAsTextsForReadersThatExpectThem) {
 TEST(ArrayNumbers, CountTowardsTheLimitOfEntries) {
   const std::string text = DocumentWith(DenseArray("0.25 -1.5"));
   for (const Arrays arrays : {Arrays::kAsTexts, Arrays::kAsNumbers}) {
-    for (const std::uint64_t most : {2, 3}) {
+    for (const std::uint64_t most : {2U, 3U}) {
       svmscore::Limits limits;
       limits.entries = most;
       const svmscore::Plugin plugin(SVMSCORE_PLUGIN_FILE);

@@ -1,4 +1,5 @@
 // Batches against single cases and the plain definition, to the last bit.
+#include <algorithm>
 #include <limits>
 #include <numeric>
 #include <random>
@@ -40,8 +41,10 @@ struct Random {
     data.SetSVMKernelTypeDegree(3);
     for (std::size_t v = 0; v < 40; ++v) AddVector(data, Numbered("random", v));
     for (Machine* machine : data.GetSupportVectorMachines()) Fill(*machine, data);
+    last = &data;
     return classifier.Model();
   }
+  SVMModelData* last = nullptr;  // of the last model
   double Number() { return std::normal_distribution<>()(generator); }
 
  private:
@@ -149,6 +152,61 @@ TEST(Batch, HasTheBitsOfSingleCasesAndOfTheDefinition) {
         }
       }
     }
+  }
+}
+
+struct Categories {
+  std::vector<int> category;
+  Columns percents;  // [4][count]
+};
+
+// By exact decision values, by votes that need not be exact, or by winners that need not.
+enum class By { kDecisions, kVotes, kWinners };
+
+Categories CategoriesOf(SVMModel& model, const Columns& entries, std::size_t count, By by) {
+  Categories found{std::vector<int>(count), Columns(4 * count)};
+  std::vector<long> status(count);
+  Columns decisions(model.DecisionCount() * count);
+  svmscore::BatchResults results;
+  results.status = status.data();
+  results.category = found.category.data();
+  results.stride = count;
+  if (by != By::kWinners) results.percents = found.percents.data();
+  if (by == By::kDecisions) results.decisions = decisions.data();
+  model.ScoreBatch({entries.data(), count, count}, results);
+  EXPECT_EQ(status, std::vector<long>(count));
+  return found;
+}
+
+// Each time some machines have a case exactly on their threshold, which no estimate can settle.
+TEST(Batch, CertifiesTheVotesAndWinnersOfExactDecisionValues) {
+  constexpr std::size_t kCases = 40;
+  Random random;
+  std::mt19937_64 choice(3);
+  for (int trial = 0; trial < 200; ++trial) {
+    const Scheme scheme = trial % 4 == 0 ? Scheme::kOneAgainstAll : Scheme::kVotes;
+    const auto model = random.Model(scheme, SVMConst::kRadialBasis);
+    std::vector<int> fields(model->EntryCount());
+    std::iota(fields.begin(), fields.end(), 0);
+    Columns entries(fields.size() * kCases);
+    for (double& entry : entries) entry = random.Number();
+    random.last->SetMaxWins(trial % 2 == 0);
+    for (Machine* machine : random.last->GetSupportVectorMachines()) {
+      Columns chosen;
+      const std::size_t c = choice() % 4;
+      for (std::size_t f = 0; f < fields.size(); ++f) chosen.push_back(entries[f * kCases + c]);
+      const auto& machines = random.last->GetSupportVectorMachines();
+      const auto m = std::find(machines.begin(), machines.end(), machine) - machines.begin();
+      machine->threshold = 0;
+      model->ScoreSVMByKernelType(fields, chosen, static_cast<int>(m), machine->threshold);
+    }
+    model->SetSupportVectorMachineModel(random.last);
+    const Categories exact = CategoriesOf(*model, entries, kCases, By::kDecisions);
+    const Categories votes = CategoriesOf(*model, entries, kCases, By::kVotes);
+    EXPECT_EQ(exact.category, votes.category) << trial;
+    EXPECT_EQ(exact.percents, votes.percents) << trial;
+    EXPECT_EQ(exact.category, CategoriesOf(*model, entries, kCases, By::kWinners).category)
+        << trial;
   }
 }
 

@@ -1,6 +1,7 @@
 #include "tools/score/case_batch.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "host/model/score_status.h"
 #include "host/model/scoring_log.h"
@@ -66,7 +67,7 @@ MCScore::MCStatus CaseBatch::Add(const MCZandor_850::ScoreCaseRecord& record) {
 
 CaseBatch::Decisions CaseBatch::DecisionsOf(std::size_t position) {
   if (results_.decisions != nullptr) return {results_.decisions + position, results_.stride};
-  decisions_.resize(model_.DecisionCount());
+  decisions_.assign(model_.DecisionCount(), std::numeric_limits<double>::quiet_NaN());
   BatchResults again;
   again.decisions = decisions_.data();
   again.stride = 1;

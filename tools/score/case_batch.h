@@ -25,7 +25,7 @@ long RefuseInvalid();
 class CaseBatch {
  public:
   // `categories` of the model's target; `model` must outlive this object. Without `decisions` the
-  // model is not asked for decision values, and may take a shorter way.
+  // model is not asked for decision values, and may decide by estimates, which is faster.
   CaseBatch(BatchModel& model, std::size_t categories, std::size_t capacity, bool decisions);
 
   void Clear() { count_ = 0; }
@@ -42,7 +42,8 @@ class CaseBatch {
   // Valid after Score, until the next.
   const BatchResults& Results() const { return results_; }
 
-  // The decision values of a case, `stride` apart, also where the batch was not asked for them.
+  // The decision values of a case, `stride` apart, also where the batch was not asked for them; NaN
+  // where memory runs out.
   // Valid until the next call, or the next Score. REQUIRES: its status is not kCannotScore.
   struct Decisions {
     const double* values;

@@ -39,7 +39,7 @@ constexpr std::size_t kMostChecked = 88;
 constexpr std::size_t kLeastChecked = 16;
 constexpr std::size_t kCheckedTerms = 4000000;
 // Cases that come alone are recorded so many at a time: the counts are shared by all threads.
-constexpr std::size_t kAlone = 64;
+constexpr std::size_t kCountedAlone = 64;
 
 std::uint64_t NextCertifiedNumber() {
   static std::atomic<std::uint64_t> last{0};
@@ -58,7 +58,8 @@ CertifiedEngine::CertifiedEngine(const PackedEngine& exact, certified::VoteRule 
       number_(NextCertifiedNumber()),
       operations_(certified::OperationsOf(exact.isa())) {
   plan_.Start(Level::kExact, false);
-  why_not_ = operations_ == nullptr ? "the instruction set" : certified::WhyNothingIsCertain(exact);
+  why_not_ = operations_ == nullptr ? "this instruction set has no estimates"
+                                    : certified::WhyNothingIsCertain(exact);
   if (why_not_ == nullptr && rule_.kind == certified::VoteRule::Kind::kThresholds &&
       rule_.thresholds.size() != exact.machines()) {
     why_not_ = "the number of thresholds";
@@ -76,8 +77,12 @@ CertifiedEngine::CertifiedEngine(const PackedEngine& exact, certified::VoteRule 
       if (Twofold() == nullptr) why_not_ = "the range of entries or coefficients";
     }
   }
-  if (why_not_ == nullptr && !KeepsItsBounds()) why_not_ = "estimates outside their bounds";
-  if (why_not_ != nullptr) return;
+  if (why_not_ == nullptr && !KeepsItsBounds()) why_not_ = "an estimate was outside its bound";
+  if (why_not_ != nullptr) {
+    single_.reset();
+    linear_.reset();
+    return;
+  }
   plan_.Start(first, linear_ == nullptr && !exact.sparse());
 }
 
@@ -88,7 +93,7 @@ const LevelPacking<double>* CertifiedEngine::Twofold() const {
       auto made = std::make_unique<const LevelPacking<double>>(exact_);
       if (made->usable()) twofold_ = std::move(made);
     } catch (const std::bad_alloc&) {
-      twofold_ = nullptr;  // scored without
+      twofold_ = nullptr;  // the model is scored without this level
     }
   });
   return twofold_.get();
@@ -110,6 +115,13 @@ void CertifiedEngine::Count(Level level, std::size_t tried, std::size_t open) co
   add(level, tried - open);
   add(Level::kExact, open);
   plan_.Record(level, tried, open);
+}
+
+void CertifiedEngine::CountAlone(Level level, std::size_t tried, std::size_t open) const {
+  if (level != Level::kTwofold || linear_ != nullptr) return Count(level, tried, open);
+  // One case at a time there is no such level: it was not tried, and its turn still passes.
+  counts_[static_cast<std::size_t>(Level::kExact)].fetch_add(tried, std::memory_order_relaxed);
+  plan_.Record(level, tried, 0);
 }
 
 template <class T>
@@ -243,7 +255,7 @@ std::size_t CertifiedEngine::ListOpen(std::size_t first, std::size_t count,
         IsWinnerSure(rule_, of_case, scratch.certain_, scratch.possible_)) {
       continue;
     }
-    scratch.open_.push_back(static_cast<std::uint32_t>(first + c));
+    scratch.open_.push_back(first + c);
   }
   return scratch.open_.size() - before;
 }
@@ -254,7 +266,7 @@ void CertifiedEngine::DecideOpen(CaseColumns cases, CertifiedScratch& scratch,
   const std::size_t machines = exact_.machines();
   for (std::size_t begin = 0; begin < scratch.open_.size(); begin += kOpenCases) {
     const std::size_t count = std::min(kOpenCases, scratch.open_.size() - begin);
-    const std::uint32_t* open = scratch.open_.data() + begin;
+    const std::size_t* open = scratch.open_.data() + begin;
     scratch.open_cases_.Reserve(fields * count);
     scratch.open_decisions_.Reserve(machines * count);
     double* gathered = scratch.open_cases_.data();
@@ -313,8 +325,8 @@ void CertifiedEngine::DecideMany(CaseColumns cases, std::size_t count, Certified
   DecideOpen(cases, scratch, packed, decisions);
 }
 
-// Open cases are made from their listed entries: gathered from columns far apart, they would take
-// longer than all estimates.
+// The rows of open cases are rebuilt from their listed entries: gathered from columns far apart,
+// they would take longer than all estimates.
 std::size_t CertifiedEngine::DecideSparse(CaseColumns cases, std::size_t count,
                                           CertifiedScratch& scratch, PackedScratch& packed,
                                           DecisionColumns decisions, Wanted wanted) const {
@@ -362,18 +374,21 @@ void CertifiedEngine::Decide(const double* x, CertifiedScratch& scratch, PackedS
   }
   if (open) exact_.Decide(x, packed, decisions);
   if (scratch.alone_engine_ != number_) {
+    // Two engines in turn would never come to the end of a stretch.
     scratch.alone_engine_ = number_;
     scratch.alone_tried_ = scratch.alone_open_ = 0;
+    CountAlone(level, 1, open ? 1 : 0);
+    return;
   }
   ++scratch.alone_tried_;
   if (open) ++scratch.alone_open_;
-  if (scratch.alone_tried_ < kAlone) return;
-  Count(single ? level : Level::kExact, scratch.alone_tried_, scratch.alone_open_);
+  if (scratch.alone_tried_ < kCountedAlone) return;
+  CountAlone(level, scratch.alone_tried_, scratch.alone_open_);
   scratch.alone_tried_ = scratch.alone_open_ = 0;
 }
 
-// The vectors are spread evenly over the pool; the estimates come from each form that the model
-// has.
+// The vectors are spread evenly over the pool; the estimates come from the first level, all at once
+// and alone.
 bool CertifiedEngine::KeepsItsBounds() const {
   const std::size_t fields = exact_.fields();
   const std::size_t machines = exact_.machines();

@@ -47,7 +47,7 @@ class CertifiedScratch {
   std::vector<std::uint32_t> nonzero_field_;
   packed::AlignedBuffer listed_value_, nonzero_value_;
   packed::AlignedBuffer row_, errors_, open_cases_, open_decisions_;
-  std::vector<std::uint32_t> open_;
+  std::vector<std::size_t> open_;
   std::vector<std::uint8_t> unsure_;
   std::vector<std::uint32_t> best_;
   std::vector<double> best_low_;
@@ -63,8 +63,8 @@ class CertifiedScratch {
 // std::bad_alloc.
 class CertifiedEngine {
  public:
-  // How many cases were decided by each level since the engine was made; of those that came alone,
-  // up to 63 a thread may not be counted yet.
+  // How many cases were decided by each level since the engine was made. Of those that came alone,
+  // up to 63 a thread are not counted yet, and never when it turns to another engine before.
   struct Counts {
     std::uint64_t single = 0;
     std::uint64_t twofold = 0;
@@ -122,6 +122,8 @@ class CertifiedEngine {
   void DecideOpen(packed::CaseColumns cases, CertifiedScratch& scratch, PackedScratch& packed,
                   packed::DecisionColumns decisions) const;
   void Count(certified::Level level, std::size_t tried, std::size_t open) const;
+  // The same for cases that came one at a time.
+  void CountAlone(certified::Level level, std::size_t tried, std::size_t open) const;
 
   const PackedEngine& exact_;
   certified::VoteRule rule_;

@@ -48,6 +48,16 @@ void ForEntries(const VectorView& vector, const Use& use) {
   }
 }
 
+// Whether the weights of a sparse linear model, one for each field of each machine, are so many
+// more than the entries of its vectors and the terms of its machines that these take less time.
+bool WeightsAreDear(const PackedEngine& engine) {
+  constexpr std::size_t kWeightsForATerm = 4;
+  std::size_t terms = 0;
+  for (const VectorView& vector : engine.pool()) terms += vector.positions->size();
+  for (std::size_t m = 0; m < engine.machines(); ++m) terms += engine.machine(m).vectors.size();
+  return engine.machines() * engine.fields() > kWeightsForATerm * terms;
+}
+
 }  // namespace
 
 const char* WhyNothingIsCertain(const PackedEngine& engine) {
@@ -57,24 +67,30 @@ const char* WhyNothingIsCertain(const PackedEngine& engine) {
   const bool polynomial = kernel.type == KernelFunctionType::kPolynomial;
   if (view.machines == 0) return "there is no machine";
   if (view.plain_count > 0) return "a vector has entries that are not finite or not in order";
-  if (view.fields == 0 || view.fields > std::size_t{1} << 17) return "the number of fields";
-  if (!linear && !(kernel.gamma >= 0x1p-60 && kernel.gamma <= 0x1p60)) return "the size of gamma";
-  if (polynomial && kernel.degree != 2 && kernel.degree != 3) return "the degree";
+  if (view.fields == 0 || view.fields > std::size_t{1} << 17) return "too many fields, or none";
+  if (!linear && !(kernel.gamma >= 0x1p-60 && kernel.gamma <= 0x1p60)) {
+    return "gamma is too large or too small";
+  }
+  if (polynomial && kernel.degree != 2 && kernel.degree != 3) {
+    return "the degree is neither 2 nor 3";
+  }
+  if (linear && engine.sparse() && WeightsAreDear(engine)) return "estimates would take longer";
   if ((polynomial || kernel.type == KernelFunctionType::kSigmoid) &&
       !(std::fabs(kernel.coef0) <= 0x1p40)) {
-    return "the size of coef0";
+    return "coef0 is too large";
   }
   for (const VectorView& vector : engine.pool()) {
     bool small = true;
     ForEntries(vector, [&](std::size_t, double entry) { small &= std::fabs(entry) <= 0x1p300; });
-    if (!small) return "the size of a vector's entry";
+    if (!small) return "an entry of a vector is too large";
   }
   for (std::size_t m = 0; m < engine.machines(); ++m) {
     const packed::MachineView machine = engine.machine(m);
-    if (!(std::fabs(machine.offset) <= 0x1p300)) return "the size of a machine's constant";
+    if (!(std::fabs(machine.offset) <= 0x1p300)) return "a machine's constant is too large";
     for (const double alpha : machine.coefficients) {
       const double size = std::fabs(alpha);
-      if (alpha != 0 && !(size >= 0x1p-80 && size <= 0x1p60)) return "the size of a coefficient";
+      if (alpha != 0 && !(size >= 0x1p-80 && size <= 0x1p60))
+        return "a coefficient is too large or too small";
     }
   }
   return nullptr;
@@ -200,7 +216,8 @@ bool LevelPacking<T>::FindScales(const PackedEngine& engine) {
       most = std::max(most, std::fabs(alpha));
     }
     scale_.push_back(most == 0 ? 1.0 : std::ldexp(1.0, kLeastScaled - std::ilogb(least)));
-    if (most > least * 0x1p120) return false;
+    // A vector that is used several times has the sum of its coefficients.
+    if (machines_.size[m] > least * 0x1p120) return false;
   }
   return true;
 }

@@ -11,7 +11,7 @@ namespace MCSVM_700::certified {
 namespace {
 
 // Beyond so many machines or runs the search for a run takes too long; the pool's order is then
-// taken as it is, or the best run that there is.
+// taken as it is.
 constexpr std::size_t kMostMachines = 512;
 constexpr std::size_t kMostRuns = 256;
 // A run of one column is divided where its parts keep this many vectors, into this many parts.
@@ -51,27 +51,37 @@ long Common(const std::vector<ColumnNumber>& a, const std::vector<ColumnNumber>&
   return common;
 }
 
-// The run that vectors with these columns join, or runs.size() for one of their own; the search
-// begins with `first` and does not end at `except`.
-std::size_t RunFor(const std::vector<ColumnNumber>& columns, const std::vector<RunMembers>& runs,
-                   std::size_t first, std::size_t except) {
-  if (first < runs.size() && first != except && Common(runs[first].columns, columns) > 0) {
-    return first;
-  }
+// Whether a run stays a third full where vectors with as many terms join it.
+bool StaysFull(const RunMembers& run, const std::vector<ColumnNumber>& columns, std::size_t vectors,
+               std::size_t terms) {
+  constexpr std::size_t kFew = 64;
+  const std::size_t places = Joint(run.columns, columns).size() * (run.vectors.size() + vectors);
+  return places <= 3 * (run.terms + terms) + kFew;
+}
+
+// The run that `vectors` with these columns and so many terms join, or runs.size() for one of their
+// own; the search begins with `first`, and never returns `except`.
+std::size_t RunFor(const std::vector<ColumnNumber>& columns, std::size_t vectors, std::size_t terms,
+                   const std::vector<RunMembers>& runs, std::size_t first, std::size_t except) {
+  const auto takes = [&](std::size_t r) {
+    return Common(runs[r].columns, columns) > 0 && StaysFull(runs[r], columns, vectors, terms);
+  };
+  if (first < runs.size() && first != except && takes(first)) return first;
   std::size_t best = runs.size();
   long most = 0;
   for (std::size_t r = 0; r < runs.size(); ++r) {
     if (r == except || runs[r].vectors.empty()) continue;
     const long common = Common(runs[r].columns, columns);
-    if (common <= most) continue;
+    if (common <= most || !takes(r)) continue;
     most = common;
     best = r;
   }
   return best;
 }
 
-void Join(RunMembers& run, const std::vector<ColumnNumber>& columns,
+void Join(RunMembers& run, const std::vector<ColumnNumber>& columns, std::size_t terms,
           std::span<const std::uint32_t> vectors) {
+  run.terms += terms;
   run.columns = Joint(run.columns, columns);
   run.vectors.insert(run.vectors.end(), vectors.begin(), vectors.end());
 }
@@ -86,7 +96,7 @@ std::vector<RunMembers> DividedByNorm(RunMembers run, std::span<const double> no
   for (std::size_t begin = 0; begin < count; begin += part) {
     const auto from = run.vectors.begin() + static_cast<std::ptrdiff_t>(begin);
     const auto to = from + static_cast<std::ptrdiff_t>(std::min(part, count - begin));
-    parts.push_back({run.columns, {from, to}});
+    parts.push_back({run.columns, {from, to}, static_cast<std::size_t>(to - from)});
   }
   return parts;
 }
@@ -146,21 +156,19 @@ std::vector<RunMembers> FreeRuns(const TermsByVector& terms, std::span<const dou
     const auto vector = static_cast<std::uint32_t>(v);
     const std::vector<ColumnNumber> columns = ColumnsOf(terms.Of(v));
     if (columns.empty()) continue;
-    last = RunFor(columns, runs, last, runs.size());
+    last = RunFor(columns, 1, columns.size(), runs, last, runs.size());
     if (last == runs.size()) {
-      if (runs.size() < kMostRuns) {
-        runs.emplace_back();
-      } else {
-        last = v % kMostRuns;
-      }
+      if (runs.size() == kMostRuns) return PoolRuns(terms);
+      runs.emplace_back();
     }
-    Join(runs[last], columns, {&vector, 1});
+    Join(runs[last], columns, columns.size(), {&vector, 1});
   }
   for (std::size_t r = 0; r < runs.size(); ++r) {
     if (runs[r].vectors.size() >= kRunStart) continue;
-    const std::size_t other = RunFor(runs[r].columns, runs, runs.size(), r);
+    const std::size_t other =
+        RunFor(runs[r].columns, runs[r].vectors.size(), runs[r].terms, runs, runs.size(), r);
     if (other == runs.size()) continue;
-    Join(runs[other], runs[r].columns, runs[r].vectors);
+    Join(runs[other], runs[r].columns, runs[r].terms, runs[r].vectors);
     runs[r] = {};
   }
   std::vector<RunMembers> divided;
@@ -185,6 +193,7 @@ std::vector<RunMembers> PoolRuns(const TermsByVector& terms) {
     RunMembers group;
     for (std::size_t v = begin; v < std::min(begin + kRunStart, terms.vectors()); ++v) {
       group.columns = Joint(group.columns, ColumnsOf(terms.Of(v)));
+      group.terms += terms.Of(v).size();
       group.vectors.push_back(static_cast<std::uint32_t>(v));
     }
     if (!runs.empty()) {
@@ -193,7 +202,7 @@ std::vector<RunMembers> PoolRuns(const TermsByVector& terms) {
       const std::size_t places = Joint(run.columns, group.columns).size() * groups;
       if (2 * places <= 3 * (filled + group.columns.size()) + kFew) {
         filled += group.columns.size();
-        Join(run, group.columns, group.vectors);
+        Join(run, group.columns, group.terms, group.vectors);
         continue;
       }
     }

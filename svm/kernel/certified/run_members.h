@@ -36,8 +36,9 @@ class TermsByVector {
 };
 
 struct RunMembers {
-  std::vector<ColumnNumber> columns;   // ascending: all that some member has
+  std::vector<ColumnNumber> columns;   // ascending: every column that a member has a term in
   std::vector<std::uint32_t> vectors;  // positions in the pool, by their place in the run
+  std::size_t terms = 0;               // of all members
 };
 
 // Runs in an order of their own, so that few columns of a run are empty, vectors of opposite signs

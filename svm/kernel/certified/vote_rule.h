@@ -20,8 +20,9 @@ struct VoteRule {
   Kind kind = Kind::kThresholds;
   // For kThresholds, of each machine:
   std::vector<double> thresholds = {};
-  // and, where the category with most votes wins, the first of several, the positions of the two
-  // categories that it votes for; positions outside [0, categories) are not counted. May be empty.
+  // Where the category with the most votes wins (of several, the first): for each machine, the
+  // position of the category that it votes for above its threshold, then of the one that it votes
+  // for otherwise. Positions outside [0, categories) are not counted. May be empty.
   std::vector<std::pair<int, int>> votes = {};
   std::size_t categories = 0;
 };
