@@ -58,9 +58,19 @@ CLI::App* CalibrateCommand::AddTo(CLI::App& program) {
   AddFileOption(*app, "-o,--output", output_,
                 "write the calibrated document to this file, which appears when it is complete; "
                 "without it there is only the report");
-  app->add_option("--confidence", confidence_,
-                  "of a regression: the share of cases that intervals should cover")
-      ->capture_default_str();
+  // The option library's own numbers are read by the process's locale.
+  const auto set_confidence = [this](const std::string& text) {
+    const std::optional<double> number = ParseNumber(text);
+    if (!number || !(*number > 0.0 && *number < 1.0)) {
+      throw CLI::ValidationError("--confidence", text + " is not above 0 and below 1, as 0.95 is");
+    }
+    confidence_ = *number;
+  };
+  app->add_option_function<std::string>(
+         "--confidence", set_confidence,
+         "of a regression: the share of cases that intervals should cover")
+      ->type_name("FLOAT")
+      ->default_str(FormatNumber(confidence_));
   app->add_flag("--json", json_, "write the report as JSON");
   AddTableOptions(*app, table_);
   AddLimitOption(*app, limits_);
@@ -73,9 +83,6 @@ CLI::App* CalibrateCommand::AddTo(CLI::App& program) {
 }
 
 void CalibrateCommand::CheckFiles() const {
-  if (!(confidence_ > 0.0 && confidence_ < 1.0)) {
-    throw Failure(kUsageError, "--confidence must be above 0 and below 1, as 0.95 is");
-  }
   if (output_.empty()) return;
   if (output_ == "-") {
     throw Failure(kUsageError, "the report is on standard output; name a file for the document");

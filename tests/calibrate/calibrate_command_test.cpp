@@ -463,7 +463,7 @@ TEST(Calibrate, RefusesWhatItCannotDo) {
       {"no document", PlaneCases(), "x", {"-o", folder.Path("no/such.pmml")}, 6, "cannot write"},
       {plane, PlaneCases(), "klass", {}, 5, "no column is named klass"},
       {diabetes, few, "progression", {}, 5, "it takes 19"},
-      {diabetes, few, "progression", {"--confidence", "1"}, 2, "--confidence must be"},
+      {diabetes, few, "progression", {"--confidence", "1"}, 2, "1 is not above 0 and below 1"},
       {plane, PlaneCases(), "class", {"-o", folder.Path("model.pmml")}, 2, "which is read"},
       {plane, PlaneCases(), "class", {"-o", "-"}, 2, "name a file"},
   };
