@@ -127,15 +127,12 @@ struct Twofold256 {
   static F Min(F a, F b) { return _mm256_min_pd(a, b); }
   static F Fma(F a, F b, F c) { return _mm256_fmadd_pd(a, b, c); }
   static T FmaOne(T a, T b, T c) { return __builtin_fma(a, b, c); }
+  static void StoreU(T* p, F a) { _mm256_storeu_pd(p, a); }
   static void AddTo(double* to, F a) {
     _mm256_storeu_pd(to, _mm256_add_pd(_mm256_loadu_pd(to), a));
   }
 
-  alignas(64) static constexpr T kConstants[12] = {
-      Precision<T>::kLeastExponent, 0x1.e3991e644e6abp-28, 0x1.b6740fc28f781p-24,
-      0x1.62c157ee59177p-20,        0x1.ffcb55e82f22cp-17, 0x1.4309126056718p-13,
-      0x1.5d87fe9cc5d6fp-10,        0x1.3b2ab6fbde0f7p-7,  0x1.c6b08d703d48ap-5,
-      0x1.ebfbdff82c3b9p-3,         0x1.62e42fefa3a17p-1,  1};
+  static constexpr const T* kConstants = kTwofoldConstants;
   // 2^z for z from -1000 to 1000, as in single precision.
   static F Exp2(F z, const T* c) {
     const F magic = Set(0x1.8p52);
@@ -146,29 +143,6 @@ struct Twofold256 {
     for (int i = 1; i < 11; ++i) value = Fma(value, f, Set(c[i]));
     const __m256i exponent = _mm256_slli_epi64(_mm256_castpd_si256(whole), 52);
     return _mm256_castsi256_pd(_mm256_add_epi64(_mm256_castpd_si256(value), exponent));
-  }
-  template <std::size_t kTileWide>
-  static void PackCases(CaseColumns cases, const double* centre, const double* weight, double scale,
-                        std::size_t fields, T* tile, double* squares, double* weighted) {
-    F sum[kTileWide];
-    F weighted_sum[kTileWide];
-    for (auto& lane : sum) lane = Set(0);
-    for (auto& lane : weighted_sum) lane = Set(0);
-    for (std::size_t f = 0; f < fields; ++f) {
-      const F middle = Set(centre == nullptr ? 0 : centre[f]);
-      const F rounds = Set(weight[f]);
-      for (std::size_t w = 0; w < kTileWide; ++w) {
-        const F x = Sub(LoadU(cases.entries + f * cases.stride + kLanes * w), middle);
-        const F square = Mul(x, x);
-        sum[w] = Add(square, sum[w]);
-        weighted_sum[w] = Fma(rounds, square, weighted_sum[w]);
-        Store(tile + (f * kTileWide + w) * kLanes, Mul(x, Set(scale)));
-      }
-    }
-    for (std::size_t w = 0; w < kTileWide; ++w) {
-      _mm256_storeu_pd(squares + kLanes * w, sum[w]);
-      _mm256_storeu_pd(weighted + kLanes * w, weighted_sum[w]);
-    }
   }
 };
 
