@@ -1,6 +1,7 @@
 #include "host/model/score_model.h"
 
 #include "host/model/batch_model.h"
+#include "host/model/explainable_model.h"
 
 namespace MCZandor_850 {
 
@@ -14,6 +15,10 @@ VersionInfo::~VersionInfo() = default;
 }  // namespace MCZandor_850
 
 svmscore::BatchModel::~BatchModel() = default;
+
+svmscore::Explainer::~Explainer() = default;
+
+svmscore::ExplainableModel::~ExplainableModel() = default;
 
 svmscore::VoteLevels svmscore::BatchModel::Votes() const {
   return {};
