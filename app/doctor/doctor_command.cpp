@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -27,8 +28,11 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
       AddFileOption(*app, "--input", input_, "CSV file with cases; - is standard input");
   CLI::Option* expected =
       AddFileOption(*app, "--expected", expected_, "CSV file with what the cases should score");
-  input->needs(expected);
   expected->needs(input);
+  app->add_option("--actual", actual_,
+                  "the column of --input with what the cases really are: probabilities and "
+                  "intervals are compared with it")
+      ->needs(input);
   AddToleranceOption(*app, tolerance_);
   AddTableOptions(*app, table_);
   app->add_flag("--json", json_, "write JSON");
@@ -43,7 +47,12 @@ CLI::App* DoctorCommand::AddTo(CLI::App& program) {
 }
 
 ExitStatus DoctorCommand::Run() {
-  RefuseSharedInput(input_, expected_);
+  if (!input_.empty() && expected_.empty() && actual_.empty()) {
+    throw Failure(kUsageError,
+                  "--input needs --expected, with what the cases should score, or "
+                  "--actual, the column with what they really are");
+  }
+  if (!expected_.empty()) RefuseSharedInput(input_, expected_);
   const Plugin plugin = LoadPlugin(plugin_);
   tools::DocumentSource source(model_, limits_);
   const tools::OpenedDocument opened = tools::OpenDocument(plugin, source);
@@ -52,14 +61,23 @@ ExitStatus DoctorCommand::Run() {
     throw Failure(kModelError, fmt::format("{}: {}", model_, opened.refused->detail));
   }
   std::optional<tools::CaseFiles> files;
+  std::optional<tools::LabelledCases> labelled;
+  const tools::CellRules rules = table_.Cells();
+  tools::TextTable cases;
   if (!input_.empty() && tools::IsScored(opened)) {
-    TellOverruledValues(table_.Cells(), *opened.loaded);
-    files.emplace(tools::CaseFiles{ReadTable(input_, table_.Rows(limits_)),
-                                   ReadExpected(expected_, table_.Rows(limits_)), table_.Cells(),
-                                   tolerance_});
-    if (table_.decimal_comma) tools::ReadDecimalCommas(*opened.loaded, files->expected);
+    TellOverruledValues(rules, *opened.loaded);
+    cases = ReadTable(input_, table_.Rows(limits_));
+    if (!expected_.empty()) {
+      files.emplace(tools::CaseFiles{
+          std::move(cases), ReadExpected(expected_, table_.Rows(limits_)), rules, tolerance_});
+      if (table_.decimal_comma) tools::ReadDecimalCommas(*opened.loaded, files->expected);
+    }
+    if (!actual_.empty()) {
+      labelled.emplace(tools::LabelledCases{files ? files->cases : cases, actual_, rules});
+    }
   }
-  const tools::Examination examined = tools::Examine(opened, plugin, source, files);
+  const tools::Examination examined =
+      tools::Examine(opened, plugin, source, files, labelled ? &*labelled : nullptr);
   OutputFile output("-");
   output.Write(json_ ? tools::ReportJson(model_, examined) : ReportText(model_, examined));
   const bool changes = std::any_of(examined.findings.begin(), examined.findings.end(),

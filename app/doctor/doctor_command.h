@@ -19,6 +19,7 @@ class DoctorCommand : public Command {
   std::string model_;
   std::string input_;
   std::string expected_;
+  std::string actual_;
   std::string plugin_;
   TableOptions table_;
   double tolerance_ = 1e-6;

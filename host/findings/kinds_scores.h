@@ -1,4 +1,4 @@
-// Kinds of finding about scores that differ from expected ones.
+// Kinds of finding about scores that differ from expected ones, or from what cases really are.
 #ifndef HOST_FINDINGS_KINDS_SCORES_H_
 #define HOST_FINDINGS_KINDS_SCORES_H_
 
@@ -65,6 +65,20 @@ inline constexpr std::array kScoreFindings = {
     FindingKind{"values-rescaled", FindingClass::kError, 0,
                 "the expected values are on another scale", "predictions are on another scale",
                 "give the target its rescaleFactor and rescaleConstant"},
+    FindingKind{"probabilities-off", FindingClass::kSuspicion, 0,
+                "the probabilities are not those with which the categories occur",
+                "of the cases with a probability of 0.9, another share than 90 in 100 is right",
+                "fit A and B anew with svmscore calibrate and cases that the model was not "
+                "trained on"},
+    FindingKind{"probabilities-reversed", FindingClass::kError, 0,
+                "a category gets the larger probability, the less likely it is",
+                "the less likely of two categories gets the larger probability",
+                "change the signs of A and B, or let svmscore calibrate fit them anew"},
+    FindingKind{"intervals-off", FindingClass::kSuspicion, 0,
+                "the intervals cover another share of cases than they should",
+                "intervals promise more, or less, than they keep",
+                "let svmscore calibrate measure their width with cases that the model was not "
+                "trained on"},
 };
 
 }  // namespace svmscore

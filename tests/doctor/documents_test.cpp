@@ -101,6 +101,7 @@ TEST(Catalogue, HasADocumentForEveryKind) {
   std::set<std::string> provoked;
   for (const Patient& patient : AllPatients()) provoked.merge(KindsIn(patient.findings));
   for (const std::string& kind : KindsOfScores()) provoked.insert(kind);
+  for (const std::string& kind : KindsOfLabelledCases()) provoked.insert(kind);
   provoked.insert("vectors-unexamined");  // program_limits_test.cpp of tests/app
   for (const FindingKind& kind : AllFindingKinds()) {
     EXPECT_TRUE(provoked.contains(std::string(kind.name))) << kind.name;

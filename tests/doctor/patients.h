@@ -38,6 +38,8 @@ std::vector<Patient> MachinePatients();
 std::vector<Patient> SuspicionPatients();
 // scores_test.cpp: the kinds that only scores show.
 std::vector<std::string> KindsOfScores();
+// labelled_cases_test.cpp: the kinds that only cases whose outcome is known show.
+std::vector<std::string> KindsOfLabelledCases();
 
 struct Diagnosis {
   int status = -1;

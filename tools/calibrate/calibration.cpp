@@ -1,12 +1,14 @@
 #include "tools/calibrate/calibration.h"
 
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include "host/model/batch_model.h"
 #include "host/output/target_rules.h"
+#include "host/text/number_text.h"
+#include "host/xml/attributes.h"
 #include "tools/base/bad_input.h"
 #include "tools/calibrate/calibrated_text.h"
 #include "tools/calibrate/class_calibration.h"
@@ -19,46 +21,8 @@ namespace {
 
 // Rows by which the new document is checked.
 constexpr std::size_t kCheckedRows = 1000;
-
-// The first few of these texts, in quotation marks.
-constexpr std::size_t kShown = 5;
-template <typename Texts>
-std::string Some(const Texts& texts) {
-  std::vector<std::string> shown;
-  for (const std::string& text : texts) {
-    if (shown.size() < kShown) shown.push_back('"' + text + '"');
-  }
-  return fmt::format("{}{}", fmt::join(shown, ", "), texts.size() > kShown ? ", ..." : "");
-}
-
-std::vector<std::string> UnknownLabels(const Holdout& holdout) {
-  std::vector<std::string> labels;
-  for (const auto& [label, count] : holdout.unknown_labels) labels.push_back(label);
-  return labels;
-}
-
-[[noreturn]] void RefuseHoldout(const CalibrationOrder& order, const Holdout& holdout,
-                                const CalibrationResult& result) {
-  if (result.rows == 0) {
-    throw BadCases(fmt::format("{}: there are no rows below the header", order.holdout.name));
-  }
-  std::string labels;
-  if (result.unknown_labels > 0) {
-    labels = "; labels are " + Some(UnknownLabels(holdout));
-    if (result.classification) {
-      std::vector<std::string> categories;
-      for (const auto* category : order.loaded.output->Targets().Target().GetCategories()) {
-        categories.push_back(category->GetText());
-      }
-      labels += ", categories " + Some(categories);
-    }
-  }
-  throw BadCases(fmt::format(
-      "{}: no row can be used: of {}, {} have no label, {} a label that is {}, and {} are not "
-      "scored{}",
-      order.holdout.name, result.rows, result.unlabelled, result.unknown_labels,
-      result.classification ? "no category of the target" : "no number", result.unscored, labels));
-}
+// What comes before the confidence in the note of a header.
+constexpr std::string_view kConfidenceNote = "intervals of confidence ";
 
 void TellOfRows(const Holdout& holdout, CalibrationResult& result) {
   result.rows = holdout.rows;
@@ -74,7 +38,7 @@ void TellOfRows(const Holdout& holdout, CalibrationResult& result) {
   if (result.unknown_labels > 0) {
     result.remarks.push_back(fmt::format(
         "labels that are {}: {}", result.classification ? "no category of the target" : "no number",
-        Some(UnknownLabels(holdout))));
+        UnknownLabelsOf(holdout)));
   }
 }
 
@@ -83,9 +47,8 @@ std::string NoteOf(const CalibrationOrder& order, const CalibrationResult& resul
                                  ", {}, with {} of {} rows of a hold-out: ",
                                  order.made_at, result.used, result.rows);
   if (!result.classification) {
-    note +=
-        fmt::format("intervals of confidence {} by split conformal prediction, half-width {:.6g}",
-                    result.confidence, result.half_width);
+    note += fmt::format("{}{} by split conformal prediction, half-width {:.6g}", kConfidenceNote,
+                        result.confidence, result.half_width);
     if (result.interval_after) {
       note +=
           fmt::format("; by {}-fold cross-validation coverage {:.4f}, mean width {:.6g}", kFolds,
@@ -142,6 +105,23 @@ void WriteDocument(const CalibrationOrder& order, const Holdout& holdout,
 
 }  // namespace
 
+std::optional<double> StatedConfidence(const PmmlDocument& document) {
+  const Element* header = FindChild(document.Dom()->getDocumentElement(), "Header");
+  for (const Element* extension : Children(header, "Extension")) {
+    if (AttributeText(extension, "extender") != "svmscore" ||
+        AttributeText(extension, "name") != "calibration") {
+      continue;
+    }
+    const std::string note = AttributeText(extension, "value");
+    const std::size_t at = note.find(kConfidenceNote);
+    if (at == std::string::npos) return std::nullopt;
+    const std::size_t begin = at + kConfidenceNote.size();
+    const auto stated = ParseNumber(note.substr(begin, note.find(' ', begin) - begin));
+    return stated && *stated > 0.0 && *stated < 1.0 ? stated : std::nullopt;
+  }
+  return std::nullopt;
+}
+
 CalibrationResult Calibrate(const CalibrationOrder& order) {
   const auto* model = dynamic_cast<const BatchModel*>(order.loaded.model.get());
   if (model == nullptr) {
@@ -160,8 +140,8 @@ CalibrationResult Calibrate(const CalibrationOrder& order) {
       order.loaded.output->Targets().GetScheme().method != output::Method::kRegression;
   const auto score = [&] {
     Holdout holdout = ScoreHoldout(order.loaded, order.holdout, order.actual, order.rules);
+    RequireUsable(holdout, order.loaded, order.holdout.name);
     TellOfRows(holdout, result);
-    if (holdout.Size() == 0) RefuseHoldout(order, holdout, result);
     return holdout;
   };
   if (result.classification) {

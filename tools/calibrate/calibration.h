@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/load/loader.h"
+#include "host/xml/document.h"
 #include "tools/base/cell_rules.h"
 #include "tools/base/text_table.h"
 #include "tools/calibrate/figures.h"
@@ -72,6 +73,10 @@ struct CalibrationResult {
   std::optional<IntervalFigures> interval_before;  // nothing where the model has none
   std::optional<IntervalFigures> interval_after;   // by cross-validation; nothing for too few cases
 };
+
+// The confidence of the intervals of a document that Calibrate wrote, by its header; nothing of
+// another document. [one thread] for each document.
+std::optional<double> StatedConfidence(const PmmlDocument& document);
 
 // Before it returns, the new document is loaded, and up to a thousand rows are scored with it: what
 // it gives is what was computed here, to the last bit.

@@ -10,19 +10,30 @@
 #include <utility>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "host/model/batch_model.h"
 #include "host/text/number_text.h"
 #include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
-#include "tools/doctor/model_numbers.h"
 #include "tools/findings/inspected.h"
+#include "tools/findings/model_numbers.h"
 #include "tools/score/case_batch.h"
 
 namespace svmscore::tools {
 namespace {
 
 using MCZandor_850::ScoreModel;
+
+// The first few of these texts, in quotation marks.
+constexpr std::size_t kShown = 5;
+std::string Some(const std::vector<std::string>& texts) {
+  std::vector<std::string> shown;
+  for (const std::string& text : texts) {
+    if (shown.size() < kShown) shown.push_back('"' + text + '"');
+  }
+  return fmt::format("{}{}", fmt::join(shown, ", "), texts.size() > kShown ? ", ..." : "");
+}
 
 // Numbers that agree to about six digits have the same key, but for those beside an edge.
 std::uint64_t KeyOf(std::uint64_t key, double number) {
@@ -187,6 +198,39 @@ Holdout ScoreHoldout(const LoadedModel& loaded, const TextTable& table, const st
                                   loaded.document.Name()));
   }
   return HoldoutScorer(loaded, *model, table, actual, rules).Run();
+}
+
+std::string UnknownLabelsOf(const Holdout& holdout) {
+  std::vector<std::string> labels;
+  for (const auto& [label, count] : holdout.unknown_labels) labels.push_back(label);
+  return Some(labels);
+}
+
+void RequireUsable(const Holdout& holdout, const LoadedModel& loaded, const std::string& name) {
+  if (holdout.Size() > 0) return;
+  if (holdout.rows == 0) {
+    throw BadCases(fmt::format("{}: there are no rows below the header", name));
+  }
+  const output::TargetRules& targets = loaded.output->Targets();
+  const bool classification = targets.GetScheme().method != output::Method::kRegression;
+  std::size_t unknown = 0;
+  for (const auto& [label, count] : holdout.unknown_labels) unknown += count;
+  std::string labels;
+  if (unknown > 0) {
+    labels = "; labels are " + UnknownLabelsOf(holdout);
+    if (classification) {
+      std::vector<std::string> categories;
+      for (const auto* category : targets.Target().GetCategories()) {
+        categories.push_back(category->GetText());
+      }
+      labels += ", categories " + Some(categories);
+    }
+  }
+  throw BadCases(fmt::format(
+      "{}: no row can be used: of {}, {} have no label, {} a label that is {}, and {} are not "
+      "scored{}",
+      name, holdout.rows, holdout.unlabelled, unknown,
+      classification ? "no category of the target" : "no number", holdout.unscored, labels));
 }
 
 bool HasAllVectors(const Holdout& holdout, const LoadedModel& loaded) {

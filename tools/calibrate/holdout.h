@@ -51,6 +51,12 @@ struct Holdout {
 Holdout ScoreHoldout(const LoadedModel& loaded, const TextTable& table, const std::string& actual,
                      const CellRules& rules);
 
+// The first labels that are not known, in quotation marks. [any thread] Owns: the caller.
+std::string UnknownLabelsOf(const Holdout& holdout);
+// Throws a BadCases that says why where no case is usable. `name` is what messages call the table.
+// [any thread]
+void RequireUsable(const Holdout& holdout, const LoadedModel& loaded, const std::string& name);
+
 // Whether there are support vectors and every one is among the cases: as numbers that agree to six
 // digits. REQUIRES: the document holds arrays as texts (Arrays::kAsTexts). [one thread] Fails:
 // std::bad_alloc.

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "tools/doctor/model_numbers.h"
+#include "tools/findings/model_numbers.h"
 #include "tools/findings/finding_list.h"
 #include "tools/findings/inspected.h"
 

@@ -49,7 +49,7 @@ bool IsScored(const OpenedDocument& opened) {
 }
 
 Examination Examine(const OpenedDocument& opened, const Plugin& plugin, DocumentSource& source,
-                    const std::optional<CaseFiles>& files) {
+                    const std::optional<CaseFiles>& files, const LabelledCases* labelled) {
   Examination examination;
   FindingList findings(opened.Document());
   if (opened.refused) findings.Add(*opened.refused);
@@ -57,6 +57,7 @@ Examination Examine(const OpenedDocument& opened, const Plugin& plugin, Document
     if (files) {
       examination.agreement = CheckScores({*opened.loaded, plugin, source}, *files, findings);
     }
+    if (labelled != nullptr) CheckCalibration(*opened.loaded, *labelled, findings);
     CheckVerification(*opened.loaded, findings);
   }
   CheckDocument(opened, findings);

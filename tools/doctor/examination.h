@@ -8,6 +8,7 @@
 
 #include "host/load/plugin.h"
 #include "tools/doctor/comparison.h"
+#include "tools/doctor/labelled_cases.h"
 #include "tools/doctor/opened_document.h"
 #include "tools/findings/finding_list.h"
 
@@ -22,12 +23,12 @@ struct Examination {
   std::optional<Agreement> agreement;  // of the files; nothing where they expect no predictions
 };
 
-// What is suspicious about the document of `source`. `files` hold cases and the expected scores.
-// REQUIRES: opened.IsRead(). [one thread] for each document and source. Owns: the caller. Lives:
-// arguments for the call, and `opened` as long as the agreement. Fails: BadCases if the files do
-// not fit; std::bad_alloc.
+// What is suspicious about the document of `source`. `files` hold cases and the expected scores,
+// `labelled`, which may be null, cases and what they really are. REQUIRES: opened.IsRead(). [one
+// thread] for each document and source. Owns: the caller. Lives: arguments for the call, and
+// `opened` as long as the agreement. Fails: BadCases if the files do not fit; std::bad_alloc.
 Examination Examine(const OpenedDocument& opened, const Plugin& plugin, DocumentSource& source,
-                    const std::optional<CaseFiles>& files);
+                    const std::optional<CaseFiles>& files, const LabelledCases* labelled = nullptr);
 
 }  // namespace svmscore::tools
 

@@ -6,7 +6,7 @@
 
 #include "host/text/number_text.h"
 #include "tools/doctor/comparison.h"
-#include "tools/doctor/model_numbers.h"
+#include "tools/findings/model_numbers.h"
 
 namespace svmscore::tools {
 namespace {

@@ -1,6 +1,6 @@
 // The numbers of a document: vectors, coefficients, kernel.
-#ifndef TOOLS_DOCTOR_MODEL_NUMBERS_H_
-#define TOOLS_DOCTOR_MODEL_NUMBERS_H_
+#ifndef TOOLS_FINDINGS_MODEL_NUMBERS_H_
+#define TOOLS_FINDINGS_MODEL_NUMBERS_H_
 
 #include <cstddef>
 #include <string>
@@ -64,4 +64,4 @@ std::string Listed(const std::vector<std::string>& names, std::size_t more = 0);
 
 }  // namespace svmscore::tools
 
-#endif  // TOOLS_DOCTOR_MODEL_NUMBERS_H_
+#endif  // TOOLS_FINDINGS_MODEL_NUMBERS_H_

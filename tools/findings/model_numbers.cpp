@@ -1,4 +1,4 @@
-#include "tools/doctor/model_numbers.h"
+#include "tools/findings/model_numbers.h"
 
 #include <algorithm>
 #include <array>
