@@ -41,13 +41,14 @@ inline void CheckRest(const void* given, std::size_t size, std::size_t known, co
   }
 }
 
-// The caller's struct as this library knows it; all zeros where `given` is null.
+// The caller's struct as this library knows it; all zeros where `given` is null. `first` is the
+// size that the struct had in its first version, where it has grown.
 template <typename Struct>
-Struct Read(const Struct* given, const char* name) {
+Struct Read(const Struct* given, const char* name, std::size_t first = sizeof(Struct)) {
   Struct known{};
   if (given == nullptr) return known;
   const std::size_t size = SizeOf(given);
-  CheckSize(size, sizeof(Struct), name);
+  CheckSize(size, first, name);
   CheckRest(given, size, sizeof(Struct), name);
   std::memcpy(&known, given, std::min(size, sizeof(Struct)));
   return known;

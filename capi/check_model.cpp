@@ -1,12 +1,13 @@
 // Describing, verifying and examining a model, as JSON.
-#include <unordered_map>
+#include <cstddef>
+#include <optional>
 
 #include "capi/call_error.h"
 #include "capi/caller_structs.h"
 #include "capi/document_lock.h"
 #include "capi/given_text.h"
-#include "capi/input_cells.h"
 #include "capi/model_state.h"
+#include "capi/text_columns.h"
 #include "host/load/plugin.h"
 #include "host/model/instruction_set.h"
 #include "tools/describe/summary_json.h"
@@ -19,40 +20,8 @@
 namespace svmscore::capi {
 namespace {
 
-using MCZandor_850::ScoreDictVar;
-
-using VariablesByName = std::unordered_map<std::string, const ScoreDictVar*>;
-
-VariablesByName InputsByName(const LoadedModel& loaded) {
-  VariablesByName inputs;
-  for (const auto* list : {&loaded.needed, &loaded.active, &loaded.output->ExtraInputs()}) {
-    for (const ScoreDictVar* var : *list) inputs.emplace(var->GetName(), var);
-  }
-  return inputs;
-}
-
-// The cells of columns as texts. Those of columns that `inputs` does not name are left empty; null
-// for all columns.
-tools::TextTable TextsOf(const std::string& name, const std::vector<ColumnView>& columns,
-                         std::size_t rows, const VariablesByName* inputs) {
-  const MissingTexts none;
-  tools::TextTable table;
-  table.name = name;
-  table.rows.assign(rows, std::vector<std::string>(columns.size()));
-  for (std::size_t c = 0; c < columns.size(); ++c) {
-    const ColumnView& column = columns[c];
-    table.header.push_back(column.name);
-    const ScoreDictVar* var = nullptr;
-    if (inputs != nullptr) {
-      const auto found = inputs->find(column.name);
-      if (found == inputs->end()) continue;
-      var = found->second;
-    }
-    column.Check();
-    const InputCell cell = var == nullptr ? InputCell(column) : InputCell(column, *var, none);
-    for (std::size_t row = 0; row < rows; ++row) table.rows[row][c] = cell.TextAt(row);
-  }
-  return table;
+svmscore_expectation ReadExpectation(const svmscore_expectation* given) {
+  return Read(given, "expectation", offsetof(svmscore_expectation, actual));
 }
 
 constexpr double kUsualTolerance = 1e-6;
@@ -69,9 +38,7 @@ tools::CaseFiles FilesOf(const svmscore_expectation& given, const LoadedModel& l
   if (files.expected.header.empty()) {
     RefuseArgument("there is no column of expected values", "expectation.expected");
   }
-  MissingTexts missing = ReadMissingTexts(given.missing_texts, given.missing_text_count);
-  missing.emplace_back();  // none at all would be the program's own
-  files.rules = tools::CellRules(std::move(missing));
+  files.rules = RulesOf(given.missing_texts, given.missing_text_count);
   if (!(given.tolerance >= 0.0)) {
     RefuseArgument("the tolerance is no number from 0 upward", "expectation.tolerance");
   }
@@ -82,11 +49,28 @@ tools::CaseFiles FilesOf(const svmscore_expectation& given, const LoadedModel& l
 std::string Verify(const ModelState& state, const svmscore_expectation* expectation) {
   if (expectation == nullptr)
     return tools::JsonOf(tools::VerifyDocument(state.loaded), std::nullopt);
-  const tools::CaseFiles files = FilesOf(Read(expectation, "expectation"), state.loaded);
+  const tools::CaseFiles files = FilesOf(ReadExpectation(expectation), state.loaded);
   const tools::FilesReport report =
       tools::VerifyFiles(state.loaded, files.cases, files.expected, files.tolerance, files.rules);
   return tools::JsonOf(report.report, report.agreement);
 }
+
+struct LabelledTable {
+  LabelledTable(const svmscore_expectation& given, const LoadedModel& loaded)
+      : rules(RulesOf(given.missing_texts, given.missing_text_count)) {
+    const VariablesByName inputs = InputsByName(loaded);
+    table = TextsOf("the table of cases",
+                    ViewsOf(given.cases, given.case_column_count, given.row_count), given.row_count,
+                    &inputs);
+    cases.actual = AddLabels(ViewsOf(given.actual, 1, given.row_count).front(), table);
+  }
+  LabelledTable(const LabelledTable&) = delete;
+  LabelledTable& operator=(const LabelledTable&) = delete;
+
+  tools::CellRules rules;
+  tools::TextTable table;
+  tools::LabelledCases cases{table, {}, rules};
+};
 
 std::string Examine(const LoadSettings& settings, tools::DocumentSource& source,
                     const svmscore_expectation* expectation) {
@@ -95,10 +79,17 @@ std::string Examine(const LoadSettings& settings, tools::DocumentSource& source,
   const tools::OpenedDocument opened = tools::OpenDocument(plugin, source);
   if (!opened.IsRead()) return tools::ReportJson(source.Path(), {{*opened.refused}, {}});
   std::optional<tools::CaseFiles> files;
+  std::optional<LabelledTable> labelled;
   if (expectation != nullptr && tools::IsScored(opened)) {
-    files = FilesOf(Read(expectation, "expectation"), *opened.loaded);
+    const svmscore_expectation given = ReadExpectation(expectation);
+    if (given.actual != nullptr) labelled.emplace(given, *opened.loaded);
+    if (given.actual == nullptr || given.expected_column_count > 0) {
+      files = FilesOf(given, *opened.loaded);
+    }
   }
-  return tools::ReportJson(source.Path(), tools::Examine(opened, plugin, source, files));
+  const tools::Examination examination =
+      tools::Examine(opened, plugin, source, files, labelled ? &labelled->cases : nullptr);
+  return tools::ReportJson(source.Path(), examination);
 }
 
 }  // namespace

@@ -1,11 +1,8 @@
 #include "app/calibrate/calibrate_command.h"
 
-#include <chrono>
-#include <cstdint>
-#include <cstdlib>
 #include <optional>
+#include <stdexcept>
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include "app/base/failure.h"
@@ -21,30 +18,10 @@
 #include "host/model/ss_exception.h"
 #include "host/text/number_text.h"
 #include "tools/calibrate/calibration.h"
+#include "tools/calibrate/calibration_date.h"
 #include "tools/calibrate/calibration_json.h"
 
 namespace svmscore::app {
-namespace {
-
-// Now, or the time that a reproducible build asks for.
-std::string DateOfRun() {
-  std::int64_t seconds = std::chrono::duration_cast<std::chrono::seconds>(
-                             std::chrono::system_clock::now().time_since_epoch())
-                             .count();
-  if (const char* asked = std::getenv("SOURCE_DATE_EPOCH")) {
-    const std::optional<std::int64_t> given = ParseInteger(asked);
-    // Years that have four digits.
-    if (!given || *given < 0 || *given > 253402300799) {
-      throw Failure(kUsageError, fmt::format("SOURCE_DATE_EPOCH is \"{}\", which is no number of "
-                                             "seconds since 1970; correct it, or unset it",
-                                             asked));
-    }
-    seconds = *given;
-  }
-  return fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(static_cast<std::time_t>(seconds)));
-}
-
-}  // namespace
 
 CLI::App* CalibrateCommand::AddTo(CLI::App& program) {
   CLI::App* app = program.add_subcommand(
@@ -98,7 +75,12 @@ void CalibrateCommand::CheckFiles() const {
 
 ExitStatus CalibrateCommand::Run() {
   CheckFiles();
-  const std::string made_at = DateOfRun();
+  std::string made_at;
+  try {
+    made_at = tools::DateOfCalibration();
+  } catch (const std::invalid_argument& error) {
+    throw Failure(kUsageError, error.what());
+  }
   const Plugin plugin = LoadPlugin(plugin_);
   // An output that cannot be written is told before the work.
   std::optional<OutputFile> output;

@@ -14,12 +14,14 @@ nb::list Texts(const svmscore_text* texts, std::size_t count) {
 }
 
 // What `expectation` points at belongs to the columns.
-svmscore_expectation Expect(const Columns& cases, const Columns& expected, double tolerance) {
+svmscore_expectation Expect(const Columns& cases, const Columns* expected, double tolerance) {
   svmscore_expectation expectation = SVMSCORE_INIT(svmscore_expectation);
   expectation.cases = cases.All().data();
   expectation.case_column_count = cases.All().size();
-  expectation.expected = expected.All().data();
-  expectation.expected_column_count = expected.All().size();
+  if (expected != nullptr) {
+    expectation.expected = expected->All().data();
+    expectation.expected_column_count = expected->All().size();
+  }
   expectation.row_count = cases.RowCount();
   expectation.tolerance = tolerance;
   return expectation;
@@ -160,7 +162,7 @@ nb::str Model::Verify(const Columns* cases, const Columns* expected, double tole
     if (cases == nullptr || expected == nullptr) {
       status = svmscore_verify(Get(), nullptr, &json, &length, &error);
     } else {
-      const svmscore_expectation expectation = Expect(*cases, *expected, tolerance);
+      const svmscore_expectation expectation = Expect(*cases, expected, tolerance);
       status = svmscore_verify(Get(), &expectation, &json, &length, &error);
     }
   }
@@ -169,7 +171,7 @@ nb::str Model::Verify(const Columns* cases, const Columns* expected, double tole
 }
 
 nb::str Doctor(nb::bytes document, const LoadSettings& settings, const Columns* cases,
-               const Columns* expected, double tolerance) {
+               const Columns* expected, const Columns* actual, double tolerance) {
   char* json = nullptr;
   std::size_t length = 0;
   svmscore_error* error = nullptr;
@@ -179,13 +181,41 @@ nb::str Doctor(nb::bytes document, const LoadSettings& settings, const Columns* 
   {
     const nb::gil_scoped_release release;
     svmscore_expectation expectation{};
-    const bool compares = cases != nullptr && expected != nullptr;
-    if (compares) expectation = Expect(*cases, *expected, tolerance);
+    const bool compares = cases != nullptr && (expected != nullptr || actual != nullptr);
+    if (compares) expectation = Expect(*cases, expected, tolerance);
+    if (compares && actual != nullptr) expectation.actual = actual->All().data();
     status = svmscore_doctor_memory(data, size, settings.Options(),
                                     compares ? &expectation : nullptr, &json, &length, &error);
   }
   Check(status, error);
   return TakeText(json, length);
+}
+
+nb::tuple Calibrate(nb::bytes document, const LoadSettings& settings, const Columns& cases,
+                    const Columns& actual, double confidence) {
+  svmscore_holdout holdout = SVMSCORE_INIT(svmscore_holdout);
+  holdout.cases = cases.All().data();
+  holdout.case_column_count = cases.All().size();
+  holdout.actual = actual.All().data();
+  holdout.row_count = cases.RowCount();
+  holdout.confidence = confidence;
+  char* calibrated = nullptr;
+  char* report = nullptr;
+  std::size_t size = 0;
+  std::size_t length = 0;
+  svmscore_error* error = nullptr;
+  int status = SVMSCORE_OK;
+  const void* data = document.data();
+  const std::size_t given = document.size();
+  {
+    const nb::gil_scoped_release release;
+    status = svmscore_calibrate_memory(data, given, settings.Options(), &holdout, &calibrated,
+                                       &size, &report, &length, &error);
+  }
+  Check(status, error);
+  const std::unique_ptr<char, void (*)(char*)> freed(calibrated, svmscore_text_free);
+  const nb::str json = TakeText(report, length);
+  return nb::make_tuple(nb::bytes(calibrated, size), json);
 }
 
 }  // namespace svmscore::python

@@ -46,8 +46,13 @@ class Model {
   std::unique_ptr<svmscore_model, Free> model_;
 };
 
+// `actual`: one column of what the cases really are. Null columns: not given.
 nanobind::str Doctor(nanobind::bytes document, const LoadSettings& settings, const Columns* cases,
-                     const Columns* expected, double tolerance);
+                     const Columns* expected, const Columns* actual, double tolerance);
+
+// (the calibrated document, the report as JSON). `actual`: one column, as long as the others.
+nanobind::tuple Calibrate(nanobind::bytes document, const LoadSettings& settings,
+                          const Columns& cases, const Columns& actual, double confidence);
 
 }  // namespace svmscore::python
 

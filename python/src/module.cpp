@@ -21,8 +21,10 @@ NB_MODULE(_core, module) {
   module.def("version", &svmscore_version);
   module.def("instruction_set", &svmscore_instruction_set);
   module.def("doctor", &svmscore::python::Doctor, nb::arg("document"), nb::arg("settings"),
-             nb::arg("cases").none(), nb::arg("expected").none(), nb::arg("tolerance"));
-
+             nb::arg("cases").none(), nb::arg("expected").none(), nb::arg("actual").none(),
+             nb::arg("tolerance"));
+  module.def("calibrate", &svmscore::python::Calibrate, nb::arg("document"), nb::arg("settings"),
+             nb::arg("cases"), nb::arg("actual"), nb::arg("confidence"));
   module.def("convert_libsvm", &svmscore::python::ConvertLibsvm, nb::arg("model"),
              nb::arg("ranges").none(), nb::arg("names").none(), nb::arg("labels").none());
 

@@ -10,6 +10,7 @@ from __future__ import annotations
 from typing import TYPE_CHECKING, Any
 
 from . import _core
+from ._calibration import Calibration, calibrate
 from ._errors import (
     DocumentError,
     DocumentWarning,
@@ -38,6 +39,7 @@ def instruction_set() -> str:
 
 
 __all__ = [
+    "Calibration",
     "ConversionError",
     "DocumentError",
     "DocumentWarning",
@@ -50,6 +52,7 @@ __all__ = [
     "ScoringError",
     "SetupError",
     "TableError",
+    "calibrate",
     "doctor",
     "from_libsvm",
     "instruction_set",

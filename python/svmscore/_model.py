@@ -7,12 +7,15 @@ import os
 import sys
 import warnings
 from collections.abc import Iterable, Mapping
-from typing import Any, Literal, NamedTuple
+from typing import TYPE_CHECKING, Any, Literal, NamedTuple
 
 import numpy as np
 
 from . import _core, _tables
 from ._errors import DocumentError, DocumentWarning, NotCalibrated, ScoringError, TableError
+
+if TYPE_CHECKING:
+    from ._calibration import Calibration
 
 _POLICIES = {None: 0, "replace": 1, "predict-missing": 2, "fail": 3}
 _CHOICES = {"auto": 0, "raw": 1, "all": 2}
@@ -344,7 +347,29 @@ class Model:
         except TableError as error:
             raise self._told(error, X) from None
 
+    def calibrate(self, X: Any, y: Any, *, confidence: float = 0.95) -> Calibration:
+        """The same as svmscore.calibrate(model, X, y)."""
+        from ._calibration import calibrate
+
+        return calibrate(self, X, y, confidence=confidence)
+
     # --- Within ----------------------------------------------------------------------------------
+
+    def _calibrate(self, X: Any, y: Any, confidence: float) -> tuple[bytes, str]:
+        if self._options["as_is"] or self._options["missing_policy"]:
+            raise ValueError(
+                "a calibrated document goes by the default reading and its own policy for missing "
+                "values; load the model without as_is and missing_policy"
+            )
+        if not 0.0 < confidence < 1.0:
+            raise ValueError("confidence is above 0 and below 1, as 0.95 is")
+        try:
+            cases = self._read(X).columns
+            actual = labels_of(y, cases.row_count)
+            settings = settings_of(False, False, None, self._options["limits"], self._name)
+            return _core.calibrate(self._document, settings, cases, actual, float(confidence))
+        except TableError as error:
+            raise self._told(error, X) from None
 
     def _expectation(self, X: Any, expected: Any) -> tuple[Any, Any]:
         return expectation_of(
@@ -544,6 +569,18 @@ def expectation_of(
     return cases, wanted
 
 
+def labels_of(y: Any, rows: int) -> _core.Columns:
+    """What the cases really are, as a column of the library."""
+    labels = y if isinstance(y, np.ma.MaskedArray) else np.asarray(y)
+    if labels.ndim == 2 and labels.shape[1] == 1:
+        labels = labels[:, 0]
+    if labels.ndim != 1:
+        raise ValueError("y is one column: an array (n,), a list or a Series")
+    if len(labels) != rows:
+        raise ValueError(f"there are {rows} cases but {len(labels)} labels")
+    return _tables.read({"y": labels}, None, {}).columns
+
+
 def _reload(document: bytes, name: str, options: dict[str, Any]) -> Model:
     """What pickle calls. The remarks were told where the model was loaded first."""
     return Model(document, name, options)
@@ -602,6 +639,7 @@ def doctor(
     X: Any = None,
     expected: Any = None,
     *,
+    actual: Any = None,
     limits: Mapping[str, int] | None = None,
     tolerance: float = 1e-6,
 ) -> dict[str, Any]:
@@ -610,6 +648,7 @@ def doctor(
     Args:
         source, limits: as of load.
         X, expected, tolerance: as of Model.verify; cases help to tell what is wrong.
+        actual: what the cases really are, (n,): probabilities and intervals are compared with it.
     Returns:
         The findings, each with its place, consequence and remedy.
     """
@@ -617,8 +656,13 @@ def doctor(
 
     document, name = read_source(source)
     settings = settings_of(False, False, None, limits, name)
-    cases = wanted = None
-    if X is not None or expected is not None:
+    cases = wanted = known = None
+    if actual is not None:
+        if X is None:
+            raise ValueError("actual says what cases really are; give them, too")
+        if expected is None:
+            cases = _read_for_doctor(document, X, limits)
+    if expected is not None or (X is not None and actual is None):
         try:
             with warnings.catch_warnings():
                 warnings.simplefilter("ignore", DocumentWarning)
@@ -626,4 +670,15 @@ def doctor(
             cases, wanted = model._expectation(X, expected)
         except (ValueError, TableError):
             cases, wanted = expectation_of(X, expected, None, {}, [], "expected")
-    return json.loads(_core.doctor(document, settings, cases, wanted, float(tolerance)))
+    if actual is not None and cases is not None:
+        known = labels_of(actual, cases.row_count)
+    return json.loads(_core.doctor(document, settings, cases, wanted, known, float(tolerance)))
+
+
+def _read_for_doctor(document: bytes, X: Any, limits: Mapping[str, int] | None) -> _core.Columns:
+    try:
+        with warnings.catch_warnings():
+            warnings.simplefilter("ignore", DocumentWarning)
+            return load(document, limits=limits)._read(X).columns
+    except (ValueError, TableError):
+        return _tables.read(X, None, {}, []).columns

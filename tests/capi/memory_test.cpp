@@ -105,6 +105,25 @@ TEST(CMemory, LoadingTellingAndCheckingFailAndLoseNothing) {
   expectation.expected = expected.views.data();
   expectation.expected_column_count = expected.views.size();
   expectation.row_count = columns.rows;
+  const std::string tumour = svmscore::app::ReadFile(PROJECT_FOLDER "/examples/tumour/model.pmml");
+  const Rows all = RowsOf(svmscore::app::ReadFile(PROJECT_FOLDER "/examples/tumour/cases.csv"));
+  const Columns known(Rows(all.begin(), all.begin() + 60), Form::kNumbers);
+  Rows outcomes;
+  for (std::size_t i = 0; i < 60; ++i) outcomes.push_back({all[i].back()});
+  const Columns labels(outcomes, Form::kTexts);
+  svmscore_holdout holdout = SVMSCORE_INIT(svmscore_holdout);
+  holdout.cases = known.views.data();
+  holdout.case_column_count = known.views.size();
+  holdout.actual = labels.views.data();
+  holdout.row_count = known.rows;
+  FailEach("calibrate", 100, [&](svmscore_error** error) {
+    char* document = nullptr;
+    char* report = nullptr;
+    const int kind = svmscore_calibrate_memory(tumour.data(), tumour.size(), nullptr, &holdout,
+                                               &document, nullptr, &report, nullptr, error);
+    svmscore_text_free(document);
+    return freed(kind, report);
+  });
   FailEach("verify", 200, [&](svmscore_error** error) {
     char* json = nullptr;
     const int kind = svmscore_verify(model.get(), &expectation, &json, nullptr, error);

@@ -1,6 +1,7 @@
 #include "tools/calibrate/document_places.h"
 
 #include <memory>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -10,6 +11,7 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/sax2/SAX2XMLReader.hpp>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "host/xml/transcoder.h"
@@ -134,7 +136,7 @@ class PartFinder : public xercesc::DefaultHandler {
 
 }  // namespace
 
-DocumentPlaces FindPlaces(const std::string& document, const std::string& name) {
+DocumentPlaces FindPlaces(const std::string& document, const std::string& name) try {
   if (WidthOf(document) == ByteWidth::kUnknown) {
     throw BadDocument(
         fmt::format("{}: its encoding cannot be written; save the document as UTF-8", name));
@@ -159,6 +161,8 @@ DocumentPlaces FindPlaces(const std::string& document, const std::string& name) 
                     name, finder.PartsEntity()));
   }
   return finder.Take();
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();  // the parser's own exception is not a standard one
 }
 
 }  // namespace svmscore::tools

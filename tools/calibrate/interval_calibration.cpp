@@ -32,7 +32,7 @@ void IntervalCalibration::Run(const Holdout& holdout, CalibrationResult& result)
   if (holdout.Size() < needed) {
     throw BadCases(fmt::format(
         "{}: {} usable cases are too few for intervals of confidence {}: it takes {}; use more "
-        "cases, or a lower --confidence",
+        "cases, or a lower confidence",
         order_.holdout.name, holdout.Size(), order_.confidence, needed));
   }
   for (std::size_t c = 0; c < holdout.Size(); ++c) {

@@ -1,5 +1,6 @@
 // Finding the place of the verification block in the bytes of a document.
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,7 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/sax2/SAX2XMLReader.hpp>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "host/xml/transcoder.h"
@@ -96,7 +98,7 @@ class PlaceFinder : public xercesc::DefaultHandler {
 
 }  // namespace
 
-BlockPlace FindBlockPlace(const std::string& document, const std::string& name) {
+BlockPlace FindBlockPlace(const std::string& document, const std::string& name) try {
   if (WidthOf(document) == ByteWidth::kUnknown) {
     throw BadDocument(
         fmt::format("{}: its encoding cannot be written; save the document "
@@ -122,6 +124,8 @@ BlockPlace FindBlockPlace(const std::string& document, const std::string& name) 
                     name, finder.Entity()));
   }
   return finder.Place();
+} catch (const xercesc::OutOfMemoryException&) {
+  throw std::bad_alloc();  // the parser's own exception is not a standard one
 }
 
 std::string PutBlock(const std::string& document, const BlockPlace& place,
