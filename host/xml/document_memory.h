@@ -6,12 +6,14 @@
 
 #include <xercesc/framework/MemoryManager.hpp>
 
+#include "host/text/api.h"
+
 namespace svmscore {
 
 // Memory for the parser and the document. Whatever they have not given back is freed with this
 // object, because the parser's library leaks blocks where memory runs out half-way through its own
 // constructors. One thread at a time.
-class DocumentMemory : public xercesc::MemoryManager {
+class SVMSCORE_HOST_API DocumentMemory : public xercesc::MemoryManager {
  public:
   DocumentMemory() = default;
   ~DocumentMemory() override;

@@ -13,6 +13,7 @@
 #include <xercesc/util/OutOfMemoryException.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include "host/xml/document_memory.h"
 #include "host/xml/transcoder.h"
 #include "tools/base/bad_input.h"
 #include "tools/base/document_bytes.h"
@@ -105,8 +106,9 @@ BlockPlace FindBlockPlace(const std::string& document, const std::string& name) 
                     "as UTF-8",
                     name));
   }
+  DocumentMemory memory;  // which frees what the parser's constructors lose
   const std::unique_ptr<xercesc::SAX2XMLReader> reader(
-      xercesc::XMLReaderFactory::createXMLReader());
+      xercesc::XMLReaderFactory::createXMLReader(&memory));
   reader->setFeature(xercesc::XMLUni::fgXercesCalculateSrcOfs, true);
   reader->setFeature(xercesc::XMLUni::fgSAX2CoreValidation, false);
   reader->setFeature(xercesc::XMLUni::fgXercesSchema, false);

@@ -11,7 +11,8 @@
  *   the caller's.
  * - No function throws, ends the process, prints, or changes the locale, signal handlers, the
  *   current folder or the environment. (The trace that the environment variable SVMSCORE_LOG asks
- *   for is printed.) SVMSCORE_ISA, SVMSCORE_PLUGIN and SVMSCORE_LOG are read once.
+ *   for is printed.) SVMSCORE_ISA, SVMSCORE_CERTIFY, SVMSCORE_PLUGIN and SVMSCORE_LOG are
+ *   read once.
  * - Structs begin with `size`, their size in bytes: the caller sets it, best by SVMSCORE_INIT. A
  *   library reads the members that the size covers and takes the others as 0; members that it does
  *   not know yet must be 0. Where a function takes an array of such structs, every element has the
@@ -117,7 +118,9 @@ SVMSCORE_API void svmscore_error_free(svmscore_error* error);
  * [any thread] Lives: as long as the process. Fails: never. */
 SVMSCORE_API const char* svmscore_version(void);
 /* What scoring computes with: "plain", "sse2", "avx2" or "avx512"; the best that this CPU has, or
- * what SVMSCORE_ISA names. Where it names none that can be used, loading fails (260317).
+ * what SVMSCORE_ISA names. Where it names none that can be used, loading fails (260317). Where only
+ * votes are wanted, estimates with proven error bounds decide most of them, with the same results;
+ * not if SVMSCORE_CERTIFY is "off".
  * [any thread] Lives: as long as the process. Fails: never. */
 SVMSCORE_API const char* svmscore_instruction_set(void);
 /* Frees a text that a function of this header says is the caller's. Null is allowed.
@@ -443,6 +446,9 @@ typedef struct svmscore_expectation {
   double tolerance; /* how far a number may be from the expected one, as a share of it; 0: 1e-6 */
   const svmscore_text* missing_texts; /* as of a scorer */
   size_t missing_text_count;
+  const svmscore_column* actual; /* what the cases really are, one column whatever its name, for
+                                    svmscore_doctor_*, which compares probabilities and intervals
+                                    with it; `expected` may then be null; null: not known */
 } svmscore_expectation;
 
 /* Compares scores with those that `expectation` holds; without one, null, with the document's own
@@ -495,6 +501,42 @@ typedef struct svmscore_convert_options {
 SVMSCORE_API int svmscore_convert_libsvm(const void* model, size_t model_size,
                                          const svmscore_convert_options* options, char** document,
                                          size_t* length, svmscore_error** error);
+
+/* --- Calibrating ---------------------------------------------------------------------------- */
+
+/* Cases that a model was not trained on and whose outcome is known. */
+typedef struct svmscore_holdout {
+  size_t size;
+  const svmscore_column* cases; /* by the names of the inputs */
+  size_t case_column_count;
+  const svmscore_column* actual; /* what they really are: categories of the target, or numbers; one
+                                    column, whatever its name */
+  size_t row_count;
+  const svmscore_text* missing_texts; /* as of a scorer */
+  size_t missing_text_count;
+  double confidence; /* of a regression: the share of cases that intervals should cover; 0: 0.95 */
+} svmscore_holdout;
+
+/* Makes a document with calibrated probabilities, or intervals, of that of a file, or of memory, as
+ * `svmscore calibrate` does: svmscore_load_memory reads it. The document is read in the default
+ * mode and goes by its own policy for missing values; `options` gives limits, plug-in and name, and
+ * may be null. `report`, which may be null, gets the JSON object of `svmscore calibrate --json`:
+ * the rows, the sigmoids or the width, the figures before and after, and remarks. The date in the
+ * document is now, or that of the environment variable SOURCE_DATE_EPOCH. Lengths may be null.
+ * [any thread] Owns: the caller both texts: svmscore_text_free. Lives: arguments, for the call.
+ * Fails: SVMSCORE_DOCUMENT: the document cannot be read or calibrated; SVMSCORE_TABLE: columns that
+ * do not fit, too few cases, a category without cases; SVMSCORE_SYSTEM: no plug-in, SVMSCORE_ISA,
+ * SOURCE_DATE_EPOCH. */
+SVMSCORE_API int svmscore_calibrate_file(const char* path, size_t path_length,
+                                         const svmscore_load_options* options,
+                                         const svmscore_holdout* holdout, char** document,
+                                         size_t* document_length, char** report,
+                                         size_t* report_length, svmscore_error** error);
+SVMSCORE_API int svmscore_calibrate_memory(const void* data, size_t data_size,
+                                           const svmscore_load_options* options,
+                                           const svmscore_holdout* holdout, char** document,
+                                           size_t* document_length, char** report,
+                                           size_t* report_length, svmscore_error** error);
 
 /* --- The Arrow C Data Interface ------------------------------------------------------------- */
 
