@@ -173,7 +173,7 @@ void ScoreCases(const LoadedModel& loaded, Choices& choices) {
   CompareBatch(plan, rows);
   app::CaseBlock block;
   block.rows.text = CsvOf(rows);
-  scorer.Score(block);
+  scorer.Work(block);
   // For a model without inputs a row is empty, which is an error.
   if (names.empty()) return;
   Promise(!block.error, "the rows are read");

@@ -28,7 +28,7 @@ TextTable Scores(const LoadedModel& loaded, const TextTable& cases, Choices& cho
   scorer.FixPositions();
   app::CaseBlock block;
   block.rows.text = CsvOf(cases.rows);
-  scorer.Score(block);
+  scorer.Work(block);
   Rows header(1);
   for (const auto& column : plan.results) header[0].push_back(column->Name());
   const MemoryFile file(CsvOf(header) + block.out);

@@ -38,7 +38,7 @@ Written Run(const ScoringPlan& plan, app::RowBlocks& input) {
   scorer.FixPositions();
   app::CaseBlock block;
   while (written.error_line == 0 && input.Next(block.rows)) {
-    for (scorer.Score(block);; scorer.Resume(block)) {
+    for (scorer.Work(block);; scorer.Resume(block)) {
       written.text += block.out;
       written.cases += block.tally.cases;
       if (block.done) break;

@@ -20,11 +20,12 @@
 #include "app/options/file_option.h"
 #include "app/options/limit_option.h"
 #include "app/options/name_list.h"
+#include "app/options/run_option.h"
 #include "app/options/table_option.h"
-#include "app/score/pipeline.h"
-#include "app/score/progress.h"
-#include "app/score/row_format.h"
-#include "app/table/csv_row.h"
+#include "app/pipeline/pipeline.h"
+#include "app/pipeline/progress.h"
+#include "app/pipeline/row_format.h"
+#include "app/score/case_scorer.h"
 #include "app/table/row_blocks.h"
 #include "host/model/batch_model.h"
 #include "host/model/scoring_log.h"
@@ -39,14 +40,7 @@ using MCZandor_850::ScoreModel;
 using MCZandor_850::ScoringLog;
 using tools::ColumnChoice;
 
-constexpr int kMostThreads = 1024;
 constexpr const char* kAllColumns = "*";
-
-void UsePolicy(ScoreModel& model, const std::string& policy) {
-  if (policy == "replace") model.SetMissingValuePolicy(ScoreModel::kReplaceMissing);
-  if (policy == "predict-missing") model.SetMissingValuePolicy(ScoreModel::kPredictMissing);
-  if (policy == "fail") model.SetMissingValuePolicy(ScoreModel::kFailOnMissing);
-}
 
 ColumnChoice ChoiceOf(const std::string& columns) {
   if (columns == "auto") return ColumnChoice::kDocument;
@@ -112,17 +106,7 @@ void TellVotes(const ScoreModel& model) {
 tools::CaseColumns ReadColumns(RowBlocks& input, const RowForm& form, const LoadedModel& loaded,
                                std::vector<std::string>& copied, const std::string& input_name) {
   RowBlock header;
-  std::vector<std::string_view> names;
-  try {
-    if (!input.ReadHeader(header)) {
-      throw Failure(kInputError, fmt::format("{}: the input is empty; it needs at least a header "
-                                             "line with the names of the columns",
-                                             input_name));
-    }
-    CsvRows(header.text.data(), header.text.size(), header.first_line, form).Next(names);
-  } catch (const CsvError& error) {
-    throw BrokenRow(input_name, error);
-  }
+  const std::vector<std::string_view> names = ReadColumnNames(input, form, input_name, header);
   if (copied != std::vector<std::string>{kAllColumns}) {
     return tools::MatchColumns(names, loaded, copied, input_name);
   }
@@ -171,9 +155,7 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
       ->capture_default_str();
   AddFileOption(*app, "-o,--output", output_,
                 "write to this file, which appears when it is complete; - is standard output");
-  app->add_option("--format", format_, "csv, or jsonl for one JSON object a line")
-      ->check(CLI::IsMember({"csv", "jsonl"}))
-      ->capture_default_str();
+  AddFormatOption(*app, format_);
   app->add_option(
          "--columns", columns_,
          "auto: the document's output fields, or else what the model computes; raw: what the "
@@ -184,10 +166,7 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
                   "names of input columns, separated by commas, to copy to the front; '*' for all")
       ->allow_extra_args(false);
   AddTableOptions(*app, table_);
-  app->add_option("--missing-policy", policy_,
-                  "a case with a missing value: replace where the model says by what, "
-                  "predict-missing, or fail; default: what the model says")
-      ->check(CLI::IsMember({"replace", "predict-missing", "fail"}));
+  AddPolicyOption(*app, policy_);
   app->add_flag("--no-header", no_header_, "write no header line; the input has one all the same");
   app->add_option_function<std::string>(
          "--part", [this](const std::string& text) { SetPart(text); },
@@ -205,8 +184,7 @@ CLI::App* ScoreCommand::AddTo(CLI::App& program) {
                 "exit with status 4 if any case failed, and not only if none could be scored");
   AddReadingOptions(*app, reading_,
                     "refuse a model of whose document something is guessed, lost or wrong");
-  app->add_option("--threads", threads_, "number of threads; default: all cores")
-      ->check(CLI::Range(1, kMostThreads));
+  AddThreadsOption(*app, threads_);
   AddFileOption(*app, "--log", log_, "append a trace to this file, with the row of every failure");
   AddLimitOption(*app, limits_);
   AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
@@ -292,31 +270,18 @@ ExitStatus ScoreCommand::Run() {
   HandleEndingSignals();
   NoteCasesWritten(0);
   OutputFile output(output_);
-  Progress progress(input.Size());
+  Progress progress(input.Size(), "scored");
   std::string header;
   if (!no_header_ && (!part_ || part_->IsFirst())) plan.format->Header(header);
   output.Write(header);
   const int threads = threads_ > 0 ? threads_ : oneapi::tbb::info::default_concurrency();
-  Tally tally;
-  Failures failures;
-  RowLikeCells row_like_cells;
-  const auto tell = [&] {
-    SayWhenEnded({});
-    progress.Clear();
-    TellAsItIs(TextOf(failures, row_like_cells, file.Name()));
-  };
-  try {
-    tally = ScoreAll(plan, input, file.Name(), output, progress, failures, row_like_cells, threads);
-  } catch (...) {
-    tell();
-    throw;
-  }
-  output.Commit();
-  tell();
+  const Tally tally =
+      RunBlocks([&plan] { return std::make_unique<CaseScorer>(plan); },
+                {input, file.Name(), output, progress}, {threads, plan.logs_failures});
   progress.Close(tally);
   TellVotes(model);
   CheckLog(log_);
-  const bool failed = strict_ ? tally.scored < tally.cases : tally.scored == 0 && tally.cases > 0;
+  const bool failed = strict_ ? tally.done < tally.cases : tally.done == 0 && tally.cases > 0;
   return failed ? kSomeCaseFailed : kDone;
 }
 

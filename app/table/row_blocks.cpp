@@ -110,10 +110,23 @@ std::uint64_t RowBlocks::Size() const {
 
 bool RowBlocks::Next(RowBlock& block) {
   ScanText();
-  while ((text_.size() < block_bytes_ || scan_.row_end == 0) && Fill()) ScanText();
+  const std::size_t bytes = block_bytes_;
+  while ((text_.size() < bytes || scan_.row_end == 0) && Fill()) ScanText();
   if (text_.empty()) return false;
-  CutAt(at_end_ ? text_.size() : scan_.row_end, block);
+  CutAt(EndOfBlock(bytes), block);
   return true;
+}
+
+// A large block takes all whole rows at hand, so that the rest need not be scanned again.
+std::size_t RowBlocks::EndOfBlock(std::size_t bytes) const {
+  const std::size_t last = at_end_ ? text_.size() : scan_.row_end;
+  if (bytes >= kFewBytes) return last;
+  Quotation quotation;
+  for (std::size_t i = 0; i < last; ++i) {
+    if (text_[i] == '"') quotation.Meet(i, OpensCell(i));
+    if (text_[i] == '\n' && !quotation.IsOpen() && i + 1 >= bytes) return i + 1;
+  }
+  return last;
 }
 
 bool RowBlocks::Fill() {
@@ -126,7 +139,7 @@ bool RowBlocks::Fill() {
                            : "is a quoted cell never closed? ") +
                        BeyondTableLimit(form_.limits, &Limits::row_length));
   }
-  buffer_.resize(block_bytes_);
+  buffer_.resize(std::max<std::size_t>(block_bytes_, kFewBytes));
   const auto count = scan_.row_end == 0 ? input_.Read(buffer_.data(), buffer_.size())
                                         : input_.ReadWaiting(buffer_.data(), buffer_.size());
   if (!count) return false;

@@ -2,6 +2,7 @@
 #ifndef APP_TABLE_ROW_BLOCKS_H_
 #define APP_TABLE_ROW_BLOCKS_H_
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <limits>
@@ -24,12 +25,17 @@ struct RowBlock {
 // end that is not inside a quoted cell. Holds one block and the beginning of the next.
 class RowBlocks {
  public:
-  // A block ends at the first end of a row at or after `block_bytes`, or earlier where the input
-  // ends, or where whoever writes it pauses after the end of a row: no row waits for those that
-  // follow it. `input` must outlive this object.
+  static constexpr std::size_t kMostBlock = std::size_t{256} << 10;
+
+  // A block ends at an end of a row at or after `block_bytes`, of few bytes at the first one; or
+  // earlier where the input ends, or where whoever writes it pauses after the end of a row: no row
+  // waits for those that follow it. `input` must outlive this object.
   explicit RowBlocks(InputFile& input, const RowForm& form = {},
-                     std::size_t block_bytes = 256U << 10U)
-      : input_(input), form_(form), block_bytes_(block_bytes) {}
+                     std::size_t block_bytes = kMostBlock)
+      : input_(input),
+        form_(form),
+        block_bytes_(block_bytes),
+        least_block_(std::min(block_bytes, kFewBytes)) {}
 
   // The first row that is no blank line, without a byte-order mark; false where there is none.
   bool ReadHeader(RowBlock& header);
@@ -38,6 +44,7 @@ class RowBlocks {
     form_.delimiter = delimiter;
     scan_ = {};
   }
+  char Delimiter() const { return form_.delimiter; }
   // After the header of a table of `width` columns: leaves only the rows of `part` to read. Reads
   // the file, which is plain, up to them, because quoting and row numbers depend on all that is
   // before. Throws a Failure(kInputError) for an unreadable input.
@@ -45,9 +52,13 @@ class RowBlocks {
   // The next rows; false at the end. Throws a Failure(kInputError) for an unreadable input and a
   // CsvError for a row that exceeds its limit, as one without end does.
   bool Next(RowBlock& block);
-  // Halves the blocks that follow; on any thread.
+  // Halve and double the blocks that follow, down to a bound that depends on their first size, and
+  // up to kMostBlock; on any thread.
   void ShrinkBlocks() {
-    if (block_bytes_ > kLeastBlock) block_bytes_ = block_bytes_ / 2;
+    if (block_bytes_ > least_block_) block_bytes_ = block_bytes_ / 2;
+  }
+  void GrowBlocks() {
+    if (block_bytes_ < kMostBlock) block_bytes_ = block_bytes_ * 2;
   }
   // Rows of the table before the part that is read; 0 where all of it is.
   std::uint64_t RowsBefore() const { return rows_before_; }
@@ -57,7 +68,8 @@ class RowBlocks {
   std::uint64_t BytesRead() const { return input_.BytesRead() - begin_; }
 
  private:
-  static constexpr std::size_t kLeastBlock = 4096;
+  // The input is read by so many bytes at least, also where blocks are smaller.
+  static constexpr std::size_t kFewBytes = 4096;
 
   // Where the scan of the text in hand stands.
   struct Scan {
@@ -75,6 +87,8 @@ class RowBlocks {
   void NoteRowEnds(std::size_t from, std::size_t to);
   bool OpensCell(std::size_t quote) const;
   void EndPartAfter(std::size_t from, std::size_t& to);
+  // Where a block of so many bytes ends in the text, which has whole rows.
+  std::size_t EndOfBlock(std::size_t bytes) const;
   void CutAt(std::size_t end, RowBlock& block);
   void PassOver(std::uint64_t bytes, std::size_t width);
   void Drop(std::size_t size);
@@ -82,6 +96,7 @@ class RowBlocks {
   InputFile& input_;
   RowForm form_;
   std::atomic<std::size_t> block_bytes_;
+  std::size_t least_block_;
   std::string buffer_;
   std::string text_;
   Scan scan_;

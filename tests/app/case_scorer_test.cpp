@@ -55,14 +55,14 @@ std::string ScoredRows(const LoadedModel& loaded, ScoreModel& model, const Table
   plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
   plan.writes_reasons = true;
   plan.format = CsvFormat({});
+  plan.long_output = long_output;
   CaseScorer scorer(plan);
   scorer.FixPositions();
   CaseBlock block;
   block.rows.text = table.rows;
-  plan.long_output = long_output;
   std::string all;
   std::uint64_t cases = 0;
-  for (scorer.Score(block);; scorer.Resume(block)) {
+  for (scorer.Work(block);; scorer.Resume(block)) {
     // Only the last row of a piece may be beyond.
     EXPECT_LT(block.out.rfind('\n', block.out.size() - 2) + 1, long_output + 1);
     all += block.out;

@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "app/files/output_file.h"
-#include "app/score/row_format.h"
+#include "app/pipeline/row_format.h"
 #include "tests/app/temporary_folder.h"
 
 namespace svmscore::app {

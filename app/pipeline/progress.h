@@ -1,19 +1,19 @@
 // What the program tells of a run on standard error.
-#ifndef APP_SCORE_PROGRESS_H_
-#define APP_SCORE_PROGRESS_H_
+#ifndef APP_PIPELINE_PROGRESS_H_
+#define APP_PIPELINE_PROGRESS_H_
 
 #include <chrono>
 #include <cstdint>
 
-#include "app/score/case_scorer.h"
+#include "app/pipeline/case_block.h"
 
 namespace svmscore::app {
 
 // Used by one thread.
 class Progress {
  public:
-  // `input_size` in bytes; 0 where it is not known.
-  explicit Progress(std::uint64_t input_size);
+  // `input_size` in bytes; 0 where it is not known. `done` is what becomes of a case: "scored".
+  Progress(std::uint64_t input_size, const char* done);
   // Takes an unfinished progress line away.
   ~Progress();
   Progress(const Progress&) = delete;
@@ -31,6 +31,7 @@ class Progress {
 
   double SecondsSince(Clock::time_point start) const;
   std::uint64_t input_size_;
+  const char* done_;
   bool terminal_;
   bool shown_ = false;
   Clock::time_point start_;
@@ -39,4 +40,4 @@ class Progress {
 
 }  // namespace svmscore::app
 
-#endif  // APP_SCORE_PROGRESS_H_
+#endif  // APP_PIPELINE_PROGRESS_H_

@@ -1,4 +1,4 @@
-#include "app/score/row_format.h"
+#include "app/pipeline/row_format.h"
 
 #include <array>
 #include <charconv>

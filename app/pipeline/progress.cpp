@@ -1,4 +1,4 @@
-#include "app/score/progress.h"
+#include "app/pipeline/progress.h"
 
 #include <algorithm>
 #include <string>
@@ -17,8 +17,9 @@ constexpr const char* kEraseLine = "\r\x1b[K";
 
 }  // namespace
 
-Progress::Progress(std::uint64_t input_size)
+Progress::Progress(std::uint64_t input_size, const char* done)
     : input_size_(input_size),
+      done_(done),
       terminal_(isatty(STDERR_FILENO) == 1),
       start_(Clock::now()),
       last_shown_(start_ - kBetweenLines) {}
@@ -45,8 +46,8 @@ void Progress::Show(std::uint64_t cases, std::uint64_t bytes_read) {
 
 void Progress::Close(const Tally& tally) {
   Clear();
-  Tell(fmt::format("{} case{}, {} scored, {} missing, {} invalid, {:.3f} seconds", tally.cases,
-                   tally.cases == 1 ? "" : "s", tally.scored, tally.missing, tally.invalid,
+  Tell(fmt::format("{} case{}, {} {}, {} missing, {} invalid, {:.3f} seconds", tally.cases,
+                   tally.cases == 1 ? "" : "s", tally.done, done_, tally.missing, tally.invalid,
                    SecondsSince(start_)));
 }
 

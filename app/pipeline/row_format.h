@@ -1,6 +1,6 @@
 // How a row of output is spelled: as CSV, or as a JSON object on a line.
-#ifndef APP_SCORE_ROW_FORMAT_H_
-#define APP_SCORE_ROW_FORMAT_H_
+#ifndef APP_PIPELINE_ROW_FORMAT_H_
+#define APP_PIPELINE_ROW_FORMAT_H_
 
 #include <memory>
 #include <string>
@@ -36,4 +36,4 @@ void AppendJsonString(std::string& out, std::string_view text);
 
 }  // namespace svmscore::app
 
-#endif  // APP_SCORE_ROW_FORMAT_H_
+#endif  // APP_PIPELINE_ROW_FORMAT_H_

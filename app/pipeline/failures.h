@@ -1,6 +1,6 @@
 // What a run tells of the cases that failed.
-#ifndef APP_SCORE_FAILURES_H_
-#define APP_SCORE_FAILURES_H_
+#ifndef APP_PIPELINE_FAILURES_H_
+#define APP_PIPELINE_FAILURES_H_
 
 #include <cstdint>
 #include <string>
@@ -54,4 +54,4 @@ std::string TextOf(const Failures& failures, const RowLikeCells& row_like_cells,
 
 }  // namespace svmscore::app
 
-#endif  // APP_SCORE_FAILURES_H_
+#endif  // APP_PIPELINE_FAILURES_H_

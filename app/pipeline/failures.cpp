@@ -1,4 +1,4 @@
-#include "app/score/failures.h"
+#include "app/pipeline/failures.h"
 
 #include <algorithm>
 

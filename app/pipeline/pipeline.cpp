@@ -1,9 +1,10 @@
-#include "app/score/pipeline.h"
+#include "app/pipeline/pipeline.h"
 
 #include <algorithm>
 #include <atomic>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -15,7 +16,9 @@
 #include <oneapi/tbb/task_arena.h>
 
 #include "app/base/failure.h"
+#include "app/base/messages.h"
 #include "app/files/ending_signals.h"
+#include "app/table/row_counter.h"
 
 namespace svmscore::app {
 namespace {
@@ -36,7 +39,7 @@ struct BlockInWork : CaseBlock {
   using CaseBlock::CaseBlock;
 
   // The one that goes on with a block whose output grew long; its thread takes a new one then.
-  std::unique_ptr<CaseScorer> scorer;
+  std::unique_ptr<BlockWorker> worker;
 };
 
 // The blocks of a run. Blocks leave the pipeline in the order in which they entered it, and there
@@ -80,37 +83,37 @@ class HandOver {
 
 class Run {
  public:
-  Run(const ScoringPlan& plan, RowBlocks& input, const std::string& input_name, OutputFile& output,
-      Progress& progress, Failures& failures, RowLikeCells& row_like_cells, int threads)
-      : plan_(plan),
-        input_(input),
-        input_name_(input_name),
-        output_(output),
-        progress_(progress),
-        failures_(failures),
-        row_like_cells_(row_like_cells),
-        ring_(static_cast<std::size_t>(threads) + kSpareBlocks, plan.logs_failures) {}
+  Run(const std::function<std::unique_ptr<BlockWorker>()>& make_worker, const Streams& streams,
+      const RunSetUp& setup, int threads)
+      : make_worker_(make_worker),
+        streams_(streams),
+        block_time_(setup.block_time),
+        ring_(static_cast<std::size_t>(threads) + kSpareBlocks, setup.logs_failures) {
+    if (setup.counted_width > 0) counter_.emplace(streams.input.Delimiter(), setup.counted_width);
+  }
 
   // What the threads have used is given up after their last turn.
   ~Run() { const HandOver::Turn turn(hand_over_); }
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
-  Tally Score() {
+  Tally All() {
     {
       const HandOver::Turn turn(hand_over_);
-      ThreadsScorer()->FixPositions();
+      ThreadsWorker()->FixPositions();
     }
     const auto read = tbb::make_filter<void, BlockInWork*>(tbb::filter_mode::serial_in_order,
                                                            [this](tbb::flow_control& flow) {
                                                              const HandOver::Turn turn(hand_over_);
                                                              return Read(flow);
                                                            });
-    const auto score = tbb::make_filter<BlockInWork*, BlockInWork*>(
+    const auto work = tbb::make_filter<BlockInWork*, BlockInWork*>(
         tbb::filter_mode::parallel, [this](BlockInWork* block) {
           const HandOver::Turn turn(hand_over_);
-          ThreadsScorer()->Score(*block);
-          if (!block->done) block->scorer = std::move(scorers_.local());
+          const auto begun = std::chrono::steady_clock::now();
+          ThreadsWorker()->Work(*block);
+          if (!block->done) block->worker = std::move(workers_.local());
+          FitBlocks(std::chrono::steady_clock::now() - begun);
           return block;
         });
     const auto write = tbb::make_filter<BlockInWork*, void>(tbb::filter_mode::serial_in_order,
@@ -118,11 +121,14 @@ class Run {
                                                               const HandOver::Turn turn(hand_over_);
                                                               Write(*block);
                                                             });
-    tbb::parallel_pipeline(ring_.Size(), read & score & write);
+    tbb::parallel_pipeline(ring_.Size(), read & work & write);
     const HandOver::Turn turn(hand_over_);
     if (read_failure_) std::rethrow_exception(read_failure_);
     return total_;
   }
+
+  // What is wrong with the cases that were written.
+  std::string Faults() const { return TextOf(failures_, row_like_cells_, streams_.input_name); }
 
  private:
   // Blocks beyond one a thread, so that reading and writing need not wait for each other.
@@ -133,12 +139,12 @@ class Run {
   BlockInWork* Read(tbb::flow_control& flow) {
     BlockInWork& block = ring_.Next();
     try {
-      if (!input_.Next(block.rows)) {
+      if (!streams_.input.Next(block.rows)) {
         flow.stop();
         return nullptr;
       }
     } catch (const CsvError& error) {
-      read_failure_ = std::make_exception_ptr(BrokenRow(input_name_, error));
+      read_failure_ = std::make_exception_ptr(BrokenRow(streams_.input_name, error));
     } catch (const Failure&) {
       read_failure_ = std::current_exception();
     }
@@ -146,71 +152,92 @@ class Run {
       flow.stop();
       return nullptr;
     }
-    block.bytes_read = input_.BytesRead();
+    block.bytes_read = streams_.input.BytesRead();
+    if (counter_) {
+      block.first_row = streams_.input.RowsBefore() + counter_->Rows();
+      counter_->CountTo(block.rows.text.size() + 1, block.rows.text);
+    }
     return &block;
   }
 
   void Write(BlockInWork& block) {
     WriteOut(block);
-    if (!block.done) input_.ShrinkBlocks();
+    if (!block.done) streams_.input.ShrinkBlocks();
     while (!block.done) {
-      block.scorer->Resume(block);
+      block.worker->Resume(block);
       WriteOut(block);
     }
-    block.scorer.reset();
+    block.worker.reset();
     row_like_cells_.Add(block.row_like_cells);
     if (!block.row_like_cells.IsEmpty()) NoteFaults();
-    if (block.error) throw BrokenRow(input_name_, *block.error);
-    progress_.Show(total_.cases, block.bytes_read);
+    if (block.error) throw BrokenRow(streams_.input_name, *block.error);
+    streams_.progress.Show(total_.cases, block.bytes_read);
     KeepWithinBounds(block.rows.text);
     KeepWithinBounds(block.out);
   }
 
-  std::unique_ptr<CaseScorer>& ThreadsScorer() {
-    std::unique_ptr<CaseScorer>& scorer = scorers_.local();
-    if (scorer == nullptr) scorer = std::make_unique<CaseScorer>(plan_);
-    return scorer;
+  std::unique_ptr<BlockWorker>& ThreadsWorker() {
+    std::unique_ptr<BlockWorker>& worker = workers_.local();
+    if (worker == nullptr) worker = make_worker_();
+    return worker;
   }
 
   void WriteOut(const CaseBlock& block) {
-    output_.Write(block.out);
-    failures_.Add(block.failures, input_.RowsBefore() + total_.cases);
+    streams_.output.Write(block.out);
+    failures_.Add(block.failures, streams_.input.RowsBefore() + total_.cases);
     total_.Add(block.tally);
     NoteCasesWritten(total_.cases);
     if (!block.failures.IsEmpty()) NoteFaults();
   }
 
-  // A signal must not lose what would be told at the end.
-  void NoteFaults() { SayWhenEnded(TextOf(failures_, row_like_cells_, input_name_)); }
+  // The size of blocks decides nothing but how long each takes.
+  void FitBlocks(std::chrono::nanoseconds taken) {
+    if (block_time_.count() == 0) return;
+    if (taken < block_time_ / 2) streams_.input.GrowBlocks();
+    if (taken > block_time_ * 2) streams_.input.ShrinkBlocks();
+  }
 
-  const ScoringPlan& plan_;
-  RowBlocks& input_;
-  const std::string& input_name_;
-  OutputFile& output_;
-  Progress& progress_;
-  Failures& failures_;
-  RowLikeCells& row_like_cells_;
-  tbb::enumerable_thread_specific<std::unique_ptr<CaseScorer>> scorers_;
+  // A signal must not lose what would be told at the end.
+  void NoteFaults() { SayWhenEnded(Faults()); }
+
+  const std::function<std::unique_ptr<BlockWorker>()>& make_worker_;
+  const Streams& streams_;
+  std::chrono::nanoseconds block_time_;
+  tbb::enumerable_thread_specific<std::unique_ptr<BlockWorker>> workers_;
   BlockRing ring_;
+  std::optional<RowCounter> counter_;
   HandOver hand_over_;
   Tally total_;
+  Failures failures_;
+  RowLikeCells row_like_cells_;
   std::exception_ptr read_failure_;
 };
 
 }  // namespace
 
-Tally ScoreAll(const ScoringPlan& plan, RowBlocks& input, const std::string& input_name,
-               OutputFile& output, Progress& progress, Failures& failures,
-               RowLikeCells& row_like_cells, int threads) {
-  const int workers = std::min(threads, kMostOfACore * tbb::info::default_concurrency());
+Tally RunBlocks(const std::function<std::unique_ptr<BlockWorker>()>& make_worker,
+                const Streams& streams, const RunSetUp& setup) {
+  const int workers = std::min(setup.threads, kMostOfACore * tbb::info::default_concurrency());
   // Allows more threads than cores where they are asked for.
   const tbb::global_control limit(tbb::global_control::max_allowed_parallelism,
                                   static_cast<std::size_t>(workers));
   tbb::task_arena arena(workers);
   Tally total;
   arena.execute([&] {
-    total =
-        Run(plan, input, input_name, output, progress, failures, row_like_cells, workers).Score();
+    Run run(make_worker, streams, setup, workers);
+    const auto tell = [&] {
+      SayWhenEnded({});
+      streams.progress.Clear();
+      TellAsItIs(run.Faults());
+    };
+    try {
+      total = run.All();
+      streams.output.Commit();
+    } catch (...) {
+      tell();
+      throw;
+    }
+    tell();
   });
   return total;
 }
