@@ -24,6 +24,7 @@
 #include "app/convert/convert_command.h"
 #include "app/describe/describe_command.h"
 #include "app/doctor/doctor_command.h"
+#include "app/explain/explain_command.h"
 #include "app/options/command.h"
 #include "app/score/score_command.h"
 #include "app/verify/verify_command.h"
@@ -90,8 +91,9 @@ int ParseAndRun(int argc, char** argv) {
   DoctorCommand doctor;
   ConvertCommand convert;
   CalibrateCommand calibrate;
-  const std::array<Command*, 6> commands = {&score,  &describe, &verify,
-                                            &doctor, &convert,  &calibrate};
+  ExplainCommand explain;
+  const std::array<Command*, 7> commands = {&score,   &describe,  &verify, &doctor,
+                                            &convert, &calibrate, &explain};
   std::array<CLI::App*, commands.size()> parsed{};
   for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
   try {

@@ -15,6 +15,11 @@ namespace svmscore::output {
 // [any thread] Owns: the caller. Fails: std::bad_alloc.
 SVMSCORE_HOST_API std::string DecisionName(const TargetRules& targets, std::pair<int, int> decides);
 
+// The part of that name which says what the value decides between: TARGET|ALTERNATE, TARGET, or
+// nothing for a regression. [any thread] Owns: the caller. Fails: std::bad_alloc.
+SVMSCORE_HOST_API std::string DecidedBetween(const TargetRules& targets,
+                                             std::pair<int, int> decides);
+
 }  // namespace svmscore::output
 
 #endif  // HOST_OUTPUT_DECISION_NAME_H_

@@ -1,0 +1,216 @@
+#include "app/explain/explain_command.h"
+
+#include <atomic>
+#include <chrono>
+#include <limits>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+#include <oneapi/tbb/info.h>
+
+#include "app/base/messages.h"
+#include "app/explain/background_file.h"
+#include "app/explain/explanation_rows.h"
+#include "app/files/ending_signals.h"
+#include "app/files/input_file.h"
+#include "app/files/named_file.h"
+#include "app/files/output_file.h"
+#include "app/load/intake_report.h"
+#include "app/load/model_file.h"
+#include "app/options/file_option.h"
+#include "app/options/limit_option.h"
+#include "app/options/run_option.h"
+#include "app/options/table_option.h"
+#include "app/pipeline/pipeline.h"
+#include "host/model/score_model.h"
+#include "host/text/number_text.h"
+
+namespace svmscore::app {
+namespace {
+
+using MCZandor_850::ScoreModel;
+
+// A block keeps a thread busy for about so long: threads end together, and progress shows, also
+// where a case takes long itself.
+constexpr std::chrono::milliseconds kBlockTime(2);
+
+constexpr std::uint64_t kMostRows = 100'000'000;
+constexpr std::uint64_t kMostOrders = 1'000'000'000;
+
+// The values of a case must add up as exactly as this, as a share of the sum of coefficients.
+constexpr double kTolerated = 1e-10;
+
+// Adds an option for a whole number, at least `least` and at most `most`.
+CLI::Option* AddNumber(CLI::App& app, const char* name, std::uint64_t& number, std::uint64_t least,
+                       std::uint64_t most, const std::string& help) {
+  const auto set = [name, &number, least, most](const std::string& text) {
+    const std::optional<std::int64_t> parsed = ParseInteger(text);
+    if (!parsed || *parsed < 0 || static_cast<std::uint64_t>(*parsed) < least ||
+        static_cast<std::uint64_t>(*parsed) > most) {
+      throw CLI::ValidationError(
+          name, fmt::format("\"{}\" is not a whole number from {} to {}", text, least, most));
+    }
+    number = static_cast<std::uint64_t>(*parsed);
+  };
+  return app.add_option_function<std::string>(name, set, help)->type_name("N");
+}
+
+// Two fields of one name: an object of JSON cannot hold both.
+void CheckNames(const std::vector<std::string>& names, bool json) {
+  std::unordered_set<std::string_view> known;
+  for (const std::string& name : names) {
+    if (known.insert(name).second) continue;
+    const std::string text =
+        fmt::format("the output {} two columns \"{}\"", json ? "would have" : "has", name);
+    if (json) throw Failure(kUsageError, text + "; choose --format csv");
+    Tell(text);
+  }
+}
+
+void TellCheck(const Tally& tally, double imbalance) {
+  if (tally.done == 0) return;
+  Tell(
+      fmt::format("check: values add up to the decision less the base within {:.1e} of the sum of "
+                  "coefficients{}",
+                  imbalance,
+                  imbalance > kTolerated ? ", which is more than rounding explains: do not rely "
+                                           "on them, and report it"
+                                         : ""));
+}
+
+}  // namespace
+
+CLI::App* ExplainCommand::AddTo(CLI::App& program) {
+  CLI::App* app = program.add_subcommand(
+      "explain", "Say what each input contributes to the decision values of cases");
+  AddFileOption(*app, "MODEL", model_, kModelHelp)->required();
+  AddFileOption(*app, "CASES", cases_, "CSV file with a header; - is standard input")
+      ->capture_default_str();
+  AddFileOption(*app, "--background", background_,
+                "CSV file with cases whose values an absent input takes; default: the model's "
+                "support vectors");
+  AddNumber(*app, "--rows", rows_, 1, kMostRows,
+            "draw so many cases of the background, and use no others");
+  AddNumber(*app, "--seed", seed_, 0, std::numeric_limits<std::int64_t>::max(),
+            "where the draws begin, of the background and of sampled values")
+      ->default_str("1");
+  AddNumber(*app, "--orders", orders_, 1, kMostOrders,
+            "where values are sampled: orders of the inputs that are drawn for each case of the "
+            "background");
+  AddFileOption(*app, "-o,--output", output_,
+                "write to this file, which appears when it is complete; - is standard output");
+  AddFormatOption(*app, format_);
+  app->add_flag("--gradients", gradients_,
+                "add the derivative of the decision value by each vector field: gradient(FIELD)");
+  AddTableOptions(*app, table_);
+  AddPolicyOption(*app, policy_);
+  app->add_flag("--strict", strict_,
+                "exit with status 4 if any case failed, and not only if none could be explained");
+  AddReadingOptions(*app, reading_,
+                    "refuse a model of whose document something is guessed, lost or wrong");
+  AddThreadsOption(*app, threads_);
+  AddLimitOption(*app, limits_);
+  AddFileOption(*app, "--plugin", plugin_, kPluginHelp);
+  app->footer("docs/trust.md says what the values mean.");
+  return app;
+}
+
+void ExplainCommand::CheckFiles() const {
+  if (cases_ == "-" && background_ == "-") {
+    throw Failure(kUsageError, "only one of CASES and --background can be standard input");
+  }
+  const NamedFile output{output_, Stream::kOutput};
+  for (const std::string* input : {&model_, &cases_, &background_}) {
+    if (input->empty() || (input == &cases_ && !IsWrittenInPlace(output_))) continue;
+    const Stream stream = input == &model_ ? Stream::kNeither : Stream::kInput;
+    if (!IsSameFile(output, {*input, stream})) continue;
+    throw Failure(
+        kUsageError,
+        fmt::format("the output is the file {}, which is read; name another file", *input));
+  }
+}
+
+tools::Background ExplainCommand::MakeBackground(const LoadedModel& loaded,
+                                                 const tools::Explainable& explainable) const {
+  tools::Background background;
+  const bool own = background_.empty();
+  if (own) {
+    const std::string why = tools::WhyNoVectorBackground(explainable.model, explainable.players);
+    if (!why.empty()) {
+      throw Failure(kUsageError,
+                    fmt::format("{}: the model does not say what cases are like: {}; name a table "
+                                "of some with --background",
+                                model_, why));
+    }
+    background = tools::VectorBackground(explainable.model, rows_, seed_);
+  } else {
+    background = ReadBackground(background_, loaded, explainable.batch,
+                                {table_.Rows(limits_), table_.Cells(), rows_, seed_});
+  }
+  const char* what = own ? "support vectors of the model" : "rows";
+  if (background.count < background.rows_seen) {
+    Tell(fmt::format("background: {} of {} {}, drawn with seed {}", background.count,
+                     background.rows_seen, what, seed_));
+  } else {
+    Tell(fmt::format("background: {} {}", background.count, what));
+  }
+  if (background.count > tools::kManyRows && rows_ == 0) {
+    Tell(
+        fmt::format("every case takes time in proportion to them; --rows {} draws so many, which "
+                    "is mostly enough",
+                    tools::kManyRows / 10));
+  }
+  return background;
+}
+
+ExitStatus ExplainCommand::Run() {
+  const LoadChecks checks = ChecksOf(reading_);
+  CheckFiles();
+  tools::DocumentSource source(model_, limits_);
+  const LoadedModel loaded = LoadModelFile(source, plugin_, checks);
+  TellIntake(model_, loaded);
+  UsePolicy(*loaded.model, policy_);
+  ExplanationPlan plan;
+  plan.cells = table_.Cells();
+  TellOverruledValues(plan.cells, loaded);
+
+  tools::Explainable explainable = tools::ExplainableOf(loaded);
+  const tools::Background background = MakeBackground(loaded, explainable);
+  const tools::ModelExplainer model(loaded, std::move(explainable), background, seed_, orders_);
+  plan.model = &model;
+  plan.gradients = gradients_;
+  plan.replace_missing = loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
+  const bool json = format_ == "jsonl";
+  std::vector<std::string> names = ExplanationColumns(model, gradients_);
+  CheckNames(names, json);
+  plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
+
+  InputFile file(cases_);
+  plan.rows = table_.Rows(limits_);
+  RowBlocks input(file, plan.rows, 1);
+  RowBlock header;
+  plan.columns = tools::MatchColumns(ReadColumnNames(input, plan.rows, file.Name(), header), loaded,
+                                     {}, file.Name());
+  plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
+
+  HandleEndingSignals();
+  NoteCasesWritten(0);
+  OutputFile output(output_);
+  Progress progress(input.Size(), "explained");
+  std::string first;
+  plan.format->Header(first);
+  output.Write(first);
+  const int threads = threads_ > 0 ? threads_ : oneapi::tbb::info::default_concurrency();
+  std::atomic<double> imbalance{0.0};
+  const Tally tally = RunBlocks([&] { return std::make_unique<ExplanationRows>(plan, imbalance); },
+                                {input, file.Name(), output, progress},
+                                {threads, false, plan.columns.width, kBlockTime});
+  TellCheck(tally, imbalance);
+  progress.Close(tally);
+  const bool failed = strict_ ? tally.done < tally.cases : tally.done == 0 && tally.cases > 0;
+  return failed ? kSomeCaseFailed : kDone;
+}
+
+}  // namespace svmscore::app
