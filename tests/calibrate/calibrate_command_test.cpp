@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/text/number_text.h"
+#include "tests/app/columns_of.h"
 #include "tests/app/edited.h"
 #include "tests/app/run_program.h"
 #include "tests/app/temporary_folder.h"
@@ -18,30 +19,9 @@ namespace {
 
 using nlohmann::json;
 using testing::HasSubstr;
-using Columns = std::map<std::string, std::vector<std::string>>;
 
 std::string Example(const std::string& name) {
   return std::string(EXAMPLES "/") + name;
-}
-
-// The columns of a table without quotation marks.
-Columns ColumnsOf(const std::string& table) {
-  Columns columns;
-  std::vector<std::string> names;
-  std::istringstream lines(table);
-  for (std::string line; std::getline(lines, line);) {
-    std::istringstream cells(line + ',');
-    const bool header = names.empty();
-    std::size_t i = 0;
-    for (std::string cell; std::getline(cells, cell, ','); ++i) {
-      if (header) {
-        names.push_back(cell);
-      } else {
-        columns[names[i]].push_back(cell);
-      }
-    }
-  }
-  return columns;
 }
 
 // What the calibrated document scores, and what calibrate reported.
