@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/model/batch_model.h"
+#include "host/model/explainable_model.h"
 #include "host/model/score_value.h"
 #include "host/translate/base_model.h"
 #include "svm/kernel/certified/certified_engine.h"
@@ -25,7 +26,7 @@ namespace MCZandor_850 {
 // The stages of scoring report by status and, apart from running out of memory, do not throw. A
 // stage that lacks what it works on does nothing and reports success unless it says otherwise.
 // Every index that comes from a document is checked before it is used.
-class SVMModel : public BaseModel, public svmscore::BatchModel {
+class SVMModel : public BaseModel, public svmscore::BatchModel, public svmscore::ExplainableModel {
  public:
   SVMModel();
   ~SVMModel() override;
@@ -108,6 +109,14 @@ class SVMModel : public BaseModel, public svmscore::BatchModel {
                              std::size_t stride) override;
   void ScoreBatch(const svmscore::BatchCases& cases,
                   const svmscore::BatchResults& results) override;
+
+  // --- Explaining decision values (explain_model.cpp) ---
+
+  const ScoreDictVar* EntryVariable(std::size_t entry) const override;
+  std::string EntryName(std::size_t entry) const override;
+  std::vector<double> VectorsAsCases(std::size_t& count) const override;
+  std::unique_ptr<svmscore::Explainer> MakeExplainer(
+      const svmscore::ExplainerSetUp& setup) const override;
 
   // --- Deciding a category (classification.cpp) ---
 

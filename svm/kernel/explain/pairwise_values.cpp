@@ -1,0 +1,253 @@
+// Shapley values vector by vector and row by row of the background: see operations.h.
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+#include "svm/kernel/explain/gauss_legendre.h"
+#include "svm/kernel/explain/operations.h"
+#include "svm/kernel/explain/values.h"
+#include "svm/kernel/packed/aligned_buffer.h"
+#include "svm/kernel/packed/operations.h"
+#include "svm/kernel/packed/vector_check.h"
+
+namespace MCSVM_700::explain {
+namespace {
+
+using packed::AlignedBuffer;
+
+// What the background contributes is kept for later calls where it takes no more than this, and
+// else made anew, so many doubles at a time.
+constexpr std::size_t kMaxKept = std::size_t{8} << 20;
+constexpr std::size_t kAtATime = std::size_t{512} << 10;
+
+// How many pairs of nodes integrate the products of n - 1 factors: exactly, or but for 1e-17 of the
+// product of the factors' greatest sizes. Proof of the latter: on the ellipse around [0, 1] whose
+// half axes add up to rho / 2 = e^s / 2, |t| + |1 - t| = cosh s, so the product grows to no more
+// than cosh(s)^n <= e^(n s^2 / 2), and the rule of N nodes is wrong by no more than
+// 32/15 e^(n s^2 / 2 - 2 N s) / (1 - e^(-2 s)): L. N. Trefethen, Is Gauss quadrature better than
+// Clenshaw-Curtis?, SIAM Review 50 (2008), theorem 4.5. With s = 2 N / n that is
+// e^(-2 N^2 / n) times less than 10 for n up to 4000; N^2 = 21 n makes it 6e-18.
+std::size_t NodePairsFor(std::size_t n) {
+  const auto enough = std::ceil(std::sqrt(21.0 * static_cast<double>(n)) / 2.0);
+  return std::min((n + 3) / 4, static_cast<std::size_t>(enough));
+}
+
+class PairwiseValues : public Values {
+ public:
+  PairwiseValues(const Subject& subject, std::size_t degree);
+  void Compute(CaseRows cases, double* values, double* errors) const override;
+
+ private:
+  struct Rule {
+    std::vector<double> at, square, weight;
+  };
+  // What the sums over the entries of a player become: the kernel's factor, halved, or a term of
+  // its base.
+  void Finish(double* sums, std::size_t count) const;
+  // Those of all players of a case, [players][kBlock].
+  void OfCase(const double* x, const double* dense, double* parts) const;
+  // Those of rows [begin, end) of the background, [rows][players][kBlock].
+  void OfRows(std::size_t begin, std::size_t end, const double* dense, double* parts) const;
+  void ComputeGroup(CaseRows cases, double* values) const;
+
+  const Subject subject_;
+  const std::size_t degree_;  // 0: a product
+  const Operations& operations_;
+  void (*exp_)(const double* in, double* out, std::size_t count) = nullptr;
+  std::vector<Rule> product_rules_;  // by the number of pairs
+  Rule power_rule_;
+  // Kept: [blocks][first_value_.back()][kBlock], where value k of player j is first_value_[j] + k.
+  std::vector<std::size_t> first_value_;
+  AlignedBuffer kept_;
+  bool keeps_ = false;
+};
+
+PairwiseValues::PairwiseValues(const Subject& subject, std::size_t degree)
+    : subject_(subject), degree_(degree), operations_(OperationsOf(subject.engine.isa())) {
+  const Game& game = subject_.game;
+  if (const packed::Operations* packed = packed::OperationsOf(subject.engine.isa());
+      packed != nullptr && packed->exp != nullptr &&
+      packed::MatchingForms(*packed, SVMConst::kRadialBasis, 0.0).values) {
+    exp_ = packed->exp;
+  }
+  if (degree_ > 0) {
+    const GaussRule rule = GaussLegendre((degree_ + 1) / 2);
+    for (std::size_t i = 0; i < rule.at.size(); ++i) {
+      power_rule_.at.push_back(0.5 + 0.5 * rule.at[i]);
+      power_rule_.weight.push_back(0.5 * rule.weight[i]);
+    }
+  } else {
+    product_rules_.resize(NodePairsFor(game.players()) + 1);
+    for (std::size_t pairs = 1; pairs < product_rules_.size(); ++pairs) {
+      const GaussRule rule = GaussLegendre(2 * pairs);
+      for (std::size_t i = pairs; i < 2 * pairs; ++i) {
+        product_rules_[pairs].at.push_back(rule.at[i]);
+        product_rules_[pairs].square.push_back(rule.at[i] * rule.at[i]);
+        product_rules_[pairs].weight.push_back(0.5 * rule.weight[i]);
+      }
+    }
+  }
+  first_value_.push_back(0);
+  for (std::size_t j = 0; j < game.players(); ++j) {
+    first_value_.push_back(first_value_.back() + game.values(j));
+  }
+  const std::size_t size = first_value_.back() * kBlock;
+  keeps_ = size > 0 && subject_.sums.blocks() <= kMaxKept / size;
+  if (!keeps_) return;
+  kept_.Reserve(subject_.sums.blocks() * size);
+  AlignedBuffer dense;
+  dense.Reserve(subject_.sums.entries() * kBlock);
+  for (std::size_t block = 0; block < subject_.sums.blocks(); ++block) {
+    subject_.sums.Expand(block, dense.data());
+    double* const parts = kept_.data() + block * size;
+    for (std::size_t j = 0; j < game.players(); ++j) {
+      for (std::size_t k = 0; k < game.values(j); ++k) {
+        PartialSums(subject_.sums.kernel(), game.entries_of(j), game.row(game.first_row(j, k)),
+                    dense.data(), parts + (first_value_[j] + k) * kBlock);
+      }
+    }
+    Finish(parts, size);
+  }
+}
+
+void PairwiseValues::Finish(double* sums, std::size_t count) const {
+  const double gamma = subject_.sums.kernel().gamma;
+  if (degree_ > 0) {
+    for (std::size_t i = 0; i < count; ++i) sums[i] *= gamma;
+    return;
+  }
+  for (std::size_t i = 0; i < count; ++i) sums[i] *= -gamma;
+  if (exp_ != nullptr) {
+    exp_(sums, sums, count);
+  } else {
+    for (std::size_t i = 0; i < count; ++i) sums[i] = std::exp(sums[i]);
+  }
+  for (std::size_t i = 0; i < count; ++i) sums[i] *= 0.5;
+}
+
+void PairwiseValues::OfCase(const double* x, const double* dense, double* parts) const {
+  const Game& game = subject_.game;
+  for (std::size_t j = 0; j < game.players(); ++j) {
+    PartialSums(subject_.sums.kernel(), game.entries_of(j), x, dense, parts + j * kBlock);
+  }
+  Finish(parts, game.players() * kBlock);
+}
+
+void PairwiseValues::OfRows(std::size_t begin, std::size_t end, const double* dense,
+                            double* parts) const {
+  for (std::size_t b = begin; b < end; ++b) {
+    OfCase(subject_.game.row(b), dense, parts + (b - begin) * subject_.game.players() * kBlock);
+  }
+}
+
+void PairwiseValues::Compute(CaseRows cases, double* values, double*) const {
+  const std::size_t entries = subject_.sums.entries();
+  const std::size_t size = subject_.sums.machines().size() * subject_.game.players();
+  const std::size_t room = 2 * std::max<std::size_t>(subject_.game.players(), 1) * kBlock;
+  const std::size_t group = std::max<std::size_t>(kAtATime / room, 1);
+  for (std::size_t c = 0; c < cases.count; c += group) {
+    ComputeGroup({cases.entries + c * entries, std::min(group, cases.count - c)},
+                 values + c * size);
+  }
+}
+
+// The cases of a group share what is computed of the background.
+void PairwiseValues::ComputeGroup(CaseRows cases, double* values) const {
+  const Game& game = subject_.game;
+  const MachineSums& sums = subject_.sums;
+  const std::size_t players = game.players();
+  const std::size_t machines = sums.machines().size();
+  const std::size_t size = players * kBlock;
+  const std::size_t chunk =
+      keeps_ ? game.rows() : std::max<std::size_t>(kAtATime / std::max<std::size_t>(size, 1), 1);
+  std::fill_n(values, cases.count * machines * players, 0.0);
+  std::vector<std::uint32_t> match(cases.count * players);
+  for (std::size_t c = 0; c < cases.count; ++c) {
+    game.Match(cases.entries + c * sums.entries(), &match[c * players]);
+  }
+  AlignedBuffer dense, present, absent, total, room;
+  dense.Reserve(sums.entries() * kBlock);
+  present.Reserve(cases.count * size);
+  total.Reserve(cases.count * size);
+  room.Reserve(degree_ > 0 ? PowerRoom(players, degree_) : ProductRoom(players));
+  if (!keeps_) absent.Reserve(std::min(chunk, game.rows()) * size);
+  std::vector<Player> differing(players);
+  std::vector<const double*> equal(players);
+  alignas(64) double coefficients[kBlock];
+
+  for (std::size_t block = 0; block < sums.blocks(); ++block) {
+    sums.Expand(block, dense.data());
+    std::fill_n(total.data(), cases.count * size, 0.0);
+    for (std::size_t c = 0; c < cases.count; ++c) {
+      OfCase(cases.entries + c * sums.entries(), dense.data(), present.data() + c * size);
+    }
+    const double* const kept =
+        keeps_ ? kept_.data() + block * first_value_.back() * kBlock : nullptr;
+    for (std::size_t begin = 0; begin < game.rows(); begin += chunk) {
+      const std::size_t end = std::min(begin + chunk, game.rows());
+      if (!keeps_) OfRows(begin, end, dense.data(), absent.data());
+      for (std::size_t c = 0; c < cases.count; ++c) {
+        for (std::size_t b = begin; b < end; ++b) {
+          Players who{differing.data(), 0, equal.data(), 0};
+          for (std::size_t j = 0; j < players; ++j) {
+            const double* const of_case = present.data() + c * size + j * kBlock;
+            const std::uint32_t value = game.value_of(b, j);
+            if (value == match[c * players + j]) {
+              if (!game.entries_of(j).empty()) equal[who.equal_count++] = of_case;
+              continue;
+            }
+            const double* const of_row = keeps_
+                                             ? kept + (first_value_[j] + value) * kBlock
+                                             : absent.data() + ((b - begin) * players + j) * kBlock;
+            differing[who.differing_count++] = {of_case, of_row,
+                                                total.data() + c * size + j * kBlock};
+          }
+          if (who.differing_count == 0) continue;
+          if (degree_ > 0) {
+            operations_.add_powers(
+                who, sums.kernel().coef0, degree_,
+                {power_rule_.at.size(), power_rule_.at.data(), power_rule_.weight.data()},
+                room.data());
+          } else {
+            const Rule& rule = product_rules_[NodePairsFor(who.differing_count)];
+            operations_.add_products(
+                who, {rule.at.size(), rule.at.data(), rule.square.data(), rule.weight.data()},
+                room.data());
+          }
+        }
+      }
+    }
+    for (std::size_t m = 0; m < machines; ++m) {
+      if (!sums.Coefficients(block, m, coefficients)) continue;
+      for (std::size_t c = 0; c < cases.count; ++c) {
+        double* const to = values + (c * machines + m) * players;
+        for (std::size_t j = 0; j < players; ++j) {
+          to[j] += WeightedSum(coefficients, total.data() + c * size + j * kBlock);
+        }
+      }
+    }
+  }
+  const auto rows = static_cast<double>(game.rows());
+  for (std::size_t c = 0; c < cases.count; ++c) {
+    double* const of_case = values + c * machines * players;
+    for (std::size_t i = 0; i < machines * players; ++i) of_case[i] /= rows;
+    game.Even(cases.entries + c * sums.entries(), &match[c * players], machines, of_case);
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<const Values> MakePairwiseValues(const Subject& subject) {
+  if (subject.game.players() > kMaxExactPlayers) return nullptr;
+  const SVMConst::KernelParameters& kernel = subject.sums.kernel();
+  if (kernel.type == SVMConst::kRadialBasis) return std::make_unique<PairwiseValues>(subject, 0);
+  const double degree = kernel.degree;
+  if (kernel.type != SVMConst::kPolynomial || degree != std::floor(degree) || degree < 1.0 ||
+      degree > static_cast<double>(kMaxDegree)) {
+    return nullptr;
+  }
+  return std::make_unique<PairwiseValues>(subject, static_cast<std::size_t>(degree));
+}
+
+}  // namespace MCSVM_700::explain
