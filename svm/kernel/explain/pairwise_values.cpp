@@ -49,6 +49,7 @@ class PairwiseValues : public Values {
   void OfCase(const double* x, const double* dense, double* parts) const;
   // Those of rows [begin, end) of the background, [rows][players][kBlock].
   void OfRows(std::size_t begin, std::size_t end, const double* dense, double* parts) const;
+  void Keep();
   void ComputeGroup(CaseRows cases, double* values) const;
 
   const Subject subject_;
@@ -57,8 +58,10 @@ class PairwiseValues : public Values {
   void (*exp_)(const double* in, double* out, std::size_t count) = nullptr;
   std::vector<Rule> product_rules_;  // by the number of pairs
   Rule power_rule_;
-  // Kept: [blocks][first_value_.back()][kBlock], where value k of player j is first_value_[j] + k.
-  std::vector<std::size_t> first_value_;
+  // Kept: [blocks][slots_][kBlock]. Slots follow the first uses of values, row by row and player by
+  // player, so that memory is read in one direction.
+  std::size_t slots_ = 0;
+  std::vector<std::uint32_t> slot_;  // [rows][players]
   AlignedBuffer kept_;
   bool keeps_ = false;
 };
@@ -88,23 +91,33 @@ PairwiseValues::PairwiseValues(const Subject& subject, std::size_t degree)
       }
     }
   }
-  first_value_.push_back(0);
-  for (std::size_t j = 0; j < game.players(); ++j) {
-    first_value_.push_back(first_value_.back() + game.values(j));
-  }
-  const std::size_t size = first_value_.back() * kBlock;
+  for (std::size_t j = 0; j < game.players(); ++j) slots_ += game.values(j);
+  const std::size_t size = slots_ * kBlock;
   keeps_ = size > 0 && subject_.sums.blocks() <= kMaxKept / size;
-  if (!keeps_) return;
+  if (keeps_) Keep();
+}
+
+void PairwiseValues::Keep() {
+  const Game& game = subject_.game;
+  const std::size_t size = slots_ * kBlock;
   kept_.Reserve(subject_.sums.blocks() * size);
   AlignedBuffer dense;
   dense.Reserve(subject_.sums.entries() * kBlock);
+  std::uint32_t next = 0;
+  for (std::size_t b = 0; b < game.rows(); ++b) {
+    for (std::size_t j = 0; j < game.players(); ++j) {
+      const std::size_t first = game.first_row(j, game.value_of(b, j));
+      slot_.push_back(first == b ? next++ : slot_[first * game.players() + j]);
+    }
+  }
   for (std::size_t block = 0; block < subject_.sums.blocks(); ++block) {
     subject_.sums.Expand(block, dense.data());
     double* const parts = kept_.data() + block * size;
-    for (std::size_t j = 0; j < game.players(); ++j) {
-      for (std::size_t k = 0; k < game.values(j); ++k) {
-        PartialSums(subject_.sums.kernel(), game.entries_of(j), game.row(game.first_row(j, k)),
-                    dense.data(), parts + (first_value_[j] + k) * kBlock);
+    for (std::size_t b = 0; b < game.rows(); ++b) {
+      for (std::size_t j = 0; j < game.players(); ++j) {
+        if (game.first_row(j, game.value_of(b, j)) != b) continue;
+        PartialSums(subject_.sums.kernel(), game.entries_of(j), game.row(b), dense.data(),
+                    parts + slot_[b * game.players() + j] * kBlock);
       }
     }
     Finish(parts, size);
@@ -182,8 +195,7 @@ void PairwiseValues::ComputeGroup(CaseRows cases, double* values) const {
     for (std::size_t c = 0; c < cases.count; ++c) {
       OfCase(cases.entries + c * sums.entries(), dense.data(), present.data() + c * size);
     }
-    const double* const kept =
-        keeps_ ? kept_.data() + block * first_value_.back() * kBlock : nullptr;
+    const double* const kept = keeps_ ? kept_.data() + block * slots_ * kBlock : nullptr;
     for (std::size_t begin = 0; begin < game.rows(); begin += chunk) {
       const std::size_t end = std::min(begin + chunk, game.rows());
       if (!keeps_) OfRows(begin, end, dense.data(), absent.data());
@@ -198,7 +210,7 @@ void PairwiseValues::ComputeGroup(CaseRows cases, double* values) const {
               continue;
             }
             const double* const of_row = keeps_
-                                             ? kept + (first_value_[j] + value) * kBlock
+                                             ? kept + slot_[b * players + j] * kBlock
                                              : absent.data() + ((b - begin) * players + j) * kBlock;
             differing[who.differing_count++] = {of_case, of_row,
                                                 total.data() + c * size + j * kBlock};
