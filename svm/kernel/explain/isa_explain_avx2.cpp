@@ -10,7 +10,6 @@ namespace {
 struct Avx2 {
   using D = __m256d;
   static constexpr std::size_t kLanes = 4;
-  static constexpr std::size_t kChunk = 3;  // node pairs whose products fill the registers
 
   static D Load(const double* p) { return _mm256_load_pd(p); }
   static void Store(double* p, D a) { _mm256_store_pd(p, a); }

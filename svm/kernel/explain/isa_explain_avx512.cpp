@@ -15,7 +15,6 @@ namespace {
 struct Avx512 {
   using D = __m512d;
   static constexpr std::size_t kLanes = 8;
-  static constexpr std::size_t kChunk = 6;  // node pairs whose products fill the registers
 
   static D Load(const double* p) { return _mm512_load_pd(p); }
   static void Store(double* p, D a) { _mm512_store_pd(p, a); }

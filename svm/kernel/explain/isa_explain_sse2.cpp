@@ -10,7 +10,6 @@ namespace {
 struct Sse2 {
   using D = __m128d;
   static constexpr std::size_t kLanes = 2;
-  static constexpr std::size_t kChunk = 3;  // node pairs whose products fill the registers
 
   static D Load(const double* p) { return _mm_load_pd(p); }
   static void Store(double* p, D a) { _mm_store_pd(p, a); }

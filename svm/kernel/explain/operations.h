@@ -61,10 +61,10 @@ struct Operations {
 };
 
 constexpr std::size_t kMaxLanes = 8;
-constexpr std::size_t kMaxChunk = 6;  // node pairs that are worked on together
+constexpr std::size_t kChunk = 3;  // node pairs that are worked on together
 
 constexpr std::size_t ProductRoom(std::size_t players) {
-  return (players / 2 + 1) * (9 + 4 * kMaxChunk) * kMaxLanes;
+  return (players / 2 + 1) * (9 + 4 * kChunk) * kMaxLanes;
 }
 constexpr std::size_t PowerRoom(std::size_t players, std::size_t degree) {
   return (players + 1) * degree * kMaxLanes;
