@@ -1,6 +1,9 @@
 // The time that one case's explanation takes on one thread: 1,000 vectors, 20 fields, and a
 // background of 100 rows, unless the name says otherwise. SVMSCORE_ISA chooses the instruction set.
-#include <cstdint>
+// Where the environment variable EXPLAIN_NUMBERS names a file, models are made of the doubles in it
+// and values are written beside it: see shap_times.py.
+#include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <random>
 #include <string>
@@ -26,13 +29,21 @@ struct Shape {
 
 class Numbers {
  public:
-  std::vector<double> Normal(std::size_t count) {
+  Numbers() {
+    if (const char* path = std::getenv("EXPLAIN_NUMBERS")) file_.open(path, std::ios::binary);
+  }
+  std::vector<double> Next(std::size_t count) {
     std::vector<double> numbers(count);
     for (double& number : numbers) number = normal_(bits_);
+    if (file_.is_open()) {
+      file_.read(reinterpret_cast<char*>(numbers.data()),
+                 static_cast<std::streamsize>(count * sizeof(double)));
+    }
     return numbers;
   }
 
  private:
+  std::ifstream file_;
   std::mt19937_64 bits_{1};
   std::normal_distribution<> normal_;
 };
@@ -48,10 +59,10 @@ std::unique_ptr<SVMModel> MakeModel(const Shape& shape, Numbers& numbers) {
     indices.push_back(static_cast<int>(e) + 1);
   }
   auto* machine = new SVMModelData::ST_SUPPORTVECTORMACHINE;
-  machine->coefficients = numbers.Normal(shape.vectors);
+  machine->coefficients = numbers.Next(shape.vectors);
   for (std::size_t v = 0; v < shape.vectors; ++v) {
     const std::string id = "v" + std::to_string(v);
-    data->AddVectorInstance(id, indices, numbers.Normal(shape.fields));
+    data->AddVectorInstance(id, indices, numbers.Next(shape.fields));
     machine->support_vectors.push_back(data->GetVectorInstance(id));
   }
   data->AddSupportVectorMachine(machine);
@@ -70,9 +81,9 @@ svmscore::ExplainerSetUp SetUpFor(const Shape& shape, const std::vector<double>&
 void BM_Explain(benchmark::State& state, const Shape& shape) {
   Numbers numbers;
   const auto model = MakeModel(shape, numbers);
-  const std::vector<double> background = numbers.Normal(shape.fields * shape.rows);
+  const std::vector<double> background = numbers.Next(shape.fields * shape.rows);
   const auto explainer = model->MakeExplainer(SetUpFor(shape, background));
-  const std::vector<double> x = numbers.Normal(shape.fields);
+  const std::vector<double> x = numbers.Next(shape.fields);
   std::vector<double> values(shape.fields);
   svmscore::Explanations out;
   out.values = values.data();
@@ -80,13 +91,18 @@ void BM_Explain(benchmark::State& state, const Shape& shape) {
     explainer->Explain({x.data(), 1, 1}, out);
     benchmark::DoNotOptimize(values.data());
   }
+  if (const char* path = std::getenv("EXPLAIN_NUMBERS")) {
+    std::ofstream file(std::string(path) + ".values", std::ios::binary);
+    file.write(reinterpret_cast<const char*>(values.data()),
+               static_cast<std::streamsize>(values.size() * sizeof(double)));
+  }
 }
 
 // What is done once for all cases.
 void BM_SetUp(benchmark::State& state, const Shape& shape) {
   Numbers numbers;
   const auto model = MakeModel(shape, numbers);
-  const std::vector<double> background = numbers.Normal(shape.fields * shape.rows);
+  const std::vector<double> background = numbers.Next(shape.fields * shape.rows);
   const svmscore::ExplainerSetUp setup = SetUpFor(shape, background);
   for (auto _ : state) benchmark::DoNotOptimize(model->MakeExplainer(setup));
 }
