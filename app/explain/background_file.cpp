@@ -40,14 +40,18 @@ tools::Background ReadBackground(const std::string& path, const LoadedModel& loa
   try {
     while (input.Next(block)) {
       CsvRows table(block.text.data(), block.text.size(), block.first_line, choice.form);
-      for (; table.Next(cells, columns.width); ++rows) {
+      Failures of_block;
+      std::uint64_t row = 0;
+      for (; table.Next(cells, columns.width); ++row) {
         const tools::BackgroundCase added = reader.Add(values.Read(cells.data()));
         if (added.status == 0) continue;
         ++left_out;
         const reasons::Ended ended{
             added.status, added.status, added.status, added.decisions, 1, {}};
-        failures.Add(rows, table.RowLine(), values.ReasonsOf(examiner, cells.data(), ended));
+        of_block.Add(row, table.RowLine(), values.ReasonsOf(examiner, cells.data(), ended));
       }
+      failures.Add(of_block, rows);
+      rows += row;
       row_like_cells.Add(table.CellsLikeRows());
     }
   } catch (const CsvError& error) {

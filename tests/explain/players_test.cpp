@@ -49,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
                      "", {Ref("c"), Ref("a"), Ref("c"),
                           "<CategoricalPredictor name='colour' value='red' coefficient='1'/>",
                           "<CategoricalPredictor name='colour' value='blue' coefficient='1'/>"}),
-                 "a:1 b: c:0,2 colour:3,4 u:"},
+                 "a:1 c:0,2 colour:3,4 b: u:"},
         Grouping{"derived of derived, and beside their input", DocumentWithProduct(),
                  "a:0,2 b+c:1 colour:3 u:"},
         Grouping{"several that overlap, in the order of the inputs",
@@ -72,11 +72,11 @@ INSTANTIATE_TEST_SUITE_P(
         Grouping{"a derived field in the place of the input of its name",
                  ExplainedDocument(Local(Derived("a", Apply("+", Ref("b") + kOne))),
                                    {Ref("a"), Ref("c")}),
-                 "a: b:0 c:1 colour: u:"},
+                 "b:0 c:1 a: colour: u:"},
         Grouping{"one that is computed from the input of its name, and from another",
                  ExplainedDocument(Local(Derived("a", Apply("*", Ref("a") + Ref("u")))),
                                    {Ref("a"), Ref("c")}),
-                 "a+u:0 b: c:1 colour:"}));
+                 "a+u:0 c:1 b: colour:"}));
 
 }  // namespace
 }  // namespace svmscore::tools

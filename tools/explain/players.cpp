@@ -36,9 +36,10 @@ class Groups {
   std::size_t Join(std::size_t one, std::size_t other) {
     if (one == kNoInput) return other;
     if (other == kNoInput) return one;
-    const auto [first, second] = std::minmax(FirstOf(one), FirstOf(other));
-    parents_[second] = first;
-    return first;
+    one = FirstOf(one);
+    other = FirstOf(other);
+    parents_[std::max(one, other)] = std::min(one, other);
+    return std::min(one, other);
   }
 
  private:
