@@ -10,7 +10,6 @@
 
 #include "capi/call_error.h"
 #include "capi/caller_structs.h"
-#include "capi/sha256.h"
 #include "host/load/plugin.h"
 #include "host/model/message_codes.h"
 #include "host/model/ss_exception.h"
@@ -18,6 +17,7 @@
 #include "tools/base/case_columns.h"
 #include "tools/base/document_source.h"
 #include "tools/base/error_text.h"
+#include "tools/base/sha256.h"
 #include "tools/findings/remarks.h"
 
 namespace svmscore::capi {
@@ -125,7 +125,7 @@ void CollectFacts(ModelState& state) {
 
 // The digest of a file's bytes, or of what a pipe has given to `source`.
 std::string DigestOf(tools::DocumentSource& source) {
-  Sha256 digest;
+  tools::Sha256 digest;
   std::error_code unknown;
   if (std::filesystem::is_regular_file(source.Path(), unknown)) {
     errno = 0;
@@ -224,7 +224,7 @@ int svmscore_load_memory(const void* data, size_t data_size, const svmscore_load
     Require(model, "model");
     const std::string_view document = ReadData(data, data_size);
     const LoadSettings settings = ReadSettings(options);
-    Sha256 digest;
+    tools::Sha256 digest;
     digest.Add(document.data(), document.size());
     tools::DocumentSource source(settings.name, std::string(document), settings.limits);
     *model = Load(settings, source, digest.Hex());

@@ -26,6 +26,7 @@
 #include "app/doctor/doctor_command.h"
 #include "app/explain/explain_command.h"
 #include "app/options/command.h"
+#include "app/report/report_command.h"
 #include "app/score/score_command.h"
 #include "app/verify/verify_command.h"
 #include "tools/base/bad_input.h"
@@ -92,8 +93,9 @@ int ParseAndRun(int argc, char** argv) {
   ConvertCommand convert;
   CalibrateCommand calibrate;
   ExplainCommand explain;
-  const std::array<Command*, 7> commands = {&score,   &describe,  &verify, &doctor,
-                                            &convert, &calibrate, &explain};
+  ReportCommand report;
+  const std::array<Command*, 8> commands = {&score,   &describe,  &verify,  &doctor,
+                                            &convert, &calibrate, &explain, &report};
   std::array<CLI::App*, commands.size()> parsed{};
   for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
   try {

@@ -1,12 +1,12 @@
-// The SHA-256 digest of a document.
-#ifndef CAPI_SHA256_H_
-#define CAPI_SHA256_H_
+// SHA-256 digests.
+#ifndef TOOLS_BASE_SHA256_H_
+#define TOOLS_BASE_SHA256_H_
 
 #include <cstddef>
 #include <memory>
 #include <string>
 
-namespace svmscore::capi {
+namespace svmscore::tools {
 
 // [one thread] for each object. Fails: the constructor and Hex by std::bad_alloc.
 class Sha256 {
@@ -25,6 +25,6 @@ class Sha256 {
   std::unique_ptr<Context> context_;
 };
 
-}  // namespace svmscore::capi
+}  // namespace svmscore::tools
 
-#endif  // CAPI_SHA256_H_
+#endif  // TOOLS_BASE_SHA256_H_

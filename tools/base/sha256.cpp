@@ -1,11 +1,11 @@
-#include "capi/sha256.h"
+#include "tools/base/sha256.h"
 
 #include <array>
 #include <cstdint>
 
 #include <nettle/sha2.h>
 
-namespace svmscore::capi {
+namespace svmscore::tools {
 
 struct Sha256::Context {
   sha256_ctx sha;
@@ -32,4 +32,4 @@ std::string Sha256::Hex() {
   return hex;
 }
 
-}  // namespace svmscore::capi
+}  // namespace svmscore::tools
