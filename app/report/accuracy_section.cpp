@@ -74,8 +74,8 @@ std::string TenthsTable(const ReportData& data, const tools::ProbabilityFigures&
     const bool none = tenth.cases == 0;
     table.rows_html.push_back({fmt::format("{} to {}", Fixed(static_cast<double>(t) / 10.0, 1),
                                            Fixed(static_cast<double>(t + 1) / 10.0, 1)),
-                               Count(tenth.cases), none ? "\u2013" : Fixed(tenth.mean, 3),
-                               none ? "\u2013" : Fixed(tenth.share, 3)});
+                               Count(tenth.cases), none ? kDash : Fixed(tenth.mean, 3),
+                               none ? kDash : Fixed(tenth.share, 3)});
   }
   return Details("The diagram as a table", Table(table));
 }
@@ -123,7 +123,7 @@ std::string ConfusionTable(const ReportData& data) {
     html += fmt::format(
         "<td>{}</td></tr>\n",
         known ? Percent(static_cast<double>(confusion.At(row, row)) / static_cast<double>(sum))
-              : "\u2013");
+              : kDash);
   }
   html += "</tbody>\n</table>\n</div>\n";
   if (confusion.others > 0) {

@@ -12,14 +12,15 @@ namespace svmscore::app {
 
 Scale::Scale(double low, double high, double from, double to)
     : low_(low), high_(high), from_(from), to_(to) {
-  if (high_ > low_ && std::isfinite(high_ - low_)) return;
+  if (high_ > low_ && std::isfinite(low_) && std::isfinite(high_)) return;
   const double spare = std::isfinite(low_) && low_ != 0.0 ? std::fabs(low_) / 10.0 : 1.0;
-  low_ = std::isfinite(low_) ? low_ - spare : -1.0;
+  low_ = std::isfinite(low_) && std::fabs(low_) < 1e300 ? low_ - spare : -1.0;
   high_ = low_ + 2.0 * spare;
 }
 
 double Scale::At(double number) const {
-  return from_ + (number - low_) / (high_ - low_) * (to_ - from_);
+  // Halves, so that the difference of the largest numbers is one too.
+  return from_ + (number / 2 - low_ / 2) / (high_ / 2 - low_ / 2) * (to_ - from_);
 }
 
 double Scale::Within(double number) const {

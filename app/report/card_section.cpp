@@ -58,9 +58,9 @@ std::string InputsTable(const ReportData& data) {
     table.rows_html.push_back(
         {Name(input.name), Escaped(input.optype + " " + input.type), ValuesOf(range),
          in_vectors ? fmt::format("{} to {}", Number(range.low), Number(range.high))
-                    : std::string("\u2013"),
+                    : std::string(kDash),
          input.needed ? "yes" : "no",
-         input.replacement ? Name(*input.replacement) : std::string("\u2013")});
+         input.replacement ? Name(*input.replacement) : std::string(kDash)});
   }
   const std::string html = Table(table);
   if (data.inputs.size() <= kRowsOpen) return html;
@@ -82,7 +82,7 @@ std::string MachinesTable(const ModelSummary& model) {
   for (std::size_t i = 0; i < shown; ++i) {
     const tools::MachineSummary& machine = model.machines[i];
     const auto name = [](const std::string& category) {
-      return category.empty() ? std::string("\u2013") : Name(category);
+      return category.empty() ? std::string(kDash) : Name(category);
     };
     table.rows_html.push_back({fmt::to_string(i + 1), name(machine.target), name(machine.alternate),
                                Number(machine.threshold), Number(machine.offset, 6),

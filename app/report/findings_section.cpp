@@ -71,9 +71,9 @@ std::string FindingsSection(const ReportData& data) {
     all += 1 + finding.more;
     if (finding.IsError()) changing += 1 + finding.more;
   }
-  std::string html =
-      Paragraph(fmt::format("{}; {} of them changes scores.", Counted(all, "finding"),
-                            changing == 0 ? std::string("none") : Count(changing)));
+  std::string html = Paragraph(fmt::format("{}; {} change{} scores.", Counted(all, "finding"),
+                                           changing == 0 ? std::string("none") : Count(changing),
+                                           changing > 1 ? "" : "s"));
   for (std::size_t i = 0; i < std::min(order.size(), kKinds); ++i)
     html += KindText(kinds[order[i]]);
   if (order.size() > kKinds) {

@@ -10,9 +10,9 @@ namespace svmscore::app {
 namespace {
 
 constexpr double kWidth = 340;
-constexpr double kHeight = 214;
+constexpr double kPlotHeight = 140;
 constexpr double kLeft = 42;
-constexpr double kTop = 40;
+constexpr double kRight = 14;
 constexpr double kBottom = 38;
 
 std::size_t HighestBar(const tools::Histogram& histogram) {
@@ -58,7 +58,9 @@ void DrawSides(SvgPicture& picture, const Plot& plot, const HistogramPicture& wh
 }  // namespace
 
 std::string Draw(const HistogramPicture& what) {
-  SvgPicture picture(kWidth, kHeight, what.title, what.description);
+  const bool has_sides = !what.left.empty() || !what.right.empty();
+  const double top = (has_sides ? 22 : 8) + (std::isfinite(what.mark) ? 18 : 0);
+  SvgPicture picture(kWidth, top + kPlotHeight + kBottom, what.title, what.description);
   double low = what.histogram.low;
   double high = what.histogram.High();
   if (std::isfinite(what.mark)) {
@@ -66,15 +68,14 @@ std::string Draw(const HistogramPicture& what) {
     high = std::max(high, what.mark);
   }
   const double highest = static_cast<double>(HighestBar(what.histogram));
-  const Plot plot{Scale(low, high, kLeft, kWidth - 8),
-                  Scale(0.0, highest, kHeight - kBottom, kTop)};
+  const Plot plot{Scale(low, high, kLeft, kWidth - kRight), Scale(0.0, highest, top + kPlotHeight, top)};
   DrawYAxis(picture, plot, "cases", true);
   DrawBars(picture, plot, what);
   if (std::isfinite(what.mark)) {
     const double x = plot.x.At(what.mark);
-    picture.Line({x, kTop - 8}, {x, plot.y.From()}, "mark");
-    const double room = 3.2 * static_cast<double>(what.mark_label.size());
-    picture.Text({std::clamp(x, kLeft + room, kWidth - 8 - room), kTop - 12}, what.mark_label,
+    picture.Line({x, top - 8}, {x, plot.y.From()}, "mark");
+    const double room = 3.4 * static_cast<double>(what.mark_label.size());
+    picture.Text({std::clamp(x, kLeft + room, kWidth - kRight - room), top - 12}, what.mark_label,
                  "tick", Anchor::kMiddle);
   }
   DrawSides(picture, plot, what);

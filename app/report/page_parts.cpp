@@ -1,5 +1,8 @@
 #include "app/report/page_parts.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include <fmt/format.h>
 
 #include "app/report/html_text.h"
@@ -49,7 +52,25 @@ std::string Facts(const std::vector<Fact>& facts) {
   return html + "</dl>\n";
 }
 
-std::string Table(const PageTable& table) {
+namespace {
+
+void DropEmptyColumns(PageTable& table) {
+  for (std::size_t column = table.head_html.size(); column-- > 1;) {
+    const bool says_nothing =
+        std::all_of(table.rows_html.begin(), table.rows_html.end(),
+                    [column](const auto& row) { return row[column] == kDash; });
+    if (!says_nothing || table.rows_html.empty()) continue;
+    const auto at = static_cast<std::ptrdiff_t>(column);
+    table.head_html.erase(table.head_html.begin() + at);
+    table.is_number.erase(table.is_number.begin() + at);
+    for (auto& row : table.rows_html) row.erase(row.begin() + at);
+  }
+}
+
+}  // namespace
+
+std::string Table(PageTable table) {
+  DropEmptyColumns(table);
   const auto kind = [&table](std::size_t column) {
     return table.is_number[column] ? " class=\"number\"" : "";
   };

@@ -35,7 +35,8 @@ struct Fact {
 // Facts with empty contents are left out.
 std::string Facts(const std::vector<Fact>& facts);
 
-// A table that scrolls where the page is too narrow. The first cell of each row is its heading.
+// A table that scrolls where the page is too narrow. The first cell of each row is its heading. A
+// column whose cells are all dashes is left out.
 struct PageTable {
   std::string name;  // plain text
   std::string caption_html;
@@ -43,7 +44,8 @@ struct PageTable {
   std::vector<bool> is_number;  // parallel to the head
   std::vector<std::vector<std::string>> rows_html;
 };
-std::string Table(const PageTable& table);
+inline constexpr const char* kDash = "\u2013";
+std::string Table(PageTable table);
 
 // Opens with a click or a key.
 std::string Details(std::string_view summary_html, std::string_view content_html);

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 
 #include <fmt/format.h>
@@ -79,11 +80,19 @@ std::string MachineFigure(const ReportData& data, const MachineDistribution& mac
       fmt::format("Histogram from {} to {}.", Number(by_side.low), Number(by_side.High()));
   std::string note;
   if (labelled && machine.histogram.counts.size() == 3) {
-    note = fmt::format("{} of the category on the right, {} of the one on the left, {} of others",
-                       Count(Sum(machine.histogram.counts[0])),
-                       Count(Sum(machine.histogram.counts[1])),
-                       Count(Sum(machine.histogram.counts[2])));
-    picture.description += " " + note + ".";
+    const auto cases = [&machine](std::size_t group) {
+      return Count(Sum(machine.histogram.counts[group]));
+    };
+    if (machine.below >= 0) {
+      note += fmt::format("{}: {} \u00B7 ", CategoryName(data, machine.below), cases(1));
+    }
+    if (machine.above >= 0) {
+      note += fmt::format("{}: {} \u00B7 ", CategoryName(data, machine.above), cases(0));
+    }
+    note += fmt::format("others: {}", cases(2));
+    picture.description += fmt::format(" {} of the category on the right, {} of the one on the "
+                                       "left, {} of others.",
+                                       cases(0), cases(1), cases(2));
   }
   return Figure(MachineName(data, machine, machine.machine), Draw(picture), note);
 }
@@ -97,11 +106,11 @@ std::string MachineFigures(const ReportData& data) {
   std::string html = "<h3>Decision values</h3>\n";
   html += Paragraph(
       data.cases->figures
-          ? "A machine answers with the category on the right where its decision value is right of "
-            "the dashed line. The filling of a bar is what its cases really are: plain for the "
+          ? "By itself, a machine answers with the category on the right where its decision value "
+            "is right of the dashed line. The filling of a bar is what its cases really are: plain for the "
             "category on the right, hatched for the one on the left, empty for others. Plain bars "
             "on the left and hatched ones on the right are the machine\u2019s mistakes."
-          : "A machine answers with the category on the right where its decision value is right of "
+          : "By itself, a machine answers with the category on the right where its decision value is right of "
             "the dashed line, and with the hatched one otherwise.");
   if (all > figures.size()) {
     html += Note(fmt::format("The first {} of {} machines are shown; {} are left out.",
@@ -115,8 +124,15 @@ std::string CategoryFigure(const ReportData& data) {
   picture.title = "Predicted categories";
   const bool labelled = data.cases->figures.has_value();
   const std::size_t shown = std::min(data.categories.size(), kCategoriesShown);
+  std::vector<tools::CategoryCount> counts(data.categories.begin(),
+                                           data.categories.begin() + std::ptrdiff_t(shown));
+  if (shown == data.categories.size()) {
+    // Where all are there, they are found at their usual places.
+    std::sort(counts.begin(), counts.end(),
+              [](const auto& a, const auto& b) { return a.category < b.category; });
+  }
   for (std::size_t i = 0; i < shown; ++i) {
-    const tools::CategoryCount& count = data.categories[i];
+    const tools::CategoryCount& count = counts[i];
     picture.bars.push_back(
         {CategoryBrief(data, count.category, 30),
          labelled ? fmt::format("{}, in truth {}", Count(count.predicted), Count(count.actual))

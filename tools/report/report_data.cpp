@@ -1,6 +1,7 @@
 #include "tools/report/report_data.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <unordered_map>
 #include <utility>
 
@@ -154,7 +155,7 @@ ReportData GatherReport(const ReportOrder& order) {
   data.model = Summarise(loaded);
   data.inputs = RangesOf(loaded);
   if (order.cases == nullptr || !IsScored(order.opened)) return data;
-  data.cases_name = order.cases->name;
+  data.cases_name = std::filesystem::path(order.cases->name).filename().string();
   data.actual = order.actual;
   data.cases = ScoreCases(loaded, *order.cases, order.actual, order.rules);
   AddDistributions(*dynamic_cast<const BatchModel*>(loaded.model.get()), data);

@@ -64,7 +64,7 @@ struct ReportData {
   std::vector<InputRange> inputs;      // parallel to the first inputs of the model
   std::vector<Finding> findings;       // the most severe first
 
-  std::string cases_name;  // of the table; empty without one
+  std::string cases_name;  // the last part of the path of the table; empty without one
   std::string actual;      // the column of labels; empty without one
   std::optional<ScoredCases> cases;
   std::vector<MachineDistribution> machines;  // the first ones of the model
