@@ -68,7 +68,8 @@ std::string Draw(const HistogramPicture& what) {
     high = std::max(high, what.mark);
   }
   const double highest = static_cast<double>(HighestBar(what.histogram));
-  const Plot plot{Scale(low, high, kLeft, kWidth - kRight), Scale(0.0, highest, top + kPlotHeight, top)};
+  const Plot plot{Scale(low, high, kLeft, kWidth - kRight),
+                  Scale(0.0, highest, top + kPlotHeight, top)};
   DrawYAxis(picture, plot, "cases", true);
   DrawBars(picture, plot, what);
   if (std::isfinite(what.mark)) {

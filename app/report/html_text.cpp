@@ -21,10 +21,16 @@ std::size_t SizeOf(char lead) {
   return byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
 }
 
-// Columns of a character, judged by its first byte: scripts whose characters take three bytes or
-// more are about twice as wide as Latin letters.
-std::size_t ColumnsOf(char lead) {
-  return SizeOf(lead) < 3 ? 1 : 2;
+// About how many columns a character takes, judged by its first byte and on the safe side for the
+// usual fonts.
+double ColumnsOf(char lead) {
+  constexpr std::string_view kNarrow = "ijlI.,:;'|!()[]{} tfr\"-";
+  constexpr std::string_view kWide = "mwMW@%";
+  // Scripts whose characters take three bytes or more are about twice as wide as Latin letters.
+  if (SizeOf(lead) > 2) return 2.0;
+  if (kNarrow.find(lead) != std::string_view::npos) return 0.7;
+  if (kWide.find(lead) != std::string_view::npos) return 1.7;
+  return (lead >= 'A' && lead <= 'Z') || SizeOf(lead) == 2 ? 1.25 : 1.05;
 }
 
 }  // namespace
@@ -59,15 +65,15 @@ std::string Brief(std::string_view text, std::size_t columns) {
   // What is cut off need not be made printable.
   const std::string printable = Printable(text.substr(0, 4 * columns + 8), kAnyLength);
   const bool is_cut = text.size() > 4 * columns + 8;
-  std::size_t used = 0;
+  const auto room = static_cast<double>(columns);
+  double used = 0.0;
   std::size_t end = 0;
   std::size_t last = 0;  // the end of what leaves room for the ellipsis
   while (end < printable.size()) {
-    const std::size_t width = ColumnsOf(printable[end]);
-    if (used + width > columns) break;
-    used += width;
+    used += ColumnsOf(printable[end]);
+    if (used > room) break;
     end += SizeOf(printable[end]);
-    if (used + 1 <= columns) last = end;
+    if (used + 1.7 <= room) last = end;
   }
   if (end >= printable.size() && !is_cut) return Escaped(printable);
   return Escaped(printable.substr(0, last)) + "\u2026";

@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t kCategoriesShown = 12;
 constexpr std::size_t kBins = 24;
 // Columns of a name beside another one above a picture.
-constexpr std::size_t kSideColumns = 20;
+constexpr std::size_t kSideColumns = 18;
 
 std::string CasesText(const ReportData& data) {
   const ScoredCases& cases = *data.cases;
@@ -90,9 +90,10 @@ std::string MachineFigure(const ReportData& data, const MachineDistribution& mac
       note += fmt::format("{}: {} \u00B7 ", CategoryName(data, machine.above), cases(0));
     }
     note += fmt::format("others: {}", cases(2));
-    picture.description += fmt::format(" {} of the category on the right, {} of the one on the "
-                                       "left, {} of others.",
-                                       cases(0), cases(1), cases(2));
+    picture.description += fmt::format(
+        " {} of the category on the right, {} of the one on the "
+        "left, {} of others.",
+        cases(0), cases(1), cases(2));
   }
   return Figure(MachineName(data, machine, machine.machine), Draw(picture), note);
 }
@@ -107,10 +108,12 @@ std::string MachineFigures(const ReportData& data) {
   html += Paragraph(
       data.cases->figures
           ? "By itself, a machine answers with the category on the right where its decision value "
-            "is right of the dashed line. The filling of a bar is what its cases really are: plain for the "
+            "is right of the dashed line. The filling of a bar is what its cases really are: plain "
+            "for the "
             "category on the right, hatched for the one on the left, empty for others. Plain bars "
             "on the left and hatched ones on the right are the machine\u2019s mistakes."
-          : "By itself, a machine answers with the category on the right where its decision value is right of "
+          : "By itself, a machine answers with the category on the right where its decision value "
+            "is right of "
             "the dashed line, and with the hatched one otherwise.");
   if (all > figures.size()) {
     html += Note(fmt::format("The first {} of {} machines are shown; {} are left out.",

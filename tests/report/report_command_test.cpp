@@ -62,8 +62,8 @@ TEST(Report, TellsTheFiguresOfCalibrate) {
 TEST(Report, LoadsAndRunsNothing) {
   const std::string page = ReportExample("tumour", "diagnosis").out;
   EXPECT_THAT(page, HasSubstr("default-src 'none'; style-src 'unsafe-inline'"));
-  for (const char* never : {"<script", "http://", "https://", "url(\"", "src=", "@import", "<link",
-                            "javascript:"}) {
+  for (const char* never :
+       {"<script", "http://", "https://", "url(\"", "src=", "@import", "<link", "javascript:"}) {
     EXPECT_THAT(page, Not(HasSubstr(never)));
   }
 }
