@@ -18,9 +18,9 @@ constexpr std::size_t kMostBytes = std::size_t{256} << 20;
 // Where draws begin: the same rows at every run.
 constexpr std::uint64_t kSeed = 1;
 
-class Draw : public RowTaker {
+class RowsToDraw : public RowTaker {
  public:
-  explicit Draw(std::size_t most) : draw_(kSeed, most, kMostBytes) {}
+  explicit RowsToDraw(std::size_t most) : draw_(kSeed, most, kMostBytes) {}
 
   void TakeHeader(const std::string& name, const std::vector<std::string_view>& names) override {
     table_.name = name;
@@ -63,7 +63,7 @@ tools::ModelFileFacts FactsOf(const std::string& path, tools::DocumentSource& so
 }
 
 tools::DrawnTable DrawRows(const std::string& path, const RowForm& form, std::size_t most) {
-  Draw draw(most);
+  RowsToDraw draw(most);
   ReadRows(path, form, draw);
   return std::move(draw).Table();
 }

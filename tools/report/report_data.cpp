@@ -12,8 +12,8 @@
 #include "tools/base/case_columns.h"
 #include "tools/doctor/comparison.h"
 #include "tools/doctor/examination.h"
-#include "tools/doctor/model_numbers.h"
 #include "tools/findings/inspected.h"
+#include "tools/findings/model_numbers.h"
 
 namespace svmscore::tools {
 namespace {
