@@ -96,6 +96,11 @@ TEST(Report, SaysWhatToGiveAndWhatIsWrong) {
   EXPECT_THAT(Report({refused, "--input", ExampleFile("iris/cases.csv")}).out,
               HasSubstr("Scoring with this model is refused"));
 
+  const std::string unknown = folder.Write(
+      "unknown.csv", "sepal_length,sepal_width,petal_length,petal_width,y\n5,3,1,0.2,rose\n");
+  EXPECT_THAT(Report({ExampleFile("iris/model.pmml"), "--input", unknown, "--actual", "y"}).out,
+              HasSubstr("No scored case has a label that counts"));
+
   const std::string empty = folder.Write("empty.csv",
                                          "sepal_length,sepal_width,petal_length,"
                                          "petal_width\n,,,\n");

@@ -9,9 +9,11 @@
 
 #include "host/model/batch_model.h"
 #include "host/text/number_text.h"
+#include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
 #include "tools/doctor/comparison.h"
 #include "tools/doctor/examination.h"
+#include "tools/doctor/labelled_cases.h"
 #include "tools/findings/inspected.h"
 #include "tools/findings/model_numbers.h"
 
@@ -82,13 +84,28 @@ TextTable SomeRows(const DrawnTable& drawn) {
   return table;
 }
 
+// Labels that are of no use are told where scores are compared with them; the document is examined
+// all the same.
+std::vector<Finding> ExamineWith(const ReportOrder& order, const TextTable& rows) {
+  if (!order.actual.empty()) {
+    try {
+      const LabelledCases labelled{rows, order.actual, order.rules};
+      return Examine(order.opened, order.plugin, order.source, std::nullopt, &labelled).findings;
+    } catch (const BadCases&) {
+    }
+  }
+  return Examine(order.opened, order.plugin, order.source, std::nullopt).findings;
+}
+
 std::vector<Finding> FindingsOf(const ReportOrder& order) {
-  std::vector<Finding> findings =
-      Examine(order.opened, order.plugin, order.source, std::nullopt).findings;
-  if (order.cases == nullptr || !IsScored(order.opened)) return findings;
+  if (order.cases == nullptr || !IsScored(order.opened)) {
+    return Examine(order.opened, order.plugin, order.source, std::nullopt).findings;
+  }
+  const TextTable rows = SomeRows(*order.cases);
+  std::vector<Finding> findings = ExamineWith(order, rows);
   FindingList of_cases(order.opened.Document());
   FindFieldsBeyondVectors({*order.opened.loaded, order.plugin, order.source},
-                          {SomeRows(*order.cases), {}, order.rules, 0.0}, of_cases);
+                          {rows, {}, order.rules, 0.0}, of_cases);
   for (Finding& finding : of_cases.Take()) findings.push_back(std::move(finding));
   std::stable_sort(findings.begin(), findings.end(), [](const Finding& a, const Finding& b) {
     return a.kind->of_class > b.kind->of_class;
