@@ -20,7 +20,7 @@ using tools::ReportData;
 using tools::ScoredCases;
 namespace {
 
-constexpr std::size_t kBins = 24;
+constexpr std::size_t kResidualBins = 24;
 // Points of a picture; more lie on top of each other.
 constexpr std::size_t kPoints = 600;
 
@@ -183,7 +183,7 @@ std::string ResidualFigure(const ReportData& data) {
     residuals.push_back(cases.observed[c] - cases.values[c]);
   }
   HistogramPicture picture;
-  picture.histogram = tools::HistogramOf(residuals, {}, 1, 0.0, kBins);
+  picture.histogram = tools::HistogramOf(residuals, {}, 1, 0.0, kResidualBins);
   picture.kinds = {"one"};
   picture.label = "residual: in truth less predicted";
   picture.mark = 0.0;

@@ -9,7 +9,7 @@
 namespace svmscore::app {
 namespace {
 
-constexpr double kWidth = 340;
+constexpr double kBarWidth = 340;
 constexpr double kRow = 27;
 constexpr double kBar = 9;
 
@@ -25,23 +25,23 @@ std::string Draw(const BarPicture& what) {
   const bool has_sides = !what.left.empty() || !what.right.empty();
   const double top = has_sides ? 24 : 4;
   const double height = top + kRow * static_cast<double>(what.bars.size()) + 2;
-  SvgPicture picture(kWidth, height, what.title, what.description);
-  const Scale x(low, low == high ? low + 1.0 : high, 4, kWidth - 4);
+  SvgPicture picture(kBarWidth, height, what.title, what.description);
+  const Scale x(low, low == high ? low + 1.0 : high, 4, kBarWidth - 4);
   const double zero = x.At(0.0);
   if (!what.left.empty()) {
     picture.Rect(4, 5, 9, 9, "two");
     picture.Text({17, 13.5}, what.left, "direct");
   }
   if (!what.right.empty()) {
-    picture.Text({kWidth - 17, 13.5}, what.right, "direct", Anchor::kEnd);
-    picture.Rect(kWidth - 13, 5, 9, 9, "one");
+    picture.Text({kBarWidth - 17, 13.5}, what.right, "direct", Anchor::kEnd);
+    picture.Rect(kBarWidth - 13, 5, 9, 9, "one");
   }
   double y = top;
   for (const Bar& bar : what.bars) {
     picture.Text({4, y + 11}, bar.name, "direct");
-    picture.Text({kWidth - 4, y + 11}, bar.value, "value", Anchor::kEnd);
+    picture.Text({kBarWidth - 4, y + 11}, bar.value, "value", Anchor::kEnd);
     const double end = x.At(bar.length);
-    picture.Rect(4, y + 15, kWidth - 8, kBar, "track");
+    picture.Rect(4, y + 15, kBarWidth - 8, kBar, "track");
     picture.Rect(std::min(zero, end), y + 15, std::fabs(end - zero), kBar,
                  bar.length < 0.0 ? "two" : "one");
     if (bar.spread > 0.0) {

@@ -9,11 +9,11 @@
 namespace svmscore::app {
 namespace {
 
-constexpr double kWidth = 340;
+constexpr double kHistogramWidth = 340;
 constexpr double kPlotHeight = 140;
-constexpr double kLeft = 42;
-constexpr double kRight = 14;
-constexpr double kBottom = 38;
+constexpr double kHistogramLeft = 42;
+constexpr double kHistogramRight = 14;
+constexpr double kHistogramBottom = 38;
 
 std::size_t HighestBar(const tools::Histogram& histogram) {
   std::size_t highest = 1;
@@ -60,7 +60,8 @@ void DrawSides(SvgPicture& picture, const Plot& plot, const HistogramPicture& wh
 std::string Draw(const HistogramPicture& what) {
   const bool has_sides = !what.left.empty() || !what.right.empty();
   const double top = (has_sides ? 22 : 8) + (std::isfinite(what.mark) ? 18 : 0);
-  SvgPicture picture(kWidth, top + kPlotHeight + kBottom, what.title, what.description);
+  SvgPicture picture(kHistogramWidth, top + kPlotHeight + kHistogramBottom, what.title,
+                     what.description);
   double low = what.histogram.low;
   double high = what.histogram.High();
   if (std::isfinite(what.mark)) {
@@ -68,7 +69,7 @@ std::string Draw(const HistogramPicture& what) {
     high = std::max(high, what.mark);
   }
   const double highest = static_cast<double>(HighestBar(what.histogram));
-  const Plot plot{Scale(low, high, kLeft, kWidth - kRight),
+  const Plot plot{Scale(low, high, kHistogramLeft, kHistogramWidth - kHistogramRight),
                   Scale(0.0, highest, top + kPlotHeight, top)};
   DrawYAxis(picture, plot, "cases", true);
   DrawBars(picture, plot, what);
@@ -76,8 +77,9 @@ std::string Draw(const HistogramPicture& what) {
     const double x = plot.x.At(what.mark);
     picture.Line({x, top - 8}, {x, plot.y.From()}, "mark");
     const double room = 3.4 * static_cast<double>(what.mark_label.size());
-    picture.Text({std::clamp(x, kLeft + room, kWidth - kRight - room), top - 12}, what.mark_label,
-                 "tick", Anchor::kMiddle);
+    picture.Text(
+        {std::clamp(x, kHistogramLeft + room, kHistogramWidth - kHistogramRight - room), top - 12},
+        what.mark_label, "tick", Anchor::kMiddle);
   }
   DrawSides(picture, plot, what);
   DrawXAxis(picture, plot, what.label);

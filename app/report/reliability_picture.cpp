@@ -10,9 +10,9 @@
 namespace svmscore::app {
 namespace {
 
-constexpr double kWidth = 340;
-constexpr double kHeight = 392;
-constexpr double kLeft = 42;
+constexpr double kReliabilityWidth = 340;
+constexpr double kReliabilityHeight = 392;
+constexpr double kReliabilityLeft = 42;
 constexpr double kSide = 288;  // of the square
 constexpr double kStrip = 34;  // of the counts below it
 
@@ -32,7 +32,7 @@ void DrawPoints(SvgPicture& picture, const Plot& plot, const ReliabilityPicture&
 void DrawCounts(SvgPicture& picture, const Plot& plot, const ReliabilityPicture& what) {
   std::size_t most = 1;
   for (const tools::Tenth& tenth : what.tenths) most = std::max(most, tenth.cases);
-  const double bottom = kHeight - 4;
+  const double bottom = kReliabilityHeight - 4;
   picture.Line({plot.x.From(), bottom}, {plot.x.To(), bottom}, "axis");
   picture.TurnedText({10, bottom - kStrip / 2 - 2}, -90, "cases", "label");
   for (std::size_t t = 0; t < what.tenths.size(); ++t) {
@@ -58,8 +58,9 @@ ShareRange LikelyShares(double share, std::size_t cases) {
 }
 
 std::string Draw(const ReliabilityPicture& what) {
-  SvgPicture picture(kWidth, kHeight, what.title, what.description);
-  const Plot plot{Scale(0, 1, kLeft, kLeft + kSide), Scale(0, 1, 10 + kSide, 10)};
+  SvgPicture picture(kReliabilityWidth, kReliabilityHeight, what.title, what.description);
+  const Plot plot{Scale(0, 1, kReliabilityLeft, kReliabilityLeft + kSide),
+                  Scale(0, 1, 10 + kSide, 10)};
   DrawYAxis(picture, plot, what.y_label, false, 5);
   picture.Line({plot.x.At(0), plot.y.At(0)}, {plot.x.At(1), plot.y.At(1)}, "mark");
   picture.TurnedText({plot.x.At(0.2) - 5, plot.y.At(0.2) - 5}, -45, "as stated", "tick");

@@ -8,10 +8,10 @@
 namespace svmscore::app {
 namespace {
 
-constexpr double kWidth = 340;
-constexpr double kLeft = 48;
-constexpr double kTop = 12;
-constexpr double kBottom = 38;
+constexpr double kScatterWidth = 340;
+constexpr double kScatterLeft = 48;
+constexpr double kScatterTop = 12;
+constexpr double kScatterBottom = 38;
 
 struct Range {
   double low = std::numeric_limits<double>::infinity();
@@ -32,7 +32,7 @@ struct Range {
 
 std::string Draw(const ScatterPicture& what) {
   const double height = what.diagonal ? 336 : 236;
-  SvgPicture picture(kWidth, height, what.title, what.description);
+  SvgPicture picture(kScatterWidth, height, what.title, what.description);
   Range x;
   Range y;
   for (const auto* points : {&what.points, &what.curve}) {
@@ -49,8 +49,8 @@ std::string Draw(const ScatterPicture& what) {
   }
   x.Widen();
   y.Widen();
-  const Plot plot{Scale(x.low, x.high, kLeft, kWidth - 10),
-                  Scale(y.low, y.high, height - kBottom, kTop)};
+  const Plot plot{Scale(x.low, x.high, kScatterLeft, kScatterWidth - 10),
+                  Scale(y.low, y.high, height - kScatterBottom, kScatterTop)};
   DrawYAxis(picture, plot, what.y_label, false, 5);
   DrawXAxis(picture, plot, what.x_label);
   if (what.diagonal) {

@@ -20,7 +20,7 @@ using tools::ScoredCases;
 namespace {
 
 constexpr std::size_t kCategoriesShown = 12;
-constexpr std::size_t kBins = 24;
+constexpr std::size_t kScoreBins = 24;
 // Columns of a name beside another one above a picture.
 constexpr std::size_t kSideColumns = 18;
 
@@ -180,7 +180,7 @@ std::string ProbabilityFigure(const ReportData& data) {
 std::string PredictionFigure(const ReportData& data) {
   HistogramPicture picture;
   picture.histogram = tools::HistogramOf(data.cases->values, {}, 1,
-                                         std::numeric_limits<double>::quiet_NaN(), kBins);
+                                         std::numeric_limits<double>::quiet_NaN(), kScoreBins);
   picture.kinds = {"one"};
   picture.label = Brief(data.model->target, 40);
   picture.title = "Predictions";
