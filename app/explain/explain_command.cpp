@@ -35,12 +35,11 @@ using MCZandor_850::ScoreModel;
 // A block keeps a thread busy for about so long: threads end together, and progress shows, also
 // where a case takes long itself.
 constexpr std::chrono::milliseconds kBlockTime(2);
+// Small blocks are cut off a short text.
+constexpr std::size_t kReadBytes = 4096;
 
 constexpr std::uint64_t kMostRows = 100'000'000;
 constexpr std::uint64_t kMostOrders = 1'000'000'000;
-
-// The values of a case must add up as exactly as this, as a share of the sum of coefficients.
-constexpr double kTolerated = 1e-10;
 
 // Adds an option for a whole number, at least `least` and at most `most`.
 CLI::Option* AddNumber(CLI::App& app, const char* name, std::uint64_t& number, std::uint64_t least,
@@ -73,11 +72,8 @@ void TellCheck(const Tally& tally, double imbalance) {
   if (tally.done == 0) return;
   Tell(
       fmt::format("check: values add up to the decision less the base within {:.1e} of the sum of "
-                  "coefficients{}",
-                  imbalance,
-                  imbalance > kTolerated ? ", which is more than rounding explains: do not rely "
-                                           "on them, and report it"
-                                         : ""));
+                  "coefficients",
+                  imbalance));
 }
 
 }  // namespace
@@ -158,7 +154,7 @@ tools::Background ExplainCommand::MakeBackground(const LoadedModel& loaded,
   }
   if (background.count > tools::kManyRows && rows_ == 0) {
     Tell(
-        fmt::format("every case takes time in proportion to them; --rows {} draws so many, which "
+        fmt::format("a case may take time in proportion to them; --rows {} draws so many, which "
                     "is mostly enough",
                     tools::kManyRows / 10));
   }
@@ -189,11 +185,12 @@ ExitStatus ExplainCommand::Run() {
 
   InputFile file(cases_);
   plan.rows = table_.Rows(limits_);
-  RowBlocks input(file, plan.rows, 1);
+  RowBlocks input(file, plan.rows, kReadBytes);
   RowBlock header;
   plan.columns = tools::MatchColumns(ReadColumnNames(input, plan.rows, file.Name(), header), loaded,
                                      {}, file.Name());
   plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
+  input.BeginWithRows();
 
   HandleEndingSignals();
   NoteCasesWritten(0);

@@ -117,10 +117,11 @@ bool RowBlocks::Next(RowBlock& block) {
   return true;
 }
 
-// A large block takes all whole rows at hand, so that the rest need not be scanned again.
+// A block that is no smaller than what is read takes all whole rows at hand, so that the rest need
+// not be scanned again.
 std::size_t RowBlocks::EndOfBlock(std::size_t bytes) const {
   const std::size_t last = at_end_ ? text_.size() : scan_.row_end;
-  if (bytes >= kFewBytes) return last;
+  if (bytes >= least_read_) return last;
   Quotation quotation;
   for (std::size_t i = 0; i < last; ++i) {
     if (text_[i] == '"') quotation.Meet(i, OpensCell(i));
@@ -139,7 +140,7 @@ bool RowBlocks::Fill() {
                            : "is a quoted cell never closed? ") +
                        BeyondTableLimit(form_.limits, &Limits::row_length));
   }
-  buffer_.resize(std::max<std::size_t>(block_bytes_, kFewBytes));
+  buffer_.resize(std::max<std::size_t>(block_bytes_, least_read_));
   const auto count = scan_.row_end == 0 ? input_.Read(buffer_.data(), buffer_.size())
                                         : input_.ReadWaiting(buffer_.data(), buffer_.size());
   if (!count) return false;

@@ -27,15 +27,21 @@ class RowBlocks {
  public:
   static constexpr std::size_t kMostBlock = std::size_t{256} << 10;
 
-  // A block ends at an end of a row at or after `block_bytes`, of few bytes at the first one; or
-  // earlier where the input ends, or where whoever writes it pauses after the end of a row: no row
-  // waits for those that follow it. `input` must outlive this object.
+  // A block ends at the last end of a row at hand once there are `block_bytes`, or earlier where
+  // the input ends, or where whoever writes it pauses after the end of a row: no row waits for
+  // those that follow it. `input` must outlive this object.
   explicit RowBlocks(InputFile& input, const RowForm& form = {},
                      std::size_t block_bytes = kMostBlock)
       : input_(input),
         form_(form),
         block_bytes_(block_bytes),
-        least_block_(std::min(block_bytes, kFewBytes)) {}
+        least_block_(std::min(block_bytes, kFewBytes)),
+        least_read_(least_block_) {}
+  // The blocks that follow have a row each, until they grow.
+  void BeginWithRows() {
+    block_bytes_ = 1;
+    least_block_ = 1;
+  }
 
   // The first row that is no blank line, without a byte-order mark; false where there is none.
   bool ReadHeader(RowBlock& header);
@@ -52,8 +58,7 @@ class RowBlocks {
   // The next rows; false at the end. Throws a Failure(kInputError) for an unreadable input and a
   // CsvError for a row that exceeds its limit, as one without end does.
   bool Next(RowBlock& block);
-  // Halve and double the blocks that follow, down to a bound that depends on their first size, and
-  // up to kMostBlock; on any thread.
+  // Halve and double the blocks that follow, within bounds; on any thread.
   void ShrinkBlocks() {
     if (block_bytes_ > least_block_) block_bytes_ = block_bytes_ / 2;
   }
@@ -68,7 +73,6 @@ class RowBlocks {
   std::uint64_t BytesRead() const { return input_.BytesRead() - begin_; }
 
  private:
-  // The input is read by so many bytes at least, also where blocks are smaller.
   static constexpr std::size_t kFewBytes = 4096;
 
   // Where the scan of the text in hand stands.
@@ -97,6 +101,7 @@ class RowBlocks {
   RowForm form_;
   std::atomic<std::size_t> block_bytes_;
   std::size_t least_block_;
+  std::size_t least_read_;  // of bytes, however small blocks are
   std::string buffer_;
   std::string text_;
   Scan scan_;

@@ -92,6 +92,35 @@ TEST(RowBlocks, GiveTheSameRowsForEveryBlockSize) {
   }
 }
 
+TEST(RowBlocks, BeginWithRowsOneByOneAndGrow) {
+  const TemporaryFolder folder;
+  std::mt19937 random(5);
+  for (const std::size_t read : {5U, 100U, 100000U}) {
+    std::string text = RandomCsv(random, 300) + "no,line,end";
+    std::vector<Row> expected;
+    std::string parsed = text;
+    Append(expected, parsed, 1);
+    InputFile file(folder.Write("cases.csv", text));
+    RowBlocks blocks(file, {}, read);
+    RowBlock block;
+    ASSERT_TRUE(blocks.ReadHeader(block));
+    blocks.BeginWithRows();
+    std::vector<Row> rows;
+    std::vector<std::size_t> sizes;
+    Append(rows, block.text, block.first_line);
+    while (blocks.Next(block)) {
+      const std::size_t before = rows.size();
+      Append(rows, block.text, block.first_line);
+      sizes.push_back(rows.size() - before);
+      if (sizes.size() >= 100) blocks.GrowBlocks();
+    }
+    EXPECT_EQ(rows, expected);
+    ASSERT_GT(sizes.size(), 100U);
+    EXPECT_EQ(std::count(sizes.begin(), sizes.begin() + 100, 1), 100);
+    EXPECT_LT(sizes.size(), 120U);
+  }
+}
+
 struct RowStart {
   std::size_t at;
   long line;

@@ -253,6 +253,11 @@ TEST_F(Explain, ThreadsAndStreamsChangeNothing) {
     EXPECT_THAT(line, StartsWith(std::to_string(row) + ",,"));
   }
   EXPECT_EQ(run({cases, "--threads", "3"}).out, one.out);
+  const Ran broken = run({}, "a,b,c,colour\n1,2,3,red\n1,2,3\n4,5,6,red\n");
+  EXPECT_EQ(broken.status, 5);
+  EXPECT_THAT(broken.err, HasSubstr("line 3: "));
+  EXPECT_THAT(broken.out, HasSubstr("\n1,,"));
+  EXPECT_THAT(broken.out, Not(HasSubstr("\n2,,")));
   EXPECT_EQ(run({"--threads", "2"}, table).out, one.out);
   EXPECT_EQ(run({cases, "-o", folder_.Path("out.csv")}).out, "");
   EXPECT_EQ(ReadFile(folder_.Path("out.csv")), one.out);
@@ -268,6 +273,14 @@ TEST_F(Explain, DrawsFromABackgroundAndLeavesOutWhatCannotBeScored) {
                                  "background:\nsvmscore: row 5, "));
   EXPECT_THAT(ran.err, HasSubstr("background: 4 rows\n"));
   EXPECT_EQ(ran.out, Run(Product()).out);
+
+  Game many = Product();
+  many.background.resize(1001, many.background.front());
+  EXPECT_THAT(Run(many).err, HasSubstr("background: 1001 rows\nsvmscore: a case may take time in "
+                                       "proportion to them; --rows 100 draws so many, "));
+  EXPECT_THAT(
+      RunProgram({"explain", Data("three.pmml"), "--rows", "2"}, "width,height,colour\n").err,
+      HasSubstr("background: 2 of 3 support vectors of the model, drawn with seed 1\n"));
 
   const Ran drawn = Run(game, {"--rows", "2", "--seed", "3"});
   EXPECT_THAT(drawn.err, HasSubstr("background: 2 of 4 rows, drawn with seed 3\n"));
