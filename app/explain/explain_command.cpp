@@ -71,7 +71,7 @@ void CheckNames(const std::vector<std::string>& names, bool json) {
 void TellCheck(const Tally& tally, double imbalance) {
   if (tally.done == 0) return;
   Tell(
-      fmt::format("check: values add up to the decision less the base within {:.1e} of the sum of "
+      fmt::format("check: values add up to the decision less the base within {:.2g} of the sum of "
                   "coefficients",
                   imbalance));
 }
@@ -145,7 +145,9 @@ tools::Background ExplainCommand::MakeBackground(const LoadedModel& loaded,
     background = ReadBackground(background_, loaded, explainable.batch,
                                 {table_.Rows(limits_), table_.Cells(), rows_, seed_});
   }
-  const char* what = own ? "support vectors of the model" : "rows";
+  const std::string what =
+      fmt::format("{}{}{}", own ? "support vector" : "row", background.rows_seen == 1 ? "" : "s",
+                  own ? " of the model" : "");
   if (background.count < background.rows_seen) {
     Tell(fmt::format("background: {} of {} {}, drawn with seed {}", background.count,
                      background.rows_seen, what, seed_));
