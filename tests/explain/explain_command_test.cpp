@@ -346,7 +346,7 @@ TEST_F(Explain, SaysWhatIsMissing) {
             2,
             "the inputs b and c meet in square, so that its support vectors are no "
             "cases; name a table of some with --background"},
-           {{weights}, 2, "it has no support vectors that are cases; name a table"},
+           {{weights}, 2, "written by its weights; name a table"},
            {{constant}, 2, "k depends on no input, so that"},
            {{product, "--background", "-"},
             2,

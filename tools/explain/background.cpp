@@ -97,7 +97,9 @@ std::string WhyNoVectorBackground(const ExplainableModel& model, const Players& 
   }
   std::size_t count = 0;
   static_cast<void>(model.VectorsAsCases(count));
-  return count > 0 ? "" : "it has no support vectors that are cases";
+  return count > 0 ? ""
+                   : "it has no support vectors that are cases, as where a linear model is written "
+                     "by its weights";
 }
 
 Background VectorBackground(const ExplainableModel& model, std::size_t most, std::uint64_t seed) {
