@@ -34,7 +34,7 @@ using MCZandor_850::ScoreModel;
 
 // A block keeps a thread busy for about so long: threads end together, and progress shows, also
 // where a case takes long itself.
-constexpr std::chrono::milliseconds kBlockTime(2);
+constexpr std::chrono::microseconds kBlockTime(500);
 // Small blocks are cut off a short text.
 constexpr std::size_t kReadBytes = 4096;
 
