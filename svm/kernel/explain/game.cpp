@@ -102,8 +102,7 @@ bool Game::SameEntries(const double* x, std::size_t player, std::size_t other) c
                     [x](std::size_t e, std::size_t f) { return x[e] == x[f]; });
 }
 
-void Game::Even(const double* x, const std::uint32_t* match, std::size_t machines,
-                double* values) const {
+void Game::Even(const double* x, std::size_t machines, double* values) const {
   for (const std::vector<std::uint32_t>& members : alike_) {
     std::vector<std::uint32_t> seen;
     for (const std::uint32_t player : members) {
@@ -118,10 +117,6 @@ void Game::Even(const double* x, const std::uint32_t* match, std::size_t machine
         values[m * players() + player] = values[m * players() + *same];
       }
     }
-  }
-  for (std::size_t j = 0; j < players(); ++j) {
-    if (first_row_[j].size() > 1 || match[j] == kNew) continue;
-    for (std::size_t m = 0; m < machines; ++m) values[m * players() + j] = 0.0;
   }
 }
 

@@ -38,11 +38,8 @@ class Game {
   // The value that a case x[entries] has, or kNew; match[players].
   void Match(const double* x, std::uint32_t* match) const;
 
-  // What is the same for any way to compute the values of a case, [machines][players]: players that
-  // nothing distinguishes get the same value to the last bit, and a player whose entries are those
-  // of all of the background gets 0.0.
-  void Even(const double* x, const std::uint32_t* match, std::size_t machines,
-            double* values) const;
+  // Gives players that nothing distinguishes the value of the first of them; [machines][players].
+  void Even(const double* x, std::size_t machines, double* values) const;
   // Players that nothing in the model and the background distinguishes, at least two in each list.
   const std::vector<std::vector<std::uint32_t>>& alike() const { return alike_; }
   bool SameEntries(const double* x, std::size_t player, std::size_t other) const;

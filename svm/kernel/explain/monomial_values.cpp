@@ -140,7 +140,7 @@ MonomialValues::MonomialValues(const Subject& subject, std::size_t degree,
     : subject_(subject), degree_(degree) {
   FindPlayers(std::move(used));
   const std::size_t rows = subject_.game.rows();
-  for (const std::uint32_t e : entry_) {
+  for (const std::uint32_t e : entry_) {  // exact where all rows agree
     const double first = subject_.game.row(0)[e];
     long double sum = 0.0L;
     for (std::size_t b = 0; b < rows; ++b) {
@@ -361,7 +361,6 @@ void MonomialValues::Compute(CaseRows cases, double* values, double*) const {
   const std::size_t machines = subject_.sums.machines().size();
   std::fill_n(values, cases.count * machines * game.players(), 0.0);
   std::vector<double> part(parts_.size());
-  std::vector<std::uint32_t> match(game.players());
   for (std::size_t c = 0; c < cases.count; ++c) {
     const double* const x = cases.entries + c * subject_.sums.entries();
     double* const to = values + c * machines * game.players();
@@ -376,8 +375,7 @@ void MonomialValues::Compute(CaseRows cases, double* values, double*) const {
     AddValues<2>(classes_[1], part.data(), machines, game.players(), to);
     AddValues<3>(classes_[2], part.data(), machines, game.players(), to);
     AddValues<4>(classes_[3], part.data(), machines, game.players(), to);
-    game.Match(x, match.data());
-    game.Even(x, match.data(), machines, to);
+    game.Even(x, machines, to);
   }
 }
 

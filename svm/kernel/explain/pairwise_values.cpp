@@ -22,14 +22,16 @@ constexpr std::size_t kMaxKept = std::size_t{8} << 20;
 constexpr std::size_t kAtATime = std::size_t{512} << 10;
 
 // How many pairs of nodes integrate the products of n - 1 factors: exactly, or but for 1e-17 of the
-// product of the factors' greatest sizes. Proof of the latter: on the ellipse around [0, 1] whose
-// half axes add up to rho / 2 = e^s / 2, |t| + |1 - t| = cosh s, so the product grows to no more
-// than cosh(s)^n <= e^(n s^2 / 2), and the rule of N nodes is wrong by no more than
-// 32/15 e^(n s^2 / 2 - 2 N s) / (1 - e^(-2 s)): L. N. Trefethen, Is Gauss quadrature better than
-// Clenshaw-Curtis?, SIAM Review 50 (2008), theorem 4.5. With s = 2 N / n that is
-// e^(-2 N^2 / n) times less than 10 for n up to 4000; N^2 = 21 n makes it 6e-18.
+// product of the factors' greatest values. Proof of the latter: for 0 <= c <= a the factor is
+// c + (a - c) t, and else a + (c - a) (1 - t), so the product is a sum of t^k (1 - t)^l, k + l < n,
+// with weights that are not negative and add up to the product of the greatest values. On the
+// ellipse with the foci 0 and 1 whose half axes add up to e^s / 2, |t| and |1 - t| are no more than
+// cosh(s / 2)^2 <= e^(s^2 / 4), so the rule of N nodes is wrong by no more than
+// 32/15 e^(n s^2 / 4 - 2 N s) / (1 - e^(-2 s)): L. N. Trefethen, Is Gauss quadrature better than
+// Clenshaw-Curtis?, SIAM Review 50 (2008), theorem 4.5. With s = 4 N / n that is
+// e^(-4 N^2 / n) times less than 10 for n up to 4000; N^2 = 10.5 n makes it 6e-18.
 std::size_t NodePairsFor(std::size_t n) {
-  const auto enough = std::ceil(std::sqrt(21.0 * static_cast<double>(n)) / 2.0);
+  const auto enough = std::ceil(std::sqrt(10.5 * static_cast<double>(n)) / 2.0);
   return std::min((n + 3) / 4, static_cast<std::size_t>(enough));
 }
 
@@ -244,7 +246,7 @@ void PairwiseValues::ComputeGroup(CaseRows cases, double* values) const {
   for (std::size_t c = 0; c < cases.count; ++c) {
     double* const of_case = values + c * machines * players;
     for (std::size_t i = 0; i < machines * players; ++i) of_case[i] /= rows;
-    game.Even(cases.entries + c * sums.entries(), &match[c * players], machines, of_case);
+    game.Even(cases.entries + c * sums.entries(), machines, of_case);
   }
 }
 

@@ -174,7 +174,7 @@ void SampledValues::ComputeCase(const double* x, double* values, double* errors,
   }
   const auto rows = static_cast<double>(game.rows());
   for (std::size_t i = 0; i < size; ++i) values[i] /= rows;
-  game.Even(x, match.data(), subject_.sums.machines().size(), values);
+  game.Even(x, subject_.sums.machines().size(), values);
   if (errors == nullptr) return;
   for (std::size_t i = 0; i < size; ++i) errors[i] = std::sqrt(variance[i]) / rows;
 }
