@@ -23,7 +23,8 @@ struct ExplainerSetUp {
   // likely as another. At least one case.
   BatchCases background;
   // Of sampled explanations: where the draws begin, and how many orders of the players are drawn
-  // for each case of the background; 0: chosen by the model.
+  // for each case of the background, rounded up to an even number of at least 4; 0: as many as make
+  // 400 or more together.
   std::uint64_t seed = 1;
   std::size_t orders = 0;
 };
@@ -42,8 +43,10 @@ struct Explanations {
 
 // Shapley values of decision values for one background, L. S. Shapley (1953), in the interventional
 // form: the worth of a set of players is the mean, over the background, of the decision value of
-// the case with all other players' entries replaced by the background's. Immutable. Results have
-// the same bits whatever the number of cases in a call, of threads, and the instruction set.
+// the case with all other players' entries replaced by the background's. Players that the model and
+// the background do not tell apart get equal values for equal entries; one that no vector uses, or
+// whose entries are the same in the case and all of the background, gets 0.0. Immutable. Results
+// have the same bits whatever the number of cases in a call, of threads, and the instruction set.
 class SVMSCORE_HOST_API Explainer {
  public:
   virtual ~Explainer();
@@ -56,7 +59,8 @@ class SVMSCORE_HOST_API Explainer {
   // The sum of the coefficients' sizes of the decision value: the unit that rounding errors are
   // measured in. [any thread] Fails: never.
   virtual double Scale(std::size_t decision) const = 0;
-  // Explains cases whose entries are finite; a case with another entry gets NaN throughout.
+  // Explains cases whose entries are finite; a case with another entry gets NaN throughout, also as
+  // its decision values. Where a decision value or its base is not finite, the rest of it is NaN.
   // [any thread] Lives: all columns for the call. Fails: std::bad_alloc.
   virtual void Explain(const BatchCases& cases, const Explanations& out) const = 0;
 };

@@ -24,7 +24,9 @@ using svmscore::BatchCases;
 using svmscore::Explanations;
 
 constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
-constexpr std::size_t kTogether = 64;  // cases that are explained together
+// Cases that are explained together, fewer where their results take more numbers than that.
+constexpr std::size_t kTogether = 64;
+constexpr std::size_t kNumbersTogether = std::size_t{1} << 20;
 
 // Refers to the model's engine.
 class SVMExplainer : public svmscore::Explainer {
@@ -53,11 +55,13 @@ class SVMExplainer : public svmscore::Explainer {
   double Scale(std::size_t decision) const override { return sums_.machines()[decision].scale; }
 
   void Explain(const BatchCases& cases, const Explanations& out) const override {
-    for (std::size_t first = 0; first < cases.count; first += kTogether) {
-      const std::size_t count = std::min(kTogether, cases.count - first);
-      const std::size_t machines = base_.size();
-      const auto from = [&](double* column, std::size_t width) {
-        return column == nullptr ? nullptr : column + first * machines * width;
+    const std::size_t machines = base_.size();
+    const std::size_t width = machines * std::max(game_.players(), sums_.entries()) + 1;
+    const std::size_t together = std::clamp(kNumbersTogether / width, std::size_t{1}, kTogether);
+    for (std::size_t first = 0; first < cases.count; first += together) {
+      const std::size_t count = std::min(together, cases.count - first);
+      const auto from = [&](double* column, std::size_t size) {
+        return column == nullptr ? nullptr : column + first * machines * size;
       };
       ExplainSome({cases.entries + first, cases.stride, count},
                   {from(out.decisions, 1), from(out.values, game_.players()),
