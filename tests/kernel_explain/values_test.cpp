@@ -293,7 +293,7 @@ TEST(ShapleyValues, AreNotANumberWhereNothingCanBeSaid) {
     sample.cases.insert(sample.cases.begin() + 1, {1, svmscore_test::kNaN, 0, 0});
     sample.cases.push_back({1, 2, -infinity, 0});
     const Found found = explained::Explain(sample);
-    for (const std::size_t c : {0, 1, 2, 3}) {
+    for (const std::size_t c : {0u, 1u, 2u, 3u}) {
       for (const auto& [all, some, width] : {std::tuple{&found.decisions, &finite.decisions, 2},
                                              {&found.values, &finite.values, 8},
                                              {&found.errors, &finite.errors, 8},
@@ -325,7 +325,7 @@ TEST(ShapleyValues, HaveTheSameBitsOnAllInstructionSetsAndThreads) {
   const svmscore::Isa chosen = svmscore::ChosenIsa().isa;
   std::vector<Sample> samples;
   for (const Kernel& kernel : {kRbf, Polynomial(3), Polynomial(7), kSigmoid}) {
-    for (const std::size_t fields : {1, 6, 19, 40, 130}) {
+    for (const std::size_t fields : {1u, 6u, 19u, 40u, 130u}) {
       samples.push_back(RandomSample(kernel, fields, 67, 3, 2, fields, 0.8));
     }
   }
@@ -369,7 +369,7 @@ TEST(ShapleyValues, DoNotDependOnWhatIsKept) {
   ExpectSound(sample, found);
   // The mean of the values for parts of the background, each small enough to be kept.
   Row mean(found.values.size());
-  for (const std::size_t begin : {0, 70}) {
+  for (const std::size_t begin : {0u, 70u}) {
     Sample part = sample;
     part.background.assign(sample.background.begin() + static_cast<int>(begin),
                            sample.background.begin() + static_cast<int>(begin + 70));
