@@ -126,19 +126,14 @@ std::vector<Truth> Truths() {
 }
 
 TEST(ShapleyValues, AreThoseOfTheDefinition) {
-  double worst = 0.0;
   for (const Truth& truth : Truths()) {
     SCOPED_TRACE(truth.name);
     const Found found = explained::Explain(truth.sample);
-    const double distance =
-        Distance(truth.sample, explained::ByDefinition(truth.sample), found.values);
-    EXPECT_LE(distance, 1e-12);
-    if (truth.name.find("8") == std::string::npos) worst = std::max(worst, distance);
+    EXPECT_LE(Distance(truth.sample, explained::ByDefinition(truth.sample), found.values), 1e-12);
     EXPECT_FALSE(found.sampled);
     EXPECT_EQ(Row(found.errors.size(), 0.0), found.errors);
     ExpectSound(truth.sample, found);
   }
-  RecordProperty("worst", std::to_string(worst));
 }
 
 // Of one machine with a radial basis, by the polynomial of the numbers of present players.
@@ -324,7 +319,8 @@ TEST(ShapleyValues, AreNotANumberWhereNothingCanBeSaid) {
 TEST(ShapleyValues, HaveTheSameBitsOnAllInstructionSetsAndThreads) {
   const svmscore::Isa chosen = svmscore::ChosenIsa().isa;
   std::vector<Sample> samples;
-  for (const Kernel& kernel : {kRbf, Polynomial(3), Polynomial(7), kSigmoid}) {
+  const Kernel vanishing{SVMConst::kRadialBasis, 45.0};  // in some of the lanes
+  for (const Kernel& kernel : {kRbf, vanishing, Polynomial(3), Polynomial(7), kSigmoid}) {
     for (const std::size_t fields : {1u, 6u, 19u, 40u, 130u}) {
       samples.push_back(RandomSample(kernel, fields, 67, 3, 2, fields, 0.8));
     }

@@ -17,6 +17,10 @@ struct Avx2 {
   static D Add(D a, D b) { return _mm256_add_pd(a, b); }
   static D Sub(D a, D b) { return _mm256_sub_pd(a, b); }
   static D Mul(D a, D b) { return _mm256_mul_pd(a, b); }
+  // All bits of a lane where a < b does not hold, as for NaN.
+  static D NotLess(D a, D b) { return _mm256_cmp_pd(a, b, _CMP_NLT_UQ); }
+  static unsigned Bits(D mask) { return static_cast<unsigned>(_mm256_movemask_pd(mask)); }
+  static D OrZero(D mask, D a) { return _mm256_and_pd(mask, a); }
 };
 
 constexpr Operations kOperations = MakeOperations<Avx2>();

@@ -22,6 +22,10 @@ struct Avx512 {
   static D Add(D a, D b) { return _mm512_add_pd(a, b); }
   static D Sub(D a, D b) { return _mm512_sub_pd(a, b); }
   static D Mul(D a, D b) { return _mm512_mul_pd(a, b); }
+  // The lanes where a < b does not hold, as for NaN.
+  static __mmask8 NotLess(D a, D b) { return _mm512_cmp_pd_mask(a, b, _CMP_NLT_UQ); }
+  static unsigned Bits(__mmask8 mask) { return mask; }
+  static D OrZero(__mmask8 mask, D a) { return _mm512_maskz_mov_pd(mask, a); }
 };
 
 constexpr Operations kOperations = MakeOperations<Avx512>();

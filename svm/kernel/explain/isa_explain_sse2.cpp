@@ -17,6 +17,10 @@ struct Sse2 {
   static D Add(D a, D b) { return _mm_add_pd(a, b); }
   static D Sub(D a, D b) { return _mm_sub_pd(a, b); }
   static D Mul(D a, D b) { return _mm_mul_pd(a, b); }
+  // All bits of a lane where a < b does not hold, as for NaN.
+  static D NotLess(D a, D b) { return _mm_cmpnlt_pd(a, b); }
+  static unsigned Bits(D mask) { return static_cast<unsigned>(_mm_movemask_pd(mask)); }
+  static D OrZero(D mask, D a) { return _mm_and_pd(mask, a); }
 };
 
 constexpr Operations kOperations = MakeOperations<Sse2>();
