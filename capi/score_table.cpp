@@ -1,14 +1,10 @@
 // A table on its way through a scorer's threads.
 #include <algorithm>
-#include <atomic>
-#include <exception>
 #include <limits>
-#include <mutex>
-#include <system_error>
-#include <thread>
 
 #include "capi/call_error.h"
 #include "capi/scorer.h"
+#include "capi/thread_work.h"
 #include "tools/base/case_columns.h"
 
 namespace svmscore::capi {
@@ -179,32 +175,13 @@ const ResultTable& Scorer::ScoreTable(const std::vector<ColumnView>& columns, st
   }
   table_->Start(rows);
 
-  std::atomic<std::size_t> next{0};
-  std::mutex failing;
-  std::exception_ptr failed;
-  const auto work = [&](std::size_t thread) noexcept {
-    try {
-      TableRun run(*this, input, *table_, *rows_[thread]);
-      for (std::size_t block = next++; block < blocks; block = next++) {
-        const std::size_t first = block * ResultTable::kBlockRows;
-        run.Score(first, std::min(first + ResultTable::kBlockRows, rows));
-      }
-    } catch (...) {
-      const std::lock_guard lock(failing);
-      failed = std::current_exception();
-      next = blocks;  // the others end
-    }
-  };
-  {
-    std::vector<std::jthread> others;
-    others.reserve(threads);
-    try {
-      for (std::size_t t = 1; t < threads; ++t) others.emplace_back(work, t);
-    } catch (const std::system_error&) {  // the system gives no more threads: fewer do it too
-    }
-    work(0);
-  }
-  if (failed) std::rethrow_exception(failed);
+  ShareWork(blocks, threads, [&](std::size_t thread) {
+    return
+        [run = TableRun(*this, input, *table_, *rows_[thread]), rows](std::size_t block) mutable {
+          const std::size_t first = block * ResultTable::kBlockRows;
+          run.Score(first, std::min(first + ResultTable::kBlockRows, rows));
+        };
+  });
   table_->Finish();
   return *table_;
 }

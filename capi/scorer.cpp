@@ -1,11 +1,10 @@
 #include "capi/scorer.h"
 
-#include <sched.h>
-
-#include <algorithm>
+#include <utility>
 
 #include "capi/call_error.h"
 #include "capi/caller_structs.h"
+#include "capi/thread_work.h"
 
 namespace svmscore::capi {
 namespace {
@@ -21,23 +20,6 @@ tools::ColumnChoice ChoiceOf(int columns) {
     default:
       RefuseArgument("options.columns is no enum svmscore_choice", "options.columns");
   }
-}
-
-// The cores that this process may use.
-std::size_t CoreCount() {
-  cpu_set_t cores;
-  const bool known = sched_getaffinity(0, sizeof cores, &cores) == 0;
-  return known ? static_cast<std::size_t>(std::max(CPU_COUNT(&cores), 1)) : 1;
-}
-
-std::size_t ThreadsOf(int threads) {
-  constexpr int kMost = 1024;
-  if (threads == SVMSCORE_ALL_CORES) return CoreCount();
-  if (threads < 0 || threads > kMost) {
-    RefuseArgument("options.threads is " + std::to_string(threads), "options.threads",
-                   "give a number up to 1024, or SVMSCORE_ALL_CORES");
-  }
-  return static_cast<std::size_t>(std::max(threads, 1));
 }
 
 Scorer& Of(svmscore_scorer* scorer) {

@@ -477,6 +477,83 @@ SVMSCORE_API int svmscore_doctor_memory(const void* data, size_t data_size,
                                         const svmscore_expectation* expectation, char** json,
                                         size_t* length, svmscore_error** error);
 
+/* --- Explaining ----------------------------------------------------------------------------- */
+
+/* The working memory for explaining with one model and one background. */
+typedef struct svmscore_explainer svmscore_explainer;
+
+typedef struct svmscore_explainer_options {
+  size_t size;
+  const svmscore_column* background; /* cases, by the names of the inputs: an input that is absent
+                                        takes their values; null: the model's support vectors */
+  size_t background_column_count;
+  size_t background_row_count;
+  uint64_t rows;   /* so many of the background are drawn and used; 0: all */
+  uint64_t seed;   /* where the draws begin, of the background and of sampled values; 0: 1 */
+  uint64_t orders; /* where values are sampled: orders of the inputs that are drawn for each row of
+                      the background; 0: chosen by the model */
+  int32_t threads; /* 0 and 1 mean one, SVMSCORE_ALL_CORES what the process may use */
+  const svmscore_text* missing_texts; /* as of a scorer */
+  size_t missing_text_count;
+} svmscore_explainer_options;
+
+/* What explanations consist of. A player is an input, or several that meet in a derived field and
+ * cannot be told apart: its name is theirs with plus signs between them. */
+typedef struct svmscore_explainer_facts {
+  size_t size;
+  size_t player_count;
+  const svmscore_text* players;
+  size_t field_count; /* vector fields, of gradients */
+  const svmscore_text* fields;
+  size_t machine_count; /* decision values of a case: svmscore_model_get_machine has their pairs */
+  const double* bases;  /* [machine_count]: the mean decision values of the background */
+  int32_t sampled;      /* 0: values are exact; 1: means of draws, with standard errors */
+  uint64_t background_rows;          /* that are used */
+  uint64_t background_rows_seen;     /* that they were drawn from */
+  uint64_t background_rows_left_out; /* that could not be scored */
+} svmscore_explainer_facts;
+
+/* Makes an explainer. `options` may be null.
+ * [any thread], one after the other for each model. Owns: the caller the explainer:
+ * svmscore_explainer_free; it shares the model. Lives: arguments, for the call. Fails:
+ * SVMSCORE_DOCUMENT: the plug-in's model explains nothing; SVMSCORE_ARGUMENT, also for a model
+ * whose vectors are no cases, without a background; SVMSCORE_TABLE: columns of the background do
+ * not fit, or none of its rows can be scored. */
+SVMSCORE_API int svmscore_explainer_new(const svmscore_model* model,
+                                        const svmscore_explainer_options* options,
+                                        svmscore_explainer** explainer, svmscore_error** error);
+/* Null is allowed.
+ * [one thread] Owns: the library, from here on. Fails: never. */
+SVMSCORE_API void svmscore_explainer_free(svmscore_explainer* explainer);
+/* Fills `facts`.
+ * [any thread] Lives: what is returned, as long as the explainer. Fails: SVMSCORE_ARGUMENT. */
+SVMSCORE_API int svmscore_explainer_get_facts(const svmscore_explainer* explainer,
+                                              svmscore_explainer_facts* facts,
+                                              svmscore_error** error);
+
+/* Where explanations are written: memory of the caller's, row after row; null: not wanted. */
+typedef struct svmscore_explanations {
+  size_t size;
+  double* decisions; /* [rows][machine_count] */
+  double* values;    /* [rows][machine_count][player_count]: Shapley values; they add up to the
+                        decision value less its base, with a share of entries that depend on no
+                        input */
+  double* errors;    /* the same shape: standard errors; 0 for exact values */
+  double* gradients; /* [rows][machine_count][field_count]: derivatives by the vector fields */
+  int64_t* status;   /* [rows]: as of svmscore_table */
+  double imbalance;  /* is set: how far values are from adding up, at most, as a share of the sum of
+                        a machine's coefficients: rounding, below 1e-10 */
+} svmscore_explanations;
+
+/* Explains the rows of a table, which is as of svmscore_score. Rows that cannot be scored have a
+ * status that is not 0, and NaN. The bits of the result are the same for any number of threads, and
+ * however rows are put together.
+ * [one thread] for each explainer. Lives: arguments, for the call. Fails: SVMSCORE_TABLE, as
+ * svmscore_score; SVMSCORE_ARGUMENT. */
+SVMSCORE_API int svmscore_explain(svmscore_explainer* explainer, const svmscore_column* columns,
+                                  size_t column_count, size_t row_count,
+                                  svmscore_explanations* explanations, svmscore_error** error);
+
 /* --- Converting ----------------------------------------------------------------------------- */
 
 /* How a model of LIBSVM becomes a document. */

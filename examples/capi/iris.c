@@ -106,6 +106,36 @@ static void score_case(const svmscore_model* model) {
   svmscore_scorer_free(scorer);
 }
 
+/* What each input contributes to a decision value, with the support vectors as the background. */
+static void explain_table(const svmscore_model* model) {
+  static const double lengths[] = {5.1, 6.3};
+  static const double widths[] = {3.5, 3.3};
+  static const double petals[] = {1.4, 6.0};
+  static const double petal_widths[] = {0.2, 2.5};
+  const size_t rows = 2;
+  svmscore_column columns[4];
+  svmscore_explainer_facts facts = SVMSCORE_INIT(svmscore_explainer_facts);
+  svmscore_explanations explanations = SVMSCORE_INIT(svmscore_explanations);
+  svmscore_explainer* explainer = NULL;
+  svmscore_error* error = NULL;
+  size_t player;
+  columns[0] = column_of("petal_length", petals, rows);
+  columns[1] = column_of("petal_width", petal_widths, rows);
+  columns[2] = column_of("sepal_length", lengths, rows);
+  columns[3] = column_of("sepal_width", widths, rows);
+  check(svmscore_explainer_new(model, NULL, &explainer, &error), error);
+  check(svmscore_explainer_get_facts(explainer, &facts, &error), error);
+  explanations.values = calloc(rows * facts.machine_count * facts.player_count, sizeof(double));
+  if (explanations.values == NULL) exit(1);
+  check(svmscore_explain(explainer, columns, 4, rows, &explanations, &error), error);
+  for (player = 0; player < facts.player_count; ++player) {
+    printf("row 0, first decision value: %+.3f by %s\n", explanations.values[player],
+           facts.players[player].data);
+  }
+  free(explanations.values);
+  svmscore_explainer_free(explainer);
+}
+
 /* Column names that do not fit are the call's failure. */
 static void fail(const svmscore_model* model) {
   static const double values[] = {1.0};
@@ -137,6 +167,7 @@ int main(int argc, char** argv) {
   print_inputs(model);
   score_table(model);
   score_case(model);
+  explain_table(model);
   fail(model);
   svmscore_model_free(model);
   examine(argv[1]);

@@ -1,16 +1,19 @@
 // svmscore._core: the C interface for the Python package, and nothing that the package could do in
 // Python without being slow.
 #include <nanobind/nanobind.h>
+#include <nanobind/stl/optional.h>
 #include <nanobind/stl/vector.h>
 
 #include "call.h"
 #include "columns.h"
 #include "convert.h"
+#include "explainer.h"
 #include "model.h"
 #include "scorer.h"
 
 namespace nb = nanobind;
 using svmscore::python::Columns;
+using svmscore::python::Explainer;
 using svmscore::python::LoadSettings;
 using svmscore::python::Model;
 using svmscore::python::Scorer;
@@ -54,6 +57,16 @@ NB_MODULE(_core, module) {
            nb::arg("counts_bools") = false)
       .def("add_texts", &Columns::AddTexts, nb::arg("name"), nb::arg("offsets"),
            nb::arg("offset_bits"), nb::arg("data"), nb::arg("validity").none(), nb::arg("offset"));
+
+  nb::class_<Explainer>(module, "Explainer")
+      .def(nb::init<const Model&, const Columns*, std::uint64_t, std::uint64_t, std::uint64_t,
+                    int>(),
+           nb::arg("model"), nb::arg("background").none(), nb::arg("rows"), nb::arg("seed"),
+           nb::arg("orders"), nb::arg("threads"))
+      .def("facts", &Explainer::Facts)
+      .def("explain", &Explainer::Explain, nb::arg("columns"), nb::arg("decisions"),
+           nb::arg("values"), nb::arg("errors").none(), nb::arg("gradients").none(),
+           nb::arg("status"));
 
   nb::class_<Scorer>(module, "Scorer")
       .def(nb::init<const Model&, int, bool, int, bool>(), nb::arg("model"), nb::arg("choice"),

@@ -1,41 +1,20 @@
 #include "scorer.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstring>
 
 #include "arrow_stream.h"
 #include "call.h"
+#include "pace.h"
 
 namespace nb = nanobind;
 
 namespace svmscore::python {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 // Beyond this, a case takes much longer than handing the interpreter lock over and back.
 constexpr std::chrono::microseconds kSlowCase{50};
-
-// How many rows are scored before Python may handle Ctrl-C: as many as take a moment, which for a
-// large model are few. Their bits do not depend on it.
-class Pace {
- public:
-  std::size_t Rows() const { return rows_; }
-  void Took(Clock::duration time) {
-    if (time < std::chrono::milliseconds(100)) rows_ = std::min(2 * rows_, kMost);
-    if (time > std::chrono::milliseconds(400)) rows_ = std::max(rows_ / 2, kLeast);
-  }
-
- private:
-  static constexpr std::size_t kLeast = 64, kMost = 65536;
-  std::size_t rows_ = 1024;
-};
-
-void HandleSignals() {
-  if (PyErr_CheckSignals() != 0) throw nb::python_error();
-}
 
 template <typename Call>
 auto WithoutLock(const Call& call) {

@@ -21,6 +21,7 @@ from ._errors import (
     SetupError,
     TableError,
 )
+from ._explanation import Explanation
 from ._libsvm import from_libsvm
 from ._model import Input, Model, Output, doctor, load
 
@@ -44,6 +45,7 @@ __all__ = [
     "DocumentError",
     "DocumentWarning",
     "Error",
+    "Explanation",
     "Input",
     "InternalError",
     "Model",

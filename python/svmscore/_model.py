@@ -16,6 +16,7 @@ from ._errors import DocumentError, DocumentWarning, NotCalibrated, ScoringError
 
 if TYPE_CHECKING:
     from ._calibration import Calibration
+    from ._explanation import Explanation
 
 _POLICIES = {None: 0, "replace": 1, "predict-missing": 2, "fail": 3}
 _CHOICES = {"auto": 0, "raw": 1, "all": 2}
@@ -320,6 +321,49 @@ class Model:
             return sys.modules["polars"].DataFrame(made, nan_to_null=False, strict=False)
         return made
 
+    def explain(
+        self,
+        X: Any,
+        background: Any = None,
+        *,
+        gradients: bool = False,
+        rows: int | None = None,
+        seed: int = 1,
+        orders: int | None = None,
+        errors: _Errors = "raise",
+        threads: int = 1,
+    ) -> Explanation:
+        """What each input contributes to the decision values: Shapley values, as `svmscore explain`.
+
+        Args:
+            X, errors, threads: as of predict.
+            background: cases, as X: an input that is absent takes their values. The model's support
+                vectors if not given, which is an error for a model whose vectors are no cases.
+            gradients: with the derivatives of the decision values by the vector fields.
+            rows: draw so many of the background, and use no others.
+            seed: where the draws begin, of the background and of sampled values.
+            orders: where values are sampled: how many orders of the inputs are drawn for each row of
+                the background.
+        Raises:
+            ScoringError: some rows could not be scored; ValueError: no background, or none of its rows
+                can be scored; TypeError, ValueError: X cannot be read.
+        """
+        from ._explanation import explain
+
+        _check_errors(errors)
+        _check_threads(threads)
+        for name, value, least in (("rows", rows, 1), ("seed", seed, 1), ("orders", orders, 1)):
+            if value is None and name != "seed":
+                continue
+            if not hasattr(value, "__index__") or not least <= value < 2**63:
+                raise ValueError(f"{name} is a whole number from {least} on")
+        try:
+            return explain(
+                self, X, background, gradients, rows, seed, orders, errors, threads
+            )
+        except TableError as error:
+            raise self._told(error, X) from None
+
     # --- What the document says, and whether it is right ----------------------------------------
 
     def describe(self) -> dict[str, Any]:
@@ -377,10 +421,7 @@ class Model:
         )
 
     def _plan(self, choice: int, decisions: bool, threads: int, reasons: bool = False) -> _Plan:
-        if not hasattr(threads, "__index__") or not (threads == -1 or 1 <= threads <= _MOST_THREADS):
-            raise ValueError(
-                f"threads is a number from 1 on, up to {_MOST_THREADS}, or -1 for all that there are"
-            )
+        _check_threads(threads)
         key = (choice, decisions, threads, reasons)
         plan = self._plans.get(key)
         if plan is None:
@@ -540,6 +581,13 @@ def _side_by_side(columns: list[tuple]) -> np.ndarray:
     for place, (values, _) in enumerate(columns):
         matrix[:, place] = values
     return matrix
+
+
+def _check_threads(threads: int) -> None:
+    if not hasattr(threads, "__index__") or not (threads == -1 or 1 <= threads <= _MOST_THREADS):
+        raise ValueError(
+            f"threads is a number from 1 on, up to {_MOST_THREADS}, or -1 for all that there are"
+        )
 
 
 def _check_errors(errors: str) -> None:

@@ -124,6 +124,28 @@ TEST(CMemory, LoadingTellingAndCheckingFailAndLoseNothing) {
     svmscore_text_free(document);
     return freed(kind, report);
   });
+  const Model flowers = LoadFile(PROJECT_FOLDER "/examples/iris/model.pmml");
+  const Columns petals(RowsOf(svmscore::app::ReadFile(PROJECT_FOLDER "/examples/iris/cases.csv")),
+                       Form::kNumbers);
+  std::vector<double> values(petals.rows * 3 * 4);
+  FailEach("explain", 200, [&](svmscore_error** error) {
+    svmscore_explainer_options options = SVMSCORE_INIT(svmscore_explainer_options);
+    options.background = petals.views.data();
+    options.background_column_count = petals.views.size();
+    options.background_row_count = petals.rows;
+    options.rows = 5;
+    options.threads = 2;
+    svmscore_explainer* explainer = nullptr;
+    int kind = svmscore_explainer_new(flowers.get(), &options, &explainer, error);
+    svmscore_explanations out = SVMSCORE_INIT(svmscore_explanations);
+    out.values = values.data();
+    if (kind == SVMSCORE_OK) {
+      kind = svmscore_explain(explainer, petals.views.data(), petals.views.size(), petals.rows,
+                              &out, error);
+    }
+    svmscore_explainer_free(explainer);
+    return kind;
+  });
   FailEach("verify", 200, [&](svmscore_error** error) {
     char* json = nullptr;
     const int kind = svmscore_verify(model.get(), &expectation, &json, nullptr, error);
