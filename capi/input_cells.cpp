@@ -1,9 +1,6 @@
 #include "capi/input_cells.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
 
 #include <fmt/format.h>
 
@@ -12,15 +9,13 @@
 #include "host/model/score_dict_var.h"
 #include "host/text/field_text.h"
 #include "host/text/number_text.h"
+#include "tools/score/put_value.h"
 
 namespace svmscore::capi {
 namespace {
 
 using MCZandor_850::InputCaseRecord;
 using MCZandor_850::ScoreDictVar;
-
-// Whole numbers up to here are doubles.
-constexpr double kExact = 9007199254740992.0;
 
 bool IsMomentType(DataType type) {
   return type == DataType::kDate || type == DataType::kTime || type == DataType::kDateTime;
@@ -132,49 +127,11 @@ void InputCell::SetValue(InputCaseRecord& record, std::size_t position, const Co
 }
 
 void InputCell::SetNumber(InputCaseRecord& record, std::size_t position, double number) const {
-  switch (type_) {
-    case DataType::kDouble:
-    case DataType::kDateDaysSince:
-    case DataType::kDateTimeSecondsSince:
-      record.SetNumber(position, number);
-      return;
-    case DataType::kFloat:
-      record.SetNumber(position, static_cast<double>(static_cast<float>(number)));
-      return;
-    case DataType::kInteger:
-      if (std::fabs(number) <= kExact && number == std::trunc(number)) {
-        record.SetNumber(position, number + 0.0);  // no -0
-        return;
-      }
-      break;
-    case DataType::kBoolean:
-      if (number == 0.0 || number == 1.0) {
-        record.SetNumber(position, number + 0.0);
-        return;
-      }
-      break;
-    case DataType::kTimeSeconds:
-      if (number >= 0.0) {
-        record.SetNumber(position, number);
-        return;
-      }
-      break;
-    default:
-      break;
-  }
-  std::array<char, kNumberTextSize> buffer;
-  const char* end = FormatNumber(buffer.data(), number);
-  record.SetText(position, {buffer.data(), static_cast<std::size_t>(end - buffer.data())});
+  tools::PutNumber(record, position, number);
 }
 
 void InputCell::SetWhole(InputCaseRecord& record, std::size_t position, std::int64_t number) const {
-  const double same = static_cast<double>(number);
-  if (type_ != DataType::kString && std::fabs(same) < kExact) {
-    return SetNumber(record, position, same);
-  }
-  std::array<char, 24> buffer;
-  const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number);
-  record.SetText(position, {buffer.data(), static_cast<std::size_t>(written.ptr - buffer.data())});
+  tools::PutWhole(record, position, number);
 }
 
 bool InputCell::MeansMissing(std::string_view text) const {
@@ -191,11 +148,7 @@ void InputCell::SetText(InputCaseRecord& record, std::size_t position,
 }
 
 void InputCell::SetBool(InputCaseRecord& record, std::size_t position, bool truth) const {
-  if (type_ == DataType::kString) {
-    record.SetText(position, truth ? "true" : "false");
-  } else {
-    SetNumber(record, position, truth ? 1.0 : 0.0);
-  }
+  tools::PutBool(record, position, truth);
 }
 
 void InputCell::SetMoment(InputCaseRecord& record, std::size_t position, const ColumnView& column,

@@ -89,10 +89,14 @@ double NumberOf(const svmscore_value& value) {
 }  // namespace
 
 Scorer::Single::Single(const ScoringPlan& plan, const MissingTexts& missing)
-    : rows(plan,
-           {plan.model->inputs.begin(),
-            plan.model->inputs.begin() + static_cast<std::ptrdiff_t>(plan.model->record_inputs)},
-           1),
+    : Single(
+          plan, missing,
+          {plan.model->inputs.begin(),
+           plan.model->inputs.begin() + static_cast<std::ptrdiff_t>(plan.model->record_inputs)}) {}
+
+Scorer::Single::Single(const ScoringPlan& plan, const MissingTexts& missing,
+                       const std::vector<const MCZandor_850::ScoreDictVar*>& variables)
+    : rows(plan, variables, 1, plan.ExaminerOf(variables)),
       takes_plain(!plan.reads_inputs && !plan.model->plain_entries.empty()) {
   for (const auto* var : plan.model->inputs) cells.emplace_back(*var, missing);
   for (std::size_t i = 0; i < plan.model->record_inputs; ++i) {

@@ -171,7 +171,8 @@ const ResultTable& Scorer::ScoreTable(const std::vector<ColumnView>& columns, st
   }
   while (rows_.size() < threads) {
     rows_.push_back(std::make_unique<RowScorer>(
-        plan_, row_variables_, tools::CasesAtOnce(plan_.model->batch, row_variables_.size())));
+        plan_, row_variables_, tools::CasesAtOnce(plan_.model->batch, row_variables_.size()),
+        plan_.ExaminerOf(row_variables_)));
   }
   table_->Start(rows);
 

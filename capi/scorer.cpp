@@ -4,6 +4,7 @@
 
 #include "capi/call_error.h"
 #include "capi/caller_structs.h"
+#include "capi/document_lock.h"
 #include "capi/thread_work.h"
 
 namespace svmscore::capi {
@@ -39,6 +40,13 @@ ScorerSettings ReadSettings(const svmscore_scorer_options* options) {
   settings.threads = ThreadsOf(given.threads);
   settings.missing = ReadMissingTexts(given.missing_texts, given.missing_text_count);
   return settings;
+}
+
+std::shared_ptr<const reasons::CaseExaminer> ScoringPlan::ExaminerOf(
+    const std::vector<const MCZandor_850::ScoreDictVar*>& variables) const {
+  if (!gives_reasons) return nullptr;
+  const DocumentLock lock(model->document_mutex);
+  return std::make_shared<const reasons::CaseExaminer>(model->loaded, variables);
 }
 
 Scorer::Scorer(SharedModel model, ScorerSettings settings)

@@ -11,9 +11,23 @@
 #include "capi/input_cells.h"
 #include "capi/model_state.h"
 #include "capi/result_table.h"
-#include "capi/row_scorer.h"
+#include "tools/score/row_scorer.h"
 
 namespace svmscore::capi {
+
+using tools::GivenText;
+using tools::RowScorer;
+
+struct ScoringPlan : tools::RowPlan {
+  ScoringPlan(SharedModel of, tools::ColumnChoice choice, bool decisions, bool reasons)
+      : RowPlan(of->loaded, choice, decisions, reasons), model(std::move(of)) {}
+
+  // Why cases with these variables fail; null where no reasons are wanted. Fails: std::bad_alloc.
+  std::shared_ptr<const reasons::CaseExaminer> ExaminerOf(
+      const std::vector<const MCZandor_850::ScoreDictVar*>& variables) const;
+
+  SharedModel model;
+};
 
 struct ScorerSettings {
   tools::ColumnChoice choice = tools::ColumnChoice::kDocument;
@@ -56,6 +70,8 @@ class Scorer {
   // What one case is scored with; made at the first.
   struct Single {
     Single(const ScoringPlan& plan, const MissingTexts& missing);
+    Single(const ScoringPlan& plan, const MissingTexts& missing,
+           const std::vector<const MCZandor_850::ScoreDictVar*>& variables);  // of records
 
     RowScorer rows;
     std::vector<InputCell> cells;  // of the model's inputs

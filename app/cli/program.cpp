@@ -28,6 +28,7 @@
 #include "app/options/command.h"
 #include "app/report/report_command.h"
 #include "app/score/score_command.h"
+#include "app/serve/serve_command.h"
 #include "app/verify/verify_command.h"
 #include "tools/base/bad_input.h"
 
@@ -94,8 +95,9 @@ int ParseAndRun(int argc, char** argv) {
   CalibrateCommand calibrate;
   ExplainCommand explain;
   ReportCommand report;
-  const std::array<Command*, 8> commands = {&score,   &describe,  &verify,  &doctor,
-                                            &convert, &calibrate, &explain, &report};
+  ServeCommand serve;
+  const std::array<Command*, 9> commands = {&score,     &describe, &verify, &doctor, &convert,
+                                            &calibrate, &explain,  &report, &serve};
   std::array<CLI::App*, commands.size()> parsed{};
   for (std::size_t i = 0; i < commands.size(); ++i) parsed[i] = commands[i]->AddTo(program);
   try {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -26,6 +27,15 @@ InputFile::InputFile(const std::string& path)
     : name_(path == "-" ? "standard input" : path),
       descriptor_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
   if (descriptor_ < 0) Fail();
+  NoteSize();
+}
+
+InputFile::InputFile(int descriptor, std::string name)
+    : name_(std::move(name)), descriptor_(descriptor) {
+  NoteSize();
+}
+
+void InputFile::NoteSize() {
   struct stat about {};
   if (fstat(descriptor_, &about) == 0 && S_ISREG(about.st_mode)) {
     is_regular_ = true;

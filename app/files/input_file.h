@@ -18,6 +18,8 @@ class InputFile {
  public:
   // "-" is standard input.
   explicit InputFile(const std::string& path);
+  // A file that is open. Owns: the descriptor. `name` is how messages call it.
+  InputFile(int descriptor, std::string name);
   ~InputFile();
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
@@ -38,6 +40,7 @@ class InputFile {
   std::uint64_t BytesRead() const { return bytes_read_; }
 
  private:
+  void NoteSize();
   std::optional<std::size_t> Read(char* buffer, std::size_t size, bool may_wait);
   // Reads the first bytes of the file, which tell whether it is compressed.
   void Begin();

@@ -29,12 +29,17 @@ std::string WhyNoDelimiter(std::string_view text) {
 
 }  // namespace
 
+std::string ReadDelimiter(const std::string& text, char& delimiter) {
+  const std::string character = text == "tab" || text == "\\t" ? "\t" : text;
+  std::string why = WhyNoDelimiter(character);
+  if (why.empty()) delimiter = character[0];
+  return why;
+}
+
 void AddTableOptions(CLI::App& command, TableOptions& options) {
   const auto set_delimiter = [&options](const std::string& text) {
-    const std::string character = text == "tab" || text == "\\t" ? "\t" : text;
-    const std::string why = WhyNoDelimiter(character);
+    const std::string why = ReadDelimiter(text, options.delimiter);
     if (!why.empty()) throw CLI::ValidationError("--delimiter", why);
-    options.delimiter = character[0];
   };
   command
       .add_option_function<std::string>("--delimiter", set_delimiter,

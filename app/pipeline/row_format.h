@@ -31,9 +31,6 @@ std::unique_ptr<RowFormat> CsvFormat(std::vector<std::string> names);
 // An empty cell is null. So is a number that is not finite, for which JSON has no spelling.
 std::unique_ptr<RowFormat> JsonLinesFormat(const std::vector<std::string>& names);
 
-// Appends `text` as a JSON string; bytes that are not UTF-8 become U+FFFD.
-void AppendJsonString(std::string& out, std::string_view text);
-
 }  // namespace svmscore::app
 
 #endif  // APP_PIPELINE_ROW_FORMAT_H_

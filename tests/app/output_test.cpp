@@ -9,6 +9,7 @@
 #include "app/files/output_file.h"
 #include "app/pipeline/row_format.h"
 #include "tests/app/temporary_folder.h"
+#include "tools/base/json_string.h"
 
 namespace svmscore::app {
 namespace {
@@ -51,7 +52,7 @@ TEST(JsonLinesFormat, ReplacesBytesThatAreNotUtf8) {
   for (const char* text : {"\xC3", "\x80", "\xC0\xAF", "\xE0\x9F\xBF", "\xED\xA0\x80",
                            "\xF4\x90\x80\x80", "\xF0\x8F\xBF\xBF", "\xE2\x82"}) {
     std::string out;
-    AppendJsonString(out, std::string(text) + "z");
+    tools::AppendJsonString(out, std::string(text) + "z");
     const std::string read = nlohmann::json::parse(out);
     EXPECT_TRUE(read.starts_with("\xEF\xBF\xBD") && read.ends_with("z")) << out;
   }

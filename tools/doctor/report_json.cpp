@@ -8,17 +8,10 @@
 
 namespace svmscore::tools {
 
-std::string ReportJson(const std::string& file, const Examination& examination) {
-  const std::vector<Finding>& findings = examination.findings;
-  JsonText json;
-  json.OpenObject();
-  json.Member("file", file);
-  json.Member("changesScores",
-              std::any_of(findings.begin(), findings.end(),
-                          [](const Finding& finding) { return finding.IsError(); }));
-  json.Key("agreement");
-  WriteAgreement(examination.agreement, json);
-  json.Key("findings").OpenArray();
+namespace {
+
+void WriteFindings(const std::vector<Finding>& findings, JsonText& json) {
+  json.OpenArray();
   for (const Finding& finding : findings) {
     const Place& place = finding.place;
     json.OpenObject();
@@ -35,6 +28,28 @@ std::string ReportJson(const std::string& file, const Examination& examination) 
     json.CloseObject();
   }
   json.CloseArray();
+}
+
+}  // namespace
+
+std::string FindingsJson(const std::vector<Finding>& findings) {
+  JsonText json;
+  WriteFindings(findings, json);
+  return json.Finish();
+}
+
+std::string ReportJson(const std::string& file, const Examination& examination) {
+  const std::vector<Finding>& findings = examination.findings;
+  JsonText json;
+  json.OpenObject();
+  json.Member("file", file);
+  json.Member("changesScores",
+              std::any_of(findings.begin(), findings.end(),
+                          [](const Finding& finding) { return finding.IsError(); }));
+  json.Key("agreement");
+  WriteAgreement(examination.agreement, json);
+  json.Key("findings");
+  WriteFindings(findings, json);
   json.CloseObject();
   return json.Finish();
 }

@@ -3,6 +3,7 @@
 #define TOOLS_DOCTOR_REPORT_JSON_H_
 
 #include <string>
+#include <vector>
 
 #include "tools/doctor/examination.h"
 
@@ -11,6 +12,8 @@ namespace svmscore::tools {
 // One object, indented, with a line end: the findings in the order in which they are written, and
 // how predictions agree with expected ones. Bytes that are not UTF-8 become U+FFFD.
 std::string ReportJson(const std::string& file, const Examination& examination);
+// The findings alone, as an array.
+std::string FindingsJson(const std::vector<Finding>& findings);
 
 }  // namespace svmscore::tools
 

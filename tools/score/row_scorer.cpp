@@ -1,11 +1,10 @@
-#include "capi/row_scorer.h"
+#include "tools/score/row_scorer.h"
 
 #include <utility>
 
-#include "capi/document_lock.h"
 #include "host/model/score_status.h"
 
-namespace svmscore::capi {
+namespace svmscore::tools {
 namespace {
 
 using MCZandor_850::ScoreDictVar;
@@ -13,29 +12,28 @@ using MCZandor_850::ScoreResult;
 
 }  // namespace
 
-ScoringPlan::ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool decisions,
-                         bool reasons)
-    : model(std::move(of_model)),
-      computes_output(choice == tools::ColumnChoice::kDocument && !Output().Fields().empty()),
+RowPlan::RowPlan(const LoadedModel& of, ColumnChoice choice, bool decisions, bool reasons)
+    : loaded(of),
+      batch(dynamic_cast<BatchModel*>(of.model.get())),
+      replaces_missing(of.model->GetMissingValuePolicy() ==
+                       MCZandor_850::ScoreModel::kReplaceMissing),
+      computes_output(choice == ColumnChoice::kDocument && !Output().Fields().empty()),
       reads_inputs(computes_output &&
                    (Output().InputCount() > 0 || !Output().ExtraInputs().empty())),
       gives_reasons(reasons),
       gives_decisions(decisions),
-      results(tools::MakeColumns(*model->loaded.model, Output(), choice, decisions, reasons)) {}
+      results(MakeColumns(*loaded.model, Output(), choice, decisions, reasons)) {}
 
-RowScorer::RowScorer(const ScoringPlan& plan, std::vector<const ScoreDictVar*> variables,
-                     std::size_t capacity)
+RowScorer::RowScorer(const RowPlan& plan, std::vector<const ScoreDictVar*> variables,
+                     std::size_t capacity, std::shared_ptr<const reasons::CaseExaminer> examiner)
     : plan_(plan),
-      capacity_(plan.model->batch == nullptr ? 1 : capacity),
-      record_(variables, true, plan.model->replaces_missing),
-      outputs_(plan.Output(), plan.model->replaces_missing) {
-  if (plan.model->batch != nullptr) {
+      capacity_(plan.batch == nullptr ? 1 : capacity),
+      record_(std::move(variables), true, plan.replaces_missing),
+      outputs_(plan.Output(), plan.replaces_missing),
+      examiner_(std::move(examiner)) {
+  if (plan.batch != nullptr) {
     const std::size_t categories = plan.Output().Targets().Target().GetCategories().size();
-    batch_.emplace(*plan.model->batch, categories, capacity_, plan.gives_decisions);
-  }
-  if (plan.gives_reasons) {
-    const DocumentLock lock(plan.model->document_mutex);
-    examiner_.emplace(plan.model->loaded, variables);
+    batch_.emplace(*plan.batch, categories, capacity_, plan.gives_decisions);
   }
   rows_.reserve(capacity_);
   if (plan.reads_inputs) output_inputs_.reserve(capacity_ * plan.Output().InputCount());
@@ -53,13 +51,13 @@ void RowScorer::Clear() {
 void RowScorer::Add() {
   Row row;
   if (record_.HasInvalid()) {
-    row.status = tools::RefuseInvalid();
+    row.status = RefuseInvalid();
   } else if (batch_) {
     row.place = batch_->Size();
     row.status = batch_->Add(record_).GetErrorCode();
   } else {
     ScoreResult* result = result_.release();
-    row.status = plan_.model->loaded.model->GetScore(&record_, result, false).GetErrorCode();
+    row.status = plan_.loaded.model->GetScore(&record_, result, false).GetErrorCode();
     result_.reset(result);
   }
   rows_.push_back(row);
@@ -72,7 +70,7 @@ void RowScorer::Add() {
 }
 
 bool RowScorer::IsFull() const {
-  return rows_.size() == capacity_ || input_texts_.BytesTaken() >= tools::kMostTexts;
+  return rows_.size() == capacity_ || input_texts_.BytesTaken() >= kMostTexts;
 }
 
 void RowScorer::TakePlainRows(std::size_t count) {
@@ -100,8 +98,8 @@ reasons::Ended RowScorer::Finish(std::size_t row, output::Outcome& outcome) {
   const std::size_t place = rows_[row].place;
   ended.own_status = results.status[place];
   if (ended.own_status == MCScore::kCannotScore) return ended;
-  if (!plan_.gives_decisions && (!plan_.gives_reasons || ended.status == 0)) return ended;
-  const tools::CaseBatch::Decisions decisions = batch_->DecisionsOf(place);
+  if (!plan_.gives_decisions && (examiner_ == nullptr || ended.status == 0)) return ended;
+  const CaseBatch::Decisions decisions = batch_->DecisionsOf(place);
   ended.decisions = decisions.values;
   ended.stride = decisions.stride;
   return ended;
@@ -120,4 +118,4 @@ output::Outcome RowScorer::OutcomeOf(const Row& row) const {
   return batch_ ? targets.Finish(batch_->Results(), row.place) : targets.Finish({}, result_.get());
 }
 
-}  // namespace svmscore::capi
+}  // namespace svmscore::tools

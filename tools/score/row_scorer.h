@@ -1,6 +1,6 @@
 // From the values of rows to the cells of their results: what one thread does with a few rows.
-#ifndef CAPI_ROW_SCORER_H_
-#define CAPI_ROW_SCORER_H_
+#ifndef TOOLS_SCORE_ROW_SCORER_H_
+#define TOOLS_SCORE_ROW_SCORER_H_
 
 #include <cstddef>
 #include <memory>
@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "capi/input_cells.h"
-#include "capi/model_state.h"
+#include "host/load/loader.h"
+#include "host/model/batch_model.h"
 #include "host/model/score_case_record.h"
 #include "host/model/score_result.h"
 #include "host/output/output_plan.h"
@@ -19,20 +19,23 @@
 #include "tools/score/case_batch.h"
 #include "tools/score/result_columns.h"
 
-namespace svmscore::capi {
+namespace svmscore::tools {
 
-// What a scorer computes, made once and read by all its threads.
-struct ScoringPlan {
-  ScoringPlan(SharedModel of_model, tools::ColumnChoice choice, bool decisions, bool reasons);
+// What a model computes of every case, made once and read by all threads that score with it. Lives:
+// the model, longer than this.
+struct RowPlan {
+  RowPlan(const LoadedModel& of, ColumnChoice choice, bool decisions, bool reasons);
 
-  const output::OutputPlan& Output() const { return *model->loaded.output; }
+  const output::OutputPlan& Output() const { return *loaded.output; }
 
-  SharedModel model;
-  bool computes_output;  // the results hold columns of output fields
-  bool reads_inputs;     // and those depend on more than the model's result
-  bool gives_reasons;    // the last of the results is why a case failed
-  bool gives_decisions;  // some of them are decision values
-  tools::ResultColumns results;
+  const LoadedModel& loaded;
+  BatchModel* batch;      // the model, where it takes batches
+  bool replaces_missing;  // the model's policy is that of ScoreModel::kReplaceMissing
+  bool computes_output;   // the results hold columns of output fields
+  bool reads_inputs;      // and those depend on more than the model's result
+  bool gives_reasons;     // the last of the results is why a case failed
+  bool gives_decisions;   // some of them are decision values
+  ResultColumns results;
 };
 
 // What a failed case gave for an input.
@@ -45,9 +48,10 @@ struct GivenText {
 // plan, longer than it.
 class RowScorer {
  public:
-  // `variables`: those of the record, first the needed ones, in their order.
-  RowScorer(const ScoringPlan& plan, std::vector<const MCZandor_850::ScoreDictVar*> variables,
-            std::size_t capacity);
+  // `variables`: those of the record, first the needed ones, in their order. `examiner`: for these
+  // variables; may be null, and is where the plan gives no reasons.
+  RowScorer(const RowPlan& plan, std::vector<const MCZandor_850::ScoreDictVar*> variables,
+            std::size_t capacity, std::shared_ptr<const reasons::CaseExaminer> examiner);
   ~RowScorer();
   RowScorer(const RowScorer&) = delete;
   RowScorer& operator=(const RowScorer&) = delete;
@@ -77,7 +81,7 @@ class RowScorer {
     output::Outcome outcome;
     const reasons::Ended ended = Finish(row, outcome);
     reason_.clear();
-    if (plan_.gives_reasons && ended.status != 0) {
+    if (examiner_ != nullptr && ended.status != 0) {
       std::vector<GivenText> given(record_.Size());
       again(record_, given);
       reason_ = Explain(ended, given);
@@ -91,6 +95,9 @@ class RowScorer {
     reason_.clear();
     WriteCells(outcome, ended, begin);
   }
+  // Of the row that was written last: its status, and why it failed where there is an examiner.
+  long Status() const { return status_; }
+  const std::string& Reason() const { return reason_; }
 
  private:
   // A row: its place in the batch, or the status with which it stays outside.
@@ -101,7 +108,8 @@ class RowScorer {
 
   template <typename Begin>
   void WriteCells(const output::Outcome& outcome, const reasons::Ended& ended, const Begin& begin) {
-    const tools::ScoredCase scored{outcome, outputs_, ended.decisions, ended.stride, reason_};
+    status_ = ended.status;
+    const ScoredCase scored{outcome, outputs_, ended.decisions, ended.stride, reason_};
     for (std::size_t i = 0; i < plan_.results.size(); ++i) {
       plan_.results[i]->Write(scored, begin(i));
     }
@@ -110,20 +118,21 @@ class RowScorer {
   output::Outcome OutcomeOf(const Row& row) const;
   std::string Explain(const reasons::Ended& ended, const std::vector<GivenText>& given) const;
 
-  const ScoringPlan& plan_;
+  const RowPlan& plan_;
   std::size_t capacity_;
   MCZandor_850::InputCaseRecord record_;
   output::OutputScratch outputs_;
-  std::optional<tools::CaseBatch> batch_;
+  std::optional<CaseBatch> batch_;
   std::unique_ptr<MCZandor_850::ScoreResult> result_;  // of a model that takes no batches
   // What output fields depend on, of each row: [rows][plan.Output().InputCount()].
   std::vector<transform::Value> output_inputs_;
   transform::Arena input_texts_;
   std::vector<Row> rows_;
-  std::string reason_;                             // of the row written last
-  std::optional<reasons::CaseExaminer> examiner_;  // where reasons are wanted
+  std::string reason_;  // of the row written last
+  long status_ = 0;     // likewise
+  std::shared_ptr<const reasons::CaseExaminer> examiner_;
 };
 
-}  // namespace svmscore::capi
+}  // namespace svmscore::tools
 
-#endif  // CAPI_ROW_SCORER_H_
+#endif  // TOOLS_SCORE_ROW_SCORER_H_

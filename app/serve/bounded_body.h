@@ -1,0 +1,86 @@
+// The body of a request, collected within bounds.
+#ifndef APP_SERVE_BOUNDED_BODY_H_
+#define APP_SERVE_BOUNDED_BODY_H_
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+
+namespace svmscore::app {
+
+// How many bytes of bodies all connections hold together, and how many they may.
+struct BodyBudget {
+  std::size_t most = 0;
+  std::atomic<std::size_t> held{0};
+};
+
+// A body, and its share of the budget, which is given back with it.
+class BodyText {
+ public:
+  BodyText() = default;
+  ~BodyText() { Clear(); }
+  BodyText(const BodyText&) = delete;
+  BodyText& operator=(const BodyText&) = delete;
+
+  void Use(BodyBudget& budget) { budget_ = &budget; }
+  // False where all bodies together would hold too much.
+  bool Append(const char* data, std::size_t size) {
+    if (budget_ != nullptr) {
+      held_ += size;
+      if (budget_->held.fetch_add(size) + size > budget_->most) return false;
+    }
+    text_.append(data, size);
+    return true;
+  }
+  std::string Take() { return std::exchange(text_, {}); }
+  std::size_t Size() const { return text_.size(); }
+  void Clear() {
+    if (budget_ != nullptr) budget_->held -= std::exchange(held_, 0);
+    std::string().swap(text_);
+  }
+
+ private:
+  BodyBudget* budget_ = nullptr;
+  std::size_t held_ = 0;
+  std::string text_;
+};
+
+// As the parser wants it.
+struct BoundedBody {
+  using value_type = BodyText;
+
+  class reader {
+   public:
+    template <bool is_request, typename Fields>
+    reader(boost::beast::http::header<is_request, Fields>&, value_type& body) : body_(body) {}
+    void init(const boost::optional<std::uint64_t>&, boost::beast::error_code& error) {
+      error = {};
+    }
+    template <typename Buffers>
+    std::size_t put(const Buffers& buffers, boost::beast::error_code& error) {
+      error = {};
+      std::size_t taken = 0;
+      for (const auto buffer : boost::beast::buffers_range_ref(buffers)) {
+        if (!body_.Append(static_cast<const char*>(buffer.data()), buffer.size())) {
+          error = boost::beast::http::error::buffer_overflow;
+          return taken;
+        }
+        taken += buffer.size();
+      }
+      return taken;
+    }
+    void finish(boost::beast::error_code& error) { error = {}; }
+
+   private:
+    value_type& body_;
+  };
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_SERVE_BOUNDED_BODY_H_

@@ -1,0 +1,335 @@
+#include "app/serve/connection.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+#include <boost/asio/buffer.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/http/error.hpp>
+
+#include "app/serve/answer_head.h"
+#include "tools/serve/case_requests.h"
+#include "tools/serve/content.h"
+#include "tools/serve/request_checks.h"
+
+namespace svmscore::app {
+namespace {
+
+namespace asio = boost::asio;
+namespace http = boost::beast::http;
+using serve::Answer;
+using serve::Method;
+
+constexpr std::size_t kHeadChunk = 4096;
+constexpr std::size_t kBodyChunk = 65536;
+constexpr std::size_t kLongestTarget = 4096;
+constexpr int kWriteSeconds = 60;
+// What a client still sends after the last answer is read for so long, and so much of it, so that
+// the answer is not lost to a reset.
+constexpr int kLingerSeconds = 2;
+constexpr std::size_t kMostThrownAway = std::size_t{1} << 20;
+
+Method MethodOf(http::verb verb) {
+  switch (verb) {
+    case http::verb::get:
+      return Method::kGet;
+    case http::verb::head:
+      return Method::kHead;
+    case http::verb::post:
+      return Method::kPost;
+    case http::verb::put:
+      return Method::kPut;
+    case http::verb::delete_:
+      return Method::kDelete;
+    case http::verb::options:
+      return Method::kOptions;
+    default:
+      return Method::kOther;
+  }
+}
+
+std::string TextOf(boost::beast::string_view text) {
+  return std::string(text.data(), text.size());
+}
+
+}  // namespace
+
+Connection::Connection(ConnectionPool& pool, ConnectionPool::Socket socket)
+    : pool_(pool),
+      socket_(std::move(socket)),
+      buffer_(pool.Shared().server.options.most_head + kBodyChunk) {}
+
+void Connection::Enter(State state, int seconds) {
+  state_ = state;
+  since_ = Clock::now();
+  deadline_ = since_ + std::chrono::seconds(seconds);
+}
+
+void Connection::Start() {
+  boost::beast::error_code ignored;
+  socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
+  NextRequest();
+}
+
+void Connection::Refuse() {
+  head_ = {};
+  SendError(503, "there are too many connections");
+}
+
+void Connection::Close() {
+  boost::beast::error_code ignored;
+  socket_.close(ignored);
+  pool_.Forget(*this);
+}
+
+void Connection::Check(Clock::time_point now) {
+  if (state_ == State::kWorking || now < deadline_) return;
+  if (state_ == State::kReading && has_head_) {
+    boost::beast::error_code ignored;
+    socket_.cancel(ignored);  // what is read no longer has a place to go
+    SendError(408, "the request took too long to arrive");
+  } else {
+    Close();
+  }
+}
+
+void Connection::NextRequest() {
+  const ServeOptions& options = pool_.Shared().server.options;
+  parser_.emplace();
+  parser_->header_limit(static_cast<std::uint32_t>(options.most_head));
+  // What the resource takes is known with the head.
+  parser_->body_limit(std::numeric_limits<std::uint64_t>::max());
+  parser_->get().body().Use(pool_.Shared().bodies);
+  has_head_ = false;
+  timed_ = false;
+  Enter(State::kReading, options.idle_seconds);
+  if (buffer_.size() > 0) {
+    Parse();
+  } else {
+    Read();
+  }
+}
+
+void Connection::Read() {
+  const std::size_t chunk = has_head_ ? kBodyChunk : kHeadChunk;
+  const std::size_t room = std::min(chunk, buffer_.max_size() - buffer_.size());
+  socket_.async_read_some(buffer_.prepare(room),
+                          [self = shared_from_this()](const ErrorCode& error, std::size_t count) {
+                            if (self->state_ != State::kReading) return;
+                            if (error) return self->Close();
+                            self->buffer_.commit(count);
+                            self->Parse();
+                          });
+}
+
+void Connection::Parse() {
+  if (!std::exchange(timed_, true)) {
+    since_ = Clock::now();
+    deadline_ = since_ + std::chrono::seconds(pool_.Shared().server.options.read_seconds);
+  }
+  while (!parser_->is_done()) {
+    ErrorCode error;
+    if (buffer_.size() > 0) {
+      buffer_.consume(parser_->put(buffer_.data(), error));
+    } else {
+      error = http::error::need_more;
+    }
+    if (error && error != http::error::need_more) return FailParse(error);
+    if (!has_head_ && parser_->is_header_done()) {
+      has_head_ = true;
+      parser_->eager(true);
+      if (std::optional<Answer> answer = TakeHead()) return Send(std::move(*answer));
+      continue;
+    }
+    if (error) return Read();
+  }
+  TakeRequest();
+}
+
+void Connection::FailParse(const ErrorCode& error) {
+  if (error == http::error::header_limit) {
+    const bool in_line = !parser_->is_header_done() && parser_->get().target().empty();
+    if (in_line) return SendError(414, "the request line is too long");
+    return SendError(431, "the headers of the request are too long");
+  }
+  if (error == http::error::body_limit) return SendError(413, "the body is too long");
+  if (error == http::error::buffer_overflow) {
+    pool_.Shared().server.metrics.CountRefusal();
+    return SendError(503, "the service holds too many bodies at present");
+  }
+  if (error == http::error::bad_version) {
+    return SendError(505, "the request is of another version than HTTP/1.0 and HTTP/1.1");
+  }
+  SendError(400, "the request is not HTTP: " + error.message());
+}
+
+std::string Connection::Header(boost::beast::string_view name) const {
+  return TextOf(parser_->get()[name]);
+}
+
+std::optional<Answer> Connection::TakeHead() {
+  const ServeOptions& options = pool_.Shared().server.options;
+  const auto& request = parser_->get();
+  begun_ = Clock::now();
+  const std::string target = TextOf(request.target());
+  route_ = serve::RouteOf(target);
+  head_ = {};
+  head_.method = MethodOf(request.method());
+  head_.target = target;
+  head_.host = Header("Host");
+  head_.origin = Header("Origin");
+  head_.content_type = Header("Content-Type");
+  head_.content_encoding = Header("Content-Encoding");
+  head_.authorization = Header("Authorization");
+  head_.asked_method = Header("Access-Control-Request-Method");
+  head_.has_binary_tensors = request.count("Inference-Header-Content-Length") > 0;
+  request_id_ = RequestId(Header("X-Request-Id"), pool_.Shared().requests);
+  const auto refuse = [this](unsigned status, const char* what) {
+    return serve::ErrorAnswer(route_, status, what);
+  };
+  if (target.size() > kLongestTarget) return refuse(414, "the target of the request is too long");
+  const std::size_t hosts = request.count("Host");
+  if (hosts > 1) return refuse(400, "the request names several hosts");
+  if (hosts == 0 && request.version() >= 11) return refuse(400, "the request names no host");
+  if (hosts == 0) head_.host = options.address;
+  const std::size_t lengths = request.count("Content-Length");
+  const std::size_t encodings = request.count("Transfer-Encoding");
+  if (lengths + encodings > 1 || (encodings > 0 && !parser_->chunked())) {
+    return refuse(400, "the request says in several ways, or in an unknown one, where it ends");
+  }
+  if (encodings > 0 && request.version() < 11) {
+    return refuse(400, "chunks are of HTTP/1.1, and the request is not");
+  }
+  if (std::optional<Answer> answer = serve::CheckHead(head_, route_, options.access)) return answer;
+  const bool upload = head_.method == Method::kPut;
+  if ((upload || head_.method == Method::kPost) && lengths + encodings == 0) {
+    return refuse(411, "the request does not say how long its body is");
+  }
+  const std::size_t most = upload ? options.most_upload : options.most_body;
+  if (parser_->content_length().value_or(0) > most) return refuse(413, "the body is too long");
+  parser_->body_limit(most);
+  const std::string expected = Header("Expect");
+  if (expected.empty() || parser_->is_done()) return std::nullopt;
+  if (!boost::beast::iequals(expected, "100-continue")) {
+    return refuse(417, "the request expects something else than 100-continue");
+  }
+  // A few bytes go into the socket's buffer at once; where they do not, the client sends its body
+  // all the same after a while.
+  ErrorCode ignored;
+  socket_.non_blocking(true, ignored);
+  socket_.write_some(asio::buffer("HTTP/1.1 100 Continue\r\n\r\n", 25), ignored);
+  return std::nullopt;
+}
+
+void Connection::TakeRequest() {
+  SharedParts& shared = pool_.Shared();
+  std::string body = parser_->get().body().Take();
+  if (head_.method == Method::kPut || head_.method == Method::kDelete) {
+    return Upload(std::move(body));
+  }
+  const bool gzip = boost::beast::iequals(head_.content_encoding, "gzip");
+  if (!gzip && shared.server.service.IsQuick(route_, head_.method, body.size())) {
+    return Send(shared.server.service.Handle(route_, head_.method, body));
+  }
+  Work(std::move(body));
+}
+
+void Connection::Work(std::string body) {
+  SharedParts& shared = pool_.Shared();
+  Enter(State::kWorking, 0);
+  const bool gzip = boost::beast::iequals(head_.content_encoding, "gzip");
+  auto work = [self = shared_from_this(), gzip, body = std::move(body)]() mutable {
+    const ServerParts& server = self->pool_.Shared().server;
+    Answer answer;
+    try {
+      if (gzip) body = serve::Inflated(body, server.options.most_body);
+      answer = server.service.Handle(self->route_, self->head_.method, body);
+    } catch (const serve::BadRequest& error) {
+      answer = serve::ErrorAnswer(self->route_, error.Status(), error.what());
+    } catch (const std::bad_alloc&) {
+      answer = serve::ErrorAnswer(self->route_, 503, "out of memory");
+    }
+    asio::post(self->pool_.Context(),
+               [self, answer = std::move(answer)]() mutable { self->Send(std::move(answer)); });
+  };
+  if (shared.workers->Add(std::move(work))) return;
+  shared.server.metrics.CountRefusal();
+  SendError(503, "the service is busy");
+}
+
+void Connection::Upload(std::string body) {
+  SharedParts& shared = pool_.Shared();
+  Enter(State::kWorking, 0);
+  if (boost::beast::iequals(head_.content_encoding, "gzip")) {
+    try {
+      body = serve::Inflated(body, shared.server.options.most_upload);
+    } catch (const serve::BadRequest& error) {
+      return SendError(error.Status(), error.what());
+    }
+  }
+  const bool taken = shared.server.keeper.Change(
+      route_, head_.method, std::move(body), [self = shared_from_this()](Answer answer) {
+        asio::post(self->pool_.Context(),
+                   [self, answer = std::move(answer)]() mutable { self->Send(std::move(answer)); });
+      });
+  if (taken) return;
+  shared.server.metrics.CountRefusal();
+  SendError(503, "too many models are being loaded");
+}
+
+void Connection::SendError(unsigned status, const std::string& what) {
+  Send(serve::ErrorAnswer(route_, status, what));
+}
+
+void Connection::Send(Answer answer) {
+  if (!socket_.is_open()) return;
+  const SharedParts& shared = pool_.Shared();
+  const bool whole = parser_ && parser_->is_done();
+  keeps_alive_ = whole && parser_->keep_alive() && !shared.drains;
+  if (has_head_) Log(answer);
+  serve::AddCommonHeaders(head_, shared.server.options.access, answer);
+  const bool old = parser_ && has_head_ && parser_->get().version() < 11;
+  out_head_ = HeadOf(answer, request_id_, keeps_alive_, old);
+  out_body_ = head_.method == Method::kHead ? std::string() : std::move(answer.body);
+  if (parser_) parser_->get().body().Clear();
+  Enter(State::kWriting, kWriteSeconds);
+  const std::array<asio::const_buffer, 2> both = {asio::buffer(out_head_), asio::buffer(out_body_)};
+  asio::async_write(
+      socket_, both,
+      [self = shared_from_this()](const ErrorCode& error, std::size_t) { self->Written(error); });
+}
+
+void Connection::Written(const ErrorCode& error) {
+  if (!socket_.is_open()) return;
+  std::string().swap(out_body_);
+  if (error) return Close();
+  if (keeps_alive_ && !pool_.Shared().drains) return NextRequest();
+  Enter(State::kLingering, kLingerSeconds);
+  ErrorCode ignored;
+  socket_.shutdown(asio::ip::tcp::socket::shutdown_send, ignored);
+  Linger();
+}
+
+void Connection::Linger() {
+  buffer_.clear();
+  socket_.async_read_some(buffer_.prepare(kHeadChunk),
+                          [self = shared_from_this()](const ErrorCode& error, std::size_t count) {
+                            self->thrown_away_ += count;
+                            if (error || self->thrown_away_ > kMostThrownAway) return self->Close();
+                            self->Linger();
+                          });
+}
+
+void Connection::Log(const Answer& answer) const {
+  const ServerParts& server = pool_.Shared().server;
+  const std::chrono::duration<double> took = Clock::now() - begun_;
+  server.metrics.CountRequest(route_.Name(), answer.status, took.count());
+  if (server.options.logs_requests) {
+    server.log.Write(LogLine(request_id_, head_.method, route_, answer, took.count()));
+  }
+}
+
+}  // namespace svmscore::app

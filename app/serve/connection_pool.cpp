@@ -1,0 +1,89 @@
+#include "app/serve/connection_pool.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include <boost/asio/post.hpp>
+
+#include "app/serve/connection.h"
+
+namespace svmscore::app {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kWatch{250};
+// A client that has let the server wait for so long may have to make room.
+constexpr milliseconds kPatience{1000};
+
+}  // namespace
+
+ConnectionPool::ConnectionPool(SharedParts& shared, std::size_t most)
+    : shared_(shared), most_(most) {}
+
+ConnectionPool::~ConnectionPool() = default;
+
+void ConnectionPool::Take(Socket socket) {
+  auto connection = std::make_shared<Connection>(*this, std::move(socket));
+  const bool room = connections_.size() < most_ || MakeRoom();
+  connections_.insert(connection);
+  shared_.server.metrics.CountConnection(1);
+  if (room) {
+    connection->Start();
+  } else {
+    shared_.server.metrics.CountRefusal();
+    connection->Refuse();
+  }
+}
+
+void ConnectionPool::Forget(Connection& connection) {
+  if (connections_.erase(connection.shared_from_this()) > 0) {
+    shared_.server.metrics.CountConnection(-1);
+  }
+}
+
+bool ConnectionPool::MakeRoom() {
+  const auto longer = [](const auto& a, const auto& b) {
+    if (a->IsWaiting() != b->IsWaiting()) return a->IsWaiting();
+    return a->Since() < b->Since();
+  };
+  const auto longest = std::min_element(connections_.begin(), connections_.end(), longer);
+  if (longest == connections_.end() || !(*longest)->IsWaiting()) return false;
+  if (Clock::now() - (*longest)->Since() < kPatience) return false;
+  const std::shared_ptr<Connection> connection = *longest;
+  connection->Close();
+  return true;
+}
+
+void ConnectionPool::Drain(bool at_once) {
+  const std::vector<std::shared_ptr<Connection>> all(connections_.begin(), connections_.end());
+  for (const auto& connection : all) {
+    if (at_once || connection->IsIdle()) connection->Close();
+  }
+  if (at_once) {
+    ends_ = true;
+    timer_.cancel();
+  }
+}
+
+void ConnectionPool::Run() {
+  Watch();
+  context_.run();
+}
+
+void ConnectionPool::Watch() {
+  timer_.expires_after(kWatch);
+  timer_.async_wait([this](const boost::system::error_code& error) {
+    if (error || ends_) return;
+    const Clock::time_point now = Clock::now();
+    const std::vector<std::shared_ptr<Connection>> all(connections_.begin(), connections_.end());
+    for (const auto& connection : all) {
+      connection->Check(now);
+      if (shared_.drains && connection->IsIdle()) connection->Close();
+    }
+    Watch();
+  });
+}
+
+}  // namespace svmscore::app

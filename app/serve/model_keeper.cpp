@@ -1,0 +1,278 @@
+#include "app/serve/model_keeper.h"
+
+#include <utility>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "app/base/failure.h"
+#include "tools/base/sha256.h"
+#include "tools/serve/model_answers.h"
+#include "tools/serve/request_checks.h"
+
+namespace svmscore::app {
+namespace {
+
+using serve::Answer;
+using serve::FileFault;
+using serve::Method;
+using serve::ModelRefused;
+using serve::Route;
+using serve::ServedModel;
+
+constexpr std::size_t kMostTasks = 16;
+constexpr int kRescan = 1000;  // milliseconds
+// A file that was changed no later than so long ago may still be written to.
+constexpr std::int64_t kSettling = 1000;  // milliseconds
+
+// Lets other threads go first.
+void BeNice() {
+  setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), 10);
+}
+
+bool IsSettled(const serve::FileMark& mark) {
+  const std::int64_t age = serve::Now() - mark.modified / 1000000;
+  return age < 0 || age > kSettling;
+}
+
+}  // namespace
+
+ModelKeeper::ModelKeeper(KeeperOptions options, serve::ModelStore& store, serve::Metrics& metrics,
+                         AccessLog& log)
+    : options_(std::move(options)),
+      store_(store),
+      metrics_(metrics),
+      log_(log),
+      watch_(options_.folder) {}
+
+ModelKeeper::~ModelKeeper() {
+  Stop();
+}
+
+void ModelKeeper::Stop() {
+  ends_ = true;
+  watch_.Wake();
+  if (thread_.joinable()) thread_.join();
+}
+
+void ModelKeeper::LoadAll() {
+  for (const auto& [id, path] : options_.files) {
+    try {
+      const serve::ModelFile file{path, serve::MarkOf(path)};
+      Swap(id, serve::ReadFile(path, options_.rules.limits.document_size), path);
+      files_[id] = {file, false};
+    } catch (const FileFault& fault) {
+      throw Failure(kModelError, fault.what());
+    } catch (const ModelRefused& refused) {
+      throw Failure(kModelError, fmt::format("{}: {}", path, refused.what()));
+    }
+  }
+  if (options_.folder.empty()) return;
+  try {
+    serve::RemoveUnfinished(options_.folder);
+    serve::FilesIn(options_.folder);
+  } catch (const FileFault& fault) {
+    throw Failure(kModelError, fault.what());
+  }
+  Rescan(true);
+}
+
+void ModelKeeper::Start() {
+  thread_ = std::thread([this] { Run(); });
+}
+
+void ModelKeeper::Run() {
+  BeNice();
+  bool changed = true;
+  while (!ends_) {
+    try {
+      while (std::optional<Task> task = NextTask()) {
+        Answer answer = task->method == Method::kPut ? Put(task->route, std::move(task->document))
+                                                     : Delete(task->route);
+        task->done(std::move(answer));
+        if (ends_) return;
+      }
+      Rescan(changed);
+      store_.Sweep();
+    } catch (const std::exception& error) {
+      log_.Event("error", {}, error.what());
+    }
+    changed = watch_.Wait(kRescan);
+  }
+}
+
+bool ModelKeeper::Change(Route route, Method method, std::string document, Done done) {
+  {
+    const std::lock_guard lock(mutex_);
+    if (tasks_.size() == kMostTasks) return false;
+    tasks_.push_back({std::move(route), method, std::move(document), std::move(done)});
+  }
+  watch_.Wake();
+  return true;
+}
+
+std::optional<ModelKeeper::Task> ModelKeeper::NextTask() {
+  const std::lock_guard lock(mutex_);
+  if (tasks_.empty()) return std::nullopt;
+  Task task = std::move(tasks_.front());
+  tasks_.pop_front();
+  return task;
+}
+
+Answer ModelKeeper::Put(const Route& route, std::string document) {
+  const std::string& id = route.id;
+  if (files_.contains(id)) {
+    return serve::ErrorAnswer(route, 409, "the command line names this model; change its file");
+  }
+  const auto earlier = folder_.find(id);
+  const std::optional<serve::StoredModel> stored = store_.Find(id);
+  const bool is_new = !stored || stored->model == nullptr;
+  try {
+    auto model = std::make_unique<ServedModel>(id, std::move(document), options_.rules);
+    const serve::ModelFile file = serve::StoreFile(options_.folder, id, model->File());
+    if (earlier != folder_.end() && earlier->second.file.path != file.path) {
+      serve::RemoveFile(options_.folder, earlier->second.file.path);
+    }
+    folder_[id] = {file, false};
+    metrics_.CountLoad(true);
+    log_.Event(is_new ? "loaded" : "swapped", id, "uploaded, SHA-256 " + model->Sha256());
+    store_.Put(std::move(model));
+  } catch (const ModelRefused& refused) {
+    metrics_.CountLoad(false);
+    log_.Event("refused", id, refused.what());
+    if (stored) {
+      store_.SetProblem(id, fmt::format("an uploaded document was refused: {}", refused.what()));
+    }
+    return serve::ErrorAnswer(route, 400, refused.what());
+  } catch (const FileFault& fault) {
+    log_.Event("error", id, fault.what());
+    return serve::ErrorAnswer(route, 500, fault.what());
+  } catch (const std::bad_alloc&) {
+    return serve::ErrorAnswer(route, 503, "out of memory");
+  }
+  const std::optional<serve::StoredModel> now = store_.Find(id);
+  Answer answer;
+  answer.status = is_new ? 201 : 200;
+  answer.body = serve::ModelSummaryText(id, *now, false) + "\n";
+  answer.model_id = id;
+  answer.sha256 = now->model->Sha256();
+  if (is_new) answer.headers.emplace_back("Location", "/model/" + id);
+  return answer;
+}
+
+Answer ModelKeeper::Delete(const Route& route) {
+  const std::string& id = route.id;
+  if (files_.contains(id)) {
+    return serve::ErrorAnswer(route, 409, "the command line names this model; end the service");
+  }
+  const auto known = folder_.find(id);
+  if (known == folder_.end()) {
+    return serve::ErrorAnswer(route, 404, fmt::format("there is no model \"{}\"", id));
+  }
+  try {
+    serve::RemoveFile(options_.folder, known->second.file.path);
+  } catch (const FileFault& fault) {
+    return serve::ErrorAnswer(route, 500, fault.what());
+  }
+  folder_.erase(known);
+  store_.Drop(id);
+  metrics_.Forget(id);
+  log_.Event("dropped", id, "deleted");
+  Answer answer;
+  answer.status = 204;
+  answer.content_type.clear();
+  answer.model_id = id;
+  return answer;
+}
+
+void ModelKeeper::Rescan(bool settled) {
+  CheckFiles(settled);
+  if (!options_.folder.empty()) CheckFolder(settled);
+}
+
+void ModelKeeper::CheckFolder(bool settled) {
+  std::map<std::string, serve::ModelFile> found;
+  try {
+    found = serve::FilesIn(options_.folder);
+    folder_fails_ = false;
+  } catch (const FileFault& fault) {  // what is served stays
+    if (!std::exchange(folder_fails_, true)) log_.Event("error", {}, fault.what());
+    return;
+  }
+  for (auto known = folder_.begin(); known != folder_.end();) {
+    if (found.contains(known->first)) {
+      ++known;
+      continue;
+    }
+    store_.Drop(known->first);
+    metrics_.Forget(known->first);
+    log_.Event("dropped", known->first, "its file is gone");
+    known = folder_.erase(known);
+  }
+  for (const auto& [id, file] : found) {
+    if (files_.contains(id)) continue;  // the command line's is served
+    const auto known = folder_.find(id);
+    const bool same = known != folder_.end() && known->second.file.mark == file.mark &&
+                      known->second.file.path == file.path;
+    if (same || (!settled && !IsSettled(file.mark))) continue;
+    folder_[id].file = file;
+    const std::optional<std::string> problem = Load(id, file.path);
+    folder_[id].failed = problem.has_value();
+    if (problem) NoteProblem(id, *problem);
+    if (ends_) return;
+  }
+}
+
+void ModelKeeper::CheckFiles(bool settled) {
+  for (auto& [id, known] : files_) {
+    try {
+      const serve::FileMark mark = serve::MarkOf(known.file.path);
+      if (mark == known.file.mark || (!settled && !IsSettled(mark))) continue;
+      known.file.mark = mark;
+    } catch (const FileFault& fault) {
+      if (known.file.mark == serve::FileMark()) continue;
+      known.file.mark = {};
+      NoteProblem(id, fault.what());
+      continue;
+    }
+    if (const auto problem = Load(id, known.file.path)) NoteProblem(id, *problem);
+  }
+}
+
+std::optional<std::string> ModelKeeper::Load(const std::string& id, const std::string& path) {
+  try {
+    Swap(id, serve::ReadFile(path, options_.rules.limits.document_size), path);
+    return std::nullopt;
+  } catch (const FileFault& fault) {
+    return fault.what();
+  } catch (const ModelRefused& refused) {
+    return refused.what();
+  } catch (const std::bad_alloc&) {
+    return "out of memory";
+  }
+}
+
+void ModelKeeper::Swap(const std::string& id, std::string bytes, std::string_view from) {
+  tools::Sha256 digest;
+  digest.Add(bytes.data(), bytes.size());
+  const std::string sha256 = digest.Hex();
+  const std::optional<serve::StoredModel> stored = store_.Find(id);
+  if (stored && stored->model != nullptr && stored->model->Sha256() == sha256) {
+    store_.SetProblem(id, std::nullopt);
+    return;
+  }
+  auto model = std::make_unique<ServedModel>(id, std::move(bytes), options_.rules);
+  metrics_.CountLoad(true);
+  const bool is_new = store_.Put(std::move(model));
+  log_.Event(is_new ? "loaded" : "swapped", id, fmt::format("{}, SHA-256 {}", from, sha256));
+}
+
+void ModelKeeper::NoteProblem(const std::string& id, const std::string& why) {
+  metrics_.CountLoad(false);
+  store_.SetProblem(id, why);
+  log_.Event("refused", id, why);
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,99 @@
+// Keeps the store in step with the files of its models: the only thread that loads documents.
+#ifndef APP_SERVE_MODEL_KEEPER_H_
+#define APP_SERVE_MODEL_KEEPER_H_
+
+#include <atomic>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/serve/access_log.h"
+#include "app/serve/folder_watch.h"
+#include "tools/serve/exchange.h"
+#include "tools/serve/metrics.h"
+#include "tools/serve/model_files.h"
+#include "tools/serve/model_store.h"
+#include "tools/serve/route.h"
+
+namespace svmscore::app {
+
+struct KeeperOptions {
+  std::string folder;                        // empty for none
+  std::map<std::string, std::string> files;  // of models that the command line names, by ids
+  serve::ReadingRules rules;
+};
+
+// Lives: the store, the metrics and the log, longer than this.
+class ModelKeeper {
+ public:
+  // Takes an answer, on the keeper's thread.
+  using Done = std::function<void(serve::Answer)>;
+
+  ModelKeeper(KeeperOptions options, serve::ModelStore& store, serve::Metrics& metrics,
+              AccessLog& log);
+  ~ModelKeeper();
+  ModelKeeper(const ModelKeeper&) = delete;
+  ModelKeeper& operator=(const ModelKeeper&) = delete;
+
+  // Loads what the command line names and what the folder has. [one thread] Fails: Failure for a
+  // file of the command line that is no model, and for a folder that cannot be read.
+  void LoadAll();
+  // Watches from now on.
+  void Start();
+  // Ends after the load at hand; uploads that wait are not answered. What is called back must be
+  // there until then.
+  void Stop();
+
+  // PUT and DELETE of a model. False where too many wait. [any thread] Fails: std::bad_alloc.
+  bool Change(serve::Route route, serve::Method method, std::string document, Done done);
+
+ private:
+  struct Task {
+    serve::Route route;
+    serve::Method method;
+    std::string document;
+    Done done;
+  };
+  struct Known {
+    serve::ModelFile file;
+    bool failed = false;
+  };
+
+  void Run();
+  std::optional<Task> NextTask();
+  serve::Answer Put(const serve::Route& route, std::string document);
+  serve::Answer Delete(const serve::Route& route);
+  // Loads files that are new or changed, and drops those that are gone. `settled`: whoever wrote
+  // them is done.
+  void Rescan(bool settled);
+  void CheckFolder(bool settled);
+  void CheckFiles(bool settled);
+  // Why the file is not served now; nothing where it is.
+  std::optional<std::string> Load(const std::string& id, const std::string& path);
+  void Swap(const std::string& id, std::string bytes, std::string_view from);
+  void NoteProblem(const std::string& id, const std::string& why);
+
+  const KeeperOptions options_;
+  serve::ModelStore& store_;
+  serve::Metrics& metrics_;
+  AccessLog& log_;
+  FolderWatch watch_;
+  std::map<std::string, Known> folder_;  // by id
+  std::map<std::string, Known> files_;
+  bool folder_fails_ = false;
+
+  std::mutex mutex_;
+  std::deque<Task> tasks_;
+  std::atomic<bool> ends_{false};
+  std::thread thread_;
+};
+
+}  // namespace svmscore::app
+
+#endif  // APP_SERVE_MODEL_KEEPER_H_

@@ -1,0 +1,166 @@
+#include "app/serve/table_scoring.h"
+
+#include <string_view>
+#include <vector>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "app/base/failure.h"
+#include "app/files/input_file.h"
+#include "app/options/table_option.h"
+#include "app/score/case_scorer.h"
+#include "app/score/row_format.h"
+#include "app/table/broken_row.h"
+#include "app/table/csv_row.h"
+#include "app/table/row_blocks.h"
+#include "tools/base/bad_input.h"
+#include "tools/base/case_columns.h"
+#include "tools/serve/case_requests.h"
+#include "tools/serve/route.h"
+
+namespace svmscore::app {
+namespace {
+
+using serve::BadRequest;
+using serve::ServedModel;
+
+constexpr const char* kTableName = "the table";
+
+bool IsSet(const std::string& query, const char* name) {
+  const std::string value = serve::QueryValue(query, name);
+  if (value.empty() || value == "false") return false;
+  if (value == "true") return true;
+  throw BadRequest(400, fmt::format("{} is neither true nor false", name));
+}
+
+TableOptions OptionsIn(const std::string& query) {
+  TableOptions options;
+  const std::string delimiter = serve::QueryValue(query, "delimiter");
+  if (!delimiter.empty()) {
+    const std::string why = ReadDelimiter(delimiter, options.delimiter);
+    if (!why.empty()) throw BadRequest(400, "delimiter: " + why);
+  }
+  options.decimal_comma = IsSet(query, "decimalComma");
+  const std::string token = serve::QueryValue(query, "missingToken");
+  if (!token.empty()) options.missing_tokens = {token};
+  return options;
+}
+
+// The bytes as a file, which is what tables are read from.
+int FileOf(const std::string& bytes) {
+  const int descriptor = memfd_create("table", MFD_CLOEXEC);
+  if (descriptor < 0) throw std::bad_alloc();
+  std::string_view left = bytes;
+  while (!left.empty()) {
+    const ssize_t written = write(descriptor, left.data(), left.size());
+    if (written <= 0) {
+      close(descriptor);
+      throw std::bad_alloc();
+    }
+    left.remove_prefix(static_cast<std::size_t>(written));
+  }
+  lseek(descriptor, 0, SEEK_SET);
+  return descriptor;
+}
+
+tools::CaseColumns ColumnsOf(RowBlocks& input, const RowForm& form, const ServedModel& model) {
+  RowBlock header;
+  std::vector<std::string_view> names;
+  if (!input.ReadHeader(header)) {
+    throw BadRequest(400, "the table is empty; it needs at least a header line");
+  }
+  CsvRows(header.text.data(), header.text.size(), header.first_line, form).Next(names);
+  return tools::MatchColumns(names, model.Loaded(), {}, kTableName);
+}
+
+ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, bool reasons,
+                   RowBlocks& input) {
+  const LoadedModel& loaded = model.Loaded();
+  ScoringPlan plan;
+  plan.model = loaded.model.get();
+  plan.rows = options.Rows({});
+  plan.columns = ColumnsOf(input, plan.rows, model);
+  plan.cells = options.Cells();
+  plan.replace_missing = model.Plan().replaces_missing;
+  plan.output = loaded.output.get();
+  plan.computes_output = model.Plan().computes_output;
+  plan.results = tools::MakeColumns(*loaded.model, *loaded.output, tools::ColumnChoice::kDocument,
+                                    false, reasons);
+  {
+    const std::lock_guard lock(model.DocumentMutex());
+    plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
+  }
+  plan.writes_reasons = reasons;
+  std::vector<std::string> names;
+  for (const auto& column : plan.results) names.push_back(column->Name());
+  plan.format = CsvFormat(std::move(names));
+  return plan;
+}
+
+class TableRun {
+ public:
+  TableRun(const ScoringPlan& plan, const TableBounds& bounds) : bounds_(bounds), scorer_(plan) {
+    plan.format->Header(out_);
+  }
+
+  void Take(CaseBlock& block) {
+    bytes_ += block.rows.text.size();
+    if (bytes_ > bounds_.bytes) {
+      throw BadRequest(413, fmt::format("the table has more than {} bytes", bounds_.bytes));
+    }
+    scorer_.Score(block);
+    Keep(block);
+    while (!block.done) {
+      scorer_.Resume(block);
+      Keep(block);
+    }
+    if (block.error) throw BrokenRow(kTableName, *block.error);
+  }
+
+  std::string& Text() { return out_; }
+  const Tally& Total() const { return total_; }
+
+ private:
+  void Keep(const CaseBlock& block) {
+    out_ += block.out;
+    total_.Add(block.tally);
+    if (total_.cases > bounds_.rows) {
+      throw BadRequest(413, fmt::format("the table has more than {} rows", bounds_.rows));
+    }
+  }
+
+  const TableBounds& bounds_;
+  CaseScorer scorer_;
+  std::string out_;
+  Tally total_;
+  std::size_t bytes_ = 0;
+};
+
+}  // namespace
+
+std::string ScoreTable(const ServedModel& model, const std::string& table, const std::string& query,
+                       const TableBounds& bounds, serve::RowCounts& counts) {
+  const TableOptions options = OptionsIn(query);
+  const bool reasons = IsSet(query, "reasons");
+  try {
+    InputFile file(FileOf(table), kTableName);
+    RowBlocks input(file, options.Rows({}));
+    const ScoringPlan plan = PlanOf(model, options, reasons, input);
+    TableRun run(plan, bounds);
+    CaseBlock block;
+    while (input.Next(block.rows)) run.Take(block);
+    counts = {run.Total().scored, run.Total().invalid, run.Total().missing};
+    return std::move(run.Text());
+  } catch (const CsvError& error) {
+    throw BadRequest(400, BrokenRow(kTableName, error).what());
+  } catch (const Failure& failure) {
+    throw BadRequest(400, failure.what());
+  } catch (const tools::BadCases& error) {
+    throw BadRequest(400, error.what());
+  }
+}
+
+}  // namespace svmscore::app

@@ -1,0 +1,28 @@
+// Tables that a request sends, scored as svmscore score does it.
+#ifndef APP_SERVE_TABLE_SCORING_H_
+#define APP_SERVE_TABLE_SCORING_H_
+
+#include <cstddef>
+#include <string>
+
+#include "tools/serve/row_run.h"
+#include "tools/serve/served_model.h"
+
+namespace svmscore::app {
+
+// A table, inflated, has at most so much.
+struct TableBounds {
+  std::size_t rows = 0;
+  std::size_t bytes = 0;
+};
+
+// What `svmscore score` writes for the table. The query may set delimiter, decimalComma,
+// missingToken and reasons, as the options of these names. [any thread] Fails: BadRequest, with
+// nothing scored; std::bad_alloc.
+std::string ScoreTable(const serve::ServedModel& model, const std::string& table,
+                       const std::string& query, const TableBounds& bounds,
+                       serve::RowCounts& counts);
+
+}  // namespace svmscore::app
+
+#endif  // APP_SERVE_TABLE_SCORING_H_

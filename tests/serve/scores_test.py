@@ -1,0 +1,161 @@
+"""Scores over HTTP are those of the program, digit for digit, by every way in.
+
+Usage: scores_test.py PROGRAM EXAMPLES
+"""
+import csv
+import io
+import json
+import sys
+import unittest
+from pathlib import Path
+
+from service import Service, score
+
+PROGRAM, EXAMPLES = sys.argv[1], Path(sys.argv[2])
+CASES = sorted(folder for folder in EXAMPLES.iterdir() if (folder / "cases.csv").exists())
+# Rows of each example.
+MOST = 300
+
+
+def document(folder):
+    return next(iter(sorted(folder.glob("model.pmml*"))))
+
+
+def table(folder):
+    """The header and the first rows, and the same with faulty cells."""
+    with open(folder / "cases.csv", encoding="utf-8", newline="") as file:
+        rows = list(csv.reader(file))[: MOST + 1]
+    header, rows = rows[0], rows[1:]
+    broken = [list(row) for row in rows[:20]]
+    for number, row in enumerate(broken):
+        row[number % len(row)] = ["", "NA", "x", "1e999", "-0", " 1", "1.0", "true"][number % 8]
+    return header, rows + broken
+
+
+def as_csv(header, rows):
+    out = io.StringIO()
+    csv.writer(out, lineterminator="\n").writerows([header, *rows])
+    return out.getvalue().encode()
+
+
+def spelling(value):
+    """A cell of JSON as the program spells it in a table."""
+    if value is None:
+        return ""
+    return value if isinstance(value, str) else json.dumps(value)
+
+
+class Raw(float):
+    """A number that keeps its spelling."""
+
+    def __new__(cls, text):
+        number = super().__new__(cls, text)
+        number.text = text
+        return number
+
+
+def cells(text):
+    return json.loads(text, parse_float=Raw, parse_int=Raw)
+
+
+def plain(value):
+    return value.text if isinstance(value, Raw) else "" if value is None else value
+
+
+class Scores(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.service = Service(PROGRAM, *[f"{folder.name}={document(folder)}" for folder in CASES])
+
+    @classmethod
+    def tearDownClass(cls):
+        assert cls.service.end() == 0
+        cls.service.__exit__()
+
+    def check(self, folder, answers):
+        """`answers(header, rows)` gives dictionaries of spellings, one for each row."""
+        header, rows = table(folder)
+        path = Path(self.id() + ".csv")
+        path.write_bytes(as_csv(header, rows))
+        expected = list(csv.DictReader(io.StringIO(score(PROGRAM, document(folder), path).decode())))
+        path.unlink()
+        got = answers(header, rows)
+        self.assertEqual(len(expected), len(got))
+        for want, row in zip(expected, got):
+            reason = row.pop("reason", "")
+            self.assertEqual(want, row)
+            self.assertEqual(want["status"] != "0", reason != "")
+
+    def each(self, answers):
+        self.assertGreater(len(CASES), 3)
+        for folder in CASES:
+            with self.subTest(folder.name):
+                self.check(folder, lambda header, rows, name=folder.name: answers(name, header, rows))
+
+    def post(self, path, value):
+        status, _, text = self.service.ask("POST", path, json.dumps(value),
+                                           {"Content-Type": "application/json"})
+        self.assertEqual(200, status, text)
+        return cells(text)
+
+    def test_one_by_one(self):
+        def answers(name, header, rows):
+            got = []
+            for number, row in enumerate(rows[-60:]):
+                answer = self.post(f"/model/{name}", {"id": f"{number}", "arguments": dict(zip(header, row))})
+                self.assertEqual(f"{number}", answer["id"])
+                got.append(answer["results"])
+            return [None] * (len(rows) - len(got)) + got
+
+        for folder in CASES:
+            with self.subTest(folder.name):
+                header, rows = table(folder)
+                batch = self.post(f"/model/{folder.name}/batch",
+                                  {"requests": [{"arguments": dict(zip(header, row))} for row in rows]})
+                single = answers(folder.name, header, rows)
+                for one, many in zip(single, batch["responses"]):
+                    if one is not None:
+                        self.assertEqual(repr(one), repr(many["results"]))
+
+    def test_batches(self):
+        def answers(name, header, rows):
+            answer = self.post(f"/openscoring/model/{name}/batch", {
+                "id": "all",
+                "requests": [{"id": str(i), "arguments": dict(zip(header, row))}
+                             for i, row in enumerate(rows)]})
+            self.assertEqual("all", answer["id"])
+            self.assertEqual([str(i) for i in range(len(rows))], [one["id"] for one in answer["responses"]])
+            return [{key: plain(value) for key, value in one["results"].items()}
+                    for one in answer["responses"]]
+
+        self.each(answers)
+
+    def test_tensors(self):
+        def answers(name, header, rows):
+            answer = self.post(f"/v2/models/{name}/infer", {
+                "id": "x",
+                "inputs": [{"name": column, "datatype": "BYTES", "shape": [len(rows), 1],
+                            "data": [row[i] for row in rows]} for i, column in enumerate(header)]})
+            self.assertEqual(("x", name, "1"),
+                             (answer["id"], answer["model_name"], answer["model_version"]))
+            columns = {}
+            for output in answer["outputs"]:
+                self.assertEqual([len(rows)], [int(size) for size in output["shape"]])
+                columns[output["name"]] = [plain(cell) for cell in output["data"]]
+            return [dict(zip(columns, row)) for row in zip(*columns.values())]
+
+        self.each(answers)
+
+    def test_tables(self):
+        for folder in CASES:
+            with self.subTest(folder.name):
+                path = folder / "cases.csv"
+                status, headers, text = self.service.ask(
+                    "POST", f"/model/{folder.name}/csv", path.read_bytes(), {"Content-Type": "text/csv"})
+                self.assertEqual(200, status)
+                self.assertEqual(score(PROGRAM, document(folder), path), text)
+                self.assertRegex(headers["X-Model-SHA256"], "^[0-9a-f]{64}$")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1])

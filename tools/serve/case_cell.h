@@ -1,0 +1,72 @@
+// A value that a request gives for an input of a model.
+#ifndef TOOLS_SERVE_CASE_CELL_H_
+#define TOOLS_SERVE_CASE_CELL_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "host/model/score_case_record.h"
+#include "tools/base/cell_rules.h"
+#include "tools/score/row_scorer.h"
+#include "tools/serve/json_scanner.h"
+
+namespace svmscore::serve {
+
+// Borrows its text. Missing at first.
+class CaseCell {
+ public:
+  enum class Kind : std::uint8_t { kMissing, kNumber, kWhole, kBool, kText };
+
+  CaseCell() : kind_(Kind::kMissing), size_(0), whole_(0) {}
+  static CaseCell Number(double number) {
+    CaseCell cell(Kind::kNumber);
+    cell.number_ = number;
+    return cell;
+  }
+  static CaseCell Whole(std::int64_t whole) {
+    CaseCell cell(Kind::kWhole);
+    cell.whole_ = whole;
+    return cell;
+  }
+  static CaseCell Bool(bool truth) {
+    CaseCell cell(Kind::kBool);
+    cell.whole_ = truth ? 1 : 0;
+    return cell;
+  }
+  static CaseCell Text(std::string_view text) {
+    CaseCell cell(Kind::kText);
+    cell.text_ = text.data();
+    cell.size_ = static_cast<std::uint32_t>(text.size());
+    return cell;
+  }
+
+  // Puts the value where a file's cell of the same text would be. [one thread] for each record.
+  // Fails: std::bad_alloc.
+  void Put(MCZandor_850::InputCaseRecord& record, std::size_t position,
+           const tools::CellRules& rules) const;
+  tools::GivenText Given(const MCZandor_850::ScoreDictVar& var,
+                         const tools::CellRules& rules) const;
+  // A number as single precision holds it; any other value as it is.
+  CaseCell InSinglePrecision() const;
+
+ private:
+  explicit CaseCell(Kind kind) : kind_(kind), size_(0), whole_(0) {}
+
+  Kind kind_;
+  std::uint32_t size_;  // of the text
+  union {
+    double number_;
+    std::int64_t whole_;
+    const char* text_;
+  };
+};
+
+// Reads null, NaN, a number, a text or a truth value; nothing for an array or an object, which is
+// passed over. A number beyond a double's range stays a text, and so is no value of a number field.
+// Fails: JsonError; std::bad_alloc.
+bool ReadCell(JsonScanner& scanner, CaseCell& cell);
+
+}  // namespace svmscore::serve
+
+#endif  // TOOLS_SERVE_CASE_CELL_H_

@@ -1,0 +1,176 @@
+#include "tools/serve/case_requests.h"
+
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "host/text/printable.h"
+#include "tools/serve/answer_text.h"
+
+namespace svmscore::serve {
+namespace {
+
+// The id of a request as it is given back: a text or null.
+std::string ReadId(JsonScanner& scanner) {
+  std::string id;
+  if (scanner.NextIs(JsonKind::kNull)) {
+    scanner.Null();
+    return "null";
+  }
+  if (!scanner.NextIs(JsonKind::kString)) scanner.Expected("a text or null as id");
+  AppendJsonString(id, scanner.String());
+  return id;
+}
+
+// What is wrong with a case; empty where nothing is.
+struct CaseFault {
+  std::string what;
+  bool of_request = false;  // and not of a value
+};
+
+CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, CaseCell* cells) {
+  if (!scanner.NextIs(JsonKind::kObject)) {
+    scanner.Skip();
+    return {"the member \"arguments\" is no object", true};
+  }
+  CaseFault fault;
+  std::string_view name;
+  std::size_t guess = 0;
+  scanner.EnterObject();
+  while (scanner.NextKey(name)) {
+    const std::size_t input = model.FindInput(name, guess);
+    if (input == ServedModel::kNoInput) {
+      scanner.Skip();
+      continue;
+    }
+    guess = input + 1;
+    if (!ReadCell(scanner, cells[input]) && fault.what.empty()) {
+      fault.what = fmt::format("{}: an array or object is no value", Printable(name));
+    }
+  }
+  return fault;
+}
+
+// Reads {"id", "arguments"}.
+CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, CaseCell* cells,
+                   std::string& id) {
+  id = "null";
+  if (!scanner.NextIs(JsonKind::kObject)) {
+    scanner.Skip();
+    return {"the request is no object", true};
+  }
+  CaseFault fault{"the request has no member \"arguments\"", true};
+  std::string_view member;
+  scanner.EnterObject();
+  while (scanner.NextKey(member)) {
+    if (member == "id") {
+      id = ReadId(scanner);
+    } else if (member == "arguments") {
+      fault = ReadArguments(scanner, model, cells);
+    } else {
+      scanner.Skip();
+    }
+  }
+  return fault;
+}
+
+// Writes the cases of a run as objects, `ids` being theirs as JSON.
+void WriteCases(const ServedModel& model, RowRun& run, const std::vector<std::string>& ids,
+                std::string& out, RowCounts& counts) {
+  JsonSink sink(out);
+  std::size_t row = 0;
+  run.Write(
+      counts,
+      [&](std::size_t column) -> JsonSink& {
+        if (column == 0) {
+          if (!out.empty() && out.back() == '}') out += ',';
+          out += "{\"id\":";
+          out += ids[row++];
+          out += ",\"results\":{";
+        }
+        out += model.ResultKeys()[column];
+        return sink;
+      },
+      [&](long status, const std::string& reason) {
+        if (status != 0) {
+          out += ",\"reason\":";
+          AppendJsonString(out, reason);
+        }
+        out += "}}";
+      });
+}
+
+}  // namespace
+
+std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& counts) try {
+  JsonScanner scanner(body);
+  RowRun run(model, true);
+  std::vector<std::string> id(1);
+  CaseFault fault = ReadCase(scanner, model, run.Add(), id[0]);
+  scanner.Finish();
+  if (fault.of_request) throw BadRequest(400, fault.what);
+  if (fault.what.empty()) {
+    run.Take();
+  } else {
+    run.Refuse(std::move(fault.what));
+  }
+  std::string out;
+  out.reserve(256);
+  WriteCases(model, run, id, out, counts);
+  out += '\n';
+  return out;
+} catch (const JsonError& error) {
+  throw BadRequest(400, error.what());
+}
+
+std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t most_rows,
+                      RowCounts& counts) try {
+  JsonScanner scanner(body);
+  RowRun run(model, false);
+  RowCounts counted;
+  std::string id = "null";
+  std::string responses = "[";
+  std::vector<std::string> ids;
+  bool given = false;
+  std::string_view member;
+  const auto flush = [&] {
+    WriteCases(model, run, ids, responses, counted);
+    ids.clear();
+  };
+  scanner.EnterObject();
+  while (scanner.NextKey(member)) {
+    if (member == "id") {
+      id = ReadId(scanner);
+    } else if (member != "requests") {
+      scanner.Skip();
+    } else {
+      if (std::exchange(given, true)) scanner.Fail("it has the member \"requests\" twice");
+      if (!scanner.NextIs(JsonKind::kArray)) scanner.Expected("an array of requests");
+      scanner.EnterArray();
+      for (std::size_t rows = 0; scanner.NextElement(); ++rows) {
+        if (rows == most_rows) {
+          throw BadRequest(413, fmt::format("the batch has more than {} requests", most_rows));
+        }
+        if (run.IsFull()) flush();
+        CaseCell* cells = run.Add();
+        CaseFault fault = ReadCase(scanner, model, cells, ids.emplace_back());
+        if (fault.what.empty()) {
+          run.Take();
+        } else {
+          run.Refuse(std::move(fault.what));
+        }
+      }
+      flush();
+    }
+  }
+  scanner.Finish();
+  if (!given) throw BadRequest(400, "the body has no member \"requests\"");
+  counts = counted;
+  return "{\"id\":" + id + ",\"responses\":" + responses + "]}\n";
+} catch (const JsonError& error) {
+  throw BadRequest(400, error.what());
+}
+
+}  // namespace svmscore::serve

@@ -1,0 +1,38 @@
+// Requests to score one case or many: {"id", "arguments": {NAME: VALUE}}, and {"id", "requests":
+// [...]} of these. Answers: {"id", "results": {COLUMN: CELL}}, and {"id", "responses": [...]}.
+//
+// An argument that the model does not know is passed over; one that is absent, null or an empty
+// text is missing. Text and truth values are read as the same cell of a file. A case that cannot be
+// understood, such as one whose argument is an array, fails alone with status 90027. The results of
+// a case that failed end with its "reason".
+//
+// [any thread] Lives: `body`, which is rewritten, for the call. Fails: BadRequest, which scores
+// nothing; std::bad_alloc.
+#ifndef TOOLS_SERVE_CASE_REQUESTS_H_
+#define TOOLS_SERVE_CASE_REQUESTS_H_
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+#include "tools/serve/row_run.h"
+
+namespace svmscore::serve {
+
+// A request that cannot be answered: the status of HTTP, and a sentence that says why.
+class BadRequest : public std::runtime_error {
+ public:
+  BadRequest(unsigned status, const std::string& why) : std::runtime_error(why), status_(status) {}
+  unsigned Status() const { return status_; }
+
+ private:
+  unsigned status_;
+};
+
+std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& counts);
+std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t most_rows,
+                      RowCounts& counts);
+
+}  // namespace svmscore::serve
+
+#endif  // TOOLS_SERVE_CASE_REQUESTS_H_

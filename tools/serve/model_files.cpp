@@ -1,0 +1,165 @@
+#include "tools/serve/model_files.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "tools/base/error_text.h"
+#include "tools/serve/route.h"
+
+namespace svmscore::serve {
+namespace {
+
+// Names that begin with a dot are no models.
+constexpr std::string_view kUnfinished = ".unfinished-";
+
+[[noreturn]] void Fail(const char* what, const std::string& path, int error) {
+  throw FileFault(fmt::format("cannot {} {}: {}", what, path, tools::ErrorText(error)));
+}
+
+// A descriptor that is closed at the end.
+class Descriptor {
+ public:
+  explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+  ~Descriptor() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int Get() const { return descriptor_; }
+
+ private:
+  int descriptor_;
+};
+
+bool TakeOff(std::string& name, std::string_view ending) {
+  if (!name.ends_with(ending)) return false;
+  name.resize(name.size() - ending.size());
+  return true;
+}
+
+FileMark MarkFrom(const struct stat& about) {
+  return {about.st_dev, about.st_ino, static_cast<std::uint64_t>(about.st_size),
+          about.st_mtim.tv_sec * std::int64_t{1000000000} + about.st_mtim.tv_nsec};
+}
+
+void Flush(const std::string& folder) {
+  const Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor.Get() < 0 || fsync(descriptor.Get()) != 0) Fail("flush", folder, errno);
+}
+
+void WriteAll(int descriptor, std::string_view bytes, const std::string& path) {
+  while (!bytes.empty()) {
+    const ssize_t written = write(descriptor, bytes.data(), bytes.size());
+    if (written < 0 && errno != EINTR) Fail("write", path, errno);
+    if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  if (fsync(descriptor) != 0) Fail("write", path, errno);
+}
+
+std::vector<std::string> NamesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  std::error_code error;
+  std::filesystem::directory_iterator entries(folder, error);
+  while (!error && entries != std::filesystem::directory_iterator()) {
+    names.push_back(entries->path().filename().string());
+    entries.increment(error);
+  }
+  if (error) Fail("read", folder, error.value());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+}  // namespace
+
+std::string IdOfFile(const std::string& name) {
+  std::string id = name;
+  if (!TakeOff(id, ".gz")) TakeOff(id, ".zst");
+  if (!TakeOff(id, ".pmml") && !TakeOff(id, ".xml")) return {};
+  return IsModelId(id) ? id : std::string();
+}
+
+std::map<std::string, ModelFile> FilesIn(const std::string& folder) {
+  std::map<std::string, ModelFile> files;
+  for (const std::string& name : NamesIn(folder)) {
+    const std::string id = IdOfFile(name);
+    if (id.empty() || (files.contains(id) && name != id + ".pmml")) continue;
+    const std::string path = folder + "/" + name;
+    struct stat about {};
+    if (stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) continue;
+    files[id] = {path, MarkFrom(about)};
+  }
+  return files;
+}
+
+FileMark MarkOf(const std::string& path) {
+  struct stat about {};
+  if (stat(path.c_str(), &about) != 0) Fail("read", path, errno);
+  if (!S_ISREG(about.st_mode)) throw FileFault(path + " is no regular file");
+  return MarkFrom(about);
+}
+
+std::string ReadFile(const std::string& path, std::size_t most) {
+  const Descriptor descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (descriptor.Get() < 0) Fail("read", path, errno);
+  std::string bytes;
+  std::array<char, 65536> chunk;
+  while (true) {
+    const ssize_t count = read(descriptor.Get(), chunk.data(), chunk.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) Fail("read", path, errno);
+    if (count == 0) return bytes;
+    bytes.append(chunk.data(), static_cast<std::size_t>(count));
+    if (bytes.size() > most) {
+      throw FileFault(fmt::format("{} has more than {} bytes", path, most));
+    }
+  }
+}
+
+ModelFile StoreFile(const std::string& folder, const std::string& id, const std::string& bytes) {
+  const std::string path = folder + "/" + id + ".pmml";
+  std::string unfinished = folder + "/" + std::string(kUnfinished) + "XXXXXX";
+  FileMark mark;
+  {
+    const Descriptor descriptor(mkostemp(unfinished.data(), O_CLOEXEC));
+    if (descriptor.Get() < 0) Fail("write to", folder, errno);
+    try {
+      WriteAll(descriptor.Get(), bytes, path);
+      fchmod(descriptor.Get(), S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
+      if (rename(unfinished.c_str(), path.c_str()) != 0) Fail("write", path, errno);
+    } catch (...) {
+      unlink(unfinished.c_str());
+      throw;
+    }
+    struct stat about {};
+    if (fstat(descriptor.Get(), &about) == 0) mark = MarkFrom(about);
+  }
+  Flush(folder);
+  return {path, mark};
+}
+
+void RemoveFile(const std::string& folder, const std::string& path) {
+  if (unlink(path.c_str()) != 0 && errno != ENOENT) Fail("remove", path, errno);
+  Flush(folder);
+}
+
+void RemoveUnfinished(const std::string& folder) {
+  for (const std::string& name : NamesIn(folder)) {
+    if (name.starts_with(kUnfinished) && name.size() == kUnfinished.size() + 6) {
+      unlink((folder + "/" + name).c_str());
+    }
+  }
+}
+
+}  // namespace svmscore::serve

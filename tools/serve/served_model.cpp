@@ -1,0 +1,177 @@
+#include "tools/serve/served_model.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <optional>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "host/load/plugin.h"
+#include "host/model/batch_model.h"
+#include "host/model/score_result.h"
+#include "host/model/ss_exception.h"
+#include "tools/base/case_columns.h"
+#include "tools/base/decompression.h"
+#include "tools/base/document_source.h"
+#include "tools/base/error_text.h"
+#include "tools/base/json_string.h"
+#include "tools/base/sha256.h"
+#include "tools/describe/summary_json.h"
+#include "tools/doctor/examination.h"
+#include "tools/doctor/report_json.h"
+#include "tools/score/case_batch.h"
+
+namespace svmscore::serve {
+namespace {
+
+using MCZandor_850::InputCaseRecord;
+using MCZandor_850::ScoreDictVar;
+using MCZandor_850::ScoreResult;
+using MCZandor_850::SSException;
+
+// So many scorers wait for requests; those of more threads are made anew.
+constexpr std::size_t kMostInStock = 16;
+
+std::string Inflate(const std::string& file, const Limits& limits) {
+  const auto decompressor =
+      tools::DecompressorFor(std::string_view(file).substr(0, tools::kCompressionMark));
+  if (decompressor == nullptr) {
+    if (file.size() > limits.document_size) {
+      throw BeyondLimit(limits, &Limits::document_size);
+    }
+    return file;
+  }
+  std::string text;
+  std::array<char, 65536> out;
+  std::string_view ahead = file;
+  while (true) {
+    const std::size_t count = decompressor->Read(ahead, out.data(), out.size());
+    text.append(out.data(), count);
+    if (text.size() > limits.document_size) throw BeyondLimit(limits, &Limits::document_size);
+    if (count < out.size()) break;
+  }
+  if (!decompressor->IsComplete()) {
+    throw ModelRefused(
+        fmt::format("the file ends before its {} stream does", decompressor->Format()));
+  }
+  return text;
+}
+
+// `findings`: what doctor says.
+LoadedModel Load(const std::string& id, const std::string& file, const ReadingRules& rules,
+                 std::string& findings) {
+  std::optional<tools::DocumentSource> source;
+  try {
+    source.emplace(id, Inflate(file, rules.limits), rules.limits);
+    const Plugin plugin(rules.plugin);
+    // Records are run by a model of their own: the first case fixes the layout of all later ones.
+    const tools::OpenedDocument opened = tools::OpenDocument(plugin, *source);
+    if (opened.IsRead()) {
+      const tools::Examination examined = tools::Examine(opened, plugin, *source, std::nullopt);
+      for (const Finding& finding : examined.findings) {
+        if (finding.Name() != "verification-disagrees") continue;
+        throw ModelRefused(fmt::format(
+            "the document's own verification records disagree with it: {}", finding.What()));
+      }
+      findings = tools::FindingsJson(examined.findings);
+    }
+    return LoadModel(
+        plugin, [&source] { return source->Parse(Arrays::kAsNumbers); }, rules.checks);
+  } catch (const SSException& error) {
+    throw ModelRefused(source ? tools::Explain(error, *source) : tools::Explain(error));
+  } catch (const tools::BrokenCompression& error) {
+    throw ModelRefused(error.what());
+  }
+}
+
+}  // namespace
+
+std::int64_t Now() {
+  using std::chrono::milliseconds;
+  using std::chrono::system_clock;
+  return std::chrono::duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+ServedModel::ServedModel(std::string id, std::string file, const ReadingRules& rules)
+    : id_(std::move(id)),
+      file_(std::move(file)),
+      loaded_(Load(id_, file_, rules, findings_)),
+      plan_(loaded_, tools::ColumnChoice::kDocument, false, false),
+      created_(Now()) {
+  tools::Sha256 digest;
+  digest.Add(file_.data(), file_.size());
+  sha256_ = digest.Hex();
+  CollectInputs();
+  FixPositions();
+  const std::vector<const ScoreDictVar*> variables = RecordVariables();
+  examiner_ = std::make_shared<const reasons::CaseExaminer>(loaded_, variables);
+  for (const auto& column : plan_.results) {
+    std::string& key = result_keys_.emplace_back(result_keys_.empty() ? "" : ",");
+    tools::AppendJsonString(key, column->Name());
+    key += ':';
+  }
+  const tools::ModelSummary summary = tools::Summarise(loaded_);
+  cost_ = std::max<std::size_t>(summary.vectors, 1) * summary.vector_fields;
+  card_ = tools::JsonOf(summary);
+  singles_.scorers.reserve(kMostInStock);
+  batches_.scorers.reserve(kMostInStock);
+}
+
+std::vector<const ScoreDictVar*> ServedModel::RecordVariables() const {
+  return {inputs_.begin(), inputs_.begin() + static_cast<std::ptrdiff_t>(record_inputs_)};
+}
+
+ServedModel::~ServedModel() = default;
+
+void ServedModel::CollectInputs() {
+  inputs_ = tools::InputsOf(loaded_);
+  record_inputs_ = inputs_.size();
+  for (const ScoreDictVar* var : loaded_.output->ExtraInputs()) inputs_.push_back(var);
+  for (std::size_t i = 0; i < inputs_.size(); ++i) positions_.emplace(inputs_[i]->GetName(), i);
+}
+
+// Which the first case would do alone.
+void ServedModel::FixPositions() {
+  const InputCaseRecord record(loaded_.needed, true, plan_.replaces_missing);
+  if (plan_.batch != nullptr) return plan_.batch->FixPositions(record);
+  ScoreResult* result = nullptr;
+  loaded_.model->GetScore(&record, result, false);
+  delete result;
+}
+
+std::size_t ServedModel::FindInput(std::string_view name) const {
+  const auto found = positions_.find(name);
+  return found == positions_.end() ? kNoInput : found->second;
+}
+
+std::size_t ServedModel::FindInput(std::string_view name, std::size_t guess) const {
+  if (guess < inputs_.size() && inputs_[guess]->GetName() == name) return guess;
+  return FindInput(name);
+}
+
+ServedModel::ScorerLease::ScorerLease(const ServedModel& model, bool single)
+    : model_(model), single_(single) {
+  Stock& stock = model.StockOf(single);
+  {
+    const std::lock_guard lock(stock.mutex);
+    if (!stock.scorers.empty()) {
+      scorer_ = std::move(stock.scorers.back());
+      stock.scorers.pop_back();
+    }
+  }
+  if (scorer_ != nullptr) return;
+  const std::size_t capacity =
+      single ? 1 : tools::CasesAtOnce(model.plan_.batch, model.record_inputs_);
+  scorer_ = std::make_unique<tools::RowScorer>(model.plan_, model.RecordVariables(), capacity,
+                                               model.examiner_);
+}
+
+ServedModel::ScorerLease::~ScorerLease() {
+  Stock& stock = model_.StockOf(single_);
+  const std::lock_guard lock(stock.mutex);
+  if (stock.scorers.size() < kMostInStock) stock.scorers.push_back(std::move(scorer_));
+}
+
+}  // namespace svmscore::serve

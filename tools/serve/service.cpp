@@ -1,0 +1,152 @@
+#include "tools/serve/service.h"
+
+#include <algorithm>
+#include <new>
+#include <optional>
+
+#include <fmt/format.h>
+
+#include "tools/serve/answer_text.h"
+#include "tools/serve/case_requests.h"
+#include "tools/serve/inference.h"
+#include "tools/serve/model_answers.h"
+#include "tools/serve/request_checks.h"
+
+namespace svmscore::serve {
+namespace {
+
+constexpr std::size_t kQuickBody = 8192;
+// So many multiplications take some ten microseconds.
+constexpr std::size_t kQuickCost = 200000;
+
+Answer JsonAnswer(std::string body) {
+  Answer answer;
+  answer.body = std::move(body);
+  return answer;
+}
+
+}  // namespace
+
+bool Service::IsQuick(const Route& route, Method method, std::size_t body_size) const {
+  if (method != Method::kPost) {
+    return route.resource != Resource::kModels && route.resource != Resource::kModel &&
+           route.resource != Resource::kPmml && route.resource != Resource::kMetrics;
+  }
+  if (body_size > kQuickBody || route.resource == Resource::kCsv) return false;
+  const std::optional<StoredModel> stored = store_.Find(route.id);
+  if (!stored || stored->model == nullptr) return true;
+  // A row takes at least two bytes for each needed input.
+  const std::size_t inputs = stored->model->Loaded().needed.size();
+  const std::size_t rows = route.resource == Resource::kModel
+                               ? 1
+                               : 1 + body_size / (2 * std::max<std::size_t>(inputs, 1));
+  return rows * stored->model->Cost() <= kQuickCost;
+}
+
+Answer Service::Handle(const Route& route, Method method, std::string& body) const noexcept try {
+  try {
+    return Answered(route, method, body);
+  } catch (const BadRequest& error) {
+    return ErrorAnswer(route, error.Status(), error.what());
+  } catch (const std::bad_alloc&) {
+    return ErrorAnswer(route, 503, "out of memory");
+  } catch (const std::exception& error) {
+    return ErrorAnswer(route, 500, error.what());
+  }
+} catch (...) {  // not even an error can be told
+  Answer answer;
+  answer.status = 503;
+  return answer;
+}
+
+Answer Service::Answered(const Route& route, Method method, std::string& body) const {
+  switch (route.resource) {
+    case Resource::kMetrics: {
+      Answer answer = JsonAnswer(metrics_.Text(store_));
+      answer.content_type = "text/plain; version=0.0.4; charset=utf-8";
+      return answer;
+    }
+    case Resource::kModels:
+      return JsonAnswer(ModelList(store_));
+    case Resource::kServer:
+      return JsonAnswer("{\"name\":\"svmscore\",\"version\":\"" SVMSCORE_VERSION
+                        "\",\"extensions\":[]}\n");
+    case Resource::kLive:
+      return JsonAnswer("{\"live\":true}\n");
+    case Resource::kReady: {
+      Answer answer = JsonAnswer(ready_ ? "{\"ready\":true}\n" : "{\"ready\":false}\n");
+      if (!ready_) answer.status = 503;
+      return answer;
+    }
+    case Resource::kPage:
+    case Resource::kUnknown:
+      return ErrorAnswer(route, 404, "there is nothing here");
+    default:
+      return WithModel(route, method, body);
+  }
+}
+
+Answer Service::WithModel(const Route& route, Method method, std::string& body) const {
+  const std::optional<StoredModel> stored = store_.Find(route.id);
+  if (!stored) {
+    return ErrorAnswer(route, 404, fmt::format("there is no model \"{}\"", route.id));
+  }
+  if (route.resource == Resource::kModel && method != Method::kPost) {
+    Answer answer = JsonAnswer(ModelSummaryText(route.id, *stored, true) + "\n");
+    answer.model_id = route.id;
+    if (stored->model != nullptr) answer.sha256 = stored->model->Sha256();
+    return answer;
+  }
+  if (stored->model == nullptr) {
+    return ErrorAnswer(route, 503,
+                       fmt::format("the model \"{}\" is not ready: {}", route.id,
+                                   stored->problem.value_or("it is being loaded")));
+  }
+  const ServedModel& model = *stored->model;
+  Answer answer;
+  answer.model_id = route.id;
+  answer.sha256 = model.Sha256();
+  try {
+    Score(route, model, body, answer);
+  } catch (const BadRequest& error) {
+    answer.status = error.Status();
+    answer.body = ErrorBody(error.what(), route.protocol);
+    answer.content_type = "application/json";
+  }
+  return answer;
+}
+
+void Service::Score(const Route& route, const ServedModel& model, std::string& body,
+                    Answer& answer) const {
+  switch (route.resource) {
+    case Resource::kPmml:
+      answer.body = model.File();
+      answer.content_type = answer.body.starts_with("\x1f\x8b")           ? "application/gzip"
+                            : answer.body.starts_with("\x28\xb5\x2f\xfd") ? "application/zstd"
+                                                                          : "application/xml";
+      return;
+    case Resource::kInferenceModel:
+      answer.body = InferenceMetadata(model);
+      return;
+    case Resource::kInferenceReady:
+      answer.body = "{\"name\":\"" + model.Id() + "\",\"ready\":true}\n";
+      return;
+    case Resource::kModel:
+      answer.body = ScoreOne(model, body, answer.rows);
+      break;
+    case Resource::kBatch:
+      answer.body = ScoreMany(model, body, most_rows_, answer.rows);
+      break;
+    case Resource::kInfer:
+      answer.body = Infer(model, body, most_rows_, answer.rows);
+      break;
+    default:
+      answer.body = tables_(model, body, route.query, answer.rows);
+      answer.content_type = "text/csv; charset=utf-8";
+      break;
+  }
+  model.Touch(Now());
+  metrics_.CountRows(model.Id(), answer.rows);
+}
+
+}  // namespace svmscore::serve
