@@ -2,8 +2,6 @@
 #ifndef APP_OPTIONS_TABLE_OPTION_H_
 #define APP_OPTIONS_TABLE_OPTION_H_
 
-#include <string>
-
 #include <CLI/CLI.hpp>
 
 #include "app/table/table_options.h"
@@ -12,9 +10,6 @@ namespace svmscore::app {
 
 // Adds --delimiter, --decimal-comma and --missing-token. `options` must outlive the parsing.
 void AddTableOptions(CLI::App& command, TableOptions& options);
-
-// Reads what --delimiter takes. Empty, or else why it cannot separate cells.
-std::string ReadDelimiter(const std::string& text, char& delimiter);
 
 }  // namespace svmscore::app
 

@@ -11,6 +11,7 @@
 #include "app/options/file_option.h"
 #include "app/options/limit_option.h"
 #include "app/serve/access_log.h"
+#include "app/serve/page.h"
 #include "app/serve/server.h"
 #include "app/serve/table_scoring.h"
 #include "tools/serve/metrics.h"
@@ -191,10 +192,13 @@ ExitStatus ServeCommand::Run() {
   serve::Metrics metrics;
   ModelKeeper keeper(Keeper(), store, metrics, log);
   const TableBounds bounds{options.most_rows, options.most_body};
+  const Page page = MakePage(PageFiles());
   serve::Service service(
-      store, metrics, options.most_rows,
-      [&bounds](const serve::ServedModel& model, std::string& table, const std::string& query,
-                serve::RowCounts& rows) { return ScoreTable(model, table, query, bounds, rows); });
+      store, metrics,
+      {options.most_rows,
+       [&bounds](const serve::ServedModel& model, std::string& table, const std::string& query,
+                 serve::RowCounts& rows) { return ScoreTable(model, table, query, bounds, rows); },
+       page.html, page.content_security_policy});
   Server server({options, service, metrics, keeper, log});
   keeper.LoadAll();
   keeper.Start();

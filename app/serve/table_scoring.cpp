@@ -10,12 +10,13 @@
 
 #include "app/base/failure.h"
 #include "app/files/input_file.h"
-#include "app/options/table_option.h"
+#include "app/pipeline/case_cells.h"
+#include "app/pipeline/row_format.h"
 #include "app/score/case_scorer.h"
-#include "app/score/row_format.h"
 #include "app/table/broken_row.h"
 #include "app/table/csv_row.h"
 #include "app/table/row_blocks.h"
+#include "app/table/table_options.h"
 #include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
 #include "tools/serve/case_requests.h"
@@ -66,23 +67,15 @@ int FileOf(const std::string& bytes) {
   return descriptor;
 }
 
-tools::CaseColumns ColumnsOf(RowBlocks& input, const RowForm& form, const ServedModel& model) {
-  RowBlock header;
-  std::vector<std::string_view> names;
-  if (!input.ReadHeader(header)) {
-    throw BadRequest(400, "the table is empty; it needs at least a header line");
-  }
-  CsvRows(header.text.data(), header.text.size(), header.first_line, form).Next(names);
-  return tools::MatchColumns(names, model.Loaded(), {}, kTableName);
-}
-
 ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, bool reasons,
                    RowBlocks& input) {
   const LoadedModel& loaded = model.Loaded();
   ScoringPlan plan;
   plan.model = loaded.model.get();
   plan.rows = options.Rows({});
-  plan.columns = ColumnsOf(input, plan.rows, model);
+  RowBlock header;
+  plan.columns = tools::MatchColumns(ReadColumnNames(input, plan.rows, kTableName, header), loaded,
+                                     {}, kTableName);
   plan.cells = options.Cells();
   plan.replace_missing = model.Plan().replaces_missing;
   plan.output = loaded.output.get();
@@ -111,7 +104,7 @@ class TableRun {
     if (bytes_ > bounds_.bytes) {
       throw BadRequest(413, fmt::format("the table has more than {} bytes", bounds_.bytes));
     }
-    scorer_.Score(block);
+    scorer_.Work(block);
     Keep(block);
     while (!block.done) {
       scorer_.Resume(block);
@@ -152,7 +145,7 @@ std::string ScoreTable(const ServedModel& model, const std::string& table, const
     TableRun run(plan, bounds);
     CaseBlock block;
     while (input.Next(block.rows)) run.Take(block);
-    counts = {run.Total().scored, run.Total().invalid, run.Total().missing};
+    counts = {run.Total().done, run.Total().invalid, run.Total().missing};
     return std::move(run.Text());
   } catch (const CsvError& error) {
     throw BadRequest(400, BrokenRow(kTableName, error).what());

@@ -20,6 +20,10 @@ struct TableOptions {
   tools::CellRules Cells() const { return tools::CellRules(missing_tokens, decimal_comma); }
 };
 
+// Reads what --delimiter takes: a character, or the word tab. Empty, or else why the text cannot
+// separate cells. [any thread] Fails: std::bad_alloc.
+std::string ReadDelimiter(const std::string& text, char& delimiter);
+
 // Tells where a token that was given hides a value that the model declares.
 void TellOverruledValues(const tools::CellRules& cells, const LoadedModel& loaded);
 

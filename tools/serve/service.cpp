@@ -79,11 +79,23 @@ Answer Service::Answered(const Route& route, Method method, std::string& body) c
       return answer;
     }
     case Resource::kPage:
+      return PageAnswer(route);
     case Resource::kUnknown:
       return ErrorAnswer(route, 404, "there is nothing here");
     default:
       return WithModel(route, method, body);
   }
+}
+
+Answer Service::PageAnswer(const Route& route) const {
+  if (parts_.page.empty()) return ErrorAnswer(route, 404, "there is no page");
+  Answer answer;
+  answer.body = parts_.page;
+  answer.content_type = "text/html; charset=utf-8";
+  answer.headers.emplace_back("Content-Security-Policy", parts_.page_policy);
+  answer.headers.emplace_back("Referrer-Policy", "no-referrer");
+  answer.headers.emplace_back("Cache-Control", "no-cache");
+  return answer;
 }
 
 Answer Service::WithModel(const Route& route, Method method, std::string& body) const {
@@ -135,13 +147,13 @@ void Service::Score(const Route& route, const ServedModel& model, std::string& b
       answer.body = ScoreOne(model, body, answer.rows);
       break;
     case Resource::kBatch:
-      answer.body = ScoreMany(model, body, most_rows_, answer.rows);
+      answer.body = ScoreMany(model, body, parts_.most_rows, answer.rows);
       break;
     case Resource::kInfer:
-      answer.body = Infer(model, body, most_rows_, answer.rows);
+      answer.body = Infer(model, body, parts_.most_rows, answer.rows);
       break;
     default:
-      answer.body = tables_(model, body, route.query, answer.rows);
+      answer.body = parts_.tables(model, body, route.query, answer.rows);
       answer.content_type = "text/csv; charset=utf-8";
       break;
   }

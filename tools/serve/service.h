@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include "tools/serve/exchange.h"
 #include "tools/serve/metrics.h"
@@ -18,11 +19,19 @@ namespace svmscore::serve {
 using TableScorer = std::function<std::string(const ServedModel& model, std::string& table,
                                               const std::string& query, RowCounts& rows)>;
 
+// What the service has beside the models.
+struct ServiceParts {
+  std::size_t most_rows = 0;  // of a request
+  TableScorer tables;
+  std::string page;  // empty for none
+  std::string page_policy;
+};
+
 // [any thread] Lives: the store and the metrics, longer than this.
 class Service {
  public:
-  Service(const ModelStore& store, Metrics& metrics, std::size_t most_rows, TableScorer tables)
-      : store_(store), metrics_(metrics), most_rows_(most_rows), tables_(std::move(tables)) {}
+  Service(const ModelStore& store, Metrics& metrics, ServiceParts parts)
+      : store_(store), metrics_(metrics), parts_(std::move(parts)) {}
 
   // The answer to a request that CheckHead lets through. `body` is rewritten. REQUIRES: it is
   // neither PUT nor DELETE. Fails: never; where memory runs out the answer is 503.
@@ -36,13 +45,13 @@ class Service {
 
  private:
   Answer Answered(const Route& route, Method method, std::string& body) const;
+  Answer PageAnswer(const Route& route) const;
   Answer WithModel(const Route& route, Method method, std::string& body) const;
   void Score(const Route& route, const ServedModel& model, std::string& body, Answer& answer) const;
 
   const ModelStore& store_;
   Metrics& metrics_;
-  std::size_t most_rows_;
-  TableScorer tables_;
+  ServiceParts parts_;
   std::atomic<bool> ready_{false};
 };
 
