@@ -24,12 +24,6 @@ std::string ReadId(JsonScanner& scanner) {
   return id;
 }
 
-// What is wrong with a case; empty where nothing is.
-struct CaseFault {
-  std::string what;
-  bool of_request = false;  // and not of a value
-};
-
 CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, CaseCell* cells) {
   if (!scanner.NextIs(JsonKind::kObject)) {
     scanner.Skip();
@@ -48,29 +42,6 @@ CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, CaseCell
     guess = input + 1;
     if (!ReadCell(scanner, cells[input]) && fault.what.empty()) {
       fault.what = fmt::format("{}: an array or object is no value", Printable(name));
-    }
-  }
-  return fault;
-}
-
-// Reads {"id", "arguments"}.
-CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, CaseCell* cells,
-                   std::string& id) {
-  id = "null";
-  if (!scanner.NextIs(JsonKind::kObject)) {
-    scanner.Skip();
-    return {"the request is no object", true};
-  }
-  CaseFault fault{"the request has no member \"arguments\"", true};
-  std::string_view member;
-  scanner.EnterObject();
-  while (scanner.NextKey(member)) {
-    if (member == "id") {
-      id = ReadId(scanner);
-    } else if (member == "arguments") {
-      fault = ReadArguments(scanner, model, cells);
-    } else {
-      scanner.Skip();
     }
   }
   return fault;
@@ -103,6 +74,28 @@ void WriteCases(const ServedModel& model, RowRun& run, const std::vector<std::st
 }
 
 }  // namespace
+
+CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, CaseCell* cells,
+                   std::string& id) {
+  id = "null";
+  if (!scanner.NextIs(JsonKind::kObject)) {
+    scanner.Skip();
+    return {"the request is no object", true};
+  }
+  CaseFault fault{"the request has no member \"arguments\"", true};
+  std::string_view member;
+  scanner.EnterObject();
+  while (scanner.NextKey(member)) {
+    if (member == "id") {
+      id = ReadId(scanner);
+    } else if (member == "arguments") {
+      fault = ReadArguments(scanner, model, cells);
+    } else {
+      scanner.Skip();
+    }
+  }
+  return fault;
+}
 
 std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& counts) try {
   JsonScanner scanner(body);

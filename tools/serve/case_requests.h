@@ -29,6 +29,17 @@ class BadRequest : public std::runtime_error {
   unsigned status_;
 };
 
+// What is wrong with a case; empty where nothing is.
+struct CaseFault {
+  std::string what;
+  bool of_request = false;  // and not of a value
+};
+
+// Reads {"id", "arguments"} into the cells of the model's inputs, and the id, as JSON. Fails:
+// JsonError; std::bad_alloc.
+CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, CaseCell* cells,
+                   std::string& id);
+
 std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& counts);
 std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t most_rows,
                       RowCounts& counts);

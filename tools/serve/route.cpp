@@ -15,7 +15,7 @@ struct Known {
 
 constexpr Method kNone = Method::kOther;
 
-constexpr std::array<Known, 17> kKnown = {{
+constexpr std::array<Known, 18> kKnown = {{
     {Resource::kPage, "/", {Method::kGet, kNone, kNone}},
     {Resource::kMetrics, "/metrics", {Method::kGet, kNone, kNone}},
     {Resource::kModels, "/model", {Method::kGet, kNone, kNone}},
@@ -23,6 +23,7 @@ constexpr std::array<Known, 17> kKnown = {{
     {Resource::kPmml, "/model/{id}/pmml", {Method::kGet, kNone, kNone}},
     {Resource::kBatch, "/model/{id}/batch", {Method::kPost, kNone, kNone}},
     {Resource::kCsv, "/model/{id}/csv", {Method::kPost, kNone, kNone}},
+    {Resource::kExplain, "/model/{id}/explain", {Method::kPost, kNone, kNone}},
     {Resource::kServer, "/v2", {Method::kGet, kNone, kNone}},
     {Resource::kLive, "/v2/health/live", {Method::kGet, kNone, kNone}},
     {Resource::kReady, "/v2/health/ready", {Method::kGet, kNone, kNone}},

@@ -19,6 +19,7 @@ enum class Resource {
   kPmml,
   kBatch,
   kCsv,
+  kExplain,
   kServer,
   kLive,
   kReady,

@@ -12,6 +12,7 @@
 #include "host/model/batch_model.h"
 #include "host/model/score_result.h"
 #include "host/model/ss_exception.h"
+#include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
 #include "tools/base/decompression.h"
 #include "tools/base/document_source.h"
@@ -139,6 +140,24 @@ void ServedModel::FixPositions() {
   ScoreResult* result = nullptr;
   loaded_.model->GetScore(&record, result, false);
   delete result;
+}
+
+std::shared_ptr<const tools::ModelExplainer> ServedModel::Explainer() const {
+  constexpr std::uint64_t kSeed = 1;
+  constexpr std::size_t kOrders = 0;  // as many as the model thinks fit
+  const std::lock_guard lock(explainer_mutex_);
+  if (explainer_ == nullptr) {
+    tools::Explainable explainable = tools::ExplainableOf(loaded_);
+    const std::string why = tools::WhyNoVectorBackground(explainable.model, explainable.players);
+    if (!why.empty()) {
+      throw tools::BadDocument("the model does not say what cases are like: " + why);
+    }
+    const tools::Background background =
+        tools::VectorBackground(explainable.model, kBackgroundRows, kSeed);
+    explainer_ = std::make_shared<const tools::ModelExplainer>(loaded_, std::move(explainable),
+                                                               background, kSeed, kOrders);
+  }
+  return explainer_;
 }
 
 std::size_t ServedModel::FindInput(std::string_view name) const {

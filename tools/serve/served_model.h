@@ -16,6 +16,7 @@
 #include "host/reasons/case_examiner.h"
 #include "host/xml/limits.h"
 #include "tools/base/cell_rules.h"
+#include "tools/explain/case_explainer.h"
 #include "tools/score/row_scorer.h"
 
 namespace svmscore::serve {
@@ -55,6 +56,7 @@ class ServedModel {
   // output fields read.
   const std::vector<const MCZandor_850::ScoreDictVar*>& Inputs() const { return inputs_; }
   std::size_t RecordInputs() const { return record_inputs_; }
+  std::vector<const MCZandor_850::ScoreDictVar*> RecordVariables() const;
   static constexpr std::size_t kNoInput = static_cast<std::size_t>(-1);
   std::size_t FindInput(std::string_view name) const;
   // For the members of a case in the order of `Inputs`: `guess` is tried first.
@@ -72,6 +74,11 @@ class ServedModel {
   // Held while the document is read again, such as for an examiner of other columns.
   std::mutex& DocumentMutex() const { return document_mutex_; }
   std::shared_ptr<const reasons::CaseExaminer> Examiner() const { return examiner_; }
+
+  // Explains cases, before a background of the model's support vectors; made at the first call.
+  // Fails: BadDocument where the model cannot be explained so; std::bad_alloc.
+  std::shared_ptr<const tools::ModelExplainer> Explainer() const;
+  static constexpr std::size_t kBackgroundRows = 100;
 
   // When it was loaded and last scored with, in milliseconds since 1970; 0: never.
   std::int64_t Created() const { return created_; }
@@ -102,7 +109,6 @@ class ServedModel {
   };
 
   void CollectInputs();
-  std::vector<const MCZandor_850::ScoreDictVar*> RecordVariables() const;
   void FixPositions();
   Stock& StockOf(bool single) const { return single ? singles_ : batches_; }
 
@@ -123,6 +129,8 @@ class ServedModel {
   std::int64_t created_ = 0;
   mutable std::atomic<std::int64_t> accessed_{0};
   mutable std::mutex document_mutex_;
+  mutable std::mutex explainer_mutex_;
+  mutable std::shared_ptr<const tools::ModelExplainer> explainer_;
   mutable Stock singles_;
   mutable Stock batches_;
 };

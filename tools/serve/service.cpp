@@ -8,6 +8,7 @@
 
 #include "tools/serve/answer_text.h"
 #include "tools/serve/case_requests.h"
+#include "tools/serve/explanation.h"
 #include "tools/serve/inference.h"
 #include "tools/serve/model_answers.h"
 #include "tools/serve/request_checks.h"
@@ -32,7 +33,10 @@ bool Service::IsQuick(const Route& route, Method method, std::size_t body_size) 
     return route.resource != Resource::kModels && route.resource != Resource::kModel &&
            route.resource != Resource::kPmml && route.resource != Resource::kMetrics;
   }
-  if (body_size > kQuickBody || route.resource == Resource::kCsv) return false;
+  if (body_size > kQuickBody || route.resource == Resource::kCsv ||
+      route.resource == Resource::kExplain) {
+    return false;
+  }
   const std::optional<StoredModel> stored = store_.Find(route.id);
   if (!stored || stored->model == nullptr) return true;
   // A row takes at least two bytes for each needed input.
@@ -148,6 +152,9 @@ void Service::Score(const Route& route, const ServedModel& model, std::string& b
       break;
     case Resource::kBatch:
       answer.body = ScoreMany(model, body, parts_.most_rows, answer.rows);
+      break;
+    case Resource::kExplain:
+      answer.body = ExplainOne(model, body, answer.rows);
       break;
     case Resource::kInfer:
       answer.body = Infer(model, body, parts_.most_rows, answer.rows);
