@@ -197,7 +197,11 @@ std::optional<Answer> Connection::TakeHead() {
   if (hosts == 0) head_.host = options.address;
   const std::size_t lengths = request.count("Content-Length");
   const std::size_t encodings = request.count("Transfer-Encoding");
-  if (lengths + encodings > 1 || (encodings > 0 && !parser_->chunked())) {
+  const std::string length = Header("Content-Length");
+  const bool odd_length = length.find_first_not_of("0123456789") != std::string::npos;
+  const bool odd_encoding =
+      encodings > 0 && !boost::beast::iequals(Header("Transfer-Encoding"), "chunked");
+  if (lengths + encodings > 1 || odd_length || odd_encoding) {
     return refuse(400, "the request says in several ways, or in an unknown one, where it ends");
   }
   if (encodings > 0 && request.version() < 11) {
