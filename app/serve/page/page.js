@@ -30,7 +30,12 @@ function drawModels() {
   byId('model-list').replaceChildren(...models.map((model) => element('li', {},
     element('a', {href: `#/${encodeURIComponent(model.id)}`, 'aria-current': model.id === shown.id ? 'page' : null},
       element('span', {class: 'id'}, model.id),
-      element('span', {class: 'what'}, model.miningFunction ?? '')))));
+      element('span', {class: model.problem ? 'what bad' : 'what'}, stateOf(model))))));
+}
+
+function stateOf(model) {
+  if (!model.ready) return 'not loaded';
+  return model.problem ? 'a newer document is refused' : model.miningFunction;
 }
 
 const checksumOf = (model) => model?.properties?.['file.checksum'] ?? null;
@@ -38,7 +43,9 @@ const checksumOf = (model) => model?.properties?.['file.checksum'] ?? null;
 async function poll() {
   try {
     models = (await api.models()) ?? [];
-    server(counted(models.length, 'model') + ' ready', 'good');
+    const ready = models.filter((model) => model.ready).length;
+    server(ready === models.length ? `${counted(ready, 'model')} ready` : `${ready} of ${counted(models.length, 'model')} ready`,
+      ready === models.length ? 'good' : 'warn');
     await follow();
   } catch (error) {
     server(error.status ? error.message : 'The service does not answer', 'bad');
@@ -55,7 +62,8 @@ async function follow() {
   byId('with-model').hidden = !next;
   if (!next) shown.id = null;
   else if (next.id !== shown.id) await open(next.id);
-  else if (checksumOf(next) && checksumOf(next) !== shown.checksum) await reopen();
+  else if (checksumOf(next) !== shown.checksum) await reopen();
+  else drawProblem(next);
   drawModels();
 }
 
@@ -83,9 +91,8 @@ async function open(id) {
 // reopen(): the document of the shown model was replaced.
 async function reopen() {
   const before = shown.checksum;
-  if (!before) return;  // it is being opened
   await load();
-  if (shown.checksum === before) return;
+  if (!before || !shown.checksum || shown.checksum === before) return;
   notice(`${shown.id} was replaced: ${short(before)} gave way to ${short(shown.checksum)}. ` +
     'The card, the form and the score are those of the new document.');
 }
@@ -95,9 +102,13 @@ async function load() {
   const {body, checksum} = await api.model(id);
   if (id !== shown.id) return;  // another model was chosen meanwhile
   shown.checksum = checksumOf(body) ?? checksum;
-  shown.percentages = wordsOf(body);
+  document.title = `${id} · svmscore`;
   drawCard(body);
-  drawFindings(body);
+  drawProblem(body);
+  byId('bench').hidden = !body.ready;
+  if (!body.ready) return;
+  shown.percentages = /vote/.test(body.card?.percentages) ? 'Shares of votes' : 'Probabilities';
+  drawFindings(body.findings?.findings ?? []);
   const fields = fieldsOf(body.schema);
   // A form of the same inputs is left alone: somebody may be typing in it.
   if (JSON.stringify(fields) !== JSON.stringify(shown.fields) || byId('inputs').dataset.model !== id) {
@@ -107,13 +118,15 @@ async function load() {
     buildForm(byId('inputs'), fields, texts());
     if (focused) byId('inputs').elements.namedItem(focused)?.focus();
   }
-  document.title = `${id} · svmscore`;
   score();
 }
 
-function wordsOf(model) {
-  const words = model.percentages ?? '';
-  return /vote/.test(words) ? 'Shares of votes' : 'Probabilities';
+// Why the latest document of the id is not the one that answers.
+function drawProblem(model) {
+  byId('problem').hidden = !model.problem;
+  byId('problem').textContent = !model.problem ? ''
+    : `${model.ready ? 'A newer document is refused, and the one before goes on answering: '
+      : 'Its document cannot be used: '}${model.problem}`;
 }
 
 function drawCard(model) {
@@ -127,14 +140,20 @@ function drawCard(model) {
   ].filter(Boolean).join(' ');
   const properties = model.properties ?? {};
   const facts = [
-    ['Checksum', element('code', {title: shown.checksum ?? ''}, short(shown.checksum))],
+    ['Checksum', shown.checksum && element('code', {title: shown.checksum}, short(shown.checksum))],
     ['Loaded', timeText(properties['created.timestamp'])],
     ['Size', sizeText(properties['file.size'])],
-    ['Inputs', String(model.schema?.inputFields?.length ?? '')],
-    ['Findings', findingsFact(model.findings ?? [])],
+    ['Kernel', kernelText(model.card?.kernel)],
+    ['Support vectors', model.card?.counts?.vectors.toLocaleString('en')],
+    ['Findings', model.ready ? findingsFact(model.findings?.findings ?? []) : null],
   ].filter(([, value]) => value);
   byId('model-facts').replaceChildren(...facts.map(([name, value]) => element('div', {},
     element('dt', {}, name), element('dd', {}, value))));
+}
+
+function kernelText(kernel) {
+  const parameters = Object.entries(kernel?.parameters ?? {});
+  return kernel ? [kernel.type, ...parameters.map(([name, value]) => `${name} ${rounded(value)}`)].join(', ') : null;
 }
 
 // How many findings there are, and whether they change scores; leads to them.
@@ -144,7 +163,8 @@ function findingsFact(findings) {
   return element('button', {
     type: 'button', class: changing ? 'quiet bad' : 'quiet',
     onclick: () => { byId('findings-title').focus(); byId('findings-title').scrollIntoView(); },
-  }, changing ? `${findings.length}, ${changing} ${changing === 1 ? 'changes' : 'change'} scores` : String(findings.length));
+  }, changing ? `${findings.length > changing ? `${findings.length}, ` : ''}${changing} ${changing === 1 ? 'changes' : 'change'} scores`
+    : String(findings.length));
 }
 
 function timeText(stamp) {
@@ -160,8 +180,7 @@ function sizeText(bytes) {
   return `${(bytes / 1000 ** power).toFixed(power ? 1 : 0)} ${units[power]}`;
 }
 
-function drawFindings(model) {
-  const findings = model.findings ?? [];
+function drawFindings(findings) {
   byId('findings-count').textContent = findings.length ? counted(findings.length, 'finding') : '';
   byId('findings').replaceChildren(findings.length
     ? element('ul', {class: 'finding-list'}, findings.map(drawFinding))
