@@ -53,9 +53,9 @@ const api = {
   explain: async (id, values, signal) => answer(await send(modelPath(id, '/explain'), {
     method: 'POST', signal, headers: {'Content-Type': 'application/json'}, body: scoreBody(values),
   })),
-  // The scored table, and how many rows ended how where the service says so.
+  // The scored table, whose last column says why rows failed.
   table: async (id, file) => {
-    const response = await send(modelPath(id, '/csv'), {
+    const response = await send(modelPath(id, '/csv?reasons=true'), {
       method: 'POST', headers: {'Content-Type': 'text/csv'}, body: file,
     });
     return {blob: await response.blob(), checksum: response.headers.get('X-Model-SHA256')};
