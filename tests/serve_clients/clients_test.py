@@ -1,9 +1,11 @@
 """The service as programs of others use it: clients, validators, a monitor and a browser."""
 
+import base64
 import json
 import os
 import pathlib
 import shutil
+import ssl
 import subprocess
 import urllib.error
 import urllib.request
@@ -16,6 +18,7 @@ from service import (
     BUILD,
     DESCRIPTION,
     EXAMPLES,
+    PROGRAM,
     ROOT,
     SCORED_EXAMPLES,
     fetch,
@@ -285,3 +288,88 @@ def test_browser_drives_the_page(models, url):
         env={**os.environ, "PLAN": json.dumps(plan), "NODE_PATH": str(BUILD / "node/node_modules")},
     )
     print(said)
+
+
+# ---- On a server
+
+
+@pytest.fixture(name="proxy")
+def fixture_proxy(url, tmp_path):
+    """nginx with the snippet, made to fit this machine; gives its address."""
+    port = free_port()
+    subprocess.run(
+        ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "2",
+         "-subj", "/CN=localhost", "-addext", "subjectAltName=DNS:localhost",
+         "-keyout", tmp_path / "key", "-out", tmp_path / "certificate"],
+        check=True, capture_output=True,
+    )  # fmt: skip
+    password = subprocess.run(
+        ["openssl", "passwd", "-apr1", "secret"], check=True, capture_output=True, text=True
+    ).stdout
+    (tmp_path / "passwords").write_text("ann:" + password)
+    (tmp_path / "passwords").chmod(0o644)
+    tmp_path.chmod(0o755)
+    snippet = (ROOT / "packaging/service/nginx.conf").read_text()
+    for shown, here in (
+        ("server 127.0.0.1:8080", "server " + url.removeprefix("http://")),
+        ("Host 127.0.0.1:8080", "Host " + url.removeprefix("http://")),
+        ("listen 443", f"listen 127.0.0.1:{port}"),
+        ("scores.example;", "localhost;"),
+        ("/etc/ssl/certs/scores.example.pem", str(tmp_path / "certificate")),
+        ("/etc/ssl/private/scores.example.key", str(tmp_path / "key")),
+        ("/etc/nginx/svmscore.htpasswd", str(tmp_path / "passwords")),
+    ):
+        assert snippet.count(shown) >= 1, shown
+        snippet = snippet.replace(shown, here)
+    scratch = "".join(
+        f"{kind}_temp_path {tmp_path}/{kind};\n"
+        for kind in ("client_body", "proxy", "fastcgi", "uwsgi", "scgi")
+    )
+    user = "user root;" if os.geteuid() == 0 else ""
+    (tmp_path / "nginx.conf").write_text(
+        f"daemon off; pid {tmp_path}/pid; {user}\nevents {{}}\nhttp {{ access_log off;\n{scratch}{snippet}}}\n"
+    )
+    command = [BUILD / "nginx/usr/sbin/nginx", "-p", tmp_path, "-c", tmp_path / "nginx.conf", "-e", "stderr"]
+    with running(list(map(str, command)), tmp_path / "nginx.log") as process:
+
+        def listens():
+            assert process.poll() is None, (tmp_path / "nginx.log").read_text()
+            try:
+                ask(f"https://localhost:{port}", "/model", tmp_path)
+            except urllib.error.HTTPError as error:
+                return error.code == 401
+            return False
+
+        wait_for(listens)
+        yield f"https://localhost:{port}"
+
+
+def ask(at, path, folder, body=None, password=None):
+    headers = {"Content-Type": "application/json"}
+    if password:
+        headers["Authorization"] = "Basic " + base64.b64encode(password.encode()).decode()
+    request = urllib.request.Request(at + path, body, headers)
+    context = ssl.create_default_context(cafile=folder / "certificate")
+    with urllib.request.urlopen(request, timeout=20, context=context) as answer:
+        return answer.read().decode(), answer.headers
+
+
+def test_nginx_passes_on_what_the_service_answers(url, proxy, tmp_path):
+    body = json.dumps({"arguments": iris_request()[0]}).encode()
+    direct, headers = post(url + "/model/iris", body)
+    answer, proxied = ask(proxy, "/model/iris", tmp_path, body, "ann:secret")
+    assert answer == direct
+    assert proxied["X-Model-SHA256"] == headers["X-Model-SHA256"]
+    with pytest.raises(urllib.error.HTTPError, match="401"):
+        ask(proxy, "/model/iris", tmp_path, body, "ann:wrong")
+    with pytest.raises(urllib.error.HTTPError, match="403"):
+        ask(proxy, "/metrics", tmp_path, password="ann:secret")
+
+
+def test_systemd_takes_the_unit_as_secure(tmp_path):
+    text = (ROOT / "packaging/service/svmscore-serve.service").read_text()
+    unit = tmp_path / "svmscore-serve.service"
+    unit.write_text(text.replace("/usr/bin/svmscore", PROGRAM).replace("man:svmscore(1) ", ""))
+    said = run(["systemd-analyze", "verify", "--man=no", unit])
+    assert "svmscore" not in said, said
+    run(["systemd-analyze", "security", "--offline=true", "--threshold=20", unit])

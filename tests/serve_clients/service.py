@@ -80,7 +80,7 @@ def running(command, log):
 @contextlib.contextmanager
 def service(log, *options):
     """Runs svmscore serve on a port of its own; gives its address, without a slash at the end."""
-    with running([PROGRAM, "serve", "--port", "0", *map(str, options)], log) as process:
+    with running([PROGRAM, "serve", "--listen", "127.0.0.1:0", *map(str, options)], log) as process:
 
         def address():
             assert process.poll() is None, log.read_text()
