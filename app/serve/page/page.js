@@ -108,7 +108,7 @@ async function load() {
   byId('bench').hidden = !body.ready;
   if (!body.ready) return;
   shown.percentages = /vote/.test(body.card?.percentages) ? 'Shares of votes' : 'Probabilities';
-  drawFindings(body.findings?.findings ?? []);
+  drawFindings(body.findings ?? []);
   const fields = fieldsOf(body.schema);
   // A form of the same inputs is left alone: somebody may be typing in it.
   if (JSON.stringify(fields) !== JSON.stringify(shown.fields) || byId('inputs').dataset.model !== id) {
@@ -145,7 +145,7 @@ function drawCard(model) {
     ['Size', sizeText(properties['file.size'])],
     ['Kernel', kernelText(model.card?.kernel)],
     ['Support vectors', model.card?.counts?.vectors.toLocaleString('en')],
-    ['Findings', model.ready ? findingsFact(model.findings?.findings ?? []) : null],
+    ['Findings', model.ready ? findingsFact(model.findings ?? []) : null],
   ].filter(([, value]) => value);
   byId('model-facts').replaceChildren(...facts.map(([name, value]) => element('div', {},
     element('dt', {}, name), element('dd', {}, value))));
