@@ -141,8 +141,11 @@ def test_schemathesis_finds_no_violation_for_a_model(url, tmp_path):
     assert json.loads(fetch(url + "/model/tumour"))["ready"]
 
 
-def test_schemathesis_finds_no_violation_for_any_path(url, tmp_path):
-    schemathesis(url, tmp_path, CHECKS, "--max-examples", "8")
+# It also deletes what it finds.
+def test_schemathesis_finds_no_violation_for_any_path(models, tmp_path):
+    folder = shutil.copytree(models, tmp_path / "models")
+    with service(tmp_path / "log", "--models", folder, "--allow-upload") as url:
+        schemathesis(url, tmp_path, CHECKS, "--max-examples", "8")
 
 
 def validated(description, url, log, requests):
