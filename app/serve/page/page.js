@@ -12,7 +12,7 @@ const shown = {
   fields: [],
   texts: {},          // what is entered, by model and input
   percentages: 'Probabilities',
-  explains: true,     // until the service says that it does not
+  explains: false,    // whether the service says that it explains scores of this model
   download: null,     // the address of the last scored table
 };
 let models = [];
@@ -108,6 +108,7 @@ async function load() {
   byId('bench').hidden = !body.ready;
   if (!body.ready) return;
   shown.percentages = /vote/.test(body.card?.percentages) ? 'Shares of votes' : 'Probabilities';
+  shown.explains = body.explains === true;
   drawFindings(body.findings ?? []);
   const fields = fieldsOf(body.schema);
   // A form of the same inputs is left alone: somebody may be typing in it.
@@ -241,7 +242,7 @@ async function score() {
     byId('score-state').textContent = `${Math.max(1, Math.round(performance.now() - started))} ms`;
     const scored = drawAnswer(body);
     if (checksum && checksum !== shown.checksum) await reopen();
-    else if (scored) await explain(id, values, current);
+    else if (scored) await explain(id, values, headline(body.results)[1], current);
   } catch (error) {
     if (error.name === 'AbortError' || !current()) return;
     byId('score-state').textContent = '';
@@ -301,26 +302,30 @@ function drawAnswer(body) {
   return status === 0;
 }
 
-async function explain(id, values, current) {
-  if (!shown.explains) return;
+async function explain(id, values, prediction, current) {
+  if (!shown.explains) {
+    byId('explanation').hidden = true;
+    return;
+  }
   try {
     const {body} = await api.explain(id, values, running.signal);
     if (!current()) return;
-    const parts = explanationOf(body);
+    const parts = explanationOf(body, prediction);
     if (parts) drawExplanation(byId('explanation'), parts);
     else byId('explanation').hidden = true;
   } catch (error) {
     if (error.name === 'AbortError') return;
-    if ([404, 405, 501].includes(error.status)) shown.explains = false;
     if (current()) byId('explanation').hidden = true;
   }
 }
 
-// The first decision of an explanation, as drawExplanation() wants it.
-function explanationOf(body) {
-  const row = (body.explanations ?? body.rows ?? [body])[0];
-  if (!row?.phi) return null;
-  return {of: row.decision_of, base: row.base, decision: row.decision, phi: row.phi};
+// The decision of an explanation that says most of the prediction: the one of the largest value among those
+// that the predicted category takes part in.
+function explanationOf(body, prediction) {
+  const decisions = body.explanations ?? [];
+  const concerns = (row) => String(row.decision_of ?? '').split('|').includes(String(prediction));
+  const candidates = decisions.some(concerns) ? decisions.filter(concerns) : decisions;
+  return candidates.reduce((best, row) => (!best || Math.abs(row.decision) > Math.abs(best.decision) ? row : best), null);
 }
 
 // ---- A table

@@ -91,7 +91,7 @@ function drawCells(table, results) {
 }
 
 // drawExplanation(PLACE, PARTS): how much each input moved the decision value away from its mean over the
-// background. PARTS: {of, base, decision, phi: {INPUT: VALUE}}.
+// background. PARTS: {decision_of, base, decision, phi: {INPUT: VALUE}}.
 function drawExplanation(place, parts) {
   const all = Object.entries(parts.phi).filter(([, value]) => isFiniteNumber(value))
     .sort(([, a], [, b]) => Math.abs(b) - Math.abs(a));
@@ -103,7 +103,8 @@ function drawExplanation(place, parts) {
   place.replaceChildren(
     element('p', {class: 'eyebrow'}, 'What moved it'),
     element('p', {class: 'hint'},
-      `${parts.of ? `${parts.of}: ` : ''}${rounded(parts.base)} on average, ${rounded(parts.decision)} here`),
+      `${parts.decision_of ? `${parts.decision_of.replace('|', ' or ')}: ` : ''}` +
+      `a decision value of ${rounded(parts.base, 4)} on average, ${rounded(parts.decision, 4)} here`),
     element('ul', {class: 'bars signed'}, shown.map(([name, value]) => element('li', {},
       element('span', {class: 'name', title: name}, name),
       bar(0.5, at(value), value < 0 ? 'down' : 'up'),
