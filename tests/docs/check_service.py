@@ -23,7 +23,7 @@ def commands_of(page):
     for block in re.findall(r"^```console\n(.*?)^```$", page, re.M | re.S):
         command, shown = None, []
         for line in itertools.chain(block.splitlines(), ["$ "]):
-            if command is not None and command.endswith("\\"):
+            if command is not None and (command.endswith("\\") or command.count("'") % 2):
                 command += "\n" + line
             elif line.startswith("$ "):
                 if command:

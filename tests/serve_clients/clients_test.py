@@ -269,7 +269,7 @@ def test_prometheus_scrapes_the_metrics(url, tmp_path):
 # ---- The page
 
 
-def test_browser_drives_the_page(models, url):
+def drive_page(url, models, **further):
     expected = {}
     for name in ("iris", "diabetes"):
         files = EXAMPLES / name / "model.pmml", EXAMPLES / name / "cases.csv"
@@ -284,13 +284,25 @@ def test_browser_drives_the_page(models, url):
         "examples": str(EXAMPLES),
         "expected": expected,
         "shots": str(shots),
-        "docs": str(ROOT / "docs") if os.environ.get("SVMSCORE_WRITE_SCREENSHOT") else None,
+        **further,
     }
-    said = run(
+    run(
         ["node", "--test", pathlib.Path(__file__).with_name("page_test.js")],
         env={**os.environ, "PLAN": json.dumps(plan), "NODE_PATH": str(BUILD / "node/node_modules")},
     )
-    print(said)
+
+
+def test_browser_drives_the_page(models, url):
+    drive_page(url, models)
+
+
+@pytest.mark.skipif(not os.environ.get("SVMSCORE_WRITE_SCREENSHOT"), reason="not asked for")
+def test_browser_takes_the_picture_of_the_documentation(tmp_path):
+    picture = ROOT / "docs/service.png"
+    models = [f"{name}={EXAMPLES / name / 'model.pmml'}" for name in (*SCORED_EXAMPLES, "broken")]
+    with service(tmp_path / "log", *models) as url:
+        drive_page(url, tmp_path, picture=str(picture))
+    assert picture.stat().st_size < 150_000
 
 
 # ---- On a server

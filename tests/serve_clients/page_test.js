@@ -30,6 +30,7 @@ test.after(() => browser?.close());
 
 // A page on which nothing may go wrong unseen: errors, and requests for other hosts, fail the test.
 function onPage(name, options, act) {
+  if (plan.picture && !options.isPicture) return;
   test(name, async () => {
     const context = await browser.newContext({viewport: {width: 1280, height: 860}, ...options});
     context.setDefaultTimeout(10000);
@@ -131,7 +132,7 @@ onPage('an explanation is drawn as bars to both sides', {}, async (page) => {
   assert.match(await page.locator('#explanation .hint').innerText(), /^versicolor or virginica: .*0\.5 on average, 1\.5 here/);
   const bars = await page.locator('#explanation li').allInnerTexts();
   assert.deepEqual(bars.map((text) => text.split(/\s+/)), [['petal_width', '+1.75'], ['petal_length', '−1'],
-    ['sepal_length', '+0.25'], ['sepal_width', '+0']]);
+    ['sepal_length', '+0.25'], ['sepal_width', '0']]);
   await page.screenshot({path: path.join(plan.shots, 'explanation.png'), fullPage: true});
 });
 
@@ -282,8 +283,22 @@ for (const [name, options] of Object.entries({
     await page.waitForSelector('#download');
     const width = await page.evaluate(() => document.documentElement.scrollWidth);
     assert.ok(width <= page.viewportSize().width, `${width} wide`);
+    const chosen = await page.locator('[aria-current]').boundingBox();
+    assert.ok(chosen.x >= 0 && chosen.x + chosen.width <= width, 'the chosen model is out of sight');
     await page.waitForTimeout(300);  // the bars have moved
     await page.screenshot({path: path.join(plan.shots, `${name}.png`), fullPage: true});
-    if (name === 'light' && plan.docs) await page.screenshot({path: path.join(plan.docs, 'service.png')});
+  });
+}
+
+if (plan.picture) {
+  onPage('the picture of the documentation', {isPicture: true, viewport: {width: 1200, height: 760}}, async (page) => {
+    await openModel(page, 'iris');
+    await enter(page, inputs('iris', 0));
+    await untilScored(page, expectedCells('iris', 0));
+    await page.setInputFiles('#file', example('iris', 'cases.csv'));
+    await page.waitForSelector('#download');
+    await page.evaluate(() => { document.activeElement.blur(); window.scrollTo(0, 0); });
+    await page.waitForTimeout(300);
+    await page.screenshot({path: plan.picture});
   });
 }

@@ -31,6 +31,8 @@ function drawModels() {
     element('a', {href: `#/${encodeURIComponent(model.id)}`, 'aria-current': model.id === shown.id ? 'page' : null},
       element('span', {class: 'id'}, model.id),
       element('span', {class: model.problem ? 'what bad' : 'what'}, stateOf(model))))));
+  // On a narrow page the list is a row that may be longer than the page is wide.
+  byId('model-list').querySelector('[aria-current]')?.scrollIntoView({block: 'nearest', inline: 'nearest'});
 }
 
 function stateOf(model) {

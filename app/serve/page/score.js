@@ -3,7 +3,8 @@
 // Drawing a score: the prediction, probabilities as bars, an interval as a line, an explanation as bars
 // to both sides.
 
-const percent = (share) => `${(100 * share).toFixed(share > 0.9995 || share < 0.0005 ? 2 : 1)} %`;
+const percent = (share) => (share === 0 || share === 1 ? `${100 * share} %`
+  : `${(100 * share).toFixed(share > 0.9995 || share < 0.0005 ? 2 : 1)} %`);
 const rounded = (value, digits = 6) => Number(value.toPrecision(digits))
   .toLocaleString('en', {maximumSignificantDigits: digits}).replace('-', '−');
 const isFiniteNumber = (value) => typeof value === 'number' && Number.isFinite(value);
@@ -108,6 +109,6 @@ function drawExplanation(place, parts) {
     element('ul', {class: 'bars signed'}, shown.map(([name, value]) => element('li', {},
       element('span', {class: 'name', title: name}, name),
       bar(0.5, at(value), value < 0 ? 'down' : 'up'),
-      element('span', {class: 'value', title: String(value)}, `${value < 0 ? '−' : '+'}${rounded(Math.abs(value), 4)}`)))));
+      element('span', {class: 'value', title: String(value)}, `${value > 0 ? '+' : ''}${rounded(value, 4)}`)))));
   place.hidden = false;
 }

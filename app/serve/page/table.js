@@ -52,12 +52,13 @@ function preview(input, output, onTake) {
       'aria-label': `Try row ${place + 1} in the form`,
     }, 'Try')),
     row.map((cell) => element('td', {title: cell}, jsonNumber.test(cell) ? rounded(Number(cell)) : cell))));
-  return element('div', {class: 'scroll', tabIndex: 0, role: 'region', 'aria-label': 'The first scored rows'},
-    element('table', {},
-      element('caption', {}, `The first ${counted(body.length, 'row')}, with rounded numbers. Try one in the form.`),
-      element('thead', {}, element('tr', {},
-        element('td'), header.map((cell) => element('th', {scope: 'col'}, cell)))),
-      element('tbody', {}, body)));
+  return [
+    element('p', {class: 'hint'}, `The first ${counted(body.length, 'row')}, with rounded numbers. Try one in the form.`),
+    element('div', {class: 'scroll', tabIndex: 0, role: 'region', 'aria-label': 'The first scored rows'},
+      element('table', {},
+        element('thead', {}, element('tr', {},
+          element('td'), header.map((cell) => element('th', {scope: 'col'}, cell)))),
+        element('tbody', {}, body)))];
 }
 
 // showTable(PLACE, FILE, BLOB, ON_TAKE): what became of the file. Returns the address of the download,
@@ -72,6 +73,6 @@ async function showTable(place, file, blob, onTake) {
   place.replaceChildren(element('div', {class: 'done'},
     counts ? countList(counts) : null,
     element('a', {class: 'button primary', id: 'download', href: address, download: name}, `Download ${name}`)),
-  ...(rows.length > 1 ? [preview(input, rows, onTake)] : []));
+  ...(rows.length > 1 ? preview(input, rows, onTake) : []));
   return address;
 }
