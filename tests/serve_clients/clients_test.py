@@ -194,6 +194,7 @@ def test_prism_finds_no_violation_of_the_description(url, tmp_path):
             lambda at: post(at + "/model/iris", {"arguments": {"sepal_length": "5%"}})[0],
             lambda at: post(at + "/model/iris/batch",
                             {"id": None, "requests": [{"arguments": case} for case in cases]})[0],
+            lambda at: post(at + "/model/iris/explain", {"arguments": cases[0]})[0],
             lambda at: post(at + "/model/iris/csv", csv, "text/csv")[0],
             lambda at: post(at + "/v2/models/iris/infer", inference_request())[0],
             lambda at: post(at + "/v2/models/iris/versions/1/infer",

@@ -114,25 +114,20 @@ onPage('an answer that comes late is ignored', {}, async (page) => {
   await untilScored(page, expectedCells('iris', 1));
 });
 
-// No service explains yet: what it would answer is made up here.
 onPage('an explanation is drawn as bars to both sides', {}, async (page) => {
-  await page.route('**/model/iris', async (route) => {
-    if (route.request().method() !== 'GET') return route.continue();
-    const answer = await route.fetch();
-    return route.fulfill({response: answer, json: {...await answer.json(), explains: true}});
-  });
-  await page.route('**/model/iris/explain', (route) => route.fulfill({json: {id: null, explanations: [
-    {decision_of: 'setosa|versicolor', decision: -3, base: 0, phi: {sepal_length: 1}},
-    {decision_of: 'versicolor|virginica', decision: 1.5, base: 0.5,
-      phi: {sepal_length: 0.25, sepal_width: 0, petal_length: -1, petal_width: 1.75}}]}}));
   await openModel(page, 'iris');
   await enter(page, inputs('iris', 0));
   await untilScored(page, expectedCells('iris', 0));
   await page.waitForSelector('#explanation:not([hidden])');
-  assert.match(await page.locator('#explanation .hint').innerText(), /^versicolor or virginica: .*0\.5 on average, 1\.5 here/);
-  const bars = await page.locator('#explanation li').allInnerTexts();
-  assert.deepEqual(bars.map((text) => text.split(/\s+/)), [['petal_width', '+1.75'], ['petal_length', '−1'],
-    ['sepal_length', '+0.25'], ['sepal_width', '0']]);
+  assert.equal(await page.locator('#explanation .eyebrow').innerText(), 'Why virginica rather than versicolor');
+  assert.match(await page.locator('#explanation .hint').innerText(), /−0\.07926 on average .*, −0\.6604 here; above 0 is versicolor$/);
+  const bars = await page.locator('#explanation li:not(.sides)').allInnerTexts();
+  assert.deepEqual(bars.map((text) => text.split(/\s+/)), [['petal_width', '−0.461'], ['sepal_width', '−0.0782'],
+    ['sepal_length', '−0.0237'], ['petal_length', '−0.0183']]);
+  assert.equal(await page.locator('#explanation .fill.for').count(), 4);
+  await page.getByLabel('Decision').selectOption('setosa|versicolor');
+  assert.match(await page.locator('#explanation .hint').innerText(), /−0\.558 on average .*, −0\.8481 here; above 0 is setosa$/);
+  await page.getByLabel('Decision').selectOption('versicolor|virginica');
   await page.screenshot({path: path.join(plan.shots, 'explanation.png'), fullPage: true});
 });
 

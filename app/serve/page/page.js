@@ -4,7 +4,8 @@
 // replaced underneath.
 
 const pollSeconds = 3;
-const typingPause = 120;  // milliseconds without a key before a score is asked for
+const typingPause = 120;       // milliseconds without a key before a score is asked for
+const explanationPause = 250;  // milliseconds with a score before its explanation is
 
 const shown = {
   id: null,           // the model on the page
@@ -12,7 +13,8 @@ const shown = {
   fields: [],
   texts: {},          // what is entered, by model and input
   percentages: 'Probabilities',
-  explains: false,    // whether the service says that it explains scores of this model
+  explains: true,     // until the service says that it cannot explain the model
+  decision: null,     // the decision whose explanation was asked for
   download: null,     // the address of the last scored table
 };
 let models = [];
@@ -110,7 +112,8 @@ async function load() {
   byId('bench').hidden = !body.ready;
   if (!body.ready) return;
   shown.percentages = /vote/.test(body.card?.percentages) ? 'Shares of votes' : 'Probabilities';
-  shown.explains = body.explains === true;
+  shown.explains = true;
+  shown.decision = null;
   drawFindings(body.findings ?? []);
   const fields = fieldsOf(body.schema);
   // A form of the same inputs is left alone: somebody may be typing in it.
@@ -244,7 +247,7 @@ async function score() {
     byId('score-state').textContent = `${Math.max(1, Math.round(performance.now() - started))} ms`;
     const scored = drawAnswer(body);
     if (checksum && checksum !== shown.checksum) await reopen();
-    else if (scored) await explain(id, values, headline(body.results)[1], current);
+    else if (scored) await explain(id, values, body.results, current);
   } catch (error) {
     if (error.name === 'AbortError' || !current()) return;
     byId('score-state').textContent = '';
@@ -304,30 +307,25 @@ function drawAnswer(body) {
   return status === 0;
 }
 
-async function explain(id, values, prediction, current) {
-  if (!shown.explains) {
-    byId('explanation').hidden = true;
-    return;
-  }
+// explain(): asks what moved the score that is shown, once nobody types any more.
+async function explain(id, values, results, current) {
+  if (!shown.explains) return;
   try {
+    await new Promise((resolve) => { setTimeout(resolve, explanationPause); });
+    if (!current()) return;
     const {body} = await api.explain(id, values, running.signal);
     if (!current()) return;
-    const parts = explanationOf(body, prediction);
-    if (parts) drawExplanation(byId('explanation'), parts);
+    const draw = () => drawExplanation(byId('explanation'), body.explanations, results, shown.decision, (chosen) => {
+      shown.decision = chosen;
+      draw();
+    });
+    if (body.explanations?.length) draw();
     else byId('explanation').hidden = true;
   } catch (error) {
     if (error.name === 'AbortError') return;
+    if (error.status === 501) shown.explains = false;  // this model cannot be explained
     if (current()) byId('explanation').hidden = true;
   }
-}
-
-// The decision of an explanation that says most of the prediction: the one of the largest value among those
-// that the predicted category takes part in.
-function explanationOf(body, prediction) {
-  const decisions = body.explanations ?? [];
-  const concerns = (row) => String(row.decision_of ?? '').split('|').includes(String(prediction));
-  const candidates = decisions.some(concerns) ? decisions.filter(concerns) : decisions;
-  return candidates.reduce((best, row) => (!best || Math.abs(row.decision) > Math.abs(best.decision) ? row : best), null);
 }
 
 // ---- A table

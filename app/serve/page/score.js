@@ -91,24 +91,69 @@ function drawCells(table, results) {
     element('td', {}, value === null ? 'none' : String(value))))));
 }
 
-// drawExplanation(PLACE, PARTS): how much each input moved the decision value away from its mean over the
-// background. PARTS: {decision_of, base, decision, phi: {INPUT: VALUE}}.
-function drawExplanation(place, parts) {
-  const all = Object.entries(parts.phi).filter(([, value]) => isFiniteNumber(value))
+// The two categories of a decision; nothing for a regression, or where a name has the mark between them.
+function sidesOf(decision) {
+  const sides = String(decision.decision_of ?? '').split('|');
+  return sides.length === 2 ? sides : null;
+}
+
+// The decision to begin with: between the prediction and the category of the next largest share.
+function firstDecision(decisions, results) {
+  const prediction = String(headline(results)[1]);
+  const [next] = sharesOf(results).filter(([category]) => category !== prediction).sort(([, a], [, b]) => b - a);
+  const involved = decisions.filter((decision) => sidesOf(decision)?.includes(prediction));
+  return involved.find((decision) => next && sidesOf(decision).includes(next[0])) ?? involved[0] ?? decisions[0];
+}
+
+const mostBars = 12;
+
+// The inputs with the largest values, and the sum of all others.
+function largestOf(phi) {
+  const all = Object.entries(phi).filter(([, value]) => isFiniteNumber(value))
     .sort(([, a], [, b]) => Math.abs(b) - Math.abs(a));
-  const shown = all.slice(0, 12);
-  const rest = all.slice(12).reduce((sum, [, value]) => sum + value, 0);
-  if (all.length > shown.length) shown.push([`${all.length - 12} others`, rest]);
+  if (all.length <= mostBars) return all;
+  const others = all.slice(mostBars - 1);
+  return [...all.slice(0, mostBars - 1), [`${others.length} others`, others.reduce((sum, [, value]) => sum + value, 0)]];
+}
+
+// How far each input moves the decision value from its mean over the background: to the right, up. What moves
+// it towards the prediction has the colour of the prediction.
+function drawDecision(decision, prediction) {
+  const sides = sidesOf(decision);
+  const shown = largestOf(decision.phi);
   const largest = Math.max(...shown.map(([, value]) => Math.abs(value)), Number.MIN_VALUE);
-  const at = (value) => 0.5 + value / (2 * largest);
-  place.replaceChildren(
-    element('p', {class: 'eyebrow'}, 'What moved it'),
-    element('p', {class: 'hint'},
-      `${parts.decision_of ? `${parts.decision_of.replace('|', ' or ')}: ` : ''}` +
-      `a decision value of ${rounded(parts.base, 4)} on average, ${rounded(parts.decision, 4)} here`),
-    element('ul', {class: 'bars signed'}, shown.map(([name, value]) => element('li', {},
-      element('span', {class: 'name', title: name}, name),
-      bar(0.5, at(value), value < 0 ? 'down' : 'up'),
-      element('span', {class: 'value', title: String(value)}, `${value > 0 ? '+' : ''}${rounded(value, 4)}`)))));
+  const towards = sides && sides[1] === String(prediction) ? -1 : 1;
+  const [right, left] = sides ?? ['higher', 'lower'];
+  const valueText = (name, value) => {
+    const error = decision.error?.[name];
+    return `${value > 0 ? '+' : ''}${rounded(value, 3)}${error > 0 ? ` ± ${rounded(error, 2)}` : ''}`;
+  };
+  return [
+    element('p', {class: 'hint'}, `${sides ? 'A decision value of ' : ''}${rounded(decision.base, 4)} on average over the model’s ` +
+      `support vectors, ${rounded(decision.decision, 4)} here${sides ? `; above 0 is ${right}` : ''}`),
+    element('ul', {class: 'bars signed'},
+      element('li', {class: 'sides', 'aria-hidden': 'true'}, element('span'),
+        element('span', {class: 'axis'}, element('span', {title: left}, `← ${left}`), element('span', {title: right}, `${right} →`))),
+      shown.map(([name, value]) => element('li', {},
+        element('span', {class: 'name', title: name}, name),
+        bar(0.5, 0.5 + value / (2 * largest), value * towards < 0 ? 'against' : 'for'),
+        element('span', {class: 'value', title: String(value)}, valueText(name, value))))),
+  ];
+}
+
+// drawExplanation(PLACE, DECISIONS, RESULTS, CHOSEN, ON_CHOOSE): one of the decisions behind these results, and a
+// list of them all.
+function drawExplanation(place, decisions, results, chosen, onChoose) {
+  const prediction = headline(results)[1];
+  const decision = decisions.find((each) => each.decision_of === chosen) ?? firstDecision(decisions, results);
+  const sides = sidesOf(decision);
+  const other = sides?.includes(String(prediction)) ? sides.find((side) => side !== String(prediction)) : null;
+  const words = other === null || other === undefined ? 'What moves the score' : `Why ${prediction} rather than ${other}`;
+  const list = decisions.length < 2 ? null : element('select', {'aria-label': 'Decision', onchange: (event) => onChoose(event.target.value)},
+    decisions.map((each) => element('option', {value: each.decision_of, selected: each === decision},
+      sidesOf(each)?.join(' or ') ?? each.decision_of)));
+  const focused = place.contains(document.activeElement);
+  place.replaceChildren(element('p', {class: 'eyebrow'}, words), ...(list ? [list] : []), ...drawDecision(decision, prediction));
   place.hidden = false;
+  if (focused) list?.focus();
 }
