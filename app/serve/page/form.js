@@ -5,20 +5,15 @@
 const numericTypes = new Set(['integer', 'float', 'double']);
 const isNumber = (field) => field.opType === 'continuous' || (numericTypes.has(field.dataType) && !field.categories.length);
 
-// The schema's fields, with what their values mean: intervals of numbers, or categories.
+// The inputs of a model; the values that one lists are categories unless they are intervals of numbers.
 function fieldsOf(schema) {
-  return (schema?.inputFields ?? []).map((field) => {
-    const values = field.values ?? [];
-    const continuous = field.opType === 'continuous';
-    return {
-      id: field.id ?? field.name,
-      dataType: field.dataType,
-      opType: field.opType,
-      intervals: continuous ? values : [],
-      categories: continuous ? [] : values.map(String),
-      needed: field.needed,
-    };
-  });
+  return schema.inputFields.map((field) => ({
+    id: field.id,
+    dataType: field.dataType,
+    opType: field.opType,
+    intervals: field.intervals ?? [],
+    categories: field.opType === 'continuous' ? [] : field.values ?? [],
+  }));
 }
 
 const typeWords = {integer: 'whole number', float: 'number', double: 'number', boolean: 'true or false'};
@@ -29,18 +24,14 @@ function hintOf(field) {
   return [word, field.intervals.map(intervalText).join(' or ')].filter(Boolean).join(', ');
 }
 
-// "[4.3, 7.9]" reads as "4.3 to 7.9"; an open end, which the value itself is not part of, is told.
-function intervalText(interval) {
-  const parts = /^([[(\]])\s*(-?[\d.eE+-]+|-?∞|-?Infinity)?\s*[,;]\s*(-?[\d.eE+-]+|∞|Infinity)?\s*([\])[])$/.exec(interval);
-  if (!parts) return interval;
-  const [, opening, low, high, closing] = parts;
-  const bounded = (bound) => bound !== undefined && /\d/.test(bound);
-  const lower = bounded(low) && (opening === '[' ? low : `above ${low}`);
-  const upper = bounded(high) && (closing === ']' ? high : `below ${high}`);
-  if (lower && upper) return opening === '[' && closing === ']' ? `${low} to ${high}` : `${lower}, ${closing === ']' ? `at most ${high}` : upper}`;
-  if (lower) return opening === '[' ? `at least ${low}` : lower;
-  if (upper) return closing === ']' ? `at most ${high}` : upper;
-  return '';
+// "4.3 to 7.9"; of an open end, which is no value itself, that it is above or below.
+function intervalText({left, right, leftClosed, rightClosed}) {
+  const text = (bound) => bound.toLocaleString('en', {maximumSignificantDigits: 17});
+  if (left !== null && right !== null && leftClosed && rightClosed) return `${text(left)} to ${text(right)}`;
+  return [
+    left === null ? null : `${leftClosed ? 'at least' : 'above'} ${text(left)}`,
+    right === null ? null : `${rightClosed ? 'at most' : 'below'} ${text(right)}`,
+  ].filter(Boolean).join(', ');
 }
 
 function choice(field, text) {

@@ -107,20 +107,19 @@ function firstDecision(decisions, results) {
 
 const mostBars = 12;
 
-// The inputs with the largest values, and the sum of all others.
+// The inputs by the size of their values: the first few, and the sum of the others.
 function largestOf(phi) {
   const all = Object.entries(phi).filter(([, value]) => isFiniteNumber(value))
     .sort(([, a], [, b]) => Math.abs(b) - Math.abs(a));
-  if (all.length <= mostBars) return all;
-  const others = all.slice(mostBars - 1);
-  return [...all.slice(0, mostBars - 1), [`${others.length} others`, others.reduce((sum, [, value]) => sum + value, 0)]];
+  const others = all.length > mostBars ? all.splice(mostBars - 1) : [];
+  return {shown: all, others: others.length, sum: others.reduce((sum, [, value]) => sum + value, 0)};
 }
 
 // How far each input moves the decision value from its mean over the background: to the right, up. What moves
 // it towards the prediction has the colour of the prediction.
 function drawDecision(decision, prediction) {
   const sides = sidesOf(decision);
-  const shown = largestOf(decision.phi);
+  const {shown, others, sum} = largestOf(decision.phi);
   const largest = Math.max(...shown.map(([, value]) => Math.abs(value)), Number.MIN_VALUE);
   const towards = sides && sides[1] === String(prediction) ? -1 : 1;
   const [right, left] = sides ?? ['higher', 'lower'];
@@ -137,7 +136,9 @@ function drawDecision(decision, prediction) {
       shown.map(([name, value]) => element('li', {},
         element('span', {class: 'name', title: name}, name),
         bar(0.5, 0.5 + value / (2 * largest), value * towards < 0 ? 'against' : 'for'),
-        element('span', {class: 'value', title: String(value)}, valueText(name, value))))),
+        element('span', {class: 'value', title: String(value)}, valueText(name, value)))),
+      others ? element('li', {}, element('span', {class: 'name'}, `${others} others`), element('span'),
+        element('span', {class: 'value', title: String(sum)}, valueText(null, sum))) : null),
   ];
 }
 
