@@ -4,33 +4,46 @@
 
 const previewRows = 5;
 
-// rowsOf(TEXT, LIMIT): the cells of the first LIMIT rows of a CSV text, quoted as in RFC 4180.
-function rowsOf(text, limit = Infinity) {
-  const rows = [];
+// eachRow(TEXT): the rows of a CSV text, one after the other, as lists of cells; quoted as in RFC 4180.
+function* eachRow(text) {
   const cell = /("(?:[^"]|"")*"|[^,\r\n]*)(,|\r?\n|\r|$)/y;
   let row = [];
-  for (cell.lastIndex = 0; cell.lastIndex < text.length && rows.length < limit;) {
+  while (cell.lastIndex < text.length) {
     const match = cell.exec(text);
-    if (!match) break;
+    if (!match) return;  // a quotation mark within a cell: the service would have refused it
     row.push(match[1].startsWith('"') ? match[1].slice(1, -1).replaceAll('""', '"') : match[1]);
-    if (match[2] === ',' && cell.lastIndex < text.length) continue;
-    if (match[2] === ',') row.push('');
-    rows.push(row);
+    const ends = match[2] !== ',';
+    if (!ends && cell.lastIndex < text.length) continue;
+    if (!ends) row.push('');
+    yield row;
     row = [];
   }
-  return rows;
 }
 
-// countsOf(ROWS): how many rows ended how; ROWS begin with the header. Null without a status column.
-function countsOf(rows) {
-  const place = rows[0]?.lastIndexOf('status') ?? -1;
-  if (place < 0) return null;
-  const counts = {rows: rows.length - 1, scored: 0, missing: 0, invalid: 0};
-  for (const row of rows.slice(1)) {
-    const kind = {0: 'scored', 90029: 'missing', 90027: 'invalid'}[row[place]];
-    if (kind) counts[kind] += 1;
+// The first rows of a table, and how many of all ended how.
+function summaryOf(text) {
+  const first = [];
+  const counts = {rows: 0, scored: 0, missing: 0, invalid: 0};
+  const kinds = {0: 'scored', 90029: 'missing', 90027: 'invalid'};
+  let status = -1;
+  for (const row of eachRow(text)) {
+    if (first.length <= previewRows) first.push(row);
+    if (first.length === 1) {
+      status = row.lastIndexOf('status');
+      continue;
+    }
+    counts.rows += 1;
+    if (row[status] in kinds) counts[kinds[row[status]]] += 1;
   }
-  return counts;
+  return {first, counts};
+}
+
+function firstRows(text) {
+  const rows = [];
+  for (const row of eachRow(text)) {
+    if (rows.push(row) > previewRows) break;
+  }
+  return rows;
 }
 
 function countList(counts) {
@@ -64,15 +77,13 @@ function preview(input, output, onTake) {
 // showTable(PLACE, FILE, BLOB, ON_TAKE): what became of the file. Returns the address of the download,
 // to be revoked when it is replaced.
 async function showTable(place, file, blob, onTake) {
-  const text = await blob.text();
-  const rows = rowsOf(text);
-  const counts = countsOf(rows);
-  const input = rowsOf(await file.slice(0, 1 << 20).text(), previewRows + 1);
+  const {first, counts} = summaryOf(await blob.text());
+  const input = firstRows(await file.slice(0, 1 << 20).text());
   const address = URL.createObjectURL(blob);
   const name = `${file.name.replace(/\.csv$/i, '')}-scored.csv`;
   place.replaceChildren(element('div', {class: 'done'},
-    counts ? countList(counts) : null,
+    countList(counts),
     element('a', {class: 'button primary', id: 'download', href: address, download: name}, `Download ${name}`)),
-  ...(rows.length > 1 ? preview(input, rows, onTake) : []));
+  ...(first.length > 1 ? preview(input, first, onTake) : []));
   return address;
 }
