@@ -2,7 +2,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <map>
+#include <set>
 #include <utility>
 
 #include "svm/kernel/explain/game.h"
@@ -189,7 +189,7 @@ std::vector<double> SVMModel::VectorsAsCases(std::size_t& count) const {
       std::all_of(sums.machines().begin(), sums.machines().end(),
                   [](const auto& machine) { return machine.vectors.size() <= 1; });
   if (by_weights) return {};
-  std::map<std::pair<std::vector<std::uint32_t>, std::vector<double>>, bool> seen;
+  std::set<std::pair<std::vector<std::uint32_t>, std::vector<double>>> seen;
   std::vector<const SparseVector*> kept;
   for (const SparseVector& vector : sums.vectors()) {
     const bool is_case =
@@ -202,7 +202,7 @@ std::vector<double> SVMModel::VectorsAsCases(std::size_t& count) const {
       filled.first.push_back(vector.at[k]);
       filled.second.push_back(vector.value[k]);
     }
-    if (seen.emplace(std::move(filled), true).second) kept.push_back(&vector);
+    if (seen.insert(std::move(filled)).second) kept.push_back(&vector);
   }
   count = kept.size();
   std::vector<double> cases(sums.entries() * count, 0.0);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <bit>
-#include <compare>
+#include <functional>
 #include <map>
 #include <numeric>
 #include <utility>
@@ -47,25 +47,23 @@ void Game::FindValues() {
 }
 
 void Game::FindAlike(const MachineSums& sums) {
-  struct Column {  // numbers by their bits, so that NaN has a place in the order
-    std::vector<std::pair<std::uint32_t, std::uint64_t>> vectors;
-    std::vector<std::uint64_t> background;
-    auto operator<=>(const Column&) const = default;
-  };
+  // The vectors' entries, then the background's, as bits, so that NaN has a place in the order.
+  using Column =
+      std::pair<std::vector<std::pair<std::uint32_t, std::uint64_t>>, std::vector<std::uint64_t>>;
   const auto bits = [](double number) { return std::bit_cast<std::uint64_t>(number + 0.0); };
   std::vector<Column> columns(entries_);
   for (std::uint32_t v = 0; v < sums.vectors().size(); ++v) {
     const SparseVector& vector = sums.vectors()[v];
     for (std::size_t k = 0; k < vector.at.size(); ++k) {
       if (vector.value[k] == 0.0) continue;
-      columns[vector.at[k]].vectors.emplace_back(v, bits(vector.value[k]));
+      columns[vector.at[k]].first.emplace_back(v, bits(vector.value[k]));
     }
   }
   for (std::size_t e = 0; e < entries_; ++e) {
-    for (std::size_t b = 0; b < rows_; ++b) columns[e].background.push_back(bits(row(b)[e]));
+    for (std::size_t b = 0; b < rows_; ++b) columns[e].second.push_back(bits(row(b)[e]));
   }
   std::map<std::vector<const Column*>, std::vector<std::uint32_t>> classes;
-  const auto before = [](const Column* a, const Column* b) { return (*a <=> *b) < 0; };
+  const auto before = [](const Column* a, const Column* b) { return std::less<>()(*a, *b); };
   std::map<const Column*, const Column*, decltype(before)> kinds(before);
   for (std::size_t j = 0; j < players(); ++j) {
     std::vector<const Column*> key;

@@ -51,8 +51,19 @@ class PairwiseValues : public Values {
   void OfCase(const double* x, const double* dense, double* parts) const;
   // Those of rows [begin, end) of the background, [rows][players][kBlock].
   void OfRows(std::size_t begin, std::size_t end, const double* dense, double* parts) const;
+  // The working memory of a group of cases.
+  struct Room {
+    Room(const PairwiseValues& owner, std::size_t cases);
+    AlignedBuffer dense, present, absent, total, work;
+    std::vector<std::uint32_t> match;  // [cases][players]
+    std::vector<Player> differing;
+    std::vector<const double*> equal;
+  };
+
   void Keep();
   void ComputeGroup(CaseRows cases, double* values) const;
+  // Adds what row b of the background, of the chunk from `begin` on, makes of case c in a block.
+  void AddRow(std::size_t block, std::size_t b, std::size_t begin, std::size_t c, Room& room) const;
 
   const Subject subject_;
   const std::size_t degree_;  // 0: a product
@@ -66,6 +77,7 @@ class PairwiseValues : public Values {
   std::vector<std::uint32_t> slot_;  // [rows][players]
   AlignedBuffer kept_;
   bool keeps_ = false;
+  std::size_t chunk_ = 0;  // rows of the background that are taken together
 };
 
 PairwiseValues::PairwiseValues(const Subject& subject, std::size_t degree)
@@ -96,6 +108,9 @@ PairwiseValues::PairwiseValues(const Subject& subject, std::size_t degree)
   for (std::size_t j = 0; j < game.players(); ++j) slots_ += game.values(j);
   const std::size_t size = slots_ * kBlock;
   keeps_ = size > 0 && subject_.sums.blocks() <= kMaxKept / size;
+  chunk_ = keeps_ ? game.rows()
+                  : std::clamp(kAtATime / std::max<std::size_t>(game.players() * kBlock, 1),
+                               std::size_t{1}, game.rows());
   if (keeps_) Keep();
 }
 
@@ -167,6 +182,18 @@ void PairwiseValues::Compute(CaseRows cases, double* values, double*) const {
   }
 }
 
+PairwiseValues::Room::Room(const PairwiseValues& owner, std::size_t cases)
+    : match(cases * owner.subject_.game.players()),
+      differing(owner.subject_.game.players()),
+      equal(owner.subject_.game.players()) {
+  const std::size_t players = owner.subject_.game.players();
+  dense.Reserve(owner.subject_.sums.entries() * kBlock);
+  present.Reserve(cases * players * kBlock);
+  total.Reserve(cases * players * kBlock);
+  work.Reserve(owner.degree_ > 0 ? PowerRoom(players, owner.degree_) : ProductRoom(players));
+  if (!owner.keeps_) absent.Reserve(owner.chunk_ * players * kBlock);
+}
+
 // The cases of a group share what is computed of the background.
 void PairwiseValues::ComputeGroup(CaseRows cases, double* values) const {
   const Game& game = subject_.game;
@@ -174,62 +201,23 @@ void PairwiseValues::ComputeGroup(CaseRows cases, double* values) const {
   const std::size_t players = game.players();
   const std::size_t machines = sums.machines().size();
   const std::size_t size = players * kBlock;
-  const std::size_t chunk =
-      keeps_ ? game.rows() : std::max<std::size_t>(kAtATime / std::max<std::size_t>(size, 1), 1);
   std::fill_n(values, cases.count * machines * players, 0.0);
-  std::vector<std::uint32_t> match(cases.count * players);
+  Room room(*this, cases.count);
   for (std::size_t c = 0; c < cases.count; ++c) {
-    game.Match(cases.entries + c * sums.entries(), &match[c * players]);
+    game.Match(cases.entries + c * sums.entries(), room.match.data() + c * players);
   }
-  AlignedBuffer dense, present, absent, total, room;
-  dense.Reserve(sums.entries() * kBlock);
-  present.Reserve(cases.count * size);
-  total.Reserve(cases.count * size);
-  room.Reserve(degree_ > 0 ? PowerRoom(players, degree_) : ProductRoom(players));
-  if (!keeps_) absent.Reserve(std::min(chunk, game.rows()) * size);
-  std::vector<Player> differing(players);
-  std::vector<const double*> equal(players);
   alignas(64) double coefficients[kBlock];
-
   for (std::size_t block = 0; block < sums.blocks(); ++block) {
-    sums.Expand(block, dense.data());
-    std::fill_n(total.data(), cases.count * size, 0.0);
+    sums.Expand(block, room.dense.data());
+    std::fill_n(room.total.data(), cases.count * size, 0.0);
     for (std::size_t c = 0; c < cases.count; ++c) {
-      OfCase(cases.entries + c * sums.entries(), dense.data(), present.data() + c * size);
+      OfCase(cases.entries + c * sums.entries(), room.dense.data(), room.present.data() + c * size);
     }
-    const double* const kept = keeps_ ? kept_.data() + block * slots_ * kBlock : nullptr;
-    for (std::size_t begin = 0; begin < game.rows(); begin += chunk) {
-      const std::size_t end = std::min(begin + chunk, game.rows());
-      if (!keeps_) OfRows(begin, end, dense.data(), absent.data());
+    for (std::size_t begin = 0; begin < game.rows(); begin += chunk_) {
+      const std::size_t end = std::min(begin + chunk_, game.rows());
+      if (!keeps_) OfRows(begin, end, room.dense.data(), room.absent.data());
       for (std::size_t c = 0; c < cases.count; ++c) {
-        for (std::size_t b = begin; b < end; ++b) {
-          Players who{differing.data(), 0, equal.data(), 0};
-          for (std::size_t j = 0; j < players; ++j) {
-            const double* const of_case = present.data() + c * size + j * kBlock;
-            const std::uint32_t value = game.value_of(b, j);
-            if (value == match[c * players + j]) {
-              if (!game.entries_of(j).empty()) equal[who.equal_count++] = of_case;
-              continue;
-            }
-            const double* const of_row = keeps_
-                                             ? kept + slot_[b * players + j] * kBlock
-                                             : absent.data() + ((b - begin) * players + j) * kBlock;
-            differing[who.differing_count++] = {of_case, of_row,
-                                                total.data() + c * size + j * kBlock};
-          }
-          if (who.differing_count == 0) continue;
-          if (degree_ > 0) {
-            operations_.add_powers(
-                who, sums.kernel().coef0, degree_,
-                {power_rule_.at.size(), power_rule_.at.data(), power_rule_.weight.data()},
-                room.data());
-          } else {
-            const Rule& rule = product_rules_[NodePairsFor(who.differing_count)];
-            operations_.add_products(
-                who, {rule.at.size(), rule.at.data(), rule.square.data(), rule.weight.data()},
-                room.data());
-          }
-        }
+        for (std::size_t b = begin; b < end; ++b) AddRow(block, b, begin, c, room);
       }
     }
     for (std::size_t m = 0; m < machines; ++m) {
@@ -237,7 +225,7 @@ void PairwiseValues::ComputeGroup(CaseRows cases, double* values) const {
       for (std::size_t c = 0; c < cases.count; ++c) {
         double* const to = values + (c * machines + m) * players;
         for (std::size_t j = 0; j < players; ++j) {
-          to[j] += WeightedSum(coefficients, total.data() + c * size + j * kBlock);
+          to[j] += WeightedSum(coefficients, room.total.data() + c * size + j * kBlock);
         }
       }
     }
@@ -247,6 +235,38 @@ void PairwiseValues::ComputeGroup(CaseRows cases, double* values) const {
     double* const of_case = values + c * machines * players;
     for (std::size_t i = 0; i < machines * players; ++i) of_case[i] /= rows;
     game.Even(cases.entries + c * sums.entries(), machines, of_case);
+  }
+}
+
+void PairwiseValues::AddRow(std::size_t block, std::size_t b, std::size_t begin, std::size_t c,
+                            Room& room) const {
+  const Game& game = subject_.game;
+  const std::size_t players = game.players();
+  const std::uint32_t* const match = room.match.data() + c * players;
+  const double* const kept = keeps_ ? kept_.data() + block * slots_ * kBlock : nullptr;
+  Players who{room.differing.data(), 0, room.equal.data(), 0};
+  for (std::size_t j = 0; j < players; ++j) {
+    const std::size_t place = (c * players + j) * kBlock;
+    const double* const of_case = room.present.data() + place;
+    if (game.value_of(b, j) == match[j]) {
+      if (!game.entries_of(j).empty()) room.equal[who.equal_count++] = of_case;
+      continue;
+    }
+    const double* const of_row = keeps_ ? kept + slot_[b * players + j] * kBlock
+                                        : room.absent.data() + ((b - begin) * players + j) * kBlock;
+    room.differing[who.differing_count++] = {of_case, of_row, room.total.data() + place};
+  }
+  if (who.differing_count == 0) return;
+  if (degree_ > 0) {
+    operations_.add_powers(
+        who, subject_.sums.kernel().coef0, degree_,
+        {power_rule_.at.size(), power_rule_.at.data(), power_rule_.weight.data()},
+        room.work.data());
+  } else {
+    const Rule& rule = product_rules_[NodePairsFor(who.differing_count)];
+    operations_.add_products(
+        who, {rule.at.size(), rule.at.data(), rule.square.data(), rule.weight.data()},
+        room.work.data());
   }
 }
 
