@@ -120,6 +120,8 @@ std::vector<Truth> Truths() {
     odd.positions[2] = {2, 9, 3, 4};
     odd.positions[3] = {-1, 2};
     for (std::size_t v = 0; v < 4; ++v) odd.entries[v].resize(odd.positions[v].size());
+    odd.machines[0].vectors.push_back(odd.machines[0].vectors[0]);  // a vector twice
+    odd.machines[0].coefficients.push_back(0.7);
     add("odd positions", odd);
   }
   return truths;
@@ -419,6 +421,21 @@ TEST(SampledValues, ServeMorePlayersThanExactOnes) {
             1e-12 * ScaleOf(sample, 0));
   sample.kernel.type = SVMConst::kLinear;
   EXPECT_FALSE(explained::Explain(sample).sampled);
+}
+
+TEST(ShapleyValues, OfARegressionAreThoseOfItsFirstMachine) {
+  for (const Kernel& kernel : {kRbf, Polynomial(3), Polynomial(6), kSigmoid}) {
+    Sample sample = RandomSample(kernel, 4, 40, 3, 2, 15);
+    sample.cases.resize(1);
+    const Found all = explained::Explain(sample);
+    sample.regression = true;
+    const Found one = explained::Explain(sample);
+    EXPECT_EQ(1u, one.decisions.size());
+    for (std::size_t j = 0; j < 4; ++j) {
+      EXPECT_NEAR(all.gradients[j], one.gradients[j], 1e-14 * ScaleOf(sample, 0));
+      EXPECT_NEAR(all.values[j], one.values[j], 1e-14 * ScaleOf(sample, 0));
+    }
+  }
 }
 
 TEST(Gradients, AreThoseOfSmallSteps) {
