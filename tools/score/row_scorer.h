@@ -71,6 +71,16 @@ class RowScorer {
   // r PlainEntries(entry)[r]. REQUIRES: the model has plain_entries, and the plan reads no inputs.
   double* PlainEntries(std::size_t entry) { return batch_->EntriesOf(entry); }
   void TakePlainRows(std::size_t count);
+  // Takes one more row so: entry e is `number(e)`. REQUIRES: also that there is room.
+  template <typename Number>
+  void AddPlain(const Number& number) {
+    const std::size_t place = batch_->Size();
+    for (std::size_t e = 0; e < plan_.batch->EntryCount(); ++e) {
+      batch_->EntriesOf(e)[place] = number(e);
+    }
+    batch_->Reset(place + 1);
+    rows_.push_back({0, place});
+  }
   void Score();
   // Writes the cells of a row in the order of the plan's results: calls `begin` with the position
   // of each column, which gives its sink. Of a row that failed, where reasons are wanted, `again`

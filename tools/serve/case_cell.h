@@ -3,6 +3,7 @@
 #define TOOLS_SERVE_CASE_CELL_H_
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -47,6 +48,18 @@ class CaseCell {
            const tools::CellRules& rules) const;
   tools::GivenText Given(const MCZandor_850::ScoreDictVar& var,
                          const tools::CellRules& rules) const;
+  // Whether it is a number that a double holds exactly, and that is no value beside others; then
+  // that is `number`.
+  bool IsNumber(double& number) const {
+    constexpr std::int64_t kExact = std::int64_t{1} << 53;
+    if (kind_ == Kind::kNumber) {
+      number = number_;
+      return number > std::numeric_limits<double>::lowest();  // which means missing
+    }
+    if (kind_ != Kind::kWhole || whole_ > kExact || whole_ < -kExact) return false;
+    number = static_cast<double>(whole_);
+    return true;
+  }
   // A number as single precision holds it; any other value as it is.
   CaseCell InSinglePrecision() const;
 

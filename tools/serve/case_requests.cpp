@@ -24,7 +24,8 @@ std::string ReadId(JsonScanner& scanner) {
   return id;
 }
 
-CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, CaseCell* cells) {
+CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, RowRun& run,
+                        CaseCell* cells) {
   if (!scanner.NextIs(JsonKind::kObject)) {
     scanner.Skip();
     return {"the member \"arguments\" is no object", true};
@@ -40,6 +41,8 @@ CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, CaseCell
       continue;
     }
     guess = input + 1;
+    scanner.ForgetKey();
+    if (!run.Give(input)) scanner.Fail(fmt::format("{} is given twice", Printable(name)));
     if (!ReadCell(scanner, cells[input]) && fault.what.empty()) {
       fault.what = fmt::format("{}: an array or object is no value", Printable(name));
     }
@@ -75,8 +78,8 @@ void WriteCases(const ServedModel& model, RowRun& run, const std::vector<std::st
 
 }  // namespace
 
-CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, CaseCell* cells,
-                   std::string& id) {
+CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, RowRun& run, std::string& id) {
+  CaseCell* const cells = run.Add();
   id = "null";
   if (!scanner.NextIs(JsonKind::kObject)) {
     scanner.Skip();
@@ -89,7 +92,7 @@ CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, CaseCell* cel
     if (member == "id") {
       id = ReadId(scanner);
     } else if (member == "arguments") {
-      fault = ReadArguments(scanner, model, cells);
+      fault = ReadArguments(scanner, model, run, cells);
     } else {
       scanner.Skip();
     }
@@ -101,7 +104,7 @@ std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& cou
   JsonScanner scanner(body);
   RowRun run(model, true);
   std::vector<std::string> id(1);
-  CaseFault fault = ReadCase(scanner, model, run.Add(), id[0]);
+  CaseFault fault = ReadCase(scanner, model, run, id[0]);
   scanner.Finish();
   if (fault.of_request) throw BadRequest(400, fault.what);
   if (fault.what.empty()) {
@@ -147,8 +150,7 @@ std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t m
           throw BadRequest(413, fmt::format("the batch has more than {} requests", most_rows));
         }
         if (run.IsFull()) flush();
-        CaseCell* cells = run.Add();
-        CaseFault fault = ReadCase(scanner, model, cells, ids.emplace_back());
+        CaseFault fault = ReadCase(scanner, model, run, ids.emplace_back());
         if (fault.what.empty()) {
           run.Take();
         } else {

@@ -35,10 +35,9 @@ struct CaseFault {
   bool of_request = false;  // and not of a value
 };
 
-// Reads {"id", "arguments"} into the cells of the model's inputs, and the id, as JSON. Fails:
+// Adds a row to the run and reads {"id", "arguments"} into its cells, and the id, as JSON. Fails:
 // JsonError; std::bad_alloc.
-CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, CaseCell* cells,
-                   std::string& id);
+CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, RowRun& run, std::string& id);
 
 std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& counts);
 std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t most_rows,

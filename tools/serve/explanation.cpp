@@ -80,13 +80,12 @@ std::shared_ptr<const tools::ModelExplainer> ExplainerOf(const ServedModel& mode
 std::string ExplainOne(const ServedModel& model, std::string& body, RowCounts& counts) try {
   JsonScanner scanner(body);
   RowRun run(model, true);
-  CaseCell* const read = run.Add();
   std::string id;
-  CaseFault fault = ReadCase(scanner, model, read, id);
+  CaseFault fault = ReadCase(scanner, model, run, id);
   scanner.Finish();
   if (fault.of_request) throw BadRequest(400, fault.what);
   const std::shared_ptr<const tools::ModelExplainer> explainer = ExplainerOf(model);
-  const std::vector<CaseCell> cells(read, read + model.Inputs().size());
+  const std::vector<CaseCell> cells = run.LastCells();
   if (fault.what.empty()) {
     run.Take();
   } else {

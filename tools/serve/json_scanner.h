@@ -40,6 +40,9 @@ class JsonScanner {
   void EnterObject();
   // The next name of the innermost object; false at its end.
   bool NextKey(std::string_view& key);
+  // Takes the name that NextKey gave last out of the comparison with the object's other names: the
+  // caller looks for it itself.
+  void ForgetKey() { keys_.pop_back(); }
   void EnterArray();
   // Whether the innermost array goes on; false at its end.
   bool NextElement();

@@ -19,6 +19,8 @@ void RowCounts::Count(long status) {
 RowRun::RowRun(const ServedModel& model, bool single)
     : model_(model), scorer_(model, single), capacity_(scorer_->Capacity()) {
   cells_.resize(capacity_ * model.Inputs().size());
+  given_.resize(model.Inputs().size());
+  if (!model.PlainEntries().empty()) numbers_.resize(model.RecordInputs());
   scorer_->Clear();
 }
 
@@ -29,8 +31,20 @@ CaseCell* RowRun::Add() {
   return cells;
 }
 
+// Numbers that are entries as they are go past the record.
+bool RowRun::TakePlain(const CaseCell* cells) {
+  if (numbers_.empty()) return false;
+  for (std::size_t i = 0; i < numbers_.size(); ++i) {
+    if (!cells[i].IsNumber(numbers_[i])) return false;
+  }
+  const std::vector<std::size_t>& entries = model_.PlainEntries();
+  scorer_->AddPlain([this, &entries](std::size_t entry) { return numbers_[entries[entry]]; });
+  return true;
+}
+
 void RowRun::Take() {
   const CaseCell* cells = CellsOf(refused_.size() - 1);
+  if (TakePlain(cells)) return;
   InputCaseRecord& record = scorer_->Record();
   for (std::size_t i = 0; i < model_.RecordInputs(); ++i) cells[i].Put(record, i, model_.Cells());
   scorer_->Add();
@@ -38,6 +52,7 @@ void RowRun::Take() {
 
 void RowRun::Clear() {
   refused_.clear();
+  std::fill(given_.begin(), given_.end(), 0);
   scorer_->Clear();
 }
 

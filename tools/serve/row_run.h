@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/model/score_status.h"
@@ -36,6 +37,15 @@ class RowRun {
   bool IsEmpty() const { return refused_.empty(); }
   // The cells of the next row, one for each of the model's inputs, all missing. REQUIRES: not full.
   CaseCell* Add();
+  // A copy of the cells of the row added last.
+  std::vector<CaseCell> LastCells() {
+    const CaseCell* cells = CellsOf(refused_.size() - 1);
+    return {cells, cells + model_.Inputs().size()};
+  }
+  // Notes that the row added last has a value for the input; false where it had one.
+  bool Give(std::size_t input) {
+    return std::exchange(given_[input], refused_.size()) != refused_.size();
+  }
   // Says that the row added last is no case, and why.
   void Refuse(std::string why) { refused_.back() = std::move(why); }
   // Takes the row added last, once its cells are filled.
@@ -70,6 +80,7 @@ class RowRun {
  private:
   CaseCell* CellsOf(std::size_t row) { return cells_.data() + row * model_.Inputs().size(); }
   void Clear();
+  bool TakePlain(const CaseCell* cells);
   void FillExtras(std::size_t row);
   void Refill(std::size_t row, MCZandor_850::InputCaseRecord& record,
               std::vector<tools::GivenText>& given);
@@ -77,7 +88,10 @@ class RowRun {
   const ServedModel& model_;
   ServedModel::ScorerLease scorer_;
   std::size_t capacity_;
-  std::vector<CaseCell> cells_;       // [rows][inputs]
+  std::vector<CaseCell> cells_;  // [rows][inputs]
+  // Of each input the number of the row, from 1, that had a value for it last; 0: none yet.
+  std::vector<std::size_t> given_;
+  std::vector<double> numbers_;       // of the inputs of a row
   std::vector<std::string> refused_;  // of each row why it is no case; empty for one that is
 };
 

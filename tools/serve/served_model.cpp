@@ -106,6 +106,7 @@ ServedModel::ServedModel(std::string id, std::string file, const ReadingRules& r
   sha256_ = digest.Hex();
   CollectInputs();
   FixPositions();
+  FindPlainEntries();
   const std::vector<const ScoreDictVar*> variables = RecordVariables();
   examiner_ = std::make_shared<const reasons::CaseExaminer>(loaded_, variables);
   for (const auto& column : plan_.results) {
@@ -140,6 +141,20 @@ void ServedModel::FixPositions() {
   ScoreResult* result = nullptr;
   loaded_.model->GetScore(&record, result, false);
   delete result;
+}
+
+void ServedModel::FindPlainEntries() {
+  if (plan_.batch == nullptr || plan_.reads_inputs) return;
+  const auto takes_all = [](const ScoreDictVar* var) { return var->TakesEveryNumber(); };
+  const std::vector<const ScoreDictVar*> variables = RecordVariables();
+  if (!std::all_of(variables.begin(), variables.end(), takes_all)) return;
+  std::vector<std::size_t> entries;
+  for (std::size_t e = 0; e < plan_.batch->EntryCount(); ++e) {
+    const auto found = std::find(variables.begin(), variables.end(), plan_.batch->PlainEntry(e));
+    if (found == variables.end()) return;
+    entries.push_back(static_cast<std::size_t>(found - variables.begin()));
+  }
+  plain_entries_ = std::move(entries);
 }
 
 std::shared_ptr<const tools::ModelExplainer> ServedModel::Explainer() const {

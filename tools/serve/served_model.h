@@ -62,6 +62,9 @@ class ServedModel {
   // For the members of a case in the order of `Inputs`: `guess` is tried first.
   std::size_t FindInput(std::string_view name, std::size_t guess) const;
 
+  // Of each entry of a case the position of its input, where every entry is an input's number as it
+  // is, and any number will do for every input; else empty.
+  const std::vector<std::size_t>& PlainEntries() const { return plain_entries_; }
   // Of every result what stands before its value in an object: `,"NAME":`, the first without comma.
   const std::vector<std::string>& ResultKeys() const { return result_keys_; }
 
@@ -110,6 +113,7 @@ class ServedModel {
 
   void CollectInputs();
   void FixPositions();
+  void FindPlainEntries();
   Stock& StockOf(bool single) const { return single ? singles_ : batches_; }
 
   std::string id_;
@@ -124,6 +128,7 @@ class ServedModel {
   std::size_t record_inputs_ = 0;
   std::unordered_map<std::string_view, std::size_t> positions_;
   std::shared_ptr<const reasons::CaseExaminer> examiner_;
+  std::vector<std::size_t> plain_entries_;
   std::vector<std::string> result_keys_;
   std::size_t cost_ = 0;
   std::int64_t created_ = 0;
