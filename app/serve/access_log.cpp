@@ -72,6 +72,11 @@ void AccessLog::Event(std::string_view event, std::string_view model, std::strin
   Write(line);
 }
 
+void AccessLog::Flush() {
+  std::unique_lock lock(mutex_);
+  written_.wait_for(lock, std::chrono::seconds(1), [this] { return waiting_.empty() && !writes_; });
+}
+
 void AccessLog::Run() {
   using std::chrono::milliseconds;
   std::string text;
@@ -88,10 +93,16 @@ void AccessLog::Run() {
       left_out_ = 0;
     }
     const bool ends = ends_;
+    writes_ = true;
     lock.unlock();
     WriteOut(text);
+    lock.lock();
+    writes_ = false;
+    written_.notify_all();
+    if (ends) continue;
+    lock.unlock();
     // Lines of many requests are written at once.
-    if (!ends) std::this_thread::sleep_for(milliseconds(20));
+    std::this_thread::sleep_for(milliseconds(20));
     lock.lock();
   }
 }

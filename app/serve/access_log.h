@@ -26,15 +26,19 @@ class AccessLog {
   void Write(std::string_view line);
   // An event that is no request: {"time", "event", "model", "message"}.
   void Event(std::string_view event, std::string_view model, std::string_view message);
+  // Returns when all lines so far are written, or after a second where nobody reads them.
+  void Flush();
 
  private:
   void Run();
 
   std::mutex mutex_;
   std::condition_variable more_;
+  std::condition_variable written_;
   std::string waiting_;
   std::uint64_t left_out_ = 0;
   bool ends_ = false;
+  bool writes_ = false;  // lines that wait no longer are being written
   std::thread thread_;
 };
 

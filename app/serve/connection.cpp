@@ -79,7 +79,14 @@ void Connection::Refuse() {
   SendError(503, "there are too many connections");
 }
 
+// Answers that clients are slow to take leave less room for what others send.
+void Connection::HoldAnswer(std::size_t size) {
+  pool_.Shared().bodies.held += size - out_held_;
+  out_held_ = size;
+}
+
 void Connection::Close() {
+  HoldAnswer(0);
   boost::beast::error_code ignored;
   socket_.close(ignored);
   pool_.Forget(*this);
@@ -299,6 +306,7 @@ void Connection::Send(Answer answer) {
   out_head_ = HeadOf(answer, request_id_, keeps_alive_, old);
   out_body_ = head_.method == Method::kHead ? std::string() : std::move(answer.body);
   if (parser_) parser_->get().body().Clear();
+  HoldAnswer(out_body_.size());
   Enter(State::kWriting, kWriteSeconds);
   const std::array<asio::const_buffer, 2> both = {asio::buffer(out_head_), asio::buffer(out_body_)};
   asio::async_write(
@@ -309,6 +317,7 @@ void Connection::Send(Answer answer) {
 void Connection::Written(const ErrorCode& error) {
   if (!socket_.is_open()) return;
   std::string().swap(out_body_);
+  HoldAnswer(0);
   if (error) return Close();
   if (keeps_alive_ && !pool_.Shared().drains) return NextRequest();
   Enter(State::kLingering, kLingerSeconds);

@@ -55,6 +55,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Send(serve::Answer answer);
   void SendError(unsigned status, const std::string& what);
   void Written(const ErrorCode& error);
+  void HoldAnswer(std::size_t size);
   void Linger();
   void Log(const serve::Answer& answer) const;
   std::string Header(boost::beast::string_view name) const;
@@ -78,6 +79,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
   std::string out_head_;
   std::string out_body_;
+  std::size_t out_held_ = 0;  // bytes of it, as the budget of bodies counts them
   bool keeps_alive_ = false;
 };
 

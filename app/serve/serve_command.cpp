@@ -47,6 +47,10 @@ void ReadAddress(const std::string& text, ServeOptions& options) {
   }
 }
 
+bool IsLoopback(const std::string& address) {
+  return address.starts_with("127.") || address == "::1";
+}
+
 // The names under which the service may be called.
 void AllowHosts(const std::vector<std::string>& more, ServeOptions& options) {
   const std::string& address = options.address;
@@ -135,7 +139,10 @@ void ServeCommand::AddLimits(CLI::App& app) {
         ->type_name("N")
         ->capture_default_str();
   };
-  number("--threads", options_.threads, 1024, "threads that score what takes longer; 0: all cores");
+  app.add_option("--threads", options_.threads,
+                 "threads that score what takes longer; default: all cores")
+      ->check(CLI::Range(1, 1024))
+      ->type_name("N");
   number("--max-body", body_mib_, 1024, "MiB of a request's body, inflated");
   number("--max-upload", upload_mib_, 1024, "MiB of an uploaded document");
   number("--max-rows", options_.most_rows, 100000000, "rows of a request");
@@ -200,6 +207,11 @@ ExitStatus ServeCommand::Run() {
                  serve::RowCounts& rows) { return ScoreTable(model, table, query, bounds, rows); },
        page.html, page.content_security_policy});
   Server server({options, service, metrics, keeper, log});
+  if (allow_upload_ && token_file_.empty() && !IsLoopback(options.address)) {
+    log.Event(
+        "warning", {},
+        "whoever reaches the address can change models; --upload-token-file asks for a token");
+  }
   keeper.LoadAll();
   keeper.Start();
   service.SetReady(true);

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include <fmt/format.h>
+#include <sys/resource.h>
+
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/post.hpp>
@@ -56,6 +59,7 @@ class Server::Listener {
   unsigned short Port() const { return acceptor_.local_endpoint().port(); }
 
   void Run() {
+    AllowDescriptors();
     signals_.add(SIGTERM);
     signals_.add(SIGINT);
     signals_.async_wait([this](const ErrorCode& error, int) {
@@ -73,6 +77,17 @@ class Server::Listener {
   }
 
  private:
+  // A connection needs a descriptor, of which systems allow few until they are asked.
+  void AllowDescriptors() const {
+    constexpr rlim_t kOthers = 100;
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    const rlim_t wanted = shared_.server.options.most_connections + kOthers;
+    if (limit.rlim_cur >= wanted) return;
+    limit.rlim_cur = std::min(wanted, limit.rlim_max);
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+
   void Listen() {
     const ServeOptions& options = shared_.server.options;
     ErrorCode error;
@@ -122,12 +137,23 @@ class Server::Listener {
     for (const auto& pool : pools_) {
       asio::post(pool->Context(), [&pool] { pool->Drain(false); });
     }
-    deadline_ = std::chrono::steady_clock::now() +
-                std::chrono::seconds(shared_.server.options.drain_seconds);
+    const std::chrono::seconds time(shared_.server.options.drain_seconds);
+    deadline_ = std::chrono::steady_clock::now() + time;
     signals_.async_wait([this](const ErrorCode& error, int) {
-      if (!error) deadline_ = std::chrono::steady_clock::now();
+      if (!error) EndAtOnce(shared_.server.log);
     });
+    // Work that has no end would keep its thread, and that the process.
+    std::thread([&log = shared_.server.log, time] {
+      std::this_thread::sleep_for(time + std::chrono::seconds(1));
+      EndAtOnce(log);
+    }).detach();
     AwaitEnd();
+  }
+
+  [[noreturn]] static void EndAtOnce(AccessLog& log) {
+    log.Event("ended", {}, "before all requests were answered");
+    log.Flush();
+    std::_Exit(kDone);
   }
 
   // Looks whether all connections have ended, or the time is up.
