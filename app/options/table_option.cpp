@@ -1,10 +1,7 @@
 #include "app/options/table_option.h"
 
-#include <string_view>
-
-#include <fmt/format.h>
-
 namespace svmscore::app {
+
 void AddTableOptions(CLI::App& command, TableOptions& options) {
   const auto set_delimiter = [&options](const std::string& text) {
     const std::string why = ReadDelimiter(text, options.delimiter);
