@@ -26,6 +26,7 @@ struct TableExplainer::TableInput {
   TableInput(const ModelState& model, const std::vector<ColumnView>& views,
              const MissingTexts& missing) {
     std::vector<std::string_view> names;
+    names.reserve(views.size());
     for (const ColumnView& view : views) names.push_back(view.name);
     columns = tools::MatchColumns(names, model.loaded, {}, "");
     for (std::size_t i = 0; i < columns.variables.size(); ++i) {
