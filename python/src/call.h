@@ -28,6 +28,12 @@ inline nanobind::str Text(svmscore_text text) {
   return nanobind::str(text.data, text.length);
 }
 
+inline nanobind::list Texts(const svmscore_text* texts, std::size_t count) {
+  nanobind::list list;
+  for (std::size_t i = 0; i < count; ++i) list.append(Text(texts[i]));
+  return list;
+}
+
 // A text that the library allocated, as Python's, and freed.
 nanobind::str TakeText(char* text, std::size_t length);
 

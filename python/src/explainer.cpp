@@ -10,12 +10,6 @@ namespace nb = nanobind;
 namespace svmscore::python {
 namespace {
 
-nb::list Texts(const svmscore_text* texts, std::size_t count) {
-  nb::list list;
-  for (std::size_t i = 0; i < count; ++i) list.append(Text(texts[i]));
-  return list;
-}
-
 // Where the numbers of a row begin. Throws for an array that is too small.
 template <typename Array>
 auto* At(const Array& array, std::size_t row, std::size_t of_row, std::size_t rows) {

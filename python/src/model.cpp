@@ -7,12 +7,6 @@ namespace nb = nanobind;
 namespace svmscore::python {
 namespace {
 
-nb::list Texts(const svmscore_text* texts, std::size_t count) {
-  nb::list list;
-  for (std::size_t i = 0; i < count; ++i) list.append(Text(texts[i]));
-  return list;
-}
-
 // What `expectation` points at belongs to the columns.
 svmscore_expectation Expect(const Columns& cases, const Columns* expected, double tolerance) {
   svmscore_expectation expectation = SVMSCORE_INIT(svmscore_expectation);
