@@ -75,7 +75,7 @@ void Connection::Start() {
 }
 
 void Connection::Refuse() {
-  head_ = {};
+  head_.method = Method::kOther;
   SendError(503, "there are too many connections");
 }
 
@@ -112,6 +112,10 @@ void Connection::NextRequest() {
   parser_->get().body().Use(pool_.Shared().bodies);
   has_head_ = false;
   timed_ = false;
+  head_ = {};
+  head_.method = Method::kOther;
+  route_ = {};
+  request_id_.clear();
   Enter(State::kReading, options.idle_seconds);
   if (buffer_.size() > 0) {
     Parse();
@@ -123,6 +127,7 @@ void Connection::NextRequest() {
 void Connection::Read() {
   const std::size_t chunk = has_head_ ? kBodyChunk : kHeadChunk;
   const std::size_t room = std::min(chunk, buffer_.max_size() - buffer_.size());
+  if (room == 0) return SendError(400, "the header of a chunk is too long");
   socket_.async_read_some(buffer_.prepare(room),
                           [self = shared_from_this()](const ErrorCode& error, std::size_t count) {
                             if (self->state_ != State::kReading) return;
@@ -135,6 +140,7 @@ void Connection::Read() {
 void Connection::Parse() {
   if (!std::exchange(timed_, true)) {
     since_ = Clock::now();
+    begun_ = since_;
     deadline_ = since_ + std::chrono::seconds(pool_.Shared().server.options.read_seconds);
   }
   while (!parser_->is_done()) {
@@ -180,7 +186,6 @@ std::string Connection::Header(boost::beast::string_view name) const {
 std::optional<Answer> Connection::TakeHead() {
   const ServeOptions& options = pool_.Shared().server.options;
   const auto& request = parser_->get();
-  begun_ = Clock::now();
   const std::string target = TextOf(request.target());
   route_ = serve::RouteOf(target);
   head_ = {};
@@ -300,7 +305,7 @@ void Connection::Send(Answer answer) {
   const SharedParts& shared = pool_.Shared();
   const bool whole = parser_ && parser_->is_done();
   keeps_alive_ = whole && parser_->keep_alive() && !shared.drains;
-  if (has_head_) Log(answer);
+  Log(answer);
   serve::AddCommonHeaders(head_, shared.server.options.access, answer);
   const bool old = parser_ && has_head_ && parser_->get().version() < 11;
   out_head_ = HeadOf(answer, request_id_, keeps_alive_, old);

@@ -75,7 +75,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   serve::RequestHead head_;
   serve::Route route_;
   std::string request_id_;
-  Clock::time_point begun_;
+  Clock::time_point begun_ = since_;
 
   std::string out_head_;
   std::string out_body_;

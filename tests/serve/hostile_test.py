@@ -79,6 +79,8 @@ class Hostile(unittest.TestCase):
                 ("a bad chunk size", chunked % b"" + b"xyz\r\n" + CASE, [400]),
                 ("a huge chunk size", chunked % b"" + b"ffffffffffffffffff\r\n" + CASE, [400]),
                 ("a large chunk", chunked % b"" + b"ffffffff\r\n" + CASE, [413]),
+                ("an endless chunk extension", chunked % b"" + b"5;" + 500_000 * b"a", [400]),
+                ("endless trailers", chunked % b"" + b"0\r\n" + 100_000 * b"a: b\r\n", [400]),
                 ("a chunk without end", chunked % b"" + b"4\r\nnull0\r\n\r\n", [400]),
                 ("chunks and a length", chunked % b"Content-Length: 5\r\n" + chunks, [400]),
                 ("a length and chunks", post(CASE, b"Transfer-Encoding: chunked\r\n"), [400]),

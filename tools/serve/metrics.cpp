@@ -56,7 +56,7 @@ std::string Metrics::Text(const ModelStore& store) const {
     }
   }
   AddHead(out, "svmscore_http_request_duration_seconds", "histogram",
-          "Time from the end of a request's head to the beginning of its answer.");
+          "Time from the first byte of a request to the beginning of its answer.");
   for (const auto& [route, counted] : routes_) {
     std::uint64_t below = 0;
     for (std::size_t i = 0; i < counted.latency.counts.size(); ++i) {

@@ -132,7 +132,7 @@ Route RouteOf(std::string_view target) {
   if (path.empty() || path.front() != '/') return route;
   constexpr std::string_view kPrefix = "/openscoring";
   if (path.starts_with("/openscoring/model")) path.remove_prefix(kPrefix.size());
-  if (path.size() > 1 && path.back() == '/') path.remove_suffix(1);
+  if (path.size() > 2 && path.back() == '/') path.remove_suffix(1);
   route.protocol = path == "/v2" || path.starts_with("/v2/");
   for (const Known& known : kKnown) {
     if (!Matches(known.path, path, route.id)) continue;
