@@ -286,7 +286,7 @@ for (const [name, options] of Object.entries({
 }
 
 if (plan.picture) {
-  onPage('the picture of the documentation', {isPicture: true, viewport: {width: 1200, height: 760}}, async (page) => {
+  onPage('the picture of the documentation', {isPicture: true, viewport: {width: 1200, height: 880}}, async (page) => {
     await openModel(page, 'iris');
     await enter(page, inputs('iris', 0));
     await untilScored(page, expectedCells('iris', 0));
