@@ -1,5 +1,7 @@
 #include "app/options/file_option.h"
 
+#include <fmt/format.h>
+
 #include "app/base/failure.h"
 
 namespace svmscore::app {
@@ -12,9 +14,11 @@ CLI::Option* AddFileOption(CLI::App& command, const std::string& name, std::stri
   return command.add_option(name, path, help)->check(check);
 }
 
-void RefuseSharedInput(const std::string& input, const std::string& expected) {
-  if (input == "-" && expected == "-") {
-    throw Failure(kUsageError, "only one of --input and --expected can be standard input");
+void RefuseSharedInput(const std::string& input, const std::string& other,
+                       const char* other_option) {
+  if (input == "-" && other == "-") {
+    throw Failure(kUsageError,
+                  fmt::format("only one of --input and {} can be standard input", other_option));
   }
 }
 

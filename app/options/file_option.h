@@ -17,7 +17,8 @@ CLI::Option* AddFileOption(CLI::App& command, const std::string& name, std::stri
                            const std::string& help);
 
 // Fails: Failure(kUsageError) if both files of cases are standard input.
-void RefuseSharedInput(const std::string& input, const std::string& expected);
+void RefuseSharedInput(const std::string& input, const std::string& other,
+                       const char* other_option = "--expected");
 
 }  // namespace svmscore::app
 

@@ -55,13 +55,10 @@ std::string ReliabilityFigure(const ReportData& data, const tools::ProbabilityFi
                     Fixed(tenth.mean, 2), Fixed(tenth.share, 2), Counted(tenth.cases, "case"));
   }
   return Figure("Reliability diagram <small>cases by tenths of what the model states</small>",
-                Draw(picture),
-                "On the dashed line, what is stated comes true that often; below it, the model is "
-                "too sure. Upright lines: the shares that so few cases leave likely (95\u00A0%). "
-                "Bars: how many cases each point stands for.");
+                Draw(picture), "");
 }
 
-std::string TenthsTable(const ReportData& data, const tools::ProbabilityFigures& figures) {
+std::string TenthsText(const ReportData& data, const tools::ProbabilityFigures& figures) {
   PageTable table;
   table.name = "Table of the reliability diagram";
   table.caption_html = data.model->categories.size() == 2
@@ -77,7 +74,11 @@ std::string TenthsTable(const ReportData& data, const tools::ProbabilityFigures&
                                Count(tenth.cases), none ? kDash : Fixed(tenth.mean, 3),
                                none ? kDash : Fixed(tenth.share, 3)});
   }
-  return Details("The diagram as a table", Table(table));
+  return Paragraph(
+             "On the dashed line, what is stated comes true that often; below it, the model "
+             "is too sure. Upright lines: the shares that so few cases leave likely "
+             "(95\u00A0%). Bars: how many cases each point stands for.") +
+         Table(table);
 }
 
 std::string ClassOf(std::size_t count, std::size_t row_sum, bool right) {
@@ -146,7 +147,7 @@ std::string ClassAccuracy(const ReportData& data) {
         {Fixed(of.brier, 4), two ? "Brier score, 0 (best) to 1" : "Brier score, 0 (best) to 2"});
     tiles.push_back({Fixed(of.log_loss, 4), "log loss, 0 is best"});
     tiles.push_back({Fixed(of.ece, 4), "expected calibration error, 0 is best"});
-    pictures = Figures({ReliabilityFigure(data, of)}) + TenthsTable(data, of);
+    pictures = Beside(ReliabilityFigure(data, of), TenthsText(data, of));
   }
   std::string html = LabelsText(data, figures.cases) + Tiles(tiles);
   html += "<h3>What is taken for what</h3>\n" + ConfusionTable(data);

@@ -10,7 +10,8 @@ namespace svmscore::app {
 namespace {
 
 constexpr double kBarWidth = 340;
-constexpr double kRow = 27;
+constexpr double kRow = 30;
+constexpr double kBarTop = 17;
 constexpr double kBar = 9;
 
 }  // namespace
@@ -41,17 +42,19 @@ std::string Draw(const BarPicture& what) {
     picture.Text({4, y + 11}, bar.name, "direct");
     picture.Text({kBarWidth - 4, y + 11}, bar.value, "value", Anchor::kEnd);
     const double end = x.At(bar.length);
-    picture.Rect(4, y + 15, kBarWidth - 8, kBar, "track");
-    picture.Rect(std::min(zero, end), y + 15, std::fabs(end - zero), kBar,
+    picture.Rect(4, y + kBarTop, kBarWidth - 8, kBar, "track");
+    picture.Rect(std::min(zero, end), y + kBarTop, std::fabs(end - zero), kBar,
                  bar.length < 0.0 ? "two" : "one");
     if (bar.spread > 0.0) {
-      const double middle = y + 15 + kBar / 2;
+      const double middle = y + kBarTop + kBar / 2;
       picture.Line({x.At(bar.length - bar.spread), middle}, {x.At(bar.length + bar.spread), middle},
                    "whisker");
     }
+    if (low < 0.0) {
+      picture.Line({zero, y + kBarTop - 2}, {zero, y + kBarTop + kBar + 2}, "axis");
+    }
     y += kRow;
   }
-  if (low < 0.0) picture.Line({zero, top + 13}, {zero, y - 1}, "axis");
   return std::move(picture).Finish();
 }
 

@@ -27,7 +27,8 @@ struct Section {
 constexpr Section kSections[] = {{"model", "The model", CardSection},
                                  {"findings", "What the doctor finds", FindingsSection},
                                  {"scores", "How cases score", ScoresSection},
-                                 {"accuracy", "Scores against the truth", AccuracySection}};
+                                 {"accuracy", "Scores against the truth", AccuracySection},
+                                 {"inputs", "What the inputs do", InputsSection}};
 
 std::string TitleOf(const ReportData& data) {
   const bool named = data.model && !data.model->model_name.empty();

@@ -22,6 +22,10 @@ std::string Figures(const std::vector<std::string>& figures) {
   return html + "</div>\n";
 }
 
+std::string Beside(std::string_view figure_html, std::string_view text_html) {
+  return fmt::format("<div class=\"beside\">\n{}<div>\n{}</div>\n</div>\n", figure_html, text_html);
+}
+
 std::string Paragraph(std::string_view html) {
   return fmt::format("<p>{}</p>\n", html);
 }

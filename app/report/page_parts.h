@@ -15,6 +15,9 @@ std::string Figure(std::string_view caption_html, std::string_view picture_html,
 // Figures side by side, as many as there is room for.
 std::string Figures(const std::vector<std::string>& figures);
 
+// A figure with text beside it where there is room, or else below it.
+std::string Beside(std::string_view figure_html, std::string_view text_html);
+
 std::string Paragraph(std::string_view html);
 // A paragraph in small and soft letters.
 std::string Note(std::string_view html);

@@ -63,7 +63,7 @@ std::string Draw(const ReliabilityPicture& what) {
                   Scale(0, 1, 10 + kSide, 10)};
   DrawYAxis(picture, plot, what.y_label, false, 5);
   picture.Line({plot.x.At(0), plot.y.At(0)}, {plot.x.At(1), plot.y.At(1)}, "mark");
-  picture.TurnedText({plot.x.At(0.2) - 5, plot.y.At(0.2) - 5}, -45, "as stated", "tick");
+  picture.TurnedText({plot.x.At(0.2) - 5, plot.y.At(0.2) - 5}, -45, "as stated", "tick halo");
   DrawXAxis(picture, plot, what.x_label, 5);
   DrawPoints(picture, plot, what);
   DrawCounts(picture, plot, what);

@@ -22,6 +22,9 @@
 namespace svmscore::app {
 namespace {
 
+// More do not fit the time of a report.
+constexpr std::size_t kBackgroundRows = 1000;
+
 // None, so that the same input gives the same bytes, unless a reproducible build asks for one.
 std::string DateOfPage() {
   if (std::getenv("SOURCE_DATE_EPOCH") == nullptr) return {};
@@ -42,6 +45,9 @@ CLI::App* ReportCommand::AddTo(CLI::App& program) {
       AddFileOption(*app, "--input", input_, "CSV file with cases to score; - is standard input");
   app->add_option("--actual", actual_, "the column of the cases with what they really are")
       ->needs(input);
+  AddFileOption(*app, "--background", background_,
+                "CSV file with cases that an input which is absent takes its values of, in "
+                "explanations; without it, the model's support vectors");
   AddFileOption(*app, "-o,--output", output_,
                 "write the page to this file, which appears when it is complete; - is standard "
                 "output")
@@ -58,7 +64,7 @@ CLI::App* ReportCommand::AddTo(CLI::App& program) {
 
 void ReportCommand::CheckFiles() const {
   const NamedFile output{output_, Stream::kOutput};
-  for (const std::string* input : {&model_, &input_}) {
+  for (const std::string* input : {&model_, &input_, &background_}) {
     if (input->empty() || !IsSameFile(output, {*input, Stream::kInput})) continue;
     throw Failure(
         kUsageError,
@@ -68,6 +74,7 @@ void ReportCommand::CheckFiles() const {
 
 ExitStatus ReportCommand::Run() {
   CheckFiles();
+  RefuseSharedInput(input_, background_, "--background");
   const std::string made_at = DateOfPage();
   const Plugin plugin = LoadPlugin(plugin_);
   // An output that cannot be written is told before the work.
@@ -83,8 +90,13 @@ ExitStatus ReportCommand::Run() {
     TellOverruledValues(rules, *opened.loaded);
     cases = DrawRows(input_, table_.Rows(limits_), tools::MostCases(*opened.loaded));
   }
+  std::optional<tools::DrawnTable> background;
+  if (!background_.empty() && tools::IsScored(opened)) {
+    background = DrawRows(background_, table_.Rows(limits_), kBackgroundRows);
+  }
   const tools::ReportData data = tools::GatherReport(
-      {opened, plugin, source, FactsOf(model_, source), cases ? &*cases : nullptr, actual_, rules});
+      {opened, plugin, source, FactsOf(model_, source), cases ? &*cases : nullptr, actual_,
+       background ? &*background : nullptr, rules});
   output.Write(PageOf(data, made_at));
   output.Commit();
   return kDone;

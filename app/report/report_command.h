@@ -21,6 +21,7 @@ class ReportCommand : public Command {
   std::string model_;
   std::string input_;
   std::string actual_;
+  std::string background_;
   std::string output_;
   std::string plugin_;
   TableOptions table_;

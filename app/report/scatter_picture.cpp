@@ -67,7 +67,11 @@ std::string Draw(const ScatterPicture& what) {
   if (std::isfinite(what.level)) {
     const double at = plot.y.At(what.level);
     picture.Line({plot.x.From(), at}, {plot.x.To(), at}, "mark");
-    picture.Text({plot.x.To(), at - 4}, what.level_label, "tick halo", Anchor::kEnd);
+    // At the end where the curve is farther away.
+    const bool at_left = !what.curve.empty() && std::fabs(what.curve.front().y - what.level) >
+                                                    std::fabs(what.curve.back().y - what.level);
+    picture.Text({at_left ? plot.x.From() + 3 : plot.x.To(), at - 4}, what.level_label, "tick halo",
+                 at_left ? Anchor::kStart : Anchor::kEnd);
   }
   std::vector<Point> curve;
   for (const Point& point : what.curve) curve.push_back({plot.x.At(point.x), plot.y.At(point.y)});

@@ -17,6 +17,8 @@ std::string FindingsSection(const tools::ReportData& data);
 std::string ScoresSection(const tools::ReportData& data);
 // accuracy_section.cpp: how scores agree with what cases are.
 std::string AccuracySection(const tools::ReportData& data);
+// inputs_section.cpp: what the inputs do.
+std::string InputsSection(const tools::ReportData& data);
 
 // The categories of the target, by its position; "none" for a negative one. As a name in markup, in
 // a picture, and as plain text.

@@ -108,6 +108,18 @@ TEST(Report, SaysWhatToGiveAndWhatIsWrong) {
               HasSubstr("None of the 1 case of <bdi>empty.csv</bdi> is scored: 1 with a missing"));
 }
 
+TEST(Report, ExplainsAgainstWhatIsGiven) {
+  const std::string model = ExampleFile("iris/model.pmml");
+  const std::string cases = ExampleFile("iris/cases.csv");
+  EXPECT_THAT(Report({model}).out, AllOf(HasSubstr("The background is 34 support vectors"),
+                                         HasSubstr("No cases were given")));
+  EXPECT_THAT(Report({model, "--input", cases, "--background", cases}).out,
+              AllOf(HasSubstr("The background is the 50 rows"), HasSubstr("surest for")));
+  const Ran other = Report({model, "--background", ExampleFile("tumour/cases.csv")});
+  EXPECT_EQ(other.status, 5);
+  EXPECT_EQ(Report({model, "--input", "-", "--background", "-"}).status, 2);
+}
+
 TEST(Report, RefusesWhatDoesNotFit) {
   const std::string model = ExampleFile("iris/model.pmml");
   const std::string cases = ExampleFile("iris/cases.csv");

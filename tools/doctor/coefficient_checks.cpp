@@ -33,16 +33,15 @@ Sums SumsOf(const MachineNumbers& machine) {
 }
 
 // Whether a threshold decides between the machine's two categories.
-bool ComparesThreshold(const Examined& examined, const MachineNumbers& machine) {
-  const auto scheme =
-      output::SchemeOf(examined.document.model, examined.document.categories.size());
-  return examined.document.classification && scheme.method != output::Method::kOneAgainstAll &&
+bool ComparesThreshold(const Examined& examined, output::Method method,
+                       const MachineNumbers& machine) {
+  return examined.document.classification && method != output::Method::kOneAgainstAll &&
          output::MachineExtension(machine.element) == nullptr;
 }
 
-void CheckSide(const Examined& examined, const MachineNumbers& machine, const Sums& sums,
-               FindingList& findings) {
-  if (!examined.numbers.kernel.IsBounded() || !ComparesThreshold(examined, machine)) return;
+void CheckSide(const Examined& examined, output::Method method, const MachineNumbers& machine,
+               const Sums& sums, FindingList& findings) {
+  if (!examined.numbers.kernel.IsBounded() || !ComparesThreshold(examined, method, machine)) return;
   const bool radial = examined.numbers.kernel.type == KernelNumbers::Type::kRadialBasis;
   const double lowest = machine.offset + (radial ? sums.negative : -sums.Size());
   const double highest = machine.offset + (radial ? sums.positive : sums.Size());
@@ -72,11 +71,13 @@ bool SaysOneClass(const Element* model) {
 void CheckTerms(const Examined& examined, FindingList& findings) {
   const bool signs_differ =
       examined.document.classification && !SaysOneClass(examined.document.model);
+  const output::Method method =
+      output::SchemeOf(examined.document.model, examined.document.categories.size()).method;
   for (const MachineNumbers& machine : examined.numbers.machines) {
     const std::size_t count = machine.coefficients.size();
     if (count == 0) continue;
     const Sums sums = SumsOf(machine);
-    CheckSide(examined, machine, sums, findings);
+    CheckSide(examined, method, machine, sums, findings);
     const bool one_signed = sums.positive == 0.0 || sums.negative == 0.0;
     if (one_signed && count > 1 && signs_differ) {
       findings.Add("one-signed-machine", machine.coefficients_element,

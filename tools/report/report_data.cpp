@@ -143,6 +143,13 @@ void AddDistributions(const BatchModel& model, ReportData& data) {
   }
 }
 
+void AddCases(const ReportOrder& order, const LoadedModel& loaded, ReportData& data) {
+  data.cases_name = std::filesystem::path(order.cases->name).filename().string();
+  data.actual = order.actual;
+  data.cases = ScoreCases(loaded, *order.cases, order.actual, order.rules);
+  AddDistributions(*dynamic_cast<const BatchModel*>(loaded.model.get()), data);
+}
+
 }  // namespace
 
 MachineSides SidesOf(const ModelSummary& summary, std::pair<int, int> categories,
@@ -171,11 +178,11 @@ ReportData GatherReport(const ReportOrder& order) {
   const LoadedModel& loaded = *order.opened.loaded;
   data.model = Summarise(loaded);
   data.inputs = RangesOf(loaded);
-  if (order.cases == nullptr || !IsScored(order.opened)) return data;
-  data.cases_name = std::filesystem::path(order.cases->name).filename().string();
-  data.actual = order.actual;
-  data.cases = ScoreCases(loaded, *order.cases, order.actual, order.rules);
-  AddDistributions(*dynamic_cast<const BatchModel*>(loaded.model.get()), data);
+  if (!IsScored(order.opened)) return data;
+  if (order.cases != nullptr) AddCases(order, loaded, data);
+  data.explanation =
+      ExplainForReport({loaded, *data.model, order.cases, data.cases ? &*data.cases : nullptr,
+                        order.background, order.rules});
   return data;
 }
 

@@ -14,6 +14,7 @@
 #include "tools/describe/model_summary.h"
 #include "tools/doctor/opened_document.h"
 #include "tools/report/confusion.h"
+#include "tools/report/explanation.h"
 #include "tools/report/histogram.h"
 #include "tools/report/scored_cases.h"
 
@@ -37,18 +38,6 @@ struct InputRange {
   double high = std::numeric_limits<double>::quiet_NaN();
 };
 
-// What a decision value means. Categories of the target: -1 for a regression, and where no single
-// category is meant.
-struct MachineSides {
-  int above = -1;
-  int below = -1;
-  double threshold = std::numeric_limits<double>::quiet_NaN();  // NaN: nothing changes anywhere
-};
-// Of a machine by its position in the document; `categories` are what BatchModel says of it. [any
-// thread] Fails: never.
-MachineSides SidesOf(const ModelSummary& summary, std::pair<int, int> categories,
-                     std::size_t machine);
-
 // How the cases lie for one machine.
 struct MachineDistribution : MachineSides {
   std::size_t machine = 0;  // position in the document
@@ -70,6 +59,8 @@ struct ReportData {
   std::vector<MachineDistribution> machines;  // the first ones of the model
   std::vector<CategoryCount> categories;
   std::optional<Confusion> confusion;
+
+  std::optional<Explanation> explanation;  // nothing for a model that cannot score
 };
 
 // So many of each are shown at most.
@@ -83,12 +74,13 @@ struct ReportOrder {
   const Plugin& plugin;
   DocumentSource& source;
   ModelFileFacts file;
-  const DrawnTable* cases = nullptr;  // null for none
-  std::string actual;                 // the column of labels; empty for none
+  const DrawnTable* cases = nullptr;       // null for none
+  std::string actual;                      // the column of labels; empty for none
+  const DrawnTable* background = nullptr;  // null for none
   const CellRules& rules;
 };
 
-// REQUIRES: opened.IsRead(). Throws a BadCases for cases that do not fit the model, and a
+// REQUIRES: opened.IsRead(). Throws a BadCases for tables that do not fit the model, and a
 // BadDocument for a model that takes no batches, where there are cases. [one thread] for each
 // document. Owns: the caller. Lives: the order's references for the call.
 ReportData GatherReport(const ReportOrder& order);

@@ -1,0 +1,137 @@
+#include "tools/report/chosen_cases.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace svmscore::tools {
+namespace {
+
+constexpr double kNone = -std::numeric_limits<double>::infinity();
+
+// The position with the largest merit, the first of several; none has the merit kNone.
+template <typename Merit>
+void Choose(CaseChoice choice, std::size_t count, Merit merit,
+            std::vector<std::pair<CaseChoice, std::size_t>>& chosen) {
+  std::size_t best = count;
+  double most = kNone;
+  for (std::size_t at = 0; at < count; ++at) {
+    const double value = merit(at);
+    if (!(value > most)) continue;
+    most = value;
+    best = at;
+  }
+  const bool is_there = std::any_of(chosen.begin(), chosen.end(),
+                                    [best](const auto& other) { return other.second == best; });
+  if (best < count && !is_there) chosen.emplace_back(choice, best);
+}
+
+// The upper median of the numbers that are not NaN; NaN without one.
+template <typename Number>
+double Middle(std::size_t count, Number number) {
+  std::vector<double> numbers;
+  for (std::size_t at = 0; at < count; ++at) {
+    const double value = number(at);
+    if (!std::isnan(value)) numbers.push_back(value);
+  }
+  if (numbers.empty()) return std::numeric_limits<double>::quiet_NaN();
+  const auto middle = numbers.begin() + static_cast<std::ptrdiff_t>(numbers.size() / 2);
+  std::nth_element(numbers.begin(), middle, numbers.end());
+  return *middle;
+}
+
+std::vector<std::pair<CaseChoice, std::size_t>> ChooseOfRegression(std::size_t machine,
+                                                                   const ScoredCases& cases) {
+  std::vector<std::pair<CaseChoice, std::size_t>> chosen;
+  const auto decision = [&](std::size_t at) {
+    return cases.decisions[at * cases.machines + machine];
+  };
+  Choose(CaseChoice::kHighest, cases.Size(), decision, chosen);
+  Choose(
+      CaseChoice::kLowest, cases.Size(), [&](std::size_t at) { return -decision(at); }, chosen);
+  Choose(
+      CaseChoice::kLargestResidual, cases.Size(),
+      [&](std::size_t at) {
+        const double residual = std::fabs(cases.observed[at] - cases.values[at]);
+        return std::isnan(residual) ? kNone : residual;
+      },
+      chosen);
+  if (chosen.size() > 2) return chosen;
+  const double middle = Middle(cases.Size(), decision);
+  Choose(
+      CaseChoice::kMiddle, cases.Size(),
+      [&](std::size_t at) { return -std::fabs(decision(at) - middle); }, chosen);
+  return chosen;
+}
+
+}  // namespace
+
+bool IsAbout(const MachineSides& sides, const ScoredCases& cases, std::size_t at) {
+  if (sides.above < 0 || sides.below < 0) return true;
+  const auto is_either = [&sides](int category) {
+    return category == sides.above || category == sides.below;
+  };
+  return is_either(cases.actual[at]) || is_either(cases.predicted[at]);
+}
+
+std::size_t HardestMachine(const std::vector<MachineSides>& sides, const ScoredCases& cases) {
+  std::size_t hardest = 0;
+  double closest = std::numeric_limits<double>::infinity();
+  for (std::size_t m = 0; m < sides.size(); ++m) {
+    if (std::isnan(sides[m].threshold)) continue;
+    double sum = 0.0;
+    double count = 0.0;
+    for (std::size_t c = 0; c < cases.Size(); ++c) {
+      if (!IsAbout(sides[m], cases, c)) continue;
+      sum += std::fabs(cases.decisions[c * cases.machines + m] - sides[m].threshold);
+      count += 1.0;
+    }
+    if (count == 0.0 || !(sum / count < closest)) continue;
+    closest = sum / count;
+    hardest = m;
+  }
+  return hardest;
+}
+
+std::vector<std::pair<CaseChoice, std::size_t>> ChooseCases(const MachineSides& sides,
+                                                            std::size_t machine,
+                                                            const ScoredCases& cases) {
+  if (!cases.classification) return ChooseOfRegression(machine, cases);
+  std::vector<std::pair<CaseChoice, std::size_t>> chosen;
+  const double threshold = std::isnan(sides.threshold) ? 0.0 : sides.threshold;
+  // How far above the threshold; NaN where the machine is not about the case.
+  const auto above = [&](std::size_t at) {
+    return IsAbout(sides, cases, at) ? cases.decisions[at * cases.machines + machine] - threshold
+                                     : std::numeric_limits<double>::quiet_NaN();
+  };
+  Choose(CaseChoice::kSurestAbove, cases.Size(), above, chosen);
+  Choose(
+      CaseChoice::kSurestBelow, cases.Size(), [&](std::size_t at) { return -above(at); }, chosen);
+  if (std::isnan(sides.threshold)) return chosen;
+  // The middle of those on one side.
+  for (const bool is_above : {true, false}) {
+    const auto on_side = [&](std::size_t at) {
+      const double value = above(at);
+      return (value > 0.0) == is_above ? value : std::numeric_limits<double>::quiet_NaN();
+    };
+    const double middle = Middle(cases.Size(), on_side);
+    Choose(
+        is_above ? CaseChoice::kTypicalAbove : CaseChoice::kTypicalBelow, cases.Size(),
+        [&](std::size_t at) { return -std::fabs(on_side(at) - middle); }, chosen);
+  }
+  Choose(
+      CaseChoice::kWorstMistake, cases.Size(),
+      [&](std::size_t at) {
+        if (cases.actual[at] == sides.above && above(at) < 0.0) return -above(at);
+        if (cases.actual[at] == sides.below && above(at) > 0.0) return above(at);
+        return kNone;
+      },
+      chosen);
+  Choose(
+      CaseChoice::kClosest, cases.Size(), [&](std::size_t at) { return -std::fabs(above(at)); },
+      chosen);
+  return chosen;
+}
+
+}  // namespace svmscore::tools
