@@ -10,20 +10,21 @@ namespace svmscore::tools {
 namespace {
 
 // Cases that are scored at once.
-constexpr std::size_t kChunk = 128;
+constexpr std::size_t kEntryChunk = 128;
 
 // Some cases in columns, as models take them.
 class Columns {
  public:
   Columns(const std::vector<double>& entries, std::size_t width, std::size_t begin)
-      : count_(std::min(kChunk, entries.size() / width - begin)), columns_(width * kChunk) {
+      : count_(std::min(kEntryChunk, entries.size() / width - begin)),
+        columns_(width * kEntryChunk) {
     for (std::size_t e = 0; e < width; ++e) {
       for (std::size_t c = 0; c < count_; ++c) {
-        columns_[e * kChunk + c] = entries[(begin + c) * width + e];
+        columns_[e * kEntryChunk + c] = entries[(begin + c) * width + e];
       }
     }
   }
-  BatchCases Cases() const { return {columns_.data(), kChunk, count_}; }
+  BatchCases Cases() const { return {columns_.data(), kEntryChunk, count_}; }
 
  private:
   std::size_t count_;
@@ -54,15 +55,15 @@ std::vector<double> DecisionsOf(BatchModel& model, const std::vector<double>& en
                                 std::size_t machine) {
   const std::size_t width = model.EntryCount();
   const std::size_t cases = width == 0 ? 0 : entries.size() / width;
-  std::vector<double> all(model.DecisionCount() * kChunk);
+  std::vector<double> all(model.DecisionCount() * kEntryChunk);
   std::vector<double> decisions;
-  for (std::size_t begin = 0; begin < cases; begin += kChunk) {
+  for (std::size_t begin = 0; begin < cases; begin += kEntryChunk) {
     const Columns columns(entries, width, begin);
     BatchResults wanted;  // decision values alone
     wanted.decisions = all.data();
-    wanted.stride = kChunk;
+    wanted.stride = kEntryChunk;
     model.ScoreBatch(columns.Cases(), wanted);
-    const double* of_machine = all.data() + machine * kChunk;
+    const double* of_machine = all.data() + machine * kEntryChunk;
     decisions.insert(decisions.end(), of_machine, of_machine + columns.Cases().count);
   }
   return decisions;
@@ -76,11 +77,11 @@ ScoredCases CasesOfEntries(const LoadedModel& loaded, BatchModel& model,
   cases.classification = targets.GetScheme().method != output::Method::kRegression;
   cases.entry_count = model.EntryCount();
   cases.machines = model.DecisionCount();
-  CaseBatch batch(model, categories, kChunk, true);
+  CaseBatch batch(model, categories, kEntryChunk, true);
   const std::size_t width = cases.entry_count;
   const std::size_t count = width == 0 ? 0 : entries.size() / width;
-  for (std::size_t begin = 0; begin < count; begin += kChunk) {
-    const std::size_t some = std::min(kChunk, count - begin);
+  for (std::size_t begin = 0; begin < count; begin += kEntryChunk) {
+    const std::size_t some = std::min(kEntryChunk, count - begin);
     batch.Reset(some);
     for (std::size_t e = 0; e < width; ++e) {
       for (std::size_t c = 0; c < some; ++c) {

@@ -21,7 +21,7 @@ constexpr std::size_t kMostCases = 200;
 constexpr std::size_t kLeastCases = 4;  // with fewer a mean says nothing
 // Products of a vector, a row of the background and an input that all values may take: a second or
 // so.
-constexpr double kSteps = 4e8;
+constexpr double kExplanationSteps = 4e8;
 // Orders of the inputs that the model draws for a sampled value.
 constexpr double kOrders = 400.0;
 
@@ -109,7 +109,7 @@ class Explaining {
     const double pairs = static_cast<double>(order_.summary.vectors + 1) * rounds * players;
     const double values = static_cast<double>(cases_.machines) * players * 50.0;
     return static_cast<std::size_t>(
-        std::min(static_cast<double>(kMostCases), kSteps / (pairs + values)));
+        std::min(static_cast<double>(kMostCases), kExplanationSteps / (pairs + values)));
   }
 
   void ChooseMachine() {

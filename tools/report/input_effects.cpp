@@ -13,17 +13,17 @@
 namespace svmscore::tools {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNoEffect = std::numeric_limits<double>::quiet_NaN();
 constexpr std::size_t kPointsShown = 200;
 constexpr std::size_t kCurvePoints = 33;
 constexpr std::size_t kSide = 31;
 constexpr std::size_t kLeastSide = 9;
 // Products of vectors and entries that a curve or a surface may take: a tenth of a second or so.
-constexpr double kSteps = 2e8;
+constexpr double kEffectSteps = 2e8;
 
 bool IsNumber(const MCZandor_850::ScoreDictVar& input) {
-  constexpr int kContinuous = 0;
-  return input.GetTypeCode() == kContinuous && CellRules::IsOfNumbers(input);
+  constexpr int kContinuousInput = 0;
+  return input.GetTypeCode() == kContinuousInput && CellRules::IsOfNumbers(input);
 }
 
 }  // namespace
@@ -39,7 +39,7 @@ InputEffects::InputEffects(const ExplanationOrder& order, BatchModel& model,
       vectors_(static_cast<double>(std::max<std::size_t>(order.summary.vectors, 1))) {}
 
 std::vector<double> InputEffects::NumbersOf(const Player& player) const {
-  std::vector<double> numbers(cases_.Size(), kNaN);
+  std::vector<double> numbers(cases_.Size(), kNoEffect);
   if (order_.table == nullptr || explanation_.cases_are_vectors) {
     if (player.entries.size() != 1) return numbers;
     for (std::size_t c = 0; c < cases_.Size(); ++c) numbers[c] = Entry(c, player.entries[0]);
@@ -148,7 +148,7 @@ std::optional<Dependence> InputEffects::DependenceOn(const Player& player) {
   const double steps =
       vectors_ * static_cast<double>(width) * static_cast<double>(background_.count);
   const auto points =
-      static_cast<std::size_t>(std::min(static_cast<double>(kCurvePoints), kSteps / steps));
+      static_cast<std::size_t>(std::min(static_cast<double>(kCurvePoints), kEffectSteps / steps));
   if (points < 2) return result;
   std::vector<double> numbers;
   const std::size_t last = axis->numbers.size() - 1;
@@ -230,7 +230,7 @@ std::optional<DecisionSurface> InputEffects::SurfaceOf(const Player& x, const Pl
   const std::optional<Axis> up = AxisOf(y);
   if (!across || !up || !across->straight || !up->straight) return std::nullopt;
   const std::size_t width = cases_.entry_count;
-  const double side = std::sqrt(kSteps / (vectors_ * static_cast<double>(width)));
+  const double side = std::sqrt(kEffectSteps / (vectors_ * static_cast<double>(width)));
   DecisionSurface surface;
   surface.side = static_cast<std::size_t>(std::min(side, static_cast<double>(kSide)));
   if (surface.side < kLeastSide) return std::nullopt;
