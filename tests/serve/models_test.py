@@ -3,6 +3,7 @@
 Usage: models_test.py PROGRAM EXAMPLES
 """
 import contextlib
+import gzip
 import http.client
 import os
 import shutil
@@ -100,7 +101,11 @@ class Models(unittest.TestCase):
                                     ({**XML, "Authorization": "Bearer open sesame2"}, 401),
                                     ({**key, "Content-Type": "text/csv"}, 415), (key, 201), (key, 200)):
                 self.assertEqual(wanted, service.ask("PUT", "/model/a.b-C_1", IRIS, headers)[0])
-            self.assertEqual(IRIS, service.ask("GET", "/model/a.b-C_1/pmml")[2])
+            packed = gzip.compress(OTHER)
+            for document, more, kept in ((IRIS, {}, IRIS), (gzip.compress(IRIS), {"Content-Encoding": "gzip"}, IRIS),
+                                         (packed, {}, packed), (iter([IRIS[:100], IRIS[100:]]), {}, IRIS)):
+                self.assertEqual(200, service.ask("PUT", "/model/a.b-C_1", document, {**key, **more})[0])
+                self.assertEqual(kept, service.ask("GET", "/model/a.b-C_1/pmml")[2])
             for document, words in ((b"<PMML", b"XML"), (WRONG, b"verification records")):
                 status, _, text = service.ask("PUT", "/model/a.b-C_1", document, key)
                 self.assertEqual((400, True), (status, words in text), text)
