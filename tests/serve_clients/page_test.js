@@ -103,15 +103,15 @@ onPage('an answer that comes late is ignored', {}, async (page) => {
     given = held.then(async () => route.fulfill({response: await answer})).catch(() => {});
     return given;
   });
-  const asked = page.waitForRequest((request) => request.method() === 'POST');
-  await enter(page, {petal_length: '1.1', petal_width: '0.1'});
+  const asked = page.waitForRequest((request) => request.method() === 'POST' && request.url().endsWith('/model/iris'));
+  await enter(page, inputs('iris', 2));
   await asked;
-  await enter(page, inputs('iris', 1));
-  await untilScored(page, expectedCells('iris', 1));
+  await enter(page, inputs('iris', 4));  // each of the three rows has another prediction
+  await untilScored(page, expectedCells('iris', 4));
   release();
   await given;
   await page.waitForTimeout(300);
-  assert.deepEqual(await cells(page), expectedCells('iris', 1));
+  assert.deepEqual(await cells(page), expectedCells('iris', 4));
 });
 
 onPage('an explanation is drawn as bars to both sides', {}, async (page) => {
