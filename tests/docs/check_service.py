@@ -6,7 +6,6 @@ a shown line is for any text, and as the last line for further lines.
 """
 
 import itertools
-import os
 import pathlib
 import re
 import signal
@@ -72,7 +71,6 @@ def main(root, program):
                 done = subprocess.run(
                     ["bash", "-c", command.replace(ADDRESS, address)],
                     cwd=folder, stdout=subprocess.PIPE, text=True, check=False,
-                    env={**os.environ, "LC_ALL": "C.UTF-8"},
                 )  # fmt: skip
                 printed = done.stdout.replace(address, ADDRESS)
                 if not is_as_shown(printed, shown):

@@ -24,7 +24,7 @@ const expectedCells = (name, row) => {
 
 let browser;
 test.before(async () => {
-  browser = await chromium.launch({executablePath: '/usr/bin/chromium', args: ['--no-sandbox', '--disable-gpu']});
+  browser = await chromium.launch({executablePath: '/usr/bin/chromium', args: ['--no-sandbox', '--disable-gpu', '--disable-dev-shm-usage']});
 });
 test.after(() => browser?.close());
 
@@ -191,6 +191,17 @@ onPage('a table that cannot be read is told', {expectsErrors: true}, async (page
   await page.setInputFiles('#file', {name: 'odd.csv', mimeType: 'text/csv', buffer: Buffer.from('a,b\n1,"2\n')});
   await page.waitForSelector('#table-result .failure');
   assert.match(await page.locator('#table-result .failure').innerText(), /^odd\.csv: .{20}/);
+});
+
+onPage('a service that is away is told, and missed until it is back', {expectsErrors: true}, async (page) => {
+  await openModel(page, 'iris');
+  await page.route('**/model', (route) => route.abort());
+  await page.waitForFunction(() => document.getElementById('server').textContent === 'The service does not answer');
+  await page.unroute('**/model');
+  await page.waitForFunction(() => /ready$/.test(document.getElementById('server').textContent));
+  await page.evaluate(() => { location.hash = '#/nothing'; });
+  await page.waitForSelector('#notice:not([hidden])');
+  assert.equal(await page.locator('#notice-text').innerText(), 'There is no model nothing.');
 });
 
 onPage('all works from the keyboard', {}, async (page) => {

@@ -15,6 +15,7 @@ const shown = {
   percentages: 'Probabilities',
   explains: true,     // until the service says that it cannot explain the model
   decision: null,     // the decision whose explanation was asked for
+  unknown: null,      // the model of the address, where there is none
   download: null,     // the address of the last scored table
 };
 let models = [];
@@ -30,7 +31,7 @@ const texts = () => (shown.texts[shown.id] ??= {});
 function drawModels() {
   byId('model-count').textContent = models.length ? String(models.length) : '';
   byId('model-list').replaceChildren(...models.map((model) => element('li', {},
-    element('a', {href: `#/${encodeURIComponent(model.id)}`, 'aria-current': model.id === shown.id ? 'page' : null},
+    element('a', {href: `#/${model.id}`, 'aria-current': model.id === shown.id ? 'page' : null},
       element('span', {class: 'id'}, model.id),
       element('span', {class: model.problem ? 'what bad' : 'what'}, stateOf(model))))));
   // On a narrow page the list is a row that may be longer than the page is wide.
@@ -58,9 +59,11 @@ async function poll() {
 
 // Follows what the service has: the model of the address, or the first, or that none is loaded.
 async function follow() {
-  const wanted = decodeURIComponent(location.hash.startsWith('#/') ? location.hash.slice(2) : '');
+  const wanted = location.hash.startsWith('#/') ? location.hash.slice(2) : '';  // ids need no escapes
   const known = models.find((model) => model.id === (wanted || shown.id));
   const next = known ?? models[0];
+  if (wanted && !known && shown.unknown !== wanted && wanted !== shown.id) notice(`There is no model ${wanted}.`);
+  shown.unknown = known ? null : wanted;
   if (shown.id && !models.some((model) => model.id === shown.id)) notice(`${shown.id} is no longer loaded.`);
   byId('no-model').hidden = Boolean(next);
   byId('with-model').hidden = !next;
