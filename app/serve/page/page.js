@@ -10,6 +10,7 @@ const explanationPause = 250;  // milliseconds with a score before its explanati
 const shown = {
   id: null,           // the model on the page
   checksum: null,     // of the document that the card and the form were made from
+  reopened: -Infinity,  // when the document was last found to be another one, in milliseconds
   fields: [],
   texts: {},          // what is entered, by model and input
   percentages: 'Probabilities',
@@ -97,6 +98,9 @@ async function open(id) {
 
 // reopen(): the document of the shown model was replaced.
 async function reopen() {
+  // Two services behind one address that do not agree would be asked without end.
+  if (performance.now() - shown.reopened < 1000) return;
+  shown.reopened = performance.now();
   const before = shown.checksum;
   await load();
   if (!before || !shown.checksum || shown.checksum === before) return;
