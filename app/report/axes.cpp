@@ -37,6 +37,7 @@ std::vector<std::string> TickTexts(const std::vector<double>& ticks) {
   const int decimals = plain && step > 0.0
                            ? static_cast<int>(std::max(0.0, std::ceil(-std::log10(step) - 1e-9)))
                            : 0;
+  texts.reserve(ticks.size());
   for (const double tick : ticks) {
     texts.push_back(tick == 0.0         ? std::string("0")
                     : plain && step > 0 ? Fixed(tick, decimals)

@@ -213,8 +213,9 @@ std::string SurfaceText(const Explanation& of) {
       fmt::format("The decision value where two inputs change, by bands of equal values. All other "
                   "inputs are those of one case: {}.",
                   of.surface->of_closest
-                      ? "the one closest to the threshold, for these two alone change nothing "
-                        "about the row of the background that is closest to its mean"
+                      ? "the one closest to the threshold, since around the row of the "
+                        "background that is closest to its mean these two inputs alone do not "
+                        "change the answer"
                       : "the row of the background that is closest to its mean"));
   html += Paragraph(of.surface->Crosses(of.sides.threshold)
                         ? "The thick line is the threshold, where the machine changes its answer."

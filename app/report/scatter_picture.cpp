@@ -56,14 +56,6 @@ std::string Draw(const ScatterPicture& what) {
   if (what.diagonal) {
     picture.Line({plot.x.From(), plot.y.From()}, {plot.x.To(), plot.y.To()}, "mark");
   }
-  for (std::size_t i = 0; i < what.points.size(); ++i) {
-    const Point at{plot.x.At(what.points[i].x), plot.y.At(what.points[i].y)};
-    if (!what.is_second.empty() && what.is_second[i]) {
-      picture.Diamond(at, 2.6, "dot second");
-    } else {
-      picture.Circle(at, 2.6, "dot");
-    }
-  }
   if (std::isfinite(what.level)) {
     const double at = plot.y.At(what.level);
     picture.Line({plot.x.From(), at}, {plot.x.To(), at}, "mark");
@@ -72,6 +64,14 @@ std::string Draw(const ScatterPicture& what) {
                                                     std::fabs(what.curve.back().y - what.level);
     picture.Text({at_left ? plot.x.From() + 3 : plot.x.To(), at - 4}, what.level_label, "tick halo",
                  at_left ? Anchor::kStart : Anchor::kEnd);
+  }
+  for (std::size_t i = 0; i < what.points.size(); ++i) {
+    const Point at{plot.x.At(what.points[i].x), plot.y.At(what.points[i].y)};
+    if (!what.is_second.empty() && what.is_second[i]) {
+      picture.Diamond(at, 2.6, "dot second");
+    } else {
+      picture.Circle(at, 2.6, "dot");
+    }
   }
   std::vector<Point> curve;
   for (const Point& point : what.curve) curve.push_back({plot.x.At(point.x), plot.y.At(point.y)});

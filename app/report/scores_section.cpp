@@ -4,6 +4,7 @@
 #include <limits>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include "app/report/bar_picture.h"
 #include "app/report/histogram_picture.h"
@@ -83,13 +84,15 @@ std::string MachineFigure(const ReportData& data, const MachineDistribution& mac
     const auto cases = [&machine](std::size_t group) {
       return Count(Sum(machine.histogram.counts[group]));
     };
-    if (machine.below >= 0) {
-      note += fmt::format("{}: {} \u00B7 ", CategoryName(data, machine.below), cases(1));
-    }
-    if (machine.above >= 0) {
-      note += fmt::format("{}: {} \u00B7 ", CategoryName(data, machine.above), cases(0));
-    }
-    note += fmt::format("others: {}", cases(2));
+    std::vector<std::string> counts;
+    const auto add = [&](int category, std::size_t group) {
+      if (category < 0) return;
+      counts.push_back(fmt::format("{}: {}", CategoryName(data, category), cases(group)));
+    };
+    add(machine.below, 1);
+    add(machine.above, 0);
+    if (data.model->categories.size() > 2) counts.push_back("others: " + cases(2));
+    note = fmt::format("{}", fmt::join(counts, " \u00B7 "));
     picture.description += fmt::format(
         " {} of the category on the right, {} of the one on the "
         "left, {} of others.",

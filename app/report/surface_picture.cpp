@@ -132,8 +132,9 @@ void DrawRegion(SvgPicture& picture, const Plot& plot, const SurfacePicture& wha
   if (name.empty() || !is_there) return;
   const auto place = static_cast<std::size_t>(at - values.begin());
   const auto last = static_cast<double>(what.surface.side - 1);
+  const std::size_t row = place / what.surface.side;
   const double x = static_cast<double>(place % what.surface.side) / last;
-  const double y = static_cast<double>(place / what.surface.side) / last;
+  const double y = static_cast<double>(row) / last;
   const double left = plot.x.From() + 58;
   const double right = plot.x.To() - 58;
   Point text{std::clamp(plot.x.From() + (plot.x.To() - plot.x.From()) * x, left, right),
@@ -202,9 +203,9 @@ std::string Draw(const SurfacePicture& what) {
   for (const tools::CasePlace& place : surface.cases) {
     const Point at{plot.x.Within(place.x), plot.y.Within(place.y)};
     if (place.is_below) {
-      picture.Diamond(at, 2, "dot second");
+      picture.Diamond(at, 2, "dot on second");
     } else {
-      picture.Circle(at, 2, "dot");
+      picture.Circle(at, 2, "dot on");
     }
   }
   std::vector<Point> taken;

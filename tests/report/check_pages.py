@@ -13,7 +13,7 @@ import io
 import os
 import subprocess
 import sys
-from xml.sax.saxutils import escape, quoteattr
+from xml.sax.saxutils import quoteattr
 
 from browser import Browser
 

@@ -54,7 +54,8 @@ std::vector<std::pair<CaseChoice, std::size_t>> ChooseOfRegression(std::size_t m
       CaseChoice::kLargestResidual, cases.Size(),
       [&](std::size_t at) {
         const double residual = std::fabs(cases.observed[at] - cases.values[at]);
-        return std::isnan(residual) ? kNone : residual;
+        if (std::isnan(residual)) return kNone;
+        return residual;
       },
       chosen);
   if (chosen.size() > 2) return chosen;

@@ -196,6 +196,7 @@ class Explaining {
   void AddChosen(const ModelExplainer& model) {
     const auto choices = ChooseCases(result_.sides, result_.machine, cases_);
     std::vector<std::size_t> chosen;
+    chosen.reserve(choices.size());
     for (const auto& choice : choices) chosen.push_back(choice.second);
     ForEachExplained(
         model, chosen, [&](std::size_t i, const CaseExplainer& explainer, std::size_t place) {
