@@ -62,7 +62,7 @@ std::string InputsTable(const ReportData& data) {
          input.needed ? "yes" : "no",
          input.replacement ? Name(*input.replacement) : std::string(kDash)});
   }
-  const std::string html = Table(table);
+  std::string html = Table(table);
   if (data.inputs.size() <= kRowsOpen) return html;
   return Details(fmt::format("Inputs: {}", Counted(all, "row")), html);
 }
@@ -88,7 +88,7 @@ std::string MachinesTable(const ModelSummary& model) {
                                Number(machine.threshold), Number(machine.offset, 6),
                                Count(machine.terms)});
   }
-  const std::string html = Table(table);
+  std::string html = Table(table);
   if (shown <= kRowsOpen) return html;
   return Details(fmt::format("Machines: {}", Counted(shown, "row")), html);
 }

@@ -18,7 +18,7 @@ constexpr std::size_t kKinds = 40;
 
 std::string PlaceOf(const Finding& finding) {
   if (finding.place.element.empty()) return {};
-  const std::string element = Name(finding.place.element, 120);
+  std::string element = Name(finding.place.element, 120);
   if (finding.place.line == 0) return element;
   return fmt::format("line {}, {}", finding.place.line, element);
 }
