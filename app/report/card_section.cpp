@@ -148,12 +148,9 @@ std::string CardSection(const ReportData& data) {
        {"Producer", model.producer.empty() ? "not stated" : Name(model.producer)},
        {"Model name", model.model_name.empty() ? "" : Name(model.model_name)},
        {"Target", target},
-       {"Method", Escaped(MethodSentence(model))},
+       {"How it decides", Escaped(MethodSentence(model))},
        {"Kernel", Escaped(KernelSentence(model))},
        {"Percentages", Escaped(PercentagesSentence(model))},
-       {"Votes are decided", model.scheme.method == tools::Method::kRegression
-                                 ? std::string()
-                                 : Escaped(VotesSentence(model))},
        {"Terms",
         fmt::format("{} in all machines, {} vector fields, {}", Count(model.terms),
                     Count(model.vector_fields), Counted(model.derived_fields, "derived field"))},

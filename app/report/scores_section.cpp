@@ -101,6 +101,29 @@ std::string MachineFigure(const ReportData& data, const MachineDistribution& mac
   return Figure(MachineName(data, machine, machine.machine), Draw(picture), note);
 }
 
+std::string HowToReadMachines(const ReportData& data) {
+  const bool labelled = data.cases->figures.has_value();
+  if (!data.machines.empty() && std::isnan(data.machines.front().threshold)) {
+    std::string html = fmt::format(
+        "Each category has a machine of its own; the answer is the category whose machine has the "
+        "{} "
+        "decision value.",
+        data.model->max_wins ? "largest" : "smallest");
+    if (labelled) html += " The filled part of a bar is cases that really are of its category.";
+    return html;
+  }
+  const std::string rule =
+      "By itself, a machine answers with the category on the right where its decision value is "
+      "right of the dashed line";
+  if (!labelled) return rule + ", and with the hatched one otherwise.";
+  return rule +
+         ". The filling of a bar is what its cases really are: plain for the category on the "
+         "right, "
+         "hatched for the one on the left, empty for others. Plain bars on the left and hatched "
+         "ones "
+         "on the right are the machine\u2019s mistakes.";
+}
+
 std::string MachineFigures(const ReportData& data) {
   std::vector<std::string> figures;
   for (const MachineDistribution& machine : data.machines) {
@@ -108,16 +131,7 @@ std::string MachineFigures(const ReportData& data) {
   }
   const std::size_t all = data.cases->machines;
   std::string html = "<h3>Decision values</h3>\n";
-  html += Paragraph(
-      data.cases->figures
-          ? "By itself, a machine answers with the category on the right where its decision value "
-            "is right of the dashed line. The filling of a bar is what its cases really are: plain "
-            "for the "
-            "category on the right, hatched for the one on the left, empty for others. Plain bars "
-            "on the left and hatched ones on the right are the machine\u2019s mistakes."
-          : "By itself, a machine answers with the category on the right where its decision value "
-            "is right of "
-            "the dashed line, and with the hatched one otherwise.");
+  html += Paragraph(HowToReadMachines(data));
   if (all > figures.size()) {
     html += Note(fmt::format("The first {} of {} machines are shown; {} are left out.",
                              figures.size(), Count(all), Count(all - figures.size())));

@@ -71,6 +71,10 @@ TEST(Report, LoadsAndRunsNothing) {
 TEST(Report, HasTheSameBytesEachTime) {
   const std::string once = ReportExample("digits", "digit").out;
   EXPECT_EQ(once, ReportExample("digits", "digit").out);
+  const std::string iris = "\"$SVMSCORE\" report '" + ExampleFile("iris/model.pmml") +
+                           "' --input '" + ExampleFile("iris/cases.csv") +
+                           "' --actual species -o -";
+  EXPECT_EQ(RunShell(iris).out, RunShell("SVMSCORE_ISA=sse2 " + iris).out);
   EXPECT_THAT(once, Not(HasSubstr("made 20")));
   const Ran dated = RunShell("SOURCE_DATE_EPOCH=86400 \"$SVMSCORE\" report '" +
                              ExampleFile("iris/model.pmml") + "' -o -");
