@@ -103,8 +103,10 @@ bool HasNameTwice(const std::string& text) {
   return !Json::parse(text, look, false).is_discarded() && twice;
 }
 
-// The scanner and another parser agree on what JSON is.
+// The scanner and another parser agree on what JSON is. The other one passes over a byte-order
+// mark, and takes a NUL for the end.
 void CompareParsers(std::string text) {
+  if (text.find('\0') != std::string::npos || text.starts_with("\xEF\xBB\xBF")) return;
   const bool known = Json::accept(text);
   const bool twice = known && HasNameTwice(text);
   const std::string original = text;
