@@ -31,7 +31,7 @@ Answer JsonAnswer(std::string body) {
 bool Service::IsQuick(const Route& route, Method method, std::size_t body_size) const {
   if (method != Method::kPost) {
     return route.resource != Resource::kModels && route.resource != Resource::kModel &&
-           route.resource != Resource::kPmml;
+           route.resource != Resource::kPmml && route.resource != Resource::kMetrics;
   }
   if (body_size > kQuickBody || route.resource == Resource::kCsv ||
       route.resource == Resource::kExplain) {
