@@ -35,6 +35,12 @@ LOOK = r"""(() => {
     if (box.width && !scrolls(e) && !e.closest('.skip') && !e.closest('.defs') && box.right > wide + 1)
       beyond.push(e.tagName + ' ' + (e.textContent || '').slice(0, 40));
   }
+  const edge = document.querySelector('main')?.getBoundingClientRect().right ?? wide;
+  for (const e of all('figure, p, caption')) {
+    const box = e.getBoundingClientRect();
+    if (box.width && box.left >= 0 && box.right > edge + 1 && !e.closest('.skip'))
+      beyond.push('beyond the margin: ' + e.tagName + ' ' + e.textContent.slice(0, 40));
+  }
   const overlaps = [];
   for (const s of all('svg[role=img]')) {
     const frame = s.getBoundingClientRect();
