@@ -97,9 +97,10 @@ std::string ClassText(const CalibrationResult& result) {
 
 std::string IntervalText(const CalibrationResult& result) {
   std::string text = fmt::format(
-      "interval: prediction -+ {:.6g}, the residual of rank {} of {}; confidence {}\n\n{:14}{:>12}"
+      "interval: {} -+ {:.6g}, the residual of rank {} of {}; confidence {}\n\n{:14}{:>12}"
       "{:>12}\n",
-      result.half_width, result.rank, result.used, result.confidence, "", "coverage", "mean width");
+      result.output_field.empty() ? "prediction" : Inserted(result.output_field), result.half_width,
+      result.rank, result.used, result.confidence, "", "coverage", "mean width");
   const auto add = [&text](const char* name, const std::optional<IntervalFigures>& figures) {
     text += fmt::format("{:14}", name);
     text += figures ? fmt::format("{:>12.4f}{:>12.6g}\n", figures->coverage, figures->mean_width)

@@ -224,6 +224,42 @@ TEST(Calibrate, CoversTheHoldoutByIntervals) {
   }
 }
 
+// Labels in the unit of an output field, or nearly: the prediction is a tenth of them.
+TEST(Calibrate, MeasuresDistancesInTheUnitOfTheLabels) {
+  const TemporaryFolder folder;
+  const std::string holdout = ReadFile(Example("diabetes/cases.csv"));
+  const std::string diabetes = ReadFile(Example("diabetes/model.pmml"));
+  const auto with_output = [&](const std::string& factor) {
+    return Edited(diabetes,
+                  {"*<VectorDictionary",
+                   "<Output><OutputField name='p'/><OutputField name='q' "
+                   "feature='transformedValue' dataType='double'><Apply function='+'>"
+                   "<Apply function='*'><FieldRef field='p'/>" +
+                       factor +
+                       "</Apply><Constant>70</Constant></Apply></OutputField></Output><Targets>"
+                       "<Target rescaleFactor='-0.1' rescaleConstant='7' min='160'/></Targets>"
+                       "<VectorDictionary"});
+  };
+  const Calibrated plain = Calibrate(folder, diabetes, holdout, "progression");
+  const Calibrated line =
+      Calibrate(folder, with_output("<Constant>-10</Constant>"), holdout, "progression");
+  ASSERT_EQ(line.run.status, 0) << line.run.err;
+  EXPECT_EQ(line.report.at("outputField"), "q");
+  EXPECT_EQ(line.report.at("rank"), plain.report.at("rank"));
+  EXPECT_NEAR(line.report.at("halfWidth").get<double>(), plain.report.at("halfWidth").get<double>(),
+              1e-9);
+  EXPECT_NEAR(line.report.at("standardDeviation").get<double>(),
+              plain.report.at("standardDeviation").get<double>(), 1e-9);
+  for (const char* said :
+       {"-10 times the prediction plus 70", "score --columns raw", "for its target"}) {
+    EXPECT_THAT(line.report.at("remarks").dump(), HasSubstr(said));
+  }
+  const Calibrated curve =
+      Calibrate(folder, with_output("<FieldRef field='p'/>"), holdout, "progression");
+  EXPECT_EQ(curve.run.status, 5);
+  EXPECT_THAT(curve.run.err, HasSubstr("the output field q, which is no straight line"));
+}
+
 // Three vectors that a case is compared with, on a plane: f = x - y.
 const char* const kPlane = R"(<?xml version="1.0"?>
 <PMML version="4.4" xmlns="http://www.dmg.org/PMML-4_4"><DataDictionary>

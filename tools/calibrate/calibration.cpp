@@ -49,6 +49,9 @@ std::string NoteOf(const CalibrationOrder& order, const CalibrationResult& resul
   if (!result.classification) {
     note += fmt::format("{}{} by split conformal prediction, half-width {:.6g}", kConfidenceNote,
                         result.confidence, result.half_width);
+    if (!result.output_field.empty()) {
+      note += fmt::format(" on the scale of the output field {}", result.output_field);
+    }
     if (result.interval_after) {
       note +=
           fmt::format("; by {}-fold cross-validation coverage {:.4f}, mean width {:.6g}", kFolds,

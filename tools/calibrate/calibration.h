@@ -67,8 +67,10 @@ struct CalibrationResult {
   ClassFigures after;  // by cross-validation
   // Of a regression.
   double confidence = 0.0;
-  std::size_t rank = 0;                            // of the residual that gives the width
-  double half_width = 0.0;                         // in units of the target
+  std::size_t rank = 0;  // of the residual that gives the width
+  // On the scale of the labels: of the prediction, or of this output field where it is not empty.
+  double half_width = 0.0;
+  std::string output_field;
   double deviation = 0.0;                          // that the document gets
   std::optional<IntervalFigures> interval_before;  // nothing where the model has none
   std::optional<IntervalFigures> interval_after;   // by cross-validation; nothing for too few cases

@@ -72,6 +72,7 @@ void WriteRegression(const CalibrationResult& result, JsonText& json) {
   json.Member("confidence", result.confidence);
   json.Member("rank", result.rank);
   json.Member("halfWidth", result.half_width);
+  if (!result.output_field.empty()) json.Member("outputField", result.output_field);
   json.Member("standardDeviation", result.deviation);
   WriteFigures(result.interval_before, json.Key("before"));
   WriteFigures(result.interval_after, json.Key("after"));

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <unordered_set>
@@ -13,7 +14,10 @@
 #include <fmt/ranges.h>
 
 #include "host/model/batch_model.h"
+#include "host/output/output_plan.h"
 #include "host/text/number_text.h"
+#include "host/transform/value/arena.h"
+#include "host/transform/value/value.h"
 #include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
 #include "tools/findings/inspected.h"
@@ -37,7 +41,10 @@ std::string Some(const std::vector<std::string>& texts) {
 
 // Numbers that agree to about six digits have the same key, but for those beside an edge.
 std::uint64_t KeyOf(std::uint64_t key, double number) {
-  const auto bits = std::bit_cast<std::uint32_t>(static_cast<float>(number) + 0.0F);
+  // Beyond the range of float, the cast is undefined.
+  constexpr double kMost = std::numeric_limits<float>::max();
+  const auto rounded = static_cast<float>(std::clamp(number, -kMost, kMost));
+  const auto bits = std::bit_cast<std::uint32_t>(rounded + 0.0F);
   key = (key ^ ((bits + 8U) >> 4U)) * 0x9E3779B97F4A7C15U;
   return key ^ (key >> 29U);
 }
@@ -46,7 +53,9 @@ class HoldoutScorer {
  public:
   HoldoutScorer(const LoadedModel& loaded, BatchModel& model, const TextTable& table,
                 const std::string& actual, const CellRules& rules)
-      : targets_(loaded.output->Targets()),
+      : loaded_(loaded),
+        plan_(*loaded.output),
+        targets_(loaded.output->Targets()),
         target_(targets_.Target()),
         classification_(targets_.GetScheme().method != output::Method::kRegression),
         table_(table),
@@ -75,6 +84,7 @@ class HoldoutScorer {
     }
     model.FixPositions(record_);
     holdout_.machines = model.DecisionCount();
+    if (!classification_) FindOutputs();
   }
 
   Holdout Run() {
@@ -87,7 +97,8 @@ class HoldoutScorer {
         continue;
       }
       labels_.push_back(label_read_);
-      if (batch_.Size() == kChunk) Flush();
+      ReadOutputInputs();
+      if (batch_.Size() == kChunk || texts_.BytesTaken() > kMostTexts) Flush();
     }
     Flush();
     return std::move(holdout_);
@@ -96,6 +107,37 @@ class HoldoutScorer {
  private:
   // Cases that are scored together.
   static constexpr std::size_t kChunk = 128;
+  static constexpr std::size_t kMostTexts = std::size_t{1} << 20;  // bytes that they may take
+
+  void FindOutputs() {
+    const auto& fields = plan_.Fields();
+    for (const int f : plan_.FinalFields()) {
+      const auto field = static_cast<std::size_t>(f);
+      if (fields[field].feature != output::Feature::kExpression) continue;
+      output_fields_.push_back(field);
+      holdout_.outputs.push_back({fields[field].name, {}});
+    }
+    if (output_fields_.empty()) return;
+    cells_.emplace(plan_, loaded_.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing);
+  }
+
+  void ReadOutputInputs() {
+    if (!cells_) return;
+    const std::size_t begin = inputs_.size();
+    inputs_.resize(begin + plan_.InputCount());
+    plan_.ReadInputs(record_, inputs_.data() + begin, texts_);
+  }
+
+  void TakeOutputs(const output::Outcome& outcome, std::size_t place) {
+    if (!cells_) return;
+    plan_.Evaluate(outcome, inputs_.data() + place * plan_.InputCount(), *cells_);
+    for (std::size_t i = 0; i < output_fields_.size(); ++i) {
+      const transform::Value& cell = cells_->Cell(output_fields_[i]);
+      const bool is_number = cell.IsPresent() && !cell.IsText();
+      holdout_.outputs[i].numbers.push_back(is_number ? cell.GetNumber()
+                                                      : std::numeric_limits<double>::quiet_NaN());
+    }
+  }
 
   // The category, or the number, that the cell holds; false where it holds none.
   bool ReadLabel(std::string_view cell) {
@@ -138,6 +180,8 @@ class HoldoutScorer {
     for (std::size_t c = 0; c < batch_.Size(); ++c) Take(c);
     batch_.Clear();
     labels_.clear();
+    inputs_.clear();
+    texts_.Reset();
   }
 
   void Take(std::size_t place) {
@@ -160,6 +204,8 @@ class HoldoutScorer {
     if (!classification_) {
       holdout_.observed.push_back(labels_[place]);
       holdout_.values.push_back(results.value[place]);
+      holdout_.predictions.push_back(outcome.prediction.GetNumber());
+      TakeOutputs(outcome, place);
       if (outcome.has_interval) holdout_.intervals.emplace_back(outcome.lower, outcome.upper);
       return;
     }
@@ -171,6 +217,8 @@ class HoldoutScorer {
     }
   }
 
+  const LoadedModel& loaded_;
+  const output::OutputPlan& plan_;
   const output::TargetRules& targets_;
   const MCZandor_850::ScoreDictVar& target_;
   bool classification_;
@@ -184,6 +232,11 @@ class HoldoutScorer {
   std::size_t label_ = 0;
   double label_read_ = 0.0;     // of the present row
   std::vector<double> labels_;  // of the batch
+  // Of a regression with such output fields: their positions, and what they depend on in the batch.
+  std::vector<std::size_t> output_fields_;
+  std::optional<output::OutputScratch> cells_;
+  std::vector<transform::Value> inputs_;
+  transform::Arena texts_;
   std::string buffer_;
   Holdout holdout_;
 };

@@ -16,6 +16,12 @@
 
 namespace svmscore::tools {
 
+// An output field that an expression makes a number of: not a number for a case without.
+struct OutputNumbers {
+  std::string name;
+  std::vector<double> numbers;
+};
+
 // One entry a usable case in every list: one that has a label and is scored.
 struct Holdout {
   std::size_t rows = 0;        // of the table
@@ -38,6 +44,8 @@ struct Holdout {
   std::vector<double> observed;
   std::vector<double> values;
   std::vector<std::pair<double, double>> intervals;
+  std::vector<double> predictions;     // as score writes them, before output fields
+  std::vector<OutputNumbers> outputs;  // final results, in the order of the document
 
   // Of the numbers that the model makes of each usable case.
   std::unordered_set<std::uint64_t> keys;

@@ -15,6 +15,7 @@
 #include "tools/calibrate/calibration.h"
 #include "tools/calibrate/figures.h"
 #include "tools/calibrate/holdout.h"
+#include "tools/calibrate/label_scale.h"
 #include "tools/calibrate/sigmoid_fit.h"
 
 namespace svmscore::tools {
@@ -209,7 +210,9 @@ void CheckIntervals(const LoadedModel& loaded, const Holdout& holdout, FindingLi
   const std::size_t count = holdout.Size();
   if (holdout.intervals.size() != count || count < kFewestCases) return;
   const double confidence = StatedConfidence(loaded.document).value_or(kUsualConfidence);
-  const IntervalFigures figures = FiguresOf(holdout.observed, holdout.intervals);
+  const LabelScale scale = ScaleOfLabels(holdout);
+  if (!scale.curved.empty()) return;
+  const IntervalFigures figures = FiguresOf(holdout.observed, scale.Of(holdout.intervals));
   const auto covered =
       static_cast<std::size_t>(std::lround(figures.coverage * static_cast<double>(count)));
   const std::size_t missed = count - covered;
