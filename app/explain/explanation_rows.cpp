@@ -92,12 +92,16 @@ void ExplanationRows::ComputeChunk() {
 void ExplanationRows::WriteRow(std::size_t r, CaseBlock& block) {
   Row& row = rows_[r];
   const double* decisions = nullptr;
+  bool decided = false;
   if (row.status == 0 && !cases_.IsExplained(row.place)) {
     row.status = MCScore::kInvalidValue;
     decisions = cases_.Decisions(row.place);
+    decided = cases_.IsDecided(row.place);
   }
   if (row.status == 0) {
     RaiseTo(imbalance_, cases_.Imbalance(row.place));
+  } else if (decided) {
+    block.failures.Add(block.tally.cases, LineOf(r), {{.cause = reasons::Cause::kNotExplained}});
   } else {
     const reasons::Ended ended{row.status, row.status, row.status, decisions, 1, {}};
     block.failures.Add(block.tally.cases, LineOf(r),

@@ -32,6 +32,7 @@ enum class Cause {
   kNoCategory,  // the decision values are for no category
   kNoResult,    // no more is known than that the result is not valid
   kPercentsNotFinite,
+  kNotExplained,     // the decision value is finite, and what contributes to it is not
   kNotOfTargetType,  // the prediction is not finite, or cannot be a value of the target's type
   kOutputField,      // an output field comes to an invalid value
   kCannotScore,      // memory ran out, or the model lacks data

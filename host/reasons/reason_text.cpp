@@ -118,6 +118,9 @@ std::string WordsOf(const Reason& reason) {
       return "the model comes to no valid result";
     case Cause::kPercentsNotFinite:
       return "the probabilities are not finite numbers";
+    case Cause::kNotExplained:
+      return "the decision value is not defined, or not finite, between the case and the "
+             "background; use another background";
     case Cause::kNotOfTargetType:
       return "the predicted value is not finite, or cannot be one of the target's type";
     case Cause::kOutputField:
@@ -166,6 +169,8 @@ std::string GroupOf(Cause cause, const ScoreDictVar* input) {
       return "no valid result";
     case Cause::kPercentsNotFinite:
       return "probabilities not finite";
+    case Cause::kNotExplained:
+      return "not finite between cases and background";
     case Cause::kNotOfTargetType:
       return "not finite, or not of the target's type";
     case Cause::kOutputField:

@@ -13,6 +13,10 @@ if TYPE_CHECKING:
     from ._model import Model
 
 _TOLERATED = 1e-10  # of the sum of a machine's coefficients
+_NOT_EXPLAINED = (
+    "the decision value is not defined, or not finite, between the case and the background; "
+    "use another background"
+)
 
 
 class Explanation:
@@ -20,7 +24,7 @@ class Explanation:
 
     Attributes:
         values: Shapley values, (n, players) or (n, machines, players): they add up to the decision
-            value less its base. NaN in rows that could not be scored.
+            value less its base. NaN in rows that have no explanation.
         errors: standard errors of values that are sampled, of the same shape; None for exact ones.
         decisions: the decision values, as of Model.decision_function: (n,) or (n, machines).
         base: the mean decision value of the background: a float, or (machines,).
@@ -157,6 +161,6 @@ def explain(
             stacklevel=3,
         )
     if errors == "raise" and made.status.any():
-        raise model._failure(X, made.status)
+        raise model._failure(X, made.status, _NOT_EXPLAINED)
     made._without_machines()
     return made

@@ -538,10 +538,11 @@ class Model:
             raise self._failure(X, status)
         return True
 
-    def _failure(self, X: Any, status: np.ndarray) -> ScoringError:
+    def _failure(self, X: Any, status: np.ndarray, otherwise: str = "") -> ScoringError:
+        """`otherwise` is the reason of rows that can be scored."""
         rows = np.flatnonzero(status).tolist()
         statuses = status[rows].tolist()
-        reasons = self._reasons(X, rows[:_NAMED_ROWS])
+        reasons = [reason or otherwise for reason in self._reasons(X, rows[:_NAMED_ROWS])]
         lines = [
             f"row {row}: {reason}"
             for row, reason in zip(rows, reasons or map(_sentence_of, statuses[:_NAMED_ROWS]))

@@ -297,6 +297,23 @@ TEST_F(Explain, DrawsFromABackgroundAndLeavesOutWhatCannotBeScored) {
   EXPECT_THAT(Run(game).err, HasSubstr("b.csv: there is no row below the header; "));
 }
 
+// The power of a negative number is not defined, and between cases there are some.
+TEST_F(Explain, HasNoNumbersWhereTheModelHasNoneBetweenCases) {
+  Game game = Product();
+  game.model = folder_.Write("power.pmml",
+                             tools::ExplainedDocument("", {tools::Ref("a"), tools::Ref("b")},
+                                                      "<PolynomialKernelType gamma='1' coef0='0' "
+                                                      "degree='2.5'/>"));
+  game.background = {{"1", "-2", "3", "1", "red"}, {"1", "5", "1", "1", "red"}};
+  game.cases = {{"1", "1", "1", "1", "red"}, {"1", "-2", "3", "1", "red"}};
+  const Ran ran = Run(game);
+  EXPECT_THAT(ran.out, HasSubstr("\n1,,,,,,"));
+  EXPECT_THAT(ran.out, Not(HasSubstr("nan")));
+  EXPECT_THAT(ran.err, HasSubstr("row 1: the decision value is not defined, or not finite, "
+                                 "between the case and the background; use another background"));
+  EXPECT_THAT(ran.err, HasSubstr(", 0 missing, "));
+}
+
 // Values that are sampled come with their errors.
 TEST_F(Explain, SamplesWhatHasNoClosedForm) {
   const Game game = Product("<SigmoidKernelType gamma='0.3' coef0='0.1'/>");

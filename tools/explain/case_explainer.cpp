@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <utility>
 
@@ -18,6 +19,10 @@ constexpr std::size_t kMostNumbers = std::size_t{1} << 18;
 
 // Keeps the cases of entries from starting at addresses that fall into one set of the cache.
 constexpr std::size_t kPadding = 8;
+
+bool AllFinite(const double* numbers, std::size_t count) {
+  return std::all_of(numbers, numbers + count, [](double number) { return std::isfinite(number); });
+}
 
 }  // namespace
 
@@ -98,10 +103,16 @@ void CaseExplainer::Explain() {
   model_.Values().Explain({entries_.data(), capacity_, count_}, wanted);
 }
 
+bool CaseExplainer::IsDecided(std::size_t position) const {
+  return AllFinite(Decisions(position), DecisionCount());
+}
+
 bool CaseExplainer::IsExplained(std::size_t position) const {
-  const double* decisions = Decisions(position);
-  return std::all_of(decisions, decisions + DecisionCount(),
-                     [](double decision) { return std::isfinite(decision); });
+  const std::size_t values = DecisionCount() * model_.ValueCount();
+  const std::size_t gradients = DecisionCount() * model_.Fields().size();
+  return IsDecided(position) && AllFinite(Values(position, 0), values) &&
+         (!model_.Values().IsSampled() || AllFinite(Errors(position, 0), values)) &&
+         (gradients_.empty() || AllFinite(Gradients(position, 0), gradients));
 }
 
 const double* CaseExplainer::Gradients(std::size_t position, std::size_t decision) const {
@@ -115,7 +126,8 @@ double CaseExplainer::Imbalance(std::size_t position) const {
     const double* values = Values(position, m);
     const double sum = std::accumulate(values, values + model_.ValueCount(), 0.0);
     const double off = std::abs(Decisions(position)[m] - model_.Values().Base(m) - sum);
-    if (off > 0.0) worst = std::max(worst, off / model_.Values().Scale(m));
+    const double share = off == 0.0 ? 0.0 : off / model_.Values().Scale(m);
+    worst = std::max(worst, std::isnan(share) ? std::numeric_limits<double>::infinity() : share);
   }
   return worst;
 }

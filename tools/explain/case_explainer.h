@@ -83,7 +83,10 @@ class CaseExplainer {
 
   // Of a case by its position, after Explain and until the next change.
 
-  // Whether it has an explanation: not where an entry or a decision value is not finite.
+  // Whether its entries and decision values are finite.
+  bool IsDecided(std::size_t position) const;
+  // Whether it has an explanation: all that is wanted of it is finite. A case that is decided may
+  // have none where the model is not defined between it and the background.
   bool IsExplained(std::size_t position) const;
   // [decisions] The decision values, also of a case that has none.
   const double* Decisions(std::size_t position) const {
@@ -99,8 +102,8 @@ class CaseExplainer {
   }
   const double* Gradients(std::size_t position, std::size_t decision) const;
   // How far the values are from adding up to the decision value less its mean over the background:
-  // the largest distance of any decision value, as a share of the sum of its coefficients.
-  // REQUIRES: IsExplained(position).
+  // the largest distance of any decision value, as a share of the sum of its coefficients;
+  // infinity where that is no number.
   double Imbalance(std::size_t position) const;
 
  private:
