@@ -97,13 +97,15 @@ std::string StrongestFigure(const ReportData& data) {
 
 std::string Reason(const ReportData& data, const ExplainedCase& shown) {
   const tools::MachineSides& sides = data.explanation->sides;
+  // A machine without a threshold is not sure of anything by itself.
+  const bool decides = !std::isnan(sides.threshold);
   switch (shown.choice) {
     case CaseChoice::kSurestAbove:
-      return sides.above < 0 ? "the highest decision value"
-                             : "surest for " + CategoryName(data, sides.above);
+      return !decides || sides.above < 0 ? "the highest decision value"
+                                         : "surest for " + CategoryName(data, sides.above);
     case CaseChoice::kSurestBelow:
-      return sides.below < 0 ? "the lowest decision value"
-                             : "surest for " + CategoryName(data, sides.below);
+      return !decides || sides.below < 0 ? "the lowest decision value"
+                                         : "surest for " + CategoryName(data, sides.below);
     case CaseChoice::kTypicalAbove:
       return "typical for " + CategoryName(data, sides.above);
     case CaseChoice::kTypicalBelow:
@@ -164,6 +166,23 @@ std::string CaseFigure(const ReportData& data, const ExplainedCase& shown) {
                             Count(shown.number), Reason(data, shown), Number(shown.decision, 3),
                             Number(of.base, 3), Outcome(data, shown)),
                 Draw(picture), "");
+}
+
+std::string HowChosen(const Explanation& of) {
+  if (of.sides.above < 0 && of.sides.below < 0) {
+    return "Chosen are the cases with the highest and the lowest prediction, and the one whose "
+           "prediction is farthest off or, without labels, one in the middle.";
+  }
+  const std::string bars = of.sides.above < 0
+                               ? "A bar to the left speaks for the category on the left."
+                               : "A bar to the right speaks for the category on the right.";
+  if (std::isnan(of.sides.threshold)) {
+    return "Chosen are the cases with the highest and the lowest decision value. " + bars;
+  }
+  return "Chosen are the surest cases, those in the middle of each side "
+         "(\u201Ctypical\u201D), the one closest to the threshold, and, where labels are known, "
+         "the machine\u2019s surest mistake. " +
+         bars;
 }
 
 std::string DependenceFigure(const ReportData& data, const tools::Dependence& dependence) {
@@ -260,15 +279,7 @@ std::string InputsSection(const ReportData& data) {
   html = Beside(StrongestFigure(data), html);
   if (!of.chosen.empty()) {
     html += "<h3>Some cases</h3>\n";
-    html +=
-        Paragraph(data.explanation->sides.above >= 0 || data.explanation->sides.below >= 0
-                      ? "Chosen are the surest cases, those in the middle of each side "
-                        "(\u201Ctypical\u201D), the one closest to the threshold, and, where "
-                        "labels are known, the machine\u2019s surest mistake. A bar to the right "
-                        "speaks for the category on the right."
-                      : "Chosen are the cases with the highest and the lowest prediction, and the "
-                        "one whose prediction is farthest off or, without labels, one in the "
-                        "middle.");
+    html += Paragraph(HowChosen(of));
     if (of.machines > 1) {
       html += Paragraph(fmt::format(
           "From here on, all is about one machine, the one whose cases lie closest to its "

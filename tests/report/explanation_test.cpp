@@ -98,6 +98,23 @@ TEST(ReportExplanation, ChoosesCasesByTheirDecisionValues) {
   // The same case is not shown twice.
   EXPECT_EQ(ChooseCases(sides, 0, CasesWith({0.5}, {1}, {-1})).size(), 1U);
 
+  // No case below the threshold: none is the surest there.
+  EXPECT_THAT(
+      ChooseCases(sides, 0, CasesWith({3.0, 1.0, 2.0}, {1, 1, 1}, {-1, -1, -1})),
+      UnorderedElementsAre(Pair(CaseChoice::kSurestAbove, 0), Pair(CaseChoice::kTypicalAbove, 2),
+                           Pair(CaseChoice::kClosest, 1)));
+  EXPECT_THAT(
+      ChooseCases({1, -1, std::nan("")}, 0, CasesWith({3.0, 1.0, 2.0}, {1, 1, 1}, {-1, -1, -1})),
+      UnorderedElementsAre(Pair(CaseChoice::kSurestAbove, 0), Pair(CaseChoice::kSurestBelow, 1)));
+
+  ScoredCases regression = CasesWith({1.0, 2.0, 3.0}, {}, {});
+  regression.classification = false;
+  regression.values = {-100.0, -200.0, -300.0};  // rescaled by a negative factor
+  regression.observed.assign(3, std::nan(""));
+  EXPECT_THAT(ChooseCases({}, 0, regression),
+              UnorderedElementsAre(Pair(CaseChoice::kHighest, 0), Pair(CaseChoice::kLowest, 2),
+                                   Pair(CaseChoice::kMiddle, 1)));
+
   ScoredCases two = CasesWith({5.0, 0.2, -4.0, -0.1}, {1, 0}, {1, 0});
   two.machines = 2;
   EXPECT_EQ(HardestMachine({sides, sides}, two), 1U);

@@ -41,15 +41,13 @@ double Middle(std::size_t count, Number number) {
   return *middle;
 }
 
-std::vector<std::pair<CaseChoice, std::size_t>> ChooseOfRegression(std::size_t machine,
-                                                                   const ScoredCases& cases) {
+// By what is predicted: a rescaling may turn the order of the decision values round.
+std::vector<std::pair<CaseChoice, std::size_t>> ChooseOfRegression(const ScoredCases& cases) {
   std::vector<std::pair<CaseChoice, std::size_t>> chosen;
-  const auto decision = [&](std::size_t at) {
-    return cases.decisions[at * cases.machines + machine];
-  };
-  Choose(CaseChoice::kHighest, cases.Size(), decision, chosen);
+  const auto prediction = [&](std::size_t at) { return cases.values[at]; };
+  Choose(CaseChoice::kHighest, cases.Size(), prediction, chosen);
   Choose(
-      CaseChoice::kLowest, cases.Size(), [&](std::size_t at) { return -decision(at); }, chosen);
+      CaseChoice::kLowest, cases.Size(), [&](std::size_t at) { return -prediction(at); }, chosen);
   Choose(
       CaseChoice::kLargestResidual, cases.Size(),
       [&](std::size_t at) {
@@ -59,10 +57,10 @@ std::vector<std::pair<CaseChoice, std::size_t>> ChooseOfRegression(std::size_t m
       },
       chosen);
   if (chosen.size() > 2) return chosen;
-  const double middle = Middle(cases.Size(), decision);
+  const double middle = Middle(cases.Size(), prediction);
   Choose(
       CaseChoice::kMiddle, cases.Size(),
-      [&](std::size_t at) { return -std::fabs(decision(at) - middle); }, chosen);
+      [&](std::size_t at) { return -std::fabs(prediction(at) - middle); }, chosen);
   return chosen;
 }
 
@@ -98,28 +96,35 @@ std::size_t HardestMachine(const std::vector<MachineSides>& sides, const ScoredC
 std::vector<std::pair<CaseChoice, std::size_t>> ChooseCases(const MachineSides& sides,
                                                             std::size_t machine,
                                                             const ScoredCases& cases) {
-  if (!cases.classification) return ChooseOfRegression(machine, cases);
+  if (!cases.classification) return ChooseOfRegression(cases);
   std::vector<std::pair<CaseChoice, std::size_t>> chosen;
-  const double threshold = std::isnan(sides.threshold) ? 0.0 : sides.threshold;
+  const bool has_threshold = !std::isnan(sides.threshold);
+  const double threshold = has_threshold ? sides.threshold : 0.0;
   // How far above the threshold; NaN where the machine is not about the case.
   const auto above = [&](std::size_t at) {
     return IsAbout(sides, cases, at) ? cases.decisions[at * cases.machines + machine] - threshold
                                      : std::numeric_limits<double>::quiet_NaN();
   };
-  Choose(CaseChoice::kSurestAbove, cases.Size(), above, chosen);
+  // Of the cases on one side; without a threshold all are on both.
+  const auto on_side = [&](bool is_above, std::size_t at) {
+    const double value = above(at);
+    return !has_threshold || (value > 0.0) == is_above ? value
+                                                       : std::numeric_limits<double>::quiet_NaN();
+  };
   Choose(
-      CaseChoice::kSurestBelow, cases.Size(), [&](std::size_t at) { return -above(at); }, chosen);
-  if (std::isnan(sides.threshold)) return chosen;
+      CaseChoice::kSurestAbove, cases.Size(), [&](std::size_t at) { return on_side(true, at); },
+      chosen);
+  Choose(
+      CaseChoice::kSurestBelow, cases.Size(), [&](std::size_t at) { return -on_side(false, at); },
+      chosen);
+  if (!has_threshold) return chosen;
   // The middle of those on one side.
   for (const bool is_above : {true, false}) {
-    const auto on_side = [&](std::size_t at) {
-      const double value = above(at);
-      return (value > 0.0) == is_above ? value : std::numeric_limits<double>::quiet_NaN();
-    };
-    const double middle = Middle(cases.Size(), on_side);
+    const double middle =
+        Middle(cases.Size(), [&](std::size_t at) { return on_side(is_above, at); });
     Choose(
         is_above ? CaseChoice::kTypicalAbove : CaseChoice::kTypicalBelow, cases.Size(),
-        [&](std::size_t at) { return -std::fabs(on_side(at) - middle); }, chosen);
+        [&](std::size_t at) { return -std::fabs(on_side(is_above, at) - middle); }, chosen);
   }
   Choose(
       CaseChoice::kWorstMistake, cases.Size(),

@@ -43,9 +43,11 @@ void Take(const output::TargetRules& targets, const BatchResults& results, std::
   }
   cases.numbers.push_back(0);
   cases.entries.insert(cases.entries.end(), entries, entries + cases.entry_count);
-  cases.predicted.push_back(targets.Finish(results, place).category);
+  const output::Outcome outcome = targets.Finish(results, place);
+  cases.predicted.push_back(outcome.category);
   cases.actual.push_back(-1);
-  cases.values.push_back(results.value[place]);
+  cases.values.push_back(outcome.prediction.IsPresent() ? outcome.prediction.GetNumber()
+                                                        : results.value[place]);
   cases.observed.push_back(std::numeric_limits<double>::quiet_NaN());
 }
 
