@@ -220,6 +220,15 @@ std::string AccuracySection(const ReportData& data) {
         "Give <code>--actual COLUMN</code>, the column of the cases with what they really "
         "are, to see this.");
   }
+  if (!cases.own_unit.empty()) {
+    return Paragraph(fmt::format(
+        "What the model predicts is farther from the labels in the column {} than these are from "
+        "each other, and its output field {} computes another number: it seems that predictions "
+        "are in a unit of the model\u2019s own, as of a standardised target. They are not compared "
+        "with the labels, which would say nothing; compare the output field, which "
+        "<code>svmscore score</code> writes.",
+        Name(data.actual), Name(cases.own_unit)));
+  }
   const bool judged = cases.classification
                           ? cases.figures.has_value()
                           : std::any_of(cases.observed.begin(), cases.observed.end(),

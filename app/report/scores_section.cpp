@@ -199,7 +199,8 @@ std::string PredictionFigure(const ReportData& data) {
   picture.histogram = tools::HistogramOf(data.cases->values, {}, 1,
                                          std::numeric_limits<double>::quiet_NaN(), kScoreBins);
   picture.kinds = {"one"};
-  picture.label = Brief(data.model->target, 40);
+  picture.label = data.cases->own_unit.empty() ? Brief(data.model->target, 40)
+                                               : std::string("prediction, in a unit of its own");
   picture.title = "Predictions";
   const auto [low, high] =
       std::minmax_element(data.cases->values.begin(), data.cases->values.end());

@@ -140,6 +140,27 @@ TEST(Report, RefusesWhatDoesNotFit) {
   EXPECT_EQ(ReadFile(own), ReadFile(model));
 }
 
+// As some exporters do for a standardised target.
+TEST(Report, ComparesNoLabelsOfAnotherUnit) {
+  const TemporaryFolder folder;
+  const auto report = [&](const std::string& factor) {
+    const std::string file =
+        EditedFile(folder, ExampleFile("diabetes/model.pmml"),
+                   {"</MiningSchema>",
+                    "</MiningSchema><Output><OutputField name='p' "
+                    "feature='predictedValue'/><OutputField name='real' "
+                    "feature='transformedValue' dataType='double' optype='continuous'>"
+                    "<FieldRef field='p'/></OutputField></Output><Targets><Target "
+                    "field='progression' rescaleFactor='" +
+                        factor + "'/></Targets>"});
+    return Report({file, "--input", ExampleFile("diabetes/cases.csv"), "--actual", "progression"})
+        .out;
+  };
+  EXPECT_THAT(report("0.001"), AllOf(HasSubstr("its output field <bdi>real</bdi> computes"),
+                                     Not(HasSubstr("Residuals")), Not(HasSubstr("in truth"))));
+  EXPECT_THAT(report("1"), HasSubstr("Residuals"));
+}
+
 // The bytes on the disk are what a checksum is compared with, compressed or not.
 TEST(Report, ReadsPipesAndCompressedFiles) {
   const std::string model = ExampleFile("iris/model.pmml");

@@ -28,7 +28,8 @@ class CaseScorer {
  public:
   CaseScorer(const LoadedModel& loaded, BatchModel& model, const DrawnTable& table,
              const std::string& actual, const CellRules& rules)
-      : targets_(loaded.output->Targets()),
+      : loaded_(loaded),
+        targets_(loaded.output->Targets()),
         target_(targets_.Target()),
         table_(table),
         rules_(rules),
@@ -64,6 +65,7 @@ class CaseScorer {
     }
     Flush();
     if (figures_.Cases() > 0) scored_.figures = figures_.Total();
+    DropLabelsOfAnotherUnit(*loaded_.output);
     return std::move(scored_);
   }
 
@@ -167,6 +169,32 @@ class CaseScorer {
     }
   }
 
+  // Some documents predict a standardised target, and turn it into its unit by an output field.
+  void DropLabelsOfAnotherUnit(const output::OutputPlan& plan) {
+    if (scored_.classification) return;
+    const auto field =
+        std::find_if(plan.Fields().begin(), plan.Fields().end(),
+                     [](const auto& each) { return each.feature == output::Feature::kExpression; });
+    if (field == plan.Fields().end()) return;
+    double count = 0.0;
+    double labels = 0.0;
+    double predictions = 0.0;
+    for (std::size_t c = 0; c < scored_.Size(); ++c) {
+      if (std::isnan(scored_.observed[c])) continue;
+      count += 1.0;
+      labels += scored_.observed[c];
+      predictions += scored_.values[c];
+    }
+    if (count < 2.0) return;
+    double squares = 0.0;
+    for (const double label : scored_.observed) {
+      if (!std::isnan(label)) squares += (label - labels / count) * (label - labels / count);
+    }
+    if (!(std::fabs(labels - predictions) / count > std::sqrt(squares / count))) return;
+    scored_.own_unit = field->name;
+    scored_.observed.assign(scored_.Size(), kNaN);
+  }
+
   void TakeCategory(const output::Outcome& outcome, int actual) {
     scored_.predicted.push_back(outcome.category);
     scored_.actual.push_back(actual);
@@ -184,6 +212,7 @@ class CaseScorer {
     if (actual >= 0) figures_.Add(actual, outcome.category, percents_);
   }
 
+  const LoadedModel& loaded_;
   const output::TargetRules& targets_;
   const ScoreDictVar& target_;
   const DrawnTable& table_;

@@ -56,6 +56,10 @@ struct ScoredCases {
   std::vector<double> values;
   std::vector<double> observed;
   std::vector<std::pair<double, double>> intervals;
+  // The output field that computes something else of a regression's results, where its predictions
+  // are so far from all labels that they must have another unit; then no case has an observed
+  // value. Empty where they can be compared.
+  std::string own_unit;
 
   bool classification = true;
   bool has_labels = false;  // a column of labels is given
