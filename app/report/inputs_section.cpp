@@ -40,14 +40,25 @@ std::string ValueText(double number, int decimals, bool with_sign) {
 }
 
 std::string BackgroundText(const Explanation& of) {
-  const std::string rows = Count(of.background_rows);
+  const bool is_draw = of.background_rows + of.background_unscored < of.background_of;
+  const std::string drawn = is_draw ? Count(of.background_rows) + " drawn of " : "";
+  const std::uint64_t all = is_draw ? of.background_of : of.background_rows;
   switch (of.background) {
-    case BackgroundKind::kTable:
-      return fmt::format("the {} of the background that was given", rows + " rows");
+    case BackgroundKind::kTable: {
+      std::string text = fmt::format("{}the {} of the background that was given", drawn,
+                                     Counted(all, is_draw ? "row" : "usable row"));
+      if (of.background_unscored == 0) return text;
+      const bool seen_all = of.background_drawn == of.background_of;
+      return text + fmt::format(" ({}{} cannot be scored)", Count(of.background_unscored),
+                                seen_all ? ""
+                                         : fmt::format(" of {} that were looked at",
+                                                       Count(of.background_drawn)));
+    }
     case BackgroundKind::kVectors:
-      return fmt::format("{} support vectors of the model, each as likely as another", rows);
+      return fmt::format("{}the {} of the model, each as likely as another", drawn,
+                         Counted(all, "distinct support vector"));
     case BackgroundKind::kCases:
-      return fmt::format("{} of the cases themselves", rows);
+      return fmt::format("{}the {} themselves", drawn, Counted(all, "case"));
   }
   return {};
 }
@@ -146,8 +157,12 @@ std::string Outcome(const ReportData& data, const ExplainedCase& shown) {
 std::string CaseFigure(const ReportData& data, const ExplainedCase& shown) {
   const Explanation& of = *data.explanation;
   BarPicture picture;
-  const std::string what = of.cases_are_vectors ? "Support vector" : "Row";
-  picture.title = fmt::format("Shapley values of {} {}", what, shown.number);
+  // Vectors have names in a document, but no numbers.
+  const std::string what =
+      of.cases_are_vectors ? "A support vector" : fmt::format("Row {}", Count(shown.number));
+  picture.title =
+      fmt::format("Shapley values of {}",
+                  of.cases_are_vectors ? "a support vector" : "row " + Count(shown.number));
   picture.description = fmt::format("They add up to {}.", Number(shown.decision - of.base, 3));
   if (of.sides.above >= 0) picture.right = CategoryBrief(data, of.sides.above, 18);
   if (of.sides.below >= 0) picture.left = CategoryBrief(data, of.sides.below, 18);
@@ -162,9 +177,9 @@ std::string CaseFigure(const ReportData& data, const ExplainedCase& shown) {
     picture.bars.push_back({fmt::format("{} together", Counted(shown.more, "other input")),
                             ValueText(shown.rest, decimals, true), shown.rest, 0.0});
   }
-  return Figure(fmt::format("{} {}: {}<small>decision value {}, background {}{}</small>", what,
-                            Count(shown.number), Reason(data, shown), Number(shown.decision, 3),
-                            Number(of.base, 3), Outcome(data, shown)),
+  return Figure(fmt::format("{}: {}<small>decision value {}, background {}{}</small>", what,
+                            Reason(data, shown), Number(shown.decision, 3), Number(of.base, 3),
+                            Outcome(data, shown)),
                 Draw(picture), "");
 }
 
@@ -270,10 +285,11 @@ std::string InputsSection(const ReportData& data) {
   if (!data.explanation) return Give(WhyNoCases(data));
   const Explanation& of = *data.explanation;
   if (!of.why_not.empty()) {
-    return Give(
-        fmt::format("There is no explanation: {}. With <code>--input CASES</code>, and "
-                    "<code>--background FILE</code>, there may be one.",
-                    Escaped(of.why_not)));
+    return Give(fmt::format("There is no explanation: {}.{}", Escaped(of.why_not),
+                            of.cases_may_help
+                                ? " With <code>--input CASES</code>, and <code>--background "
+                                  "FILE</code>, there may be one."
+                                : ""));
   }
   std::string html = Introduction(data);
   html = Beside(StrongestFigure(data), html);

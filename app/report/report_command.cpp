@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "app/base/failure.h"
+#include "app/base/messages.h"
 #include "app/files/named_file.h"
 #include "app/files/output_file.h"
 #include "app/load/model_file.h"
@@ -22,7 +23,7 @@
 namespace svmscore::app {
 namespace {
 
-// More do not fit the time of a report.
+// So many are looked at. An explanation draws fewer of them: more do not fit the time of a report.
 constexpr std::size_t kBackgroundRows = 1000;
 
 // None, so that the same input gives the same bytes, unless a reproducible build asks for one.
@@ -33,6 +34,14 @@ std::string DateOfPage() {
   } catch (const std::invalid_argument& error) {
     throw Failure(kUsageError, error.what());
   }
+}
+
+void TellUnscored(const tools::DrawnTable& background, const tools::ReportData& data) {
+  if (!data.explanation || data.explanation->background_unscored == 0) return;
+  Tell(fmt::format(
+      "{}: {} of {} rows cannot be scored and are left out of the background; "
+      "svmscore explain with the same --background says why",
+      background.name, data.explanation->background_unscored, data.explanation->background_drawn));
 }
 
 }  // namespace
@@ -97,6 +106,7 @@ ExitStatus ReportCommand::Run() {
   const tools::ReportData data = tools::GatherReport(
       {opened, plugin, source, FactsOf(model_, source), cases ? &*cases : nullptr, actual_,
        background ? &*background : nullptr, rules});
+  if (background) TellUnscored(*background, data);
   output.Write(PageOf(data, made_at));
   output.Commit();
   return kDone;

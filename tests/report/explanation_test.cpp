@@ -117,6 +117,7 @@ TEST(ReportExplanation, ChoosesCasesByTheirDecisionValues) {
 
   ScoredCases two = CasesWith({5.0, 0.2, -4.0, -0.1}, {1, 0}, {1, 0});
   two.machines = 2;
+  two.numbers = {1, 2};
   EXPECT_EQ(HardestMachine({sides, sides}, two), 1U);
   EXPECT_EQ(HardestMachine({sides, {1, -1, std::nan("")}}, two), 0U);
 }

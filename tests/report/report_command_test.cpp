@@ -115,10 +115,24 @@ TEST(Report, SaysWhatToGiveAndWhatIsWrong) {
 TEST(Report, ExplainsAgainstWhatIsGiven) {
   const std::string model = ExampleFile("iris/model.pmml");
   const std::string cases = ExampleFile("iris/cases.csv");
-  EXPECT_THAT(Report({model}).out, AllOf(HasSubstr("The background is 34 support vectors"),
-                                         HasSubstr("No cases were given")));
+  EXPECT_THAT(Report({model}).out,
+              AllOf(HasSubstr("The background is the 34 distinct support vectors of"),
+                    HasSubstr("A support vector: "), HasSubstr("No cases were given")));
   EXPECT_THAT(Report({model, "--input", cases, "--background", cases}).out,
-              AllOf(HasSubstr("The background is the 50 rows"), HasSubstr("surest for")));
+              AllOf(HasSubstr("The background is the 50 usable rows of"), HasSubstr("surest for")));
+  EXPECT_THAT(Report({ExampleFile("tumour/model.pmml")}).out,
+              HasSubstr("The background is 50 drawn of the "));
+  const TemporaryFolder folder;
+  std::string rows = "sepal_length,sepal_width,petal_length,petal_width\n,,,\n";
+  const std::string none = folder.Write("none.csv", rows);
+  const Ran unusable = Report({model, "--background", none});
+  EXPECT_EQ(unusable.status, 5);
+  EXPECT_THAT(unusable.err, HasSubstr(none + ": none of 1 rows can be scored, 1 with a missing"));
+  for (int i = 0; i < 60; ++i) rows += "5,3," + std::to_string(i % 6) + ",1\n";
+  const Ran some = Report({model, "--background", folder.Write("some.csv", rows)});
+  EXPECT_THAT(some.out, HasSubstr("is 50 drawn of the 61 rows of the background that was given (1 "
+                                  "cannot be scored)"));
+  EXPECT_THAT(some.err, HasSubstr("some.csv: 1 of 61 rows cannot be scored"));
   const Ran other = Report({model, "--background", ExampleFile("tumour/cases.csv")});
   EXPECT_EQ(other.status, 5);
   EXPECT_EQ(Report({model, "--input", "-", "--background", "-"}).status, 2);

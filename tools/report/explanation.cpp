@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numeric>
 
+#include <fmt/format.h>
+
 #include "tools/base/bad_input.h"
 #include "tools/explain/background.h"
 #include "tools/explain/case_explainer.h"
@@ -80,22 +82,39 @@ class Explaining {
     }
     if (cases_.Size() == 0) {
       result_.why_not = no_vectors.empty() ? "there is no case to explain" : no_vectors;
+      result_.cases_may_help = true;
       return false;
     }
     if (order_.background != nullptr) {
-      result_.background = BackgroundKind::kTable;
-      background_ = BackgroundOf(ScoreCases(order_.loaded, *order_.background, {}, order_.rules));
-      if (background_.count == 0) {
-        throw BadCases("no row of the background can be scored; give rows as score takes them");
-      }
+      DrawFromTable(*order_.background);
     } else if (no_vectors.empty()) {
       background_ = VectorBackground(explainable_.model, kMostRows, kSeed);
     } else {
       result_.background = BackgroundKind::kCases;
       background_ = BackgroundOf(cases_);
     }
+    if (result_.background != BackgroundKind::kTable) {
+      result_.background_of = background_.rows_seen;
+    }
     result_.background_rows = background_.count;
     return true;
+  }
+
+  void DrawFromTable(const DrawnTable& table) {
+    const ScoredCases rows = ScoreCases(order_.loaded, table, {}, order_.rules);
+    background_ = BackgroundOf(rows);
+    if (rows.Size() == 0) {
+      throw BadCases(fmt::format(
+          "{}: {}; the background needs cases that the model can score", table.name,
+          rows.drawn == 0 ? "there is no row below the header"
+                          : fmt::format("none of {} rows can be scored, {} with a missing input, "
+                                        "{} with an invalid one",
+                                        rows.drawn, rows.missing, rows.invalid)));
+    }
+    result_.background = BackgroundKind::kTable;
+    result_.background_of = rows.rows;
+    result_.background_drawn = rows.drawn;
+    result_.background_unscored = rows.missing + rows.invalid;
   }
 
   // Of vectors that stand for cases: so that they and their decision values fit.

@@ -109,11 +109,16 @@ enum class BackgroundKind { kTable, kVectors, kCases };
 struct Explanation {
   // A clause, such as "the model is too large"; empty where there is an explanation.
   std::string why_not;
+  bool cases_may_help = false;  // other cases, or a background of others, may have one then
+
   BackgroundKind background = BackgroundKind::kVectors;
   std::size_t background_rows = 0;
-  bool cases_are_vectors = false;  // no table was given
-  std::size_t cases = 0;           // that values are means over
-  std::size_t cases_of = 0;        // that these are drawn from
+  std::uint64_t background_of = 0;      // that these are drawn from: rows, vectors or cases
+  std::size_t background_drawn = 0;     // of a table: rows that were looked at,
+  std::size_t background_unscored = 0;  // and those of them that cannot be scored
+  bool cases_are_vectors = false;       // no table was given
+  std::size_t cases = 0;                // that values are means over
+  std::size_t cases_of = 0;             // that these are drawn from
   bool sampled = false;
 
   std::vector<InputShare> strongest;  // mean sizes over cases and machines, the largest first
