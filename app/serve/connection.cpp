@@ -306,6 +306,7 @@ void Connection::Send(Answer answer) {
   const bool whole = parser_ && parser_->is_done();
   keeps_alive_ = whole && parser_->keep_alive() && !shared.drains;
   Log(answer);
+  shared.server.service.AddModel(answer);
   serve::AddCommonHeaders(head_, shared.server.options.access, answer);
   const bool old = parser_ && has_head_ && parser_->get().version() < 11;
   out_head_ = HeadOf(answer, request_id_, keeps_alive_, old);

@@ -128,6 +128,7 @@ class Hostile(unittest.TestCase):
                 ("POST", PATH + "/csv", CASE, JSON, 415), ("POST", PATH, CASE, {**JSON, "Content-Encoding": "br"}, 415),
                 ("GET", "/v2", None, {"Host": "evil.example"}, 403), ("GET", "/v2", None, {"Host": "localhost.evil.example"}, 403),
                 ("GET", "/v2", None, {"Host": "LocalHost:1"}, 200), ("GET", "/v2", None, {"Host": ""}, 403),
+                ("GET", "/v2", None, {"Host": "[::1]evil.example"}, 403), ("GET", "/v2", None, {"Host": "localhost:a@evil.example"}, 403),
                 ("POST", PATH, bytes(1 << 21), JSON, 413), ("POST", PATH, zeros, packed, 413),
                 ("POST", PATH, gzip.compress(CASE), packed, 200), ("POST", PATH, gzip.compress(CASE)[:-4], packed, 400),
                 ("POST", PATH, CASE, packed, 400), ("POST", PATH + "/csv", table, CSV, 413),
@@ -139,6 +140,9 @@ class Hostile(unittest.TestCase):
                 self.assertRegex(answered["X-Request-Id"], "^[0-9a-f]{16}$")
                 self.assertEqual("nosniff", answered["X-Content-Type-Options"])
                 self.assertIsNone(answered["Access-Control-Allow-Origin"])
+                self.assertIn("sandbox", answered["Content-Security-Policy"])
+                named = ("model/model" in path or "models/model" in path) and status not in (401, 403, 404)
+                self.assertEqual(named, "X-Model-SHA256" in answered)
                 if status >= 400:
                     member = "error" if path.startswith("/v2") else "message"
                     self.assertTrue(json.loads(text)[member])
@@ -245,6 +249,13 @@ class Hostile(unittest.TestCase):
         for path in ("/model", PATH, "/metrics", "/v2", PATH + "/pmml"):
             get, head = (self.service.ask(method, path) for method in ("GET", "HEAD"))
             self.assertEqual((get[0], get[1]["Content-Type"], b""), (head[0], head[1]["Content-Type"], head[2]))
+
+    def test_documents_are_for_storing(self):
+        _, headers, _ = self.service.ask("GET", PATH + "/pmml")
+        self.assertEqual('attachment; filename="model.pmml"', headers["Content-Disposition"])
+        self.assertEqual("default-src 'none'; sandbox; frame-ancestors 'none'", headers["Content-Security-Policy"])
+        policies = self.service.ask("GET", "/")[1].get_all("Content-Security-Policy")
+        self.assertEqual([True], ["script-src" in policy for policy in policies])
 
     def test_too_many_connections(self):
         with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml", "--max-connections", 8) as service:

@@ -110,7 +110,8 @@ TEST(Hosts, AreThoseThatAreAllowed) {
   for (const char* host : {"localhost", "LOCALHOST:80", "127.0.0.1:1", "[::1]", "[::1]:8080"}) {
     EXPECT_TRUE(IsKnownHost(host, rules)) << host;
   }
-  for (const char* host : {"", "10.0.0.1", "localhost.", "a@localhost", "[::2]:1", "localhost/x"}) {
+  for (const char* host : {"", "10.0.0.1", "localhost.", "a@localhost", "[::2]:1", "localhost/x",
+                           "[::1]evil.example", "localhost:a@evil.example", "[::1", "[]:80x"}) {
     EXPECT_FALSE(IsKnownHost(host, rules)) << host;
   }
   rules.any_address = true;

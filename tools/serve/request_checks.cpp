@@ -28,10 +28,16 @@ std::string MediaType(std::string_view header) {
   return LowerCase(type);
 }
 
-// Of "name:port", "[address]:port" and the same without a port.
+// Of "name:port", "[address]:port" and the same without a port; empty for anything else.
 std::string HostName(std::string_view host) {
-  if (host.starts_with('[')) return LowerCase(host.substr(0, host.find(']') + 1));
-  return LowerCase(host.substr(0, host.find(':')));
+  const std::size_t bracket = host.starts_with('[') ? host.find(']') : 0;
+  if (bracket == std::string_view::npos) return {};
+  const std::size_t end = std::min(bracket > 0 ? bracket + 1 : host.find(':'), host.size());
+  const std::string_view port = host.substr(end);
+  if (!port.empty() && (port[0] != ':' || port.find_first_not_of("0123456789", 1) != port.npos)) {
+    return {};
+  }
+  return LowerCase(host.substr(0, end));
 }
 
 // An address cannot be made to mean another host, as a name can.
@@ -156,6 +162,14 @@ std::optional<Answer> CheckHead(const RequestHead& head, const Route& route,
 
 void AddCommonHeaders(const RequestHead& head, const AccessRules& rules, Answer& answer) {
   answer.headers.emplace_back("X-Content-Type-Options", "nosniff");
+  const auto is_policy = [](const auto& header) {
+    return header.first == "Content-Security-Policy";
+  };
+  if (std::none_of(answer.headers.begin(), answer.headers.end(), is_policy)) {
+    // A browser that shows the answer as a document runs nothing in it: models come from anywhere.
+    answer.headers.emplace_back("Content-Security-Policy",
+                                "default-src 'none'; sandbox; frame-ancestors 'none'");
+  }
   if (rules.origins.empty()) return;
   answer.headers.emplace_back("Vary", "Origin");
   if (!Holds(rules.origins, head.origin)) return;

@@ -29,7 +29,8 @@ std::optional<Answer> CheckHead(const RequestHead& head, const Route& route,
 // Whether the service may be called so. [any thread] Fails: std::bad_alloc.
 bool IsKnownHost(const std::string& host, const AccessRules& rules);
 
-// Headers that every answer has: those for the page that asked, and against guesses of browsers.
+// Headers that every answer has: those for the page that asked, against guesses of browsers, and a
+// policy under which nothing in it runs, unless it has a policy of its own.
 // [any thread] Fails: std::bad_alloc.
 void AddCommonHeaders(const RequestHead& head, const AccessRules& rules, Answer& answer);
 

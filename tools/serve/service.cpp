@@ -20,6 +20,19 @@ constexpr std::size_t kQuickBody = 8192;
 // So many multiplications take some ten microseconds.
 constexpr std::size_t kQuickCost = 200000;
 
+// For storing: a document may hold anything, scripts too.
+void GiveDocument(const ServedModel& model, Answer& answer) {
+  answer.body = model.File();
+  const bool gzip = answer.body.starts_with("\x1f\x8b");
+  const bool zstd = answer.body.starts_with("\x28\xb5\x2f\xfd");
+  answer.content_type = gzip ? "application/gzip" : zstd ? "application/zstd" : "application/xml";
+  answer.headers.emplace_back("Content-Disposition",
+                              fmt::format("attachment; filename=\"{}.pmml{}\"", model.Id(),
+                                          gzip   ? ".gz"
+                                          : zstd ? ".zst"
+                                                 : ""));
+}
+
 Answer JsonAnswer(std::string body) {
   Answer answer;
   answer.body = std::move(body);
@@ -102,6 +115,13 @@ Answer Service::PageAnswer(const Route& route) const {
   return answer;
 }
 
+void Service::AddModel(Answer& answer) const {
+  if (answer.model_id.empty() || !answer.sha256.empty()) return;
+  if (answer.status == 401 || answer.status == 403) return;
+  const std::optional<StoredModel> stored = store_.Find(answer.model_id);
+  if (stored && stored->model != nullptr) answer.sha256 = stored->model->Sha256();
+}
+
 Answer Service::WithModel(const Route& route, Method method, std::string& body) const {
   const std::optional<StoredModel> stored = store_.Find(route.id);
   if (!stored) {
@@ -136,11 +156,7 @@ void Service::Score(const Route& route, const ServedModel& model, std::string& b
                     Answer& answer) const {
   switch (route.resource) {
     case Resource::kPmml:
-      answer.body = model.File();
-      answer.content_type = answer.body.starts_with("\x1f\x8b")           ? "application/gzip"
-                            : answer.body.starts_with("\x28\xb5\x2f\xfd") ? "application/zstd"
-                                                                          : "application/xml";
-      return;
+      return GiveDocument(model, answer);
     case Resource::kInferenceModel:
       answer.body = InferenceMetadata(model);
       return;

@@ -37,6 +37,10 @@ class Service {
   // neither PUT nor DELETE. Fails: never; where memory runs out the answer is 503.
   Answer Handle(const Route& route, Method method, std::string& body) const noexcept;
 
+  // Names the model that is served under the answer's id where no model gave the answer, except to
+  // who may not ask. Fails: std::bad_alloc.
+  void AddModel(Answer& answer) const;
+
   // Whether the answer takes so little time that it may be given at once.
   bool IsQuick(const Route& route, Method method, std::size_t body_size) const;
 
