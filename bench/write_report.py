@@ -178,6 +178,33 @@ its share is that of the whole, decision values included.
               f"| {100 * alone / whole:.0f} % |")
 
 
+def print_explanations(build):
+    print("""
+## Explanations
+
+One case, one thread, milliseconds of the processor's time, from entries to Shapley values of all fields: 1,000
+vectors, 20 fields and a background of 100 rows unless said. "Set-up" is once for a background.
+
+| model | a case | set-up |
+|---|---|---|""")
+    with open(build / "explain.csv") as file:
+        times = {row["name"]: float(row["cpu_time"]) for row in csv.DictReader(file)}
+    for name, time in times.items():
+        kind, _, model = name.partition("/")
+        if kind == "explain":
+            print(f"| {model.replace('_', ' ')} | {time:.3g} | {times['set_up/' + model]:.3g} |")
+    shap = build / "shap.md"
+    if shap.exists():
+        print("""
+Beside shap's KernelExplainer with its default settings, on a regression of scikit-learn with the same vectors;
+its values are estimates, and the last two columns say how far they are from the exact ones, relative to the sum
+of the coefficients' sizes, also without its choice of ten fields.
+
+""" + shap.read_text().strip())
+    print("\nCalibration by a hold-out of two categories, beside scoring it, of the processor's time: "
+          + (build / "calibrate").read_text().strip() + ".")
+
+
 def print_report(build):
     machine = (build / "machine").read_text().strip()
     heading, first = compare_rows(build, 1)
@@ -194,6 +221,7 @@ What one case costs, from its numbers in memory to the decision values of all ma
     print_against_sklearn(turns, sklearn_times(build))
     print_slopes(build / "engine.csv", BUSY in machine)
     print_coupling(build / "coupling.csv")
+    print_explanations(build)
     print(f"""
 ## Loading a model
 
