@@ -158,9 +158,10 @@ tools::Background TableExplainer::MakeBackground(const tools::Explainable& expla
       RefuseArgument("the model does not say what cases are like: " + why, "options.background",
                      "give a table of some as the background");
     }
-    tools::Background background =
-        tools::VectorBackground(explainable.model, settings_.most, settings_.seed);
+    tools::Background background = tools::VectorBackground(explainable.batch, explainable.model,
+                                                           settings_.most, settings_.seed);
     rows_seen_ = background.rows_seen;
+    rows_left_out_ = background.left_out;
     return background;
   }
   const TableInput input(*model_, *settings_.background, settings_.missing);

@@ -140,7 +140,19 @@ tools::Background ExplainCommand::MakeBackground(const LoadedModel& loaded,
                                 "of some with --background",
                                 model_, why));
     }
-    background = tools::VectorBackground(explainable.model, rows_, seed_);
+    background = tools::VectorBackground(explainable.batch, explainable.model, rows_, seed_);
+    if (background.left_out > 0) {
+      Tell(
+          fmt::format("background: {} support vector{} of the model without a finite decision "
+                      "value {} left out",
+                      background.left_out, background.left_out == 1 ? "" : "s",
+                      background.left_out == 1 ? "is" : "are"));
+    }
+    if (background.count == 0) {
+      throw Failure(kUsageError, fmt::format("{}: no support vector has a finite decision value; "
+                                             "name a table of cases with --background",
+                                             model_));
+    }
   } else {
     background = ReadBackground(background_, loaded, explainable.batch,
                                 {table_.Rows(limits_), table_.Cells(), rows_, seed_});

@@ -77,9 +77,11 @@ class SVMSCORE_HOST_API ExplainableModel {
   // [any thread] Fails: std::bad_alloc.
   virtual std::string EntryName(std::size_t entry) const = 0;
 
-  // The distinct support vectors as cases, entry e of vector i at [e * count + i]; `count` becomes
-  // their number. Empty where the vectors are no cases, as for a linear machine that is written by
-  // its weights. [any thread] Owns: the caller. Fails: std::bad_alloc.
+  // The vector instances that a machine uses as cases, each once however many machines use it, and
+  // instances of equal values each, as it is the instances that training kept: entry e of vector i
+  // at [e * count + i]; `count` becomes their number. Empty where the vectors are no cases, as for
+  // a linear machine that is written by its weights. [any thread] Owns: the caller. Fails:
+  // std::bad_alloc.
   virtual std::vector<double> VectorsAsCases(std::size_t& count) const = 0;
 
   // REQUIRES: what ExplainerSetUp says; the model outlives the explainer. Null for a model that

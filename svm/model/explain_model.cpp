@@ -2,8 +2,6 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <set>
-#include <utility>
 
 #include "svm/kernel/explain/game.h"
 #include "svm/kernel/explain/gradients.h"
@@ -189,20 +187,12 @@ std::vector<double> SVMModel::VectorsAsCases(std::size_t& count) const {
       std::all_of(sums.machines().begin(), sums.machines().end(),
                   [](const auto& machine) { return machine.vectors.size() <= 1; });
   if (by_weights) return {};
-  std::set<std::pair<std::vector<std::uint32_t>, std::vector<double>>> seen;
   std::vector<const SparseVector*> kept;
   for (const SparseVector& vector : sums.vectors()) {
     const bool is_case =
         vector.rest == 0.0 && std::all_of(vector.value.begin(), vector.value.end(),
                                           [](double value) { return std::isfinite(value); });
-    if (!is_case) continue;
-    std::pair<std::vector<std::uint32_t>, std::vector<double>> filled;
-    for (std::size_t k = 0; k < vector.at.size(); ++k) {
-      if (vector.value[k] == 0.0) continue;
-      filled.first.push_back(vector.at[k]);
-      filled.second.push_back(vector.value[k]);
-    }
-    if (seen.insert(std::move(filled)).second) kept.push_back(&vector);
+    if (is_case) kept.push_back(&vector);
   }
   count = kept.size();
   std::vector<double> cases(sums.entries() * count, 0.0);

@@ -223,6 +223,17 @@ TEST_F(Explain, TakesTheModelsVectorsUnlessABackgroundIsGiven) {
   EXPECT_EQ(Run(game).out, own.out);
 }
 
+TEST_F(Explain, LeavesOutVectorsWithoutADecisionValue) {
+  const std::string document = tools::ExplainedDocument(
+      "", {tools::Ref("a"), tools::Ref("b")}, "<PolynomialKernelType gamma='1' coef0='0'/>");
+  const std::string huge = folder_.Write("h.pmml", Edited(document, {">0 1 <", ">1e200 1e200 <"}));
+  const Ran ran = RunProgram({"explain", huge}, "a,b,c,colour,u\n1,2,3,red,4\n");
+  EXPECT_EQ(ran.status, 0);
+  EXPECT_THAT(ran.err, HasSubstr("background: 1 support vector of the model without a finite "
+                                 "decision value is left out\nsvmscore: background: 2 support "
+                                 "vectors of the model\n"));
+}
+
 // The same bytes for any number of threads, from a file or a stream; rows keep their numbers among
 // blank lines and cells with line ends.
 TEST_F(Explain, ThreadsAndStreamsChangeNothing) {

@@ -48,13 +48,14 @@ TEST(ExplainableModel, NamesItsEntries) {
 
 TEST(ExplainableModel, GivesItsVectorsAsCases) {
   std::size_t count = 7;
-  // The second is the first, written otherwise; the others are not what a case can be.
+  // The second is the first, written otherwise; the others but the third are not what a case can
+  // be.
   const Vectors vectors = {{{1, 3}, {2.0, 5.0}}, {{1, 2, 3}, {2.0, 0.0, 5.0}},
                            {{2}, {-1.0}},        {{2, 1}, {1.0, 1.0}},
                            {{3}, {kNaN}},        {{4}, {1.0}}};
   const std::vector<double> cases = ModelOf(SVMConst::kRadialBasis, vectors)->VectorsAsCases(count);
-  EXPECT_EQ(2u, count);
-  EXPECT_EQ((std::vector<double>{2.0, 0.0, 0.0, -1.0, 5.0, 0.0}), cases);
+  EXPECT_EQ(3u, count);
+  EXPECT_EQ((std::vector<double>{2.0, 2.0, 0.0, 0.0, 0.0, -1.0, 5.0, 5.0, 0.0}), cases);
   const auto counted = [](SVMConst::KernelFunctionType kernel, Vectors used) {
     std::size_t found = 7;
     const std::vector<double> entries = ModelOf(kernel, used)->VectorsAsCases(found);

@@ -19,6 +19,41 @@ bool AllFinite(const std::vector<double>& numbers) {
                      [](double number) { return std::isfinite(number); });
 }
 
+// The decision values are computed so many cases at a time.
+constexpr std::size_t kCasesAtOnce = 64;
+
+Background WithoutUndecided(BatchModel& batch, const Background& all) {
+  const std::size_t entries = batch.EntryCount();
+  std::vector<std::size_t> kept;
+  std::vector<double> decisions(batch.DecisionCount() * kCasesAtOnce);
+  for (std::size_t first = 0; first < all.count; first += kCasesAtOnce) {
+    const std::size_t count = std::min(kCasesAtOnce, all.count - first);
+    BatchResults results;
+    results.decisions = decisions.data();
+    results.stride = kCasesAtOnce;
+    std::fill(decisions.begin(), decisions.end(), std::numeric_limits<double>::quiet_NaN());
+    batch.ScoreBatch({all.entries.data() + first, all.count, count}, results);
+    for (std::size_t c = 0; c < count; ++c) {
+      bool finite = true;
+      for (std::size_t at = c; at < decisions.size(); at += kCasesAtOnce) {
+        finite = finite && std::isfinite(decisions[at]);
+      }
+      if (finite) kept.push_back(first + c);
+    }
+  }
+  Background result;
+  result.count = kept.size();
+  result.left_out = all.count - kept.size();
+  result.rows_seen = all.rows_seen - result.left_out;
+  result.entries.reserve(entries * kept.size());
+  for (std::size_t e = 0; e < entries; ++e) {
+    for (const std::size_t row : kept) {
+      result.entries.push_back(all.entries[e * all.count + row]);
+    }
+  }
+  return result;
+}
+
 }  // namespace
 
 BackgroundRows::BackgroundRows(std::size_t entry_count, std::size_t most, std::uint64_t seed)
@@ -102,13 +137,13 @@ std::string WhyNoVectorBackground(const ExplainableModel& model, const Players& 
                      "by its weights";
 }
 
-Background VectorBackground(const ExplainableModel& model, std::size_t most, std::uint64_t seed) {
+Background VectorBackground(BatchModel& batch, const ExplainableModel& model, std::size_t most,
+                            std::uint64_t seed) {
   std::size_t count = 0;
-  std::vector<double> vectors = model.VectorsAsCases(count);
-  if (most == 0 || count <= most) return {std::move(vectors), count, count};
-  BackgroundRows rows(vectors.size() / count, most, seed);
+  const std::vector<double> vectors = model.VectorsAsCases(count);
+  BackgroundRows rows(batch.EntryCount(), most, seed);
   for (std::size_t i = 0; i < count; ++i) rows.Add(vectors.data() + i, count);
-  return rows.Take();
+  return WithoutUndecided(batch, rows.Take());
 }
 
 }  // namespace svmscore::tools

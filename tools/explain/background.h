@@ -23,6 +23,8 @@ struct Background {
   std::vector<double> entries;  // entry e of row r is entries[e * count + r]
   std::size_t count = 0;
   std::uint64_t rows_seen = 0;  // usable rows, of which `count` were drawn
+  // Support vectors, of all or those that were drawn, without a finite decision value.
+  std::uint64_t left_out = 0;
 
   BatchCases Cases() const { return {entries.data(), count, count}; }
 };
@@ -80,9 +82,12 @@ class BackgroundReader {
 // Why the vectors of a model cannot be its background: a clause in plain words, such as "it has no
 // support vectors"; empty where they can. [any thread] Fails: std::bad_alloc.
 std::string WhyNoVectorBackground(const ExplainableModel& model, const Players& players);
-// The distinct support vectors of the model, each as likely as another, or a draw of them.
-// REQUIRES: WhyNoVectorBackground is empty. [any thread] Fails: std::bad_alloc.
-Background VectorBackground(const ExplainableModel& model, std::size_t most, std::uint64_t seed);
+// The support vectors of the model, as ExplainableModel::VectorsAsCases has them, each as likely as
+// another, or a draw of them; without those that have a decision value that is not finite, which
+// may leave none. `batch` is the same model. REQUIRES: WhyNoVectorBackground is empty. [any thread]
+// Fails: std::bad_alloc.
+Background VectorBackground(BatchModel& batch, const ExplainableModel& model, std::size_t most,
+                            std::uint64_t seed);
 
 }  // namespace svmscore::tools
 

@@ -44,7 +44,10 @@ ModelExplainer::ModelExplainer(const LoadedModel& loaded, Explainable explainabl
                                const Background& background, std::uint64_t seed, std::size_t orders)
     : explainable_(std::move(explainable)) {
   const Players& players = explainable_.players;
-  if (background.count == 0) throw BadCases("the background has no rows");
+  if (background.count == 0) {
+    throw BadCases(
+        "no support vector of the model has a finite decision value; name cases as the background");
+  }
   ExplainerSetUp setup;
   for (const Player& player : players.list) setup.players.push_back(player.entries);
   if (!players.others.empty()) setup.players.push_back(players.others);
@@ -62,8 +65,7 @@ ModelExplainer::ModelExplainer(const LoadedModel& loaded, Explainable explainabl
         output::DecidedBetween(loaded.output->Targets(), Batch().DecisionCategories(m)));
     if (std::isfinite(explainer_->Base(m))) continue;
     throw BadCases(
-        "the mean decision value of the background is no finite number; leave out rows with very "
-        "large numbers");
+        "the mean decision value of the background is not a finite number; use another background");
   }
   for (std::size_t e = 0; e < Batch().EntryCount(); ++e) {
     fields_.push_back(explainable_.model.EntryName(e));

@@ -77,8 +77,9 @@ class Explaining {
       cases_ = *order_.cases;
     } else if (no_vectors.empty()) {
       result_.cases_are_vectors = true;
-      cases_ = CasesOfEntries(order_.loaded, explainable_.batch,
-                              EntriesOf(VectorBackground(explainable_.model, MostHeld(), kSeed)));
+      cases_ = CasesOfEntries(
+          order_.loaded, explainable_.batch,
+          EntriesOf(VectorBackground(explainable_.batch, explainable_.model, MostHeld(), kSeed)));
     }
     if (cases_.Size() == 0) {
       result_.why_not = no_vectors.empty() ? "there is no case to explain" : no_vectors;
@@ -88,10 +89,14 @@ class Explaining {
     if (order_.background != nullptr) {
       DrawFromTable(*order_.background);
     } else if (no_vectors.empty()) {
-      background_ = VectorBackground(explainable_.model, kMostRows, kSeed);
+      background_ = VectorBackground(explainable_.batch, explainable_.model, kMostRows, kSeed);
     } else {
       result_.background = BackgroundKind::kCases;
       background_ = BackgroundOf(cases_);
+    }
+    if (background_.count == 0) {
+      result_.why_not = "no support vector of the model has a finite decision value";
+      return false;
     }
     if (result_.background != BackgroundKind::kTable) {
       result_.background_of = background_.rows_seen;

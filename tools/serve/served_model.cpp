@@ -168,7 +168,7 @@ std::shared_ptr<const tools::ModelExplainer> ServedModel::Explainer() const {
       throw tools::BadDocument("the model does not say what cases are like: " + why);
     }
     const tools::Background background =
-        tools::VectorBackground(explainable.model, kBackgroundRows, kSeed);
+        tools::VectorBackground(explainable.batch, explainable.model, kBackgroundRows, kSeed);
     explainer_ = std::make_shared<const tools::ModelExplainer>(loaded_, std::move(explainable),
                                                                background, kSeed, kOrders);
   }
