@@ -98,12 +98,20 @@ std::string StrongestFigure(const ReportData& data) {
   }
   std::string note = fmt::format("Means over {}{}", Count(of.cases),
                                  of.cases_are_vectors ? " support vectors" : " cases");
-  if (of.cases < of.cases_of) note += fmt::format(" drawn from {}", Count(of.cases_of));
+  if (of.cases + of.unexplained < of.cases_of) {
+    note += fmt::format(" drawn from {}", Count(of.cases_of));
+  }
   if (of.machines > 1) note += fmt::format(" and all {} machines", Count(of.machines));
-  return Figure(
-      "Which inputs matter <small>mean size of their Shapley values, in units of the "
-      "decision value</small>",
-      Draw(picture), note + ".");
+  if (of.unexplained > 0) {
+    note += fmt::format("; {} left out, whose values are beyond the range of numbers",
+                        Count(of.unexplained));
+  }
+  return Figure(fmt::format("Which inputs matter <small>mean size of their Shapley values, {}"
+                            "</small>",
+                            of.machines > 1 ? "those of each machine as shares of the sum of its "
+                                              "coefficients\u2019 sizes"
+                                            : "in units of the decision value"),
+                Draw(picture), note + ".");
 }
 
 std::string Reason(const ReportData& data, const ExplainedCase& shown) {

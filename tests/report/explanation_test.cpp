@@ -73,6 +73,65 @@ TEST(ReportExplanation, TheCurveOfALoneInputIsTheDecisionValue) {
   }
 }
 
+// One-against-all: a machine a row of coefficients for the vectors (1, 0), (0, 1) and (0, 0).
+Explanation ExplainMachines(const std::string& kernel,
+                            const std::vector<std::string>& coefficients) {
+  std::string document =
+      R"(<PMML xmlns="http://www.dmg.org/PMML-4_4" version="4.4"><Header/>
+    <DataDictionary><DataField name="a" optype="continuous" dataType="double"/>
+    <DataField name="b" optype="continuous" dataType="double"/>
+    <DataField name="y" optype="categorical" dataType="string"><Value value="0"/><Value value="1"/>
+    <Value value="2"/></DataField></DataDictionary><SupportVectorMachineModel
+    functionName="classification" classificationMethod="OneAgainstAll" maxWins="true"><MiningSchema>
+    <MiningField name="a"/><MiningField name="b"/><MiningField name="y" usageType="target"/>
+    </MiningSchema>)" +
+      kernel + R"(<VectorDictionary><VectorFields><FieldRef field="a"/>
+    <FieldRef field="b"/></VectorFields>
+    <VectorInstance id="a"><Array type="real">1 0</Array></VectorInstance>
+    <VectorInstance id="b"><Array type="real">0 1</Array></VectorInstance>
+    <VectorInstance id="o"><Array type="real">0 0</Array></VectorInstance></VectorDictionary>)";
+  int category = 0;
+  for (const std::string& of_machine : coefficients) {
+    document +=
+        "<SupportVectorMachine targetCategory=\"" + std::to_string(category++) +
+        "\"><SupportVectors><SupportVector vectorId=\"a\"/><SupportVector vectorId=\"b\"/>"
+        "<SupportVector vectorId=\"o\"/></SupportVectors><Coefficients absoluteValue=\"0\">" +
+        of_machine + "</Coefficients></SupportVectorMachine>";
+  }
+  document += "</SupportVectorMachineModel></PMML>";
+  const Plugin plugin(SVMSCORE_PLUGIN_FILE);
+  const LoadedModel loaded = LoadModel(plugin, PmmlDocument::FromText(document, "machines"));
+  const ModelSummary summary = Summarise(loaded);
+  return ExplainForReport({loaded, summary, nullptr, nullptr, nullptr, CellRules()});
+}
+
+std::string Coefficients(const std::vector<std::string>& values) {
+  std::string text;
+  for (const std::string& value : values) text += "<Coefficient value=\"" + value + "\"/>";
+  return text;
+}
+
+// The units of decision values differ from machine to machine.
+TEST(ReportExplanation, NoMachineOutweighsAnother) {
+  const Explanation of = ExplainMachines(
+      "<LinearKernelType/>", {Coefficients({"1", "0.5", "0"}), Coefficients({"500", "1000", "0"}),
+                              Coefficients({"1", "1", "0"})});
+  ASSERT_EQ(of.strongest.size(), 2U);
+  // By symmetry; the vectors are 4/9 from their mean on the average.
+  for (const InputShare& share : of.strongest) EXPECT_NEAR(share.value, 4.0 / 18.0, 1e-9);
+}
+
+// Decision values may be finite where parts of them are not.
+TEST(ReportExplanation, LeavesOutCasesWhoseValuesAreNotFinite) {
+  const std::string huge = Coefficients({"1e308", "-1e308", "1e308"});
+  const Explanation of =
+      ExplainMachines("<RadialBasisKernelType gamma=\"0.5\"/>", {huge, huge, huge});
+  EXPECT_EQ(of.why_not, "");
+  EXPECT_EQ(of.cases + of.unexplained, 3U);
+  EXPECT_GT(of.unexplained, 0U);
+  for (const InputShare& share : of.strongest) EXPECT_TRUE(std::isfinite(share.value));
+}
+
 ScoredCases CasesWith(std::vector<double> decisions, std::vector<int> predicted,
                       std::vector<int> actual) {
   ScoredCases cases;

@@ -64,6 +64,11 @@ class Explaining {
     ChooseMachine();
     result_.base = explainer.Values().Base(result_.machine);
     AddShares(explainer, most);
+    if (result_.cases == 0) {
+      result_.why_not = "the numbers of the cases are too large";
+      result_.cases_may_help = true;
+      return std::move(result_);
+    }
     AddChosen(explainer);
     AddEffects();
     return std::move(result_);
@@ -146,6 +151,22 @@ class Explaining {
     result_.sides = sides[result_.machine];
   }
 
+  // Whether all that is told of the case is finite: values of very large numbers may not be, though
+  // the decision values are.
+  bool IsUsable(const ModelExplainer& model, const CaseExplainer& explainer,
+                std::size_t place) const {
+    if (!explainer.IsExplained(place)) return false;
+    const auto is_finite = [](double value) { return std::isfinite(value); };
+    for (std::size_t m = 0; m < cases_.machines; ++m) {
+      const double* values = explainer.Values(place, m);
+      if (!std::all_of(values, values + model.ValueCount(), is_finite)) return false;
+      if (!result_.sampled) continue;
+      const double* errors = explainer.Errors(place, m);
+      if (!std::all_of(errors, errors + model.ValueCount(), is_finite)) return false;
+    }
+    return true;
+  }
+
   // Calls take(position among `chosen`, explainer, position in the batch) for those explained.
   template <typename Take>
   void ForEachExplained(const ModelExplainer& model, const std::vector<std::size_t>& chosen,
@@ -162,7 +183,7 @@ class Explaining {
       }
       explainer.Explain();
       for (std::size_t c = 0; c < count; ++c) {
-        if (explainer.IsExplained(c)) take(begin + c, explainer, c);
+        if (IsUsable(model, explainer, c)) take(begin + c, explainer, c);
       }
     }
   }
@@ -204,12 +225,15 @@ class Explaining {
                        ++result_.cases;
                        for (std::size_t m = 0; m < cases_.machines; ++m) {
                          const double* values = explainer.Values(place, m);
+                         // Decision values of several machines have no common unit.
+                         const double unit = cases_.machines > 1 ? model.Values().Scale(m) : 1.0;
                          for (std::size_t p = 0; p < players.size(); ++p) {
-                           sums[p] += std::fabs(values[p]);
+                           if (unit > 0.0) sums[p] += std::fabs(values[p]) / unit;
                            if (m == result_.machine) of_machine[p] += std::fabs(values[p]);
                          }
                        }
                      });
+    result_.unexplained = chosen.size() - result_.cases;
     const double count = static_cast<double>(result_.cases) * static_cast<double>(cases_.machines);
     for (double& sum : sums) sum /= std::max(count, 1.0);
     result_.strongest = Ordered(players, sums.data(), nullptr);

@@ -119,11 +119,14 @@ struct Explanation {
   bool cases_are_vectors = false;       // no table was given
   std::size_t cases = 0;                // that values are means over
   std::size_t cases_of = 0;             // that these are drawn from
+  std::size_t unexplained = 0;          // of the drawn ones: a value of them is not finite
   bool sampled = false;
 
-  std::vector<InputShare> strongest;  // mean sizes over cases and machines, the largest first
-  std::size_t more = 0;               // inputs without an entry there,
-  double rest = 0.0;                  // and the sum of their mean sizes
+  // Mean sizes over cases, the largest first: of one machine in units of its decision value, of
+  // several their mean, each in units of the sum of the sizes of its machine's coefficients.
+  std::vector<InputShare> strongest;
+  std::size_t more = 0;  // inputs without an entry there,
+  double rest = 0.0;     // and the sum of their mean sizes
 
   // Of the machine that the rest is about: that whose cases are, on the average, closest to its
   // threshold.
