@@ -1,6 +1,8 @@
 #include "app/report/html_text.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <fmt/format.h>
 
@@ -80,7 +82,7 @@ std::string Brief(std::string_view text, std::size_t columns) {
 }
 
 std::string Name(std::string_view text, std::size_t longest) {
-  const std::string whole = Printable(text, kTitleShown);
+  const std::string whole = Printable(text, std::max(longest, kTitleShown));
   const std::string shown = Shortened(whole, longest);
   if (shown == whole) return fmt::format("<bdi>{}</bdi>", Escaped(shown));
   return fmt::format("<bdi title=\"{}\">{}</bdi>", Escaped(whole), Escaped(shown));
@@ -89,7 +91,8 @@ std::string Name(std::string_view text, std::size_t longest) {
 std::string Number(double number, int digits) {
   if (std::isnan(number)) return "\u2013";
   if (std::isinf(number)) return number > 0 ? "\u221E" : "\u2212\u221E";
-  return WithMinusSign(fmt::format("{:.{}g}", number == 0.0 ? 0.0 : number, digits));
+  const bool is_tiny = std::fabs(number) <= std::numeric_limits<double>::min();
+  return WithMinusSign(fmt::format("{:.{}g}", is_tiny ? 0.0 : number, digits));
 }
 
 std::string Fixed(double number, int decimals) {

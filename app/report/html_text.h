@@ -10,9 +10,10 @@
 
 namespace svmscore::app {
 
-// Bytes of a name that are shown; the whole name is in its title, up to the second number.
+// Bytes of a name that are shown; the whole name is in its title, up to the second number. Few, for
+// a name may be on a page a thousand times.
 inline constexpr std::size_t kNameShown = 60;
-inline constexpr std::size_t kTitleShown = 8000;
+inline constexpr std::size_t kTitleShown = 300;
 
 // Text as the content of an element or of a quoted attribute: characters of markup are written as
 // references. Control characters, marks that change the direction of writing, and bytes that are
@@ -26,7 +27,8 @@ std::string Brief(std::string_view text, std::size_t columns);
 // shortened, with the whole name as title where it is.
 std::string Name(std::string_view text, std::size_t longest = kNameShown);
 
-// About `digits` significant digits, with a real minus sign.
+// About `digits` significant digits, with a real minus sign. The smallest normal number, which
+// some programs write for 0, and smaller ones read as 0.
 std::string Number(double number, int digits = 4);
 // So many digits after the point.
 std::string Fixed(double number, int decimals);

@@ -38,6 +38,9 @@ TEST(ReportHtml, LongNamesAreShortenedAndWholeInTheirTitles) {
             "<bdi title=\"" + Escaped(name) + "\">" + Name(name).substr(Name(name).find('>') + 1));
   EXPECT_THAT(Name(name), Not(HasSubstr("\"<")));
   EXPECT_LT(Name(std::string(1000000, '&')).size(), 5 * kTitleShown + 1000);
+  EXPECT_LT(Name(std::string(1000000, '&'), 400).size(), 5 * (kTitleShown + 400) + 1000);
+  EXPECT_THAT(Name(std::string(450, 'a') + "\u6F22" + std::string(450, 'b')),
+              Not(HasSubstr("\\x")));
   EXPECT_EQ(Brief("species", 8), "species");
   EXPECT_EQ(Brief("speciesspecies", 8), "specie\u2026");
   // Wide characters take more room, and none is cut apart.
@@ -49,6 +52,7 @@ TEST(ReportHtml, LongNamesAreShortenedAndWholeInTheirTitles) {
 TEST(ReportHtml, NumbersReadAsPeopleWriteThem) {
   EXPECT_EQ(Number(-0.12345), "\u22120.1235");
   EXPECT_EQ(Number(-0.0), "0");
+  EXPECT_EQ(Number(2.2250738585072014e-308), "0");
   EXPECT_EQ(Number(1e-7), "1e\u221207");
   EXPECT_EQ(Fixed(-0.001, 2), "0.00");
   EXPECT_EQ(Percent(0.9412), "94.1\u00A0%");

@@ -215,6 +215,27 @@ std::string ManyCategories(int categories) {
          machines + "</SupportVectorMachineModel></PMML>\n";
 }
 
+TEST(Report, PagesOfLongNamesAreBounded) {
+  std::string fields;
+  std::string active;
+  const std::string quotes(5994, '\'');  // &#39; on a page
+  for (int i = 0; i < 40; ++i) {
+    const std::string name = "\"" + std::to_string(i) + quotes + "\"";
+    fields += "<DataField name=" + name + " optype=\"categorical\" dataType=\"string\">";
+    for (int v = 0; v < 9; ++v) fields += "<Value value=\"" + std::to_string(v) + quotes + "\"/>";
+    fields += "</DataField>";
+    active += "<MiningField name=" + name + "/>";
+  }
+  std::string document = ManyCategories(4);
+  document.insert(document.find("<DataField"), fields);
+  document.insert(document.find("<MiningField"), active);
+  const TemporaryFolder folder;
+  const Ran ran = Report({folder.Write("long.pmml", document)});
+  EXPECT_EQ(ran.status, 0) << ran.err;
+  EXPECT_THAT(ran.out, HasSubstr(">38&#39;"));
+  EXPECT_LT(ran.out.size(), 2000000U);
+}
+
 TEST(Report, PagesOfLargeModelsAndTablesAreBounded) {
   const TemporaryFolder folder;
   std::string cases = "x,y\n";
