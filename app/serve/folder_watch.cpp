@@ -28,7 +28,8 @@ FolderWatch::FolderWatch(const std::string& folder)
   if (folder.empty()) return;
   notices_ = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
   if (notices_ < 0) return;
-  constexpr std::uint32_t kChanges = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+  constexpr std::uint32_t kChanges =
+      IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_ATTRIB;
   if (inotify_add_watch(notices_, folder.c_str(), kChanges) < 0) {
     close(notices_);
     notices_ = -1;

@@ -16,8 +16,8 @@ class FolderWatch {
   FolderWatch(const FolderWatch&) = delete;
   FolderWatch& operator=(const FolderWatch&) = delete;
 
-  // Waits until a file was written to its end, renamed or removed, until Wake, or until so many
-  // milliseconds are over. True where a file was.
+  // Waits until a file was written to its end, renamed, removed or given other rights, until Wake,
+  // or until so many milliseconds are over. True where a file was.
   bool Wait(int milliseconds);
   void Wake() noexcept;
 

@@ -1,5 +1,7 @@
 #include "app/serve/model_keeper.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include <sys/resource.h>
@@ -26,6 +28,15 @@ constexpr std::size_t kMostTasks = 16;
 constexpr int kRescan = 1000;  // milliseconds
 // A file that was changed no later than so long ago may still be written to.
 constexpr std::int64_t kSettling = 1000;  // milliseconds
+
+constexpr const char* kUnreadable = "its file cannot be read; the log says why";
+
+// Without what is in the document: clients may ask what is wrong with a file that is none of
+// theirs.
+std::string ShortText(std::string_view why) {
+  const std::size_t end = std::min({why.find(": "), why.find('"'), why.find(" '"), why.size()});
+  return fmt::format("{}; the log says more", why.substr(0, end));
+}
 
 // Lets other threads go first.
 void BeNice() {
@@ -55,6 +66,9 @@ void ModelKeeper::Stop() {
   ends_ = true;
   watch_.Wake();
   if (thread_.joinable()) thread_.join();
+  std::deque<Task> unanswered;
+  const std::lock_guard lock(mutex_);
+  unanswered.swap(tasks_);
 }
 
 void ModelKeeper::LoadAll() {
@@ -62,7 +76,7 @@ void ModelKeeper::LoadAll() {
     try {
       const serve::ModelFile file{path, serve::MarkOf(path)};
       Swap(id, serve::ReadFile(path, options_.rules.limits.document_size), path);
-      files_[id] = {file, false};
+      files_[id] = {file, {}, false};
     } catch (const FileFault& fault) {
       throw Failure(kModelError, fault.what());
     } catch (const ModelRefused& refused) {
@@ -106,7 +120,7 @@ void ModelKeeper::Run() {
 bool ModelKeeper::Change(Route route, Method method, std::string document, Done done) {
   {
     const std::lock_guard lock(mutex_);
-    if (tasks_.size() == kMostTasks) return false;
+    if (ends_ || tasks_.size() == kMostTasks) return false;
     tasks_.push_back({std::move(route), method, std::move(document), std::move(done)});
   }
   watch_.Wake();
@@ -126,29 +140,30 @@ Answer ModelKeeper::Put(const Route& route, std::string document) {
   if (files_.contains(id)) {
     return serve::ErrorAnswer(route, 409, "the command line names this model; change its file");
   }
-  const auto earlier = folder_.find(id);
   const std::optional<serve::StoredModel> stored = store_.Find(id);
   const bool is_new = !stored || stored->model == nullptr;
   try {
     auto model = std::make_unique<ServedModel>(id, std::move(document), options_.rules);
     const serve::ModelFile file = serve::StoreFile(options_.folder, id, model->File());
-    if (earlier != folder_.end() && earlier->second.file.path != file.path) {
-      serve::RemoveFile(options_.folder, earlier->second.file.path);
+    for (const std::string& path : serve::FilesOf(options_.folder, id)) {
+      if (path != file.path) serve::RemoveFile(options_.folder, path);
     }
-    folder_[id] = {file, false};
+    folder_[id] = {file, {}, false};
     metrics_.CountLoad(true);
     log_.Event(is_new ? "loaded" : "swapped", id, "uploaded, SHA-256 " + model->Sha256());
     store_.Put(std::move(model));
   } catch (const ModelRefused& refused) {
     metrics_.CountLoad(false);
     log_.Event("refused", id, refused.what());
-    if (stored) {
-      store_.SetProblem(id, fmt::format("an uploaded document was refused: {}", refused.what()));
+    // What is wrong with the file itself is not forgotten for it.
+    if (stored && (!stored->problem || stored->is_of_upload)) {
+      store_.SetProblem(id, fmt::format("an uploaded document was refused: {}", refused.what()),
+                        true);
     }
     return serve::ErrorAnswer(route, 400, refused.what());
   } catch (const FileFault& fault) {
     log_.Event("error", id, fault.what());
-    return serve::ErrorAnswer(route, 500, fault.what());
+    return serve::ErrorAnswer(route, 500, "the document cannot be stored; the log says why");
   } catch (const std::bad_alloc&) {
     return serve::ErrorAnswer(route, 503, "out of memory");
   }
@@ -172,9 +187,13 @@ Answer ModelKeeper::Delete(const Route& route) {
     return serve::ErrorAnswer(route, 404, fmt::format("there is no model \"{}\"", id));
   }
   try {
-    serve::RemoveFile(options_.folder, known->second.file.path);
+    // The one that is served last: where a file cannot be removed, nothing else takes its place.
+    std::vector<std::string> paths = serve::FilesOf(options_.folder, id);
+    std::reverse(paths.begin(), paths.end());
+    for (const std::string& path : paths) serve::RemoveFile(options_.folder, path);
   } catch (const FileFault& fault) {
-    return serve::ErrorAnswer(route, 500, fault.what());
+    log_.Event("error", id, fault.what());
+    return serve::ErrorAnswer(route, 500, "the document cannot be removed; the log says why");
   }
   folder_.erase(known);
   store_.Drop(id);
@@ -212,15 +231,15 @@ void ModelKeeper::CheckFolder(bool settled) {
     known = folder_.erase(known);
   }
   for (const auto& [id, file] : found) {
+    NoteHidden(id, file);
     if (files_.contains(id)) continue;  // the command line's is served
     const auto known = folder_.find(id);
     const bool same = known != folder_.end() && known->second.file.mark == file.mark &&
-                      known->second.file.path == file.path;
+                      known->second.file.path == file.path && !known->second.retry;
     if (same || (!settled && !IsSettled(file.mark))) continue;
-    folder_[id].file = file;
-    const std::optional<std::string> problem = Load(id, file.path);
-    folder_[id].failed = problem.has_value();
-    if (problem) NoteProblem(id, *problem);
+    Known& loaded = folder_[id];
+    loaded.file = file;
+    Load(id, loaded);
     if (ends_) return;
   }
 }
@@ -229,28 +248,32 @@ void ModelKeeper::CheckFiles(bool settled) {
   for (auto& [id, known] : files_) {
     try {
       const serve::FileMark mark = serve::MarkOf(known.file.path);
-      if (mark == known.file.mark || (!settled && !IsSettled(mark))) continue;
+      if ((mark == known.file.mark && !known.retry) || (!settled && !IsSettled(mark))) continue;
       known.file.mark = mark;
     } catch (const FileFault& fault) {
-      if (known.file.mark == serve::FileMark()) continue;
       known.file.mark = {};
-      NoteProblem(id, fault.what());
+      NoteProblem(id, known, fault.what(), kUnreadable);
       continue;
     }
-    if (const auto problem = Load(id, known.file.path)) NoteProblem(id, *problem);
+    Load(id, known);
   }
 }
 
-std::optional<std::string> ModelKeeper::Load(const std::string& id, const std::string& path) {
+void ModelKeeper::Load(const std::string& id, Known& known) {
+  const std::string& path = known.file.path;
+  known.retry = true;
   try {
     Swap(id, serve::ReadFile(path, options_.rules.limits.document_size), path);
-    return std::nullopt;
+    known.retry = false;
+    known.problem.clear();
   } catch (const FileFault& fault) {
-    return fault.what();
+    NoteProblem(id, known, fault.what(), kUnreadable);
   } catch (const ModelRefused& refused) {
-    return refused.what();
+    known.retry = false;
+    known.problem.clear();  // a new document, if perhaps with the fault of the last
+    NoteProblem(id, known, refused.what(), ShortText(refused.what()));
   } catch (const std::bad_alloc&) {
-    return "out of memory";
+    NoteProblem(id, known, "out of memory", "out of memory");
   }
 }
 
@@ -269,10 +292,29 @@ void ModelKeeper::Swap(const std::string& id, std::string bytes, std::string_vie
   log_.Event(is_new ? "loaded" : "swapped", id, fmt::format("{}, SHA-256 {}", from, sha256));
 }
 
-void ModelKeeper::NoteProblem(const std::string& id, const std::string& why) {
+void ModelKeeper::NoteProblem(const std::string& id, Known& known, const std::string& why,
+                              const std::string& told) {
+  if (known.problem == why) return;
+  known.problem = why;
   metrics_.CountLoad(false);
-  store_.SetProblem(id, why);
+  store_.SetProblem(id, told);
   log_.Event("refused", id, why);
+}
+
+void ModelKeeper::NoteHidden(const std::string& id, const serve::ModelFile& file) {
+  std::string hidden;
+  if (files_.contains(id)) {
+    hidden = fmt::format("{} is not served: the command line names this model", file.path);
+  } else if (file.others > 0) {
+    hidden = fmt::format("{} is served, and {} more of this id in the folder are not", file.path,
+                         file.others);
+  }
+  const auto known = hidden_.find(id);
+  if (hidden.empty()) {
+    if (known != hidden_.end()) hidden_.erase(known);
+    return;
+  }
+  if (std::exchange(hidden_[id], hidden) != hidden) log_.Event("warning", id, hidden);
 }
 
 }  // namespace svmscore::app

@@ -47,7 +47,7 @@ class ModelKeeper {
   // Watches from now on.
   void Start();
   // Ends after the load at hand; uploads that wait are not answered. What is called back must be
-  // there until then.
+  // there until it returns; nothing is called back later.
   void Stop();
 
   // PUT and DELETE of a model. False where too many wait. [any thread] Fails: std::bad_alloc.
@@ -62,7 +62,8 @@ class ModelKeeper {
   };
   struct Known {
     serve::ModelFile file;
-    bool failed = false;
+    std::string problem;  // why it could not take its place last
+    bool retry = false;   // the system failed, and not the document: it may do better next time
   };
 
   void Run();
@@ -74,10 +75,14 @@ class ModelKeeper {
   void Rescan(bool settled);
   void CheckFolder(bool settled);
   void CheckFiles(bool settled);
-  // Why the file is not served now; nothing where it is.
-  std::optional<std::string> Load(const std::string& id, const std::string& path);
+  // Serves the file, or notes why not.
+  void Load(const std::string& id, Known& known);
   void Swap(const std::string& id, std::string bytes, std::string_view from);
-  void NoteProblem(const std::string& id, const std::string& why);
+  // Once for the same. `told`: what clients get to know.
+  void NoteProblem(const std::string& id, Known& known, const std::string& why,
+                   const std::string& told);
+  // Logs files that others of their id hide.
+  void NoteHidden(const std::string& id, const serve::ModelFile& file);
 
   const KeeperOptions options_;
   serve::ModelStore& store_;
@@ -86,6 +91,7 @@ class ModelKeeper {
   FolderWatch watch_;
   std::map<std::string, Known> folder_;  // by id
   std::map<std::string, Known> files_;
+  std::map<std::string, std::string> hidden_;  // what was logged of them, by id
   bool folder_fails_ = false;
 
   std::mutex mutex_;

@@ -123,6 +123,63 @@ class Models(unittest.TestCase):
             self.assertEqual(403, service.ask("PUT", "/model/a", IRIS, XML)[0])
             self.assertEqual(403, service.ask("DELETE", "/model/a")[0])
 
+    def problem(self, service, model):
+        """As the metrics have it, for alarms."""
+        text = service.ask("GET", "/metrics")[2].decode()
+        return f'svmscore_model_problem{{model="{model}"}} 1' in text
+
+    def test_files_of_one_id(self):
+        for name in ("a.pmml.gz", "a.xml", "b.xml", "fixed.pmml"):
+            put(self.folder, name, gzip.compress(IRIS) if name.endswith("gz") else IRIS)
+        fixed = self.folder / "fixed.model"
+        fixed.write_bytes(OTHER)
+        with self.serve("--allow-upload", f"fixed={fixed}") as service:
+            self.assertEqual(200, service.ask("POST", "/model/a", CASE, JSON)[0])
+            self.assertEqual(204, service.ask("DELETE", "/model/a")[0])
+            self.assertEqual(200, service.ask("PUT", "/model/b", OTHER, XML)[0])
+            self.assertEqual(["b.pmml", "fixed.model", "fixed.pmml"], sorted(os.listdir(self.folder)))
+            time.sleep(1.5)
+            self.assertIsNone(self.state(service, "a"))
+            self.assertNotIn('model="a"', service.ask("GET", "/metrics")[2].decode())
+            self.assertEqual(OTHER, service.ask("GET", "/model/fixed/pmml")[2])
+            service.end()
+            warned = [event["model"] for event in service.events() if event.get("event") == "warning"]
+            self.assertEqual(["a", "fixed"], sorted(warned))
+
+    def test_faults_of_files_are_for_the_log(self):
+        put(self.folder, "good.pmml", IRIS)
+        (self.folder / "text.pmml").write_text("hunter2: 'secret'")
+        (self.folder / "io.pmml").symlink_to("/proc/self/mem")  # cannot be read at its beginning
+        closed = self.folder / "closed.pmml"
+        closed.write_bytes(IRIS)
+        closed.chmod(0)
+        with self.serve("--allow-upload") as service:
+            for model in ("text", "io"):
+                told = service.ask("GET", f"/model/{model}")[2] + service.ask("POST", f"/model/{model}", CASE, JSON)[2]
+                self.assertIn(b"the log says", told)
+                for word in (b"hunter2", b"secret", str(self.folder).encode(), b"Input/output"):
+                    self.assertNotIn(word, told)
+                self.assertTrue(self.problem(service, model))
+            self.assertEqual(400, service.ask("PUT", "/model/good", b"<x/>", XML)[0])
+            self.assertIn("refused", self.state(service, "good")["problem"])
+            self.assertFalse(self.problem(service, "good"))  # what a client sends is no reason for an alarm
+            time.sleep(1.5)
+            closed.chmod(0o600)
+            service.until(lambda: self.state(service, "closed")["ready"])
+            service.end()
+            faults = [event["model"] for event in service.events() if "Input/output" in event.get("message", "")]
+            self.assertEqual(["io"], faults)  # tried again and again, and told once
+
+    def test_the_end_does_not_wait_for_uploads(self):
+        big = IRIS.replace(b"</Header>", b"</Header>" + b"<Extension/>" * 400_000)
+        with self.serve("--allow-upload", "--drain-seconds", 1) as service:
+            connections = [service.connect() for _ in range(8)]
+            for number, connection in enumerate(connections):
+                connection.request("PUT", f"/model/m{number}", big, XML)
+            self.assertEqual(0, service.end())
+            for connection in connections:
+                connection.close()
+
     def test_nothing_acknowledged_is_lost(self):
         (self.folder / ".unfinished-abcdef").write_bytes(b"<PMML")
         for times in range(4):

@@ -45,11 +45,26 @@ void Metrics::Forget(const std::string& model) {
   rows_.erase(model);
 }
 
-std::string Metrics::Text(const ModelStore& store) const {
+std::string Metrics::Text(const ModelStore& store) {
   std::string out;
-  const std::lock_guard lock(mutex_);
+  std::vector<std::pair<std::string, StoredModel>> models;
+  decltype(routes_) routes;
+  decltype(rows_) counted_rows;
+  {  // Every answer takes the lock: nothing is written under it.
+    const std::lock_guard lock(mutex_);
+    models = store.All();
+    // Rows may be counted after their model is gone.
+    std::erase_if(rows_, [&models](const auto& entry) {
+      const auto found = std::lower_bound(
+          models.begin(), models.end(), entry.first,
+          [](const auto& model, const std::string& id) { return model.first < id; });
+      return found == models.end() || found->first != entry.first;
+    });
+    routes = routes_;
+    counted_rows = rows_;
+  }
   AddHead(out, "svmscore_http_requests_total", "counter", "Requests answered.");
-  for (const auto& [route, counted] : routes_) {
+  for (const auto& [route, counted] : routes) {
     for (const auto& [status, count] : counted.requests) {
       AddLine(out, "svmscore_http_requests_total{{route=\"{}\",code=\"{}\"}} {}", route, status,
               count);
@@ -57,7 +72,7 @@ std::string Metrics::Text(const ModelStore& store) const {
   }
   AddHead(out, "svmscore_http_request_duration_seconds", "histogram",
           "Time from the first byte of a request to the beginning of its answer.");
-  for (const auto& [route, counted] : routes_) {
+  for (const auto& [route, counted] : routes) {
     std::uint64_t below = 0;
     for (std::size_t i = 0; i < counted.latency.counts.size(); ++i) {
       below += counted.latency.counts[i];
@@ -70,7 +85,7 @@ std::string Metrics::Text(const ModelStore& store) const {
   }
   AddHead(out, "svmscore_rows_total", "counter",
           "Rows scored, by the status that they ended with.");
-  for (const auto& [model, rows] : rows_) {
+  for (const auto& [model, rows] : counted_rows) {
     const std::array<std::pair<int, std::uint64_t>, 3> counts = {
         {{0, rows.scored},
          {MCScore::kInvalidValue, rows.invalid},
@@ -83,15 +98,15 @@ std::string Metrics::Text(const ModelStore& store) const {
   AddLine(out, "svmscore_model_loads_total{{result=\"loaded\"}} {}", loads_.load());
   AddLine(out, "svmscore_model_loads_total{{result=\"failed\"}} {}", failed_loads_.load());
   AddHead(out, "svmscore_model_info", "gauge", "The models that answer, 1 for each.");
-  const auto models = store.All();
   for (const auto& [id, stored] : models) {
     if (stored.model == nullptr) continue;
     AddLine(out, "svmscore_model_info{{model=\"{}\",sha256=\"{}\"}} 1", id, stored.model->Sha256());
   }
   AddHead(out, "svmscore_model_problem", "gauge",
-          "Whether the latest document of a model could not take its place.");
+          "Whether the file of a model could not take its place.");
   for (const auto& [id, stored] : models) {
-    AddLine(out, "svmscore_model_problem{{model=\"{}\"}} {}", id, stored.problem ? 1 : 0);
+    AddLine(out, "svmscore_model_problem{{model=\"{}\"}} {}", id,
+            stored.problem && !stored.is_of_upload ? 1 : 0);
   }
   AddHead(out, "svmscore_connections", "gauge", "Connections that are open.");
   AddLine(out, "svmscore_connections {}", connections_.load());

@@ -31,7 +31,8 @@ class Metrics {
   // A request that was turned away for lack of room.
   void CountRefusal() { ++refusals_; }
 
-  std::string Text(const ModelStore& store) const;
+  // Rows of models that are no longer there are forgotten.
+  std::string Text(const ModelStore& store);
 
  private:
   // Upper bounds in seconds; beyond the last one there is +Inf.

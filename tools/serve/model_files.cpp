@@ -50,8 +50,11 @@ bool TakeOff(std::string& name, std::string_view ending) {
 }
 
 FileMark MarkFrom(const struct stat& about) {
+  const auto nanoseconds = [](const timespec& time) {
+    return time.tv_sec * std::int64_t{1000000000} + time.tv_nsec;
+  };
   return {about.st_dev, about.st_ino, static_cast<std::uint64_t>(about.st_size),
-          about.st_mtim.tv_sec * std::int64_t{1000000000} + about.st_mtim.tv_nsec};
+          nanoseconds(about.st_mtim), nanoseconds(about.st_ctim)};
 }
 
 void Flush(const std::string& folder) {
@@ -94,13 +97,32 @@ std::map<std::string, ModelFile> FilesIn(const std::string& folder) {
   std::map<std::string, ModelFile> files;
   for (const std::string& name : NamesIn(folder)) {
     const std::string id = IdOfFile(name);
-    if (id.empty() || (files.contains(id) && name != id + ".pmml")) continue;
+    if (id.empty()) continue;
     const std::string path = folder + "/" + name;
     struct stat about {};
     if (stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) continue;
-    files[id] = {path, MarkFrom(about)};
+    const auto other = files.find(id);
+    if (other == files.end()) {
+      files[id] = {path, MarkFrom(about), 0};
+    } else if (name == id + ".pmml") {
+      other->second = {path, MarkFrom(about), other->second.others + 1};
+    } else {
+      ++other->second.others;
+    }
   }
   return files;
+}
+
+std::vector<std::string> FilesOf(const std::string& folder, const std::string& id) {
+  std::vector<std::string> paths;
+  for (const std::string& name : NamesIn(folder)) {
+    if (IdOfFile(name) != id) continue;
+    const std::string path = folder + "/" + name;
+    struct stat about {};
+    if (lstat(path.c_str(), &about) != 0 || S_ISDIR(about.st_mode)) continue;
+    paths.insert(name == id + ".pmml" ? paths.begin() : paths.end(), path);
+  }
+  return paths;
 }
 
 FileMark MarkOf(const std::string& path) {
@@ -146,7 +168,7 @@ ModelFile StoreFile(const std::string& folder, const std::string& id, const std:
     if (fstat(descriptor.Get(), &about) == 0) mark = MarkFrom(about);
   }
   Flush(folder);
-  return {path, mark};
+  return {path, mark, 0};
 }
 
 void RemoveFile(const std::string& folder, const std::string& path) {

@@ -8,6 +8,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace svmscore::serve {
 
@@ -17,12 +18,13 @@ class FileFault : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// What changes with the content of a file.
+// What changes with the content of a file, and with who may read it.
 struct FileMark {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
   std::uint64_t size = 0;
   std::int64_t modified = 0;  // in nanoseconds since 1970
+  std::int64_t changed = 0;   // the same of the file's rights and names, too
 
   friend bool operator==(const FileMark&, const FileMark&) = default;
 };
@@ -30,6 +32,7 @@ struct FileMark {
 struct ModelFile {
   std::string path;
   FileMark mark;
+  std::size_t others = 0;  // files of the same id that are not taken
 };
 
 // NAME.pmml and NAME.xml, perhaps with .gz or .zst, are the model NAME; others are none, and so are
@@ -39,6 +42,9 @@ std::string IdOfFile(const std::string& name);
 // The files of a folder, by their ids. Of several files of an id the first by name is taken, but
 // ID.pmml before all. Fails: FileFault where the folder cannot be read.
 std::map<std::string, ModelFile> FilesIn(const std::string& folder);
+// The paths of all files of the id, the one that FilesIn takes first. Fails: FileFault where the
+// folder cannot be read.
+std::vector<std::string> FilesOf(const std::string& folder, const std::string& id);
 // Fails: FileFault where there is no such file, or it is no regular one.
 FileMark MarkOf(const std::string& path);
 // Fails: FileFault where the file cannot be read or has more than `most` bytes.

@@ -34,9 +34,12 @@ bool ModelStore::Put(std::unique_ptr<ServedModel> model) {
   return is_new;
 }
 
-void ModelStore::SetProblem(const std::string& id, std::optional<std::string> problem) {
+void ModelStore::SetProblem(const std::string& id, std::optional<std::string> problem,
+                            bool is_of_upload) {
   const std::unique_lock lock(mutex_);
-  models_[id].problem = std::move(problem);
+  StoredModel& stored = models_[id];
+  stored.problem = std::move(problem);
+  stored.is_of_upload = is_of_upload;
 }
 
 bool ModelStore::Drop(std::string_view id) {

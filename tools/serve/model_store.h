@@ -20,6 +20,7 @@ namespace svmscore::serve {
 struct StoredModel {
   SharedModel model;                   // null where none has loaded yet
   std::optional<std::string> problem;  // why the latest document does not take its place
+  bool is_of_upload = false;           // a client sent that document, and its file is fine
 };
 
 // A request takes a model and keeps it to its end, whatever happens to the store meanwhile. Models
@@ -36,7 +37,8 @@ class ModelStore {
   // Makes the model the one of its id, without a problem. True where the id is new.
   bool Put(std::unique_ptr<ServedModel> model);
   // Notes why a document does not become the model of the id; nothing takes the note back.
-  void SetProblem(const std::string& id, std::optional<std::string> problem);
+  void SetProblem(const std::string& id, std::optional<std::string> problem,
+                  bool is_of_upload = false);
   // False where there is none.
   bool Drop(std::string_view id);
 
