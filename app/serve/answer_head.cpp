@@ -51,7 +51,7 @@ std::string HeadOf(const Answer& answer, const std::string& request_id, bool kee
     add("Content-Type", answer.content_type);
     fmt::format_to(std::back_inserter(head), "Content-Length: {}\r\n", answer.body.size());
   }
-  if (!request_id.empty()) add("X-Request-Id", request_id);
+  add("X-Request-Id", request_id);
   if (!answer.sha256.empty()) add("X-Model-SHA256", answer.sha256);
   for (const auto& [name, value] : answer.headers) add(name, value);
   if (answer.status == 503) add("Retry-After", "1");

@@ -94,7 +94,7 @@ void Connection::Close() {
 
 void Connection::Check(Clock::time_point now) {
   if (state_ == State::kWorking || now < deadline_) return;
-  if (state_ == State::kReading && has_head_) {
+  if (state_ == State::kReading && Begun()) {
     boost::beast::error_code ignored;
     socket_.cancel(ignored);  // what is read no longer has a place to go
     SendError(408, "the request took too long to arrive");
@@ -302,7 +302,8 @@ void Connection::SendError(unsigned status, const std::string& what) {
 
 void Connection::Send(Answer answer) {
   if (!socket_.is_open()) return;
-  const SharedParts& shared = pool_.Shared();
+  SharedParts& shared = pool_.Shared();
+  if (request_id_.empty()) request_id_ = RequestId({}, shared.requests);
   const bool whole = parser_ && parser_->is_done();
   keeps_alive_ = whole && parser_->keep_alive() && !shared.drains;
   Log(answer);
