@@ -40,12 +40,13 @@ struct Served {
   serve::Service service{
       store,
       metrics,
-      {kMostRows,
+      {{kMostRows},
        [](const serve::ServedModel& model, std::string& table, const std::string& query,
           serve::RowCounts& rows) {
          return app::ScoreTable(model, table, query, {kMostRows, kMostBody}, rows);
        },
-       "<!doctype html>", "default-src 'none'"}};
+       "<!doctype html>",
+       "default-src 'none'"}};
 
   Served() {
     std::ifstream file(FUZZ_FOLDER "/table.pmml", std::ios::binary);

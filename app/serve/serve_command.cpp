@@ -144,6 +144,7 @@ void ServeCommand::AddLimits(CLI::App& app) {
       ->check(CLI::Range(1, 1024))
       ->type_name("N");
   number("--max-body", body_mib_, 1024, "MiB of a request's body, inflated");
+  number("--max-answer", answer_mib_, 4096, "MiB of the scores of a request");
   number("--max-upload", upload_mib_, 1024, "MiB of an uploaded document");
   number("--max-rows", options_.most_rows, 100000000, "rows of a request");
   number("--max-header", options_.most_head, 1000000, "bytes of a request's line and headers");
@@ -180,6 +181,7 @@ ServeOptions ServeCommand::Serving() const {
   options.access.allow_upload = allow_upload_;
   if (!token_file_.empty()) options.access.upload_token = ReadToken(token_file_);
   options.most_body = body_mib_ * kMebibyte;
+  options.most_answer = answer_mib_ * kMebibyte;
   options.most_upload = upload_mib_ * kMebibyte;
   options.most_bodies = 2 * std::max(options.most_body, options.most_upload);
   options.logs_requests = log_ == "requests";
@@ -198,14 +200,15 @@ ExitStatus ServeCommand::Run() {
   serve::ModelStore store;
   serve::Metrics metrics;
   ModelKeeper keeper(Keeper(), store, metrics, log);
-  const TableBounds bounds{options.most_rows, options.most_body};
+  const TableBounds bounds{options.most_rows, options.most_body, options.most_answer};
   const Page page = MakePage(PageFiles());
   serve::Service service(
       store, metrics,
-      {options.most_rows,
+      {{options.most_rows, options.most_answer},
        [&bounds](const serve::ServedModel& model, std::string& table, const std::string& query,
                  serve::RowCounts& rows) { return ScoreTable(model, table, query, bounds, rows); },
-       page.html, page.content_security_policy});
+       page.html,
+       page.content_security_policy});
   Server server({options, service, metrics, keeper, log});
   if (allow_upload_ && token_file_.empty() && !IsLoopback(options.address)) {
     log.Event(

@@ -33,6 +33,7 @@ class ServeCommand : public Command {
   std::vector<std::string> origins_;
   std::string log_ = "requests";
   std::size_t body_mib_ = 32;
+  std::size_t answer_mib_ = 128;
   std::size_t upload_mib_ = 128;
   ServeOptions options_;
   ReadingOptions reading_;

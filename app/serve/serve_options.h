@@ -14,6 +14,7 @@ struct ServeOptions {
   unsigned short port = 8080;
   serve::AccessRules access;
   std::size_t most_body = std::size_t{32} << 20;     // bytes of a body, inflated
+  std::size_t most_answer = std::size_t{128} << 20;  // bytes of scores
   std::size_t most_upload = std::size_t{128} << 20;  // bytes of a document
   std::size_t most_bodies = std::size_t{256} << 20;  // bytes of all bodies that are held
   std::size_t most_head = 16384;                     // bytes of a request's line and headers

@@ -120,6 +120,7 @@ class TableRun {
   void Keep(const CaseBlock& block) {
     out_ += block.out;
     total_.Add(block.tally);
+    serve::CheckAnswer(out_.size(), {bounds_.rows, bounds_.answer});
     if (total_.cases > bounds_.rows) {
       throw BadRequest(413, fmt::format("the table has more than {} rows", bounds_.rows));
     }

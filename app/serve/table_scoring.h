@@ -10,10 +10,11 @@
 
 namespace svmscore::app {
 
-// A table, inflated, has at most so much.
+// A table, inflated, has at most so much, and so has the answer.
 struct TableBounds {
   std::size_t rows = 0;
   std::size_t bytes = 0;
+  std::size_t answer = static_cast<std::size_t>(-1);  // bytes
 };
 
 // What `svmscore score` writes for the table. The query may set delimiter, decimalComma,

@@ -203,6 +203,7 @@ class Hostile(unittest.TestCase):
         self.assertEqual((200, ["status", "reason"]), (status, [one["name"] for one in answer["outputs"]]))
         self.assertEqual([90029, 90029], answer["outputs"][0]["data"])
         self.assertEqual(400, self.service.json("POST", INFER, {**body, "outputs": [{"name": "x"}]})[0])
+        self.assertEqual(400, self.service.json("POST", INFER, {**body, "outputs": 2 * [{"name": "status"}]})[0])
         nan = b'{"inputs":[{"name":"sepal_length","datatype":"FP64","shape":[1],"data":[NaN]}]}'
         self.assertEqual(200, self.service.ask("POST", INFER, nan, JSON)[0])
 
@@ -217,6 +218,20 @@ class Hostile(unittest.TestCase):
                 (gzip.compress(head + b"1,2,3,4\n"), "", 200)):
             with self.subTest(f"{body[:60]}{query}"):
                 self.assertEqual(wanted, self.service.ask("POST", path + query, body, CSV)[0])
+
+    def test_long_answers(self):
+        rows = 20000
+        batch = b'{"requests":[%s{}]}' % (rows * b"{},")
+        table = b"sepal_length,sepal_width,petal_length,petal_width\n" + rows * b"1,2,3,4\n"
+        tensor = {"name": "x", "datatype": "FP64", "shape": [rows], "data": rows * [1]}
+        with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml", "--max-answer", 1) as service:
+            for path, body, headers in ((PATH + "/batch", batch, JSON), (PATH + "/csv", table, CSV),
+                                        (INFER, json.dumps({"inputs": [tensor]}), JSON)):
+                status, _, text = service.ask("POST", path, body, headers)
+                self.assertEqual(413, status)
+                self.assertIn(b"fewer rows", text)
+            few = json.dumps({"inputs": [tensor], "outputs": [{"name": "status"}]})
+            self.assertEqual(200, service.ask("POST", INFER, few, JSON)[0])
 
     def test_slow_senders(self):
         """They are cut off in the end, and others do not wait for that."""
@@ -257,6 +272,12 @@ class Hostile(unittest.TestCase):
         policies = self.service.ask("GET", "/")[1].get_all("Content-Security-Policy")
         self.assertEqual([True], ["script-src" in policy for policy in policies])
 
+    def test_every_answer_has_an_id(self):
+        for data, status in ((b"nonsense\r\n\r\n", b"400"), (b"GET / HTTP/1.1\r\nX: ", b"408")):
+            answer = self.raw(data)
+            self.assertRegex(answer, b"HTTP/1.1 " + status)
+            self.assertRegex(answer, b"X-Request-Id: [0-9a-f]{16}\r\n")
+
     def test_too_many_connections(self):
         with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml", "--max-connections", 8) as service:
             held = [service.connect() for _ in range(8)]
@@ -264,6 +285,7 @@ class Hostile(unittest.TestCase):
                 self.assertEqual(200, exchange(connection, "GET", "/v2")[0])
             status, headers, _ = service.ask("GET", "/v2")
             self.assertEqual((503, "1"), (status, headers["Retry-After"]))
+            self.assertTrue(headers["X-Request-Id"])
             time.sleep(1.2)  # one that waits so long makes room
             self.assertEqual(200, service.ask("GET", "/v2")[0])
             for connection in held:

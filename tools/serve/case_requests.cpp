@@ -100,6 +100,13 @@ CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, RowRun& run, 
   return fault;
 }
 
+void CheckAnswer(std::size_t size, const RequestBounds& bounds) {
+  if (size <= bounds.answer) return;
+  throw BadRequest(413, fmt::format("the answer would have more than {} bytes; send fewer rows at "
+                                    "a time",
+                                    bounds.answer));
+}
+
 std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& counts) try {
   JsonScanner scanner(body);
   RowRun run(model, true);
@@ -121,7 +128,7 @@ std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& cou
   throw BadRequest(400, error.what());
 }
 
-std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t most_rows,
+std::string ScoreMany(const ServedModel& model, std::string& body, const RequestBounds& bounds,
                       RowCounts& counts) try {
   JsonScanner scanner(body);
   RowRun run(model, false);
@@ -133,6 +140,7 @@ std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t m
   std::string_view member;
   const auto flush = [&] {
     WriteCases(model, run, ids, responses, counted);
+    CheckAnswer(responses.size(), bounds);
     ids.clear();
   };
   scanner.EnterObject();
@@ -146,8 +154,8 @@ std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t m
       if (!scanner.NextIs(JsonKind::kArray)) scanner.Expected("an array of requests");
       scanner.EnterArray();
       for (std::size_t rows = 0; scanner.NextElement(); ++rows) {
-        if (rows == most_rows) {
-          throw BadRequest(413, fmt::format("the batch has more than {} requests", most_rows));
+        if (rows == bounds.rows) {
+          throw BadRequest(413, fmt::format("the batch has more than {} requests", bounds.rows));
         }
         if (run.IsFull()) flush();
         CaseFault fault = ReadCase(scanner, model, run, ids.emplace_back());

@@ -29,6 +29,14 @@ class BadRequest : public std::runtime_error {
   unsigned status_;
 };
 
+// What a request may ask for.
+struct RequestBounds {
+  std::size_t rows = 0;
+  std::size_t answer = static_cast<std::size_t>(-1);  // bytes
+};
+// Fails: BadRequest where an answer of so many bytes is too long.
+void CheckAnswer(std::size_t size, const RequestBounds& bounds);
+
 // What is wrong with a case; empty where nothing is.
 struct CaseFault {
   std::string what;
@@ -40,7 +48,7 @@ struct CaseFault {
 CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, RowRun& run, std::string& id);
 
 std::string ScoreOne(const ServedModel& model, std::string& body, RowCounts& counts);
-std::string ScoreMany(const ServedModel& model, std::string& body, std::size_t most_rows,
+std::string ScoreMany(const ServedModel& model, std::string& body, const RequestBounds& bounds,
                       RowCounts& counts);
 
 }  // namespace svmscore::serve

@@ -12,7 +12,6 @@
 #include "host/text/number_text.h"
 #include "host/text/printable.h"
 #include "tools/serve/answer_text.h"
-#include "tools/serve/case_requests.h"
 
 namespace svmscore::serve {
 namespace {
@@ -185,10 +184,17 @@ class ColumnTexts {
     const tools::ResultColumns& results = model.Plan().results;
     texts_.resize(results.size() + 1);
     for (std::size_t i = 0; i < results.size(); ++i) sinks_.emplace_back(texts_[i], *results[i]);
+    written_.assign(texts_.size(), asked.empty());
     if (asked.empty()) {
       for (std::size_t i = 0; i < results.size(); ++i) order_.push_back(i);
     }
-    for (const std::string& name : asked) order_.push_back(Find(name));
+    for (const std::string& name : asked) {
+      order_.push_back(Find(name));
+      if (written_[order_.back()]) {
+        throw BadRequest(400, fmt::format("output {} is asked for twice", Printable(name)));
+      }
+      written_[order_.back()] = true;
+    }
     reason_if_any_ = asked.empty();
   }
 
@@ -196,11 +202,13 @@ class ColumnTexts {
     run.Write(
         counts,
         [this](std::size_t column) -> tools::CellSink& {
+          if (!written_[column]) return unwritten_;
           Separate(column);
           return sinks_[column];
         },
         [this](long status, const std::string& reason) {
           const std::size_t column = sinks_.size();
+          if (!written_[column]) return;
           Separate(column);
           if (status == 0) {
             texts_[column] += "null";
@@ -209,6 +217,13 @@ class ColumnTexts {
             any_reason_ = true;
           }
         });
+  }
+
+  // Bytes so far.
+  std::size_t Size() const {
+    std::size_t size = 0;
+    for (const std::string& text : texts_) size += text.size();
+    return size;
   }
 
   void Finish(std::string& out, std::size_t rows) {
@@ -225,6 +240,7 @@ class ColumnTexts {
       out += reason ? "BYTES" : TensorTypeOf(result->Kind());
       out += fmt::format("\",\"shape\":[{}],\"data\":[", rows);
       out += texts_[column];
+      std::string().swap(texts_[column]);
       out += "]}";
     }
   }
@@ -255,6 +271,14 @@ class ColumnTexts {
     std::string& out_;
     bool of_texts_;
   };
+  // Of a column that nobody asks for.
+  class NoSink final : public tools::CellSink {
+   public:
+    void Empty() override {}
+    void Text(std::string_view) override {}
+    void Number(double) override {}
+    void Whole(long) override {}
+  };
 
   std::size_t Find(const std::string& name) const {
     const tools::ResultColumns& results = model_.Plan().results;
@@ -272,6 +296,8 @@ class ColumnTexts {
   const ServedModel& model_;
   std::vector<std::string> texts_;  // of each column, and of the reasons
   std::vector<Sink> sinks_;
+  NoSink unwritten_;
+  std::vector<bool> written_;  // which columns, and whether the reasons
   std::vector<std::size_t> order_;
   bool reason_if_any_ = false;
   bool any_reason_ = false;
@@ -305,9 +331,9 @@ std::string_view TensorTypeOf(CellKind kind) {
   }
 }
 
-std::string Infer(const ServedModel& model, std::string& body, std::size_t most_rows,
+std::string Infer(const ServedModel& model, std::string& body, const RequestBounds& bounds,
                   RowCounts& counts) try {
-  Inference read = ReadInference(body, model, most_rows);
+  Inference read = ReadInference(body, model, bounds.rows);
   if (!read.has_inputs || read.inputs.empty()) throw BadRequest(400, "there are no inputs");
   std::vector<const Tensor*> of_inputs(model.Inputs().size());
   const std::size_t rows = RowsOf(read.inputs.front());
@@ -333,15 +359,19 @@ std::string Infer(const ServedModel& model, std::string& body, std::size_t most_
   ColumnTexts columns(model, read.outputs);
   RowCounts counted;
   RowRun run(model, rows == 1);
+  const auto write = [&] {
+    columns.Write(run, counted);
+    CheckAnswer(columns.Size(), bounds);
+  };
   for (std::size_t row = 0; row < rows; ++row) {
-    if (run.IsFull()) columns.Write(run, counted);
+    if (run.IsFull()) write();
     CaseCell* cells = run.Add();
     for (std::size_t i = 0; i < of_inputs.size(); ++i) {
       if (of_inputs[i] != nullptr) cells[i] = of_inputs[i]->data[row];
     }
     run.Take();
   }
-  columns.Write(run, counted);
+  write();
   counts = counted;
 
   std::string out = "{\"model_name\":";

@@ -17,6 +17,7 @@
 
 #include "host/text/field_types.h"
 #include "tools/score/result_columns.h"
+#include "tools/serve/case_requests.h"
 #include "tools/serve/row_run.h"
 
 namespace svmscore::serve {
@@ -28,7 +29,7 @@ inline constexpr std::string_view kModelVersion = "1";
 std::string_view TensorTypeOf(DataType type);
 std::string_view TensorTypeOf(tools::CellKind kind);
 
-std::string Infer(const ServedModel& model, std::string& body, std::size_t most_rows,
+std::string Infer(const ServedModel& model, std::string& body, const RequestBounds& bounds,
                   RowCounts& counts);
 
 // The description of a model's tensors.

@@ -7,7 +7,6 @@
 #include <fmt/format.h>
 
 #include "tools/serve/answer_text.h"
-#include "tools/serve/case_requests.h"
 #include "tools/serve/explanation.h"
 #include "tools/serve/inference.h"
 #include "tools/serve/model_answers.h"
@@ -167,13 +166,13 @@ void Service::Score(const Route& route, const ServedModel& model, std::string& b
       answer.body = ScoreOne(model, body, answer.rows);
       break;
     case Resource::kBatch:
-      answer.body = ScoreMany(model, body, parts_.most_rows, answer.rows);
+      answer.body = ScoreMany(model, body, parts_.bounds, answer.rows);
       break;
     case Resource::kExplain:
       answer.body = ExplainOne(model, body, answer.rows);
       break;
     case Resource::kInfer:
-      answer.body = Infer(model, body, parts_.most_rows, answer.rows);
+      answer.body = Infer(model, body, parts_.bounds, answer.rows);
       break;
     default:
       answer.body = parts_.tables(model, body, route.query, answer.rows);

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "tools/serve/case_requests.h"
 #include "tools/serve/exchange.h"
 #include "tools/serve/metrics.h"
 #include "tools/serve/model_store.h"
@@ -21,7 +22,7 @@ using TableScorer = std::function<std::string(const ServedModel& model, std::str
 
 // What the service has beside the models.
 struct ServiceParts {
-  std::size_t most_rows = 0;  // of a request
+  RequestBounds bounds;
   TableScorer tables;
   std::string page;  // empty for none
   std::string page_policy;
