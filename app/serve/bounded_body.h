@@ -2,6 +2,7 @@
 #ifndef APP_SERVE_BOUNDED_BODY_H_
 #define APP_SERVE_BOUNDED_BODY_H_
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -37,6 +38,7 @@ class BodyText {
     text_.append(data, size);
     return true;
   }
+  void Reserve(std::size_t size) { text_.reserve(size); }
   std::string Take() { return std::exchange(text_, {}); }
   std::size_t Size() const { return text_.size(); }
   void Clear() {
@@ -58,8 +60,10 @@ struct BoundedBody {
    public:
     template <bool is_request, typename Fields>
     reader(boost::beast::http::header<is_request, Fields>&, value_type& body) : body_(body) {}
-    void init(const boost::optional<std::uint64_t>&, boost::beast::error_code& error) {
+    void init(const boost::optional<std::uint64_t>& length, boost::beast::error_code& error) {
+      constexpr std::uint64_t kMostAhead = 4U << 20U;
       error = {};
+      if (length) body_.Reserve(static_cast<std::size_t>(std::min(*length, kMostAhead)));
     }
     template <typename Buffers>
     std::size_t put(const Buffers& buffers, boost::beast::error_code& error) {

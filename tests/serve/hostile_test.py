@@ -153,7 +153,10 @@ class Hostile(unittest.TestCase):
         deep = 100_000
         for body in (b"", b" ", b"{", b"[]", b"null", b"1", b'"x"', b"{}x", b"{'a':1}", b'{"a":1,}', b"\xef\xbb\xbf{}",
                      b'{"arguments":{"a":1,"a":2}}', b'{"arguments":{},"arguments":{}}', b'{"arguments":[]}',
-                     b'{"arguments":{"sepal_length":1,"sepal\\u005flength":2}}', b'{"arguments":{"x":{"a":1,"a":2}}}',
+                     b'{"arguments":{"sepal_length":1,"sepal\\u005flength":2}}', b'{"arguments":{"sepal_length":1,"sepal_length":2}}',
+                     b'{"arguments":{"sepal_length":01}}', b'{"arguments":{"sepal_length":1.}}', b'{"arguments":{"sepal_length" 1}}',
+                     b'{"arguments":{"sepal_length":1 "sepal_width":1}}', b'{"arguments":{"sepal_length":1,,"sepal_width":1}}',
+                     b'{"arguments":{,"sepal_length":1}}', b'{"arguments":{"sepal_length":1,}}', b'{"arguments":{"x":{"a":1,"a":2}}}',
                      b'{"arguments":{"a":NaN}}', b'{"arguments":{"a":Infinity}}', b'{"arguments":{"a":-Infinity}}',
                      b'{"arguments":{"a":01}}', b'{"arguments":{"a":1.}}', b'{"arguments":{"a":.5}}',
                      b'{"arguments":{"a":+1}}', b'{"arguments":{"a":0x10}}', b'{"arguments":{"a":1e}}',

@@ -75,9 +75,8 @@ class RowScorer {
   template <typename Number>
   void AddPlain(const Number& number) {
     const std::size_t place = batch_->Size();
-    for (std::size_t e = 0; e < plan_.batch->EntryCount(); ++e) {
-      batch_->EntriesOf(e)[place] = number(e);
-    }
+    const std::size_t entries = plan_.batch->EntryCount();
+    for (std::size_t e = 0; e < entries; ++e) batch_->EntriesOf(e)[place] = number(e);
     batch_->Reset(place + 1);
     rows_.push_back({0, place});
   }

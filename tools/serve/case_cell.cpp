@@ -1,6 +1,7 @@
 #include "tools/serve/case_cell.h"
 
 #include <charconv>
+#include <cmath>
 
 #include "host/model/score_dict_var.h"
 #include "host/text/number_text.h"
@@ -65,18 +66,17 @@ CaseCell CaseCell::InSinglePrecision() const {
 
 namespace {
 
-CaseCell CellOfNumber(std::string_view spelling) {
+CaseCell CellOfNumber(JsonScanner& scanner) {
   constexpr std::size_t kSurelyWhole = 18;  // so many characters are no more than 64 bits
-  const char* const end = spelling.data() + spelling.size();
+  double number = 0.0;
+  const std::string_view spelling = scanner.Number(number);
   if (spelling.size() <= kSurelyWhole && spelling != "-0" &&
       spelling.find_first_of(".eE") == std::string_view::npos) {
     std::int64_t whole = 0;
-    std::from_chars(spelling.data(), end, whole);
+    std::from_chars(spelling.data(), spelling.data() + spelling.size(), whole);
     return CaseCell::Whole(whole);
   }
-  double number = 0.0;
-  if (ReadDecimal(spelling.data(), end, number) == end) return CaseCell::Number(number);
-  return CaseCell::Text(spelling);
+  return std::isfinite(number) ? CaseCell::Number(number) : CaseCell::Text(spelling);
 }
 
 }  // namespace
@@ -84,7 +84,7 @@ CaseCell CellOfNumber(std::string_view spelling) {
 bool ReadCell(JsonScanner& scanner, CaseCell& cell) {
   switch (scanner.Peek()) {
     case JsonKind::kNumber:
-      cell = CellOfNumber(scanner.Number());
+      cell = CellOfNumber(scanner);
       return true;
     case JsonKind::kString:
       cell = CaseCell::Text(scanner.String());

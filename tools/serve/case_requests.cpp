@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "host/model/score_dict_var.h"
 #include "host/text/printable.h"
 #include "tools/serve/answer_text.h"
 
@@ -33,19 +34,32 @@ CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, RowRun& 
   CaseFault fault;
   std::string_view name;
   std::size_t guess = 0;
+  const std::vector<std::string>& quoted = model.QuotedNames();
+  const auto take = [&](std::size_t input) {
+    guess = input + 1;
+    if (!run.Give(input)) {
+      scanner.Fail(fmt::format("{} is given twice", Printable(model.Inputs()[input]->GetName())));
+    }
+    if (!ReadCell(scanner, cells[input]) && fault.what.empty()) {
+      fault.what = fmt::format("{}: an array or object is no value",
+                               Printable(model.Inputs()[input]->GetName()));
+    }
+  };
   scanner.EnterObject();
-  while (scanner.NextKey(name)) {
-    const std::size_t input = model.FindInput(name, guess);
+  while (true) {
+    // Most clients write the inputs in the order of the model.
+    if (guess < quoted.size() && scanner.NextKeyIs(quoted[guess])) {
+      take(guess);
+      continue;
+    }
+    if (!scanner.NextKey(name)) break;
+    const std::size_t input = model.FindInput(name);
     if (input == ServedModel::kNoInput) {
       scanner.Skip();
       continue;
     }
-    guess = input + 1;
     scanner.ForgetKey();
-    if (!run.Give(input)) scanner.Fail(fmt::format("{} is given twice", Printable(name)));
-    if (!ReadCell(scanner, cells[input]) && fault.what.empty()) {
-      fault.what = fmt::format("{}: an array or object is no value", Printable(name));
-    }
+    take(input);
   }
   return fault;
 }

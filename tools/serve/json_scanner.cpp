@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 #include <fmt/format.h>
 
+#include "host/text/number_text.h"
 #include "host/text/utf8.h"
 
 namespace svmscore::serve {
@@ -155,6 +157,27 @@ bool JsonScanner::NextKey(std::string_view& key) {
   return true;
 }
 
+bool JsonScanner::NextKeyIs(std::string_view quoted) {
+  char* at = next_;
+  const auto skip_blanks = [this, &at] {
+    while (at != end_ && IsBlank(*at)) ++at;
+  };
+  skip_blanks();
+  if (!levels_.back().is_first) {
+    if (at == end_ || *at != ',') return false;
+    ++at;
+    skip_blanks();
+  }
+  if (static_cast<std::size_t>(end_ - at) <= quoted.size()) return false;
+  if (std::memcmp(at, quoted.data(), quoted.size()) != 0) return false;
+  at += quoted.size();
+  skip_blanks();
+  if (at == end_ || *at != ':') return false;
+  next_ = at + 1;
+  levels_.back().is_first = false;
+  return true;
+}
+
 bool JsonScanner::NextElement() {
   SkipBlanks();
   if (next_ != end_ && *next_ == ']') {
@@ -268,6 +291,28 @@ std::string_view JsonScanner::Number() {
   return {begin, static_cast<std::size_t>(next_ - begin)};
 }
 
+std::string_view JsonScanner::Number(double& value) {
+  SkipBlanks();
+  const char* const begin = next_;
+  // A reader of numbers takes more than JSON does: digits on both sides of a point, and no 0 before
+  // other digits, are left to check.
+  const char* const stop = ReadDecimal(begin, end_, value);
+  if (stop != nullptr) {
+    const char* const digits = *begin == '-' ? begin + 1 : begin;
+    const auto* point =
+        static_cast<const char*>(std::memchr(digits, '.', static_cast<std::size_t>(stop - digits)));
+    const bool whole =
+        IsDigit(*digits) && (*digits != '0' || stop - digits == 1 || !IsDigit(digits[1]));
+    if (whole && (point == nullptr || (stop - point > 1 && IsDigit(point[1])))) {
+      next_ += stop - begin;
+      return {begin, static_cast<std::size_t>(stop - begin)};
+    }
+  }
+  const std::string_view spelling = Number();
+  value = ParseNumber(spelling).value_or(std::numeric_limits<double>::quiet_NaN());
+  return spelling;
+}
+
 void JsonScanner::Word(std::string_view word) {
   SkipBlanks();
   if (static_cast<std::size_t>(end_ - next_) < word.size() ||
@@ -294,6 +339,7 @@ void JsonScanner::Nan() {
 void JsonScanner::Skip() {
   const std::size_t outside = levels_.size();
   std::string_view key;
+  double number = 0.0;
   do {
     switch (Peek()) {
       case JsonKind::kObject:
@@ -306,7 +352,7 @@ void JsonScanner::Skip() {
         String();
         break;
       case JsonKind::kNumber:
-        Number();
+        Number(number);
         break;
       case JsonKind::kTrue:
       case JsonKind::kFalse:

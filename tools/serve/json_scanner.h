@@ -40,6 +40,9 @@ class JsonScanner {
   void EnterObject();
   // The next name of the innermost object; false at its end.
   bool NextKey(std::string_view& key);
+  // Takes the next name where it is written as `quoted`, with its quotation marks; nothing where it
+  // is another one, or the object ends. It is not compared with the object's other names.
+  bool NextKeyIs(std::string_view quoted);
   // Takes the name that NextKey gave last out of the comparison with the object's other names: the
   // caller looks for it itself.
   void ForgetKey() { keys_.pop_back(); }
@@ -50,6 +53,8 @@ class JsonScanner {
   std::string_view String();
   // The spelling of the number.
   std::string_view Number();
+  // The same with its value, which is not finite where it is beyond a double's range.
+  std::string_view Number(double& value);
   bool Bool();
   void Null();
   void Nan();

@@ -131,7 +131,10 @@ void ServedModel::CollectInputs() {
   inputs_ = tools::InputsOf(loaded_);
   record_inputs_ = inputs_.size();
   for (const ScoreDictVar* var : loaded_.output->ExtraInputs()) inputs_.push_back(var);
-  for (std::size_t i = 0; i < inputs_.size(); ++i) positions_.emplace(inputs_[i]->GetName(), i);
+  for (std::size_t i = 0; i < inputs_.size(); ++i) {
+    positions_.emplace(inputs_[i]->GetName(), i);
+    tools::AppendJsonString(quoted_names_.emplace_back(), inputs_[i]->GetName());
+  }
 }
 
 // Which the first case would do alone.
@@ -178,11 +181,6 @@ std::shared_ptr<const tools::ModelExplainer> ServedModel::Explainer() const {
 std::size_t ServedModel::FindInput(std::string_view name) const {
   const auto found = positions_.find(name);
   return found == positions_.end() ? kNoInput : found->second;
-}
-
-std::size_t ServedModel::FindInput(std::string_view name, std::size_t guess) const {
-  if (guess < inputs_.size() && inputs_[guess]->GetName() == name) return guess;
-  return FindInput(name);
 }
 
 ServedModel::ScorerLease::ScorerLease(const ServedModel& model, bool single)

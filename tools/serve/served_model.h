@@ -59,8 +59,8 @@ class ServedModel {
   std::vector<const MCZandor_850::ScoreDictVar*> RecordVariables() const;
   static constexpr std::size_t kNoInput = static_cast<std::size_t>(-1);
   std::size_t FindInput(std::string_view name) const;
-  // For the members of a case in the order of `Inputs`: `guess` is tried first.
-  std::size_t FindInput(std::string_view name, std::size_t guess) const;
+  // The names of the inputs as JSON.
+  const std::vector<std::string>& QuotedNames() const { return quoted_names_; }
 
   // Of each entry of a case the position of its input, where every entry is an input's number as it
   // is, and any number will do for every input; else empty.
@@ -128,6 +128,7 @@ class ServedModel {
   std::size_t record_inputs_ = 0;
   std::unordered_map<std::string_view, std::size_t> positions_;
   std::shared_ptr<const reasons::CaseExaminer> examiner_;
+  std::vector<std::string> quoted_names_;
   std::vector<std::size_t> plain_entries_;
   std::vector<std::string> result_keys_;
   std::size_t cost_ = 0;
