@@ -154,6 +154,15 @@ TEST(Report, RefusesWhatDoesNotFit) {
   EXPECT_EQ(ReadFile(own), ReadFile(model));
 }
 
+TEST(Report, FindsWhatLabelsTell) {
+  const TemporaryFolder folder;
+  const std::string file = EditedFile(folder, ExampleFile("diabetes/model.pmml"),
+                                      {"<StandardDeviation>44.", "<StandardDeviation>4."});
+  EXPECT_THAT(
+      Report({file, "--input", ExampleFile("diabetes/cases.csv"), "--actual", "progression"}).out,
+      HasSubstr("intervals-off"));
+}
+
 // As some exporters do for a standardised target.
 TEST(Report, ComparesNoLabelsOfAnotherUnit) {
   const TemporaryFolder folder;
