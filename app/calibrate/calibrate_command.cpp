@@ -42,6 +42,7 @@ CLI::App* CalibrateCommand::AddTo(CLI::App& program) {
       throw CLI::ValidationError("--confidence", text + " is not above 0 and below 1, as 0.95 is");
     }
     confidence_ = *number;
+    confidence_given_ = true;
   };
   app->add_option_function<std::string>(
          "--confidence", set_confidence,
@@ -99,6 +100,10 @@ ExitStatus CalibrateCommand::Run() {
         {loaded, plugin, document, model_, limits_, holdout, actual_, rules, confidence_, made_at});
   } catch (const MCZandor_850::SSException& error) {
     RefuseModel(source, error);
+  }
+  if (confidence_given_ && result->classification) {
+    result->remarks.push_back(
+        "--confidence has no effect: it is of intervals, and a classification has none");
   }
   if (output) {
     output->Write(result->document);

@@ -25,6 +25,7 @@ class CalibrateCommand : public Command {
   std::string plugin_;
   bool json_ = false;
   double confidence_ = 0.95;
+  bool confidence_given_ = false;
   TableOptions table_;
   Limits limits_;
 };

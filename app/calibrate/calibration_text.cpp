@@ -127,8 +127,9 @@ std::string RecordsText(const CalibrationResult& result) {
     case tools::RecordsFate::kRewritten:
       return "verification records: written anew, with the scores that their cases have now\n";
     case tools::RecordsFate::kDropped:
-      return "verification records: dropped, for they did not agree with the model before, or "
-             "cannot be made anew\n";
+      return "verification records: dropped, for records of their cases cannot be made anew\n";
+    case tools::RecordsFate::kDroppedAsWrong:
+      return "verification records: dropped, for they did not agree with the model before\n";
   }
   return {};
 }

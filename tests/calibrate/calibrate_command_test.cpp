@@ -418,6 +418,11 @@ TEST(Calibrate, WritesRecordsAnewWhereScoresChange) {
       Calibrate(folder, Edited(recorded, {"*<label>(no|yes)<", "<label>both<"}), others, "class");
   EXPECT_EQ(wrong.report.at("verificationRecords"), "dropped");
   EXPECT_EQ(wrong.document.find("ModelVerification"), std::string::npos);
+  const Ran told = RunProgram(
+      {"calibrate", folder.Path("model.pmml"), "-", "--actual", "class", "--confidence", "0.9"},
+      others);
+  EXPECT_THAT(told.out, HasSubstr("for they did not agree with the model before\n"));
+  EXPECT_THAT(told.out, HasSubstr("note: --confidence has no effect"));
 
   const std::string holdout = ReadFile(Example("diabetes/cases.csv"));
   const std::string regression = with_records(ReadFile(Example("diabetes/model.pmml")), holdout);

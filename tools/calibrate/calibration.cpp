@@ -67,6 +67,18 @@ std::string NoteOf(const CalibrationOrder& order, const CalibrationResult& resul
                     kFolds, figures.brier, figures.log_loss, figures.ece, result.after.accuracy);
 }
 
+// What Calibrate wrote into the header.
+std::optional<std::string> CalibrationNote(const PmmlDocument& document) {
+  const Element* header = FindChild(document.Dom()->getDocumentElement(), "Header");
+  for (const Element* extension : Children(header, "Extension")) {
+    if (AttributeText(extension, "extender") == "svmscore" &&
+        AttributeText(extension, "name") == "calibration") {
+      return AttributeText(extension, "value");
+    }
+  }
+  return std::nullopt;
+}
+
 TextTable SomeRows(const TextTable& table) {
   TextTable some;
   some.name = table.name;
@@ -108,21 +120,17 @@ void WriteDocument(const CalibrationOrder& order, const Holdout& holdout,
 
 }  // namespace
 
+bool IsCalibrated(const PmmlDocument& document) {
+  return CalibrationNote(document).has_value();
+}
+
 std::optional<double> StatedConfidence(const PmmlDocument& document) {
-  const Element* header = FindChild(document.Dom()->getDocumentElement(), "Header");
-  for (const Element* extension : Children(header, "Extension")) {
-    if (AttributeText(extension, "extender") != "svmscore" ||
-        AttributeText(extension, "name") != "calibration") {
-      continue;
-    }
-    const std::string note = AttributeText(extension, "value");
-    const std::size_t at = note.find(kConfidenceNote);
-    if (at == std::string::npos) return std::nullopt;
-    const std::size_t begin = at + kConfidenceNote.size();
-    const auto stated = ParseNumber(note.substr(begin, note.find(' ', begin) - begin));
-    return stated && *stated > 0.0 && *stated < 1.0 ? stated : std::nullopt;
-  }
-  return std::nullopt;
+  const std::string note = CalibrationNote(document).value_or("");
+  const std::size_t at = note.find(kConfidenceNote);
+  if (at == std::string::npos) return std::nullopt;
+  const std::size_t begin = at + kConfidenceNote.size();
+  const auto stated = ParseNumber(note.substr(begin, note.find(' ', begin) - begin));
+  return stated && *stated > 0.0 && *stated < 1.0 ? stated : std::nullopt;
 }
 
 CalibrationResult Calibrate(const CalibrationOrder& order) {

@@ -43,7 +43,13 @@ struct PairCalibration {
 };
 
 // What became of the document's verification records.
-enum class RecordsFate { kNone, kKept, kRewritten, kDropped };
+enum class RecordsFate {
+  kNone,
+  kKept,
+  kRewritten,
+  kDroppedAsWrong,  // they did not agree with the model before
+  kDropped,         // they cannot be made anew
+};
 
 struct CalibrationResult {
   std::string document;
@@ -76,6 +82,8 @@ struct CalibrationResult {
   std::optional<IntervalFigures> interval_after;   // by cross-validation; nothing for too few cases
 };
 
+// Whether Calibrate wrote the document, by its header. [one thread] for each document.
+bool IsCalibrated(const PmmlDocument& document);
 // The confidence of the intervals of a document that Calibrate wrote, by its header; nothing of
 // another document. [one thread] for each document.
 std::optional<double> StatedConfidence(const PmmlDocument& document);

@@ -88,6 +88,7 @@ const char* FateName(RecordsFate fate) {
       return "kept";
     case RecordsFate::kRewritten:
       return "rewritten";
+    case RecordsFate::kDroppedAsWrong:
     case RecordsFate::kDropped:
       return "dropped";
   }

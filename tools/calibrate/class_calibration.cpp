@@ -79,7 +79,8 @@ void ClassCalibration::Run(const Holdout& holdout, CalibrationResult& result) {
   AddPairs(sigmoids, result);
   const std::size_t count = categories_.size();
   result.before = FiguresOf(holdout.actual, holdout.predicted, holdout.percents, count);
-  const PairModel::Scores after = PairModel(order_.plugin, count, sigmoids).Score(decisions_);
+  const PairModel::Scores after =
+      PairModel(order_.plugin, count, sigmoids, order_.limits).Score(decisions_);
   for (std::size_t c = 0; c < holdout.Size(); ++c) {
     result.changed += after.predicted[c] == holdout.predicted[c] ? 0 : 1;
   }
@@ -123,7 +124,7 @@ bool ClassCalibration::Confirms(const Holdout& before, const Holdout& after,
   std::vector<Sigmoid> sigmoids;
   for (const PairCalibration& pair : result.pairs) sigmoids.push_back(pair.sigmoid);
   const PairModel::Scores scores =
-      PairModel(order_.plugin, categories_.size(), sigmoids).Score(decisions);
+      PairModel(order_.plugin, categories_.size(), sigmoids, order_.limits).Score(decisions);
   return scores.percents == after.percents && scores.predicted == after.predicted;
 }
 
@@ -258,7 +259,8 @@ PairModel::Scores ClassCalibration::CrossValidate() const {
     }
     if (cases.empty()) continue;
     const PairModel::Scores scores =
-        PairModel(order_.plugin, count, FitAll(folds_.data(), part)).Score(decisions);
+        PairModel(order_.plugin, count, FitAll(folds_.data(), part), order_.limits)
+            .Score(decisions);
     for (std::size_t i = 0; i < cases.size(); ++i) {
       all.predicted[cases[i]] = scores.predicted[i];
       std::copy_n(scores.percents.begin() + static_cast<long>(i * count), count,

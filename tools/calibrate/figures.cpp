@@ -21,6 +21,7 @@ ProbabilityFigures JudgeProbabilities(const std::vector<int>& actual,
       figures.brier += difference * difference / count;
     }
     figures.log_loss -= std::log(std::max(p[is], kLeastProbability)) / count;
+    if (predicted[c] < 0) continue;  // it was not scored: no probability is to be judged
     const std::size_t judged = categories == 2 ? 0 : static_cast<std::size_t>(predicted[c]);
     const double position = std::clamp(std::floor(p[judged] * 10.0), 0.0, 9.0);
     Tenth& tenth = figures.tenths[static_cast<std::size_t>(position)];

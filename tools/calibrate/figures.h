@@ -36,7 +36,8 @@ struct ClassFigures {
   std::optional<ProbabilityFigures> probabilities;  // nothing for a model that has none
 };
 
-// `percents` are [case * categories + category], or empty. REQUIRES: there is a case; lists are
+// `percents` are [case * categories + category], or empty. A case with the prediction -1 counts as
+// wrong, and is in no tenth. REQUIRES: there is a case; lists are
 // parallel. [any thread] Fails: never.
 ClassFigures FiguresOf(const std::vector<int>& actual, const std::vector<int>& predicted,
                        const std::vector<double>& percents, std::size_t categories);

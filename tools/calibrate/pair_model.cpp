@@ -61,11 +61,11 @@ std::string PairDocument(std::size_t categories, const std::vector<Sigmoid>& sig
 }  // namespace
 
 PairModel::PairModel(const Plugin& plugin, std::size_t categories,
-                     const std::vector<Sigmoid>& sigmoids)
+                     const std::vector<Sigmoid>& sigmoids, const Limits& limits)
     : categories_(categories),
       pairs_(sigmoids.size()),
       loaded_(LoadModel(plugin, PmmlDocument::FromText(PairDocument(categories, sigmoids),
-                                                       "the model of decision values"))) {}
+                                                       "the model of decision values", limits))) {}
 
 PairModel::Scores PairModel::Score(const std::vector<double>& decisions) {
   auto* model = dynamic_cast<BatchModel*>(loaded_.model.get());

@@ -17,9 +17,11 @@ namespace svmscore::tools {
 // probability of the earlier category. Used by one thread.
 class PairModel {
  public:
+  // `limits` are those under which the document of the machines was read.
   // Fails: SSException where the plug-in refuses the document, as for one beyond a limit;
   // std::bad_alloc.
-  PairModel(const Plugin& plugin, std::size_t categories, const std::vector<Sigmoid>& sigmoids);
+  PairModel(const Plugin& plugin, std::size_t categories, const std::vector<Sigmoid>& sigmoids,
+            const Limits& limits);
 
   struct Scores {
     std::vector<double> percents;  // [case * categories + category]

@@ -79,7 +79,8 @@ RecordsFate UpdateRecords(const LoadedModel& before, const LoadText& load, const
   if (!exist) return RecordsFate::kNone;
   const LoadedModel after = load(document);
   if (RecordsAgree(after)) return RecordsFate::kKept;
-  if (RecordsAgree(before)) {
+  const bool agreed = RecordsAgree(before);
+  if (agreed) {
     if (auto text = Rewritten(before, after, load, name, document)) {
       document = *std::move(text);
       return RecordsFate::kRewritten;
@@ -87,7 +88,7 @@ RecordsFate UpdateRecords(const LoadedModel& before, const LoadText& load, const
   }
   const BlockPlace place = FindBlockPlace(document, name);
   document.erase(place.begin, place.end - place.begin);
-  return RecordsFate::kDropped;
+  return agreed ? RecordsFate::kDropped : RecordsFate::kDroppedAsWrong;
 }
 
 }  // namespace svmscore::tools

@@ -35,7 +35,9 @@ struct SigmoidCases {
 // standardised values u = (f - mean) / deviation, so that the scale of f plays no part.
 //
 // It goes on until both derivatives of F with respect to the parameters on u are at most 1e-12 a
-// case, or rounding leaves no better point. Sums run in the order of the cases. Of equal decision
+// case, or rounding leaves no better point. Those with respect to a and b on f are larger where a
+// common offset of the decision values exceeds their deviation: with 1e9 of it, rounding a and b
+// leaves about 1e-8 a case. Sums run in the order of the cases. Of equal decision
 // values a is 0, which is one of many minima with the same probability.
 //
 // REQUIRES: decision values are finite. [any thread] Fails: std::domain_error where no minimum is
