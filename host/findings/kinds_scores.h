@@ -79,6 +79,10 @@ inline constexpr std::array kScoreFindings = {
                 "intervals promise more, or less, than they keep",
                 "let svmscore calibrate measure their width with cases that the model was not "
                 "trained on"},
+    FindingKind{"cases-of-training", FindingClass::kNote, 0,
+                "every support vector is among the cases, as in the data of the training",
+                "probabilities and intervals are not compared with the cases",
+                "give cases that the model was not trained on"},
 };
 
 }  // namespace svmscore

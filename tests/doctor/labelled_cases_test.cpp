@@ -222,7 +222,12 @@ TEST(LabelledCases, ThatHoldTheVectorsAreThoseOfTheTraining) {
   EXPECT_NE(FindingsOf(loaded, cases), "");
   cases.rows.push_back({"1", "0", "c0"});
   cases.rows.push_back({"0", "1", "c1"});
-  EXPECT_EQ(FindingsOf(loaded, cases), "");
+  EXPECT_EQ(FindingsOf(loaded, cases), "cases-of-training: \n");
+  // Where inputs are 0 or 1, every table holds them.
+  for (auto& row : cases.rows) {
+    for (std::size_t i = 0; i < 2; ++i) row[i] = row[i][0] == '-' ? "0" : "1";
+  }
+  EXPECT_THAT(FindingsOf(loaded, cases), testing::StartsWith("probabilities-off"));
 }
 
 TEST(LabelledCases, ThatCannotBeUsedAreRefused) {
@@ -277,7 +282,7 @@ TEST(LabelledCases, AreAColumnOfTheInput) {
 }  // namespace
 
 std::vector<std::string> KindsOfLabelledCases() {
-  std::vector<std::string> kinds;
+  std::vector<std::string> kinds = {"cases-of-training"};
   for (const Wrong& wrong : kWrong) kinds.push_back(wrong.finding);
   return kinds;
 }

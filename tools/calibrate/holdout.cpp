@@ -197,7 +197,7 @@ class HoldoutScorer {
     }
     std::uint64_t key = 0;
     for (std::size_t e = 0; e < entries_; ++e) key = KeyOf(key, batch_.EntriesOf(e)[place]);
-    holdout_.keys.insert(key);
+    ++holdout_.keys[key];
     for (std::size_t m = 0; m < holdout_.machines; ++m) {
       holdout_.decisions.push_back(results.decisions[m * results.stride + place]);
     }
@@ -287,14 +287,19 @@ void RequireUsable(const Holdout& holdout, const LoadedModel& loaded, const std:
 }
 
 bool HasAllVectors(const Holdout& holdout, const LoadedModel& loaded) {
+  constexpr double kRare = 1e-3;
   const ModelNumbers numbers = ReadNumbers(Inspect(loaded));
-  return !numbers.vectors.empty() && std::all_of(numbers.vectors.begin(), numbers.vectors.end(),
-                                                 [&holdout](const std::vector<double>& vector) {
-                                                   std::uint64_t key = 0;
-                                                   for (const double entry : vector)
-                                                     key = KeyOf(key, entry);
-                                                   return holdout.keys.contains(key);
-                                                 });
+  std::unordered_set<std::uint64_t> vectors;
+  for (const std::vector<double>& vector : numbers.vectors) {
+    std::uint64_t key = 0;
+    for (const double entry : vector) key = KeyOf(key, entry);
+    if (!holdout.keys.contains(key)) return false;
+    vectors.insert(key);
+  }
+  const auto once = std::count_if(holdout.keys.begin(), holdout.keys.end(),
+                                  [](const auto& key) { return key.second == 1; });
+  const double known = 1.0 - static_cast<double>(once) / static_cast<double>(holdout.Size());
+  return !vectors.empty() && std::pow(known, static_cast<double>(vectors.size())) <= kRare;
 }
 
 }  // namespace svmscore::tools

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <unordered_set>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -47,8 +47,8 @@ struct Holdout {
   std::vector<double> predictions;     // as score writes them, before output fields
   std::vector<OutputNumbers> outputs;  // final results, in the order of the document
 
-  // Of the numbers that the model makes of each usable case.
-  std::unordered_set<std::uint64_t> keys;
+  // Of the numbers that the model makes of each usable case, and how many cases have them.
+  std::unordered_map<std::uint64_t, std::size_t> keys;
 
   std::size_t Size() const { return actual.size() + observed.size(); }
 };
@@ -65,9 +65,11 @@ std::string UnknownLabelsOf(const Holdout& holdout);
 // [any thread]
 void RequireUsable(const Holdout& holdout, const LoadedModel& loaded, const std::string& name);
 
-// Whether there are support vectors and every one is among the cases: as numbers that agree to six
-// digits. REQUIRES: the document holds arrays as texts (Arrays::kAsTexts). [one thread] Fails:
-// std::bad_alloc.
+// Whether there are support vectors and every one is among the cases, as numbers that agree to six
+// digits, and hardly by chance: the share of cases that occur once estimates how many new ones
+// would occur for the first time (I. J. Good, The population frequencies of species, Biometrika 40,
+// 1953), and by it, all vectors occur once in a thousand times at most. REQUIRES: the document
+// holds arrays as texts (Arrays::kAsTexts). [one thread] Fails: std::bad_alloc.
 bool HasAllVectors(const Holdout& holdout, const LoadedModel& loaded);
 
 }  // namespace svmscore::tools

@@ -256,7 +256,11 @@ void CheckCalibration(const LoadedModel& loaded, const LabelledCases& labelled,
   const output::Scheme& scheme = loaded.output->Targets().GetScheme();
   const bool intervals = scheme.method == output::Method::kRegression && scheme.interval;
   const bool probabilities = scheme.percentages == output::Percentages::kProbabilities;
-  if (!(intervals || probabilities) || HasAllVectors(holdout, loaded)) return;
+  if (!(intervals || probabilities)) return;
+  if (HasAllVectors(holdout, loaded)) {
+    findings.Add("cases-of-training", nullptr, "");
+    return;
+  }
   if (intervals) {
     CheckIntervals(loaded, holdout, findings);
   } else {

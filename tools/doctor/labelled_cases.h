@@ -19,7 +19,8 @@ struct LabelledCases {
 };
 
 // Reports machines whose sigmoid, and regressions whose intervals, do not keep what they promise.
-// Says nothing of a model that has neither, of too few cases, and of the cases of the training.
+// Says nothing of a model that has neither, and of too few cases; of the cases of the training it
+// says that they are those.
 // [one thread] Lives: arguments for the call. Fails: BadCases for a table that does not fit the
 // model, has no such column, or no usable row; std::bad_alloc.
 void CheckCalibration(const LoadedModel& loaded, const LabelledCases& labelled,
