@@ -92,7 +92,8 @@ inline constexpr std::array kMachineFindings = {
     FindingKind{"extension-contradicts-votes", FindingClass::kSuspicion, 0,
                 "the extension of a machine names the opposite category to its votes",
                 "programs that know the extension predict the opposite of those that do not",
-                "swap response and nonResponse, or set maxWins to the opposite"},
+                "set maxWins to the opposite; only where labelled cases agree with the votes, swap "
+                "response and nonResponse instead"},
     FindingKind{"percentages-exchanged", FindingClass::kNote, 0,
                 "the response category is the second one of the target",
                 "the model's own results hold the two percentages in the other order; score, "

@@ -310,6 +310,12 @@ TEST(Calibrate, SaysWhatItMeets) {
     cases += tenth.at("cases").get<std::size_t>();
   }
   EXPECT_EQ(cases, 42);
+  // By its votes the other category would win: that is no reason to change what fits the cases.
+  const Ran doctor = RunProgram(
+      {"doctor",
+       folder.Write("votes.pmml", Replaced(calibrated.document, "functionName=\"classification\"",
+                                           "functionName=\"classification\" maxWins=\"true\""))});
+  EXPECT_THAT(doctor.out, HasSubstr("leave it as it is, and set maxWins"));
 
   const Ran text =
       RunProgram({"calibrate", folder.Path("model.pmml"), "-", "--actual", "class"},

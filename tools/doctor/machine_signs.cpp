@@ -6,6 +6,7 @@
 
 #include "host/output/scheme.h"
 #include "host/text/number_text.h"
+#include "tools/calibrate/calibration.h"
 #include "tools/doctor/checks.h"
 
 namespace svmscore::tools {
@@ -55,7 +56,7 @@ std::optional<Sides> SidesByExtension(const MachineNumbers& machine, const Sides
   return sides;
 }
 
-void CheckExtensions(const ModelNumbers& numbers, FindingList& findings) {
+void CheckExtensions(const ModelNumbers& numbers, bool is_calibrated, FindingList& findings) {
   for (const MachineNumbers& machine : numbers.machines) {
     const auto extension = SidesByExtension(machine, nullptr);
     const Sides votes = SidesByVotes(machine, numbers.max_wins);
@@ -66,8 +67,12 @@ void CheckExtensions(const ModelNumbers& numbers, FindingList& findings) {
     findings.Add(
         "extension-contradicts-votes", machine.element,
         fmt::format(
-            "a positive decision value means \"{}\" by its extension, and \"{}\" by its votes",
-            extension->positive, votes.positive));
+            "a positive decision value means \"{}\" by its extension, and \"{}\" by its votes{}",
+            extension->positive, votes.positive,
+            is_calibrated
+                ? "; svmscore calibrate has fitted the extension to cases: leave it as it "
+                  "is, and set maxWins"
+                : ""));
   }
 }
 
@@ -149,7 +154,7 @@ void CheckSharedVectors(const Examined& examined, const std::vector<Sides>& pair
 
 void CheckSigns(const Examined& examined, FindingList& findings) {
   if (!examined.document.classification) return;
-  CheckExtensions(examined.numbers, findings);
+  CheckExtensions(examined.numbers, IsCalibrated(examined.document.document), findings);
   const std::vector<Sides> pairs = PairsInOrder(examined);
   const auto scheme =
       output::SchemeOf(examined.document.model, examined.document.categories.size());
