@@ -60,10 +60,16 @@ class RowBlocks {
   bool Next(RowBlock& block);
   // Halve and double the blocks that follow, within bounds; on any thread.
   void ShrinkBlocks() {
-    if (block_bytes_ > least_block_) block_bytes_ = block_bytes_ / 2;
+    std::size_t bytes = block_bytes_;
+    while (bytes > least_block_ &&
+           !block_bytes_.compare_exchange_weak(bytes, std::max(bytes / 2, least_block_))) {
+    }
   }
   void GrowBlocks() {
-    if (block_bytes_ < kMostBlock) block_bytes_ = block_bytes_ * 2;
+    std::size_t bytes = block_bytes_;
+    while (bytes < kMostBlock &&
+           !block_bytes_.compare_exchange_weak(bytes, std::min(bytes * 2, kMostBlock))) {
+    }
   }
   // Rows of the table before the part that is read; 0 where all of it is.
   std::uint64_t RowsBefore() const { return rows_before_; }
