@@ -545,7 +545,8 @@ typedef struct svmscore_explanations {
                         a machine's coefficients: rounding, below 1e-10 */
 } svmscore_explanations;
 
-/* Explains the rows of a table, which is as of svmscore_score. Rows that cannot be scored,
+/* Where the document says maxWins="true", decision values above the threshold speak for the first
+ * category of their pair; otherwise those below it do. Explains the rows of a table, which is as of svmscore_score. Rows that cannot be scored,
  * and those where the model is not defined, or not finite, between the row and the background, have
  * a status that is not 0, and NaN. The bits of the result are the same for any number of threads, and
  * however rows are put together.

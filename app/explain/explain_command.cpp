@@ -1,7 +1,9 @@
 #include "app/explain/explain_command.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <limits>
 #include <unordered_set>
 #include <utility>
@@ -26,6 +28,8 @@
 #include "app/pipeline/pipeline.h"
 #include "host/model/score_model.h"
 #include "host/text/number_text.h"
+#include "tools/describe/model_summary.h"
+#include "tools/report/explanation.h"
 
 namespace svmscore::app {
 namespace {
@@ -56,16 +60,46 @@ CLI::Option* AddNumber(CLI::App& app, const char* name, std::uint64_t& number, s
   return app.add_option_function<std::string>(name, set, help)->type_name("N");
 }
 
-// Two fields of one name: an object of JSON cannot hold both.
-void CheckNames(const std::vector<std::string>& names, bool json) {
-  std::unordered_set<std::string_view> known;
-  for (const std::string& name : names) {
-    if (known.insert(name).second) continue;
-    const std::string text =
-        fmt::format("the output {} two columns \"{}\"", json ? "would have" : "has", name);
-    if (json) throw Failure(kUsageError, text + "; choose --format csv");
-    Tell(text);
+// Two columns of one name: an object of JSON cannot hold both, nor can many a reader of CSV.
+void MakeDistinct(std::vector<std::string>& names) {
+  std::unordered_set<std::string> known(names.begin(), names.end());
+  std::unordered_set<std::string> met;
+  for (std::string& name : names) {
+    if (met.insert(name).second) continue;
+    std::string distinct;
+    for (int number = 2; distinct.empty() || !known.insert(distinct).second; ++number) {
+      distinct = fmt::format("{}#{}", name, number);
+    }
+    Tell(fmt::format("the output would have two columns \"{}\"; the later one is \"{}\"", name,
+                     distinct));
+    name = std::move(distinct);
   }
+}
+
+// Which side of its threshold speaks for which category, of the first machines.
+void TellSides(const LoadedModel& loaded, const tools::ModelExplainer& model) {
+  constexpr std::size_t kMostTold = 5;
+  const tools::ModelSummary summary = tools::Summarise(loaded);
+  const auto category = [&summary](int position) {
+    return position < 0 ? "the other category"
+                        : summary.categories.at(static_cast<std::size_t>(position));
+  };
+  const std::size_t count = model.Decisions().size();
+  for (std::size_t m = 0; m < std::min(count, kMostTold); ++m) {
+    const tools::MachineSides sides =
+        tools::SidesOf(summary, model.Batch().DecisionCategories(m), m);
+    if (sides.above < 0 && sides.below < 0) return;
+    if (std::isnan(sides.threshold)) {
+      Tell(fmt::format("{}: the {} a value, the more it speaks for {}", model.Decisions()[m],
+                       sides.above < 0 ? "smaller" : "larger",
+                       category(sides.above < 0 ? sides.below : sides.above)));
+    } else {
+      Tell(fmt::format("{}: above the threshold {} speaks for {}, below it for {}",
+                       model.Decisions()[m], FormatNumber(sides.threshold), category(sides.above),
+                       category(sides.below)));
+    }
+  }
+  if (count > kMostTold) Tell(fmt::format("and {} more machines", count - kMostTold));
 }
 
 void TellCheck(const Tally& tally, double imbalance) {
@@ -89,7 +123,7 @@ CLI::App* ExplainCommand::AddTo(CLI::App& program) {
                 "support vectors");
   AddNumber(*app, "--rows", rows_, 1, kMostRows,
             "draw so many cases of the background, and use no others");
-  AddNumber(*app, "--seed", seed_, 0, std::numeric_limits<std::int64_t>::max(),
+  AddNumber(*app, "--seed", seed_, 1, std::numeric_limits<std::int64_t>::max(),
             "where the draws begin, of the background and of sampled values")
       ->default_str("1");
   AddNumber(*app, "--orders", orders_, 1, kMostOrders,
@@ -189,12 +223,13 @@ ExitStatus ExplainCommand::Run() {
   tools::Explainable explainable = tools::ExplainableOf(loaded);
   const tools::Background background = MakeBackground(loaded, explainable);
   const tools::ModelExplainer model(loaded, std::move(explainable), background, seed_, orders_);
+  TellSides(loaded, model);
   plan.model = &model;
   plan.gradients = gradients_;
   plan.replace_missing = loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing;
   const bool json = format_ == "jsonl";
   std::vector<std::string> names = ExplanationColumns(model, gradients_);
-  CheckNames(names, json);
+  MakeDistinct(names);
   plan.format = json ? JsonLinesFormat(names) : CsvFormat(std::move(names));
 
   InputFile file(cases_);

@@ -335,6 +335,9 @@ class Model:
     ) -> Explanation:
         """What each input contributes to the decision values: Shapley values, as `svmscore explain`.
 
+        Where the document says maxWins="true", decision values above the threshold speak for the
+        first category of their pair; otherwise those below it do.
+
         Args:
             X, errors, threads: as of predict.
             background: cases, as X: an input that is absent takes their values. The model's support

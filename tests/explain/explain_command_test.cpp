@@ -160,6 +160,12 @@ TEST_F(Explain, WritesALineForEachMachineAndObjectsOfTheSameNumbers) {
   EXPECT_THAT(ran.err, HasSubstr("svmscore: row 2, "));
   EXPECT_THAT(ran.err, HasSubstr("4 cases, 2 explained, 2 missing, 0 invalid, "));
   EXPECT_EQ(Run(game, {"--strict"}).status, 4);
+  EXPECT_THAT(ran.err, HasSubstr("a|b: above the threshold 0 speaks for a, below it for b\n"));
+  EXPECT_THAT(RunProgram({"explain", folder_.Write("least.pmml", Edited(ReadFile(game.model),
+                                                                        {"maxWins=\"true\"", ""}))},
+                         "width,height,colour\n")
+                  .err,
+              HasSubstr("b|c, d: above the threshold 0.25 speaks for c, d, below it for b\n"));
 
   const Ran objects = Run(game, {"--gradients", "--format", "jsonl"});
   std::istringstream rows(ran.out);
@@ -221,6 +227,18 @@ TEST_F(Explain, TakesTheModelsVectorsUnlessABackgroundIsGiven) {
                      {{"1", "2", "blue"}},
                      {{"1", "0", "red"}, {"0", "1", "red"}, {"0", "0", "blue"}}};
   EXPECT_EQ(Run(game).out, own.out);
+}
+
+TEST_F(Explain, MakesColumnsOfOneNameDistinct) {
+  const std::string twice =
+      folder_.Write("t.pmml", tools::ExplainedDocument("", {tools::Ref("a"), tools::Ref("a")}));
+  for (const char* format : {"csv", "jsonl"}) {
+    const Ran ran = RunProgram({"explain", twice, "--gradients", "--format", format},
+                               "a,b,c,colour,u\n1,2,3,red,4\n");
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_THAT(ran.out, HasSubstr("gradient(a)#2"));
+    EXPECT_THAT(ran.err, HasSubstr("two columns \"gradient(a)\"; the later one is"));
+  }
 }
 
 TEST_F(Explain, LeavesOutVectorsWithoutADecisionValue) {
@@ -380,6 +398,7 @@ TEST_F(Explain, SaysWhatIsMissing) {
             2,
             "only one of CASES and --background can be standard "
             "input"},
+           {{product, "--seed", "0"}, 2, "--seed: \"0\" is not a whole number from 1 to"},
            {{product, "--rows", "0"}, 2, "--rows: \"0\" is not a whole number from 1 to"},
            {{product, cases, "--background", cases, "-o", product}, 2, "the output is the file"},
            {{product, cases, "--background", folder_.Write("d.csv", "a,b\n1,2\n")},
