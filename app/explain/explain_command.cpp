@@ -108,6 +108,13 @@ void TellCheck(const Tally& tally, double imbalance) {
       fmt::format("check: values add up to the decision less the base within {:.2g} of the sum of "
                   "coefficients",
                   imbalance));
+  // Rounding grows with kernel values.
+  constexpr double kExpected = 1e-10;
+  if (!(imbalance <= kExpected)) {
+    Tell(
+        "check: this is more than rounding explains unless kernel values are far larger than 1; "
+        "scale the inputs, or do not rely on these values");
+  }
 }
 
 }  // namespace

@@ -157,7 +157,8 @@ def explain(
     if imbalance > _TOLERATED:
         warnings.warn(
             f"values add up to the decision values within {imbalance:.1e} of the sum of coefficients, "
-            "which is more than rounding explains; do not rely on them",
+            "which is more than rounding explains unless kernel values are far larger than 1; scale "
+            "the inputs, or do not rely on these values",
             stacklevel=3,
         )
     if errors == "raise" and made.status.any():

@@ -229,6 +229,17 @@ TEST_F(Explain, TakesTheModelsVectorsUnlessABackgroundIsGiven) {
   EXPECT_EQ(Run(game).out, own.out);
 }
 
+TEST_F(Explain, JudgesWhatRoundingExplains) {
+  const std::string cube = folder_.Write(
+      "cube.pmml", tools::ExplainedDocument("", {tools::Ref("a"), tools::Ref("b")},
+                                            "<PolynomialKernelType gamma='1' degree='3'/>"));
+  const auto told = [&](const std::string& a) {
+    return RunProgram({"explain", cube}, "a,b,c,colour,u\n" + a + ",1.7,3,red,4\n").err;
+  };
+  EXPECT_THAT(told("1.3"), Not(HasSubstr("more than rounding explains")));
+  EXPECT_THAT(told("1234567.3"), HasSubstr("more than rounding explains unless kernel values"));
+}
+
 TEST_F(Explain, MakesColumnsOfOneNameDistinct) {
   const std::string twice =
       folder_.Write("t.pmml", tools::ExplainedDocument("", {tools::Ref("a"), tools::Ref("a")}));
