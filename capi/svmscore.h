@@ -546,12 +546,12 @@ typedef struct svmscore_explanations {
 } svmscore_explanations;
 
 /* Where the document says maxWins="true", decision values above the threshold speak for the first
- * category of their pair; otherwise those below it do. Explains the rows of a table, which is as of svmscore_score. Rows that cannot be scored,
- * and those where the model is not defined, or not finite, between the row and the background, have
- * a status that is not 0, and NaN. The bits of the result are the same for any number of threads, and
- * however rows are put together.
- * [one thread] for each explainer. Lives: arguments, for the call. Fails: SVMSCORE_TABLE, as
- * svmscore_score; SVMSCORE_ARGUMENT. */
+ * category of their pair; otherwise those below it do. Explains the rows of a table, which is as of
+ * svmscore_score. Rows that cannot be scored, and those where the model is not defined, or not
+ * finite, between the row and the background, have a status that is not 0, and NaN. The bits of the
+ * result are the same for any number of threads, and however rows are put together. [one thread]
+ * for each explainer. Lives: arguments, for the call. Fails: SVMSCORE_TABLE, as svmscore_score;
+ * SVMSCORE_ARGUMENT. */
 SVMSCORE_API int svmscore_explain(svmscore_explainer* explainer, const svmscore_column* columns,
                                   size_t column_count, size_t row_count,
                                   svmscore_explanations* explanations, svmscore_error** error);
