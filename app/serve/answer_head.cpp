@@ -49,7 +49,7 @@ std::string HeadOf(const Answer& answer, const std::string& request_id, bool kee
                  ReasonOf(answer.status));
   if (answer.status != 204) {
     add("Content-Type", answer.content_type);
-    fmt::format_to(std::back_inserter(head), "Content-Length: {}\r\n", answer.body.size());
+    fmt::format_to(std::back_inserter(head), "Content-Length: {}\r\n", answer.Body().size());
   }
   add("X-Request-Id", request_id);
   if (!answer.sha256.empty()) add("X-Model-SHA256", answer.sha256);

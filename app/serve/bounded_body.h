@@ -14,11 +14,18 @@
 
 namespace svmscore::app {
 
-// How many bytes of bodies all connections hold together, and how many they may.
-struct BodyBudget {
+// How many bytes of one kind all connections hold together, and how many they may.
+struct ByteBudget {
   std::size_t most = 0;
   std::atomic<std::size_t> held{0};
+
+  bool Lacks(std::size_t more) const { return held + more > most; }
+  // Whether it is time to look who keeps memory that he does not use.
+  bool IsShort() const { return held > most / 8 * 7; }
 };
+
+// What has no more bytes always finds room, so that large ones cannot keep it out.
+constexpr std::size_t kSmall = 65536;
 
 // A body, and its share of the budget, which is given back with it.
 class BodyText {
@@ -28,26 +35,30 @@ class BodyText {
   BodyText(const BodyText&) = delete;
   BodyText& operator=(const BodyText&) = delete;
 
-  void Use(BodyBudget& budget) { budget_ = &budget; }
+  void Use(ByteBudget& budget) { budget_ = &budget; }
   // False where all bodies together would hold too much.
   bool Append(const char* data, std::size_t size) {
-    if (budget_ != nullptr) {
-      held_ += size;
-      if (budget_->held.fetch_add(size) + size > budget_->most) return false;
-    }
+    const std::size_t more = Needs(size);
+    held_ += more;
+    if (more > 0 && budget_->held.fetch_add(more) + more > budget_->most) return false;
     text_.append(data, size);
     return true;
   }
   void Reserve(std::size_t size) { text_.reserve(size); }
   std::string Take() { return std::exchange(text_, {}); }
-  std::size_t Size() const { return text_.size(); }
+  // How much of the budget further bytes would take.
+  std::size_t Needs(std::size_t size) const {
+    const std::size_t all = text_.size() + size;
+    return budget_ == nullptr || all <= kSmall ? 0 : all - held_;
+  }
+  std::size_t Held() const { return held_; }
   void Clear() {
     if (budget_ != nullptr) budget_->held -= std::exchange(held_, 0);
     std::string().swap(text_);
   }
 
  private:
-  BodyBudget* budget_ = nullptr;
+  ByteBudget* budget_ = nullptr;
   std::size_t held_ = 0;
   std::string text_;
 };

@@ -5,9 +5,12 @@
 #include <limits>
 #include <utility>
 
+#include <fmt/format.h>
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
+
 #include <boost/asio/buffer.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/write.hpp>
 #include <boost/beast/http/error.hpp>
 
 #include "app/serve/answer_head.h"
@@ -26,7 +29,13 @@ using serve::Method;
 constexpr std::size_t kHeadChunk = 4096;
 constexpr std::size_t kBodyChunk = 65536;
 constexpr std::size_t kLongestTarget = 4096;
-constexpr int kWriteSeconds = 60;
+// An answer is cut where its reader takes nothing for so long, and, after a while, where it takes
+// less than so many bytes a second.
+constexpr int kWriteSeconds = 30;
+constexpr std::chrono::seconds kUnhurried{60};
+constexpr std::uint64_t kLeastRate = 4096;
+// Less is no progress when others need room.
+constexpr std::uint64_t kProgress = 16384;
 // What a client still sends after the last answer is read for so long, and so much of it, so that
 // the answer is not lost to a reset.
 constexpr int kLingerSeconds = 2;
@@ -64,8 +73,40 @@ Connection::Connection(ConnectionPool& pool, ConnectionPool::Socket socket)
 
 void Connection::Enter(State state, int seconds) {
   state_ = state;
-  since_ = Clock::now();
+  entered_ = Clock::now();
+  since_ = entered_;
   deadline_ = since_ + std::chrono::seconds(seconds);
+  moved_ = 0;
+  marked_ = 0;
+}
+
+void Connection::NoteMoved(std::uint64_t moved, Clock::time_point now) {
+  moved_ = moved;
+  if (moved_ - marked_ < kProgress) return;
+  marked_ = moved_;
+  since_ = now;
+}
+
+// What the system still holds has not been taken.
+std::uint64_t Connection::Taken() {
+  int queued = 0;
+  if (ioctl(socket_.native_handle(), SIOCOUTQ, &queued) != 0) {
+    return sent_;
+  }
+  return sent_ - std::min(sent_, static_cast<std::uint64_t>(std::max(queued, 0)));
+}
+
+bool Connection::Keeps(const ByteBudget& budget) const {
+  if (&budget == &pool_.Shared().answers) return state_ == State::kWriting && out_held_ > 0;
+  return state_ == State::kReading && parser_->get().body().Held() > 0;
+}
+
+void Connection::GiveWay() {
+  if (state_ != State::kReading) return Close();
+  boost::beast::error_code ignored;
+  socket_.cancel(ignored);
+  pool_.Shared().server.metrics.CountRefusal();
+  SendError(503, "the body came too slowly while the service was short of memory");
 }
 
 void Connection::Start() {
@@ -79,13 +120,19 @@ void Connection::Refuse() {
   SendError(503, "there are too many connections");
 }
 
-// Answers that clients are slow to take leave less room for what others send.
 void Connection::HoldAnswer(std::size_t size) {
-  pool_.Shared().bodies.held += size - out_held_;
+  pool_.Shared().answers.held += size - out_held_;
   out_held_ = size;
 }
 
 void Connection::Close() {
+  if (state_ == State::kWriting && socket_.is_open()) {
+    const std::uint64_t taken = Taken();
+    pool_.Shared().server.log.Event("cut", route_.id,
+                                    fmt::format("the client took {} of the {} bytes of answer {}",
+                                                taken - std::min(taken, taken_before_),
+                                                out_head_.size() + BodySize(), request_id_));
+  }
   HoldAnswer(0);
   boost::beast::error_code ignored;
   socket_.close(ignored);
@@ -93,6 +140,7 @@ void Connection::Close() {
 }
 
 void Connection::Check(Clock::time_point now) {
+  if (state_ == State::kWriting) return CheckWriting(now);
   if (state_ == State::kWorking || now < deadline_) return;
   if (state_ == State::kReading && Begun()) {
     boost::beast::error_code ignored;
@@ -101,6 +149,17 @@ void Connection::Check(Clock::time_point now) {
   } else {
     Close();
   }
+}
+
+void Connection::CheckWriting(Clock::time_point now) {
+  const std::uint64_t taken = Taken();
+  if (taken > taken_before_ + moved_) {
+    NoteMoved(taken - taken_before_, now);
+    deadline_ = now + std::chrono::seconds(kWriteSeconds);
+  }
+  const std::chrono::duration<double> hurried = now - entered_ - kUnhurried;
+  const bool slow = static_cast<double>(moved_) < hurried.count() * double{kLeastRate};
+  if (slow || now >= deadline_) Close();
 }
 
 void Connection::NextRequest() {
@@ -133,6 +192,7 @@ void Connection::Read() {
                             if (self->state_ != State::kReading) return;
                             if (error) return self->Close();
                             self->buffer_.commit(count);
+                            self->NoteMoved(self->moved_ + count, Clock::now());
                             self->Parse();
                           });
 }
@@ -146,6 +206,9 @@ void Connection::Parse() {
   while (!parser_->is_done()) {
     ErrorCode error;
     if (buffer_.size() > 0) {
+      const std::size_t needs = parser_->get().body().Needs(buffer_.size());
+      if (needs > 0) pool_.MakeMemory(pool_.Shared().bodies, needs);
+      if (state_ != State::kReading) return;
       buffer_.consume(parser_->put(buffer_.data(), error));
     } else {
       error = http::error::need_more;
@@ -306,26 +369,52 @@ void Connection::Send(Answer answer) {
   if (request_id_.empty()) request_id_ = RequestId({}, shared.requests);
   const bool whole = parser_ && parser_->is_done();
   keeps_alive_ = whole && parser_->keep_alive() && !shared.drains;
+  const bool bodiless = head_.method == Method::kHead;
+  if (!bodiless && answer.body.size() > kSmall &&
+      !pool_.MakeMemory(shared.answers, answer.body.size())) {
+    shared.server.metrics.CountRefusal();
+    answer = serve::ErrorAnswer(route_, 503, "too many answers wait for their readers");
+  }
   Log(answer);
   shared.server.service.AddModel(answer);
   serve::AddCommonHeaders(head_, shared.server.options.access, answer);
   const bool old = parser_ && has_head_ && parser_->get().version() < 11;
   out_head_ = HeadOf(answer, request_id_, keeps_alive_, old);
-  out_body_ = head_.method == Method::kHead ? std::string() : std::move(answer.body);
+  out_body_ = bodiless ? std::string() : std::move(answer.body);
+  out_shared_ = bodiless ? nullptr : std::move(answer.shared);
+  out_sent_ = 0;
   if (parser_) parser_->get().body().Clear();
-  HoldAnswer(out_body_.size());
+  HoldAnswer(out_body_.size() > kSmall ? out_body_.size() : 0);
+  taken_before_ = Taken();
   Enter(State::kWriting, kWriteSeconds);
-  const std::array<asio::const_buffer, 2> both = {asio::buffer(out_head_), asio::buffer(out_body_)};
-  asio::async_write(
-      socket_, both,
-      [self = shared_from_this()](const ErrorCode& error, std::size_t) { self->Written(error); });
+  Write();
+}
+
+void Connection::Write() {
+  const std::string& body = out_shared_ ? *out_shared_ : out_body_;
+  const std::size_t of_head = std::min(out_sent_, out_head_.size());
+  const std::array<asio::const_buffer, 2> left = {asio::buffer(out_head_) + of_head,
+                                                  asio::buffer(body) + (out_sent_ - of_head)};
+  socket_.async_write_some(left,
+                           [self = shared_from_this()](const ErrorCode& error, std::size_t count) {
+                             self->sent_ += count;
+                             self->out_sent_ += count;
+                             const std::size_t all = self->out_head_.size() + self->BodySize();
+                             if (error || self->out_sent_ == all) return self->Written(error);
+                             self->Write();
+                           });
+}
+
+std::size_t Connection::BodySize() const {
+  return out_shared_ ? out_shared_->size() : out_body_.size();
 }
 
 void Connection::Written(const ErrorCode& error) {
   if (!socket_.is_open()) return;
-  std::string().swap(out_body_);
-  HoldAnswer(0);
   if (error) return Close();
+  std::string().swap(out_body_);
+  out_shared_.reset();
+  HoldAnswer(0);
   if (keeps_alive_ && !pool_.Shared().drains) return NextRequest();
   Enter(State::kLingering, kLingerSeconds);
   ErrorCode ignored;

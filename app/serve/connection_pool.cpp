@@ -56,6 +56,24 @@ bool ConnectionPool::MakeRoom() {
   return true;
 }
 
+bool ConnectionPool::EndStalled(ByteBudget& budget) {
+  std::shared_ptr<Connection> longest;
+  for (const auto& connection : connections_) {
+    if (!connection->Keeps(budget)) continue;
+    if (longest == nullptr || connection->Since() < longest->Since()) longest = connection;
+  }
+  if (longest == nullptr || Clock::now() - longest->Since() < kPatience) return false;
+  longest->GiveWay();
+  return true;
+}
+
+bool ConnectionPool::MakeMemory(ByteBudget& budget, std::size_t bytes) {
+  while (budget.Lacks(bytes)) {
+    if (!EndStalled(budget)) return false;
+  }
+  return true;
+}
+
 void ConnectionPool::Drain(bool at_once) {
   const std::vector<std::shared_ptr<Connection>> all(connections_.begin(), connections_.end());
   for (const auto& connection : all) {
@@ -82,6 +100,9 @@ void ConnectionPool::Watch() {
       connection->Check(now);
       if (shared_.drains && connection->IsIdle()) connection->Close();
     }
+    // Those of other threads may need what connections of this one keep.
+    if (shared_.bodies.IsShort()) EndStalled(shared_.bodies);
+    if (shared_.answers.IsShort()) EndStalled(shared_.answers);
     Watch();
   });
 }

@@ -24,7 +24,8 @@ class Connection;
 // What all connections share.
 struct SharedParts {
   ServerParts server;
-  BodyBudget bodies;
+  ByteBudget bodies;
+  ByteBudget answers;
   std::unique_ptr<WorkQueue> workers;
   std::atomic<bool> drains{false};  // no connection takes another request
   std::atomic<std::uint64_t> requests{0};
@@ -46,6 +47,9 @@ class ConnectionPool {
   // longest makes room; where all are busy, the new one is turned away.
   void Take(Socket socket);
   void Forget(Connection& connection);
+  // Makes room for so many bytes by ending connections that keep memory of this kind and let the
+  // server wait. False where there is not enough of these.
+  bool MakeMemory(ByteBudget& budget, std::size_t bytes);
   // Closes connections without a request, and all once `at_once`.
   void Drain(bool at_once);
   bool IsEmpty() const { return connections_.empty(); }
@@ -54,6 +58,7 @@ class ConnectionPool {
  private:
   void Watch();
   bool MakeRoom();
+  bool EndStalled(ByteBudget& budget);
 
   SharedParts& shared_;
   std::size_t most_;

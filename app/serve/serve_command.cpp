@@ -184,6 +184,7 @@ ServeOptions ServeCommand::Serving() const {
   options.most_answer = answer_mib_ * kMebibyte;
   options.most_upload = upload_mib_ * kMebibyte;
   options.most_bodies = 2 * std::max(options.most_body, options.most_upload);
+  options.most_answers = 2 * options.most_answer;
   options.logs_requests = log_ == "requests";
   return options;
 }

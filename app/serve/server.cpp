@@ -40,8 +40,12 @@ std::size_t PoolCount() {
 class Server::Listener {
  public:
   explicit Listener(const ServerParts& parts)
-      : shared_{parts, {}, nullptr}, signals_(context_), acceptor_(context_), ending_(context_) {
+      : shared_{parts, {}, {}, nullptr},
+        signals_(context_),
+        acceptor_(context_),
+        ending_(context_) {
     shared_.bodies.most = parts.options.most_bodies;
+    shared_.answers.most = parts.options.most_answers;
     Listen();
     const int threads = parts.options.threads;
     shared_.workers = std::make_unique<WorkQueue>(

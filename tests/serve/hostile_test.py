@@ -250,6 +250,29 @@ class Hostile(unittest.TestCase):
                     pass
             connection.close()
 
+    def test_those_who_keep_memory(self):
+        """Stalled senders of bodies and readers of answers give way, and small requests never wait for them."""
+        batch = PATH + "/batch"
+        large = b'{"requests":[%s%s]}' % (CASE, 900_000 * b" ")
+        wide = b'{"requests":[%s{}]}' % (40_000 * b"{},")
+        for sent, wanted, cut in ((post(large, path=batch)[:-50], large, False), (post(wide, path=batch), wide, True)):
+            with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml", "--max-body", 1, "--max-upload", 1, "--max-answer", 10,
+                         "--log", "events") as service, contextlib.ExitStack() as stack:
+                for _ in range(6):
+                    stalled = stack.enter_context(socket.socket())
+                    stalled.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
+                    stalled.connect(("127.0.0.1", service.port))
+                    stalled.sendall(sent)
+                for _ in range(20):
+                    self.assertEqual(200, service.ask("POST", PATH, CASE, JSON)[0])
+                time.sleep(1.5)
+                for _ in range(3):
+                    self.assertEqual(200, service.ask("POST", batch, wanted, JSON)[0])
+                cuts = [event["message"] for event in service.events() if event["event"] == "cut"]
+                self.assertEqual(cut, bool(cuts))
+                for message in cuts:
+                    self.assertRegex(message, r"^the client took \d+ of the 8\d{6} bytes of answer [0-9a-f]{16}$")
+
     def test_origins(self):
         self.assertEqual(204, self.service.ask("OPTIONS", PATH, None, {"Origin": "https://a.example",
                                                                       "Access-Control-Request-Method": "POST"})[0])

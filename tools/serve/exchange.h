@@ -36,12 +36,15 @@ struct Answer {
   unsigned status = 200;
   std::string content_type = "application/json";
   std::string body;
+  std::shared_ptr<const std::string> shared;  // instead of the body, where it need not be copied
   std::vector<std::pair<std::string, std::string>> headers;
 
   // For the log and the metrics.
   std::string model_id;
   std::string sha256;  // of the model that answered; empty where none did
   RowCounts rows;
+
+  const std::string& Body() const { return shared ? *shared : body; }
 };
 
 }  // namespace svmscore::serve

@@ -19,14 +19,15 @@ constexpr std::size_t kQuickBody = 8192;
 // So many multiplications take some ten microseconds.
 constexpr std::size_t kQuickCost = 200000;
 
-// For storing: a document may hold anything, scripts too.
-void GiveDocument(const ServedModel& model, Answer& answer) {
-  answer.body = model.File();
-  const bool gzip = answer.body.starts_with("\x1f\x8b");
-  const bool zstd = answer.body.starts_with("\x28\xb5\x2f\xfd");
+// For storing: a document may hold anything, scripts too. The answer shares the model's bytes.
+void GiveDocument(const std::shared_ptr<const ServedModel>& model, Answer& answer) {
+  const std::string& file = model->File();
+  const bool gzip = file.starts_with("\x1f\x8b");
+  const bool zstd = file.starts_with("\x28\xb5\x2f\xfd");
+  answer.shared = std::shared_ptr<const std::string>(model, &file);
   answer.content_type = gzip ? "application/gzip" : zstd ? "application/zstd" : "application/xml";
   answer.headers.emplace_back("Content-Disposition",
-                              fmt::format("attachment; filename=\"{}.pmml{}\"", model.Id(),
+                              fmt::format("attachment; filename=\"{}.pmml{}\"", model->Id(),
                                           gzip   ? ".gz"
                                           : zstd ? ".zst"
                                                  : ""));
@@ -141,6 +142,10 @@ Answer Service::WithModel(const Route& route, Method method, std::string& body) 
   Answer answer;
   answer.model_id = route.id;
   answer.sha256 = model.Sha256();
+  if (route.resource == Resource::kPmml) {
+    GiveDocument(stored->model, answer);
+    return answer;
+  }
   try {
     Score(route, model, body, answer);
   } catch (const BadRequest& error) {
@@ -154,8 +159,6 @@ Answer Service::WithModel(const Route& route, Method method, std::string& body) 
 void Service::Score(const Route& route, const ServedModel& model, std::string& body,
                     Answer& answer) const {
   switch (route.resource) {
-    case Resource::kPmml:
-      return GiveDocument(model, answer);
     case Resource::kInferenceModel:
       answer.body = InferenceMetadata(model);
       return;
