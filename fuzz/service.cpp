@@ -165,7 +165,7 @@ void Ask(std::string_view bytes) {
   try {
     if (!answer && head.content_encoding == "gzip") body = serve::Inflated(body, kMostBody);
     if (!answer) {
-      static_cast<void>(served.service.IsQuick(route, head.method, body.size()));
+      static_cast<void>(served.service.IsQuick(route, head.method, body));
       answer = served.service.Handle(route, head.method, body);
     }
   } catch (const serve::BadRequest& error) {

@@ -310,7 +310,7 @@ void Connection::TakeRequest() {
     return Upload(std::move(body));
   }
   const bool gzip = boost::beast::iequals(head_.content_encoding, "gzip");
-  if (!gzip && shared.server.service.IsQuick(route_, head_.method, body.size())) {
+  if (!gzip && shared.server.service.IsQuick(route_, head_.method, body)) {
     return Send(shared.server.service.Handle(route_, head_.method, body));
   }
   Work(std::move(body));
@@ -342,15 +342,13 @@ void Connection::Work(std::string body) {
 void Connection::Upload(std::string body) {
   SharedParts& shared = pool_.Shared();
   Enter(State::kWorking, 0);
-  if (boost::beast::iequals(head_.content_encoding, "gzip")) {
-    try {
-      body = serve::Inflated(body, shared.server.options.most_upload);
-    } catch (const serve::BadRequest& error) {
-      return SendError(error.Status(), error.what());
-    }
-  }
+  const bool gzip = boost::beast::iequals(head_.content_encoding, "gzip");
+  const std::size_t most = shared.server.options.most_upload;
+  auto document = [gzip, most, body = std::move(body)]() mutable {
+    return gzip ? serve::Inflated(body, most) : std::move(body);
+  };
   const bool taken = shared.server.keeper.Change(
-      route_, head_.method, std::move(body), [self = shared_from_this()](Answer answer) {
+      route_, head_.method, std::move(document), [self = shared_from_this()](Answer answer) {
         asio::post(self->pool_.Context(),
                    [self, answer = std::move(answer)]() mutable { self->Send(std::move(answer)); });
       });

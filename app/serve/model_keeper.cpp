@@ -11,6 +11,7 @@
 
 #include "app/base/failure.h"
 #include "tools/base/sha256.h"
+#include "tools/serve/case_requests.h"
 #include "tools/serve/model_answers.h"
 #include "tools/serve/request_checks.h"
 
@@ -103,8 +104,8 @@ void ModelKeeper::Run() {
   while (!ends_) {
     try {
       while (std::optional<Task> task = NextTask()) {
-        Answer answer = task->method == Method::kPut ? Put(task->route, std::move(task->document))
-                                                     : Delete(task->route);
+        Answer answer =
+            task->method == Method::kPut ? Put(task->route, task->document) : Delete(task->route);
         task->done(std::move(answer));
         if (ends_) return;
       }
@@ -117,7 +118,7 @@ void ModelKeeper::Run() {
   }
 }
 
-bool ModelKeeper::Change(Route route, Method method, std::string document, Done done) {
+bool ModelKeeper::Change(Route route, Method method, Document document, Done done) {
   {
     const std::lock_guard lock(mutex_);
     if (ends_ || tasks_.size() == kMostTasks) return false;
@@ -135,7 +136,7 @@ std::optional<ModelKeeper::Task> ModelKeeper::NextTask() {
   return task;
 }
 
-Answer ModelKeeper::Put(const Route& route, std::string document) {
+Answer ModelKeeper::Put(const Route& route, const Document& document) {
   const std::string& id = route.id;
   if (files_.contains(id)) {
     return serve::ErrorAnswer(route, 409, "the command line names this model; change its file");
@@ -143,7 +144,7 @@ Answer ModelKeeper::Put(const Route& route, std::string document) {
   const std::optional<serve::StoredModel> stored = store_.Find(id);
   const bool is_new = !stored || stored->model == nullptr;
   try {
-    auto model = std::make_unique<ServedModel>(id, std::move(document), options_.rules);
+    auto model = std::make_unique<ServedModel>(id, document(), options_.rules);
     const serve::ModelFile file = serve::StoreFile(options_.folder, id, model->File());
     for (const std::string& path : serve::FilesOf(options_.folder, id)) {
       if (path != file.path) serve::RemoveFile(options_.folder, path);
@@ -152,6 +153,8 @@ Answer ModelKeeper::Put(const Route& route, std::string document) {
     metrics_.CountLoad(true);
     log_.Event(is_new ? "loaded" : "swapped", id, "uploaded, SHA-256 " + model->Sha256());
     store_.Put(std::move(model));
+  } catch (const serve::BadRequest& error) {
+    return serve::ErrorAnswer(route, error.Status(), error.what());
   } catch (const ModelRefused& refused) {
     metrics_.CountLoad(false);
     log_.Event("refused", id, refused.what());

@@ -34,6 +34,8 @@ class ModelKeeper {
  public:
   // Takes an answer, on the keeper's thread.
   using Done = std::function<void(serve::Answer)>;
+  // Gives a document, on the keeper's thread. Fails: BadRequest; std::bad_alloc.
+  using Document = std::function<std::string()>;
 
   ModelKeeper(KeeperOptions options, serve::ModelStore& store, serve::Metrics& metrics,
               AccessLog& log);
@@ -51,13 +53,13 @@ class ModelKeeper {
   void Stop();
 
   // PUT and DELETE of a model. False where too many wait. [any thread] Fails: std::bad_alloc.
-  bool Change(serve::Route route, serve::Method method, std::string document, Done done);
+  bool Change(serve::Route route, serve::Method method, Document document, Done done);
 
  private:
   struct Task {
     serve::Route route;
     serve::Method method;
-    std::string document;
+    Document document;
     Done done;
   };
   struct Known {
@@ -68,7 +70,7 @@ class ModelKeeper {
 
   void Run();
   std::optional<Task> NextTask();
-  serve::Answer Put(const serve::Route& route, std::string document);
+  serve::Answer Put(const serve::Route& route, const Document& document);
   serve::Answer Delete(const serve::Route& route);
   // Loads files that are new or changed, and drops those that are gone. `settled`: whoever wrote
   // them is done.

@@ -18,6 +18,8 @@ namespace {
 constexpr std::size_t kQuickBody = 8192;
 // So many multiplications take some ten microseconds.
 constexpr std::size_t kQuickCost = 200000;
+// What reading and writing a row takes at least, in multiplications.
+constexpr std::size_t kRowCost = 3000;
 
 // For storing: a document may hold anything, scripts too. The answer shares the model's bytes.
 void GiveDocument(const std::shared_ptr<const ServedModel>& model, Answer& answer) {
@@ -41,23 +43,21 @@ Answer JsonAnswer(std::string body) {
 
 }  // namespace
 
-bool Service::IsQuick(const Route& route, Method method, std::size_t body_size) const {
+bool Service::IsQuick(const Route& route, Method method, std::string_view body) const {
   if (method != Method::kPost) {
     return route.resource != Resource::kModels && route.resource != Resource::kModel &&
            route.resource != Resource::kPmml && route.resource != Resource::kMetrics;
   }
-  if (body_size > kQuickBody || route.resource == Resource::kCsv ||
+  if (body.size() > kQuickBody || route.resource == Resource::kCsv ||
       route.resource == Resource::kExplain) {
     return false;
   }
   const std::optional<StoredModel> stored = store_.Find(route.id);
   if (!stored || stored->model == nullptr) return true;
-  // A row takes at least two bytes for each needed input.
-  const std::size_t inputs = stored->model->Loaded().needed.size();
-  const std::size_t rows = route.resource == Resource::kModel
-                               ? 1
-                               : 1 + body_size / (2 * std::max<std::size_t>(inputs, 1));
-  return rows * stored->model->Cost() <= kQuickCost;
+  // Whatever the rows are, there are commas between them.
+  const auto commas = static_cast<std::size_t>(std::count(body.begin(), body.end(), ','));
+  const std::size_t rows = route.resource == Resource::kModel ? 1 : 1 + commas;
+  return rows * std::max(stored->model->Cost(), kRowCost) <= kQuickCost;
 }
 
 Answer Service::Handle(const Route& route, Method method, std::string& body) const noexcept try {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "tools/serve/case_requests.h"
@@ -43,7 +44,7 @@ class Service {
   void AddModel(Answer& answer) const;
 
   // Whether the answer takes so little time that it may be given at once.
-  bool IsQuick(const Route& route, Method method, std::size_t body_size) const;
+  bool IsQuick(const Route& route, Method method, std::string_view body) const;
 
   // Whether the service is to get requests: not before its models are loaded, and not once it ends.
   void SetReady(bool ready) { ready_ = ready; }
