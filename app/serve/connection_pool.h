@@ -47,6 +47,8 @@ class ConnectionPool {
   // longest makes room; where all are busy, the new one is turned away.
   void Take(Socket socket);
   void Forget(Connection& connection);
+  // Ends the connection that has let the server wait longest. False where none has, or not long.
+  bool MakeRoom();
   // Makes room for so many bytes by ending connections that keep memory of this kind and let the
   // server wait. False where there is not enough of these.
   bool MakeMemory(ByteBudget& budget, std::size_t bytes);
@@ -57,7 +59,6 @@ class ConnectionPool {
 
  private:
   void Watch();
-  bool MakeRoom();
   bool EndStalled(ByteBudget& budget);
 
   SharedParts& shared_;

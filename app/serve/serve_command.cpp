@@ -216,17 +216,25 @@ ExitStatus ServeCommand::Run() {
         "warning", {},
         "whoever reaches the address can change models; --upload-token-file asks for a token");
   }
-  keeper.LoadAll();
-  keeper.Start();
-  service.SetReady(true);
   const std::string host = options.address.find(':') == std::string::npos
                                ? options.address
                                : "[" + options.address + "]";
   const std::string line =
       fmt::format("svmscore: listening on http://{}:{}\n", host, server.Port());
-  std::fputs(line.c_str(), stdout);
-  std::fflush(stdout);
-  server.Run();
+  const auto load = [&keeper] {
+    keeper.LoadAll();
+    keeper.Start();
+  };
+  const auto ready = [&line] {
+    std::fputs(line.c_str(), stdout);
+    std::fflush(stdout);
+  };
+  try {
+    server.Run(load, ready);
+  } catch (...) {
+    keeper.Stop();
+    throw;
+  }
   keeper.Stop();
   return kDone;
 }

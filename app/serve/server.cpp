@@ -1,11 +1,18 @@
 #include "app/serve/server.h"
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <exception>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
 #include <sys/resource.h>
@@ -17,7 +24,9 @@
 #include <boost/asio/steady_timer.hpp>
 
 #include "app/base/failure.h"
+#include "app/serve/answer_head.h"
 #include "app/serve/connection_pool.h"
+#include "tools/serve/request_checks.h"
 
 namespace svmscore::app {
 namespace {
@@ -51,45 +60,78 @@ class Server::Listener {
     shared_.workers = std::make_unique<WorkQueue>(
         threads > 0 ? static_cast<std::size_t>(threads) : Cores(), parts.options.most_waiting);
     const std::size_t pools = PoolCount();
+    const std::size_t most = AllowDescriptors();
     for (std::size_t i = 0; i < pools; ++i) {
-      pools_.push_back(std::make_unique<ConnectionPool>(
-          shared_, (parts.options.most_connections + pools - 1) / pools));
+      pools_.push_back(std::make_unique<ConnectionPool>(shared_, (most + pools - 1) / pools));
     }
-  }
-
-  // Work that is under way posts its answers to the pools.
-  ~Listener() { shared_.workers.reset(); }
-
-  unsigned short Port() const { return acceptor_.local_endpoint().port(); }
-
-  void Run() {
-    AllowDescriptors();
     signals_.add(SIGTERM);
     signals_.add(SIGINT);
     signals_.async_wait([this](const ErrorCode& error, int) {
       if (!error) Drain();
     });
+  }
+
+  // Work that is under way posts its answers to the pools.
+  ~Listener() {
+    shared_.workers.reset();
+    if (spare_ >= 0) close(spare_);
+  }
+
+  unsigned short Port() const { return acceptor_.local_endpoint().port(); }
+
+  void Run(const std::function<void()>& load, const std::function<void()>& ready) {
     std::vector<std::thread> threads;
     for (const auto& pool : pools_) {
       guards_.emplace_back(pool->Context().get_executor());
       threads.emplace_back([&pool] { pool->Run(); });
     }
     Accept();
-    context_.run();
-    guards_.clear();
+    threads.emplace_back([this] {
+      context_.run();
+      // A load may take long, and nobody waits for it any more.
+      if (!loaded_) EndAtOnce(shared_.server.log, "before all models were loaded");
+      guards_.clear();
+    });
+    std::exception_ptr failure;
+    try {
+      load();
+    } catch (...) {
+      failure = std::current_exception();
+    }
+    asio::post(context_, [this, &ready, failed = failure != nullptr] {
+      loaded_ = true;
+      if (failed) return End();
+      if (shared_.drains) return;
+      shared_.server.service.SetReady(true);
+      ready();
+    });
     for (std::thread& thread : threads) thread.join();
+    if (failure) std::rethrow_exception(failure);
   }
 
  private:
-  // A connection needs a descriptor, of which systems allow few until they are asked.
-  void AllowDescriptors() const {
+  // A connection needs a descriptor, of which systems allow few until they are asked. Returns how
+  // many connections there may be.
+  std::size_t AllowDescriptors() const {
     constexpr rlim_t kOthers = 100;
+    const std::size_t most = shared_.server.options.most_connections;
     rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
-    const rlim_t wanted = shared_.server.options.most_connections + kOthers;
-    if (limit.rlim_cur >= wanted) return;
-    limit.rlim_cur = std::min(wanted, limit.rlim_max);
-    setrlimit(RLIMIT_NOFILE, &limit);
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return most;
+    const rlim_t wanted = most + kOthers;
+    if (limit.rlim_cur < wanted) {
+      limit.rlim_cur = std::min(wanted, limit.rlim_max);
+      setrlimit(RLIMIT_NOFILE, &limit);
+      getrlimit(RLIMIT_NOFILE, &limit);
+    }
+    if (limit.rlim_cur >= wanted) return most;
+    const rlim_t allowed =
+        limit.rlim_cur > 2 * kOthers ? limit.rlim_cur - kOthers : limit.rlim_cur / 2;
+    shared_.server.log.Event(
+        "warning", {},
+        fmt::format("the system allows {} open files, and so there may be only {} connections and "
+                    "not {}; raise the limit (ulimit -n)",
+                    limit.rlim_cur, allowed, most));
+    return std::max<std::size_t>(allowed, 1);
   }
 
   void Listen() {
@@ -124,12 +166,41 @@ class Server::Listener {
             return Accept();
           }
           // There are no descriptors left, most likely: some connection has to end before.
+          TurnAway();
+          for (const auto& each : pools_) {
+            asio::post(each->Context(), [&each] { each->MakeRoom(); });
+          }
           ending_.expires_after(std::chrono::milliseconds(50));
           ending_.async_wait([this](const ErrorCode& cancelled) {
             if (!cancelled && acceptor_.is_open()) Accept();
           });
         });
   }
+
+  // Tells the next client, by the descriptor kept for that, that there is no room.
+  void TurnAway() {
+    if (spare_ < 0) return;
+    close(spare_);
+    ErrorCode ignored;
+    acceptor_.non_blocking(true, ignored);
+    tcp::socket socket(context_);
+    acceptor_.accept(socket, ignored);
+    if (socket.is_open()) {
+      shared_.server.metrics.CountRefusal();
+      const serve::Answer answer = serve::ErrorAnswer({}, 503, "there are too many connections");
+      const std::string text =
+          HeadOf(answer, RequestId({}, shared_.requests), false, false) + answer.body;
+      socket.non_blocking(true, ignored);
+      socket.write_some(asio::buffer(text), ignored);
+      socket.shutdown(tcp::socket::shutdown_send, ignored);
+      std::array<char, 4096> sent{};  // unread bytes would reset the connection
+      socket.read_some(asio::buffer(sent), ignored);
+      socket.close(ignored);
+    }
+    spare_ = OpenSpare();
+  }
+
+  static int OpenSpare() { return open("/dev/null", O_RDONLY | O_CLOEXEC); }
 
   void Drain() {
     shared_.server.service.SetReady(false);
@@ -144,18 +215,20 @@ class Server::Listener {
     const std::chrono::seconds time(shared_.server.options.drain_seconds);
     deadline_ = std::chrono::steady_clock::now() + time;
     signals_.async_wait([this](const ErrorCode& error, int) {
-      if (!error) EndAtOnce(shared_.server.log);
+      if (!error) EndAtOnce(shared_.server.log, kUnanswered);
     });
     // Work that has no end would keep its thread, and that the process.
     std::thread([&log = shared_.server.log, time] {
       std::this_thread::sleep_for(time + std::chrono::seconds(1));
-      EndAtOnce(log);
+      EndAtOnce(log, kUnanswered);
     }).detach();
     AwaitEnd();
   }
 
-  [[noreturn]] static void EndAtOnce(AccessLog& log) {
-    log.Event("ended", {}, "before all requests were answered");
+  static constexpr const char* kUnanswered = "before all requests were answered";
+
+  [[noreturn]] static void EndAtOnce(AccessLog& log, const char* when) {
+    log.Event("ended", {}, when);
     log.Flush();
     std::_Exit(kDone);
   }
@@ -166,11 +239,19 @@ class Server::Listener {
     ending_.async_wait([this](const ErrorCode&) {
       const bool late = std::chrono::steady_clock::now() >= deadline_;
       if (!late && shared_.server.metrics.Connections() > 0) return AwaitEnd();
-      for (const auto& pool : pools_) {
-        asio::post(pool->Context(), [&pool] { pool->Drain(true); });
-      }
-      signals_.cancel();
+      End();
     });
+  }
+
+  void End() {
+    shared_.drains = true;
+    ErrorCode ignored;
+    acceptor_.close(ignored);
+    for (const auto& pool : pools_) {
+      asio::post(pool->Context(), [&pool] { pool->Drain(true); });
+    }
+    ending_.cancel();
+    signals_.cancel();
   }
 
   SharedParts shared_;
@@ -182,6 +263,8 @@ class Server::Listener {
   std::vector<std::unique_ptr<ConnectionPool>> pools_;
   std::vector<asio::executor_work_guard<asio::io_context::executor_type>> guards_;
   std::size_t next_ = 0;
+  std::atomic<bool> loaded_{false};
+  int spare_ = OpenSpare();
 };
 
 Server::Server(const ServerParts& parts) : listener_(std::make_unique<Listener>(parts)) {}
@@ -191,8 +274,8 @@ unsigned short Server::Port() const {
   return listener_->Port();
 }
 
-void Server::Run() {
-  listener_->Run();
+void Server::Run(const std::function<void()>& load, const std::function<void()>& ready) {
+  listener_->Run(load, ready);
 }
 
 }  // namespace svmscore::app

@@ -2,6 +2,7 @@
 #ifndef APP_SERVE_SERVER_H_
 #define APP_SERVE_SERVER_H_
 
+#include <functional>
 #include <memory>
 
 #include "app/serve/access_log.h"
@@ -29,9 +30,11 @@ class Server {
   ~Server();
 
   unsigned short Port() const;
-  // Serves until SIGTERM or SIGINT, and then until what runs is done, but no longer than the
-  // options say; a second signal ends it at once.
-  void Run();
+  // Serves, being not ready until `load` has returned, which is called on this thread, and `ready`
+  // after it on another one; until SIGTERM or SIGINT, and then until what runs is done, but no
+  // longer than the options say. A second signal ends it at once, and so does the first one where
+  // `load` has not returned when all requests are answered. Passes on what `load` throws.
+  void Run(const std::function<void()>& load, const std::function<void()>& ready);
 
  private:
   class Listener;

@@ -6,6 +6,7 @@ import contextlib
 import gzip
 import json
 import os
+import resource
 import socket
 import sys
 import time
@@ -316,6 +317,20 @@ class Hostile(unittest.TestCase):
             self.assertEqual(200, service.ask("GET", "/v2")[0])
             for connection in held:
                 connection.close()
+
+
+    def test_no_descriptors(self):
+        with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml") as service, contextlib.ExitStack() as stack:
+            resource.prlimit(service.process.pid, resource.RLIMIT_NOFILE, (40, 40))
+            for _ in range(60):
+                stack.enter_context(contextlib.closing(service.socket()))
+            time.sleep(0.5)
+            status, headers, _ = service.ask("GET", "/v2")
+            self.assertEqual((503, "1"), (status, headers["Retry-After"]))
+            def asked():
+                with contextlib.suppress(ConnectionError):
+                    return service.ask("GET", "/v2")[0] == 200
+            service.until(asked)
 
 
 if __name__ == "__main__":

@@ -8,6 +8,8 @@ import http.client
 import os
 import shutil
 import signal
+import socket
+import subprocess
 import sys
 import tempfile
 import threading
@@ -112,6 +114,9 @@ class Models(unittest.TestCase):
                 self.assertIn("refused", self.state(service, "a.b-C_1")["problem"])
                 self.assertEqual(400, service.ask("PUT", "/model/new", document, key)[0])
                 self.assertIsNone(self.state(service, "new"))
+            broken = {**key, "Content-Encoding": "gzip"}
+            self.assertEqual(400, service.ask("PUT", "/model/new", packed[:-4], broken)[0])
+            self.assertEqual(413, service.ask("PUT", "/model/new", gzip.compress(bytes(129 << 20)), broken)[0])
             for path in ("/model/..%2fx", "/model/%2e%2e", "/model/.hidden", "/model/a%00b", "/model/a%2500",
                          "/model/" + 129 * "a", "/model/../../x", "/model/a/../b", "/model/%zz"):
                 self.assertEqual(404, service.ask("PUT", path, IRIS, key)[0], path)
@@ -247,6 +252,29 @@ class Models(unittest.TestCase):
                 client.join()
             self.assertEqual([], faults)
             self.assertEqual([[b"VIRGINICA"], [b"virginica"]], sorted(map(list, answers.values())))
+
+    def test_it_answers_while_it_loads(self):
+        digits = (EXAMPLES / "digits" / "model.pmml").read_bytes()
+        for number in range(300):
+            (self.folder / f"{number}.pmml").write_bytes(digits)
+        with socket.socket() as free:
+            free.bind(("127.0.0.1", 0))
+            port = free.getsockname()[1]
+        process = subprocess.Popen([PROGRAM, "serve", "--models", self.folder, "--listen", f"127.0.0.1:{port}"],
+                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        def status(path):
+            with contextlib.closing(http.client.HTTPConnection("127.0.0.1", port, timeout=60)) as connection:
+                return exchange(connection, "GET", path)[0]
+        end = time.monotonic() + 60
+        while True:
+            with contextlib.suppress(ConnectionError):
+                self.assertEqual(200, status("/v2/health/live"))
+                break
+            self.assertLess(time.monotonic(), end)
+            time.sleep(0.01)
+        self.assertEqual([503, 503], [status("/v2/health/ready"), status("/model/none")])
+        process.terminate()
+        self.assertEqual((b"", 0), (process.communicate(timeout=60)[0], process.returncode))
 
     def test_what_runs_is_finished(self):
         with Service(PROGRAM, EXAMPLES / "digits" / "model.pmml", "--drain-seconds", 30) as service:

@@ -124,6 +124,7 @@ void Service::AddModel(Answer& answer) const {
 
 Answer Service::WithModel(const Route& route, Method method, std::string& body) const {
   const std::optional<StoredModel> stored = store_.Find(route.id);
+  if (!stored && !ready_) return ErrorAnswer(route, 503, "the models are being loaded");
   if (!stored) {
     return ErrorAnswer(route, 404, fmt::format("there is no model \"{}\"", route.id));
   }
