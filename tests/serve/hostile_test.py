@@ -164,8 +164,7 @@ class Hostile(unittest.TestCase):
                      b'{"arguments":{"a":"\\ud800"}}', b'{"arguments":{"a":"\\udc00\\ud800"}}', b'{"arguments":{"a":"\\u12"}}',
                      b'{"arguments":{"a":"\xff"}}', b'{"arguments":{"a":"\xc0\x80"}}', b'{"arguments":{"a":"\xed\xa0\x80"}}',
                      b'{"arguments":{"a":"\x01"}}', b'{"arguments":{"a":"\\x"}}', b'{"arguments":{"a":tru}}',
-                     b'{"arguments":' + deep * b"[" + deep * b"]" + b"}", b'{"x":' + deep * b'{"a":', b'{"id":{},"arguments":{}}',
-                     b'{"id":1,"arguments":{}}'):
+                     b'{"arguments":' + deep * b"[" + deep * b"]" + b"}", b'{"x":' + deep * b'{"a":', b'{"id":{},"arguments":{}}'):
             for path in (PATH, PATH + "/batch", PATH + "/explain", INFER):
                 with self.subTest(f"{path} {body[:60]}"):
                     status, _, text = self.service.ask("POST", path, body, JSON)
@@ -188,8 +187,12 @@ class Hostile(unittest.TestCase):
             self.assertIn(reason, results[1].get("reason", ""))
             self.assertEqual(status == 0, results[1]["prediction"] is not None)
         answer = json.loads(self.service.ask("POST", PATH + "/batch", b'{"requests":[5,{"id":"x"},{"arguments":3},'
-                                             b'{"arguments":{"sepal_length":1e999}},%s]}' % CASE, JSON)[2])
-        self.assertEqual([90027, 90027, 90027, 90027, 0], [one["results"]["status"] for one in answer["responses"]])
+                                             b'{"arguments":{"sepal_length":1e999}},{"id":[],"arguments":{}},'
+                                             b'{"arguments":{"sepal_length":1,"sepal_length":1}},%s,{"id":5.0,%s]}'
+                                             % (CASE, CASE[1:]), JSON)[2])
+        self.assertEqual(6 * [90027] + 2 * [0], [one["results"]["status"] for one in answer["responses"]])
+        self.assertIn("given twice", answer["responses"][5]["results"]["reason"])
+        self.assertEqual([None, "5.0"], [one["id"] for one in answer["responses"][-2:]])
 
     def test_bad_tensors(self):
         column = {"name": "sepal_length", "datatype": "FP64", "shape": [2], "data": [1, 2]}
@@ -202,6 +205,17 @@ class Hostile(unittest.TestCase):
                 (5, 400), ([5], 400), ([{**column, "shape": [1001], "data": 1001 * [0]}], 413)):
             with self.subTest(str(inputs)[:80]):
                 self.assertEqual(wanted, self.service.json("POST", INFER, {"inputs": inputs})[0])
+        for datatype, taken, refused in (
+                ("FP64", (1, 1.5, 10**30, None), (True, "1.5")), ("FP32", (1, 1.5, 10**30), (False,)),
+                ("INT64", (2**63 - 1, -2**63, 5.0, None), (2**63, 5.5, 1e300, True, "5")),
+                ("INT32", (2**31 - 1, -2**31, 7.0), (2**31, 5.6, 1e30)),
+                ("BOOL", (True, 0, 1, None), (7, 1.0, "true")), ("BYTES", ("x", "5", None), (5, True))):
+            for value, wanted in [(value, 200) for value in taken] + [(value, 400) for value in refused]:
+                tensor = {**column, "datatype": datatype, "data": [None, value]}
+                status, answer = self.service.json("POST", INFER, {"inputs": [tensor]})
+                self.assertEqual(wanted, status, (datatype, value))
+                if status == 400:
+                    self.assertEqual(f"input sepal_length: element 2 is no value of the data type {datatype}", answer["error"])
         body = {"inputs": [{**column, "data": [None, 5]}], "outputs": [{"name": "status"}, {"name": "reason"}]}
         status, answer = self.service.json("POST", INFER, body)
         self.assertEqual((200, ["status", "reason"]), (status, [one["name"] for one in answer["outputs"]]))

@@ -79,6 +79,24 @@ TEST(JsonScanner, RewritesTextsInPlace) {
   EXPECT_FALSE(scanner.NextKey(key));
 }
 
+TEST(CaseCells, KeepWholeNumbers) {
+  for (const auto& [spelling, type] :
+       std::vector<std::pair<std::string, std::string>>{{"9223372036854775807", "INT64"},
+                                                        {"-9223372036854775808", "INT64"},
+                                                        {"1234567890123456789", "INT64"},
+                                                        {"9223372036854775808", "FP64"},
+                                                        {"1e300", "FP64"}}) {
+    std::string text = spelling;
+    JsonScanner scanner(text);
+    CaseCell cell;
+    double number = 0.0;
+    ASSERT_TRUE(ReadCell(scanner, cell));
+    EXPECT_TRUE(cell.IsOf(type)) << spelling;
+    EXPECT_EQ(cell.IsOf("INT64"), type == "INT64") << spelling;
+    EXPECT_EQ(cell.IsNumber(number), spelling == "1e300") << spelling;  // the others are no doubles
+  }
+}
+
 TEST(Routes, AreFoundByTheirPaths) {
   const std::vector<std::tuple<std::string, Resource, std::string>> paths = {
       {"/", Resource::kPage, ""},

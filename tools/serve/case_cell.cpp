@@ -12,6 +12,15 @@ namespace svmscore::serve {
 using MCZandor_850::InputCaseRecord;
 using MCZandor_850::ScoreDictVar;
 
+namespace {
+
+bool IsOfInt32(double number) {
+  return number >= std::numeric_limits<std::int32_t>::min() &&
+         number <= std::numeric_limits<std::int32_t>::max();
+}
+
+}  // namespace
+
 void CaseCell::Put(InputCaseRecord& record, std::size_t position,
                    const tools::CellRules& rules) const {
   switch (kind_) {
@@ -25,6 +34,7 @@ void CaseCell::Put(InputCaseRecord& record, std::size_t position,
     case Kind::kBool:
       return tools::PutBool(record, position, whole_ != 0);
     case Kind::kText:
+    case Kind::kSpelled:
       break;
   }
   const std::string_view text(text_, size_);
@@ -49,10 +59,34 @@ tools::GivenText CaseCell::Given(const ScoreDictVar& var, const tools::CellRules
       }
       return {whole_ != 0 ? "1" : "0", false};
     case Kind::kText:
+    case Kind::kSpelled:
       break;
   }
   const std::string_view text(text_, size_);
   return {std::string(text), rules.IsMissing(text, var)};
+}
+
+bool CaseCell::IsOf(std::string_view type) const {
+  constexpr double kAbove = 9223372036854775808.0;  // 2^63
+  switch (kind_) {
+    case Kind::kMissing:
+      return true;
+    case Kind::kNumber:
+      if (type == "INT64") return number_ == std::floor(number_) && std::abs(number_) < kAbove;
+      if (type == "INT32") return number_ == std::floor(number_) && IsOfInt32(number_);
+      return type == "FP64" || type == "FP32";
+    case Kind::kWhole:
+      if (type == "BOOL") return whole_ == 0 || whole_ == 1;
+      if (type == "INT32") return IsOfInt32(static_cast<double>(whole_));
+      return type != "BYTES";
+    case Kind::kBool:
+      return type == "BOOL";
+    case Kind::kText:
+      return type == "BYTES";
+    case Kind::kSpelled:
+      return type == "FP64" || type == "FP32";
+  }
+  return false;
 }
 
 CaseCell CaseCell::InSinglePrecision() const {
@@ -61,22 +95,27 @@ CaseCell CaseCell::InSinglePrecision() const {
   };
   if (kind_ == Kind::kNumber) return single(number_);
   if (kind_ == Kind::kWhole) return single(static_cast<double>(whole_));
+  double number = 0.0;
+  if (kind_ == Kind::kSpelled && ReadDecimal(text_, text_ + size_, number) == text_ + size_) {
+    return single(number);
+  }
   return *this;
 }
 
 namespace {
 
 CaseCell CellOfNumber(JsonScanner& scanner) {
-  constexpr std::size_t kSurelyWhole = 18;  // so many characters are no more than 64 bits
   double number = 0.0;
   const std::string_view spelling = scanner.Number(number);
-  if (spelling.size() <= kSurelyWhole && spelling != "-0" &&
-      spelling.find_first_of(".eE") == std::string_view::npos) {
+  if (spelling != "-0" && spelling.find_first_of(".eE") == std::string_view::npos) {
     std::int64_t whole = 0;
-    std::from_chars(spelling.data(), spelling.data() + spelling.size(), whole);
-    return CaseCell::Whole(whole);
+    const char* const end = spelling.data() + spelling.size();
+    if (std::from_chars(spelling.data(), end, whole).ec == std::errc()) {
+      return CaseCell::Whole(whole);
+    }
+    return CaseCell::Spelled(spelling);  // a field of texts has all its digits
   }
-  return std::isfinite(number) ? CaseCell::Number(number) : CaseCell::Text(spelling);
+  return std::isfinite(number) ? CaseCell::Number(number) : CaseCell::Spelled(spelling);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ namespace svmscore::serve {
 // Borrows its text. Missing at first.
 class CaseCell {
  public:
-  enum class Kind : std::uint8_t { kMissing, kNumber, kWhole, kBool, kText };
+  enum class Kind : std::uint8_t { kMissing, kNumber, kWhole, kBool, kText, kSpelled };
 
   CaseCell() : kind_(Kind::kMissing), size_(0), whole_(0) {}
   static CaseCell Number(double number) {
@@ -35,12 +35,9 @@ class CaseCell {
     cell.whole_ = truth ? 1 : 0;
     return cell;
   }
-  static CaseCell Text(std::string_view text) {
-    CaseCell cell(Kind::kText);
-    cell.text_ = text.data();
-    cell.size_ = static_cast<std::uint32_t>(text.size());
-    return cell;
-  }
+  static CaseCell Text(std::string_view text) { return OfText(Kind::kText, text); }
+  // A number that neither a whole number of 64 bits nor a double holds as it is spelled.
+  static CaseCell Spelled(std::string_view number) { return OfText(Kind::kSpelled, number); }
 
   // Puts the value where a file's cell of the same text would be. [one thread] for each record.
   // Fails: std::bad_alloc.
@@ -62,8 +59,17 @@ class CaseCell {
   }
   // A number as single precision holds it; any other value as it is.
   CaseCell InSinglePrecision() const;
+  // Whether a tensor of the type may hold it: FP64, FP32, INT64, INT32, BOOL (also 0 and 1) or
+  // BYTES. What is missing is of each.
+  bool IsOf(std::string_view type) const;
 
  private:
+  static CaseCell OfText(Kind kind, std::string_view text) {
+    CaseCell cell(kind);
+    cell.text_ = text.data();
+    cell.size_ = static_cast<std::uint32_t>(text.size());
+    return cell;
+  }
   explicit CaseCell(Kind kind) : kind_(kind), size_(0), whole_(0) {}
 
   Kind kind_;
@@ -76,7 +82,7 @@ class CaseCell {
 };
 
 // Reads null, NaN, a number, a text or a truth value; nothing for an array or an object, which is
-// passed over. A number beyond a double's range stays a text, and so is no value of a number field.
+// passed over. A number beyond a double's range is no value of a number field.
 // Fails: JsonError; std::bad_alloc.
 bool ReadCell(JsonScanner& scanner, CaseCell& cell);
 

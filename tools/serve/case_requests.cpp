@@ -13,17 +13,27 @@
 namespace svmscore::serve {
 namespace {
 
-// The id of a request as it is given back: a text or null.
+// The id of a request as it is given back: a text or null; a number's spelling is a text. Empty for
+// anything else, which is passed over.
 std::string ReadId(JsonScanner& scanner) {
   std::string id;
-  if (scanner.NextIs(JsonKind::kNull)) {
-    scanner.Null();
-    return "null";
+  switch (scanner.Peek()) {
+    case JsonKind::kNull:
+      scanner.Null();
+      return "null";
+    case JsonKind::kString:
+      AppendJsonString(id, scanner.String());
+      return id;
+    case JsonKind::kNumber:
+      AppendJsonString(id, scanner.Number());
+      return id;
+    default:
+      scanner.Skip();
+      return {};
   }
-  if (!scanner.NextIs(JsonKind::kString)) scanner.Expected("a text or null as id");
-  AppendJsonString(id, scanner.String());
-  return id;
 }
+
+constexpr const char* kNoId = "the id is no text, number or null";
 
 CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, RowRun& run,
                         CaseCell* cells) {
@@ -38,7 +48,8 @@ CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, RowRun& 
   const auto take = [&](std::size_t input) {
     guess = input + 1;
     if (!run.Give(input)) {
-      scanner.Fail(fmt::format("{} is given twice", Printable(model.Inputs()[input]->GetName())));
+      fault = {fmt::format("{} is given twice", Printable(model.Inputs()[input]->GetName())), true};
+      return scanner.Skip();
     }
     if (!ReadCell(scanner, cells[input]) && fault.what.empty()) {
       fault.what = fmt::format("{}: an array or object is no value",
@@ -100,18 +111,22 @@ CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, RowRun& run, 
     return {"the request is no object", true};
   }
   CaseFault fault{"the request has no member \"arguments\"", true};
+  bool has_id = true;
   std::string_view member;
   scanner.EnterObject();
   while (scanner.NextKey(member)) {
     if (member == "id") {
       id = ReadId(scanner);
+      has_id = !id.empty();
     } else if (member == "arguments") {
       fault = ReadArguments(scanner, model, run, cells);
     } else {
       scanner.Skip();
     }
   }
-  return fault;
+  if (has_id) return fault;
+  id = "null";
+  return {kNoId, true};
 }
 
 void CheckAnswer(std::size_t size, const RequestBounds& bounds) {
@@ -161,6 +176,7 @@ std::string ScoreMany(const ServedModel& model, std::string& body, const Request
   while (scanner.NextKey(member)) {
     if (member == "id") {
       id = ReadId(scanner);
+      if (id.empty()) scanner.Fail(kNoId);
     } else if (member != "requests") {
       scanner.Skip();
     } else {

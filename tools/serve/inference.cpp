@@ -353,6 +353,15 @@ std::string Infer(const ServedModel& model, std::string& body, const RequestBoun
       throw BadRequest(400, fmt::format("input {}: element {} is an array or object",
                                         Printable(tensor.name), *tensor.bad + 1));
     }
+    const auto& data = tensor.data;
+    const auto other = std::find_if(data.begin(), data.end(), [&tensor](const CaseCell& cell) {
+      return !cell.IsOf(tensor.type);
+    });
+    if (other != data.end()) {
+      throw BadRequest(400,
+                       fmt::format("input {}: element {} is no value of the data type {}",
+                                   Printable(tensor.name), other - data.begin() + 1, tensor.type));
+    }
     if (tensor.type != "FP32") continue;
     for (CaseCell& cell : tensor.data) cell = cell.InSinglePrecision();
   }
