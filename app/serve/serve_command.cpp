@@ -51,6 +51,13 @@ bool IsLoopback(const std::string& address) {
   return address.starts_with("127.") || address == "::1";
 }
 
+std::string InLowerCase(std::string text) {
+  for (char& c : text) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return text;
+}
+
 // The names under which the service may be called.
 void AllowHosts(const std::vector<std::string>& more, ServeOptions& options) {
   const std::string& address = options.address;
@@ -58,12 +65,36 @@ void AllowHosts(const std::vector<std::string>& more, ServeOptions& options) {
   hosts = {"localhost", "127.0.0.1", "[::1]"};
   hosts.push_back(address.find(':') == std::string::npos ? address : "[" + address + "]");
   options.access.any_address = address == "0.0.0.0" || address == "::";
-  for (std::string host : more) {
-    for (char& c : host) {
-      if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  for (const std::string& given : more) {
+    const std::string host = InLowerCase(given);
+    const bool in_brackets = host.size() > 2 && host.front() == '[' && host.back() == ']';
+    if (host.empty() || (!in_brackets && host.find_first_of(":/*@[] ") != std::string::npos)) {
+      throw Failure(kUsageError,
+                    fmt::format("--allow-host: \"{}\" is no name of a host; give it as in "
+                                "scores.example or [::1], without a port",
+                                given));
     }
-    hosts.push_back(std::move(host));
+    hosts.push_back(host);
   }
+}
+
+// As browsers send them: in lower case, without a path.
+std::vector<std::string> Origins(const std::vector<std::string>& given) {
+  std::vector<std::string> origins;
+  for (const std::string& text : given) {
+    const std::string origin = InLowerCase(text);
+    const std::size_t scheme = origin.find("://");
+    if (scheme == 0 || scheme == std::string::npos || scheme + 3 == origin.size() ||
+        origin.find_first_of("/*@?# ", scheme + 3) != std::string::npos) {
+      throw Failure(kUsageError,
+                    fmt::format("--allow-origin: \"{}\" is no origin; give each as in "
+                                "https://example.com or http://localhost:3000, without a path or "
+                                "a slash at its end",
+                                text));
+    }
+    origins.push_back(origin);
+  }
+  return origins;
 }
 
 std::string ReadToken(const std::string& path) {
@@ -177,7 +208,7 @@ ServeOptions ServeCommand::Serving() const {
   ServeOptions options = options_;
   ReadAddress(listen_, options);
   AllowHosts(hosts_, options);
-  options.access.origins = origins_;
+  options.access.origins = Origins(origins_);
   options.access.allow_upload = allow_upload_;
   if (!token_file_.empty()) options.access.upload_token = ReadToken(token_file_);
   options.most_body = body_mib_ * kMebibyte;

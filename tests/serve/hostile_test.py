@@ -8,6 +8,7 @@ import json
 import os
 import resource
 import socket
+import subprocess
 import sys
 import time
 import unittest
@@ -300,6 +301,15 @@ class Hostile(unittest.TestCase):
                     self.assertLess(status, 300)
                     self.assertEqual(allowed, answered["Access-Control-Allow-Origin"])
                     self.assertEqual(bool(allowed) and method == "OPTIONS", "Access-Control-Allow-Methods" in answered)
+
+    def test_odd_origins_and_hosts_are_refused(self):
+        for option, values in (("--allow-origin", ("*", "null", "https://a.example/", "a.example", "https://", "https://*.example")),
+                               ("--allow-host", ("a.example:80", "*", "http://a.example", "::1"))):
+            for value in values:
+                ended = subprocess.run([PROGRAM, "serve", "--models", EXAMPLES, "--listen", "127.0.0.1:0", f"{option}={value}"],
+                                       check=False, timeout=60, capture_output=True, text=True)
+                self.assertNotEqual(0, ended.returncode)
+                self.assertRegex(ended.stderr, option + ": .* is no ")
 
     def test_head_is_get_without_a_body(self):
         for path in ("/model", PATH, "/metrics", "/v2", PATH + "/pmml"):

@@ -378,8 +378,9 @@ def test_nginx_passes_on_what_the_service_answers(url, proxy, tmp_path):
     assert proxied["X-Model-SHA256"] == headers["X-Model-SHA256"]
     with pytest.raises(urllib.error.HTTPError, match="401"):
         ask(proxy, "/model/iris", tmp_path, body, "ann:wrong")
-    with pytest.raises(urllib.error.HTTPError, match="403"):
-        ask(proxy, "/metrics", tmp_path, password="ann:secret")
+    for path in ("/metrics", "/metrics/"):
+        with pytest.raises(urllib.error.HTTPError, match="403"):
+            ask(proxy, path, tmp_path, password="ann:secret")
 
 
 def test_systemd_takes_the_unit_as_secure(tmp_path):
