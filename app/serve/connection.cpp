@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
@@ -58,6 +59,12 @@ Method MethodOf(http::verb verb) {
     default:
       return Method::kOther;
   }
+}
+
+// Whether a header goes on in a second line, which proxies read in several ways.
+bool IsFolded(std::string_view head) {
+  return head.find("\r\n ") != std::string_view::npos ||
+         head.find("\r\n\t") != std::string_view::npos;
 }
 
 std::string TextOf(boost::beast::string_view text) {
@@ -205,15 +212,20 @@ void Connection::Parse() {
   }
   while (!parser_->is_done()) {
     ErrorCode error;
+    bool folds = false;
     if (buffer_.size() > 0) {
       const std::size_t needs = parser_->get().body().Needs(buffer_.size());
       if (needs > 0) pool_.MakeMemory(pool_.Shared().bodies, needs);
       if (state_ != State::kReading) return;
-      buffer_.consume(parser_->put(buffer_.data(), error));
+      const std::size_t count = parser_->put(buffer_.data(), error);
+      // The parser takes all headers at once.
+      folds = !has_head_ && IsFolded({static_cast<const char*>(buffer_.data().data()), count});
+      buffer_.consume(count);
     } else {
       error = http::error::need_more;
     }
     if (error && error != http::error::need_more) return FailParse(error);
+    if (folds) return SendError(400, "a header goes on in a second line");
     if (!has_head_ && parser_->is_header_done()) {
       has_head_ = true;
       parser_->eager(true);

@@ -39,7 +39,12 @@ bool IsSet(const std::string& query, const char* name) {
 
 TableOptions OptionsIn(const std::string& query) {
   TableOptions options;
-  const std::string delimiter = serve::QueryValue(query, "delimiter");
+  std::string delimiter = serve::QueryValue(query, "delimiter");
+  if (delimiter.empty()) delimiter = serve::QueryValue(query, "delimiterChar");
+  const std::string quote = serve::QueryValue(query, "quoteChar");
+  if (!quote.empty() && quote != "\"") {
+    throw BadRequest(400, "quoteChar: cells are quoted by \" alone");
+  }
   if (!delimiter.empty()) {
     const std::string why = ReadDelimiter(delimiter, options.delimiter);
     if (!why.empty()) throw BadRequest(400, "delimiter: " + why);

@@ -96,6 +96,8 @@ class Hostile(unittest.TestCase):
                 ("a coding twice", get % b"Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked\r\n", [400]),
                 ("a blank before a colon", get % b"Content-Length : 5\r\n", [400]),
                 ("a bare line feed", b"GET / HTTP/1.1\nHost: localhost\n\n", [505]),
+                ("a folded coding", chunked.replace(b"Encoding: ", b"Encoding:\r\n ") % b"" + chunks, [400]),
+                ("a folded header", get % b"X: a\r\n\tb\r\n", [400]),
                 ("two hosts", get % b"Host: localhost\r\n", [400]),
                 ("no host", b"GET / HTTP/1.1\r\n\r\n", [400]),
                 ("no length", b"POST /model/model HTTP/1.1\r\nHost: localhost\r\n\r\n", [411]),
@@ -233,7 +235,8 @@ class Hostile(unittest.TestCase):
                 (b"", "", 400), (b"a,b\n1,2\n", "", 400), (head + b"1,2,3\n", "", 400), (head + b'1,2,"3,4\n', "", 400),
                 (head + b"1,2,3,4\0\n", "", 400), (b"\x7fELF" + bytes(100), "", 400), (head + 1001 * b"1,2,3,4\n", "", 413),
                 (head, "", 200), (head + b"x,,NA,4\n", "", 200), (head.replace(b",", b";") + b"1,5;2;3;4\n", "?delimiter=%3B&decimalComma=true", 200),
-                (head, "?delimiter=ab", 400), (head, "?reasons=x", 400), (head + b"-,2,3,4\n", "?reasons=true&missingToken=-", 200),
+                (head, "?delimiter=ab", 400), (head, "?quoteChar='", 400),
+                (head.replace(b",", b";") + b"1;2;3;4\n", "?delimiterChar=%3B&quoteChar=%22", 200), (head, "?reasons=x", 400), (head + b"-,2,3,4\n", "?reasons=true&missingToken=-", 200),
                 (gzip.compress(head + b"1,2,3,4\n"), "", 200)):
             with self.subTest(f"{body[:60]}{query}"):
                 self.assertEqual(wanted, self.service.ask("POST", path + query, body, CSV)[0])
