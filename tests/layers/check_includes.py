@@ -7,7 +7,7 @@ import sys
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(["<])([^">]+)[">]')
 TOPS = ('app', 'capi', 'common', 'fuzz', 'host', 'math', 'svm', 'tools')
-SYSTEM = re.compile(r'^(sys/.*|unistd\.h|fcntl\.h|poll\.h|dlfcn\.h|locale\.h|math\.h)$')
+SYSTEM = re.compile(r'^(sys/.*|linux/.*|unistd\.h|fcntl\.h|poll\.h|dlfcn\.h|locale\.h|math\.h)$')
 INTRINSICS = re.compile(r'^([a-z0-9]+intrin|immintrin|x86intrin|arm_neon|cpuid)\.h$')
 
 
