@@ -6,9 +6,9 @@
 
 #include <vector>
 
-#include "tools/findings/model_numbers.h"
 #include "tools/findings/finding_list.h"
 #include "tools/findings/inspected.h"
+#include "tools/findings/model_numbers.h"
 
 namespace svmscore::tools {
 

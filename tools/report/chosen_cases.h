@@ -19,8 +19,8 @@ bool IsAbout(const MachineSides& sides, const ScoredCases& cases, std::size_t at
 // there is none with a threshold. `sides` has an entry for each machine.
 std::size_t HardestMachine(const std::vector<MachineSides>& sides, const ScoredCases& cases);
 
-// The cases that stand for the others, each once. They depend on the cases alone: of a regression on
-// the predictions, otherwise on the decision values.
+// The cases that stand for the others, each once. They depend on the cases alone: of a regression
+// on the predictions, otherwise on the decision values.
 std::vector<std::pair<CaseChoice, std::size_t>> ChooseCases(const MachineSides& sides,
                                                             std::size_t machine,
                                                             const ScoredCases& cases);
