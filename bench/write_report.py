@@ -189,10 +189,10 @@ vectors, 20 fields and a background of 100 rows unless said. "Set-up" is once fo
 |---|---|---|""")
     with open(build / "explain.csv") as file:
         times = {row["name"]: float(row["cpu_time"]) for row in csv.DictReader(file)}
-    for name, time in times.items():
+    for name, taken in times.items():
         kind, _, model = name.partition("/")
         if kind == "explain":
-            print(f"| {model.replace('_', ' ')} | {time:.3g} | {times['set_up/' + model]:.3g} |")
+            print(f"| {model.replace('_', ' ')} | {taken:.3g} | {times['set_up/' + model]:.3g} |")
     shap = build / "shap.md"
     if shap.exists():
         print("""

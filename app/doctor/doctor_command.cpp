@@ -64,6 +64,7 @@ ExitStatus DoctorCommand::Run() {
   std::optional<tools::LabelledCases> labelled;
   const tools::CellRules rules = table_.Cells();
   tools::TextTable cases;
+  const tools::TextTable* rows = &cases;
   if (!input_.empty() && tools::IsScored(opened)) {
     TellOverruledValues(rules, *opened.loaded);
     cases = ReadTable(input_, table_.Rows(limits_));
@@ -71,10 +72,9 @@ ExitStatus DoctorCommand::Run() {
       files.emplace(tools::CaseFiles{
           std::move(cases), ReadExpected(expected_, table_.Rows(limits_)), rules, tolerance_});
       if (table_.decimal_comma) tools::ReadDecimalCommas(*opened.loaded, files->expected);
+      rows = &files->cases;
     }
-    if (!actual_.empty()) {
-      labelled.emplace(tools::LabelledCases{files ? files->cases : cases, actual_, rules});
-    }
+    if (!actual_.empty()) labelled.emplace(tools::LabelledCases{*rows, actual_, rules});
   }
   const tools::Examination examined =
       tools::Examine(opened, plugin, source, files, labelled ? &*labelled : nullptr);

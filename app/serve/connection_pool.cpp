@@ -51,7 +51,8 @@ bool ConnectionPool::MakeRoom() {
   const auto longest = std::min_element(connections_.begin(), connections_.end(), longer);
   if (longest == connections_.end() || !(*longest)->IsWaiting()) return false;
   if (Clock::now() - (*longest)->Since() < kPatience) return false;
-  const std::shared_ptr<Connection> connection = *longest;
+  // Closing takes it from the list.
+  const std::shared_ptr<Connection> connection = (*longest)->shared_from_this();
   connection->Close();
   return true;
 }

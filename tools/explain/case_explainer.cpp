@@ -129,7 +129,8 @@ double CaseExplainer::Imbalance(std::size_t position) const {
     const double sum = std::accumulate(values, values + model_.ValueCount(), 0.0);
     const double off = std::abs(Decisions(position)[m] - model_.Values().Base(m) - sum);
     const double share = off == 0.0 ? 0.0 : off / model_.Values().Scale(m);
-    worst = std::max(worst, std::isnan(share) ? std::numeric_limits<double>::infinity() : share);
+    if (std::isnan(share)) return std::numeric_limits<double>::infinity();
+    worst = std::max(worst, share);
   }
   return worst;
 }

@@ -108,6 +108,7 @@ reasons::Ended RowScorer::Finish(std::size_t row, output::Outcome& outcome) {
 std::string RowScorer::Explain(const reasons::Ended& ended,
                                const std::vector<GivenText>& given) const {
   std::vector<reasons::Given> views;
+  views.reserve(given.size());
   for (const GivenText& one : given) views.push_back({one.text, one.missing});
   return TextOf(examiner_->Examine(record_, views.data(), ended));
 }

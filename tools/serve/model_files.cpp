@@ -98,7 +98,7 @@ std::map<std::string, ModelFile> FilesIn(const std::string& folder) {
   for (const std::string& name : NamesIn(folder)) {
     const std::string id = IdOfFile(name);
     if (id.empty()) continue;
-    const std::string path = folder + "/" + name;
+    const std::string path = fmt::format("{}/{}", folder, name);
     struct stat about {};
     if (stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) continue;
     const auto other = files.find(id);
@@ -117,7 +117,7 @@ std::vector<std::string> FilesOf(const std::string& folder, const std::string& i
   std::vector<std::string> paths;
   for (const std::string& name : NamesIn(folder)) {
     if (IdOfFile(name) != id) continue;
-    const std::string path = folder + "/" + name;
+    const std::string path = fmt::format("{}/{}", folder, name);
     struct stat about {};
     if (lstat(path.c_str(), &about) != 0 || S_ISDIR(about.st_mode)) continue;
     paths.insert(name == id + ".pmml" ? paths.begin() : paths.end(), path);
@@ -179,7 +179,7 @@ void RemoveFile(const std::string& folder, const std::string& path) {
 void RemoveUnfinished(const std::string& folder) {
   for (const std::string& name : NamesIn(folder)) {
     if (name.starts_with(kUnfinished) && name.size() == kUnfinished.size() + 6) {
-      unlink((folder + "/" + name).c_str());
+      unlink(fmt::format("{}/{}", folder, name).c_str());
     }
   }
 }

@@ -24,7 +24,7 @@ bool ModelStore::Put(std::unique_ptr<ServedModel> model) {
     } catch (const std::bad_alloc&) {  // freed here and now
     }
   });
-  model.release();
+  static_cast<void>(model.release());
   const std::unique_lock lock(mutex_);
   StoredModel& stored = models_[id];
   if (stored.model != nullptr) shared->Touch(stored.model->Accessed());
