@@ -290,7 +290,7 @@ class Models(unittest.TestCase):
             answer = connection.getresponse()
             self.assertEqual(200, answer.status)
             self.assertEqual(body.count(b"\n"), answer.read().count(b"\n"))
-            self.assertEqual(0, service.end())
+            self.assertEqual(0, service.process.wait(timeout=60))
             with self.assertRaises(OSError):
                 service.connect().connect()
             idle.close()
