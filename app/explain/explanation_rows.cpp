@@ -11,9 +11,7 @@ class Cells {
   Cells(const RowFormat& format, std::string& out) : format_(format), out_(out) {}
 
   void Whole(std::uint64_t number) { Begin().Whole(out_, static_cast<long>(number)); }
-  void TextOrEmpty(const std::string& text) {
-    text.empty() ? Begin().Empty(out_) : Begin().Text(out_, text);
-  }
+  void Text(const std::string& text) { Begin().Text(out_, text); }
   void Number(double number) { Begin().Number(out_, number); }
   void Numbers(const double* numbers, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) Number(numbers[i]);
@@ -119,7 +117,7 @@ void ExplanationRows::WriteDecision(std::uint64_t number, std::size_t decision,
   const tools::ModelExplainer& model = *plan_.model;
   Cells cells(*plan_.format, out);
   cells.Whole(number);
-  cells.TextOrEmpty(model.Decisions()[decision]);
+  cells.Text(model.Decisions()[decision]);
   if (explained != nullptr) {
     const std::size_t players = model.PlayerList().size();
     cells.Number(cases_.Decisions(explained->place)[decision]);

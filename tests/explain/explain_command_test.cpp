@@ -248,6 +248,7 @@ TEST_F(Explain, MakesColumnsOfOneNameDistinct) {
                                "a,b,c,colour,u\n1,2,3,red,4\n");
     EXPECT_EQ(ran.status, 0);
     EXPECT_THAT(ran.out, HasSubstr("gradient(a)#2"));
+    EXPECT_THAT(ran.out, HasSubstr(format[0] == 'c' ? "\n1,," : "\"decision_of\":\"\""));
     EXPECT_THAT(ran.err, HasSubstr("two columns \"gradient(a)\"; the later one is"));
   }
 }
