@@ -46,7 +46,7 @@ Answer JsonAnswer(std::string body) {
 bool Service::IsQuick(const Route& route, Method method, std::string_view body) const {
   if (method != Method::kPost) {
     return route.resource != Resource::kModels && route.resource != Resource::kModel &&
-           route.resource != Resource::kPmml && route.resource != Resource::kMetrics;
+           route.resource != Resource::kPmml;
   }
   if (body.size() > kQuickBody || route.resource == Resource::kCsv ||
       route.resource == Resource::kExplain) {

@@ -10,11 +10,13 @@ const explanationPause = 250;  // milliseconds with a score before its explanati
 const shown = {
   id: null,           // the model on the page
   checksum: null,     // of the document that the card and the form were made from
+  reopened: -Infinity,  // when the document was last found to be another one, in milliseconds
   fields: [],
   texts: {},          // what is entered, by model and input
   percentages: 'Probabilities',
   explains: true,     // until the service says that it cannot explain the model
   decision: null,     // the decision whose explanation was asked for
+  unknown: null,      // the model of the address, where there is none
   download: null,     // the address of the last scored table
 };
 let models = [];
@@ -30,7 +32,7 @@ const texts = () => (shown.texts[shown.id] ??= {});
 function drawModels() {
   byId('model-count').textContent = models.length ? String(models.length) : '';
   byId('model-list').replaceChildren(...models.map((model) => element('li', {},
-    element('a', {href: `#/${encodeURIComponent(model.id)}`, 'aria-current': model.id === shown.id ? 'page' : null},
+    element('a', {href: `#/${model.id}`, 'aria-current': model.id === shown.id ? 'page' : null},
       element('span', {class: 'id'}, model.id),
       element('span', {class: model.problem ? 'what bad' : 'what'}, stateOf(model))))));
   // On a narrow page the list is a row that may be longer than the page is wide.
@@ -58,9 +60,11 @@ async function poll() {
 
 // Follows what the service has: the model of the address, or the first, or that none is loaded.
 async function follow() {
-  const wanted = decodeURIComponent(location.hash.startsWith('#/') ? location.hash.slice(2) : '');
+  const wanted = location.hash.startsWith('#/') ? location.hash.slice(2) : '';  // ids need no escapes
   const known = models.find((model) => model.id === (wanted || shown.id));
   const next = known ?? models[0];
+  if (wanted && !known && shown.unknown !== wanted && wanted !== shown.id) notice(`There is no model ${wanted}.`);
+  shown.unknown = known ? null : wanted;
   if (shown.id && !models.some((model) => model.id === shown.id)) notice(`${shown.id} is no longer loaded.`);
   byId('no-model').hidden = Boolean(next);
   byId('with-model').hidden = !next;
@@ -94,6 +98,9 @@ async function open(id) {
 
 // reopen(): the document of the shown model was replaced.
 async function reopen() {
+  // Two services behind one address that do not agree would be asked without end.
+  if (performance.now() - shown.reopened < 1000) return;
+  shown.reopened = performance.now();
   const before = shown.checksum;
   await load();
   if (!before || !shown.checksum || shown.checksum === before) return;
