@@ -73,7 +73,8 @@ class Service:
 
 
 def exchange(connection, method, path, body=None, headers=None):
-    connection.request(method, path, body, headers or {})
+    with contextlib.suppress(BrokenPipeError):  # a body that is refused need not be taken as a whole
+        connection.request(method, path, body, headers or {})
     answer = connection.getresponse()
     return answer.status, answer.headers, answer.read()
 
