@@ -127,8 +127,11 @@ class Run {
     return total_;
   }
 
-  // What is wrong with the cases that were written.
-  std::string Faults() const { return TextOf(failures_, row_like_cells_, streams_.input_name); }
+  // What is wrong with the cases that were written; also after All has thrown.
+  std::string Faults() {
+    const HandOver::Turn turn(hand_over_);
+    return TextOf(failures_, row_like_cells_, streams_.input_name);
+  }
 
  private:
   // Blocks beyond one a thread, so that reading and writing need not wait for each other.
@@ -198,7 +201,7 @@ class Run {
   }
 
   // A signal must not lose what would be told at the end.
-  void NoteFaults() { SayWhenEnded(Faults()); }
+  void NoteFaults() { SayWhenEnded(TextOf(failures_, row_like_cells_, streams_.input_name)); }
 
   const std::function<std::unique_ptr<BlockWorker>()>& make_worker_;
   const Streams& streams_;
