@@ -28,8 +28,8 @@
 #include "app/pipeline/pipeline.h"
 #include "host/model/score_model.h"
 #include "host/text/number_text.h"
+#include "tools/describe/machine_sides.h"
 #include "tools/describe/model_summary.h"
-#include "tools/report/explanation.h"
 
 namespace svmscore::app {
 namespace {

@@ -5,29 +5,17 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "host/load/loader.h"
 #include "tools/base/cell_rules.h"
+#include "tools/describe/machine_sides.h"
 #include "tools/describe/model_summary.h"
 #include "tools/report/scored_cases.h"
 
 namespace svmscore::tools {
-
-// What a decision value means. Categories of the target: -1 for a regression, and where no single
-// category is meant.
-struct MachineSides {
-  int above = -1;
-  int below = -1;
-  double threshold = std::numeric_limits<double>::quiet_NaN();  // NaN: nothing changes anywhere
-};
-// Of a machine by its position in the document; `categories` are what BatchModel says of it. [any
-// thread] Fails: never.
-MachineSides SidesOf(const ModelSummary& summary, std::pair<int, int> categories,
-                     std::size_t machine);
 
 // So many of each are shown at most.
 inline constexpr std::size_t kSharesShown = 12;
