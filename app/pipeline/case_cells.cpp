@@ -27,11 +27,10 @@ const InputCaseRecord& CaseCells::Read(const std::string_view* cells) {
 
 void CaseCells::Set(InputCaseRecord& record, std::size_t position, const std::string_view* cells,
                     std::size_t cell) {
-  const MCZandor_850::ScoreDictVar& var = record.Variable(position);
-  if (cell == tools::kNoCell || rules_.IsMissing(cells[cell], var)) {
+  if (cell == tools::kNoCell) {
     record.SetMissing(position);
   } else {
-    record.SetText(position, rules_.TextOf(cells[cell], var, number_text_));
+    rules_.Set(record, position, cells[cell], number_text_);
   }
 }
 

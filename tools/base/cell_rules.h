@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/load/loader.h"
+#include "host/model/score_case_record.h"
 
 namespace svmscore::tools {
 
@@ -28,6 +29,16 @@ class CellRules {
   std::string_view TextOf(std::string_view cell, const MCZandor_850::ScoreDictVar& var,
                           std::string& buffer) const {
     return decimal_comma_ && IsOfNumbers(var) ? ExchangePointAndComma(cell, buffer) : cell;
+  }
+  // Sets a value of the record from a cell, as missing where the cell is; uses `buffer`.
+  void Set(MCZandor_850::InputCaseRecord& record, std::size_t position, std::string_view cell,
+           std::string& buffer) const {
+    const MCZandor_850::ScoreDictVar& var = record.Variable(position);
+    if (IsMissing(cell, var)) {
+      record.SetMissing(position);
+    } else {
+      record.SetText(position, TextOf(cell, var, buffer));
+    }
   }
   // A line for each token that was given although some input of the model declares it as a value.
   std::vector<std::string> OverruledValues(const LoadedModel& loaded) const;

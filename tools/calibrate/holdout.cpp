@@ -15,11 +15,11 @@
 
 #include "host/model/batch_model.h"
 #include "host/output/output_plan.h"
-#include "host/text/number_text.h"
 #include "host/transform/value/arena.h"
 #include "host/transform/value/value.h"
 #include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
+#include "tools/base/label_column.h"
 #include "tools/findings/inspected.h"
 #include "tools/findings/model_numbers.h"
 #include "tools/score/case_batch.h"
@@ -65,23 +65,8 @@ class HoldoutScorer {
                 loaded.model->GetMissingValuePolicy() == ScoreModel::kReplaceMissing),
         categories_(target_.GetCategories().size()),
         entries_(model.EntryCount()),
-        batch_(model, categories_, kChunk, true) {
-    const auto named = std::count(table.header.begin(), table.header.end(), actual);
-    if (named != 1) {
-      throw BadCases(
-          fmt::format("{}: {} named {}; --actual names the one that holds what is known "
-                      "of the cases",
-                      table.name, named == 0 ? "no column is" : "two columns are", actual),
-          actual);
-    }
-    label_ = static_cast<std::size_t>(table.FindColumn(actual));
-    for (const MCZandor_850::ScoreDictVar* var : loaded.needed) {
-      if (var->GetName() != actual || var->GetName() == target_.GetName()) continue;
-      throw BadCases(fmt::format("{}: the column {} is an input of the model; --actual names the "
-                                 "one that holds what is known of the cases",
-                                 table.name, actual),
-                     actual);
-    }
+        batch_(model, categories_, kChunk, true),
+        label_(table.header, table.name, actual, loaded, target_, classification_, rules) {
     model.FixPositions(record_);
     holdout_.machines = model.DecisionCount();
     if (!classification_) FindOutputs();
@@ -90,7 +75,7 @@ class HoldoutScorer {
   Holdout Run() {
     for (const std::vector<std::string>& row : table_.rows) {
       ++holdout_.rows;
-      if (!ReadLabel(row[label_])) continue;
+      if (!ReadLabel(row[label_.Position()])) continue;
       SetCells(row);
       if (record_.HasInvalid() || batch_.Add(record_).IsError()) {
         ++holdout_.unscored;
@@ -141,36 +126,15 @@ class HoldoutScorer {
 
   // The category, or the number, that the cell holds; false where it holds none.
   bool ReadLabel(std::string_view cell) {
-    if (rules_.IsMissing(cell, target_)) {
-      ++holdout_.unlabelled;
-      return false;
-    }
-    if (classification_) {
-      const int category =
-          target_.GetCategoryIndexOfText(std::string(rules_.TextOf(cell, target_, buffer_)));
-      label_read_ = category;
-      if (category >= 0) return true;
-    } else {
-      const auto number = ParseNumber(
-          rules_.HasDecimalComma() ? CellRules::ExchangePointAndComma(cell, buffer_) : cell);
-      if (number && std::isfinite(*number)) {
-        label_read_ = *number;
-        return true;
-      }
-    }
-    ++holdout_.unknown_labels[std::string(cell)];
-    return false;
+    const LabelColumn::Found found = label_.Read(cell, label_read_);
+    if (found == LabelColumn::Found::kMissing) ++holdout_.unlabelled;
+    if (found == LabelColumn::Found::kUnknown) ++holdout_.unknown_labels[std::string(cell)];
+    return found == LabelColumn::Found::kLabel;
   }
 
   void SetCells(const std::vector<std::string>& row) {
     for (std::size_t i = 0; i < columns_.cells.size(); ++i) {
-      const std::size_t cell = columns_.cells[i];
-      const MCZandor_850::ScoreDictVar& var = record_.Variable(i);
-      if (cell == kNoCell || rules_.IsMissing(row[cell], var)) {
-        record_.SetMissing(i);
-      } else {
-        record_.SetText(i, rules_.TextOf(row[cell], var, buffer_));
-      }
+      rules_.Set(record_, i, row[columns_.cells[i]], buffer_);
     }
   }
 
@@ -229,7 +193,7 @@ class HoldoutScorer {
   std::size_t categories_;
   std::size_t entries_;
   CaseBatch batch_;
-  std::size_t label_ = 0;
+  LabelColumn label_;
   double label_read_ = 0.0;     // of the present row
   std::vector<double> labels_;  // of the batch
   // Of a regression with such output fields: their positions, and what they depend on in the batch.

@@ -9,9 +9,9 @@
 #include <fmt/format.h>
 
 #include "host/model/batch_model.h"
-#include "host/text/number_text.h"
 #include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
+#include "tools/base/label_column.h"
 #include "tools/describe/model_summary.h"
 #include "tools/report/figure_sum.h"
 #include "tools/score/case_batch.h"
@@ -42,7 +42,11 @@ class CaseScorer {
     scored_.classification = targets_.GetScheme().method != output::Method::kRegression;
     scored_.entry_count = model.EntryCount();
     scored_.machines = model.DecisionCount();
-    if (!actual.empty()) FindLabel(loaded, actual);
+    if (!actual.empty()) {
+      label_.emplace(table.header, table.name, actual, loaded, target_, scored_.classification,
+                     rules);
+      scored_.has_labels = true;
+    }
     model.FixPositions(record_);
   }
 
@@ -73,57 +77,19 @@ class CaseScorer {
   // Cases that are scored together.
   static constexpr std::size_t kChunk = 128;
 
-  void FindLabel(const LoadedModel& loaded, const std::string& actual) {
-    const auto named = std::count(table_.header.begin(), table_.header.end(), actual);
-    if (named != 1) {
-      throw BadCases(
-          fmt::format("{}: {} named {}; --actual names the one that holds what is known of the "
-                      "cases",
-                      table_.name, named == 0 ? "no column is" : "two columns are", actual),
-          actual);
-    }
-    for (const ScoreDictVar* var : loaded.needed) {
-      if (var->GetName() != actual || var->GetName() == target_.GetName()) continue;
-      throw BadCases(fmt::format("{}: the column {} is an input of the model; --actual names the "
-                                 "one that holds what is known of the cases",
-                                 table_.name, actual),
-                     actual);
-    }
-    const auto at = std::find(table_.header.begin(), table_.header.end(), actual);
-    label_ = static_cast<std::size_t>(at - table_.header.begin());
-    scored_.has_labels = true;
-  }
-
   void SetCells(const DrawnRow& row) {
     for (std::size_t i = 0; i < columns_.cells.size(); ++i) {
-      const std::size_t cell = columns_.cells[i];
-      const ScoreDictVar& var = record_.Variable(i);
-      if (cell == kNoCell || rules_.IsMissing(row.Cell(cell), var)) {
-        record_.SetMissing(i);
-      } else {
-        record_.SetText(i, rules_.TextOf(row.Cell(cell), var, buffer_));
-      }
+      rules_.Set(record_, i, row.Cell(columns_.cells[i]), buffer_);
     }
   }
 
   // The category, or the number, that the cell of the label holds; nothing where it holds none.
   std::optional<double> ReadLabel(const DrawnRow& row) {
     if (!label_) return std::nullopt;
-    const std::string_view cell = row.Cell(*label_);
-    if (rules_.IsMissing(cell, target_)) {
-      ++scored_.unlabelled;
-      return std::nullopt;
-    }
-    if (scored_.classification) {
-      const int category =
-          target_.GetCategoryIndexOfText(std::string(rules_.TextOf(cell, target_, buffer_)));
-      if (category >= 0) return category;
-    } else {
-      const auto number = ParseNumber(
-          rules_.HasDecimalComma() ? CellRules::ExchangePointAndComma(cell, buffer_) : cell);
-      if (number && std::isfinite(*number)) return number;
-    }
-    ++scored_.unknown_labels;
+    double label = 0.0;
+    const LabelColumn::Found found = label_->Read(row.Cell(label_->Position()), label);
+    if (found == LabelColumn::Found::kLabel) return label;
+    ++(found == LabelColumn::Found::kMissing ? scored_.unlabelled : scored_.unknown_labels);
     return std::nullopt;
   }
 
@@ -221,7 +187,7 @@ class CaseScorer {
   MCZandor_850::InputCaseRecord record_;
   std::size_t categories_;
   CaseBatch batch_;
-  std::optional<std::size_t> label_;
+  std::optional<LabelColumn> label_;   // nothing where no label is given
   std::vector<const DrawnRow*> rows_;  // of the batch
   std::vector<double> percents_;       // of a case
   std::string buffer_;
