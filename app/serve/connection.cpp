@@ -15,6 +15,7 @@
 #include <boost/beast/http/error.hpp>
 
 #include "app/serve/answer_head.h"
+#include "app/serve/request_head.h"
 #include "tools/serve/case_requests.h"
 #include "tools/serve/content.h"
 #include "tools/serve/request_checks.h"
@@ -29,7 +30,6 @@ using serve::Method;
 
 constexpr std::size_t kHeadChunk = 4096;
 constexpr std::size_t kBodyChunk = 65536;
-constexpr std::size_t kLongestTarget = 4096;
 // An answer is cut where its reader takes nothing for so long, and, after a while, where it takes
 // less than so many bytes a second.
 constexpr int kWriteSeconds = 30;
@@ -41,35 +41,6 @@ constexpr std::uint64_t kProgress = 16384;
 // the answer is not lost to a reset.
 constexpr int kLingerSeconds = 2;
 constexpr std::size_t kMostThrownAway = std::size_t{1} << 20;
-
-Method MethodOf(http::verb verb) {
-  switch (verb) {
-    case http::verb::get:
-      return Method::kGet;
-    case http::verb::head:
-      return Method::kHead;
-    case http::verb::post:
-      return Method::kPost;
-    case http::verb::put:
-      return Method::kPut;
-    case http::verb::delete_:
-      return Method::kDelete;
-    case http::verb::options:
-      return Method::kOptions;
-    default:
-      return Method::kOther;
-  }
-}
-
-// Whether a header goes on in a second line, which proxies read in several ways.
-bool IsFolded(std::string_view head) {
-  return head.find("\r\n ") != std::string_view::npos ||
-         head.find("\r\n\t") != std::string_view::npos;
-}
-
-std::string TextOf(boost::beast::string_view text) {
-  return std::string(text.data(), text.size());
-}
 
 }  // namespace
 
@@ -254,55 +225,28 @@ void Connection::FailParse(const ErrorCode& error) {
   SendError(400, "the request is not HTTP: " + error.message());
 }
 
-std::string Connection::Header(boost::beast::string_view name) const {
-  return TextOf(parser_->get()[name]);
-}
-
 std::optional<Answer> Connection::TakeHead() {
   const ServeOptions& options = pool_.Shared().server.options;
   const auto& request = parser_->get();
-  const std::string target = TextOf(request.target());
-  route_ = serve::RouteOf(target);
-  head_ = {};
-  head_.method = MethodOf(request.method());
-  head_.target = target;
-  head_.host = Header("Host");
-  head_.origin = Header("Origin");
-  head_.content_type = Header("Content-Type");
-  head_.content_encoding = Header("Content-Encoding");
-  head_.authorization = Header("Authorization");
-  head_.asked_method = Header("Access-Control-Request-Method");
-  head_.has_binary_tensors = request.count("Inference-Header-Content-Length") > 0;
-  request_id_ = RequestId(Header("X-Request-Id"), pool_.Shared().requests);
+  head_ = ReadHead(request);
+  route_ = serve::RouteOf(head_.target);
+  request_id_ = RequestId(TextOf(request["X-Request-Id"]), pool_.Shared().requests);
+  if (request.count("Host") == 0) head_.host = options.address;
   const auto refuse = [this](unsigned status, const char* what) {
     return serve::ErrorAnswer(route_, status, what);
   };
-  if (target.size() > kLongestTarget) return refuse(414, "the target of the request is too long");
-  const std::size_t hosts = request.count("Host");
-  if (hosts > 1) return refuse(400, "the request names several hosts");
-  if (hosts == 0 && request.version() >= 11) return refuse(400, "the request names no host");
-  if (hosts == 0) head_.host = options.address;
-  const std::size_t lengths = request.count("Content-Length");
-  const std::size_t encodings = request.count("Transfer-Encoding");
-  const std::string length = Header("Content-Length");
-  const bool odd_length = length.find_first_not_of("0123456789") != std::string::npos;
-  const bool odd_encoding =
-      encodings > 0 && !boost::beast::iequals(Header("Transfer-Encoding"), "chunked");
-  if (lengths + encodings > 1 || odd_length || odd_encoding) {
-    return refuse(400, "the request says in several ways, or in an unknown one, where it ends");
-  }
-  if (encodings > 0 && request.version() < 11) {
-    return refuse(400, "chunks are of HTTP/1.1, and the request is not");
+  if (const std::optional<HeadFault> fault = FaultOf(request)) {
+    return refuse(fault->status, fault->what);
   }
   if (std::optional<Answer> answer = serve::CheckHead(head_, route_, options.access)) return answer;
   const bool upload = head_.method == Method::kPut;
-  if ((upload || head_.method == Method::kPost) && lengths + encodings == 0) {
+  if ((upload || head_.method == Method::kPost) && !HasBody(request)) {
     return refuse(411, "the request does not say how long its body is");
   }
   const std::size_t most = upload ? options.most_upload : options.most_body;
   if (parser_->content_length().value_or(0) > most) return refuse(413, "the body is too long");
   parser_->body_limit(most);
-  const std::string expected = Header("Expect");
+  const std::string expected = TextOf(request["Expect"]);
   if (expected.empty() || parser_->is_done()) return std::nullopt;
   if (!boost::beast::iequals(expected, "100-continue")) {
     return refuse(417, "the request expects something else than 100-continue");

@@ -68,7 +68,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void HoldAnswer(std::size_t size);
   void Linger();
   void Log(const serve::Answer& answer) const;
-  std::string Header(boost::beast::string_view name) const;
 
   ConnectionPool& pool_;
   ConnectionPool::Socket socket_;

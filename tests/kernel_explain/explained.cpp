@@ -1,11 +1,17 @@
 #include "tests/kernel_explain/explained.h"
 
 #include <bit>
+#include <cmath>
+#include <numeric>
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "tests/model/model_fixture.h"
 
 namespace explained {
+
+using svmscore_test::Bits;
 
 std::unique_ptr<MCZandor_850::SVMModel> Sample::Model() const {
   svmscore_test::Classifier classifier(2);
@@ -156,6 +162,44 @@ Row ByDefinition(const Sample& sample) {
     }
   }
   return values;
+}
+
+Kernel Polynomial(double degree) {
+  return {SVMConst::kPolynomial, 0.2, 0.7, degree};
+}
+
+double ScaleOf(const Sample& sample, std::size_t machine) {
+  const Row& coefficients = sample.machines[machine].coefficients;
+  return std::accumulate(coefficients.begin(), coefficients.end(), 0.0,
+                         [](double sum, double c) { return sum + std::abs(c); });
+}
+
+void ExpectSound(const Sample& sample, const Found& found) {
+  const auto model = sample.Model();
+  const auto explainer = sample.Explainer(*model);
+  const std::size_t machines = model->DecisionCount();
+  const std::size_t players = sample.players.size();
+  EXPECT_EQ(Bits(Decisions(*model, sample.cases)), Bits(found.decisions));
+  const Row background = Decisions(*model, sample.background);
+  for (std::size_t m = 0; m < machines; ++m) {
+    EXPECT_DOUBLE_EQ(ScaleOf(sample, m), explainer->Scale(m));
+    double mean = 0.0;
+    for (std::size_t b = 0; b < sample.background.size(); ++b) mean += background[b * machines + m];
+    EXPECT_NEAR(mean / static_cast<double>(sample.background.size()), explainer->Base(m),
+                1e-13 * ScaleOf(sample, m));
+    for (std::size_t c = 0; c < sample.cases.size(); ++c) {
+      const double* of_case = &found.values[(c * machines + m) * players];
+      EXPECT_NEAR(std::accumulate(of_case, of_case + players, explainer->Base(m)),
+                  found.decisions[c * machines + m], 1e-12 * ScaleOf(sample, m));
+    }
+  }
+  for (std::size_t c = 0; c < sample.cases.size(); ++c) {
+    Sample alone = sample;
+    alone.cases = {sample.cases[c]};
+    const std::size_t size = machines * players;
+    EXPECT_EQ(Bits(Explain(alone).values),
+              Bits(Row(&found.values[c * size], &found.values[c * size] + size)));
+  }
 }
 
 }  // namespace explained

@@ -20,6 +20,9 @@ struct Kernel {
   double coef0 = 0.6;
   double degree = 3;
 };
+inline constexpr Kernel kRbf{SVMConst::kRadialBasis, 0.3};
+inline constexpr Kernel kSigmoid{SVMConst::kSigmoid, 0.2, 0.1};
+Kernel Polynomial(double degree);
 
 // Owns everything that an explanation is made of.
 struct Sample {
@@ -61,6 +64,13 @@ Found Explain(const Sample& sample);
 
 // Decision values by the model, [cases][machines].
 Row Decisions(MCZandor_850::SVMModel& model, const std::vector<Row>& cases);
+
+// The sum of the sizes of a machine's coefficients.
+double ScaleOf(const Sample& sample, std::size_t machine);
+
+// Expects that values add up to the decision value less the base, that decisions are the model's,
+// and that bits do not depend on the number of cases in a call.
+void ExpectSound(const Sample& sample, const Found& found);
 
 // By Shapley's definition, over all sets of players, [cases][machines][players].
 Row ByDefinition(const Sample& sample);

@@ -13,25 +13,17 @@
 
 namespace {
 
+using explained::ExpectSound;
 using explained::Found;
 using explained::Kernel;
+using explained::kRbf;
+using explained::kSigmoid;
+using explained::Polynomial;
 using explained::RandomSample;
 using explained::Row;
 using explained::Sample;
+using explained::ScaleOf;
 using svmscore_test::Bits;
-
-constexpr Kernel kRbf{SVMConst::kRadialBasis, 0.3};
-constexpr Kernel kSigmoid{SVMConst::kSigmoid, 0.2, 0.1};
-
-Kernel Polynomial(double degree) {
-  return {SVMConst::kPolynomial, 0.2, 0.7, degree};
-}
-
-double ScaleOf(const Sample& sample, std::size_t machine) {
-  const Row& coefficients = sample.machines[machine].coefficients;
-  return std::accumulate(coefficients.begin(), coefficients.end(), 0.0,
-                         [](double sum, double c) { return sum + std::abs(c); });
-}
 
 // The largest difference, in units of each machine's sum of the coefficients' sizes.
 double Distance(const Sample& sample, const Row& expected, const Row& found) {
@@ -43,36 +35,6 @@ double Distance(const Sample& sample, const Row& expected, const Row& found) {
     if (!(distance <= largest)) largest = distance;  // NaN stays
   }
   return largest;
-}
-
-// Values add up to the decision value less the base, decisions are the model's, and bits do not
-// depend on the number of cases in a call.
-void ExpectSound(const Sample& sample, const Found& found) {
-  const auto model = sample.Model();
-  const auto explainer = sample.Explainer(*model);
-  const std::size_t machines = model->DecisionCount();
-  const std::size_t players = sample.players.size();
-  EXPECT_EQ(Bits(explained::Decisions(*model, sample.cases)), Bits(found.decisions));
-  const Row background = explained::Decisions(*model, sample.background);
-  for (std::size_t m = 0; m < machines; ++m) {
-    EXPECT_DOUBLE_EQ(ScaleOf(sample, m), explainer->Scale(m));
-    double mean = 0.0;
-    for (std::size_t b = 0; b < sample.background.size(); ++b) mean += background[b * machines + m];
-    EXPECT_NEAR(mean / static_cast<double>(sample.background.size()), explainer->Base(m),
-                1e-13 * ScaleOf(sample, m));
-    for (std::size_t c = 0; c < sample.cases.size(); ++c) {
-      const double* of_case = &found.values[(c * machines + m) * players];
-      EXPECT_NEAR(std::accumulate(of_case, of_case + players, explainer->Base(m)),
-                  found.decisions[c * machines + m], 1e-12 * ScaleOf(sample, m));
-    }
-  }
-  for (std::size_t c = 0; c < sample.cases.size(); ++c) {
-    Sample alone = sample;
-    alone.cases = {sample.cases[c]};
-    const std::size_t size = machines * players;
-    EXPECT_EQ(Bits(explained::Explain(alone).values),
-              Bits(Row(&found.values[c * size], &found.values[c * size] + size)));
-  }
 }
 
 struct Truth {
@@ -375,52 +337,6 @@ TEST(ShapleyValues, DoNotDependOnWhatIsKept) {
     for (std::size_t i = 0; i < mean.size(); ++i) mean[i] += values[i] / 2;
   }
   EXPECT_LE(Distance(sample, mean, found.values), 1e-14);
-}
-
-TEST(SampledValues, CoverTheTruth) {
-  for (const Kernel& kernel : {kSigmoid, Polynomial(2.5), Polynomial(-1), Polynomial(40)}) {
-    SCOPED_TRACE(testing::Message() << kernel.type << " " << kernel.degree);
-    Sample sample = RandomSample(kernel, 7, 30, 6, 2, 12, 0.9);
-    sample.kernel.gamma = 0.04;
-    sample.kernel.coef0 = 1.0;
-    sample.players = {{0}, {1, 2}, {3}, {4}, {5}, {6}};
-    sample.orders = 40;
-    const Row truth = explained::ByDefinition(sample);
-    std::size_t within_two = 0;
-    std::size_t all = 0;
-    Row last;
-    for (sample.seed = 1; sample.seed <= 10; ++sample.seed) {
-      const Found found = explained::Explain(sample);
-      EXPECT_TRUE(found.sampled);
-      ExpectSound(sample, found);
-      EXPECT_NE(Bits(last), Bits(found.values));
-      last = found.values;
-      for (std::size_t i = 0; i < truth.size(); ++i, ++all) {
-        const double distance = std::abs(truth[i] - found.values[i]);
-        EXPECT_LE(distance, 6 * found.errors[i] + 1e-13) << i;
-        within_two += distance <= 2 * found.errors[i] ? 1 : 0;
-      }
-    }
-    EXPECT_GE(within_two, all * 90 / 100);
-    EXPECT_LE(within_two, all * 99 / 100);
-  }
-}
-
-TEST(SampledValues, ServeMorePlayersThanExactOnes) {
-  Sample sample = RandomSample({SVMConst::kRadialBasis, 1e-3}, 4001, 3, 1, 1, 4);
-  sample.cases.resize(1);
-  sample.orders = 4;
-  const Found found = explained::Explain(sample);
-  EXPECT_TRUE(found.sampled);
-  ExpectSound(sample, found);
-  // An order and its reverse leave no error where players act in pairs.
-  sample.kernel = Polynomial(2);
-  const Found pairs = explained::Explain(sample);
-  EXPECT_TRUE(pairs.sampled);
-  EXPECT_LE(*std::max_element(pairs.errors.begin(), pairs.errors.end()),
-            1e-12 * ScaleOf(sample, 0));
-  sample.kernel.type = SVMConst::kLinear;
-  EXPECT_FALSE(explained::Explain(sample).sampled);
 }
 
 TEST(ShapleyValues, OfARegressionAreThoseOfItsFirstMachine) {
