@@ -243,7 +243,13 @@ What `capi/svmscore.h` adds to the engine: workload a, and a regression over ten
 1000 vectors. What is compared takes turns, round after round, by processor time; threads by the clock.
 {(build / "c_interface.md").read_text().strip()}
 
-One case allocates nothing after the first: `tests/capi/case_test.cpp` counts.""")
+One case allocates nothing after the first: `tests/capi/case_test.cpp` counts.
+
+## The service
+
+`svmscore serve` on the loopback, with its log, and with wrk on the same processors.
+
+{(build / "service.md").read_text().strip()}""")
 
 
 if sys.argv[1] == "--machine":
