@@ -203,8 +203,7 @@ Answer ModelKeeper::Delete(const Route& route) {
   metrics_.Forget(id);
   log_.Event("dropped", id, "deleted");
   Answer answer;
-  answer.status = 204;
-  answer.content_type.clear();
+  answer.body = "{}\n";
   answer.model_id = id;
   return answer;
 }

@@ -121,7 +121,7 @@ class Models(unittest.TestCase):
                          "/model/" + 129 * "a", "/model/../../x", "/model/a/../b", "/model/%zz"):
                 self.assertEqual(404, service.ask("PUT", path, IRIS, key)[0], path)
             self.assertEqual(["a.b-C_1.pmml"], os.listdir(self.folder))
-            self.assertEqual(204, service.ask("DELETE", "/model/a.b-C_1", None, key)[0])
+            self.assertEqual((200, {}), service.json("DELETE", "/model/a.b-C_1", headers=key))
             self.assertEqual(404, service.ask("DELETE", "/model/a.b-C_1", None, key)[0])
             self.assertEqual([], os.listdir(self.folder))
         with self.serve() as service:
@@ -140,7 +140,7 @@ class Models(unittest.TestCase):
         fixed.write_bytes(OTHER)
         with self.serve("--allow-upload", f"fixed={fixed}") as service:
             self.assertEqual(200, service.ask("POST", "/model/a", CASE, JSON)[0])
-            self.assertEqual(204, service.ask("DELETE", "/model/a")[0])
+            self.assertEqual((200, {}), service.json("DELETE", "/model/a"))
             self.assertEqual(200, service.ask("PUT", "/model/b", OTHER, XML)[0])
             self.assertEqual(["b.pmml", "fixed.model", "fixed.pmml"], sorted(os.listdir(self.folder)))
             time.sleep(1.5)
