@@ -173,7 +173,7 @@ Answer ModelKeeper::Put(const Route& route, const Document& document) {
   const std::optional<serve::StoredModel> now = store_.Find(id);
   Answer answer;
   answer.status = is_new ? 201 : 200;
-  answer.body = serve::ModelSummaryText(id, *now, false) + "\n";
+  answer.body = serve::UploadedModelText(*now->model);
   answer.model_id = id;
   answer.sha256 = now->model->Sha256();
   if (is_new) answer.headers.emplace_back("Location", "/model/" + id);

@@ -5,6 +5,7 @@ Usage: models_test.py PROGRAM EXAMPLES
 import contextlib
 import gzip
 import http.client
+import json
 import os
 import shutil
 import signal
@@ -127,6 +128,14 @@ class Models(unittest.TestCase):
         with self.serve() as service:
             self.assertEqual(403, service.ask("PUT", "/model/a", IRIS, XML)[0])
             self.assertEqual(403, service.ask("DELETE", "/model/a")[0])
+
+    def test_clients_of_openscoring(self):
+        """They refuse answers that are otherwise."""
+        with self.serve("--allow-upload") as service:
+            for wanted in (201, 200):
+                status, _, text = service.ask("PUT", "/openscoring/model/a", IRIS, XML)
+                self.assertEqual((wanted, ["id", "miningFunction", "properties", "schema", "summary"]),
+                                 (status, sorted(json.loads(text))))
 
     def problem(self, service, model):
         """As the metrics have it, for alarms."""

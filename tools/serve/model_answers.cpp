@@ -143,6 +143,13 @@ std::string ModelSummaryText(const std::string& id, const StoredModel& stored, b
   return out;
 }
 
+std::string UploadedModelText(const ServedModel& model) {
+  std::string out = "{";
+  AppendMember(out, "id", model.Id());
+  AppendModel(out, model, false);
+  return out + "}\n";
+}
+
 std::string ModelList(const ModelStore& store) {
   std::string out = "{\"models\":[";
   for (const auto& [id, stored] : store.All()) {

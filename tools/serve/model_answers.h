@@ -12,6 +12,9 @@ namespace svmscore::serve {
 std::string ModelList(const ModelStore& store);
 // The summary of a model. With `whole` also its card and findings.
 std::string ModelSummaryText(const std::string& id, const StoredModel& stored, bool whole);
+// The summary for who uploaded it, with no members but those that clients of Openscoring know: they
+// refuse others here.
+std::string UploadedModelText(const ServedModel& model);
 
 }  // namespace svmscore::serve
 
