@@ -133,9 +133,12 @@ class Models(unittest.TestCase):
         """They refuse answers that are otherwise."""
         with self.serve("--allow-upload") as service:
             for wanted in (201, 200):
-                status, _, text = service.ask("PUT", "/openscoring/model/a", IRIS, XML)
+                status, headers, text = service.ask("PUT", "/openscoring/model/a", IRIS, XML)
                 self.assertEqual((wanted, ["id", "miningFunction", "properties", "schema", "summary"]),
                                  (status, sorted(json.loads(text))))
+                self.assertRegex(headers["X-Application"], "^Openscoring/2[.]0")
+            self.assertRegex(service.ask("GET", "/openscoring/model/b")[1]["X-Application"], "^Openscoring/2[.]0")
+            self.assertIsNone(service.ask("GET", "/model/a")[1]["X-Application"])
 
     def problem(self, service, model):
         """As the metrics have it, for alarms."""

@@ -78,6 +78,8 @@ std::string WrongContent(const RequestHead& head, const Route& route) {
   return "the content type is not JSON; send the body as application/json";
 }
 
+constexpr std::string_view kOpenscoring = "/openscoring/";
+
 bool HasToken(const RequestHead& head, const AccessRules& rules) {
   constexpr std::string_view kScheme = "bearer ";
   const std::string& given = head.authorization;
@@ -162,6 +164,10 @@ std::optional<Answer> CheckHead(const RequestHead& head, const Route& route,
 
 void AddCommonHeaders(const RequestHead& head, const AccessRules& rules, Answer& answer) {
   answer.headers.emplace_back("X-Content-Type-Options", "nosniff");
+  // Clients of Openscoring speak with nobody who does not say so.
+  if (head.target.starts_with(kOpenscoring)) {
+    answer.headers.emplace_back("X-Application", "Openscoring/2.0 (svmscore " SVMSCORE_VERSION ")");
+  }
   const auto is_policy = [](const auto& header) {
     return header.first == "Content-Security-Policy";
   };

@@ -29,8 +29,9 @@ std::optional<Answer> CheckHead(const RequestHead& head, const Route& route,
 // Whether the service may be called so. [any thread] Fails: std::bad_alloc.
 bool IsKnownHost(const std::string& host, const AccessRules& rules);
 
-// Headers that every answer has: those for the page that asked, against guesses of browsers, and a
-// policy under which nothing in it runs, unless it has a policy of its own.
+// Headers that every answer has: those for the page that asked, against guesses of browsers, a
+// policy under which nothing in it runs, unless it has a policy of its own, and below /openscoring
+// one that its clients look for.
 // [any thread] Fails: std::bad_alloc.
 void AddCommonHeaders(const RequestHead& head, const AccessRules& rules, Answer& answer);
 
