@@ -26,7 +26,8 @@ void AppendWhole(std::string& out, long number) {
 
 class Csv : public RowFormat {
  public:
-  explicit Csv(std::vector<std::string> names) : names_(std::move(names)) {}
+  Csv(std::vector<std::string> names, char delimiter)
+      : names_(std::move(names)), delimiter_(delimiter), special_{delimiter, '"', '\r', '\n'} {}
 
   void Header(std::string& out) const override {
     for (std::size_t i = 0; i < names_.size(); ++i) {
@@ -36,11 +37,11 @@ class Csv : public RowFormat {
     EndRow(out);
   }
   void Begin(std::string& out, std::size_t column) const override {
-    if (column > 0) out += ',';
+    if (column > 0) out += delimiter_;
   }
   void Empty(std::string&) const override {}
   void Text(std::string& out, std::string_view text) const override {
-    if (text.find_first_of(",\"\r\n") == std::string_view::npos) {
+    if (text.find_first_of({special_.data(), special_.size()}) == std::string_view::npos) {
       out += text;
       return;
     }
@@ -57,6 +58,8 @@ class Csv : public RowFormat {
 
  private:
   std::vector<std::string> names_;
+  char delimiter_;
+  std::array<char, 4> special_;  // what is written in quotation marks
 };
 
 class JsonLines : public RowFormat {
@@ -89,8 +92,8 @@ class JsonLines : public RowFormat {
 
 }  // namespace
 
-std::unique_ptr<RowFormat> CsvFormat(std::vector<std::string> names) {
-  return std::make_unique<Csv>(std::move(names));
+std::unique_ptr<RowFormat> CsvFormat(std::vector<std::string> names, char delimiter) {
+  return std::make_unique<Csv>(std::move(names), delimiter);
 }
 
 std::unique_ptr<RowFormat> JsonLinesFormat(const std::vector<std::string>& names) {

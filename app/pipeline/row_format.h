@@ -26,8 +26,9 @@ class RowFormat {
   virtual void EndRow(std::string& out) const = 0;
 };
 
-// RFC 4180 with LF at the end of rows; a cell is quoted only where it must be.
-std::unique_ptr<RowFormat> CsvFormat(std::vector<std::string> names);
+// RFC 4180 with LF at the end of rows, and perhaps another delimiter; a cell is quoted only where
+// it must be.
+std::unique_ptr<RowFormat> CsvFormat(std::vector<std::string> names, char delimiter = ',');
 // An empty cell is null. So is a number that is not finite, for which JSON has no spelling.
 std::unique_ptr<RowFormat> JsonLinesFormat(const std::vector<std::string>& names);
 

@@ -37,10 +37,13 @@ bool IsSet(const std::string& query, const char* name) {
   throw BadRequest(400, fmt::format("{} is neither true nor false", name));
 }
 
+// Who gives the delimiter by this name, as clients of Openscoring do, reads the answer by it, too.
+constexpr const char* kDelimiterOfBoth = "delimiterChar";
+
 TableOptions OptionsIn(const std::string& query) {
   TableOptions options;
   std::string delimiter = serve::QueryValue(query, "delimiter");
-  if (delimiter.empty()) delimiter = serve::QueryValue(query, "delimiterChar");
+  if (delimiter.empty()) delimiter = serve::QueryValue(query, kDelimiterOfBoth);
   const std::string quote = serve::QueryValue(query, "quoteChar");
   if (!quote.empty() && quote != "\"") {
     throw BadRequest(400, "quoteChar: cells are quoted by \" alone");
@@ -72,8 +75,9 @@ int FileOf(const std::string& bytes) {
   return descriptor;
 }
 
-ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, bool reasons,
+ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, const std::string& query,
                    RowBlocks& input) {
+  const bool reasons = IsSet(query, "reasons");
   const LoadedModel& loaded = model.Loaded();
   ScoringPlan plan;
   plan.model = loaded.model.get();
@@ -94,7 +98,8 @@ ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, bool r
   plan.writes_reasons = reasons;
   std::vector<std::string> names;
   for (const auto& column : plan.results) names.push_back(column->Name());
-  plan.format = CsvFormat(std::move(names));
+  const bool both = !serve::QueryValue(query, kDelimiterOfBoth).empty();
+  plan.format = CsvFormat(std::move(names), both ? options.delimiter : ',');
   return plan;
 }
 
@@ -143,11 +148,10 @@ class TableRun {
 std::string ScoreTable(const ServedModel& model, const std::string& table, const std::string& query,
                        const TableBounds& bounds, serve::RowCounts& counts) {
   const TableOptions options = OptionsIn(query);
-  const bool reasons = IsSet(query, "reasons");
   try {
     InputFile file(FileOf(table), kTableName);
     RowBlocks input(file, options.Rows({}));
-    const ScoringPlan plan = PlanOf(model, options, reasons, input);
+    const ScoringPlan plan = PlanOf(model, options, query, input);
     TableRun run(plan, bounds);
     CaseBlock block;
     while (input.Next(block.rows)) run.Take(block);

@@ -18,8 +18,8 @@ struct TableBounds {
 };
 
 // What `svmscore score` writes for the table. The query may set delimiter, decimalComma,
-// missingToken and reasons, as the options of these names. [any thread] Fails: BadRequest, with
-// nothing scored; std::bad_alloc.
+// missingToken and reasons, as the options of these names, and by delimiterChar the delimiter of
+// both tables. [any thread] Fails: BadRequest, with nothing scored; std::bad_alloc.
 std::string ScoreTable(const serve::ServedModel& model, const std::string& table,
                        const std::string& query, const TableBounds& bounds,
                        serve::RowCounts& counts);

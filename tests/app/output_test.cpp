@@ -33,6 +33,8 @@ TEST(CsvFormat, QuotesOnlyWhatNeedsIt) {
   const auto format = CsvFormat({"a", "b,c", "d"});
   EXPECT_EQ(RowOf(*format, "x y", 0.1), "a,\"b,c\",d\nx y,0.1,\n");
   EXPECT_EQ(RowOf(*format, "say \"x\"\r", -0.0), "a,\"b,c\",d\n\"say \"\"x\"\"\r\",-0,\n");
+  EXPECT_EQ(RowOf(*CsvFormat({"a", "b,c", "d"}, '\t'), "x\ty", 0.1),
+            "a\tb,c\td\n\"x\ty\"\t0.1\t\n");
 }
 
 TEST(JsonLinesFormat, IsJsonForEveryText) {
