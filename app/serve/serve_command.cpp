@@ -232,7 +232,7 @@ ExitStatus ServeCommand::Run() {
   serve::ModelStore store;
   serve::Metrics metrics;
   ModelKeeper keeper(Keeper(), store, metrics, log);
-  const TableBounds bounds{options.most_rows, options.most_body, options.most_answer};
+  const TableBounds bounds{options.most_rows, options.most_body, options.most_answer, limits_};
   const Page page = MakePage(PageFiles());
   serve::Service service(
       store, metrics,

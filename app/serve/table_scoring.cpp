@@ -76,12 +76,12 @@ int FileOf(const std::string& bytes) {
 }
 
 ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, const std::string& query,
-                   RowBlocks& input) {
+                   const Limits& limits, RowBlocks& input) {
   const bool reasons = IsSet(query, "reasons");
   const LoadedModel& loaded = model.Loaded();
   ScoringPlan plan;
   plan.model = loaded.model.get();
-  plan.rows = options.Rows({});
+  plan.rows = options.Rows(limits);
   RowBlock header;
   plan.columns = tools::MatchColumns(ReadColumnNames(input, plan.rows, kTableName, header), loaded,
                                      {}, kTableName);
@@ -150,8 +150,8 @@ std::string ScoreTable(const ServedModel& model, const std::string& table, const
   const TableOptions options = OptionsIn(query);
   try {
     InputFile file(FileOf(table), kTableName);
-    RowBlocks input(file, options.Rows({}));
-    const ScoringPlan plan = PlanOf(model, options, query, input);
+    RowBlocks input(file, options.Rows(bounds.limits));
+    const ScoringPlan plan = PlanOf(model, options, query, bounds.limits, input);
     TableRun run(plan, bounds);
     CaseBlock block;
     while (input.Next(block.rows)) run.Take(block);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 
+#include "host/xml/limits.h"
 #include "tools/serve/row_run.h"
 #include "tools/serve/served_model.h"
 
@@ -15,6 +16,7 @@ struct TableBounds {
   std::size_t rows = 0;
   std::size_t bytes = 0;
   std::size_t answer = static_cast<std::size_t>(-1);  // bytes
+  Limits limits = {};                                 // of rows and cells
 };
 
 // What `svmscore score` writes for the table. The query may set delimiter, decimalComma,

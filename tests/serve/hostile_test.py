@@ -246,12 +246,15 @@ class Hostile(unittest.TestCase):
         batch = b'{"requests":[%s{}]}' % (rows * b"{},")
         table = b"sepal_length,sepal_width,petal_length,petal_width\n" + rows * b"1,2,3,4\n"
         tensor = {"name": "x", "datatype": "FP64", "shape": [rows], "data": rows * [1]}
-        with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml", "--max-answer", 1) as service:
+        with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml", "--max-answer", 1,
+                     "--limit", "cell-length=20") as service:
             for path, body, headers in ((PATH + "/batch", batch, JSON), (PATH + "/csv", table, CSV),
                                         (INFER, json.dumps({"inputs": [tensor]}), JSON)):
                 status, _, text = service.ask("POST", path, body, headers)
                 self.assertEqual(413, status)
                 self.assertIn(b"fewer rows", text)
+            status, _, text = service.ask("POST", PATH + "/csv", table[:50] + b"1,2,3,%s\n" % (21 * b"4"), CSV)
+            self.assertEqual((400, True), (status, b"cell-length" in text), text)
             few = json.dumps({"inputs": [tensor], "outputs": [{"name": "status"}]})
             self.assertEqual(200, service.ask("POST", INFER, few, JSON)[0])
 
