@@ -41,9 +41,9 @@ struct Served {
       store,
       metrics,
       {{kMostRows},
-       [](const serve::ServedModel& model, std::string& table, const std::string& query,
+       [](const serve::ServedModel& model, std::string& table, const serve::Route& route,
           serve::RowCounts& rows) {
-         return app::ScoreTable(model, table, query, {kMostRows, kMostBody}, rows);
+         return app::ScoreTable(model, table, route, {kMostRows, kMostBody}, rows);
        },
        "<!doctype html>",
        "default-src 'none'"}};

@@ -237,8 +237,8 @@ ExitStatus ServeCommand::Run() {
   serve::Service service(
       store, metrics,
       {{options.most_rows, options.most_answer},
-       [&bounds](const serve::ServedModel& model, std::string& table, const std::string& query,
-                 serve::RowCounts& rows) { return ScoreTable(model, table, query, bounds, rows); },
+       [&bounds](const serve::ServedModel& model, std::string& table, const serve::Route& route,
+                 serve::RowCounts& rows) { return ScoreTable(model, table, route, bounds, rows); },
        page.html,
        page.content_security_policy});
   Server server({options, service, metrics, keeper, log});

@@ -1,5 +1,6 @@
 #include "app/serve/table_scoring.h"
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -75,16 +76,28 @@ int FileOf(const std::string& bytes) {
   return descriptor;
 }
 
-ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, const std::string& query,
+// The first column, where it only names the rows.
+std::vector<std::string> RowNames(const std::vector<std::string_view>& header,
+                                  const ServedModel& model) {
+  const std::string_view first = header.empty() ? std::string_view() : header.front();
+  const bool names = first.size() == 2 && (first[0] | 0x20) == 'i' && (first[1] | 0x20) == 'd' &&
+                     model.FindInput(first) == ServedModel::kNoInput &&
+                     std::count(header.begin(), header.end(), first) == 1;
+  return names ? std::vector<std::string>{std::string(first)} : std::vector<std::string>();
+}
+
+ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, const serve::Route& route,
                    const Limits& limits, RowBlocks& input) {
-  const bool reasons = IsSet(query, "reasons");
+  const bool reasons = IsSet(route.query, "reasons");
   const LoadedModel& loaded = model.Loaded();
   ScoringPlan plan;
   plan.model = loaded.model.get();
   plan.rows = options.Rows(limits);
   RowBlock header;
-  plan.columns = tools::MatchColumns(ReadColumnNames(input, plan.rows, kTableName, header), loaded,
-                                     {}, kTableName);
+  const std::vector<std::string_view> given = ReadColumnNames(input, plan.rows, kTableName, header);
+  std::vector<std::string> names =
+      route.openscoring ? RowNames(given, model) : std::vector<std::string>();
+  plan.columns = tools::MatchColumns(given, loaded, names, kTableName);
   plan.cells = options.Cells();
   plan.replace_missing = model.Plan().replaces_missing;
   plan.output = loaded.output.get();
@@ -96,9 +109,8 @@ ScoringPlan PlanOf(const ServedModel& model, const TableOptions& options, const 
     plan.examiner = std::make_unique<reasons::CaseExaminer>(loaded, plan.columns.variables);
   }
   plan.writes_reasons = reasons;
-  std::vector<std::string> names;
   for (const auto& column : plan.results) names.push_back(column->Name());
-  const bool both = !serve::QueryValue(query, kDelimiterOfBoth).empty();
+  const bool both = !serve::QueryValue(route.query, kDelimiterOfBoth).empty();
   plan.format = CsvFormat(std::move(names), both ? options.delimiter : ',');
   return plan;
 }
@@ -145,13 +157,14 @@ class TableRun {
 
 }  // namespace
 
-std::string ScoreTable(const ServedModel& model, const std::string& table, const std::string& query,
-                       const TableBounds& bounds, serve::RowCounts& counts) {
-  const TableOptions options = OptionsIn(query);
+std::string ScoreTable(const ServedModel& model, const std::string& table,
+                       const serve::Route& route, const TableBounds& bounds,
+                       serve::RowCounts& counts) {
+  const TableOptions options = OptionsIn(route.query);
   try {
     InputFile file(FileOf(table), kTableName);
     RowBlocks input(file, options.Rows(bounds.limits));
-    const ScoringPlan plan = PlanOf(model, options, query, bounds.limits, input);
+    const ScoringPlan plan = PlanOf(model, options, route, bounds.limits, input);
     TableRun run(plan, bounds);
     CaseBlock block;
     while (input.Next(block.rows)) run.Take(block);

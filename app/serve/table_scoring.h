@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/xml/limits.h"
+#include "tools/serve/route.h"
 #include "tools/serve/row_run.h"
 #include "tools/serve/served_model.h"
 
@@ -21,9 +22,10 @@ struct TableBounds {
 
 // What `svmscore score` writes for the table. The query may set delimiter, decimalComma,
 // missingToken and reasons, as the options of these names, and by delimiterChar the delimiter of
-// both tables. [any thread] Fails: BadRequest, with nothing scored; std::bad_alloc.
+// both tables. Below /openscoring a first column "Id", in any case, that is no input of the model
+// is copied. [any thread] Fails: BadRequest, with nothing scored; std::bad_alloc.
 std::string ScoreTable(const serve::ServedModel& model, const std::string& table,
-                       const std::string& query, const TableBounds& bounds,
+                       const serve::Route& route, const TableBounds& bounds,
                        serve::RowCounts& counts);
 
 }  // namespace svmscore::app

@@ -137,11 +137,11 @@ class Models(unittest.TestCase):
                 self.assertEqual((wanted, ["id", "miningFunction", "properties", "schema", "summary"]),
                                  (status, sorted(json.loads(text))))
                 self.assertRegex(headers["X-Application"], "^Openscoring/2[.]0")
-            table = b"sepal_length\tsepal_width\tpetal_length\tpetal_width\n5.6\t2.8\t4.9\t2\n"
+            table = b"ID\tsepal_length\tsepal_width\tpetal_length\tpetal_width\nx\t5.6\t2.8\t4.9\t2\n"
             path = "/openscoring/model/a/csv?delimiterChar=%09&quoteChar=%22"
             scored = service.ask("POST", path, table, {"Content-Type": "text/plain"})[2].decode()
-            self.assertEqual([("prediction", "status"), ("virginica", "0")],
-                             [tuple(line.split("\t")[::5]) for line in scored.splitlines()])
+            self.assertEqual([("ID", "prediction", "status"), ("x", "virginica", "0")],
+                             [(*line.split("\t")[:2], line.split("\t")[6]) for line in scored.splitlines()])
             self.assertRegex(service.ask("GET", "/openscoring/model/b")[1]["X-Application"], "^Openscoring/2[.]0")
             self.assertIsNone(service.ask("GET", "/model/a")[1]["X-Application"])
 

@@ -131,7 +131,8 @@ Route RouteOf(std::string_view target) {
   if (end != std::string_view::npos) route.query = target.substr(end + 1);
   if (path.empty() || path.front() != '/') return route;
   constexpr std::string_view kPrefix = "/openscoring";
-  if (path.starts_with("/openscoring/model")) path.remove_prefix(kPrefix.size());
+  route.openscoring = path.starts_with("/openscoring/model");
+  if (route.openscoring) path.remove_prefix(kPrefix.size());
   if (path.size() > 2 && path.back() == '/') path.remove_suffix(1);
   route.protocol = path == "/v2" || path.starts_with("/v2/");
   for (const Known& known : kKnown) {

@@ -32,7 +32,8 @@ struct Route {
   Resource resource = Resource::kUnknown;
   std::string id;  // of the model; empty for other resources
   std::string query;
-  bool protocol = false;  // below /v2, where errors are told otherwise
+  bool protocol = false;     // below /v2, where errors are told otherwise
+  bool openscoring = false;  // below /openscoring, where tables may name their rows
 
   // The path with {id} in place of the id: one of a few texts. Lives: as long as the process.
   std::string_view Name() const;

@@ -179,7 +179,7 @@ void Service::Score(const Route& route, const ServedModel& model, std::string& b
       answer.body = Infer(model, body, parts_.bounds, answer.rows);
       break;
     default:
-      answer.body = parts_.tables(model, body, route.query, answer.rows);
+      answer.body = parts_.tables(model, body, route, answer.rows);
       answer.content_type = "text/csv; charset=utf-8";
       break;
   }

@@ -19,7 +19,7 @@ namespace svmscore::serve {
 
 // Scores a table as svmscore score does. Fails: BadRequest; std::bad_alloc.
 using TableScorer = std::function<std::string(const ServedModel& model, std::string& table,
-                                              const std::string& query, RowCounts& rows)>;
+                                              const Route& route, RowCounts& rows)>;
 
 // What the service has beside the models.
 struct ServiceParts {
