@@ -5,6 +5,7 @@ Usage: scores_test.py PROGRAM EXAMPLES
 import csv
 import io
 import json
+import re
 import sys
 import unittest
 from pathlib import Path
@@ -15,20 +16,23 @@ PROGRAM, EXAMPLES = sys.argv[1], Path(sys.argv[2])
 CASES = sorted(folder for folder in EXAMPLES.iterdir() if (folder / "cases.csv").exists())
 # Rows of each example.
 MOST = 300
+FAULTY = ("", "NA", "x", "1e999", "-0", " 1", "1.0", "true")
+NUMBERS = ("-0", "1e999", "1e-5")  # cells of tables that are numbers in JSON, too
+NUMBER = r"-?(?:0|[1-9][0-9]*)(?:[.][0-9]+)?(?:e[+-]?[0-9]+)?"
 
 
 def document(folder):
     return next(iter(sorted(folder.glob("model.pmml*"))))
 
 
-def table(folder):
-    """The header and the first rows, and the same with faulty cells."""
+def table(folder, odd=FAULTY):
+    """The header and the first rows, and the same with odd cells."""
     with open(folder / "cases.csv", encoding="utf-8", newline="") as file:
         rows = list(csv.reader(file))[: MOST + 1]
     header, rows = rows[0], rows[1:]
     broken = [list(row) for row in rows[:20]]
     for number, row in enumerate(broken):
-        row[number % len(row)] = ["", "NA", "x", "1e999", "-0", " 1", "1.0", "true"][number % 8]
+        row[number % len(row)] = odd[number % len(odd)]
     return header, rows + broken
 
 
@@ -72,9 +76,9 @@ class Scores(unittest.TestCase):
         assert cls.service.end() == 0
         cls.service.__exit__()
 
-    def check(self, folder, answers):
+    def check(self, folder, odd, answers):
         """`answers(header, rows)` gives dictionaries of spellings, one for each row."""
-        header, rows = table(folder)
+        header, rows = table(folder, odd)
         path = Path(self.id() + ".csv")
         path.write_bytes(as_csv(header, rows))
         expected = list(csv.DictReader(io.StringIO(score(PROGRAM, document(folder), path).decode())))
@@ -89,12 +93,18 @@ class Scores(unittest.TestCase):
     def each(self, answers):
         self.assertGreater(len(CASES), 3)
         for folder in CASES:
-            with self.subTest(folder.name):
-                self.check(folder, lambda header, rows, name=folder.name: answers(name, header, rows))
+            for numbers in (False, True):
+                with self.subTest(folder.name, numbers=numbers):
+                    self.check(folder, NUMBERS if numbers else FAULTY,
+                               lambda header, rows, name=folder.name, numbers=numbers:
+                               answers(name, header, rows, numbers))
 
-    def post(self, path, value):
-        status, _, text = self.service.ask("POST", path, json.dumps(value),
-                                           {"Content-Type": "application/json"})
+    def post(self, path, value, numbers=False):
+        """With `numbers`, values whose texts are numbers are sent as numbers."""
+        body = json.dumps(value)
+        if numbers:
+            body = re.sub(f'"({NUMBER})"(?!:)', r"\1", body)
+        status, _, text = self.service.ask("POST", path, body, {"Content-Type": "application/json"})
         self.assertEqual(200, status, text)
         return cells(text)
 
@@ -118,11 +128,11 @@ class Scores(unittest.TestCase):
                         self.assertEqual(repr(one), repr(many["results"]))
 
     def test_batches(self):
-        def answers(name, header, rows):
+        def answers(name, header, rows, numbers):
             answer = self.post(f"/openscoring/model/{name}/batch", {
                 "id": "all",
                 "requests": [{"id": str(i), "arguments": dict(zip(header, row))}
-                             for i, row in enumerate(rows)]})
+                             for i, row in enumerate(rows)]}, numbers)
             self.assertEqual("all", answer["id"])
             self.assertEqual([str(i) for i in range(len(rows))], [one["id"] for one in answer["responses"]])
             return [{key: plain(value) for key, value in one["results"].items()}
@@ -131,11 +141,12 @@ class Scores(unittest.TestCase):
         self.each(answers)
 
     def test_tensors(self):
-        def answers(name, header, rows):
+        def answers(name, header, rows, numbers):
+            given = [i for i in range(len(header)) if not numbers or all(re.fullmatch(NUMBER, row[i]) for row in rows)]
             answer = self.post(f"/v2/models/{name}/infer", {
                 "id": "x",
-                "inputs": [{"name": column, "datatype": "BYTES", "shape": [len(rows), 1],
-                            "data": [row[i] for row in rows]} for i, column in enumerate(header)]})
+                "inputs": [{"name": header[i], "datatype": "FP64" if numbers else "BYTES",
+                            "shape": [len(rows), 1], "data": [row[i] for row in rows]} for i in given]}, numbers)
             self.assertEqual(("x", name, "1"),
                              (answer["id"], answer["model_name"], answer["model_version"]))
             columns = {}
