@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <new>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -41,6 +43,19 @@ constexpr std::uint64_t kProgress = 16384;
 // the answer is not lost to a reset.
 constexpr int kLingerSeconds = 2;
 constexpr std::size_t kMostThrownAway = std::size_t{1} << 20;
+
+// What the parser takes of the bytes. It throws at a field of 64 KiB, which a head may have by the
+// options, and the end of chunks by its room in the buffer.
+template <typename Parser>
+std::size_t PutInto(Parser& parser, asio::const_buffer bytes, boost::beast::error_code& error) try {
+  return parser.put(bytes, error);
+} catch (const std::length_error&) {
+  error = http::error::header_limit;
+  return 0;
+} catch (const std::bad_alloc&) {
+  error = http::error::buffer_overflow;
+  return 0;
+}
 
 }  // namespace
 
@@ -148,6 +163,7 @@ void Connection::NextRequest() {
   parser_->body_limit(std::numeric_limits<std::uint64_t>::max());
   parser_->get().body().Use(pool_.Shared().bodies);
   has_head_ = false;
+  head_size_ = 0;
   timed_ = false;
   head_ = {};
   head_.method = Method::kOther;
@@ -188,10 +204,12 @@ void Connection::Parse() {
       const std::size_t needs = parser_->get().body().Needs(buffer_.size());
       if (needs > 0) pool_.MakeMemory(pool_.Shared().bodies, needs);
       if (state_ != State::kReading) return;
-      const std::size_t count = parser_->put(buffer_.data(), error);
-      // The parser takes all headers at once.
+      const std::size_t count = PutInto(*parser_, buffer_.data(), error);
+      // The parser takes a header as a whole, but not all at once, and does not add them up.
       folds = !has_head_ && IsFolded({static_cast<const char*>(buffer_.data().data()), count});
       buffer_.consume(count);
+      if (!has_head_) head_size_ += count;
+      if (head_size_ > pool_.Shared().server.options.most_head) error = http::error::header_limit;
     } else {
       error = http::error::need_more;
     }

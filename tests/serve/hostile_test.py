@@ -110,11 +110,23 @@ class Hostile(unittest.TestCase):
                 ("a long target", b"GET /" + 5000 * b"a" + b" HTTP/1.1\r\nHost: localhost\r\n\r\n", [414]),
                 ("an endless header", get[:-4] + b"X: " + 100_000 * b"a", [431]),
                 ("a million headers", get[:-4] + 1_000_000 * b"a: b\r\n", [431]),
+                ("a trailer beyond the parser", chunked % b"" + chunks[:-2] + b"X: %s\r\n\r\n" % (70_000 * b"a"), [431]),
                 ("an expectation", post(CASE, b"Expect: 100-continue\r\n" + close), [100, 200]),
                 ("a refused expectation", post(CASE, b"Expect: 100-continue\r\n", "/nowhere"), [404]),
                 ("another expectation", post(CASE, b"Expect: miracles\r\n"), [417])):
             with self.subTest(name):
                 self.assertEqual(wanted, self.statuses(data))
+
+    def test_headers_that_end_one_byte_into_a_piece(self):
+        """So that the parser never has to wait for the rest of one."""
+        with contextlib.closing(self.service.socket(30)) as connection:
+            connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+            with contextlib.suppress(ConnectionError):
+                connection.sendall(b"GET / HTTP/1.1\r\nHost: localhost\r\na")
+                for _ in range(100):
+                    time.sleep(0.005)
+                    connection.sendall(100 * b":\r\na")
+            self.assertTrue(connection.recv(1000).startswith(b"HTTP/1.1 431 "))
 
     def test_what_is_refused(self):
         zeros = gzip.compress(bytes(64 << 20))
