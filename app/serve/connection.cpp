@@ -163,6 +163,7 @@ void Connection::NextRequest() {
   parser_->body_limit(std::numeric_limits<std::uint64_t>::max());
   parser_->get().body().Use(pool_.Shared().bodies);
   has_head_ = false;
+  is_clear_ = false;
   head_size_ = 0;
   timed_ = false;
   head_ = {};
@@ -249,13 +250,17 @@ std::optional<Answer> Connection::TakeHead() {
   head_ = ReadHead(request);
   route_ = serve::RouteOf(head_.target);
   request_id_ = RequestId(TextOf(request["X-Request-Id"]), pool_.Shared().requests);
-  if (request.count("Host") == 0) head_.host = options.address;
+  if (request.count("Host") == 0) {
+    const bool plain = options.address.find(':') == std::string::npos;
+    head_.host = plain ? options.address : "[" + options.address + "]";
+  }
   const auto refuse = [this](unsigned status, const char* what) {
     return serve::ErrorAnswer(route_, status, what);
   };
   if (const std::optional<HeadFault> fault = FaultOf(request)) {
     return refuse(fault->status, fault->what);
   }
+  is_clear_ = true;
   if (std::optional<Answer> answer = serve::CheckHead(head_, route_, options.access)) return answer;
   const bool upload = head_.method == Method::kPut;
   if ((upload || head_.method == Method::kPost) && !HasBody(request)) {
@@ -265,7 +270,8 @@ std::optional<Answer> Connection::TakeHead() {
   if (parser_->content_length().value_or(0) > most) return refuse(413, "the body is too long");
   parser_->body_limit(most);
   const std::string expected = TextOf(request["Expect"]);
-  if (expected.empty() || parser_->is_done()) return std::nullopt;
+  const bool old = request.version() < 11;  // and expects nothing, whatever it says
+  if (expected.empty() || old || parser_->is_done()) return std::nullopt;
   if (!boost::beast::iequals(expected, "100-continue")) {
     return refuse(417, "the request expects something else than 100-continue");
   }
@@ -339,7 +345,7 @@ void Connection::Send(Answer answer) {
   if (!socket_.is_open()) return;
   SharedParts& shared = pool_.Shared();
   if (request_id_.empty()) request_id_ = RequestId({}, shared.requests);
-  const bool whole = parser_ && parser_->is_done();
+  const bool whole = parser_ && parser_->is_done() && is_clear_;
   keeps_alive_ = whole && parser_->keep_alive() && !shared.drains;
   const bool bodiless = head_.method == Method::kHead;
   if (!bodiless && answer.body.size() > kSmall &&

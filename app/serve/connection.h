@@ -81,6 +81,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::optional<Parser> parser_;
   bool timed_ = false;  // the request at hand has begun, and its time runs
   bool has_head_ = false;
+  bool is_clear_ = false;        // where the request at hand ends
   std::size_t head_size_ = 0;    // bytes of the head that the parser has taken
   std::size_t thrown_away_ = 0;  // bytes that came after the last answer
 

@@ -111,11 +111,17 @@ class Hostile(unittest.TestCase):
                 ("an endless header", get[:-4] + b"X: " + 100_000 * b"a", [431]),
                 ("a million headers", get[:-4] + 1_000_000 * b"a: b\r\n", [431]),
                 ("a trailer beyond the parser", chunked % b"" + chunks[:-2] + b"X: %s\r\n\r\n" % (70_000 * b"a"), [431]),
+                ("an expectation of HTTP/1.0", post(CASE, b"Expect: 100-continue\r\n").replace(b"1.1", b"1.0", 1), [200]),
                 ("an expectation", post(CASE, b"Expect: 100-continue\r\n" + close), [100, 200]),
                 ("a refused expectation", post(CASE, b"Expect: 100-continue\r\n", "/nowhere"), [404]),
                 ("another expectation", post(CASE, b"Expect: miracles\r\n"), [417])):
             with self.subTest(name):
                 self.assertEqual(wanted, self.statuses(data))
+        # Where a request is unclear about its end, what follows is not read as another one.
+        for unclear in (b"Transfer-Encoding: chunked, gzip", b"Transfer-Encoding: identity", b"X: a\r\n b", b"Host: localhost",
+                        b"Content-Length: 0\r\nContent-Length: 0", b"Content-Length:\r\n 0"):
+            with self.subTest(unclear):
+                self.assertEqual([400], self.statuses(get % (unclear + b"\r\n") + get % close))
 
     def test_headers_that_end_one_byte_into_a_piece(self):
         """So that the parser never has to wait for the rest of one."""
