@@ -181,6 +181,7 @@ Hint HintOfNumber(std::string_view text) {
   if (!IsUtf8(text)) return Hint::kEncoding;
   if (IsMissingWord(text)) return Hint::kMissingWord;
   const std::string seen = ReplaceInvisible(text, "");
+  const bool hides = seen != text;
   text = WithoutBlanks(text);
   if (text.empty()) return Hint::kMissingWord;
   if (const std::string hyphened = WithHyphen(text); IsSomeNumber(hyphened))
@@ -192,7 +193,7 @@ Hint HintOfNumber(std::string_view text) {
   const std::string_view apostrophe = PrefixAmong(kApostrophes, text);
   if (!apostrophe.empty() && IsSomeNumber(text.substr(apostrophe.size()))) return Hint::kApostrophe;
   if (const auto hint = HintOfGroups(text)) return *hint;
-  if (IsNumber(seen)) return Hint::kInvisible;
+  if (hides && IsNumber(seen)) return Hint::kInvisible;
   if (IsAmong(kTruthValues, text)) return Hint::kTruthValue;
   if (IsAmong(kFormulaErrors, text)) return Hint::kFormulaError;
   if (IsDate(text)) return Hint::kDate;

@@ -187,6 +187,9 @@ TEST(Reasons, SayWhatTheTextLooksLike) {
     EXPECT_THAT(RunProgram({"score", Data("line.pmml")}, "x\n" + text + "\n").err,
                 HasSubstr(remedy));
   }
+  const TemporaryFolder folder;
+  const std::string whole = WithInput(folder, "optype='continuous' dataType='integer'>", "");
+  EXPECT_THAT(RunProgram({"score", whole}, "x\n1.5\n").err, HasSubstr("is not a whole number\n"));
 }
 
 TEST(Reasons, SayWhatACategoryLooksLike) {
