@@ -145,6 +145,14 @@ class Models(unittest.TestCase):
             self.assertRegex(service.ask("GET", "/openscoring/model/b")[1]["X-Application"], "^Openscoring/2[.]0")
             self.assertIsNone(service.ask("GET", "/model/a")[1]["X-Application"])
 
+    def test_values_of_inputs_are_all_there_are(self):
+        three = (EXAMPLES.parent / "tests/app/data/three.pmml").read_bytes()
+        values = b'<Value value="red"/><Value value="blue"/>'
+        with self.serve("--allow-upload") as service:
+            for document, listed in ((three, ["red", "blue"]), (three.replace(values, b""), [])):
+                fields = json.loads(service.ask("PUT", "/model/a", document, XML)[2])["schema"]["inputFields"]
+                self.assertEqual([listed], [field["values"] for field in fields if field["id"] == "colour"])
+
     def problem(self, service, model):
         """As the metrics have it, for alarms."""
         text = service.ask("GET", "/metrics")[2].decode()

@@ -42,14 +42,14 @@ std::string IntervalText(const Interval& interval) {
   return text + (interval.right_closed ? "]" : ")");
 }
 
-// Categories, or else the intervals of numbers, as texts.
-void AppendValues(std::string& out, const ScoreDictVar& var) {
+// Categories, or else the intervals of numbers, as texts. `closed`: only where no others are valid.
+void AppendValues(std::string& out, const ScoreDictVar& var, bool closed) {
   out += ",\"values\":[";
   const auto add = [&out](std::string_view text) {
     if (out.back() != '[') out += ',';
     AppendJsonString(out, text);
   };
-  if (var.GetTypeCode() != 0) {
+  if (var.GetTypeCode() != 0 && !(closed && var.DeclaresNoValues())) {
     for (const auto* category : var.GetCategories()) add(category->GetText());
   }
   for (const Interval& interval : var.GetIntervals()) add(IntervalText(interval));
@@ -68,7 +68,7 @@ void AppendValues(std::string& out, const ScoreDictVar& var) {
   out += ']';
 }
 
-void AppendVariable(std::string& out, const ScoreDictVar& var) {
+void AppendVariable(std::string& out, const ScoreDictVar& var, bool closed) {
   constexpr std::array<std::string_view, 4> kOpTypes = {"continuous", "ordinal", "cyclic",
                                                         "categorical"};
   if (out.back() != '[') out += ',';
@@ -76,12 +76,12 @@ void AppendVariable(std::string& out, const ScoreDictVar& var) {
   AppendMember(out, "id", var.GetName());
   AppendMember(out, "dataType", DataTypeName(var.GetFieldType().data));
   AppendMember(out, "opType", kOpTypes.at(static_cast<std::size_t>(var.GetTypeCode())));
-  AppendValues(out, var);
+  AppendValues(out, var, closed);
 }
 
 void AppendInput(std::string& out, const ServedModel& model, std::size_t input) {
   const ScoreDictVar& var = *model.Inputs()[input];
-  AppendVariable(out, var);
+  AppendVariable(out, var, true);
   out += fmt::format(",\"needed\":{}", input < model.Loaded().needed.size());
   if (const auto* replacement = var.GetMissingReplacement()) {
     AppendMember(out, "missingValueReplacement", replacement->GetText());
@@ -104,7 +104,7 @@ void AppendSchema(std::string& out, const ServedModel& model) {
   out += ",\"schema\":{\"inputFields\":[";
   for (std::size_t i = 0; i < model.Inputs().size(); ++i) AppendInput(out, model, i);
   out += "],\"targetFields\":[";
-  AppendVariable(out, *model.Loaded().model->GetTargetVar());
+  AppendVariable(out, *model.Loaded().model->GetTargetVar(), false);
   out += "}],\"outputFields\":[";
   for (const auto& column : model.Plan().results) AppendOutput(out, *column);
   out += "]}";
