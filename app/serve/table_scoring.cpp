@@ -1,6 +1,7 @@
 #include "app/serve/table_scoring.h"
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -21,6 +22,7 @@
 #include "tools/base/bad_input.h"
 #include "tools/base/case_columns.h"
 #include "tools/serve/case_requests.h"
+#include "tools/serve/content.h"
 #include "tools/serve/route.h"
 
 namespace svmscore::app {
@@ -122,10 +124,6 @@ class TableRun {
   }
 
   void Take(CaseBlock& block) {
-    bytes_ += block.rows.text.size();
-    if (bytes_ > bounds_.bytes) {
-      throw BadRequest(413, fmt::format("the table has more than {} bytes", bounds_.bytes));
-    }
     scorer_.Work(block);
     Keep(block);
     while (!block.done) {
@@ -152,7 +150,6 @@ class TableRun {
   CaseScorer scorer_;
   std::string out_;
   Tally total_;
-  std::size_t bytes_ = 0;
 };
 
 }  // namespace
@@ -162,7 +159,9 @@ std::string ScoreTable(const ServedModel& model, const std::string& table,
                        serve::RowCounts& counts) {
   const TableOptions options = OptionsIn(route.query);
   try {
-    InputFile file(FileOf(table), kTableName);
+    // Also of rows and lines that are passed over: a few bytes may hold billions of blank lines.
+    const std::optional<std::string> unpacked = serve::Unpacked(table, bounds.bytes);
+    InputFile file(FileOf(unpacked ? *unpacked : table), kTableName);
     RowBlocks input(file, options.Rows(bounds.limits));
     const ScoringPlan plan = PlanOf(model, options, route, bounds.limits, input);
     TableRun run(plan, bounds);

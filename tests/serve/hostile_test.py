@@ -237,6 +237,12 @@ class Hostile(unittest.TestCase):
                 self.assertEqual(wanted, status, (datatype, value))
                 if status == 400:
                     self.assertEqual(f"input sepal_length: element 2 is no value of the data type {datatype}", answer["error"])
+        # A number beyond single precision is no number, as one beyond double precision.
+        names = ("sepal_length", "sepal_width", "petal_length", "petal_width")
+        for datatype, large in (("FP32", "1e39"), ("FP32", "-1e39"), ("FP32", "1e999"), ("FP64", "1e999")):
+            tensors = [{**column, "name": name, "datatype": datatype, "data": [1, 0]} for name in names]
+            text = json.dumps({"inputs": tensors, "outputs": [{"name": "status"}]}).replace("[1, 0]", f"[1, {large}]")
+            self.assertIn(b"[0,90027]", self.service.ask("POST", INFER, text, JSON)[2], (datatype, large))
         body = {"inputs": [{**column, "data": [None, 5]}], "outputs": [{"name": "status"}, {"name": "reason"}]}
         status, answer = self.service.json("POST", INFER, body)
         self.assertEqual((200, ["status", "reason"]), (status, [one["name"] for one in answer["outputs"]]))
@@ -255,7 +261,8 @@ class Hostile(unittest.TestCase):
                 (head, "", 200), (head + b"x,,NA,4\n", "", 200), (head.replace(b",", b";") + b"1,5;2;3;4\n", "?delimiter=%3B&decimalComma=true", 200),
                 (head, "?delimiter=ab", 400), (head, "?quoteChar='", 400),
                 (head.replace(b",", b";") + b"1;2;3;4\n", "?delimiterChar=%3B&quoteChar=%22", 200), (head, "?reasons=x", 400), (head + b"-,2,3,4\n", "?reasons=true&missingToken=-", 200),
-                (gzip.compress(head + b"1,2,3,4\n"), "", 200)):
+                (gzip.compress(head + b"1,2,3,4\n"), "", 200), (gzip.compress(gzip.compress(head)), "", 400),
+                (gzip.compress(head)[:-4], "", 400), (gzip.compress((4 << 20) * b"\n"), "", 413)):
             with self.subTest(f"{body[:60]}{query}"):
                 self.assertEqual(wanted, self.service.ask("POST", path + query, body, CSV)[0])
 
