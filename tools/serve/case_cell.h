@@ -45,13 +45,15 @@ class CaseCell {
            const tools::CellRules& rules) const;
   tools::GivenText Given(const MCZandor_850::ScoreDictVar& var,
                          const tools::CellRules& rules) const;
-  // Whether it is a number that a double holds exactly, and that is no value beside others; then
-  // that is `number`.
+  // Whether it is a finite number that a double holds exactly, and that is no value beside others;
+  // then that is `number`.
   bool IsNumber(double& number) const {
     constexpr std::int64_t kExact = std::int64_t{1} << 53;
     if (kind_ == Kind::kNumber) {
       number = number_;
-      return number > std::numeric_limits<double>::lowest();  // which means missing
+      // The lowest one means missing.
+      return number > std::numeric_limits<double>::lowest() &&
+             number <= std::numeric_limits<double>::max();
     }
     if (kind_ != Kind::kWhole || whole_ > kExact || whole_ < -kExact) return false;
     number = static_cast<double>(whole_);
