@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <sys/stat.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -158,6 +160,9 @@ TEST(ModelFiles, AreStoredWholeAndCleanedUp) {
   EXPECT_EQ(FilesIn(folder).at("a").mark, stored.mark);
   EXPECT_EQ(ReadFile(stored.path, 3), "one");
   EXPECT_THROW(ReadFile(stored.path, 2), FileFault);
+  const std::string pipe = folder + "/pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
+  EXPECT_THROW(ReadFile(pipe, 3), FileFault);  // and nobody waits for a writer
   EXPECT_NE(StoreFile(folder, "a", "two").mark, stored.mark);
   std::filesystem::copy_file(stored.path, folder + "/a.gz.xml");
   std::filesystem::copy_file(stored.path, folder + "/.unfinished-123456");

@@ -28,6 +28,10 @@ constexpr std::string_view kUnfinished = ".unfinished-";
   throw FileFault(fmt::format("cannot {} {}: {}", what, path, tools::ErrorText(error)));
 }
 
+[[noreturn]] void RefuseLong(const std::string& path, std::size_t most) {
+  throw FileFault(fmt::format("{} has more than {} bytes", path, most));
+}
+
 // A descriptor that is closed at the end.
 class Descriptor {
  public:
@@ -133,9 +137,15 @@ FileMark MarkOf(const std::string& path) {
 }
 
 std::string ReadFile(const std::string& path, std::size_t most) {
-  const Descriptor descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
-  if (descriptor.Get() < 0) Fail("read", path, errno);
+  // Whatever has taken the place of a file that was looked at, nothing waits for it.
+  const Descriptor descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat about {};
+  if (descriptor.Get() < 0 || fstat(descriptor.Get(), &about) != 0) Fail("read", path, errno);
+  if (!S_ISREG(about.st_mode)) throw FileFault(path + " is no regular file");
+  const auto size = static_cast<std::uint64_t>(about.st_size);
+  if (size > most) RefuseLong(path, most);
   std::string bytes;
+  bytes.reserve(size);
   std::array<char, 65536> chunk;
   while (true) {
     const ssize_t count = read(descriptor.Get(), chunk.data(), chunk.size());
@@ -143,9 +153,7 @@ std::string ReadFile(const std::string& path, std::size_t most) {
     if (count < 0) Fail("read", path, errno);
     if (count == 0) return bytes;
     bytes.append(chunk.data(), static_cast<std::size_t>(count));
-    if (bytes.size() > most) {
-      throw FileFault(fmt::format("{} has more than {} bytes", path, most));
-    }
+    if (bytes.size() > most) RefuseLong(path, most);
   }
 }
 

@@ -16,7 +16,8 @@ std::vector<std::pair<std::string, StoredModel>> ModelStore::All() const {
 bool ModelStore::Put(std::unique_ptr<ServedModel> model) {
   const std::string id = model->Id();
   // The list has room before a model needs it, so that nothing fails when the last user is done.
-  SharedModel shared(model.get(), [retired = retired_](const ServedModel* unused) {
+  // Where there is no memory for the pointer, it frees the model itself.
+  SharedModel shared(model.release(), [retired = retired_](const ServedModel* unused) {
     std::unique_ptr<const ServedModel> owned(unused);
     const std::lock_guard lock(retired->mutex);
     try {
@@ -24,7 +25,6 @@ bool ModelStore::Put(std::unique_ptr<ServedModel> model) {
     } catch (const std::bad_alloc&) {  // freed here and now
     }
   });
-  static_cast<void>(model.release());
   const std::unique_lock lock(mutex_);
   StoredModel& stored = models_[id];
   if (stored.model != nullptr) shared->Touch(stored.model->Accessed());
