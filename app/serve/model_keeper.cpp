@@ -1,6 +1,7 @@
 #include "app/serve/model_keeper.h"
 
 #include <algorithm>
+#include <exception>
 #include <string_view>
 #include <utility>
 
@@ -30,6 +31,7 @@ constexpr int kRescan = 1000;  // milliseconds
 // A file that was changed no later than so long ago may still be written to.
 constexpr std::int64_t kSettling = 1000;  // milliseconds
 
+constexpr const char* kUnexpected = "it cannot be loaded; the log says why";
 constexpr const char* kUnreadable = "its file cannot be read; the log says why";
 
 // Without what is in the document: clients may ask what is wrong with a file that is none of
@@ -37,6 +39,18 @@ constexpr const char* kUnreadable = "its file cannot be read; the log says why";
 std::string ShortText(std::string_view why) {
   const std::size_t end = std::min({why.find(": "), why.find('"'), why.find(" '"), why.size()});
   return fmt::format("{}; the log says more", why.substr(0, end));
+}
+
+// Of the exception at hand, one that no document is known to cause. Where its memory runs out, the
+// parser throws what is none of the standard's.
+std::string UnexpectedText() {
+  try {
+    throw;
+  } catch (const std::exception& error) {
+    return error.what();
+  } catch (...) {
+    return "out of memory";
+  }
 }
 
 // Lets other threads go first.
@@ -169,6 +183,9 @@ Answer ModelKeeper::Put(const Route& route, const Document& document) {
     return serve::ErrorAnswer(route, 500, "the document cannot be stored; the log says why");
   } catch (const std::bad_alloc&) {
     return serve::ErrorAnswer(route, 503, "out of memory");
+  } catch (...) {  // its sender waits, and so do others
+    log_.Event("error", id, UnexpectedText());
+    return serve::ErrorAnswer(route, 500, kUnexpected);
   }
   const std::optional<serve::StoredModel> now = store_.Find(id);
   Answer answer;
@@ -276,6 +293,9 @@ void ModelKeeper::Load(const std::string& id, Known& known) {
     NoteProblem(id, known, refused.what(), ShortText(refused.what()));
   } catch (const std::bad_alloc&) {
     NoteProblem(id, known, "out of memory", "out of memory");
+  } catch (...) {  // the models after it are loaded all the same
+    known.retry = false;
+    NoteProblem(id, known, UnexpectedText(), kUnexpected);
   }
 }
 
