@@ -7,6 +7,7 @@ import io
 import json
 import re
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -152,6 +153,28 @@ class Scores(unittest.TestCase):
                 self.assertEqual(200, status)
                 self.assertEqual(score(PROGRAM, document(folder), path), text)
                 self.assertRegex(headers["X-Model-SHA256"], "^[0-9a-f]{64}$")
+
+    def test_explanations_say_what_a_decision_speaks_for(self):
+        header, rows = table(EXAMPLES / "tumour")
+        arguments = dict(zip(header, rows[0]))
+        text = document(EXAMPLES / "tumour").read_text(encoding="utf-8")
+        self.assertIn(' maxWins="true"', text)
+        versions = {
+            "as-is": (text, "malignant", "benign", 0),
+            "turned": (text.replace(' maxWins="true"', ""), "benign", "malignant", 0),
+            "shifted": (text.replace(' maxWins="true"', ' threshold="0.25"'), "benign", "malignant", 0.25),
+        }
+        with tempfile.TemporaryDirectory() as folder:
+            for name, (document_text, *_) in versions.items():
+                Path(folder, name + ".pmml").write_text(document_text, encoding="utf-8")
+            with Service(PROGRAM, "--models", folder) as service:
+                for name, (_, above, below, threshold) in versions.items():
+                    _, answer = service.json("POST", f"/model/{name}/explain", {"arguments": arguments})
+                    (told,) = answer["explanations"]
+                    self.assertEqual((above, below, threshold), (told["above"], told["below"], told["threshold"]), name)
+        header, rows = table(EXAMPLES / "diabetes")
+        told = self.post("/model/diabetes/explain", {"arguments": dict(zip(header, rows[0]))})["explanations"][0]
+        self.assertEqual((None, None, None), (told["above"], told["below"], told["threshold"]))
 
 
 if __name__ == "__main__":

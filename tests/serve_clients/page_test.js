@@ -120,15 +120,32 @@ onPage('an explanation is drawn as bars to both sides', {}, async (page) => {
   await untilScored(page, expectedCells('iris', 0));
   await page.waitForSelector('#explanation:not([hidden])');
   assert.equal(await page.locator('#explanation .eyebrow').innerText(), 'Why virginica rather than versicolor');
-  assert.match(await page.locator('#explanation .hint').innerText(), /−0\.07926 on average .*, −0\.6604 here; above 0 is versicolor$/);
+  assert.match(await page.locator('#explanation .hint').innerText(), /−0\.07926 on average .*, −0\.6604 here; above 0 speaks for versicolor$/);
   const bars = await page.locator('#explanation li:not(.sides)').allInnerTexts();
   assert.deepEqual(bars.map((text) => text.split(/\s+/)), [['petal_width', '−0.461'], ['sepal_width', '−0.0782'],
     ['sepal_length', '−0.0237'], ['petal_length', '−0.0183']]);
   assert.equal(await page.locator('#explanation .fill.for').count(), 4);
   await page.getByLabel('Decision').selectOption('setosa|versicolor');
-  assert.match(await page.locator('#explanation .hint').innerText(), /−0\.558 on average .*, −0\.8481 here; above 0 is setosa$/);
+  assert.match(await page.locator('#explanation .hint').innerText(), /−0\.558 on average .*, −0\.8481 here; above 0 speaks for setosa$/);
   await page.getByLabel('Decision').selectOption('versicolor|virginica');
   await page.screenshot({path: path.join(plan.shots, 'explanation.png'), fullPage: true});
+});
+
+onPage('an explanation agrees with the prediction where values below the threshold mean the first category', {}, async (page) => {
+  const document = fs.readFileSync(example('iris', 'model.pmml'), 'utf8').replace(' maxWins="true"', '');
+  fs.writeFileSync(path.join(plan.models, '.turned'), document);
+  fs.renameSync(path.join(plan.models, '.turned'), path.join(plan.models, 'turned.pmml'));
+  await page.goto(`${plan.url}#/iris`);
+  await page.waitForSelector('a[href="#/turned"]', {timeout: 20000});
+  await openModel(page, 'turned');
+  await enter(page, inputs('iris', 0));
+  await page.waitForSelector('#explanation:not([hidden])');
+  assert.equal(await page.locator('#prediction').innerText(), 'setosa');
+  assert.equal(await page.locator('#explanation .eyebrow').innerText(), 'Why setosa rather than versicolor');
+  assert.match(await page.locator('#explanation .hint').innerText(), /−0\.8481 here; above 0 speaks for versicolor$/);
+  assert.match(await page.locator('#explanation .sides').innerText(), /← setosa\s+versicolor →/);
+  assert.deepEqual(await page.locator('#explanation .fill.against').count(), 1);  // sepal_length moves it up
+  fs.unlinkSync(path.join(plan.models, 'turned.pmml'));
 });
 
 onPage('what cannot be scored is told at its input', {}, async (page) => {

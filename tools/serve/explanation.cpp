@@ -50,8 +50,8 @@ std::string ExplanationsOf(const ServedModel& model, const tools::ModelExplainer
   JsonSink sink(out);
   for (std::size_t d = 0; d < explainer.Decisions().size(); ++d) {
     if (out.back() != '[') out += ',';
-    out += "{\"decision_of\":";
-    AppendJsonString(out, explainer.Decisions()[d]);
+    out += '{';
+    out += model.DecisionKeys()[d];
     out += ",\"decision\":";
     sink.Number(explained.Decisions(0)[d]);
     out += ",\"base\":";

@@ -1,7 +1,9 @@
 // Why a case scores as it does: {"id", "arguments"} → {"id", "status", "sampled", "explanations":
-// [{"decision_of", "decision", "base", "phi": {INPUT: VALUE}, "error"?: {INPUT: VALUE}}]}, one
-// explanation for each decision value, as svmscore explain --rows 100 gives them. A case without a
-// score has none, and a "reason".
+// [{"decision_of", "above", "below", "threshold", "decision", "base", "phi": {INPUT: VALUE},
+// "error"?: {INPUT: VALUE}}]}, one explanation for each decision value, as svmscore explain --rows
+// 100 gives them. A value above the threshold speaks for the category "above"; of a side that means
+// no single category, and of a regression, it is null. A case without a score has no explanation,
+// and a "reason".
 #ifndef TOOLS_SERVE_EXPLANATION_H_
 #define TOOLS_SERVE_EXPLANATION_H_
 

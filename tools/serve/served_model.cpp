@@ -19,10 +19,12 @@
 #include "tools/base/error_text.h"
 #include "tools/base/json_string.h"
 #include "tools/base/sha256.h"
+#include "tools/describe/machine_sides.h"
 #include "tools/describe/summary_json.h"
 #include "tools/doctor/examination.h"
 #include "tools/doctor/report_json.h"
 #include "tools/score/case_batch.h"
+#include "tools/serve/answer_text.h"
 
 namespace svmscore::serve {
 namespace {
@@ -85,6 +87,32 @@ LoadedModel Load(const std::string& id, const std::string& file, const ReadingRu
   } catch (const tools::BrokenCompression& error) {
     throw ModelRefused(error.what());
   }
+}
+
+void AppendCategory(std::string& out, std::string_view name, int position,
+                    const std::vector<std::string>& categories) {
+  out += name;
+  if (position < 0) {
+    out += "null";
+  } else {
+    tools::AppendJsonString(out, categories.at(static_cast<std::size_t>(position)));
+  }
+}
+
+std::vector<std::string> DecisionKeysOf(const tools::ModelSummary& summary,
+                                        const tools::ModelExplainer& explainer) {
+  std::vector<std::string> keys;
+  for (std::size_t d = 0; d < explainer.Decisions().size(); ++d) {
+    const tools::MachineSides sides =
+        tools::SidesOf(summary, explainer.Batch().DecisionCategories(d), d);
+    std::string& key = keys.emplace_back("\"decision_of\":");
+    tools::AppendJsonString(key, explainer.Decisions()[d]);
+    AppendCategory(key, ",\"above\":", sides.above, summary.categories);
+    AppendCategory(key, ",\"below\":", sides.below, summary.categories);
+    key += ",\"threshold\":";
+    JsonSink(key).Number(sides.threshold);
+  }
+  return keys;
 }
 
 }  // namespace
@@ -172,8 +200,10 @@ std::shared_ptr<const tools::ModelExplainer> ServedModel::Explainer() const {
     }
     const tools::Background background =
         tools::VectorBackground(explainable.batch, explainable.model, kBackgroundRows, kSeed);
-    explainer_ = std::make_shared<const tools::ModelExplainer>(loaded_, std::move(explainable),
-                                                               background, kSeed, kOrders);
+    auto explainer = std::make_shared<const tools::ModelExplainer>(loaded_, std::move(explainable),
+                                                                   background, kSeed, kOrders);
+    decision_keys_ = DecisionKeysOf(tools::Summarise(loaded_), *explainer);
+    explainer_ = std::move(explainer);
   }
   return explainer_;
 }

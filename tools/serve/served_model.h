@@ -81,6 +81,9 @@ class ServedModel {
   // Explains cases, before a background of the model's support vectors; made at the first call.
   // Fails: BadDocument where the model cannot be explained so; std::bad_alloc.
   std::shared_ptr<const tools::ModelExplainer> Explainer() const;
+  // What each decision value decides, as members of an object: `"decision_of":...,"above":...`.
+  // REQUIRES: Explainer() has returned.
+  const std::vector<std::string>& DecisionKeys() const { return decision_keys_; }
   static constexpr std::size_t kBackgroundRows = 100;
 
   // When it was loaded and last scored with, in milliseconds since 1970; 0: never.
@@ -137,6 +140,7 @@ class ServedModel {
   mutable std::mutex document_mutex_;
   mutable std::mutex explainer_mutex_;
   mutable std::shared_ptr<const tools::ModelExplainer> explainer_;
+  mutable std::vector<std::string> decision_keys_;  // made before it
   mutable Stock singles_;
   mutable Stock batches_;
 };

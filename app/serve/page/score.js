@@ -91,10 +91,10 @@ function drawCells(table, results) {
     element('td', {}, value === null ? 'none' : String(value))))));
 }
 
-// The two categories of a decision; nothing for a regression, or where a name has the mark between them.
-function sidesOf(decision) {
-  const sides = String(decision.decision_of ?? '').split('|');
-  return sides.length === 2 ? sides : null;
+// The categories that a decision value speaks for, above its threshold and below it; null for a regression. One
+// of the two may be null: it stands for all other categories.
+function sidesOf({above, below}) {
+  return above === null && below === null ? null : [above, below];
 }
 
 // The decision to begin with: between the prediction and the category of the next largest share.
@@ -122,14 +122,15 @@ function drawDecision(decision, prediction) {
   const {shown, others, sum} = largestOf(decision.phi);
   const largest = Math.max(...shown.map(([, value]) => Math.abs(value)), Number.MIN_VALUE);
   const towards = sides && sides[1] === String(prediction) ? -1 : 1;
-  const [right, left] = sides ?? ['higher', 'lower'];
+  const [right, left] = sides?.map((side) => side ?? 'others') ?? ['higher', 'lower'];
+  const meaning = decision.threshold === null ? '' : `; above ${rounded(decision.threshold, 4)} speaks for ${right}`;
   const valueText = (name, value) => {
     const error = decision.error?.[name];
     return `${value > 0 ? '+' : ''}${rounded(value, 3)}${error > 0 ? ` ± ${rounded(error, 2)}` : ''}`;
   };
   return [
     element('p', {class: 'hint'}, `${sides ? 'A decision value of ' : ''}${rounded(decision.base, 4)} on average over the model’s ` +
-      `support vectors, ${rounded(decision.decision, 4)} here${sides ? `; above 0 is ${right}` : ''}`),
+      `support vectors, ${rounded(decision.decision, 4)} here${meaning}`),
     element('ul', {class: 'bars signed'},
       element('li', {class: 'sides', 'aria-hidden': 'true'}, element('span'),
         element('span', {class: 'axis'}, element('span', {title: left}, `← ${left}`), element('span', {title: right}, `${right} →`))),
@@ -148,11 +149,11 @@ function drawExplanation(place, decisions, results, chosen, onChoose) {
   const prediction = headline(results)[1];
   const decision = decisions.find((each) => each.decision_of === chosen) ?? firstDecision(decisions, results);
   const sides = sidesOf(decision);
-  const other = sides?.includes(String(prediction)) ? sides.find((side) => side !== String(prediction)) : null;
-  const words = other === null || other === undefined ? 'What moves the score' : `Why ${prediction} rather than ${other}`;
+  const other = sides?.includes(String(prediction)) ? sides.find((side) => side !== String(prediction)) ?? 'others' : null;
+  const words = other === null ? 'What moves the score' : `Why ${prediction} rather than ${other}`;
   const list = decisions.length < 2 ? null : element('select', {'aria-label': 'Decision', onchange: (event) => onChoose(event.target.value)},
     decisions.map((each) => element('option', {value: each.decision_of, selected: each === decision},
-      sidesOf(each)?.join(' or ') ?? each.decision_of)));
+      sidesOf(each)?.map((side) => side ?? 'others').join(' or ') ?? each.decision_of)));
   const focused = place.contains(document.activeElement);
   place.replaceChildren(element('p', {class: 'eyebrow'}, words), ...(list ? [list] : []), ...drawDecision(decision, prediction));
   place.hidden = false;
