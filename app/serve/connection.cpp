@@ -57,6 +57,13 @@ std::size_t PutInto(Parser& parser, asio::const_buffer bytes, boost::beast::erro
   return 0;
 }
 
+std::string BodyTooLong(Method method, const ServeOptions& options) {
+  const bool upload = method == Method::kPut;
+  return fmt::format("the body has more than {} bytes ({})",
+                     upload ? options.most_upload : options.most_body,
+                     upload ? "--max-upload" : "--max-body");
+}
+
 }  // namespace
 
 Connection::Connection(ConnectionPool& pool, ConnectionPool::Socket socket)
@@ -231,9 +238,13 @@ void Connection::FailParse(const ErrorCode& error) {
   if (error == http::error::header_limit) {
     const bool in_line = !parser_->is_header_done() && parser_->get().target().empty();
     if (in_line) return SendError(414, "the request line is too long");
-    return SendError(431, "the headers of the request are too long");
+    return SendError(431,
+                     fmt::format("the line and the headers of the request have more than {} bytes",
+                                 pool_.Shared().server.options.most_head));
   }
-  if (error == http::error::body_limit) return SendError(413, "the body is too long");
+  if (error == http::error::body_limit) {
+    return SendError(413, BodyTooLong(head_.method, pool_.Shared().server.options));
+  }
   if (error == http::error::buffer_overflow) {
     pool_.Shared().server.metrics.CountRefusal();
     return SendError(503, "the service holds too many bodies at present");
@@ -267,7 +278,9 @@ std::optional<Answer> Connection::TakeHead() {
     return refuse(411, "the request does not say how long its body is");
   }
   const std::size_t most = upload ? options.most_upload : options.most_body;
-  if (parser_->content_length().value_or(0) > most) return refuse(413, "the body is too long");
+  if (parser_->content_length().value_or(0) > most) {
+    return serve::ErrorAnswer(route_, 413, BodyTooLong(head_.method, options));
+  }
   parser_->body_limit(most);
   const std::string expected = TextOf(request["Expect"]);
   const bool old = request.version() < 11;  // and expects nothing, whatever it says

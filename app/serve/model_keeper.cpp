@@ -233,7 +233,9 @@ void ModelKeeper::Rescan(bool settled) {
 void ModelKeeper::CheckFolder(bool settled) {
   std::map<std::string, serve::ModelFile> found;
   try {
-    found = serve::FilesIn(options_.folder);
+    std::set<std::string> nameless;
+    found = serve::FilesIn(options_.folder, &nameless);
+    NoteNameless(std::move(nameless));
     folder_fails_ = false;
   } catch (const FileFault& fault) {  // what is served stays
     if (!std::exchange(folder_fails_, true)) log_.Event("error", {}, fault.what());
@@ -337,6 +339,17 @@ void ModelKeeper::NoteHidden(const std::string& id, const serve::ModelFile& file
     return;
   }
   if (std::exchange(hidden_[id], hidden) != hidden) log_.Event("warning", id, hidden);
+}
+
+void ModelKeeper::NoteNameless(std::set<std::string> paths) {
+  for (const std::string& path : paths) {
+    if (nameless_.contains(path)) continue;
+    log_.Event("warning", {},
+               path +
+                   " is not served: rename it, with letters, digits, dots, hyphens and "
+                   "underscores alone before its ending");
+  }
+  nameless_ = std::move(paths);
 }
 
 }  // namespace svmscore::app

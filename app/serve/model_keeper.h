@@ -9,6 +9,7 @@
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -85,6 +86,8 @@ class ModelKeeper {
                    const std::string& told);
   // Logs files that others of their id hide.
   void NoteHidden(const std::string& id, const serve::ModelFile& file);
+  // Logs documents whose names are no ids, each once.
+  void NoteNameless(std::set<std::string> paths);
 
   const KeeperOptions options_;
   serve::ModelStore& store_;
@@ -94,6 +97,7 @@ class ModelKeeper {
   std::map<std::string, Known> folder_;  // by id
   std::map<std::string, Known> files_;
   std::map<std::string, std::string> hidden_;  // what was logged of them, by id
+  std::set<std::string> nameless_;             // and of files whose names are no ids
   bool folder_fails_ = false;
 
   std::mutex mutex_;

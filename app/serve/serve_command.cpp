@@ -1,5 +1,6 @@
 #include "app/serve/serve_command.h"
 
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <filesystem>
@@ -14,6 +15,7 @@
 #include "app/serve/page.h"
 #include "app/serve/server.h"
 #include "app/serve/table_scoring.h"
+#include "tools/base/error_text.h"
 #include "tools/serve/metrics.h"
 #include "tools/serve/model_store.h"
 #include "tools/serve/route.h"
@@ -99,6 +101,10 @@ std::vector<std::string> Origins(const std::vector<std::string>& given) {
 
 std::string ReadToken(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
+  if (!file) {
+    throw Failure(kUsageError, fmt::format("--upload-token-file: cannot read {}: {}", path,
+                                           tools::ErrorText(errno)));
+  }
   std::string token;
   std::getline(file, token);
   while (!token.empty() && (token.back() == '\r' || token.back() == ' ')) token.pop_back();
@@ -223,6 +229,10 @@ ServeOptions ServeCommand::Serving() const {
 ExitStatus ServeCommand::Run() {
   if (allow_upload_ && folder_.empty()) {
     throw Failure(kUsageError, "--allow-upload needs --models, the folder that keeps the models");
+  }
+  if (!allow_upload_ && !token_file_.empty()) {
+    throw Failure(kUsageError,
+                  "--upload-token-file needs --allow-upload, without which no upload is taken");
   }
   if (models_.empty() && folder_.empty()) {
     throw Failure(kUsageError, "there is nothing to serve: name models, or a folder with --models");

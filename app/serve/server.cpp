@@ -149,8 +149,11 @@ class Server::Listener {
     if (!error) acceptor_.bind(endpoint, error);
     if (!error) acceptor_.listen(asio::socket_base::max_listen_connections, error);
     if (error) {
-      throw Failure(kUsageError, fmt::format("--listen: cannot listen on {}, port {}: {}",
-                                             options.address, options.port, error.message()));
+      const bool taken = error == asio::error::address_in_use;
+      throw Failure(
+          kUsageError,
+          fmt::format("--listen: cannot listen on {}, port {}: {}{}", options.address, options.port,
+                      error.message(), taken ? "; name another port, or 0 for a free one" : ""));
     }
   }
 

@@ -1,8 +1,10 @@
 #include "app/serve/table_scoring.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <sys/mman.h>
@@ -59,6 +61,23 @@ TableOptions OptionsIn(const std::string& query) {
   const std::string token = serve::QueryValue(query, "missingToken");
   if (!token.empty()) options.missing_tokens = {token};
   return options;
+}
+
+// The remedies in messages name options of the program; here they are parameters of the query.
+std::string WithParameters(std::string what) {
+  constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kNames = {{
+      {"--delimiter", "the parameter delimiter"},
+      {"--decimal-comma", "the parameter decimalComma"},
+      {"--missing-token", "the parameter missingToken"},
+  }};
+  for (const auto& [option, parameter] : kNames) {
+    std::size_t place = 0;
+    while ((place = what.find(option, place)) != std::string::npos) {
+      what.replace(place, option.size(), parameter);
+      place += parameter.size();
+    }
+  }
+  return what;
 }
 
 // The bytes as a file, which is what tables are read from.
@@ -170,11 +189,11 @@ std::string ScoreTable(const ServedModel& model, const std::string& table,
     counts = {run.Total().done, run.Total().invalid, run.Total().missing};
     return std::move(run.Text());
   } catch (const CsvError& error) {
-    throw BadRequest(400, BrokenRow(kTableName, error).what());
+    throw BadRequest(400, WithParameters(BrokenRow(kTableName, error).what()));
   } catch (const Failure& failure) {
-    throw BadRequest(400, failure.what());
+    throw BadRequest(400, WithParameters(failure.what()));
   } catch (const tools::BadCases& error) {
-    throw BadRequest(400, error.what());
+    throw BadRequest(400, WithParameters(error.what()));
   }
 }
 

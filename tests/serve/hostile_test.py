@@ -10,6 +10,7 @@ import resource
 import socket
 import subprocess
 import sys
+import tempfile
 import time
 import unittest
 from pathlib import Path
@@ -320,6 +321,23 @@ class Hostile(unittest.TestCase):
                 for message in cuts:
                     self.assertRegex(message, r"^the client took \d+ of the 8\d{6} bytes of answer [0-9a-f]{16}$")
 
+    def test_messages_say_what_to_do(self):
+        semicolons = (EXAMPLES / "iris/cases.csv").read_bytes().replace(b",", b";")
+        changing = {"Content-Type": "application/xml", "Authorization": "Bearer wrong"}
+        folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        (folder / "token").write_text("right")
+        service = self.enterContext(Service(
+            PROGRAM, EXAMPLES / "iris" / "model.pmml", "--models", folder, "--max-body", 1, "--allow-upload",
+            "--upload-token-file", folder / "token"))
+        for method, path, body, headers, told in (
+                ("GET", "/models", None, {}, "GET /model lists the models"),
+                ("PUT", PATH + "/csv", b"", CSV, "it knows POST, OPTIONS"),
+                ("POST", PATH + "/csv", semicolons, CSV, "give the parameter delimiter ';'"),
+                ("POST", PATH, bytes(1 << 21), JSON, "more than 1048576 bytes (--max-body)"),
+                ("PUT", "/model/new", b"", changing, "Authorization: Bearer TOKEN")):
+            with self.subTest(path):
+                self.assertIn(told, json.loads(service.ask(method, path, body, headers)[2])["message"])
+
     def test_origins(self):
         self.assertEqual(204, self.service.ask("OPTIONS", PATH, None, {"Origin": "https://a.example",
                                                                       "Access-Control-Request-Method": "POST"})[0])
@@ -341,6 +359,17 @@ class Hostile(unittest.TestCase):
                                        check=False, timeout=60, capture_output=True, text=True)
                 self.assertNotEqual(0, ended.returncode)
                 self.assertRegex(ended.stderr, option + ": .* is no ")
+
+    def test_options_that_cannot_work_are_refused(self):
+        listen = f"127.0.0.1:{self.service.port}"
+        for arguments, told in (
+                (("--models", EXAMPLES, "--listen", listen), "Address already in use; name another port, or 0"),
+                (("--models", EXAMPLES, "--allow-upload", "--upload-token-file", "nowhere"), "cannot read nowhere: No such file"),
+                (("--models", EXAMPLES, "--upload-token-file", __file__), "needs --allow-upload"),
+                (("--allow-upload", EXAMPLES / "iris" / "model.pmml"), "needs --models")):
+            ended = subprocess.run([PROGRAM, "serve", *arguments], check=False, timeout=60, capture_output=True, text=True)
+            self.assertEqual(2, ended.returncode)
+            self.assertIn(told, ended.stderr)
 
     def test_head_is_get_without_a_body(self):
         for path in ("/model", PATH, "/metrics", "/v2", PATH + "/pmml"):

@@ -176,6 +176,19 @@ class Models(unittest.TestCase):
             warned = [event["model"] for event in service.events() if event.get("event") == "warning"]
             self.assertEqual(["a", "fixed"], sorted(warned))
 
+    def test_documents_whose_names_are_no_ids_are_told_of_once(self):
+        (self.folder / "notes.txt").write_bytes(IRIS)
+        put(self.folder, "my iris.pmml", IRIS)
+        with self.serve() as service:
+            put(self.folder, "übersicht.xml.gz", gzip.compress(IRIS))
+            put(self.folder, "good.pmml", IRIS)
+            service.until(lambda: self.state(service, "good"))
+            service.end()
+            warned = [event["message"] for event in service.events() if event.get("event") == "warning"]
+            self.assertEqual(2, len(warned), warned)
+            for name, message in zip(("my iris.pmml", "übersicht.xml.gz"), warned):
+                self.assertTrue(message.startswith(f"{self.folder / name} is not served: rename it"), message)
+
     def test_faults_of_files_are_for_the_log(self):
         put(self.folder, "good.pmml", IRIS)
         (self.folder / "text.pmml").write_text("hunter2: 'secret'")

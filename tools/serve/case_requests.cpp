@@ -39,7 +39,7 @@ CaseFault ReadArguments(JsonScanner& scanner, const ServedModel& model, RowRun& 
                         CaseCell* cells) {
   if (!scanner.NextIs(JsonKind::kObject)) {
     scanner.Skip();
-    return {"the member \"arguments\" is no object", true};
+    return {"the member \"arguments\" is not an object", true};
   }
   CaseFault fault;
   std::string_view name;
@@ -108,7 +108,7 @@ CaseFault ReadCase(JsonScanner& scanner, const ServedModel& model, RowRun& run, 
   id = "null";
   if (!scanner.NextIs(JsonKind::kObject)) {
     scanner.Skip();
-    return {"the request is no object", true};
+    return {"the request is not an object", true};
   }
   CaseFault fault{"the request has no member \"arguments\"", true};
   bool has_id = true;

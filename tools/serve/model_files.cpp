@@ -88,21 +88,31 @@ std::vector<std::string> NamesIn(const std::string& folder) {
   return names;
 }
 
+// The name of a document without its endings; empty for other files.
+std::string StemOf(const std::string& name) {
+  std::string stem = name;
+  if (!TakeOff(stem, ".gz")) TakeOff(stem, ".zst");
+  return TakeOff(stem, ".pmml") || TakeOff(stem, ".xml") ? stem : std::string();
+}
+
 }  // namespace
 
 std::string IdOfFile(const std::string& name) {
-  std::string id = name;
-  if (!TakeOff(id, ".gz")) TakeOff(id, ".zst");
-  if (!TakeOff(id, ".pmml") && !TakeOff(id, ".xml")) return {};
-  return IsModelId(id) ? id : std::string();
+  const std::string stem = StemOf(name);
+  return IsModelId(stem) ? stem : std::string();
 }
 
-std::map<std::string, ModelFile> FilesIn(const std::string& folder) {
+std::map<std::string, ModelFile> FilesIn(const std::string& folder,
+                                         std::set<std::string>* nameless) {
   std::map<std::string, ModelFile> files;
   for (const std::string& name : NamesIn(folder)) {
     const std::string id = IdOfFile(name);
-    if (id.empty()) continue;
     const std::string path = fmt::format("{}/{}", folder, name);
+    if (id.empty()) {
+      const bool is_document = !name.starts_with('.') && !StemOf(name).empty();
+      if (nameless != nullptr && is_document) nameless->insert(path);
+      continue;
+    }
     struct stat about {};
     if (stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) continue;
     const auto other = files.find(id);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -40,8 +41,10 @@ struct ModelFile {
 std::string IdOfFile(const std::string& name);
 
 // The files of a folder, by their ids. Of several files of an id the first by name is taken, but
-// ID.pmml before all. Fails: FileFault where the folder cannot be read.
-std::map<std::string, ModelFile> FilesIn(const std::string& folder);
+// ID.pmml before all. `nameless` gets the paths of documents whose names are no ids, but for hidden
+// ones, which may be unfinished. Fails: FileFault where the folder cannot be read.
+std::map<std::string, ModelFile> FilesIn(const std::string& folder,
+                                         std::set<std::string>* nameless = nullptr);
 // The paths of all files of the id, the one that FilesIn takes first. Fails: FileFault where the
 // folder cannot be read.
 std::vector<std::string> FilesOf(const std::string& folder, const std::string& id);

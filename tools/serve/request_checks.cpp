@@ -68,11 +68,11 @@ std::string WrongContent(const RequestHead& head, const Route& route) {
                                                           "application/gzip", "application/zstd"};
   if (head.method == Method::kPut) {
     if (Holds(kDocuments, type) || type.ends_with("+xml")) return {};
-    return "the content type is no document's; send it as application/xml";
+    return "the content type is not that of a document; send it as application/xml";
   }
   if (route.resource == Resource::kCsv) {
     if (Holds(kTables, type)) return {};
-    return "the content type is no table's; send it as text/csv";
+    return "the content type is not that of a table; send it as text/csv";
   }
   if (type == "application/json" || type.ends_with("+json")) return {};
   return "the content type is not JSON; send the body as application/json";
@@ -135,10 +135,12 @@ std::optional<Answer> CheckHead(const RequestHead& head, const Route& route,
                     Printable(head.host, kLongestInsert)));
   }
   if (route.resource == Resource::kUnknown) {
-    return ErrorAnswer(route, 404, "there is nothing here");
+    return ErrorAnswer(route, 404, kNoSuchPath);
   }
   if (!route.Allows(head.method)) {
-    Answer answer = ErrorAnswer(route, 405, "this resource does not know the method");
+    Answer answer = ErrorAnswer(
+        route, 405,
+        fmt::format("this path does not know the method; it knows {}", Joined(route.Methods())));
     answer.headers.emplace_back("Allow", Joined(route.Methods()));
     return answer;
   }
@@ -148,7 +150,10 @@ std::optional<Answer> CheckHead(const RequestHead& head, const Route& route,
       return ErrorAnswer(route, 403, "models cannot be changed here; --allow-upload allows it");
     }
     if (!rules.upload_token.empty() && !HasToken(head, rules)) {
-      Answer answer = ErrorAnswer(route, 401, "to change models needs the token of the service");
+      Answer answer =
+          ErrorAnswer(route, 401,
+                      "models are changed with the token of the service alone; send it as "
+                      "Authorization: Bearer TOKEN");
       answer.headers.emplace_back("WWW-Authenticate", "Bearer");
       return answer;
     }

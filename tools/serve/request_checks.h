@@ -36,6 +36,7 @@ bool IsKnownHost(const std::string& host, const AccessRules& rules);
 void AddCommonHeaders(const RequestHead& head, const AccessRules& rules, Answer& answer);
 
 Answer ErrorAnswer(const Route& route, unsigned status, const std::string& what);
+constexpr const char* kNoSuchPath = "there is no such path; GET /model lists the models";
 
 }  // namespace svmscore::serve
 

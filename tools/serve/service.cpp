@@ -98,7 +98,7 @@ Answer Service::Answered(const Route& route, Method method, std::string& body) c
     case Resource::kPage:
       return PageAnswer(route);
     case Resource::kUnknown:
-      return ErrorAnswer(route, 404, "there is nothing here");
+      return ErrorAnswer(route, 404, kNoSuchPath);
     default:
       return WithModel(route, method, body);
   }
