@@ -1,6 +1,7 @@
 #include "app/serve/connection_pool.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 #include <vector>
 
@@ -87,8 +88,16 @@ void ConnectionPool::Drain(bool at_once) {
 }
 
 void ConnectionPool::Run() {
-  Watch();
-  context_.run();
+  while (true) {
+    Watch();
+    try {
+      context_.run();
+      return;
+    } catch (const std::exception& error) {
+      // One connection cannot go on, and ends when its time is up; the others do.
+      shared_.server.log.Event("error", {}, error.what());
+    }
+  }
 }
 
 void ConnectionPool::Watch() {
