@@ -189,6 +189,17 @@ onPage('a chosen table is scored, and its rows can be tried', {acceptDownloads: 
   await untilScored(page, expectedCells('iris', 2));
 });
 
+for (const [name, delimiter] of Object.entries({semicolons: ';', tabs: '\t'})) {
+  onPage(`a table with ${name} is scored, too`, {acceptDownloads: true}, async (page) => {
+    await openModel(page, 'iris');
+    const text = fs.readFileSync(example('iris', 'cases.csv'), 'utf8').replaceAll(',', delimiter);
+    await page.setInputFiles('#file', {name: 'cases.csv', mimeType: 'text/csv', buffer: Buffer.from(text)});
+    await checkTable(page);
+    await page.getByRole('button', {name: 'Try row 3 in the form'}).click();
+    await untilScored(page, expectedCells('iris', 2));
+  });
+}
+
 onPage('a dropped table is scored', {acceptDownloads: true}, async (page) => {
   await openModel(page, 'iris');
   const text = fs.readFileSync(example('iris', 'cases.csv'), 'utf8');

@@ -54,8 +54,8 @@ const api = {
     method: 'POST', signal, headers: {'Content-Type': 'application/json'}, body: scoreBody(values),
   })),
   // The scored table, whose last column says why rows failed.
-  table: async (id, file) => {
-    const response = await send(modelPath(id, '/csv?reasons=true'), {
+  table: async (id, file, delimiter) => {
+    const response = await send(modelPath(id, `/csv?reasons=true&delimiter=${encodeURIComponent(delimiter)}`), {
       method: 'POST', headers: {'Content-Type': 'text/csv'}, body: file,
     });
     return {blob: await response.blob(), checksum: response.headers.get('X-Model-SHA256')};

@@ -343,9 +343,11 @@ async function scoreTable(file) {
   if (!id || !file) return;
   place.replaceChildren(element('p', {class: 'busy'}, `Scoring ${file.name} …`));
   try {
-    const {blob, checksum} = await api.table(id, file);
+    const beginning = await beginningOf(file);
+    const delimiter = delimiterOf(beginning);
+    const {blob, checksum} = await api.table(id, file, delimiter);
     if (shown.download) URL.revokeObjectURL(shown.download);
-    shown.download = await showTable(place, file, blob, takeRow);
+    shown.download = await showTable(place, file, blob, firstRows(beginning, delimiter), takeRow);
     if (checksum && id === shown.id && checksum !== shown.checksum) await reopen();
   } catch (error) {
     place.replaceChildren(element('p', {class: 'failure'}, `${file.name}: ${error.message}`));

@@ -4,15 +4,22 @@
 
 const previewRows = 5;
 
-// eachRow(TEXT): the rows of a CSV text, one after the other, as lists of cells; quoted as in RFC 4180.
-function* eachRow(text) {
-  const cell = /("(?:[^"]|"")*"|[^,\r\n]*)(,|\r?\n|\r|$)/y;
+// delimiterOf(TEXT): what separates the cells of a table: commas, or semicolons or tabs where its first line has no
+// commas.
+function delimiterOf(text) {
+  const [line] = text.split(/[\r\n]/, 1);
+  return [',', ';', '\t'].find((mark) => line.includes(mark)) ?? ',';
+}
+
+// eachRow(TEXT, DELIMITER): the rows of a CSV text, one after the other, as lists of cells; quoted as in RFC 4180.
+function* eachRow(text, delimiter) {
+  const cell = new RegExp(`("(?:[^"]|"")*"|[^${delimiter}\r\n]*)(${delimiter}|\r?\n|\r|$)`, 'y');
   let row = [];
   while (cell.lastIndex < text.length) {
     const match = cell.exec(text);
     if (!match) return;  // a quotation mark within a cell: the service would have refused it
     row.push(match[1].startsWith('"') ? match[1].slice(1, -1).replaceAll('""', '"') : match[1]);
-    const ends = match[2] !== ',';
+    const ends = match[2] !== delimiter;
     if (!ends && cell.lastIndex < text.length) continue;
     if (!ends) row.push('');
     yield row;
@@ -26,7 +33,7 @@ function summaryOf(text) {
   const counts = {rows: 0, scored: 0, missing: 0, invalid: 0};
   const kinds = {0: 'scored', 90029: 'missing', 90027: 'invalid'};
   let status = -1;
-  for (const row of eachRow(text)) {
+  for (const row of eachRow(text, ',')) {
     if (first.length <= previewRows) first.push(row);
     if (first.length === 1) {
       status = row.lastIndexOf('status');
@@ -38,9 +45,9 @@ function summaryOf(text) {
   return {first, counts};
 }
 
-function firstRows(text) {
+function firstRows(text, delimiter) {
   const rows = [];
-  for (const row of eachRow(text)) {
+  for (const row of eachRow(text, delimiter)) {
     if (rows.push(row) > previewRows) break;
   }
   return rows;
@@ -74,11 +81,15 @@ function preview(input, output, onTake) {
         element('tbody', {}, body)))];
 }
 
-// showTable(PLACE, FILE, BLOB, ON_TAKE): what became of the file. Returns the address of the download,
-// to be revoked when it is replaced.
-async function showTable(place, file, blob, onTake) {
+// beginningOf(FILE): enough of it for its first rows.
+function beginningOf(file) {
+  return file.slice(0, 1 << 20).text();
+}
+
+// showTable(PLACE, FILE, BLOB, INPUT, ON_TAKE): what became of the file, whose first rows are INPUT. Returns the
+// address of the download, to be revoked when it is replaced.
+async function showTable(place, file, blob, input, onTake) {
   const {first, counts} = summaryOf(await blob.text());
-  const input = firstRows(await file.slice(0, 1 << 20).text());
   const address = URL.createObjectURL(blob);
   const name = `${file.name.replace(/\.csv$/i, '')}-scored.csv`;
   place.replaceChildren(element('div', {class: 'done'},
