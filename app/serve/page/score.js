@@ -153,7 +153,7 @@ function drawExplanation(place, decisions, results, chosen, onChoose) {
   const words = other === null ? 'What moves the score' : `Why ${prediction} rather than ${other}`;
   const list = decisions.length < 2 ? null : element('select', {'aria-label': 'Decision', onchange: (event) => onChoose(event.target.value)},
     decisions.map((each) => element('option', {value: each.decision_of, selected: each === decision},
-      sidesOf(each)?.map((side) => side ?? 'others').join(' or ') ?? each.decision_of)));
+      sidesOf(each)?.filter((side) => side !== null).join(' or ') ?? each.decision_of)));
   const focused = place.contains(document.activeElement);
   place.replaceChildren(element('p', {class: 'eyebrow'}, words), ...(list ? [list] : []), ...drawDecision(decision, prediction));
   place.hidden = false;
