@@ -176,6 +176,24 @@ class Scores(unittest.TestCase):
         told = self.post("/model/diabetes/explain", {"arguments": dict(zip(header, rows[0]))})["explanations"][0]
         self.assertEqual((None, None, None), (told["above"], told["below"], told["threshold"]))
 
+    def test_a_model_of_weights_is_not_explained(self):
+        document_text = """<PMML version="4.4" xmlns="http://www.dmg.org/PMML-4_4"><Header/><DataDictionary>
+            <DataField name="x" optype="continuous" dataType="double"/>
+            <DataField name="y" optype="continuous" dataType="double"/></DataDictionary>
+            <SupportVectorMachineModel functionName="regression" svmRepresentation="Coefficients">
+            <MiningSchema><MiningField name="x"/><MiningField name="y" usageType="target"/></MiningSchema>
+            <LinearKernelType/><VectorDictionary numberOfVectors="0"><VectorFields><FieldRef field="x"/></VectorFields>
+            </VectorDictionary><SupportVectorMachine><Coefficients absoluteValue="1"><Coefficient value="2"/></Coefficients>
+            </SupportVectorMachine></SupportVectorMachineModel></PMML>"""
+        with tempfile.TemporaryDirectory() as folder:
+            Path(folder, "line.pmml").write_text(document_text, encoding="utf-8")
+            with Service(PROGRAM, "--models", folder) as service:
+                case = {"arguments": {"x": 3}}
+                self.assertEqual(7, service.json("POST", "/model/line", case)[1]["results"]["prediction"])
+                status, answer = service.json("POST", "/model/line/explain", case)
+                self.assertEqual(501, status)
+                self.assertIn("svmscore explain takes a table of some with --background", answer["message"])
+
 
 if __name__ == "__main__":
     unittest.main(argv=sys.argv[:1])

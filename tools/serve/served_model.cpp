@@ -196,7 +196,8 @@ std::shared_ptr<const tools::ModelExplainer> ServedModel::Explainer() const {
     tools::Explainable explainable = tools::ExplainableOf(loaded_);
     const std::string why = tools::WhyNoVectorBackground(explainable.model, explainable.players);
     if (!why.empty()) {
-      throw tools::BadDocument("the model does not say what cases are like: " + why);
+      throw tools::BadDocument("the model does not say what cases are like: " + why +
+                               "; svmscore explain takes a table of some with --background");
     }
     const tools::Background background =
         tools::VectorBackground(explainable.batch, explainable.model, kBackgroundRows, kSeed);
