@@ -165,7 +165,7 @@ Answer ModelKeeper::Put(const Route& route, const Document& document) {
     }
     folder_[id] = {file, {}, false};
     metrics_.CountLoad(true);
-    log_.Event(is_new ? "loaded" : "swapped", id, "uploaded, SHA-256 " + model->Sha256());
+    LogServed(*model, is_new, "uploaded");
     store_.Put(std::move(model));
   } catch (const serve::BadRequest& error) {
     return serve::ErrorAnswer(route, error.Status(), error.what());
@@ -312,8 +312,18 @@ void ModelKeeper::Swap(const std::string& id, std::string bytes, std::string_vie
   }
   auto model = std::make_unique<ServedModel>(id, std::move(bytes), options_.rules);
   metrics_.CountLoad(true);
-  const bool is_new = store_.Put(std::move(model));
-  log_.Event(is_new ? "loaded" : "swapped", id, fmt::format("{}, SHA-256 {}", from, sha256));
+  LogServed(*model, !stored || stored->model == nullptr, from);
+  store_.Put(std::move(model));
+}
+
+void ModelKeeper::LogServed(const ServedModel& model, bool is_new, std::string_view from) {
+  log_.Event(is_new ? "loaded" : "swapped", model.Id(),
+             fmt::format("{}, SHA-256 {}", from, model.Sha256()));
+  if (model.Doubt().empty()) return;
+  log_.Event("warning", model.Id(),
+             fmt::format("the document has findings that change scores, first {}; svmscore doctor "
+                         "tells all, and what to do",
+                         model.Doubt()));
 }
 
 void ModelKeeper::NoteProblem(const std::string& id, Known& known, const std::string& why,

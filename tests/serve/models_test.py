@@ -189,6 +189,15 @@ class Models(unittest.TestCase):
             for name, message in zip(("my iris.pmml", "übersicht.xml.gz"), warned):
                 self.assertTrue(message.startswith(f"{self.folder / name} is not served: rename it"), message)
 
+    def test_what_changes_scores_is_told_at_loading(self):
+        put(self.folder, "broken.pmml", (EXAMPLES / "broken" / "model.pmml").read_bytes())
+        put(self.folder, "good.pmml", IRIS)
+        with self.serve() as service:
+            service.end()
+            warned = [event for event in service.events() if event.get("event") == "warning"]
+            self.assertEqual(["broken"], [event["model"] for event in warned])
+            self.assertIn("first machine-sign: ", warned[0]["message"])
+
     def test_faults_of_files_are_for_the_log(self):
         put(self.folder, "good.pmml", IRIS)
         (self.folder / "text.pmml").write_text("hunter2: 'secret'")

@@ -13,7 +13,7 @@ std::vector<std::pair<std::string, StoredModel>> ModelStore::All() const {
   return {models_.begin(), models_.end()};
 }
 
-bool ModelStore::Put(std::unique_ptr<ServedModel> model) {
+void ModelStore::Put(std::unique_ptr<ServedModel> model) {
   const std::string id = model->Id();
   // The list has room before a model needs it, so that nothing fails when the last user is done.
   // Where there is no memory for the pointer, it frees the model itself.
@@ -28,10 +28,8 @@ bool ModelStore::Put(std::unique_ptr<ServedModel> model) {
   const std::unique_lock lock(mutex_);
   StoredModel& stored = models_[id];
   if (stored.model != nullptr) shared->Touch(stored.model->Accessed());
-  const bool is_new = stored.model == nullptr;
   stored.model.swap(shared);
   stored.problem.reset();
-  return is_new;
 }
 
 void ModelStore::SetProblem(const std::string& id, std::optional<std::string> problem,

@@ -34,8 +34,8 @@ class ModelStore {
   std::optional<StoredModel> Find(std::string_view id) const;
   std::vector<std::pair<std::string, StoredModel>> All() const;
 
-  // Makes the model the one of its id, without a problem. True where the id is new.
-  bool Put(std::unique_ptr<ServedModel> model);
+  // Makes the model the one of its id, without a problem.
+  void Put(std::unique_ptr<ServedModel> model);
   // Notes why a document does not become the model of the id; nothing takes the note back.
   void SetProblem(const std::string& id, std::optional<std::string> problem,
                   bool is_of_upload = false);

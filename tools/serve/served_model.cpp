@@ -62,9 +62,9 @@ std::string Inflate(const std::string& file, const Limits& limits) {
   return text;
 }
 
-// `findings`: what doctor says.
+// `findings`: what doctor says; `doubt`: of what changes scores, the first.
 LoadedModel Load(const std::string& id, const std::string& file, const ReadingRules& rules,
-                 std::string& findings) {
+                 std::string& findings, std::string& doubt) {
   std::optional<tools::DocumentSource> source;
   try {
     source.emplace(id, Inflate(file, rules.limits), rules.limits);
@@ -77,6 +77,11 @@ LoadedModel Load(const std::string& id, const std::string& file, const ReadingRu
         if (finding.Name() != "verification-disagrees") continue;
         throw ModelRefused(fmt::format(
             "the document's own verification records disagree with it: {}", finding.What()));
+      }
+      const auto first = std::find_if(examined.findings.begin(), examined.findings.end(),
+                                      [](const Finding& finding) { return finding.IsError(); });
+      if (first != examined.findings.end()) {
+        doubt = fmt::format("{}: {}", first->Name(), first->What());
       }
       findings = tools::FindingsJson(examined.findings);
     }
@@ -126,7 +131,7 @@ std::int64_t Now() {
 ServedModel::ServedModel(std::string id, std::string file, const ReadingRules& rules)
     : id_(std::move(id)),
       file_(std::move(file)),
-      loaded_(Load(id_, file_, rules, findings_)),
+      loaded_(Load(id_, file_, rules, findings_, doubt_)),
       plan_(loaded_, tools::ColumnChoice::kDocument, false, false),
       created_(Now()) {
   tools::Sha256 digest;

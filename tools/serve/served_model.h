@@ -73,6 +73,8 @@ class ServedModel {
   // What describe and doctor say, as JSON.
   const std::string& Card() const { return card_; }
   const std::string& Findings() const { return findings_; }
+  // The first finding that changes scores; empty where none does.
+  const std::string& Doubt() const { return doubt_; }
 
   // Held while the document is read again, such as for an examiner of other columns.
   std::mutex& DocumentMutex() const { return document_mutex_; }
@@ -124,6 +126,7 @@ class ServedModel {
   std::string sha256_;
   std::string card_;
   std::string findings_;
+  std::string doubt_;
   LoadedModel loaded_;
   tools::RowPlan plan_;
   tools::CellRules cells_;
