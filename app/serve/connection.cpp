@@ -178,11 +178,9 @@ void Connection::NextRequest() {
   route_ = {};
   request_id_.clear();
   Enter(State::kReading, options.idle_seconds);
-  if (buffer_.size() > 0) {
-    Parse();
-  } else {
-    Read();
-  }
+  if (buffer_.size() > 0) return Parse();
+  if (buffer_.capacity() > kHeadChunk) buffer_.shrink_to_fit();  // a body needed more
+  Read();
 }
 
 void Connection::Read() {

@@ -339,6 +339,19 @@ class Hostile(unittest.TestCase):
             with self.subTest(path):
                 self.assertIn(told, json.loads(service.ask(method, path, body, headers)[2])["message"])
 
+    # The sanitizers keep what is freed.
+    @unittest.skipIf("SVMSCORE_SWAPS" in os.environ, "sanitized")
+    def test_a_connection_that_had_a_body_costs_little(self):
+        with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml") as service, contextlib.ExitStack() as stack:
+            def kilobytes():
+                return int(Path(f"/proc/{service.process.pid}/status").read_text().split("VmRSS:")[1].split()[0])
+            before = kilobytes()
+            for _ in range(300):
+                connection = stack.enter_context(contextlib.closing(service.socket()))
+                connection.sendall(post(CASE + 60_000 * b" "))
+                self.assertTrue(connection.recv(4096).startswith(b"HTTP/1.1 200 "))
+            self.assertLess(kilobytes() - before, 300 * 30)
+
     def test_origins(self):
         self.assertEqual(204, self.service.ask("OPTIONS", PATH, None, {"Origin": "https://a.example",
                                                                       "Access-Control-Request-Method": "POST"})[0])
