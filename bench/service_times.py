@@ -143,7 +143,7 @@ def batches(program, folder, seconds):
                 run = Asked(service, path, body, content_type, BATCH_CONNECTIONS, seconds)
                 rates[path].append(run.rate * BATCH)
                 costs[path].append((service.seconds() - used) / (run.rate * BATCH * seconds))
-    print(f"\n| workload a | thousands of rows a second | of the program's | processor's microseconds a row |\n"
+    print("\n| workload a | thousands of rows a second | of the program's | processor's microseconds a row |\n"
           "|---|--:|--:|--:|")
     for path, values in rates.items():
         name = "`svmscore score`, all processors" if path == "program" else f"`{path}`, {BATCH} rows each"
