@@ -19,6 +19,15 @@ class CellSink {
   virtual void Whole(long number) = 0;
 };
 
+// For results that nobody asks for.
+class NoSink final : public CellSink {
+ public:
+  void Empty() override {}
+  void Text(std::string_view) override {}
+  void Number(double) override {}
+  void Whole(long) override {}
+};
+
 }  // namespace svmscore::tools
 
 #endif  // TOOLS_SCORE_CELL_SINK_H_

@@ -13,15 +13,6 @@
 namespace svmscore::serve {
 namespace {
 
-// The sink of a case whose results are not wanted.
-class NoSink final : public tools::CellSink {
- public:
-  void Empty() override {}
-  void Text(std::string_view) override {}
-  void Number(double) override {}
-  void Whole(long) override {}
-};
-
 void AppendValues(std::string& out, std::string_view name, const tools::ModelExplainer& explainer,
                   const double* values) {
   JsonSink sink(out);
@@ -91,10 +82,10 @@ std::string ExplainOne(const ServedModel& model, std::string& body, RowCounts& c
   } else {
     run.Refuse(std::move(fault.what));
   }
-  NoSink none;
+  tools::NoSink none;
   std::string out = "{\"id\":" + id + ",\"status\":";
   run.Write(
-      counts, [&none](std::size_t) -> NoSink& { return none; },
+      counts, [&none](std::size_t) -> tools::NoSink& { return none; },
       [&](long status, const std::string& reason) {
         AppendWhole(out, status);
         if (status != 0) {

@@ -271,14 +271,6 @@ class ColumnTexts {
     std::string& out_;
     bool of_texts_;
   };
-  // Of a column that nobody asks for.
-  class NoSink final : public tools::CellSink {
-   public:
-    void Empty() override {}
-    void Text(std::string_view) override {}
-    void Number(double) override {}
-    void Whole(long) override {}
-  };
 
   std::size_t Find(const std::string& name) const {
     const tools::ResultColumns& results = model_.Plan().results;
@@ -296,7 +288,7 @@ class ColumnTexts {
   const ServedModel& model_;
   std::vector<std::string> texts_;  // of each column, and of the reasons
   std::vector<Sink> sinks_;
-  NoSink unwritten_;
+  tools::NoSink unwritten_;
   std::vector<bool> written_;  // which columns, and whether the reasons
   std::vector<std::size_t> order_;
   bool reason_if_any_ = false;
