@@ -37,6 +37,10 @@ constexpr std::size_t kBodyChunk = 65536;
 constexpr int kWriteSeconds = 30;
 constexpr std::chrono::seconds kUnhurried{60};
 constexpr std::uint64_t kLeastRate = 4096;
+// When others need room, a reader keeps his as long as, after some seconds, he takes so much that
+// the whole answer takes him no more than a minute.
+constexpr std::chrono::seconds kFirstTaken{5};
+constexpr std::chrono::duration<double> kWholeTaken{60.0};
 // Less is no progress when others need room.
 constexpr std::uint64_t kProgress = 16384;
 // What a client still sends after the last answer is read for so long, and so much of it, so that
@@ -99,6 +103,12 @@ std::uint64_t Connection::Taken() {
 bool Connection::Keeps(const ByteBudget& budget) const {
   if (&budget == &pool_.Shared().answers) return state_ == State::kWriting && out_held_ > 0;
   return state_ == State::kReading && parser_->get().body().Held() > 0;
+}
+
+bool Connection::IsSlowReader(Clock::time_point now) const {
+  if (state_ != State::kWriting || now - entered_ < kFirstTaken) return false;
+  const std::chrono::duration<double> taken = now - entered_;
+  return static_cast<double>(moved_) < static_cast<double>(out_held_) * (taken / kWholeTaken);
 }
 
 void Connection::GiveWay() {

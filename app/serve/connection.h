@@ -36,6 +36,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   Clock::time_point Since() const { return since_; }
   // Whether it waits with a part of the budget of bodies or of that of answers.
   bool Keeps(const ByteBudget& budget) const;
+  // Whether its client takes an answer so slowly that others need not wait for the end.
+  bool IsSlowReader(Clock::time_point now) const;
   // Ends what is under way, since others need its memory.
   void GiveWay();
 

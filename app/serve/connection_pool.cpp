@@ -60,11 +60,13 @@ bool ConnectionPool::MakeRoom() {
 
 bool ConnectionPool::EndStalled(ByteBudget& budget) {
   std::shared_ptr<Connection> longest;
+  const Clock::time_point now = Clock::now();
   for (const auto& connection : connections_) {
     if (!connection->Keeps(budget)) continue;
+    if (now - connection->Since() < kPatience && !connection->IsSlowReader(now)) continue;
     if (longest == nullptr || connection->Since() < longest->Since()) longest = connection;
   }
-  if (longest == nullptr || Clock::now() - longest->Since() < kPatience) return false;
+  if (longest == nullptr) return false;
   longest->GiveWay();
   return true;
 }

@@ -339,6 +339,25 @@ class Hostile(unittest.TestCase):
             with self.subTest(path):
                 self.assertIn(told, json.loads(service.ask(method, path, body, headers)[2])["message"])
 
+    def test_readers_who_take_just_enough(self):
+        """Who takes a little all the time does not keep the memory of large answers for long."""
+        wide = b'{"requests":[%s{}]}' % (40_000 * b"{},")
+        with Service(PROGRAM, EXAMPLES / "iris" / "model.pmml", "--max-body", 1, "--max-upload", 1, "--max-answer", 10) as service, \
+                contextlib.ExitStack() as stack:
+            slow = []
+            for _ in range(2):
+                slow.append(stack.enter_context(contextlib.closing(socket.socket())))
+                slow[-1].setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, 4096)
+                slow[-1].connect(("127.0.0.1", service.port))
+                slow[-1].sendall(post(wide, path=PATH + "/batch"))
+            def asked():
+                for connection in slow:
+                    for _ in range(10):
+                        with contextlib.suppress(ConnectionError):
+                            connection.recv(4096)
+                return service.ask("POST", PATH + "/batch", wide, JSON)[0] == 200
+            service.until(asked, 30)
+
     # The sanitizers keep what is freed.
     @unittest.skipIf("SVMSCORE_SWAPS" in os.environ, "sanitized")
     def test_a_connection_that_had_a_body_costs_little(self):
