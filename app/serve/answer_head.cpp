@@ -1,6 +1,8 @@
 #include "app/serve/answer_head.h"
 
 #include <algorithm>
+#include <array>
+#include <ctime>
 #include <iterator>
 #include <random>
 #include <string_view>
@@ -19,6 +21,26 @@ using serve::Answer;
 std::uint64_t Seed() {
   std::random_device device;
   return (std::uint64_t{device()} << 32U) | device();
+}
+
+// The time in the form of HTTP, anew each second.
+const std::string& Date() {
+  static constexpr std::array<const char*, 7> kDays = {"Sun", "Mon", "Tue", "Wed",
+                                                       "Thu", "Fri", "Sat"};
+  static constexpr std::array<const char*, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  thread_local std::time_t told = -1;
+  thread_local std::string text;
+  const std::time_t now = std::time(nullptr);
+  std::tm utc{};
+  if (now != told && gmtime_r(&now, &utc) != nullptr) {
+    text = fmt::format("{}, {:02} {} {} {:02}:{:02}:{:02} GMT",
+                       kDays[static_cast<std::size_t>(utc.tm_wday)], utc.tm_mday,
+                       kMonths[static_cast<std::size_t>(utc.tm_mon)], utc.tm_year + 1900,
+                       utc.tm_hour, utc.tm_min, utc.tm_sec);
+    told = now;
+  }
+  return text;
 }
 
 std::string_view ReasonOf(unsigned status) {
@@ -51,6 +73,7 @@ std::string HeadOf(const Answer& answer, const std::string& request_id, bool kee
     add("Content-Type", answer.content_type);
     fmt::format_to(std::back_inserter(head), "Content-Length: {}\r\n", answer.Body().size());
   }
+  add("Date", Date());
   add("X-Request-Id", request_id);
   if (!answer.sha256.empty()) add("X-Model-SHA256", answer.sha256);
   for (const auto& [name, value] : answer.headers) add(name, value);

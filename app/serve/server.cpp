@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <mutex>
+#include <stop_token>
 #include <string>
 #include <thread>
 #include <utility>
@@ -221,10 +224,13 @@ class Server::Listener {
       if (!error) EndAtOnce(shared_.server.log, kUnanswered);
     });
     // Work that has no end would keep its thread, and that the process.
-    std::thread([&log = shared_.server.log, time] {
-      std::this_thread::sleep_for(time + std::chrono::seconds(1));
-      EndAtOnce(log, kUnanswered);
-    }).detach();
+    last_resort_ = std::jthread([&log = shared_.server.log, time](std::stop_token ended) {
+      std::mutex mutex;
+      std::unique_lock lock(mutex);
+      std::condition_variable_any().wait_for(lock, ended, time + std::chrono::seconds(1),
+                                             [] { return false; });
+      if (!ended.stop_requested()) EndAtOnce(log, kUnanswered);
+    });
     AwaitEnd();
   }
 
@@ -267,6 +273,7 @@ class Server::Listener {
   std::vector<asio::executor_work_guard<asio::io_context::executor_type>> guards_;
   std::size_t next_ = 0;
   std::atomic<bool> loaded_{false};
+  std::jthread last_resort_;  // until everything else has ended
   int spare_ = OpenSpare();
 };
 

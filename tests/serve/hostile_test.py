@@ -3,6 +3,7 @@
 Usage: hostile_test.py PROGRAM EXAMPLES
 """
 import contextlib
+import email.utils
 import gzip
 import json
 import os
@@ -415,6 +416,12 @@ class Hostile(unittest.TestCase):
         self.assertEqual("default-src 'none'; sandbox; frame-ancestors 'none'", headers["Content-Security-Policy"])
         policies = self.service.ask("GET", "/")[1].get_all("Content-Security-Policy")
         self.assertEqual([True], ["script-src" in policy for policy in policies])
+
+    def test_every_answer_has_its_date(self):
+        told = self.service.ask("GET", "/model")[1]["Date"]
+        date = email.utils.parsedate_to_datetime(told)
+        self.assertEqual(date.strftime("%a, %d %b %Y %H:%M:%S GMT"), told)
+        self.assertLess(abs(date.timestamp() - time.time()), 7200)
 
     def test_every_answer_has_an_id(self):
         for data, status in ((b"nonsense\r\n\r\n", b"400"), (b"GET / HTTP/1.1\r\nX: ", b"408")):
