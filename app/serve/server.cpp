@@ -224,12 +224,10 @@ class Server::Listener {
       if (!error) EndAtOnce(shared_.server.log, kUnanswered);
     });
     // Work that has no end would keep its thread, and that the process.
-    last_resort_ = std::jthread([&log = shared_.server.log, time](std::stop_token ended) {
-      std::mutex mutex;
-      std::unique_lock lock(mutex);
-      std::condition_variable_any().wait_for(lock, ended, time + std::chrono::seconds(1),
-                                             [] { return false; });
-      if (!ended.stop_requested()) EndAtOnce(log, kUnanswered);
+    last_resort_ = std::jthread([this, time](const std::stop_token& ended) {
+      std::unique_lock lock(mutex_);
+      waits_.wait_for(lock, ended, time + std::chrono::seconds(1), [] { return false; });
+      if (!ended.stop_requested()) EndAtOnce(shared_.server.log, kUnanswered);
     });
     AwaitEnd();
   }
@@ -273,7 +271,10 @@ class Server::Listener {
   std::vector<asio::executor_work_guard<asio::io_context::executor_type>> guards_;
   std::size_t next_ = 0;
   std::atomic<bool> loaded_{false};
-  std::jthread last_resort_;  // until everything else has ended
+  // Of the thread that ends the process where it does not end by itself.
+  std::mutex mutex_;
+  std::condition_variable_any waits_;
+  std::jthread last_resort_;
   int spare_ = OpenSpare();
 };
 
