@@ -25,7 +25,7 @@ import time
 ROUNDS = 5
 CONNECTIONS = 32
 SOME = 12_500  # rows a second
-PAUSE = 5  # milliseconds
+PAUSE = 5  # milliseconds on average
 BATCH = 1000
 BATCH_CONNECTIONS = 4
 SWAPS = 20
@@ -79,7 +79,7 @@ class Asked:
             script.write_text(
                 f'wrk.method = "POST"\nwrk.headers["Content-Type"] = "{content_type}"\n'
                 f'local file = io.open("{data}", "rb")\nwrk.body = file:read("*a")\nfile:close()\n'
-                + (f"delay = function() return {pause} end\n" if pause else "") + REPORT)
+                + (f"delay = function() return math.random(0, {2 * pause}) end\n" if pause else "") + REPORT)
             run = subprocess.run(
                 ["wrk", "-t1", f"-c{connections}", f"-d{seconds}s", "-s", str(script),
                  f"http://127.0.0.1:{service.port}{path}"],
@@ -105,13 +105,14 @@ def single_rows(program, seconds):
             run = Asked(service, path, body, "application/json", CONNECTIONS, seconds)
             free.append(run)
             for runs, rate in ((half, run.rate / 2), (some, SOME)):
-                # wrk pauses for whole milliseconds after each answer.
+                # wrk pauses for whole milliseconds after each answer, here of random numbers, so that
+                # connections do not ask all at once.
                 connections = max(round(rate * PAUSE / 1e3), 1)
                 runs.append(Asked(service, path, body, "application/json", connections, seconds, PAUSE))
     print("| single rows of iris | median of the rounds (least-most) |\n|---|--:|")
     print(f"| a second, {CONNECTIONS} connections that stay open | {told([run.rate for run in free])} |")
-    for runs in (half, some):
-        print(f"| a second, with pauses | {told([run.rate for run in runs])} |")
+    for pauses, runs in (("pauses", half), ("longer pauses", some)):
+        print(f"| a second, with {pauses} | {told([run.rate for run in runs])} |")
         print(f"| half of these take at most, ms | {told([run.median for run in runs], 2)} |")
         print(f"| 99 of 100 of these take at most, ms | {told([run.p99 for run in runs], 2)} |", flush=True)
 
