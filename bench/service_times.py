@@ -88,6 +88,7 @@ class Asked:
             int, re.search(r"^REPORT (.*)", run.stdout, re.M).group(1).split())
         if errors > 0 or requests == 0:
             raise SystemExit(f"{errors} of {requests} requests failed:\n{run.stdout}")
+        self.connections = connections
         self.rate = requests / (duration / 1e6)
         self.median, self.p99, self.slowest = half / 1e3, most / 1e3, slowest / 1e3
 
@@ -111,8 +112,8 @@ def single_rows(program, seconds):
                 runs.append(Asked(service, path, body, "application/json", connections, seconds, PAUSE))
     print("| single rows of iris | median of the rounds (least-most) |\n|---|--:|")
     print(f"| a second, {CONNECTIONS} connections that stay open | {told([run.rate for run in free])} |")
-    for pauses, runs in (("pauses", half), ("longer pauses", some)):
-        print(f"| a second, with {pauses} | {told([run.rate for run in runs])} |")
+    for runs in (half, some):
+        print(f"| a second, {runs[-1].connections} connections that pause | {told([run.rate for run in runs])} |")
         print(f"| half of these take at most, ms | {told([run.median for run in runs], 2)} |")
         print(f"| 99 of 100 of these take at most, ms | {told([run.p99 for run in runs], 2)} |", flush=True)
 
