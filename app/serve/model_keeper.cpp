@@ -165,8 +165,7 @@ Answer ModelKeeper::Put(const Route& route, const Document& document) {
     }
     folder_[id] = {file, {}, false};
     metrics_.CountLoad(true);
-    LogServed(*model, is_new, "uploaded");
-    store_.Put(std::move(model));
+    Serve(std::move(model), is_new, "uploaded");
   } catch (const serve::BadRequest& error) {
     return serve::ErrorAnswer(route, error.Status(), error.what());
   } catch (const ModelRefused& refused) {
@@ -312,11 +311,12 @@ void ModelKeeper::Swap(const std::string& id, std::string bytes, std::string_vie
   }
   auto model = std::make_unique<ServedModel>(id, std::move(bytes), options_.rules);
   metrics_.CountLoad(true);
-  LogServed(*model, !stored || stored->model == nullptr, from);
-  store_.Put(std::move(model));
+  Serve(std::move(model), !stored || stored->model == nullptr, from);
 }
 
-void ModelKeeper::LogServed(const ServedModel& model, bool is_new, std::string_view from) {
+void ModelKeeper::Serve(std::unique_ptr<ServedModel> owned, bool is_new, std::string_view from) {
+  const ServedModel& model = *owned;  // no other thread takes it from the store
+  store_.Put(std::move(owned));
   log_.Event(is_new ? "loaded" : "swapped", model.Id(),
              fmt::format("{}, SHA-256 {}", from, model.Sha256()));
   if (model.Doubt().empty()) return;

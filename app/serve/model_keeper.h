@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -84,8 +85,8 @@ class ModelKeeper {
   // Once for the same. `told`: what clients get to know.
   void NoteProblem(const std::string& id, Known& known, const std::string& why,
                    const std::string& told);
-  // Logs that it is served now, and what speaks against its scores.
-  void LogServed(const serve::ServedModel& model, bool is_new, std::string_view from);
+  // Makes it the model of its id, and then logs that, and what speaks against its scores.
+  void Serve(std::unique_ptr<serve::ServedModel> owned, bool is_new, std::string_view from);
   // Logs files that others of their id hide.
   void NoteHidden(const std::string& id, const serve::ModelFile& file);
   // Logs documents whose names are no ids, each once.

@@ -19,6 +19,7 @@
 #include "tools/serve/metrics.h"
 #include "tools/serve/model_store.h"
 #include "tools/serve/route.h"
+#include "tools/serve/request_checks.h"
 #include "tools/serve/service.h"
 
 namespace svmscore::app {
@@ -53,13 +54,6 @@ bool IsLoopback(const std::string& address) {
   return address.starts_with("127.") || address == "::1";
 }
 
-std::string InLowerCase(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
 // The names under which the service may be called.
 void AllowHosts(const std::vector<std::string>& more, ServeOptions& options) {
   const std::string& address = options.address;
@@ -68,7 +62,7 @@ void AllowHosts(const std::vector<std::string>& more, ServeOptions& options) {
   hosts.push_back(address.find(':') == std::string::npos ? address : "[" + address + "]");
   options.access.any_address = address == "0.0.0.0" || address == "::";
   for (const std::string& given : more) {
-    const std::string host = InLowerCase(given);
+    const std::string host = serve::LowerCase(given);
     const bool in_brackets = host.size() > 2 && host.front() == '[' && host.back() == ']';
     if (host.empty() || (!in_brackets && host.find_first_of(":/*@[] ") != std::string::npos)) {
       throw Failure(kUsageError,
@@ -84,7 +78,7 @@ void AllowHosts(const std::vector<std::string>& more, ServeOptions& options) {
 std::vector<std::string> Origins(const std::vector<std::string>& given) {
   std::vector<std::string> origins;
   for (const std::string& text : given) {
-    const std::string origin = InLowerCase(text);
+    const std::string origin = serve::LowerCase(text);
     const std::size_t scheme = origin.find("://");
     if (scheme == 0 || scheme == std::string::npos || scheme + 3 == origin.size() ||
         origin.find_first_of("/*@?# ", scheme + 3) != std::string::npos) {

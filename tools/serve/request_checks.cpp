@@ -13,14 +13,6 @@
 namespace svmscore::serve {
 namespace {
 
-std::string LowerCase(std::string_view text) {
-  std::string lower(text);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return lower;
-}
-
 // Without parameters such as the character set.
 std::string MediaType(std::string_view header) {
   std::string_view type = header.substr(0, header.find(';'));
@@ -112,6 +104,14 @@ Answer OptionsAnswer(const RequestHead& head, const Route& route, const AccessRu
 }
 
 }  // namespace
+
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return lower;
+}
 
 Answer ErrorAnswer(const Route& route, unsigned status, const std::string& what) {
   Answer answer;

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/serve/exchange.h"
@@ -34,6 +35,9 @@ bool IsKnownHost(const std::string& host, const AccessRules& rules);
 // one that its clients look for.
 // [any thread] Fails: std::bad_alloc.
 void AddCommonHeaders(const RequestHead& head, const AccessRules& rules, Answer& answer);
+
+// Of ASCII letters alone. [any thread] Fails: std::bad_alloc.
+std::string LowerCase(std::string_view text);
 
 Answer ErrorAnswer(const Route& route, unsigned status, const std::string& what);
 constexpr const char* kNoSuchPath = "there is no such path; GET /model lists the models";
