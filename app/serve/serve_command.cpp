@@ -18,8 +18,8 @@
 #include "tools/base/error_text.h"
 #include "tools/serve/metrics.h"
 #include "tools/serve/model_store.h"
-#include "tools/serve/route.h"
 #include "tools/serve/request_checks.h"
+#include "tools/serve/route.h"
 #include "tools/serve/service.h"
 
 namespace svmscore::app {
